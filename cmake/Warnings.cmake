@@ -1,0 +1,17 @@
+# Warnings, sanitizers and coverage for every target of this project.
+function(vnbytstr_warnings target)
+    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion)
+    if(VNBYTSTR_WERROR)
+        target_compile_options(${target} PRIVATE -Werror)
+    endif()
+endfunction()
+
+if(VNBYTSTR_SANITIZE)
+    add_compile_options(-fsanitize=${VNBYTSTR_SANITIZE} -fno-sanitize-recover=all
+                        -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${VNBYTSTR_SANITIZE})
+endif()
+if(VNBYTSTR_COVERAGE)
+    add_compile_options(--coverage)
+    add_link_options(--coverage)
+endif()

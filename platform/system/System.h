@@ -1,0 +1,150 @@
+// The seam to the operating system. Every call that leaves this library for the system goes through
+// the one System object that is current; PosixSystem is the real one, and a test installs its own to
+// set the clock or the memory load, or to make the n-th call fail.
+//
+// File operations return 0 or a system error number (an errno value); they never throw. Names are
+// byte strings in the file system's own encoding.
+#pragma once
+
+#include "../framework/Export.h"
+#include "../framework/Types.h"
+
+#include <atomic>
+#include <cstddef>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace vnbytstr {
+
+/// An open file. A value of the system's own; kNoFile is never an open one.
+using FileHandle = std::intptr_t;
+inline constexpr FileHandle kNoFile = -1;
+
+/// How OpenFile opens. Combine with |.
+enum OpenFlags : unsigned {
+    kOpenRead = 1u << 0,
+    kOpenWrite = 1u << 1,
+    kOpenCreate = 1u << 2,    ///< make the file when it is missing
+    kOpenTruncate = 1u << 3,  ///< cut an existing file to length 0
+    kOpenExclusive = 1u << 4, ///< with kOpenCreate: fail with EEXIST when the name is taken,
+                              ///< be it by a link that points nowhere
+    kOpenScratch = 1u << 5,   ///< for this user alone (mode 0600), never through a symbolic link,
+                              ///< and marked as one the sweep of dead processes' files may remove
+    kOpenInherit = 1u << 6,   ///< child processes inherit the handle (the default is that they do not)
+};
+
+enum class SeekOrigin { Begin, Current, End };
+
+struct FileStatus {
+    bool isFolder = false;
+    bool isRegular = false;
+    bool isLink = false; ///< the name itself is a symbolic link (the other fields describe its target
+                         ///< when there is one)
+    bool isReadOnly = false;
+    bool isScratch = false; ///< made with kOpenScratch and not released since
+    bool isOwn = false;     ///< belongs to the user this process runs as
+    std::uint64_t length = 0; ///< bytes
+    std::int64_t modifiedSeconds = 0; ///< since 1970-01-01 UTC
+    std::int32_t modifiedNanoseconds = 0;
+    std::uint64_t identity = 0; ///< differs between two files that exist at the same time
+};
+
+class VNBYTSTR_API System {
+public:
+    virtual ~System() = default;
+
+    /// The system in use, the POSIX one unless another is installed. Safe from every thread.
+    static System& Current() noexcept;
+    /// Makes `system` current (null: the POSIX one again) and returns the one before, null for the
+    /// POSIX one. The object stays the caller's and must outlive its use.
+    static System* Install(System* system) noexcept;
+
+    // --- files -----------------------------------------------------------------------------------
+    virtual int OpenFile(const char* name, unsigned flags, FileHandle& handle) = 0;
+    virtual int CloseFile(FileHandle handle) = 0;
+    /// Reads up to `size` bytes at the position; `done` is what arrived, 0 at the end of the file.
+    /// May deliver less than asked for.
+    virtual int ReadFile(FileHandle handle, void* buffer, std::size_t size, std::size_t& done) = 0;
+    /// Writes up to `size` bytes at the position; `done` is what was taken. May take less.
+    virtual int WriteFile(FileHandle handle, const void* buffer, std::size_t size,
+                          std::size_t& done) = 0;
+    /// As WriteFile, from several buffers one after the other (at most 64).
+    virtual int WriteFileGather(FileHandle handle, std::span<const std::span<const BYTE>> buffers,
+                                std::size_t& done) = 0;
+    /// Moves the position; `position` is where it landed, counted from the beginning.
+    virtual int SeekFile(FileHandle handle, std::int64_t offset, SeekOrigin origin,
+                         std::uint64_t& position) = 0;
+    virtual int GetFileLength(FileHandle handle, std::uint64_t& length) = 0;
+    virtual int SetFileLength(FileHandle handle, std::uint64_t length) = 0;
+    /// Returns when the file's content is on the disk.
+    virtual int SyncFile(FileHandle handle) = 0;
+    /// Takes the file's advisory lock for this process; `wait` false gives EWOULDBLOCK at once when
+    /// another one holds it. Closing the handle, or the end of the process, releases it.
+    virtual int LockFile(FileHandle handle, bool exclusive, bool wait) = 0;
+    virtual int UnlockFile(FileHandle handle) = 0;
+    /// Status of an open file.
+    virtual int GetFileStatus(FileHandle handle, FileStatus& status) = 0;
+
+    /// Status of a name; ENOENT when there is none. A link that points nowhere exists.
+    virtual int GetFileStatus(const char* name, FileStatus& status) = 0;
+    virtual int RemoveFile(const char* name) = 0;
+    /// Gives a file another name, in one step; a file that has that name already is replaced when
+    /// `replace` is set, else EEXIST. EXDEV when the two lie on different file systems.
+    virtual int RenameFile(const char* from, const char* to, bool replace) = 0;
+    /// Takes the scratch mark of kOpenScratch off: the file now has the permissions of any new file.
+    virtual int ReleaseScratch(FileHandle handle) = 0;
+    /// Returns when a rename, creation or removal in `folder` is on the disk.
+    virtual int SyncFolder(const char* folder) = 0;
+    /// Makes a folder for this user alone, and the missing ones above it; 0 when it is there already.
+    virtual int MakeFolder(const char* folder) = 0;
+    /// The names in a folder, without "." and "..", in no order.
+    virtual int ListFolder(const char* folder, std::vector<std::string>& names) = 0;
+
+    // --- process and machine ---------------------------------------------------------------------
+    /// Folder for temporary files with its trailing slash: TMPDIR, else /var/tmp/ (large files do not
+    /// belong in a /tmp that may be memory).
+    virtual std::string GetTemporaryFolder() = 0;
+    virtual DWORD GetProcessId() = 0;
+    /// False only when it is certain that no process of that number runs.
+    virtual bool IsProcessAlive(DWORD processId) = 0;
+    /// Milliseconds of a clock that never goes back; wraps after 49.7 days. Also refreshes RecentTick.
+    virtual DWORD GetTickCount() = 0;
+    /// Memory in use in percent (0 to 100), of the machine or of the process's memory group, whichever
+    /// is fuller; read from the system at most once per tick.
+    virtual DWORD GetMemoryLoad() = 0;
+    /// Value of an environment variable; an unset one and an empty one are both empty.
+    virtual std::string GetEnvironment(const char* name) = 0;
+    /// Full name of the running program's file.
+    virtual std::string GetModuleFileName() = 0;
+    /// The process's locale for text, such as "de_AT.UTF-8": LC_ALL, LC_CTYPE or LANG, else "C".
+    virtual std::string GetTextLocale() = 0;
+    /// Writes a line for the person at the terminal to standard error.
+    virtual void WriteDiagnostic(const char* text) = 0;
+
+    /// The tick count as it was when GetTickCount last ran. A hot path stamps with it for the price of
+    /// one load; whoever uses it sees to it that GetTickCount runs often enough.
+    static DWORD RecentTick() noexcept { return s_recentTick.load(std::memory_order_relaxed); }
+
+protected:
+    static void SetRecentTick(DWORD tick) noexcept {
+        s_recentTick.store(tick, std::memory_order_relaxed);
+    }
+
+private:
+    static std::atomic<DWORD> s_recentTick;
+};
+
+/// Makes a system current for the life of this object.
+class VNBYTSTR_API ScopedSystem {
+public:
+    explicit ScopedSystem(System& system) noexcept : m_previous(System::Install(&system)) {}
+    ~ScopedSystem() { System::Install(m_previous); }
+    ScopedSystem(const ScopedSystem&) = delete;
+    ScopedSystem& operator=(const ScopedSystem&) = delete;
+
+private:
+    System* m_previous;
+};
+
+} // namespace vnbytstr
