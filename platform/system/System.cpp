@@ -1,0 +1,27 @@
+#include "platform/system/System.h"
+
+#include "platform/system/PosixSystem.h"
+
+namespace vnbytstr {
+
+namespace {
+std::atomic<System*> g_installed{nullptr};
+} // namespace
+
+std::atomic<DWORD> System::s_recentTick{0};
+
+System& System::Current() noexcept {
+    if (System* installed = g_installed.load(std::memory_order_acquire))
+        return *installed;
+    // Never destroyed: objects with static lifetime may still delete their files at exit.
+    static System* const posix = new PosixSystem;
+    return *posix;
+}
+
+System* System::Install(System* system) noexcept {
+    System* previous = g_installed.exchange(system, std::memory_order_acq_rel);
+    Current().GetTickCount(); // so that RecentTick is this system's
+    return previous;
+}
+
+} // namespace vnbytstr
