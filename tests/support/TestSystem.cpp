@@ -1,0 +1,192 @@
+#include "tests/support/TestSystem.h"
+
+#include <numeric>
+
+namespace vnbytstr::test {
+
+const char* CallName(Call call) {
+    constexpr std::array kNames = {"open",   "close",   "read",        "write",       "seek",
+                                   "length", "set length", "sync",     "lock",        "status",
+                                   "remove", "rename",  "release",     "sync folder", "make folder",
+                                   "list folder", "any"};
+    return kNames[static_cast<std::size_t>(call)];
+}
+
+void TestSystem::Inject(std::optional<Fault> fault) {
+    m_fault = fault;
+    m_seen = m_hits = 0;
+}
+
+unsigned TestSystem::Count(Call call) const {
+    if (call == Call::Any)
+        return std::accumulate(m_counts.begin(), m_counts.end(), 0u);
+    return m_counts[static_cast<std::size_t>(call)];
+}
+
+std::optional<Fault> TestSystem::Take(Call call) {
+    ++m_counts[static_cast<std::size_t>(call)];
+    if (!m_fault || (m_fault->call != Call::Any && m_fault->call != call))
+        return std::nullopt;
+    ++m_seen;
+    if (m_seen != m_fault->at && !(m_fault->fromThenOn && m_seen > m_fault->at))
+        return std::nullopt;
+    ++m_hits;
+    return m_fault;
+}
+
+int TestSystem::Failure(Call call) {
+    const std::optional<Fault> fault = Take(call);
+    return fault && fault->kind == Fault::Kind::Fail ? fault->error : 0;
+}
+
+int TestSystem::OpenFile(const char* name, unsigned flags, FileHandle& handle) {
+    if (const int error = Failure(Call::Open))
+        return error;
+    const int error = m_real.OpenFile(name, flags, handle);
+    if (error == 0)
+        m_open.insert(handle);
+    return error;
+}
+
+int TestSystem::CloseFile(FileHandle handle) {
+    const int failure = Failure(Call::Close);
+    m_open.erase(handle);
+    const int error = m_real.CloseFile(handle); // a close that fails closes all the same
+    return failure ? failure : error;
+}
+
+int TestSystem::ReadFile(FileHandle handle, void* buffer, std::size_t size, std::size_t& done) {
+    done = 0;
+    if (const std::optional<Fault> fault = Take(Call::Read)) {
+        if (fault->kind == Fault::Kind::Fail)
+            return fault->error;
+        size /= 2;
+    }
+    return m_real.ReadFile(handle, buffer, size, done);
+}
+
+int TestSystem::WriteFile(FileHandle handle, const void* buffer, std::size_t size,
+                          std::size_t& done) {
+    done = 0;
+    if (const std::optional<Fault> fault = Take(Call::Write)) {
+        if (fault->kind == Fault::Kind::Fail)
+            return fault->error;
+        size = (size + 1) / 2;
+    }
+    return m_real.WriteFile(handle, buffer, size, done);
+}
+
+int TestSystem::WriteFileGather(FileHandle handle, std::span<const std::span<const BYTE>> buffers,
+                                std::size_t& done) {
+    done = 0;
+    if (const std::optional<Fault> fault = Take(Call::Write)) {
+        if (fault->kind == Fault::Kind::Fail)
+            return fault->error;
+        const std::span<const BYTE> half = buffers[0].first((buffers[0].size() + 1) / 2);
+        return m_real.WriteFile(handle, half.data(), half.size(), done);
+    }
+    return m_real.WriteFileGather(handle, buffers, done);
+}
+
+int TestSystem::SeekFile(FileHandle handle, std::int64_t offset, SeekOrigin origin,
+                         std::uint64_t& position) {
+    if (const std::optional<Fault> fault = Take(Call::Seek)) {
+        if (fault->kind == Fault::Kind::Fail)
+            return fault->error;
+        ++offset;
+    }
+    return m_real.SeekFile(handle, offset, origin, position);
+}
+
+int TestSystem::GetFileLength(FileHandle handle, std::uint64_t& length) {
+    const int error = Failure(Call::Length);
+    return error ? error : m_real.GetFileLength(handle, length);
+}
+
+int TestSystem::SetFileLength(FileHandle handle, std::uint64_t length) {
+    const int error = Failure(Call::SetLength);
+    return error ? error : m_real.SetFileLength(handle, length);
+}
+
+int TestSystem::SyncFile(FileHandle handle) {
+    const int error = Failure(Call::Sync);
+    return error ? error : m_real.SyncFile(handle);
+}
+
+int TestSystem::LockFile(FileHandle handle, bool exclusive, bool wait) {
+    const int error = Failure(Call::Lock);
+    return error ? error : m_real.LockFile(handle, exclusive, wait);
+}
+
+int TestSystem::UnlockFile(FileHandle handle) { return m_real.UnlockFile(handle); }
+
+int TestSystem::GetFileStatus(FileHandle handle, FileStatus& status) {
+    const int error = Failure(Call::Status);
+    return error ? error : m_real.GetFileStatus(handle, status);
+}
+
+int TestSystem::GetFileStatus(const char* name, FileStatus& status) {
+    const int error = Failure(Call::Status);
+    return error ? error : m_real.GetFileStatus(name, status);
+}
+
+int TestSystem::RemoveFile(const char* name) {
+    const int error = Failure(Call::Remove);
+    return error ? error : m_real.RemoveFile(name);
+}
+
+int TestSystem::RenameFile(const char* from, const char* to, bool replace) {
+    const int error = Failure(Call::Rename);
+    return error ? error : m_real.RenameFile(from, to, replace);
+}
+
+int TestSystem::ReleaseScratch(FileHandle handle) {
+    const int error = Failure(Call::Release);
+    return error ? error : m_real.ReleaseScratch(handle);
+}
+
+int TestSystem::SyncFolder(const char* folder) {
+    const int error = Failure(Call::SyncFolder);
+    return error ? error : m_real.SyncFolder(folder);
+}
+
+int TestSystem::MakeFolder(const char* folder) {
+    const int error = Failure(Call::MakeFolder);
+    return error ? error : m_real.MakeFolder(folder);
+}
+
+int TestSystem::ListFolder(const char* folder, std::vector<std::string>& names) {
+    const int error = Failure(Call::ListFolder);
+    return error ? error : m_real.ListFolder(folder, names);
+}
+
+std::string TestSystem::GetTemporaryFolder() {
+    return m_temporaryFolder ? *m_temporaryFolder : m_real.GetTemporaryFolder();
+}
+
+DWORD TestSystem::GetProcessId() { return m_processId ? *m_processId : m_real.GetProcessId(); }
+
+DWORD TestSystem::GetTickCount() {
+    if (!m_tick)
+        return m_real.GetTickCount();
+    SetRecentTick(*m_tick);
+    return *m_tick;
+}
+
+DWORD TestSystem::GetMemoryLoad() { return m_memoryLoad ? *m_memoryLoad : m_real.GetMemoryLoad(); }
+
+std::string TestSystem::GetEnvironment(const char* name) {
+    const auto found = m_environment.find(name);
+    return found != m_environment.end() ? found->second : m_real.GetEnvironment(name);
+}
+
+std::string TestSystem::GetTextLocale() {
+    for (const char* variable : {"LC_ALL", "LC_CTYPE", "LANG"}) {
+        const auto found = m_environment.find(variable);
+        if (found != m_environment.end() && !found->second.empty())
+            return found->second;
+    }
+    return m_real.GetTextLocale();
+}
+
+} // namespace vnbytstr::test

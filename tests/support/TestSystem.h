@@ -1,0 +1,106 @@
+// A System for tests: passes calls to the real one, sets clock, memory load and environment, and
+// makes chosen calls fail, fall short or land elsewhere.
+#pragma once
+
+#include "platform/system/System.h"
+
+#include <array>
+#include <cerrno>
+#include <map>
+#include <optional>
+#include <set>
+
+namespace vnbytstr::test {
+
+enum class Call : unsigned char {
+    Open, Close, Read, Write, Seek, Length, SetLength, Sync, Lock, Status,
+    Remove, Rename, Release, SyncFolder, MakeFolder, ListFolder,
+    Any ///< stands for all of them
+};
+const char* CallName(Call call);
+
+struct Fault {
+    enum class Kind { Fail, Shorten, Misplace };
+    Call call = Call::Any;
+    unsigned at = 1;         ///< which of the matching calls, counted from 1 at Inject
+    bool fromThenOn = false; ///< that one and all after it, not that one alone
+    int error = EIO;
+    Kind kind = Kind::Fail; ///< Shorten: a read or write moves half; Misplace: a seek lands one off
+};
+
+class TestSystem final : public System {
+public:
+    TestSystem() : m_real(System::Current()) {}
+
+    void SetTick(DWORD tick) {
+        m_tick = tick;
+        SetRecentTick(tick);
+    }
+    void SetMemoryLoad(DWORD percent) { m_memoryLoad = percent; }
+    void SetEnvironment(const std::string& name, const std::string& value) {
+        m_environment[name] = value;
+    }
+    void SetTemporaryFolder(const std::string& folder) { m_temporaryFolder = folder; }
+    void SetProcessId(DWORD id) { m_processId = id; }
+
+    /// Sets the one fault, counting from now; none takes it away.
+    void Inject(std::optional<Fault> fault);
+    /// How many calls the fault in force has hit.
+    unsigned Hits() const { return m_hits; }
+    unsigned Count(Call call) const;
+    void ResetCounts() { m_counts.fill(0); }
+    /// Handles opened through this system and not closed yet.
+    const std::set<FileHandle>& OpenHandles() const { return m_open; }
+    const std::string& Diagnostics() const { return m_diagnostics; }
+
+    int OpenFile(const char* name, unsigned flags, FileHandle& handle) override;
+    int CloseFile(FileHandle handle) override;
+    int ReadFile(FileHandle handle, void* buffer, std::size_t size, std::size_t& done) override;
+    int WriteFile(FileHandle handle, const void* buffer, std::size_t size,
+                  std::size_t& done) override;
+    int WriteFileGather(FileHandle handle, std::span<const std::span<const BYTE>> buffers,
+                        std::size_t& done) override;
+    int SeekFile(FileHandle handle, std::int64_t offset, SeekOrigin origin,
+                 std::uint64_t& position) override;
+    int GetFileLength(FileHandle handle, std::uint64_t& length) override;
+    int SetFileLength(FileHandle handle, std::uint64_t length) override;
+    int SyncFile(FileHandle handle) override;
+    int LockFile(FileHandle handle, bool exclusive, bool wait) override;
+    int UnlockFile(FileHandle handle) override;
+    int GetFileStatus(FileHandle handle, FileStatus& status) override;
+    int GetFileStatus(const char* name, FileStatus& status) override;
+    int RemoveFile(const char* name) override;
+    int RenameFile(const char* from, const char* to, bool replace) override;
+    int ReleaseScratch(FileHandle handle) override;
+    int SyncFolder(const char* folder) override;
+    int MakeFolder(const char* folder) override;
+    int ListFolder(const char* folder, std::vector<std::string>& names) override;
+
+    std::string GetTemporaryFolder() override;
+    DWORD GetProcessId() override;
+    bool IsProcessAlive(DWORD processId) override { return m_real.IsProcessAlive(processId); }
+    DWORD GetTickCount() override;
+    DWORD GetMemoryLoad() override;
+    std::string GetEnvironment(const char* name) override;
+    std::string GetModuleFileName() override { return m_real.GetModuleFileName(); }
+    std::string GetTextLocale() override;
+    void WriteDiagnostic(const char* text) override { m_diagnostics += std::string(text) + "\n"; }
+
+private:
+    /// The fault that hits this call, if any; counts the call.
+    std::optional<Fault> Take(Call call);
+    /// Counts the call; the error to fail with, or 0.
+    int Failure(Call call);
+
+    System& m_real;
+    std::optional<DWORD> m_tick, m_memoryLoad, m_processId;
+    std::optional<std::string> m_temporaryFolder;
+    std::map<std::string, std::string> m_environment;
+    std::optional<Fault> m_fault;
+    unsigned m_seen = 0, m_hits = 0;
+    std::array<unsigned, static_cast<std::size_t>(Call::Any)> m_counts{};
+    std::set<FileHandle> m_open;
+    std::string m_diagnostics;
+};
+
+} // namespace vnbytstr::test
