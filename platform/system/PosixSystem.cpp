@@ -226,7 +226,29 @@ int PosixSystem::RenameFile(const char* from, const char* to, bool replace) {
 }
 
 int PosixSystem::ReleaseScratch(FileHandle handle) {
+    struct stat info;
+    if (::fstat(Descriptor(handle), &info) != 0)
+        return errno;
+    if ((info.st_mode & kScratchMark) == 0)
+        return 0;
     return ErrorOf([&] { return ::fchmod(Descriptor(handle), NewFileMode()); });
+}
+
+int PosixSystem::CopyPermissions(const char* from, FileHandle handle) {
+    struct stat info;
+    if (::stat(from, &info) != 0)
+        return errno;
+    // Only root may give a file away; for anyone else the new file stays the writer's own.
+    [[maybe_unused]] const int ignored = ::fchown(Descriptor(handle), info.st_uid, info.st_gid);
+    return ErrorOf([&] { return ::fchmod(Descriptor(handle), info.st_mode & 0777); });
+}
+
+int PosixSystem::ResolveName(const char* name, std::string& resolved) {
+    const std::unique_ptr<char, void (*)(void*)> real(::realpath(name, nullptr), &std::free);
+    if (!real)
+        return errno;
+    resolved = real.get();
+    return 0;
 }
 
 int PosixSystem::SyncFolder(const char* folder) {

@@ -27,6 +27,8 @@ public:
     int RemoveFile(const char* name) override;
     int RenameFile(const char* from, const char* to, bool replace) override;
     int ReleaseScratch(FileHandle handle) override;
+    int CopyPermissions(const char* from, FileHandle handle) override;
+    int ResolveName(const char* name, std::string& resolved) override;
     int SyncFolder(const char* folder) override;
     int MakeFolder(const char* folder) override;
     int ListFolder(const char* folder, std::vector<std::string>& names) override;

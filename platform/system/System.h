@@ -93,7 +93,12 @@ public:
     /// `replace` is set, else EEXIST. EXDEV when the two lie on different file systems.
     virtual int RenameFile(const char* from, const char* to, bool replace) = 0;
     /// Takes the scratch mark of kOpenScratch off: the file now has the permissions of any new file.
+    /// Does nothing to a file without the mark.
     virtual int ReleaseScratch(FileHandle handle) = 0;
+    /// Gives an open file the permissions of the file `from`, and its owner where that is allowed.
+    virtual int CopyPermissions(const char* from, FileHandle handle) = 0;
+    /// The name with every symbolic link in it followed; the file must exist.
+    virtual int ResolveName(const char* name, std::string& resolved) = 0;
     /// Returns when a rename, creation or removal in `folder` is on the disk.
     virtual int SyncFolder(const char* folder) = 0;
     /// Makes a folder for this user alone, and the missing ones above it; 0 when it is there already.

@@ -145,6 +145,11 @@ int TestSystem::ReleaseScratch(FileHandle handle) {
     return error ? error : m_real.ReleaseScratch(handle);
 }
 
+int TestSystem::CopyPermissions(const char* from, FileHandle handle) {
+    const int error = Failure(Call::Release);
+    return error ? error : m_real.CopyPermissions(from, handle);
+}
+
 int TestSystem::SyncFolder(const char* folder) {
     const int error = Failure(Call::SyncFolder);
     return error ? error : m_real.SyncFolder(folder);
