@@ -1,0 +1,396 @@
+// CByteStore: a byte sequence of up to 4 GiB - 1 bytes, partly in memory, partly in a swap file.
+// CBytePage: one page of it that is in memory. See ByteStream.h for the type that slices come as.
+#pragma once
+
+#include "platform/framework/Arrays.h"
+#include "platform/framework/File.h"
+#include "platform/framework/Object.h"
+#include "platform/framework/String.h"
+#include "platform/system/System.h"
+#include "vnbytstr/CacheException.h"
+
+#include <vector>
+
+class CByteStream;
+
+/// One resident page of a store.
+class VNBYTSTR_API CBytePage : public CObject {
+public:
+    static constexpr DWORD m_dwPageSize = 0x8000; ///< bytes in a page
+
+    /// Page 0, access time 0, to be read and to be written. The buffer's bytes are undefined. Throws
+    /// CCacheException(6) when there is no memory for it.
+    CBytePage();
+    ~CBytePage() override;
+
+    DWORD GetPageNum() const { return m_dwPageNum; }
+    /// Gives the page another number; a change marks it as to be read.
+    void SetPageNum(DWORD number);
+    /// The page's 32768 bytes. Counts as a use: the access time becomes the tick count.
+    BYTE* GetData();
+    /// Whether the buffer does not hold this page's bytes and must be read before use.
+    BOOL GetMustRead() const { return m_bMustRead; }
+    void SetMustRead(BOOL mustRead) { m_bMustRead = mustRead; }
+    /// Whether the buffer holds bytes that the swap file does not have.
+    BOOL GetMustWrite() const { return m_bMustWrite; }
+    void SetMustWrite(BOOL mustWrite) { m_bMustWrite = mustWrite; }
+    /// Tick count (milliseconds, wraps at 32 bits) of the last use.
+    DWORD GetLastAccessTime() const { return m_dwLastAccess; }
+
+    /// Writes the first `count` bytes (0: all) to the page's place in `file` when the page is to be
+    /// written, then clears that mark. The place is the page's index less `shift`; a page that begins
+    /// below `shift` keeps its place and is cut by `shift` bytes at its end. Throws CCacheException:
+    /// 1 when the seek lands elsewhere, 4 when the write fails; the mark then stays.
+    void SwapOut(CFile& file, DWORD count, DWORD shift);
+    /// Makes this page `number` and, when it is to be read, reads it from its place in `file`; what lies
+    /// past the end of the file is zero. Throws CCacheException: 1 when the seek lands elsewhere, 2 when
+    /// fewer bytes come than the file should have; the page then stays to be read.
+    void SwapIn(CFile& file, DWORD number);
+
+private:
+    friend class CByteStore;
+    static void SeekTo(CFile& file, ULONGLONG position);
+
+    DWORD m_dwPageNum = 0;
+    DWORD m_dwLastAccess = 0;
+    BYTE* m_pData;
+    BOOL m_bMustRead = TRUE;
+    BOOL m_bMustWrite = TRUE;
+    DWORD m_dwRead = 0; ///< bytes that the last SwapIn found in the file
+};
+
+/// Byte sequence in pages of 32768 bytes. At most GetTargetMaxPages() pages stay in memory; the least
+/// recently used ones go to a swap file in the temporary folder, made when the first page has to leave.
+/// Indexes count bytes from 0. All multi-byte values are big-endian.
+///
+/// The valid range is [start, length): `start` moves up when bytes are discarded.
+///
+/// Threads: one at a time.
+///
+/// Exceptions: CCacheException (see there), CFileException when the swap file or a target file cannot be
+/// opened, renamed or synced. After one the store has the length it had before the call, every byte it
+/// held outside the range that the call was to change, and can be used on: once the disk has room again,
+/// the same call succeeds. (A failed Shift or overwriting copy may have moved part of its bytes.)
+///
+/// Reading past the end: the one- and two-byte forms give zero bytes there. The wider ones throw
+/// CCacheException(0) when they start past the end; one that starts at the end gives 0, and one that runs
+/// past it has zeros for the missing low-order bytes. Bytes below the start, and bytes that were
+/// accounted for by Concat(DWORD) but never stored, are undefined; nothing is read out of bounds.
+///
+/// Replacement: the page with the smallest access time leaves first, the oldest-made of equals. The
+/// one-byte accessors stamp pages with a tick count that may be up to 64 such accesses old; every other
+/// operation reads the clock.
+class VNBYTSTR_API CByteStore : public CObject {
+public:
+    static constexpr DWORD kNotFound = 0xFFFFFFFF; ///< Find: the pattern does not occur
+
+    /// Empty, in memory only.
+    CByteStore();
+    /// A copy (not of the start: a source with discarded bytes throws cause 0).
+    CByteStore(CByteStore& source);
+    explicit CByteStore(CByteStream& source);
+    CByteStore(const BYTE* bytes, DWORD count);
+    /// From hex text, as CopyFromHex reads it.
+    explicit CByteStore(const char* hex);
+    /// Deletes the swap file when auto-delete is on.
+    ~CByteStore() override;
+
+    /// Replaces the content by a copy. Assigning an object to itself changes nothing.
+    CByteStore& operator=(CByteStore& source);
+    CByteStore& operator=(CByteStream& source);
+    CByteStore& operator=(const char* hex);
+
+    // --- size, range, cursor ---------------------------------------------------------------------
+    /// One past the last index.
+    DWORD GetLength() const { return m_dwLength; }
+    /// The valid range: first index held, and the length.
+    void GetRange(DWORD& start, DWORD& end) const {
+        start = m_dwStart;
+        end = m_dwLength;
+    }
+    BOOL IsByteAvailable(DWORD index) const { return m_dwStart <= index && index < m_dwLength; }
+    BOOL IsEmpty() const { return m_dwLength == 0 || m_dwStart >= m_dwLength; }
+    /// Always FALSE: a store never claims to be wholly in memory.
+    BOOL IsAllInBuffer() const { return FALSE; }
+    /// Set by the producer when the last byte has arrived; cleared by Empty.
+    BOOL GetComplete() const { return m_bComplete; }
+    void SetComplete(BOOL complete) { m_bComplete = complete; }
+
+    /// The cursor, where the ...Current... operations read and write. They do not move it, and nothing
+    /// checks it against the length.
+    DWORD GetCurrentOffset() const { return m_dwCurrent; }
+    DWORD GetCO() const { return m_dwCurrent; }
+    void SetCurrentOffset(DWORD index) { m_dwCurrent = index; }
+    DWORD GetRemaining() const { return m_dwLength - m_dwCurrent; }
+    void Skip(DWORD count) { m_dwCurrent += count; }
+    void SkipByte() { m_dwCurrent += 1; }
+    void SkipWord() { m_dwCurrent += 2; }
+
+    // --- typed access, big-endian ----------------------------------------------------------------
+    BYTE GetByte(DWORD index);
+    WORD GetWord(DWORD index);
+    DWORD GetDWord(DWORD index);
+    LONGLONG GetInt48(DWORD index); ///< 6 bytes, 0 to 2^48 - 1
+    LONGLONG GetInt64(DWORD index);
+    BYTE operator[](DWORD index) { return GetByte(index); }
+    BYTE GetCurrentByte() { return GetByte(m_dwCurrent); }
+    WORD GetCurrentWord() { return GetWord(m_dwCurrent); }
+    DWORD GetCurrentDWord() { return GetDWord(m_dwCurrent); }
+    LONGLONG GetCurrentInt48() { return GetInt48(m_dwCurrent); }
+    LONGLONG GetCurrentInt64() { return GetInt64(m_dwCurrent); }
+
+    /// A Set at or past the end extends the store first (with zeros); cause 6 past 4 GiB - 1.
+    void SetByte(DWORD index, BYTE value);
+    void SetWord(DWORD index, WORD value);
+    void SetDWord(DWORD index, DWORD value);
+    void SetInt48(DWORD index, LONGLONG value); ///< the low 48 bits
+    void SetInt64(DWORD index, LONGLONG value);
+    void SetCurrentByte(BYTE value) { SetByte(m_dwCurrent, value); }
+    void SetCurrentWord(WORD value) { SetWord(m_dwCurrent, value); }
+    void SetCurrentDWord(DWORD value) { SetDWord(m_dwCurrent, value); }
+    void SetCurrentInt48(LONGLONG value) { SetInt48(m_dwCurrent, value); }
+    void SetCurrentInt64(LONGLONG value) { SetInt64(m_dwCurrent, value); }
+
+    // --- appending -------------------------------------------------------------------------------
+    /// Appends `count` bytes. Cause 6 when the length would pass 4 GiB - 1.
+    void Concat(const BYTE* bytes, DWORD count);
+    void ConcatByte(BYTE value);
+    void ConcatWord(WORD value);
+    void Concat(CByteStore& source);
+    void Concat(const CByteStream& source);
+    /// Appends hex text, as CopyFromHex reads it.
+    void Concat(const char* hex);
+    /// Stores nothing: accounts for `count` bytes that were consumed elsewhere, by adding to both the
+    /// length and the start.
+    void Concat(DWORD count);
+
+    // --- copying ---------------------------------------------------------------------------------
+    // In the store and stream forms a count of 0, or one that reaches past the source's end, means up to
+    // the source's end; a source index past its end copies nothing. Source and destination may be the
+    // same object.
+
+    /// Writes the source's bytes at `index`, extending the store where they reach past its end.
+    void CopyFrom(DWORD index, CByteStore& source, DWORD sourceIndex = 0, DWORD count = 0);
+    void CopyFrom(DWORD index, const CByteStream& source, DWORD sourceIndex = 0, DWORD count = 0);
+    void CopyFrom(DWORD index, const BYTE* bytes, DWORD count);
+    /// Copies `count` bytes from `index` on; 0, or more than there are, means up to the end. A nonzero
+    /// `size`, the room at `destination`, bounds the copy, and what it leaves of the room is filled with
+    /// zeros; 0 means there is room enough. Cause 0 when the bytes lie outside the valid range.
+    void CopyTo(DWORD index, BYTE* destination, DWORD count, DWORD size);
+    /// Copies into another container, at its `destinationIndex`.
+    void CopyTo(DWORD index, CByteStream& destination, DWORD destinationIndex = 0, DWORD count = 0);
+    void CopyTo(DWORD index, CByteStore& destination, DWORD destinationIndex = 0, DWORD count = 0);
+    /// As CopyTo, from the cursor on.
+    void CopyCurrentTo(BYTE* destination, DWORD count, DWORD size) {
+        CopyTo(m_dwCurrent, destination, count, size);
+    }
+    void CopyCurrentTo(CByteStream& destination, DWORD destinationIndex = 0, DWORD count = 0) {
+        CopyTo(m_dwCurrent, destination, destinationIndex, count);
+    }
+    void CopyCurrentTo(CByteStore& destination, DWORD destinationIndex = 0, DWORD count = 0) {
+        CopyTo(m_dwCurrent, destination, destinationIndex, count);
+    }
+
+    /// Appends the bytes that hex text stands for; `index` is ignored. Pairs of digits, any case, with
+    /// blanks allowed before a pair; the first other character ends the text, and a lone first digit is
+    /// dropped.
+    void CopyFromHex(DWORD index, const char* text);
+    void CopyFromHex(DWORD index, const CString& text);
+    /// Writes two upper-case digits for each of `count` bytes (0, or too many: up to the end), and a NUL
+    /// where `size` leaves room. `size` is the room in characters, 0 when there is enough. Cause 0 when
+    /// the bytes lie outside the valid range, when the digits do not fit, or when they or `size` are
+    /// 0x80000000 or more.
+    void CopyToHex(DWORD index, char* destination, DWORD count, DWORD size);
+    /// The same into a string of just the digits.
+    void CopyToHex(DWORD index, CString& destination, DWORD count);
+
+    // --- slices, search, comparison --------------------------------------------------------------
+    /// Copies of parts; a part that reaches past the end is cut there. Cause 0 below the start.
+    CByteStream Mid(DWORD first, DWORD count);
+    CByteStream Mid(DWORD first);
+    CByteStream Left(DWORD count);
+    CByteStream Right(DWORD count);
+
+    /// Index of the first occurrence of `pattern` at or after `start` (and not below the store's own
+    /// start), or kNotFound. An empty pattern is found where the search starts. The time is linear for
+    /// patterns of up to 65536 bytes, whatever they are.
+    DWORD Find(const CByteStream& pattern, DWORD start = 0);
+
+    /// Same length and same bytes (those that both sides still hold).
+    BOOL operator==(CByteStore& other);
+    BOOL operator==(const CByteStream& other);
+    BOOL operator==(const char* hex);
+    BOOL operator!=(CByteStore& other) { return !(*this == other); }
+    BOOL operator!=(const CByteStream& other) { return !(*this == other); }
+    BOOL operator!=(const char* hex) { return !(*this == hex); }
+
+    // --- moving and discarding -------------------------------------------------------------------
+    /// Moves the bytes from `from` to the end down to `to` (to <= from; anything else does nothing) and
+    /// shortens the store by the difference. A cursor at or beyond `from` moves along; one between the
+    /// two becomes `to`.
+    void Shift(DWORD to, DWORD from);
+    /// Drops the bytes between the start and the cursor; the cursor becomes the start.
+    void ShiftCurrent();
+    /// Raises the start to `index` (at most the length); never lowers it.
+    void DiscardUpTo(DWORD index);
+
+    // --- the whole store -------------------------------------------------------------------------
+    /// Drops the content, closes the swap file, and deletes it when auto-delete is on. Never throws.
+    void Empty();
+    /// Writes what is in memory to the swap file (made if needed), which then is an image of the store:
+    /// byte i at position i, nothing behind the end. With `fromCurrent`, the file under GetFileName() is
+    /// the shifted image of CopyToFile instead; the store keeps its own.
+    void Flush(int fromCurrent = 0);
+    /// Makes the content the file `name`, in place of any that is there, and empties the store. On
+    /// failure (CFileException) the store has its content still and an old `name` is as it was.
+    void SaveToFile(const char* name, int fromCurrent = 0);
+    /// Writes the content to the file `name`; the store keeps it. On failure an old `name` is as it was.
+    /// With `fromCurrent` every page is placed lower by the cursor's offset, by the rule of
+    /// CBytePage::SwapOut: the page that straddles the cursor is cut at its end.
+    void CopyToFile(const char* name, int fromCurrent = 0);
+    /// Empties the store and opens an existing file as its content (and swap file: changes go to it).
+    /// With auto-delete on, as it is by default, the next Empty or the destructor deletes the file.
+    /// CFileException when it cannot be opened for reading and writing; cause 6 when it is too long.
+    void SetFileName(const char* name);
+    /// Name of the swap file, of the last one after Empty, "" before the first.
+    const char* GetFileName() const { return m_strFileName; }
+    BOOL GetAutoDelete() const { return m_bAutoDelete; }
+    void SetAutoDelete(BOOL autoDelete) { m_bAutoDelete = autoDelete; }
+    /// The 32768 bytes of page 0, made resident. Valid until the next operation.
+    BYTE* GetFirstPage();
+
+    // --- translation -----------------------------------------------------------------------------
+    /// Translates the whole content from one coded character set to another into `destination`, which is
+    /// emptied first. 1, or 0 when the pair cannot be translated. Characters that the target lacks are
+    /// substituted (see Ccsid.h). A character may lie across pages.
+    int TranslateCCSID(WORD from, WORD to, CByteStore& destination);
+    /// Translates a range (count 0, or too long: up to the end) into `out`; `*outLength` is its room in
+    /// bytes before and the bytes written after. 0 when it does not fit (`*outLength` is then the room
+    /// needed) or cannot be translated (0).
+    int TranslateCCSID(DWORD index, DWORD count, BYTE* out, DWORD* outLength, WORD from, WORD to);
+    int TranslateCCSID(BYTE* out, DWORD* outLength, WORD from, WORD to);
+    /// The content as text of the native coded character set.
+    int TranslateCCSID(WORD from, CString& text);
+
+    /// Most pages that a store should keep in memory: "MaxCachePages" under "Options" (64 by default)
+    /// times the percentage of memory that is free, at least 16.
+    static int GetTargetMaxPages();
+
+    /// Pages in memory now, and pages whose bytes the swap file has.
+    DWORD GetResidentPageCount() const { return static_cast<DWORD>(m_arrPages.GetSize()); }
+    DWORD GetSwappedPageCount() const { return m_dwPagesOnFile; }
+
+protected:
+    void Init();
+    int GetMaxPages() const { return m_nMaxPages; }
+    /// Gives pages back until at most `count` are resident.
+    void SetMaxPages(int count);
+    /// The page, made resident: from memory, from the swap file, or blank when it was never stored.
+    CBytePage* GetPageFromPageNum(DWORD number);
+    /// The least recently used page; the first in m_arrPages of equals. Null when none is resident.
+    CBytePage* GetPageToDiscard() const;
+    /// That page, written out when it holds retained bytes, for another use. It stays in m_arrPages.
+    CBytePage* SwapOutAPage();
+    void CreateSwapFile();
+    /// Appends zeros until the length is at least `length`.
+    void ExtendTo(DWORD length);
+    /// Compares what both hold of two stores of equal length; 0 when equal.
+    int MemCmp(CByteStore& other);
+    static void GetPageNumFromIndex(DWORD index, DWORD& page, DWORD& position) {
+        page = index / CBytePage::m_dwPageSize;
+        position = index % CBytePage::m_dwPageSize;
+    }
+    static DWORD GetIndexFromPageNum(DWORD number) { return number * CBytePage::m_dwPageSize; }
+
+private:
+    friend class CByteStream;
+    class LengthGuard;
+
+    CBytePage* LoadedPage(DWORD number) const {
+        return number < m_arrLoaded.size() ? m_arrLoaded[number] : nullptr;
+    }
+    bool IsOnFile(DWORD number) const { return number < m_arrOnFile.size() && m_arrOnFile[number]; }
+    void SetOnFile(DWORD number, bool onFile);
+    void GrowPageTable(DWORD length);
+    BYTE* Touch(CBytePage* page);
+    BYTE GetByteSlow(DWORD index);
+    template <int Width>
+    ULONGLONG GetWide(DWORD index);
+    template <int Width>
+    void SetWide(DWORD index, ULONGLONG value);
+    CBytePage* AddPage();
+    void RemovePage(CBytePage* page);
+    void DropPagesFrom(DWORD number);
+    CBytePage* PageForAppend(DWORD number);
+    void LoadPage(CBytePage* page, DWORD number);
+    void WriteVictim(CBytePage* page);
+    bool WriteRun(CBytePage* first);
+    void AppendToLastPage(const BYTE*& bytes, DWORD& count);
+    void AppendToNewPages(const BYTE* bytes, DWORD count);
+    bool AppendEvicts(DWORD count) const;
+    bool HoldsAddress(const BYTE* address) const;
+    void Overwrite(DWORD index, const BYTE* bytes, DWORD count);
+    void CopyUpWithin(DWORD index, DWORD sourceIndex, DWORD count);
+    bool EqualsAt(DWORD index, const CByteStream& pattern, DWORD from);
+    DWORD FindPrefix(const BYTE* prefix, DWORD prefixLength, DWORD start);
+    void WriteShiftedImage(CFile& file, DWORD shift);
+    void CopyImage(CFile& file);
+    void MoveImageTo(const char* name);
+    void OpenImage(unsigned flags);
+    void CloseImage() noexcept;
+    static void CheckLength(ULONGLONG length);
+    static void CheckHexRoom(ULONGLONG digits, DWORD size);
+#ifndef NDEBUG
+    void CheckInvariants() const;
+#else
+    void CheckInvariants() const {}
+#endif
+
+    BOOL m_bComplete;
+    DWORD m_dwLength;
+    DWORD m_dwStart;
+    DWORD m_dwCurrent;
+    int m_nMaxPages;
+    CObArray m_arrPages;
+    CString m_strFileName;
+    CFile m_file;
+    BOOL m_bAutoDelete;
+
+    std::vector<CBytePage*> m_arrLoaded; ///< by page number: the resident page with valid bytes, or null
+    std::vector<bool> m_arrOnFile;       ///< by page number: the swap file has bytes of it
+    DWORD m_dwPagesOnFile;
+    DWORD m_dwTouches;     ///< one-byte accesses until the clock is read again
+    bool m_bNameIsOurs;    ///< a file under m_strFileName is this store's to delete
+    bool m_bImageHasName;  ///< the open swap file is the one under m_strFileName
+};
+
+inline BYTE* CByteStore::Touch(CBytePage* page) {
+    if (--m_dwTouches == 0) [[unlikely]] {
+        vnbytstr::System::Current().GetTickCount();
+        m_dwTouches = 64;
+    }
+    page->m_dwLastAccess = vnbytstr::System::RecentTick();
+    return page->m_pData;
+}
+
+inline BYTE CByteStore::GetByte(DWORD index) {
+    if (index < m_dwLength) [[likely]] {
+        if (CBytePage* page = m_arrLoaded[index / CBytePage::m_dwPageSize]) [[likely]]
+            return Touch(page)[index % CBytePage::m_dwPageSize];
+    }
+    return GetByteSlow(index);
+}
+
+inline void CByteStore::ConcatByte(BYTE value) {
+    const DWORD position = m_dwLength % CBytePage::m_dwPageSize;
+    if (position != 0) [[likely]] {
+        if (CBytePage* page = m_arrLoaded[m_dwLength / CBytePage::m_dwPageSize]) [[likely]] {
+            Touch(page)[position] = value;
+            page->m_bMustWrite = TRUE;
+            if (++m_dwLength != 0) [[likely]]
+                return;
+            --m_dwLength; // 4 GiB: the ordinary path says so
+        }
+    }
+    Concat(&value, 1);
+}
