@@ -1,4 +1,5 @@
-// The framework's exceptions. They are thrown by pointer to a heap object; the catcher calls Delete:
+// The framework's exceptions. They are thrown by pointer to a heap object; the catcher calls
+// Delete:
 //
 //     try { file.Write(p, n); }
 //     catch (CFileException* error) { ...; error->Delete(); }

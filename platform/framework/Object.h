@@ -9,11 +9,11 @@ class CObject;
 
 /// What the framework knows about a class at run time. One static record per dynamic class.
 struct VNBYTSTR_API CRuntimeClass {
-    const char* m_lpszClassName;         ///< the class's name as written in the source
-    int m_nObjectSize;                   ///< sizeof the class, in bytes
-    UINT m_wSchema;                      ///< 0xFFFF: not serializable
-    CObject* (*m_pfnCreateObject)();     ///< null unless declared DECLARE_DYNCREATE
-    const CRuntimeClass* m_pBaseClass;   ///< null for CObject
+    const char* m_lpszClassName;       ///< the class's name as written in the source
+    int m_nObjectSize;                 ///< sizeof the class, in bytes
+    UINT m_wSchema;                    ///< 0xFFFF: not serializable
+    CObject* (*m_pfnCreateObject)();   ///< null unless declared DECLARE_DYNCREATE
+    const CRuntimeClass* m_pBaseClass; ///< null for CObject
 
     /// A new default-constructed object (owned by the caller), or null when the class is not
     /// declared DECLARE_DYNCREATE.
@@ -65,8 +65,9 @@ public:                                                                         
 
 /// In one source file, for a class declared DECLARE_DYNAMIC.
 #define IMPLEMENT_DYNAMIC(class_name, base_class_name)                                             \
-    CRuntimeClass class_name::class##class_name = {#class_name, static_cast<int>(sizeof(class_name)), \
-                                                   0xFFFF, nullptr, RUNTIME_CLASS(base_class_name)}; \
+    CRuntimeClass class_name::class##class_name = {#class_name,                                    \
+                                                   static_cast<int>(sizeof(class_name)), 0xFFFF,   \
+                                                   nullptr, RUNTIME_CLASS(base_class_name)};       \
     CRuntimeClass* class_name::GetRuntimeClass() const { return RUNTIME_CLASS(class_name); }
 
 /// As DECLARE_DYNAMIC, and the framework can create objects of the class.
@@ -76,9 +77,9 @@ public:                                                                         
 
 #define IMPLEMENT_DYNCREATE(class_name, base_class_name)                                           \
     CObject* class_name::CreateObject() { return new class_name; }                                 \
-    CRuntimeClass class_name::class##class_name = {#class_name, static_cast<int>(sizeof(class_name)), \
-                                                   0xFFFF, &class_name::CreateObject,              \
-                                                   RUNTIME_CLASS(base_class_name)};                \
+    CRuntimeClass class_name::class##class_name = {                                                \
+        #class_name, static_cast<int>(sizeof(class_name)), 0xFFFF, &class_name::CreateObject,      \
+        RUNTIME_CLASS(base_class_name)};                                                           \
     CRuntimeClass* class_name::GetRuntimeClass() const { return RUNTIME_CLASS(class_name); }
 
 /// `object` as `class_name*`, or null when it is of another class (null stays null).
