@@ -318,6 +318,7 @@ private:
     ULONGLONG GetWide(DWORD index);
     template <int Width>
     void SetWide(DWORD index, ULONGLONG value);
+    bool RoomForPage() const { return m_arrPages.GetSize() < (m_nMaxPages > 1 ? m_nMaxPages : 1); }
     CBytePage* AddPage();
     void RemovePage(CBytePage* page);
     void DropPagesFrom(DWORD number);
@@ -336,7 +337,7 @@ private:
     void WriteShiftedImage(CFile& file, DWORD shift);
     void CopyImage(CFile& file);
     void MoveImageTo(const char* name);
-    void OpenImage(unsigned flags);
+    void WriteShiftedFlush();
     void CloseImage() noexcept;
     static void CheckLength(ULONGLONG length);
     static void CheckHexRoom(ULONGLONG digits, DWORD size);
@@ -359,6 +360,7 @@ private:
     std::vector<CBytePage*> m_arrLoaded; ///< by page number: the resident page with valid bytes, or null
     std::vector<bool> m_arrOnFile;       ///< by page number: the swap file has bytes of it
     DWORD m_dwPagesOnFile;
+    ULONGLONG m_ullImageEnd; ///< where the bytes written to the swap file end
     DWORD m_dwTouches;     ///< one-byte accesses until the clock is read again
     bool m_bNameIsOurs;    ///< a file under m_strFileName is this store's to delete
     bool m_bImageHasName;  ///< the open swap file is the one under m_strFileName

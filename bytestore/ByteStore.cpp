@@ -1,0 +1,282 @@
+// CByteStore: life, appending, typed access.
+//
+// Invariants, checked by CheckInvariants in debug builds after every change:
+//  1. m_dwStart <= m_dwLength.
+//  2. The pages in m_arrPages, in order of creation, have distinct numbers, and no more of them exist
+//     than m_nMaxPages (one new page at least).
+//  3. m_arrLoaded[n] is the page in m_arrPages with the number n and m_bMustRead clear, or null when
+//     there is none. A page with m_bMustRead set is one whose reading failed; it is read again on the
+//     next access.
+//  4. m_arrLoaded covers every page below the length.
+//  5. m_arrOnFile[n] tells that the swap file holds bytes of page n; m_dwPagesOnFile counts them; there
+//     are none while the swap file is closed.
+//  6. A byte of the valid range that was ever stored is in its resident page or, when the page is not
+//     resident, in the swap file.
+//  7. A resident page with m_bMustWrite clear equals its place in the swap file.
+
+#include "bytestore/ByteStoreInternal.h"
+
+#include "vnbytstr/ByteStream.h"
+
+#include <algorithm>
+#include <array>
+#include <cassert>
+#include <cstring>
+
+namespace {
+constexpr int kInitialMaxPages = 64;
+constexpr DWORD kPageSize = CBytePage::m_dwPageSize;
+} // namespace
+
+CByteStore::CByteStore() { Init(); }
+
+// A constructor that ends in an exception runs no destructor of its own, so the content is filled in by
+// a store that is complete already.
+CByteStore::CByteStore(CByteStore& source) : CByteStore() {
+    m_nMaxPages = source.m_nMaxPages;
+    CopyFrom(0, source, 0, 0);
+}
+
+CByteStore::CByteStore(CByteStream& source) : CByteStore() { CopyFrom(0, source, 0, 0); }
+
+CByteStore::CByteStore(const BYTE* bytes, DWORD count) : CByteStore() {
+    CopyFrom(0, bytes, count);
+}
+
+CByteStore::CByteStore(const char* hex) : CByteStore() { CopyFromHex(0, hex); }
+
+CByteStore::~CByteStore() { Empty(); }
+
+void CByteStore::Init() {
+    m_bComplete = FALSE;
+    m_dwLength = m_dwStart = m_dwCurrent = 0;
+    m_nMaxPages = kInitialMaxPages;
+    m_bAutoDelete = TRUE;
+    m_dwPagesOnFile = 0;
+    m_ullImageEnd = 0;
+    m_dwTouches = 1;
+    m_bNameIsOurs = m_bImageHasName = false;
+}
+
+CByteStore& CByteStore::operator=(CByteStore& source) {
+    if (&source != this) {
+        Empty();
+        CopyFrom(0, source, 0, 0);
+    }
+    return *this;
+}
+
+CByteStore& CByteStore::operator=(CByteStream& source) {
+    if (source.m_pStore != this) {
+        Empty();
+        CopyFrom(0, source, 0, 0);
+    }
+    return *this;
+}
+
+CByteStore& CByteStore::operator=(const char* hex) {
+    Empty();
+    CopyFromHex(0, hex);
+    return *this;
+}
+
+void CByteStore::CheckLength(ULONGLONG length) {
+    if (length > 0xFFFFFFFFu)
+        throw new CCacheException(CCacheException::kTooLong);
+}
+
+// --- appending -----------------------------------------------------------------------------------
+
+void CByteStore::Concat(const BYTE* bytes, DWORD count) {
+    if (count == 0)
+        return;
+    CheckLength(static_cast<ULONGLONG>(m_dwLength) + count);
+    std::vector<BYTE> copy;
+    if (AppendEvicts(count) && HoldsAddress(bytes)) {
+        // The source is a page of this store that may leave memory on the way.
+        copy.assign(bytes, bytes + count);
+        bytes = copy.data();
+    }
+    LengthGuard guard(*this);
+    if (m_dwLength != 0)
+        AppendToLastPage(bytes, count);
+    AppendToNewPages(bytes, count);
+    guard.Keep();
+    CheckInvariants();
+}
+
+bool CByteStore::AppendEvicts(DWORD count) const {
+    const DWORD used = m_dwLength % kPageSize;
+    return used == 0 || count > kPageSize - used || !LoadedPage(m_dwLength / kPageSize);
+}
+
+bool CByteStore::HoldsAddress(const BYTE* address) const {
+    for (INT_PTR i = 0; i < m_arrPages.GetSize(); ++i) {
+        const BYTE* data = static_cast<CBytePage*>(m_arrPages[i])->m_pData;
+        if (std::less_equal<>()(data, address) && std::less<>()(address, data + kPageSize))
+            return true;
+    }
+    return false;
+}
+
+void CByteStore::AppendToLastPage(const BYTE*& bytes, DWORD& count) {
+    DWORD number, position;
+    GetPageNumFromIndex(m_dwLength - 1, number, position);
+    const DWORD used = position + 1;
+    const DWORD taken = std::min(count, kPageSize - used);
+    if (taken == 0)
+        return;
+    CBytePage* page = GetPageFromPageNum(number);
+    std::memmove(page->GetData() + used, bytes, taken);
+    page->SetMustWrite(TRUE);
+    m_dwLength += taken;
+    bytes += taken;
+    count -= taken;
+}
+
+void CByteStore::AppendToNewPages(const BYTE* bytes, DWORD count) {
+    while (count > 0) {
+        const int target = GetTargetMaxPages();
+        if (target != m_nMaxPages)
+            SetMaxPages(target);
+        const DWORD taken = std::min(count, kPageSize);
+        const DWORD number = m_dwLength / kPageSize;
+        GrowPageTable(m_dwLength + taken);
+        CBytePage* page = PageForAppend(number);
+        BYTE* data = page->GetData();
+        std::memmove(data, bytes, taken);
+        std::memset(data + taken, 0, kPageSize - taken);
+        page->SetPageNum(number);
+        page->SetMustRead(FALSE);
+        page->SetMustWrite(TRUE);
+        m_arrLoaded[number] = page;
+        m_dwLength += taken;
+        bytes += taken;
+        count -= taken;
+    }
+}
+
+void CByteStore::ConcatWord(WORD value) {
+    const std::array<BYTE, 2> bytes = {static_cast<BYTE>(value >> 8), static_cast<BYTE>(value)};
+    Concat(bytes.data(), 2);
+}
+
+void CByteStore::Concat(CByteStore& source) {
+    CopyFrom(m_dwLength, source, 0, source.m_dwLength);
+}
+
+void CByteStore::Concat(const CByteStream& source) {
+    CopyFrom(m_dwLength, source, 0, source.GetLength());
+}
+
+void CByteStore::Concat(const char* hex) { CopyFromHex(m_dwLength, hex); }
+
+void CByteStore::Concat(DWORD count) {
+    CheckLength(static_cast<ULONGLONG>(m_dwLength) + count);
+    GrowPageTable(m_dwLength + count);
+    m_dwLength += count;
+    m_dwStart += count;
+    CheckInvariants();
+}
+
+void CByteStore::ExtendTo(DWORD length) {
+    static constexpr std::array<BYTE, vnbytstr::detail::kChunk> kZeros{};
+    if (length <= m_dwLength)
+        return;
+    LengthGuard guard(*this);
+    while (m_dwLength < length)
+        Concat(kZeros.data(), std::min(length - m_dwLength, vnbytstr::detail::kChunk));
+    guard.Keep();
+}
+
+// --- typed access --------------------------------------------------------------------------------
+
+BYTE CByteStore::GetByteSlow(DWORD index) {
+    if (index >= m_dwLength)
+        return 0;
+    DWORD number, position;
+    GetPageNumFromIndex(index, number, position);
+    return GetPageFromPageNum(number)->GetData()[position];
+}
+
+WORD CByteStore::GetWord(DWORD index) {
+    const BYTE high = GetByte(index);
+    const BYTE low = index == 0xFFFFFFFFu ? BYTE{0} : GetByte(index + 1);
+    return static_cast<WORD>((high << 8) | low);
+}
+
+template <int Width>
+ULONGLONG CByteStore::GetWide(DWORD index) {
+    std::array<BYTE, Width> bytes;
+    CopyTo(index, bytes.data(), Width, Width);
+    ULONGLONG value = 0;
+    for (BYTE byte : bytes)
+        value = value << 8 | byte;
+    return value;
+}
+
+DWORD CByteStore::GetDWord(DWORD index) { return static_cast<DWORD>(GetWide<4>(index)); }
+LONGLONG CByteStore::GetInt48(DWORD index) { return static_cast<LONGLONG>(GetWide<6>(index)); }
+LONGLONG CByteStore::GetInt64(DWORD index) { return static_cast<LONGLONG>(GetWide<8>(index)); }
+
+template <int Width>
+void CByteStore::SetWide(DWORD index, ULONGLONG value) {
+    const ULONGLONG end = static_cast<ULONGLONG>(index) + Width;
+    CheckLength(end);
+    std::array<BYTE, Width> bytes;
+    for (int i = Width - 1; i >= 0; --i, value >>= 8)
+        bytes[static_cast<std::size_t>(i)] = static_cast<BYTE>(value);
+    LengthGuard guard(*this);
+    ExtendTo(static_cast<DWORD>(end));
+    Overwrite(index, bytes.data(), Width);
+    guard.Keep();
+}
+
+void CByteStore::SetByte(DWORD index, BYTE value) {
+    if (index < m_dwLength) [[likely]] {
+        if (CBytePage* page = m_arrLoaded[index / kPageSize]) [[likely]] {
+            Touch(page)[index % kPageSize] = value;
+            page->SetMustWrite(TRUE);
+            return;
+        }
+    }
+    SetWide<1>(index, value);
+}
+
+void CByteStore::SetWord(DWORD index, WORD value) { SetWide<2>(index, value); }
+void CByteStore::SetDWord(DWORD index, DWORD value) { SetWide<4>(index, value); }
+void CByteStore::SetInt48(DWORD index, LONGLONG value) {
+    SetWide<6>(index, static_cast<ULONGLONG>(value));
+}
+void CByteStore::SetInt64(DWORD index, LONGLONG value) {
+    SetWide<8>(index, static_cast<ULONGLONG>(value));
+}
+
+// --- invariants ----------------------------------------------------------------------------------
+
+#ifndef NDEBUG
+void CByteStore::CheckInvariants() const {
+    assert(m_dwStart <= m_dwLength);
+    assert(m_arrPages.GetSize() <= std::max(m_nMaxPages, 1));
+    std::size_t loaded = 0;
+    for (INT_PTR i = 0; i < m_arrPages.GetSize(); ++i) {
+        const auto* page = static_cast<CBytePage*>(m_arrPages[i]);
+        for (INT_PTR j = 0; j < i; ++j)
+            assert(static_cast<CBytePage*>(m_arrPages[j])->GetPageNum() != page->GetPageNum());
+        if (!page->GetMustRead()) {
+            assert(LoadedPage(page->GetPageNum()) == page);
+            ++loaded;
+        }
+    }
+    // Walking the whole table every time would make debug builds quadratic; it is short for most tests.
+    if (m_arrLoaded.size() <= 64) {
+        assert(static_cast<std::size_t>(std::count_if(m_arrLoaded.begin(), m_arrLoaded.end(),
+                                                      [](const CBytePage* p) { return p; })) ==
+               loaded);
+        assert(static_cast<std::size_t>(std::count(m_arrOnFile.begin(), m_arrOnFile.end(), true)) ==
+               m_dwPagesOnFile);
+    }
+    assert(m_arrLoaded.size() >= (m_dwLength + (kPageSize - 1ull)) / kPageSize);
+    assert(m_dwPagesOnFile == 0 || m_file.m_hFile != CFile::hFileNull);
+}
+#endif

@@ -1,0 +1,224 @@
+// CByteStore: the pages in memory and their swap file.
+
+#include "bytestore/ByteStoreInternal.h"
+
+#include "bytestore/SwapSweep.h"
+#include "platform/companion/Profile.h"
+#include "vnbytstr/TempFileName.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <memory>
+
+namespace {
+
+constexpr DWORD kPageSize = CBytePage::m_dwPageSize;
+constexpr int kFewestPages = 16;
+// Neighbours written together with a page that leaves: 256 KiB at once is where the system call stops
+// mattering.
+constexpr std::size_t kRunPages = 8;
+
+} // namespace
+
+int CByteStore::GetTargetMaxPages() {
+    const DWORD load = vnbytstr::System::Current().GetMemoryLoad();
+    const DWORD pages = VNGetProfileDWORD(3, "Options", "MaxCachePages", 64, 0);
+    const DWORD target = pages * (100 - load) / 100;
+    return static_cast<int>(std::clamp<DWORD>(target, kFewestPages, 0x7FFFFFFF));
+}
+
+// --- lookup --------------------------------------------------------------------------------------
+
+CBytePage* CByteStore::GetPageFromPageNum(DWORD number) {
+    if (CBytePage* page = LoadedPage(number))
+        return page;
+    GrowPageTable(GetIndexFromPageNum(number) + 1);
+    CBytePage* page = nullptr;
+    for (INT_PTR i = 0; i < m_arrPages.GetSize() && !page; ++i) {
+        auto* candidate = static_cast<CBytePage*>(m_arrPages[i]);
+        if (candidate->GetPageNum() == number)
+            page = candidate; // its last reading failed
+    }
+    if (!page)
+        page = RoomForPage() ? AddPage() : SwapOutAPage();
+    LoadPage(page, number);
+    CheckInvariants();
+    return page;
+}
+
+void CByteStore::LoadPage(CBytePage* page, DWORD number) {
+    page->SetPageNum(number);
+    page->SetMustRead(TRUE);
+    page->SetMustWrite(FALSE); // whatever the buffer holds must not reach the file
+    if (IsOnFile(number)) {
+        page->SwapIn(m_file, number);
+        // Fewer bytes than were written mean that somebody cut the file.
+        const ULONGLONG position = static_cast<ULONGLONG>(number) * kPageSize;
+        if (page->m_dwRead < std::min<ULONGLONG>(m_ullImageEnd - position, kPageSize)) {
+            page->SetMustRead(TRUE);
+            throw new CCacheException(CCacheException::kShortRead);
+        }
+    } else {
+        std::memset(page->m_pData, 0, kPageSize); // accounted for, but never stored
+        page->SetMustRead(FALSE);
+        page->SetMustWrite(TRUE);
+    }
+    m_arrLoaded[number] = page;
+}
+
+CBytePage* CByteStore::PageForAppend(DWORD number) {
+    for (INT_PTR i = 0; i < m_arrPages.GetSize(); ++i) {
+        auto* page = static_cast<CBytePage*>(m_arrPages[i]);
+        if (page->GetPageNum() == number)
+            return page; // GetFirstPage of an empty store made it
+    }
+    return RoomForPage() ? AddPage() : SwapOutAPage();
+}
+
+BYTE* CByteStore::GetFirstPage() { return GetPageFromPageNum(0)->GetData(); }
+
+void CByteStore::GrowPageTable(DWORD length) {
+    const std::size_t pages = (length + (kPageSize - 1ull)) / kPageSize;
+    if (pages > m_arrLoaded.size())
+        m_arrLoaded.resize(pages, nullptr);
+    // Room is made beforehand: what has been written must be noted without fail.
+    if (pages > m_arrOnFile.capacity())
+        m_arrOnFile.reserve(std::max(pages, 2 * m_arrOnFile.capacity()));
+}
+
+void CByteStore::SetOnFile(DWORD number, bool onFile) {
+    if (onFile) {
+        if (number >= m_arrOnFile.size())
+            m_arrOnFile.resize(static_cast<std::size_t>(number) + 1, false);
+        m_ullImageEnd = std::max(m_ullImageEnd, (number + 1ull) * kPageSize);
+    }
+    if (IsOnFile(number) == onFile)
+        return;
+    m_arrOnFile[number] = onFile;
+    m_dwPagesOnFile += onFile ? 1u : ~0u;
+}
+
+// --- pages coming and going ----------------------------------------------------------------------
+
+CBytePage* CByteStore::AddPage() {
+    auto page = std::make_unique<CBytePage>();
+    page->SetPageNum(0xFFFFFFFF); // none of the store's, until the caller gives it one
+    page->SetMustWrite(FALSE);
+    m_arrPages.Add(page.get());
+    return page.release();
+}
+
+void CByteStore::RemovePage(CBytePage* page) {
+    for (INT_PTR i = 0; i < m_arrPages.GetSize(); ++i) {
+        if (m_arrPages[i] == page) {
+            m_arrPages.RemoveAt(i);
+            break;
+        }
+    }
+    if (LoadedPage(page->GetPageNum()) == page)
+        m_arrLoaded[page->GetPageNum()] = nullptr;
+    delete page;
+}
+
+/// Forgets the pages from `number` on, which lie past the end.
+void CByteStore::DropPagesFrom(DWORD number) {
+    for (INT_PTR i = m_arrPages.GetSize(); i-- > 0;) {
+        auto* page = static_cast<CBytePage*>(m_arrPages[i]);
+        if (page->GetPageNum() >= number)
+            RemovePage(page);
+    }
+    for (std::size_t n = number; n < m_arrOnFile.size(); ++n)
+        SetOnFile(static_cast<DWORD>(n), false);
+    if (m_arrOnFile.size() > number)
+        m_arrOnFile.resize(number);
+}
+
+CBytePage* CByteStore::GetPageToDiscard() const {
+    CBytePage* oldest = nullptr;
+    for (INT_PTR i = 0; i < m_arrPages.GetSize(); ++i) {
+        auto* page = static_cast<CBytePage*>(m_arrPages[i]);
+        if (!oldest || page->GetLastAccessTime() < oldest->GetLastAccessTime())
+            oldest = page;
+    }
+    return oldest;
+}
+
+CBytePage* CByteStore::SwapOutAPage() {
+    CBytePage* page = GetPageToDiscard();
+    const ULONGLONG end = static_cast<ULONGLONG>(page->GetPageNum()) * kPageSize + kPageSize;
+    if (m_dwStart <= end)
+        WriteVictim(page);
+    if (LoadedPage(page->GetPageNum()) == page)
+        m_arrLoaded[page->GetPageNum()] = nullptr;
+    page->SetMustRead(TRUE);
+    page->SetMustWrite(FALSE);
+    return page;
+}
+
+void CByteStore::SetMaxPages(int count) {
+    while (m_arrPages.GetSize() > count)
+        RemovePage(SwapOutAPage());
+    m_nMaxPages = count;
+}
+
+// --- the swap file -------------------------------------------------------------------------------
+
+void CByteStore::WriteVictim(CBytePage* page) {
+    if (!page->GetMustWrite())
+        return;
+    if (m_file.m_hFile == CFile::hFileNull)
+        CreateSwapFile();
+    if (WriteRun(page))
+        return;
+    // Together they did not go; the one that has to may.
+    page->SwapOut(m_file, 0, 0);
+    SetOnFile(page->GetPageNum(), true);
+}
+
+/// Writes a page and the unwritten pages that follow it without a gap in one go. False, with nothing
+/// changed but perhaps bytes in the file that are written again later, when that fails.
+bool CByteStore::WriteRun(CBytePage* first) {
+    std::array<std::span<const BYTE>, kRunPages> buffers;
+    const DWORD number = first->GetPageNum();
+    const DWORD last = m_dwLength == 0 ? 0 : (m_dwLength - 1) / kPageSize;
+    std::size_t count = 0;
+    // The last page is left out, since it is still growing.
+    for (CBytePage* page = first; page && count < kRunPages && page->GetMustWrite();) {
+        buffers[count++] = std::span<const BYTE>(page->m_pData, kPageSize);
+        const auto next = static_cast<DWORD>(number + count);
+        page = next < last ? LoadedPage(next) : nullptr;
+    }
+    if (count < 2)
+        return false;
+    CBytePage::SeekTo(m_file, static_cast<ULONGLONG>(number) * kPageSize);
+    try {
+        m_file.WriteGather(std::span(buffers).first(count));
+    } catch (CFileException* error) {
+        error->Delete();
+        return false;
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        const auto written = static_cast<DWORD>(number + i);
+        LoadedPage(written)->SetMustWrite(FALSE);
+        SetOnFile(written, true);
+    }
+    return true;
+}
+
+void CByteStore::CreateSwapFile() {
+    vnbytstr::detail::SweepSwapFilesOnce();
+    CFileException error;
+    for (;;) {
+        GenerateTempFileName(m_strFileName, vnbytstr::detail::kSwapPrefix, nullptr);
+        if (m_file.Open(m_strFileName,
+                        CFile::modeCreate | CFile::modeReadWrite | CFile::modeExclusive |
+                            CFile::modeScratch,
+                        &error))
+            break;
+        if (error.m_lOsError != EEXIST) // taken meanwhile: the next counter value is free
+            throw new CFileException(error.m_cause, error.m_lOsError, m_strFileName);
+    }
+    m_bNameIsOurs = m_bImageHasName = true;
+}
