@@ -9,6 +9,7 @@
 
 IMPLEMENT_DYNAMIC(CException, CObject)
 IMPLEMENT_DYNAMIC(CMemoryException, CException)
+IMPLEMENT_DYNAMIC(CInvalidArgException, CException)
 IMPLEMENT_DYNAMIC(CUserException, CException)
 IMPLEMENT_DYNAMIC(CFileException, CException)
 IMPLEMENT_DYNAMIC(CArchiveException, CException)
@@ -134,6 +135,12 @@ BOOL CMemoryException::GetErrorMessage(char* buffer, UINT size, UINT* helpContex
                        buffer, size, helpContext);
 }
 
+BOOL CInvalidArgException::GetErrorMessage(char* buffer, UINT size, UINT* helpContext) const {
+    return CopyMessage("The program asked for something that is not there. The operation was not "
+                       "carried out; please report this.",
+                       buffer, size, helpContext);
+}
+
 BOOL CFileException::GetErrorMessage(char* buffer, UINT size, UINT* helpContext) const {
     if (m_cause == none)
         return CopyMessage("No error occurred.", buffer, size, helpContext);
@@ -207,6 +214,8 @@ void AfxThrowMemoryException() {
     static auto* const exception = new (place) CMemoryException(FALSE);
     throw exception;
 }
+
+void AfxThrowInvalidArgException() { throw new CInvalidArgException; }
 
 void AfxThrowUserException() { throw new CUserException; }
 

@@ -8,6 +8,10 @@
 #include "Object.h"
 #include "String.h"
 
+#include <new>
+#include <stdexcept>
+#include <utility>
+
 /// Root of all exceptions.
 class VNBYTSTR_API CException : public CObject {
     DECLARE_DYNAMIC(CException)
@@ -18,9 +22,11 @@ public:
     /// Frees the exception; the catcher calls it when it does not rethrow.
     void Delete();
 
-    /// Writes a text for people into `buffer` (at most `size` bytes with the terminating NUL, never
-    /// splitting a character) and the help context, 0 when there is none, into `*helpContext` when
-    /// that is not null. Returns FALSE, with an empty text, when there is nothing to say.
+    /// Writes a text for people into `buffer` (at most `size` bytes with the terminating NUL, cut
+    /// between two UTF-8 characters when it is longer) and the help context, 0 when there is none,
+    /// into `*helpContext` when that is not null. Returns FALSE, with an empty text, when there is
+    /// nothing to say (the root and CUserException: whoever stopped the operation knows), and FALSE
+    /// without a buffer.
     virtual BOOL GetErrorMessage(char* buffer, UINT size, UINT* helpContext = nullptr) const;
 
 private:
@@ -30,6 +36,15 @@ private:
 /// Memory ran out.
 class VNBYTSTR_API CMemoryException : public CException {
     DECLARE_DYNAMIC(CMemoryException)
+public:
+    using CException::CException;
+    BOOL GetErrorMessage(char* buffer, UINT size, UINT* helpContext = nullptr) const override;
+};
+
+/// An argument is out of its range: an index with nothing there, a null pointer. The call did
+/// nothing.
+class VNBYTSTR_API CInvalidArgException : public CException {
+    DECLARE_DYNAMIC(CInvalidArgException)
 public:
     using CException::CException;
     BOOL GetErrorMessage(char* buffer, UINT size, UINT* helpContext = nullptr) const override;
@@ -107,7 +122,25 @@ public:
 };
 
 [[noreturn]] VNBYTSTR_API void AfxThrowMemoryException();
+[[noreturn]] VNBYTSTR_API void AfxThrowInvalidArgException();
 [[noreturn]] VNBYTSTR_API void AfxThrowUserException();
 [[noreturn]] VNBYTSTR_API void AfxThrowFileException(int cause, LONG osError = -1,
                                                      const char* fileName = nullptr);
 [[noreturn]] VNBYTSTR_API void AfxThrowArchiveException(int cause, const char* fileName = nullptr);
+
+namespace vnbytstr::detail {
+
+/// Calls `function` and returns its result; memory that the standard library could not get there is
+/// a CMemoryException.
+template <class Function>
+decltype(auto) WithMemoryException(Function&& function) {
+    try {
+        return std::forward<Function>(function)();
+    } catch (const std::bad_alloc&) {
+        AfxThrowMemoryException();
+    } catch (const std::length_error&) {
+        AfxThrowMemoryException();
+    }
+}
+
+} // namespace vnbytstr::detail

@@ -161,7 +161,7 @@ void CString::Splice(int index, int removed, const char* text, std::size_t lengt
 
 void CString::SetAt(int index, char ch) {
     if (index < 0 || index >= GetLength())
-        return;
+        AfxThrowInvalidArgException();
     MakeUnique();
     m_data[index] = ch;
 }

@@ -104,7 +104,7 @@ public:
         return static_cast<UINT>(index) < static_cast<UINT>(GetLength()) ? m_data[index] : '\0';
     }
     char operator[](int index) const noexcept { return GetAt(index); }
-    /// Changes the byte at `index`; does nothing when there is none.
+    /// Changes the byte at `index`; CInvalidArgException when there is none.
     void SetAt(int index, char ch);
 
     CString& operator+=(const CString& other) {
