@@ -111,7 +111,7 @@ bool CByteStore::AppendEvicts(DWORD count) const {
 }
 
 bool CByteStore::HoldsAddress(const BYTE* address) const {
-    for (INT_PTR i = 0; i < m_arrPages.GetSize(); ++i) {
+    for (int i = 0; i < m_arrPages.GetSize(); ++i) {
         const BYTE* data = static_cast<CBytePage*>(m_arrPages[i])->m_pData;
         if (std::less_equal<>()(data, address) && std::less<>()(address, data + kPageSize))
             return true;
@@ -232,6 +232,13 @@ void CByteStore::SetWide(DWORD index, ULONGLONG value) {
     guard.Keep();
 }
 
+// CByteStream forwards to these.
+template void CByteStore::SetWide<1>(DWORD, ULONGLONG);
+template void CByteStore::SetWide<2>(DWORD, ULONGLONG);
+template void CByteStore::SetWide<4>(DWORD, ULONGLONG);
+template void CByteStore::SetWide<6>(DWORD, ULONGLONG);
+template void CByteStore::SetWide<8>(DWORD, ULONGLONG);
+
 void CByteStore::SetByte(DWORD index, BYTE value) {
     if (index < m_dwLength) [[likely]] {
         if (CBytePage* page = m_arrLoaded[index / kPageSize]) [[likely]] {
@@ -259,9 +266,9 @@ void CByteStore::CheckInvariants() const {
     assert(m_dwStart <= m_dwLength);
     assert(m_arrPages.GetSize() <= std::max(m_nMaxPages, 1));
     std::size_t loaded = 0;
-    for (INT_PTR i = 0; i < m_arrPages.GetSize(); ++i) {
+    for (int i = 0; i < m_arrPages.GetSize(); ++i) {
         const auto* page = static_cast<CBytePage*>(m_arrPages[i]);
-        for (INT_PTR j = 0; j < i; ++j)
+        for (int j = 0; j < i; ++j)
             assert(static_cast<CBytePage*>(m_arrPages[j])->GetPageNum() != page->GetPageNum());
         if (!page->GetMustRead()) {
             assert(LoadedPage(page->GetPageNum()) == page);

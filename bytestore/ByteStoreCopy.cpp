@@ -169,13 +169,11 @@ void CByteStore::Shift(DWORD to, DWORD from) {
         done += taken;
     }
     const DWORD distance = from - to;
-    m_dwLength -= distance;
-    DropPagesFrom(static_cast<DWORD>((m_dwLength + (kPageSize - 1ull)) / kPageSize));
+    Truncate(m_dwLength - distance);
     if (m_dwCurrent >= from)
         m_dwCurrent -= distance;
     else if (m_dwCurrent > to)
         m_dwCurrent = to;
-    m_dwStart = std::min(m_dwStart, m_dwLength);
     CheckInvariants();
 }
 

@@ -39,7 +39,7 @@ private:
 } // namespace
 
 void CByteStore::Empty() {
-    for (INT_PTR i = 0; i < m_arrPages.GetSize(); ++i)
+    for (int i = 0; i < m_arrPages.GetSize(); ++i)
         delete static_cast<CBytePage*>(m_arrPages[i]);
     m_arrPages.RemoveAll();
     std::vector<CBytePage*>().swap(m_arrLoaded);
@@ -71,7 +71,7 @@ void CByteStore::Flush(int fromCurrent) {
     if (m_file.m_hFile == CFile::hFileNull)
         CreateSwapFile();
     std::vector<CBytePage*> pages;
-    for (INT_PTR i = 0; i < m_arrPages.GetSize(); ++i)
+    for (int i = 0; i < m_arrPages.GetSize(); ++i)
         pages.push_back(static_cast<CBytePage*>(m_arrPages[i]));
     std::sort(pages.begin(), pages.end(), [](const CBytePage* a, const CBytePage* b) {
         return a->GetPageNum() < b->GetPageNum();

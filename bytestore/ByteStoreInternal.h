@@ -8,11 +8,8 @@ class CByteStore::LengthGuard {
 public:
     explicit LengthGuard(CByteStore& store) : m_store(store), m_dwLength(store.m_dwLength) {}
     ~LengthGuard() {
-        if (!m_bKept && m_store.m_dwLength != m_dwLength) {
-            m_store.m_dwLength = m_dwLength;
-            m_store.DropPagesFrom((m_dwLength + (CBytePage::m_dwPageSize - 1ull)) /
-                                  CBytePage::m_dwPageSize);
-        }
+        if (!m_bKept)
+            m_store.Truncate(m_dwLength);
     }
     LengthGuard(const LengthGuard&) = delete;
     LengthGuard& operator=(const LengthGuard&) = delete;

@@ -36,7 +36,7 @@ CBytePage* CByteStore::GetPageFromPageNum(DWORD number) {
         return page;
     GrowPageTable(GetIndexFromPageNum(number) + 1);
     CBytePage* page = nullptr;
-    for (INT_PTR i = 0; i < m_arrPages.GetSize() && !page; ++i) {
+    for (int i = 0; i < m_arrPages.GetSize() && !page; ++i) {
         auto* candidate = static_cast<CBytePage*>(m_arrPages[i]);
         if (candidate->GetPageNum() == number)
             page = candidate; // its last reading failed
@@ -69,7 +69,7 @@ void CByteStore::LoadPage(CBytePage* page, DWORD number) {
 }
 
 CBytePage* CByteStore::PageForAppend(DWORD number) {
-    for (INT_PTR i = 0; i < m_arrPages.GetSize(); ++i) {
+    for (int i = 0; i < m_arrPages.GetSize(); ++i) {
         auto* page = static_cast<CBytePage*>(m_arrPages[i]);
         if (page->GetPageNum() == number)
             return page; // GetFirstPage of an empty store made it
@@ -92,7 +92,7 @@ void CByteStore::SetOnFile(DWORD number, bool onFile) {
     if (onFile) {
         if (number >= m_arrOnFile.size())
             m_arrOnFile.resize(static_cast<std::size_t>(number) + 1, false);
-        m_ullImageEnd = std::max(m_ullImageEnd, (number + 1ull) * kPageSize);
+        m_ullImageEnd = std::max<ULONGLONG>(m_ullImageEnd, (number + 1ull) * kPageSize);
     }
     if (IsOnFile(number) == onFile)
         return;
@@ -111,7 +111,7 @@ CBytePage* CByteStore::AddPage() {
 }
 
 void CByteStore::RemovePage(CBytePage* page) {
-    for (INT_PTR i = 0; i < m_arrPages.GetSize(); ++i) {
+    for (int i = 0; i < m_arrPages.GetSize(); ++i) {
         if (m_arrPages[i] == page) {
             m_arrPages.RemoveAt(i);
             break;
@@ -123,8 +123,8 @@ void CByteStore::RemovePage(CBytePage* page) {
 }
 
 /// Forgets the pages from `number` on, which lie past the end.
-void CByteStore::DropPagesFrom(DWORD number) {
-    for (INT_PTR i = m_arrPages.GetSize(); i-- > 0;) {
+void CByteStore::DropPagesFrom(DWORD number) noexcept {
+    for (int i = m_arrPages.GetSize(); i-- > 0;) {
         auto* page = static_cast<CBytePage*>(m_arrPages[i]);
         if (page->GetPageNum() >= number)
             RemovePage(page);
@@ -135,9 +135,18 @@ void CByteStore::DropPagesFrom(DWORD number) {
         m_arrOnFile.resize(number);
 }
 
+/// Cuts the store to `length` bytes, which it has.
+void CByteStore::Truncate(DWORD length) noexcept {
+    if (length >= m_dwLength)
+        return;
+    m_dwLength = length;
+    DropPagesFrom(static_cast<DWORD>((length + (kPageSize - 1ull)) / kPageSize));
+    m_dwStart = std::min(m_dwStart, m_dwLength);
+}
+
 CBytePage* CByteStore::GetPageToDiscard() const {
     CBytePage* oldest = nullptr;
-    for (INT_PTR i = 0; i < m_arrPages.GetSize(); ++i) {
+    for (int i = 0; i < m_arrPages.GetSize(); ++i) {
         auto* page = static_cast<CBytePage*>(m_arrPages[i]);
         if (!oldest || page->GetLastAccessTime() < oldest->GetLastAccessTime())
             oldest = page;

@@ -9,6 +9,7 @@
 #include "platform/system/System.h"
 #include "vnbytstr/CacheException.h"
 
+#include <span>
 #include <vector>
 
 class CByteStream;
@@ -321,7 +322,8 @@ private:
     bool RoomForPage() const { return m_arrPages.GetSize() < (m_nMaxPages > 1 ? m_nMaxPages : 1); }
     CBytePage* AddPage();
     void RemovePage(CBytePage* page);
-    void DropPagesFrom(DWORD number);
+    void DropPagesFrom(DWORD number) noexcept;
+    void Truncate(DWORD length) noexcept;
     CBytePage* PageForAppend(DWORD number);
     void LoadPage(CBytePage* page, DWORD number);
     void WriteVictim(CBytePage* page);
@@ -333,7 +335,7 @@ private:
     void Overwrite(DWORD index, const BYTE* bytes, DWORD count);
     void CopyUpWithin(DWORD index, DWORD sourceIndex, DWORD count);
     bool EqualsAt(DWORD index, const CByteStream& pattern, DWORD from);
-    DWORD FindPrefix(const BYTE* prefix, DWORD prefixLength, DWORD start);
+    DWORD FindPrefix(std::span<const BYTE> prefix, DWORD start);
     void WriteShiftedImage(CFile& file, DWORD shift);
     void CopyImage(CFile& file);
     void MoveImageTo(const char* name);

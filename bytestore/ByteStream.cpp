@@ -1,0 +1,315 @@
+// CByteStream: life, buffers, growth, typed access.
+//
+// Invariants, checked by CheckInvariants in debug builds after every change:
+//  1. With m_pStore set, the content lies there; m_pBuffer is null, the mode internal, and m_dwLength,
+//     m_dwStart and m_dwCurrent are not used.
+//  2. Without it, m_pBuffer holds m_dwLength bytes of m_dwAllocated; it is null only when both are 0 (or
+//     an external buffer is).
+//  3. An internal buffer is the stream's own, from malloc; a block of capacity c was zero when it came.
+//  4. m_dwStart <= m_dwLength.
+
+#include "bytestore/ByteStreamInternal.h"
+
+#include "platform/companion/Profile.h"
+
+#include <algorithm>
+#include <array>
+#include <cassert>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <vector>
+
+DWORD CByteStream::m_dwMaxSizeInMemory = 0;
+
+// Constructors fill in the content through a stream that is complete already, so that an exception
+// frees it.
+CByteStream::CByteStream(const CByteStream& other) : CByteStream() { CopyFrom(0, other, 0, 0); }
+
+CByteStream::CByteStream(const BYTE* bytes, DWORD count) : CByteStream() {
+    CopyFrom(0, bytes, count);
+}
+
+CByteStream::CByteStream(const char* hex) : CByteStream() { CopyFromHex(0, hex); }
+
+CByteStream::~CByteStream() { FreeContent(); }
+
+void CByteStream::Init() {
+    m_pBuffer = nullptr;
+    m_dwLength = m_dwAllocated = m_dwCurrent = m_dwStart = 0;
+    m_nBufferMode = kInternal;
+    m_pStore = nullptr;
+    m_bComplete = FALSE;
+    m_bAutoDelete = TRUE;
+}
+
+void CByteStream::FreeContent() {
+    if (m_nBufferMode == kInternal)
+        std::free(m_pBuffer);
+    delete m_pStore;
+    m_pBuffer = nullptr;
+    m_pStore = nullptr;
+}
+
+CByteStream& CByteStream::operator=(const CByteStream& other) {
+    if (&other != this) {
+        CheckWritable();
+        Empty(0);
+        CopyFrom(0, other, 0, 0);
+    }
+    return *this;
+}
+
+CByteStream& CByteStream::operator=(const char* hex) {
+    CheckWritable();
+    Empty(0);
+    CopyFromHex(0, hex);
+    return *this;
+}
+
+// --- buffers -------------------------------------------------------------------------------------
+
+void CByteStream::SetReadOnlyBuffer(const BYTE* bytes, DWORD length) {
+    FreeContent();
+    m_nBufferMode = kReadOnly;
+    m_pBuffer = const_cast<BYTE*>(bytes);
+    m_dwLength = m_dwAllocated = bytes ? length : 0;
+    m_dwStart = 0;
+}
+
+void CByteStream::SetWritableBuffer(BYTE* bytes, DWORD length, DWORD capacity) {
+    FreeContent();
+    m_nBufferMode = kWritable;
+    m_pBuffer = bytes;
+    m_dwAllocated = bytes ? capacity : 0;
+    m_dwLength = std::min(length, m_dwAllocated);
+    m_dwStart = 0;
+}
+
+void CByteStream::SetInternalBuffer() {
+    if (m_nBufferMode == kInternal)
+        return;
+    m_nBufferMode = kInternal;
+    m_pBuffer = nullptr;
+    m_dwLength = m_dwAllocated = m_dwStart = 0;
+    m_pStore = nullptr;
+}
+
+CByteStream::operator const BYTE*() const {
+    if (m_pStore)
+        throw new CCacheException(CCacheException::kNotInMemory);
+    return m_pBuffer;
+}
+
+BYTE* CByteStream::GetBuffer(DWORD size) {
+    CheckWritable();
+    if (!m_pStore)
+        AllocTo(size);
+    if (m_pStore)
+        throw new CCacheException(CCacheException::kNotInMemory);
+    return m_pBuffer;
+}
+
+BYTE* CByteStream::GetBufferSetLength(DWORD length) {
+    BYTE* buffer = GetBuffer(length);
+    m_dwLength = length;
+    m_dwStart = std::min(m_dwStart, length);
+    return buffer;
+}
+
+BYTE* CByteStream::GetConcatBuffer(DWORD size) {
+    const ULONGLONG end = static_cast<ULONGLONG>(GetLength()) + size;
+    CByteStore::CheckLength(end);
+    BYTE* buffer = GetBuffer(static_cast<DWORD>(end));
+    return buffer ? buffer + m_dwLength : nullptr;
+}
+
+BYTE* CByteStream::GetConcatBufferSetLength(DWORD size) {
+    BYTE* buffer = GetConcatBuffer(size);
+    m_dwLength += size;
+    return buffer;
+}
+
+void CByteStream::ReleaseBuffer(DWORD length) {
+    CheckWritable();
+    if (m_pStore)
+        throw new CCacheException(CCacheException::kInStore);
+    if (length != 0)
+        m_dwLength = std::min(length, m_dwAllocated);
+    m_dwStart = std::min(m_dwStart, m_dwLength);
+}
+
+void CByteStream::CheckWritable() const {
+    if (m_nBufferMode == kReadOnly)
+        throw new CCacheException(CCacheException::kReadOnly);
+}
+
+void CByteStream::Empty(int freeBuffer) {
+    if (m_pStore)
+        m_pStore->Empty();
+    m_dwLength = m_dwCurrent = m_dwStart = 0;
+    if (freeBuffer && m_nBufferMode == kInternal) {
+        std::free(m_pBuffer);
+        m_pBuffer = nullptr;
+        m_dwAllocated = 0;
+        m_bComplete = FALSE;
+    }
+}
+
+// --- growth --------------------------------------------------------------------------------------
+
+DWORD CByteStream::GetMaxSizeInMemory() {
+    if (m_dwMaxSizeInMemory == 0)
+        m_dwMaxSizeInMemory = VNGetProfileDWORD(3, "Options", "MaxCacheBlock", 0x40000, 0);
+    return m_dwMaxSizeInMemory;
+}
+
+void CByteStream::AllocTo(DWORD size) {
+    if (m_dwAllocated >= size && (m_pBuffer || size == 0))
+        return;
+    if (m_nBufferMode != kInternal)
+        throw new CCacheException(CCacheException::kReadOnly);
+    ULONGLONG capacity = size;
+    if (capacity < static_cast<ULONGLONG>(m_dwAllocated) + m_wGrowLength)
+        capacity = m_dwAllocated * 2ull + m_wGrowLength;
+    if (capacity > GetMaxSizeInMemory()) {
+        MoveToStore(true);
+        return;
+    }
+    // Large blocks are moved by the system without a copy, hence not a new block and a copy.
+    auto* buffer = static_cast<BYTE*>(std::realloc(m_pBuffer, capacity));
+    if (!buffer)
+        AfxThrowMemoryException();
+    std::memset(buffer + m_dwLength, 0, capacity - m_dwLength);
+    m_pBuffer = buffer;
+    m_dwAllocated = static_cast<DWORD>(capacity);
+}
+
+void CByteStream::ExtendTo(DWORD length) {
+    if (m_dwLength >= length)
+        return;
+    CheckWritable();
+    if (m_nBufferMode == kInternal && length > GetMaxSizeInMemory()) {
+        MoveToStore(false); // the cursor deliberately stays behind
+        return;
+    }
+    AllocTo(length);
+    // Growth by doubling may have passed the limit although the length asked for does not.
+    if (!m_pStore)
+        m_dwLength = length;
+}
+
+void CByteStream::MoveToStore(bool withCursor) {
+    auto store = std::make_unique<CByteStore>(m_pBuffer, m_dwLength);
+    store->SetComplete(m_bComplete);
+    store->SetAutoDelete(m_bAutoDelete);
+    store->DiscardUpTo(m_dwStart);
+    if (withCursor)
+        store->SetCurrentOffset(m_dwCurrent);
+    std::free(m_pBuffer);
+    m_pBuffer = nullptr;
+    m_pStore = store.release();
+    CheckInvariants();
+}
+
+// --- flags and range -----------------------------------------------------------------------------
+
+void CByteStream::GetRange(DWORD& start, DWORD& end) const {
+    start = GetStart();
+    end = GetLength();
+}
+
+void CByteStream::SetComplete(BOOL complete) {
+    m_bComplete = complete;
+    if (m_pStore)
+        m_pStore->SetComplete(complete);
+}
+
+void CByteStream::SetAutoDelete(BOOL autoDelete) {
+    m_bAutoDelete = autoDelete;
+    if (m_pStore)
+        m_pStore->SetAutoDelete(autoDelete);
+}
+
+void CByteStream::DiscardUpTo(DWORD index) {
+    if (m_pStore)
+        m_pStore->DiscardUpTo(index);
+    else if (index > m_dwStart)
+        m_dwStart = std::min(index, m_dwLength);
+}
+
+// --- typed access --------------------------------------------------------------------------------
+
+BYTE CByteStream::GetByteSlow(DWORD index) const { return m_pStore ? m_pStore->GetByte(index) : 0; }
+
+WORD CByteStream::GetWord(DWORD index) const {
+    if (m_pStore)
+        return m_pStore->GetWord(index);
+    const BYTE high = GetByte(index);
+    const BYTE low = index == 0xFFFFFFFFu ? BYTE{0} : GetByte(index + 1);
+    return static_cast<WORD>((high << 8) | low);
+}
+
+template <int Width>
+ULONGLONG CByteStream::GetWide(DWORD index) const {
+    std::array<BYTE, Width> bytes;
+    CopyTo(index, bytes.data(), Width, Width);
+    ULONGLONG value = 0;
+    for (BYTE byte : bytes)
+        value = value << 8 | byte;
+    return value;
+}
+
+DWORD CByteStream::GetDWord(DWORD index) const { return static_cast<DWORD>(GetWide<4>(index)); }
+LONGLONG CByteStream::GetInt48(DWORD index) const {
+    return static_cast<LONGLONG>(GetWide<6>(index));
+}
+LONGLONG CByteStream::GetInt64(DWORD index) const {
+    return static_cast<LONGLONG>(GetWide<8>(index));
+}
+
+template <int Width>
+void CByteStream::SetWide(DWORD index, ULONGLONG value) {
+    CheckWritable();
+    const ULONGLONG end = static_cast<ULONGLONG>(index) + Width;
+    CByteStore::CheckLength(end);
+    if (!m_pStore)
+        ExtendTo(static_cast<DWORD>(end));
+    if (m_pStore) {
+        m_pStore->SetWide<Width>(index, value);
+        return;
+    }
+    for (int i = Width - 1; i >= 0; --i, value >>= 8)
+        m_pBuffer[index + static_cast<DWORD>(i)] = static_cast<BYTE>(value);
+}
+
+void CByteStream::SetByte(DWORD index, BYTE value) {
+    if (m_pStore)
+        m_pStore->SetByte(index, value);
+    else
+        SetWide<1>(index, value);
+}
+
+void CByteStream::SetWord(DWORD index, WORD value) { SetWide<2>(index, value); }
+void CByteStream::SetDWord(DWORD index, DWORD value) { SetWide<4>(index, value); }
+void CByteStream::SetInt48(DWORD index, LONGLONG value) {
+    SetWide<6>(index, static_cast<ULONGLONG>(value));
+}
+void CByteStream::SetInt64(DWORD index, LONGLONG value) {
+    SetWide<8>(index, static_cast<ULONGLONG>(value));
+}
+
+// --- invariants ----------------------------------------------------------------------------------
+
+#ifndef NDEBUG
+void CByteStream::CheckInvariants() const {
+    if (m_pStore) {
+        assert(m_pBuffer == nullptr && m_nBufferMode == kInternal);
+        return;
+    }
+    assert(m_dwLength <= m_dwAllocated);
+    assert(m_pBuffer || m_dwAllocated == 0);
+    assert(m_dwStart <= m_dwLength);
+}
+#endif

@@ -1,0 +1,28 @@
+// Shared by the source files of CByteStream.
+#pragma once
+
+#include "bytestore/ByteStoreInternal.h"
+#include "vnbytstr/ByteStream.h"
+
+/// Gives the content the length back that it had when the guard was made, unless Keep was called.
+class CByteStream::LengthGuard {
+public:
+    explicit LengthGuard(CByteStream& stream)
+        : m_stream(stream), m_dwLength(stream.GetLength()) {}
+    ~LengthGuard() {
+        if (m_bKept)
+            return;
+        if (m_stream.m_pStore)
+            m_stream.m_pStore->Truncate(m_dwLength);
+        else
+            m_stream.m_dwLength = m_dwLength;
+    }
+    LengthGuard(const LengthGuard&) = delete;
+    LengthGuard& operator=(const LengthGuard&) = delete;
+    void Keep() { m_bKept = true; }
+
+private:
+    CByteStream& m_stream;
+    const DWORD m_dwLength;
+    bool m_bKept = false;
+};

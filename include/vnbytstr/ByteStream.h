@@ -1,0 +1,259 @@
+// CByteStream: the library's everyday byte value, in one memory block while it is small, on a caller's
+// buffer, or in a CByteStore once it has grown.
+#pragma once
+
+#include "platform/framework/Object.h"
+#include "platform/framework/String.h"
+#include "vnbytstr/ByteStore.h"
+#include "vnbytstr/CacheException.h"
+
+/// Byte sequence of up to 4 GiB - 1 bytes. Content of up to GetMaxSizeInMemory() bytes stays in one heap
+/// block that grows by doubling; beyond that the stream moves it into a CByteStore of its own and goes on
+/// there, once and for good: it stays there when it is emptied. A stream can also be bound to a caller's
+/// buffer, which it neither frees nor grows.
+///
+/// Indexes count bytes from 0. All multi-byte values are big-endian. The operations that CByteStore has
+/// too mean the same here, wherever the content lies; see there for ranges, exceptions and what holds
+/// after one. What differs stands with the operation.
+///
+/// Exceptions: CCacheException with the causes of CByteStore and, of its own, 2 (a pointer to content in
+/// a store was asked for), 3 (the buffer is read-only, or external and full), 4 (ReleaseBuffer of content
+/// in a store), 6 (past 4 GiB - 1); CMemoryException when the block cannot be had.
+///
+/// Threads: one at a time.
+class VNBYTSTR_API CByteStream : public CObject {
+public:
+    static constexpr WORD m_wGrowLength = 32; ///< least growth of the block, in bytes
+    static constexpr DWORD kNotFound = CByteStore::kNotFound;
+
+    /// Empty, with a block of its own to come.
+    CByteStream() { Init(); }
+    CByteStream(const CByteStream& other);
+    CByteStream(const BYTE* bytes, DWORD count);
+    /// From hex text, as CopyFromHex reads it.
+    explicit CByteStream(const char* hex);
+    /// Frees the block and the store, never a caller's buffer.
+    ~CByteStream() override;
+
+    /// Replaces the content by a copy. Where the content lies does not change, but for growth.
+    CByteStream& operator=(const CByteStream& other);
+    CByteStream& operator=(const char* hex);
+
+    // --- binding to a caller's buffer ------------------------------------------------------------
+    /// The stream's content becomes the `length` bytes at `bytes`, not copied, never written. They must
+    /// outlive the binding.
+    void SetReadOnlyBuffer(const BYTE* bytes, DWORD length);
+    /// The same for bytes that may be written; the content may grow up to `capacity` bytes.
+    void SetWritableBuffer(BYTE* bytes, DWORD length, DWORD capacity);
+    /// Ends a binding: the stream is empty and has a block of its own to come. Else does nothing.
+    void SetInternalBuffer();
+    BOOL IsReadOnlyBuffer() const { return m_nBufferMode == kReadOnly; }
+    /// FALSE once the content lies in a store.
+    BOOL IsAllInBuffer() const { return m_pStore == nullptr; }
+
+    // --- the content as memory (cause 2 when it lies in a store) -----------------------------------
+    /// Null when the stream never held anything. Valid until the next change.
+    operator const BYTE*() const;
+    /// A buffer of at least `size` bytes that begins with the content. To be written up to `size`, then
+    /// released with the new length.
+    BYTE* GetBuffer(DWORD size);
+    /// The same, and the length becomes `length`.
+    BYTE* GetBufferSetLength(DWORD length);
+    /// Room for `size` bytes behind the content.
+    BYTE* GetConcatBuffer(DWORD size);
+    /// The same, and the length grows by `size`.
+    BYTE* GetConcatBufferSetLength(DWORD size);
+    /// Sets the length, at most the buffer's size; 0 keeps it. Cause 4 in a store.
+    void ReleaseBuffer(DWORD length = 0);
+
+    // --- size, range, cursor -----------------------------------------------------------------------
+    DWORD GetLength() const { return m_pStore ? m_pStore->GetLength() : m_dwLength; }
+    void GetRange(DWORD& start, DWORD& end) const;
+    BOOL IsByteAvailable(DWORD index) const { return GetStart() <= index && index < GetLength(); }
+    BOOL IsEmpty() const { return GetStart() >= GetLength(); }
+    BOOL GetComplete() const { return m_pStore ? m_pStore->GetComplete() : m_bComplete; }
+    void SetComplete(BOOL complete);
+
+    DWORD GetCurrentOffset() const { return m_pStore ? m_pStore->GetCurrentOffset() : m_dwCurrent; }
+    DWORD GetCO() const { return GetCurrentOffset(); }
+    void SetCurrentOffset(DWORD index) { Cursor() = index; }
+    DWORD GetRemaining() const { return GetLength() - GetCurrentOffset(); }
+    void Skip(DWORD count) { Cursor() += count; }
+    void SkipByte() { Cursor() += 1; }
+    void SkipWord() { Cursor() += 2; }
+
+    // --- typed access, big-endian ------------------------------------------------------------------
+    BYTE GetByte(DWORD index) const;
+    WORD GetWord(DWORD index) const;
+    DWORD GetDWord(DWORD index) const;
+    LONGLONG GetInt48(DWORD index) const; ///< 6 bytes, 0 to 2^48 - 1
+    LONGLONG GetInt64(DWORD index) const;
+    BYTE operator[](DWORD index) const { return GetByte(index); }
+    BYTE GetCurrentByte() const { return GetByte(GetCurrentOffset()); }
+    WORD GetCurrentWord() const { return GetWord(GetCurrentOffset()); }
+    DWORD GetCurrentDWord() const { return GetDWord(GetCurrentOffset()); }
+    LONGLONG GetCurrentInt48() const { return GetInt48(GetCurrentOffset()); }
+    LONGLONG GetCurrentInt64() const { return GetInt64(GetCurrentOffset()); }
+
+    /// On a read-only buffer cause 3, whatever the index. At or past the end the content is extended
+    /// first. When that moves it into a store, the cursor is 0 afterwards.
+    void SetByte(DWORD index, BYTE value);
+    void SetWord(DWORD index, WORD value);
+    void SetDWord(DWORD index, DWORD value);
+    void SetInt48(DWORD index, LONGLONG value); ///< the low 48 bits
+    void SetInt64(DWORD index, LONGLONG value);
+    void SetCurrentByte(BYTE value) { SetByte(GetCurrentOffset(), value); }
+    void SetCurrentWord(WORD value) { SetWord(GetCurrentOffset(), value); }
+    void SetCurrentDWord(DWORD value) { SetDWord(GetCurrentOffset(), value); }
+    void SetCurrentInt48(LONGLONG value) { SetInt48(GetCurrentOffset(), value); }
+    void SetCurrentInt64(LONGLONG value) { SetInt64(GetCurrentOffset(), value); }
+
+    // --- appending ---------------------------------------------------------------------------------
+    /// Appending keeps the cursor, also when it moves the content into a store.
+    void Concat(const BYTE* bytes, DWORD count) { CopyFrom(GetLength(), bytes, count); }
+    void Concat(const CByteStream& source);
+    void Concat(CByteStore& source);
+    void Concat(const char* hex) { CopyFromHex(GetLength(), hex); }
+    void ConcatByte(BYTE value);
+    void ConcatWord(WORD value);
+    /// In memory: adds `count` real bytes, zero in fresh memory, else what the buffer held there. In a
+    /// store: accounts for `count` bytes never held, as CByteStore::Concat(DWORD) does.
+    void Concat(DWORD count);
+    CByteStream& operator+=(const CByteStream& source);
+    CByteStream& operator+=(BYTE value);
+    CByteStream& operator+=(WORD value);
+
+    // --- copying -----------------------------------------------------------------------------------
+    void CopyFrom(DWORD index, const BYTE* bytes, DWORD count);
+    void CopyFrom(DWORD index, const CByteStream& source, DWORD sourceIndex = 0, DWORD count = 0);
+    void CopyFrom(DWORD index, CByteStore& source, DWORD sourceIndex = 0, DWORD count = 0);
+    void CopyTo(DWORD index, BYTE* destination, DWORD count, DWORD size) const;
+    void CopyTo(DWORD index, CByteStream& destination, DWORD destinationIndex = 0,
+                DWORD count = 0) const;
+    void CopyTo(DWORD index, CByteStore& destination, DWORD destinationIndex = 0,
+                DWORD count = 0) const;
+    void CopyCurrentTo(BYTE* destination, DWORD count, DWORD size) const {
+        CopyTo(GetCurrentOffset(), destination, count, size);
+    }
+    void CopyCurrentTo(CByteStream& destination, DWORD destinationIndex = 0, DWORD count = 0) const {
+        CopyTo(GetCurrentOffset(), destination, destinationIndex, count);
+    }
+    void CopyCurrentTo(CByteStore& destination, DWORD destinationIndex = 0, DWORD count = 0) const {
+        CopyTo(GetCurrentOffset(), destination, destinationIndex, count);
+    }
+    void CopyFromHex(DWORD index, const char* text);
+    void CopyFromHex(DWORD index, const CString& text);
+    void CopyToHex(DWORD index, char* destination, DWORD count, DWORD size) const;
+    void CopyToHex(DWORD index, CString& destination, DWORD count) const;
+
+    // --- slices, search, comparison ----------------------------------------------------------------
+    CByteStream Mid(DWORD first, DWORD count) const;
+    CByteStream Mid(DWORD first) const { return Mid(first, 0xFFFFFFFF); }
+    CByteStream Left(DWORD count) const { return Mid(0, count); }
+    CByteStream Right(DWORD count) const;
+    DWORD Find(const CByteStream& pattern, DWORD start = 0) const;
+
+    BOOL operator==(const CByteStream& other) const;
+    BOOL operator==(const char* hex) const;
+    BOOL operator!=(const CByteStream& other) const { return !(*this == other); }
+    BOOL operator!=(const char* hex) const { return !(*this == hex); }
+
+    // --- moving and discarding ---------------------------------------------------------------------
+    void Shift(DWORD to, DWORD from);
+    void ShiftCurrent();
+    void DiscardUpTo(DWORD index);
+
+    // --- the whole stream --------------------------------------------------------------------------
+    /// Length and cursor become 0. With `freeBuffer` a block of the stream's own is freed, and the
+    /// complete flag cleared. A store stays attached, empty.
+    void Empty(int freeBuffer = 0);
+    /// Writes what a store has in memory to its swap file; nothing to do in memory.
+    void Flush();
+    void SaveToFile(const char* name, int fromCurrent = 0);
+    void CopyToFile(const char* name, int fromCurrent = 0);
+    /// The content becomes that of an existing file, through a store. See CByteStore::SetFileName for
+    /// what auto-delete then means.
+    void SetFileName(const char* name);
+    /// The store's swap file; "" in memory.
+    const char* GetFileName() const { return m_pStore ? m_pStore->GetFileName() : ""; }
+    /// In memory it is remembered for the store to come.
+    BOOL GetAutoDelete() const { return m_pStore ? m_pStore->GetAutoDelete() : m_bAutoDelete; }
+    void SetAutoDelete(BOOL autoDelete);
+    /// The first page in a store, the whole buffer in memory.
+    BYTE* GetFirstPage();
+
+    // --- translation: as in CByteStore, and in place -------------------------------------------------
+    /// Replaces the content by its translation; 0, with the content as it was, when the pair cannot be
+    /// translated.
+    int TranslateCCSID(WORD from, WORD to);
+    int TranslateCCSID(WORD from, WORD to, CByteStream& destination) const;
+    int TranslateCCSID(DWORD index, DWORD count, BYTE* out, DWORD* outLength, WORD from,
+                       WORD to) const;
+    int TranslateCCSID(BYTE* out, DWORD* outLength, WORD from, WORD to) const;
+    int TranslateCCSID(WORD from, CString& text) const;
+
+    /// Most bytes that a stream keeps in its block: "MaxCacheBlock" under "Options" (262144 by default),
+    /// read once per process; a configured 0 is read again on every call.
+    static DWORD GetMaxSizeInMemory();
+    static DWORD m_dwMaxSizeInMemory; ///< that limit, 0 until first needed
+
+    /// The store the content lies in, null while it is in memory. The stream's own.
+    const CByteStore* GetStore() const { return m_pStore; }
+
+protected:
+    void Init();
+    void AllocTo(DWORD capacity);
+    void ExtendTo(DWORD length);
+
+private:
+    friend class CByteStore;
+    enum Mode { kInternal = 0, kReadOnly = 1, kWritable = 2 };
+    class LengthGuard;
+
+    DWORD GetStart() const { return m_pStore ? m_pStore->m_dwStart : m_dwStart; }
+    DWORD& Cursor() { return m_pStore ? m_pStore->m_dwCurrent : m_dwCurrent; }
+    void CheckWritable() const;
+    void CheckRange(DWORD index, DWORD count) const;
+    DWORD CheckCopy(DWORD index, DWORD count) const;
+    void MoveToStore(bool withCursor);
+    void FreeContent();
+    BYTE GetByteSlow(DWORD index) const;
+    template <int Width>
+    ULONGLONG GetWide(DWORD index) const;
+    template <int Width>
+    void SetWide(DWORD index, ULONGLONG value);
+    void CopyWithin(DWORD index, const BYTE* bytes, DWORD count);
+    bool Translate(WORD from, WORD to, CByteStream& destination) const;
+#ifndef NDEBUG
+    void CheckInvariants() const;
+#else
+    void CheckInvariants() const {}
+#endif
+
+    BYTE* m_pBuffer;
+    DWORD m_dwLength;
+    DWORD m_dwAllocated;
+    int m_nBufferMode;
+    DWORD m_dwCurrent;
+    CByteStore* m_pStore;
+    BOOL m_bComplete;
+    DWORD m_dwStart; ///< first byte not discarded
+    BOOL m_bAutoDelete;
+};
+
+inline BYTE CByteStream::GetByte(DWORD index) const {
+    if (!m_pStore && index < m_dwLength) [[likely]]
+        return m_pBuffer[index];
+    return GetByteSlow(index);
+}
+
+inline void CByteStream::ConcatByte(BYTE value) {
+    if (!m_pStore && m_dwLength < m_dwAllocated && m_nBufferMode != kReadOnly) [[likely]] {
+        m_pBuffer[m_dwLength++] = value;
+        return;
+    }
+    if (m_pStore)
+        m_pStore->ConcatByte(value);
+    else
+        CopyFrom(m_dwLength, &value, 1);
+}

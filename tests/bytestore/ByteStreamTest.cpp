@@ -1,0 +1,202 @@
+// CByteStream: the block, a caller's buffer, and the way into a store.
+#include "tests/bytestore/StoreFixture.h"
+
+#include "platform/companion/Profile.h"
+
+#include <unistd.h>
+
+namespace vnbytstr::test {
+namespace {
+
+class ByteStreamTest : public StoreFixture {};
+
+/// Shows the capacity: the room that an append of nothing but the size check leaves.
+class OpenStream : public CByteStream {
+public:
+    using CByteStream::AllocTo;
+    using CByteStream::ExtendTo;
+};
+
+TEST_F(ByteStreamTest, MovesIntoAStoreWhenItOutgrowsTheLimit) {
+    CByteStream stream;
+    stream.SetComplete(1);
+    stream.ConcatByte(1);
+    stream.SetCurrentOffset(1);
+    // Capacities 32, 96, 224 ... 262112; the next doubling passes the limit.
+    while (stream.GetLength() < 262112)
+        stream.ConcatByte(static_cast<BYTE>(stream.GetLength()));
+    EXPECT_TRUE(stream.IsAllInBuffer());
+    stream.ConcatByte(7);
+    EXPECT_FALSE(stream.IsAllInBuffer());
+    EXPECT_EQ(stream.GetCO(), 1u);
+    EXPECT_TRUE(stream.GetComplete());
+    EXPECT_EQ(CauseOf([&] { static_cast<void>(static_cast<const BYTE*>(stream)); }), 2);
+    EXPECT_EQ(CauseOf([&] { stream.GetBuffer(1); }), 2);
+    EXPECT_EQ(CauseOf([&] { stream.ReleaseBuffer(1); }), 4);
+    EXPECT_EQ(stream.GetByte(262112), 7);
+    EXPECT_EQ(stream.GetByte(300), 300 % 256);
+    stream.Empty(1);
+    EXPECT_FALSE(stream.IsAllInBuffer());
+    EXPECT_FALSE(stream.GetComplete());
+    stream.ConcatByte(5);
+    EXPECT_TRUE(stream == "05");
+}
+
+TEST_F(ByteStreamTest, CursorStaysBehindWhenASetMovesTheContent) {
+    for (const DWORD index : {DWORD{0x40000}, DWORD{262112}}) {
+        CByteStream stream;
+        Append(stream, Pattern(index == 262112 ? 262112 : 100));
+        const bool doubles = index == 262112; // growth by doubling passes the limit, the length does not
+        stream.SetCurrentOffset(10);
+        stream.SetByte(index, 3);
+        if (doubles) {
+            // An exact block first, so that the next step doubles.
+            EXPECT_EQ(stream.GetLength(), 262113u);
+        } else {
+            EXPECT_FALSE(stream.IsAllInBuffer());
+            EXPECT_EQ(stream.GetCO(), 0u);
+        }
+        EXPECT_EQ(stream.GetByte(index), 3);
+        EXPECT_EQ(stream.GetByte(50), Pattern(100)[50]);
+    }
+    CByteStream stream;
+    Append(stream, Pattern(100));
+    stream.Concat(DWORD{0x40000});
+    EXPECT_EQ(stream.GetLength(), 0x40064u); // real bytes, although it moved
+    DWORD start, end;
+    stream.GetRange(start, end);
+    EXPECT_EQ(start, 0u);
+    stream.Concat(DWORD{5}); // none any more
+    stream.GetRange(start, end);
+    EXPECT_EQ(start, 5u);
+    EXPECT_EQ(end, 0x40069u);
+}
+
+TEST_F(ByteStreamTest, ReadOnlyBufferIsNeverWritten) {
+    const Bytes bytes = Pattern(10);
+    CByteStream stream;
+    stream.SetReadOnlyBuffer(bytes.data(), 10);
+    EXPECT_TRUE(stream.IsReadOnlyBuffer());
+    EXPECT_EQ(Content(stream), bytes);
+    CByteStream other(bytes.data(), 3);
+    for (const auto& change : std::initializer_list<std::function<void()>>{
+             [&] { stream.SetByte(0, 1); }, [&] { stream.SetInt64(0xFFFFFFFF, 1); },
+             [&] { stream.ConcatByte(1); }, [&] { stream.CopyFromHex(0, "01"); },
+             [&] { stream = other; }, [&] { stream.Shift(0, 1); }, [&] { stream.GetBuffer(1); },
+             [&] { stream.ReleaseBuffer(1); }, [&] { stream.Concat(DWORD{1}); },
+             [&] { stream.Concat(other); }, [&] { stream.GetConcatBufferSetLength(1); }})
+        EXPECT_EQ(CauseOf(change), 3);
+    EXPECT_EQ(Content(stream), bytes);
+    stream.SetInternalBuffer();
+    EXPECT_TRUE(stream.IsEmpty());
+    stream.ConcatByte(1);
+    EXPECT_EQ(stream.GetLength(), 1u);
+}
+
+TEST_F(ByteStreamTest, WritableBufferGrowsWithinItsCapacity) {
+    Bytes buffer(16);
+    CByteStream stream;
+    stream.SetWritableBuffer(buffer.data(), 0, 16);
+    for (BYTE i = 0; i < 16; ++i)
+        stream.ConcatByte(i);
+    EXPECT_EQ(CauseOf([&] { stream.ConcatByte(16); }), 3);
+    EXPECT_EQ(CauseOf([&] { stream.SetByte(16, 1); }), 3);
+    EXPECT_EQ(stream.GetLength(), 16u);
+    EXPECT_EQ(buffer[15], 15);
+
+    // A buffer larger than the limit stays the caller's.
+    Bytes large(0x50000);
+    stream.SetWritableBuffer(large.data(), 0, 0x50000);
+    stream.SetByte(0x4FFFF, 9);
+    EXPECT_TRUE(stream.IsAllInBuffer());
+    EXPECT_EQ(large[0x4FFFF], 9);
+    EXPECT_EQ(CauseOf([&] { stream.SetByte(0x50000, 1); }), 3);
+}
+
+TEST_F(ByteStreamTest, BufferAccess) {
+    CByteStream stream;
+    EXPECT_EQ(static_cast<const BYTE*>(stream), nullptr);
+    std::fill_n(stream.GetBufferSetLength(100), 100, BYTE{1});
+    stream.ReleaseBuffer(0);
+    EXPECT_EQ(stream.GetLength(), 100u);
+    std::fill_n(stream.GetConcatBuffer(60), 60, BYTE{2});
+    EXPECT_EQ(stream.GetLength(), 100u);
+    stream.Concat(DWORD{60}); // what was written there stands
+    EXPECT_EQ(stream.GetWord(99), 0x0102);
+    stream.ReleaseBuffer(40);
+    EXPECT_EQ(stream.GetLength(), 40u);
+    stream.ReleaseBuffer(0xFFFFFFFF);
+    EXPECT_LT(stream.GetLength(), 0x40000u); // at most the buffer's size
+    stream.Empty(0);
+    EXPECT_NE(static_cast<const BYTE*>(stream), nullptr);
+    stream.Empty(1);
+    EXPECT_EQ(static_cast<const BYTE*>(stream), nullptr);
+    EXPECT_EQ(CauseOf([&] { stream.GetBuffer(0x40001); }), 2);
+}
+
+TEST_F(ByteStreamTest, ComparesAndSearchesWhereverTheBytesLie) {
+    const Bytes bytes = Pattern(20 * kPage + 3);
+    CByteStream spilled(bytes.data(), static_cast<DWORD>(bytes.size())), view;
+    view.SetReadOnlyBuffer(bytes.data(), static_cast<DWORD>(bytes.size()));
+    ASSERT_FALSE(spilled.IsAllInBuffer());
+    EXPECT_TRUE(spilled == view && view == spilled && spilled == spilled);
+    // A pattern longer than what is held of it in memory, in another store and in the same one.
+    const CByteStream part = spilled.Mid(3 * kPage + 7, 4 * kPage);
+    EXPECT_EQ(spilled.Find(part), 3 * kPage + 7);
+    EXPECT_EQ(view.Find(part), 3 * kPage + 7);
+    EXPECT_EQ(spilled.Find(spilled), 0u);
+    EXPECT_EQ(spilled.Find(spilled, 1), CByteStream::kNotFound);
+    spilled.SetByte(7 * kPage + 6, static_cast<BYTE>(spilled.GetByte(7 * kPage + 6) + 1));
+    EXPECT_EQ(spilled.Find(part), CByteStream::kNotFound);
+    EXPECT_TRUE(spilled != view && view != spilled);
+    CByteStream twice(spilled);
+    twice.Concat(twice);
+    EXPECT_EQ(twice.GetLength(), 2 * spilled.GetLength());
+    EXPECT_TRUE(twice.Right(spilled.GetLength()) == spilled);
+}
+
+TEST_F(ByteStreamTest, FailedGrowthKeepsContentAndCanBeTriedAgain) {
+    CByteStream source(Pattern(40 * kPage).data(), 40 * kPage), target("0102");
+    m_system.Inject(Fault{.call = Call::Write, .fromThenOn = true, .error = ENOSPC});
+    EXPECT_EQ(CauseOf([&] { target.Concat(source); }), 4);
+    EXPECT_TRUE(target == "0102");
+    m_system.Inject(std::nullopt);
+    target.Concat(source);
+    EXPECT_EQ(target.GetLength(), 40 * kPage + 2);
+    EXPECT_TRUE(target.Mid(2) == source);
+}
+
+TEST_F(ByteStreamTest, FilesThroughAStore) {
+    const std::string name = m_folder.File("file");
+    CByteStream stream("010203");
+    EXPECT_STREQ(stream.GetFileName(), "");
+    EXPECT_EQ(CauseOf([&] { stream.SetFileName(m_folder.File("missing").c_str()); }), -2);
+    EXPECT_TRUE(stream == "010203");
+    stream.SetCurrentOffset(1);
+    stream.CopyToFile(name.c_str(), 1);
+    EXPECT_EQ(m_folder.Read("file"), "\1\2"); // cut at its end, as a page is
+    stream.SaveToFile(name.c_str());
+    EXPECT_EQ(m_folder.Read("file"), "\1\2\3");
+    EXPECT_TRUE(stream.IsEmpty());
+    stream.SetAutoDelete(0); // holds for the store to come
+    stream.SetFileName(name.c_str());
+    EXPECT_TRUE(stream == "010203");
+    stream.Empty();
+    EXPECT_EQ(FileCount(), 1u);
+}
+
+TEST_F(ByteStreamTest, LimitIsReadOncePerProcess) {
+    const auto limit = [&](DWORD setting) {
+        VNWriteProfileDWORD(3, "Options", "MaxCacheBlock", setting);
+        return CByteStream::GetMaxSizeInMemory();
+    };
+    CByteStream::m_dwMaxSizeInMemory = 0;
+    EXPECT_EQ(limit(0), 0u);
+    EXPECT_EQ(limit(1000), 1000u);
+    EXPECT_EQ(limit(2000), 1000u);
+    CByteStream stream(Pattern(1001).data(), 1001);
+    EXPECT_FALSE(stream.IsAllInBuffer());
+}
+
+} // namespace
+} // namespace vnbytstr::test

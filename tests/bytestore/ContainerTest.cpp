@@ -1,0 +1,360 @@
+// What stores and streams have in common, wherever the bytes lie, against a plain vector of bytes.
+#include "tests/bytestore/StoreFixture.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <deque>
+
+namespace vnbytstr::test {
+namespace {
+
+/// The model: the bytes, the start and the cursor.
+struct Model {
+    Bytes bytes;
+    DWORD start = 0, cursor = 0;
+
+    DWORD Length() const { return static_cast<DWORD>(bytes.size()); }
+    void Put(DWORD index, const Bytes& from) {
+        if (bytes.size() < index + from.size())
+            bytes.resize(index + from.size());
+        std::copy(from.begin(), from.end(), bytes.begin() + index);
+    }
+    void Shift(DWORD to, DWORD from) {
+        from = std::min(from, Length());
+        if (to >= from)
+            return;
+        bytes.erase(bytes.begin() + to, bytes.begin() + from);
+        if (cursor >= from)
+            cursor -= from - to;
+        else if (cursor > to)
+            cursor = to;
+        start = std::min(start, Length());
+    }
+    ULONGLONG Wide(DWORD index, int width) const {
+        ULONGLONG value = 0;
+        for (int i = 0; i < width; ++i)
+            value = value << 8 | (index + static_cast<DWORD>(i) < Length()
+                                      ? bytes[index + static_cast<DWORD>(i)]
+                                      : 0u);
+        return value;
+    }
+    DWORD Find(const Bytes& pattern, DWORD from) const {
+        from = std::max(from, start);
+        if (from > Length())
+            return 0xFFFFFFFF;
+        const auto found =
+            std::search(bytes.begin() + from, bytes.end(), pattern.begin(), pattern.end());
+        return found == bytes.end() && !pattern.empty()
+                   ? 0xFFFFFFFF
+                   : static_cast<DWORD>(found - bytes.begin());
+    }
+};
+
+/// Where the bytes lie at the beginning.
+struct InMemory {
+    static constexpr DWORD kLargest = 3000;
+    CByteStream value;
+};
+struct SpillingStream {
+    static constexpr DWORD kLargest = 24 * kPage;
+    CByteStream value;
+};
+struct InStore {
+    static constexpr DWORD kLargest = 24 * kPage;
+    CByteStore value;
+};
+struct OnWritableBuffer {
+    static constexpr DWORD kLargest = 40000;
+    OnWritableBuffer() { value.SetWritableBuffer(buffer.data(), 0, kLargest); }
+    Bytes buffer = Bytes(kLargest);
+    CByteStream value;
+};
+
+template <class Kind>
+class ContainerTest : public StoreFixture {
+protected:
+    using Value = decltype(Kind::value);
+
+    DWORD Random(DWORD below) { return below ? static_cast<DWORD>(m_random() % below) : 0; }
+    Bytes RandomBytes(DWORD most) {
+        const DWORD size = Random(8) == 0 ? Random(most) : Random(40);
+        Bytes bytes(size);
+        for (BYTE& byte : bytes)
+            byte = static_cast<BYTE>(Random(4)); // few values, so that patterns occur
+        return bytes;
+    }
+    DWORD Room(const Model& model) const { return Kind::kLargest - model.Length(); }
+
+    void Change(Model& model, Value& value);
+    void Extend(Model& model, Value& value);
+    void Read(const Model& model, Value& value);
+    void Files(Model& model, Value& value);
+    void Check(const Model& model, Value& value);
+
+    std::minstd_rand m_random{42};
+};
+
+template <class Kind>
+void ContainerTest<Kind>::Extend(Model& model, Value& value) {
+    Bytes bytes = RandomBytes(3 * kPage);
+    if (bytes.size() > Room(model))
+        bytes.resize(Room(model));
+    switch (Random(6)) {
+    case 0:
+        if (Room(model) > 0) {
+            value.ConcatByte(9);
+            model.bytes.push_back(9);
+        }
+        break;
+    case 1:
+        if (Room(model) > 1) {
+            value.ConcatWord(0x0102);
+            model.Put(model.Length(), {1, 2});
+        }
+        break;
+    case 2: {
+        std::string hex;
+        for (BYTE byte : bytes) {
+            hex += Random(3) ? "" : "  ";
+            hex += "0123456789abcdef"[byte >> 4];
+            hex += "0123456789ABCDEF"[byte & 15];
+        }
+        value.CopyFromHex(Random(99), (hex + (Random(2) ? "1" : "x00")).c_str());
+        model.Put(model.Length(), bytes);
+        break;
+    }
+    case 3: { // itself, or a part of itself
+        const DWORD from = model.start + Random(model.Length() - model.start + 1);
+        const DWORD available = model.Length() - from;
+        const DWORD count = std::min(Random(available + 1), Room(model));
+        if (count > 0) {
+            const Bytes part(model.bytes.begin() + from, model.bytes.begin() + from + count);
+            const DWORD to = from + Random(model.Length() - from + 1);
+            if (to + count <= Kind::kLargest) {
+                value.CopyFrom(to, value, from, count);
+                model.Put(to, part);
+            }
+        }
+        break;
+    }
+    case 4: {
+        CByteStream other(bytes.data(), static_cast<DWORD>(bytes.size()));
+        value.Concat(other);
+        model.Put(model.Length(), bytes);
+        break;
+    }
+    default:
+        Append(value, bytes);
+        model.Put(model.Length(), bytes);
+    }
+}
+
+template <class Kind>
+void ContainerTest<Kind>::Change(Model& model, Value& value) {
+    // Below the start bytes are undefined, so they are left alone.
+    const DWORD index = model.start + Random(model.Length() - model.start + 1);
+    const ULONGLONG number = static_cast<ULONGLONG>(m_random()) << 32 | m_random();
+    const auto put = [&](int width) {
+        Bytes bytes;
+        for (int i = width - 1; i >= 0; --i)
+            bytes.push_back(static_cast<BYTE>(number >> (8 * i)));
+        model.Put(index, bytes);
+    };
+    if (Room(model) < 8)
+        return;
+    switch (Random(7)) {
+    case 0: value.SetByte(index, static_cast<BYTE>(number)); put(1); break;
+    case 1: value.SetWord(index, static_cast<WORD>(number)); put(2); break;
+    case 2: value.SetDWord(index, static_cast<DWORD>(number)); put(4); break;
+    case 3: value.SetInt48(index, static_cast<LONGLONG>(number)); put(6); break;
+    case 4: value.SetInt64(index, static_cast<LONGLONG>(number)); put(8); break;
+    default: {
+        Bytes bytes = RandomBytes(2 * kPage);
+        bytes.resize(std::min<std::size_t>(bytes.size(), Kind::kLargest - index));
+        value.CopyFrom(index, bytes.data(), static_cast<DWORD>(bytes.size()));
+        model.Put(index, bytes);
+    }
+    }
+}
+
+template <class Kind>
+void ContainerTest<Kind>::Read(const Model& model, Value& value) {
+    const DWORD index = model.start + Random(model.Length() - model.start + 1);
+    ASSERT_EQ(value.GetByte(index), model.Wide(index, 1));
+    ASSERT_EQ(value.GetWord(index), model.Wide(index, 2));
+    ASSERT_EQ(value.GetDWord(index), model.Wide(index, 4));
+    ASSERT_EQ(static_cast<ULONGLONG>(value.GetInt48(index)), model.Wide(index, 6));
+    ASSERT_EQ(static_cast<ULONGLONG>(value.GetInt64(index)), model.Wide(index, 8));
+    ASSERT_EQ(CauseOf([&] { value.GetDWord(model.Length() + 1); }), 0);
+
+    const DWORD count = Random(model.Length() - index + 1);
+    CByteStream slice = value.Mid(index, count);
+    ASSERT_EQ(Content(slice), Bytes(model.bytes.begin() + index, model.bytes.begin() + index + count));
+    if (count > 0) {
+        Bytes out(count + 5, 0xEE);
+        value.CopyTo(index, out.data(), count, static_cast<DWORD>(out.size()));
+        ASSERT_TRUE(std::equal(out.begin(), out.begin() + count, model.bytes.begin() + index));
+        ASSERT_EQ(Bytes(out.end() - 5, out.end()), Bytes(5, 0));
+        CString hex;
+        value.CopyToHex(index, hex, count);
+        CByteStream back(static_cast<const char*>(hex));
+        ASSERT_TRUE(back == slice);
+    }
+    if (model.start > 0) {
+        ASSERT_EQ(CauseOf([&] { value.CopyTo(model.start - 1, Bytes(1).data(), 1, 1); }),
+                  model.start - 1 < model.Length() ? 0 : -1);
+    }
+    const CByteStream pattern = Random(3) ? value.Mid(index, Random(6)) : CByteStream("0102030300");
+    Bytes bytes(pattern.GetLength());
+    if (!bytes.empty())
+        pattern.CopyTo(0, bytes.data(), 0, 0);
+    const DWORD from = Random(model.Length() + 2);
+    ASSERT_EQ(value.Find(pattern, from), model.Find(bytes, from));
+    ASSERT_EQ(value.Find(slice, from), model.Find(Content(slice), from));
+}
+
+template <class Kind>
+void ContainerTest<Kind>::Files(Model& model, Value& value) {
+    if (model.start > 0) // bytes below it are undefined in a file too
+        return;
+    const std::string name = m_folder.File("file");
+    value.CopyToFile(name.c_str());
+    ASSERT_EQ(m_folder.Read("file"), AsText(model.bytes));
+    value.Flush();
+    if (Random(3) == 0) {
+        value.SaveToFile(name.c_str());
+        ASSERT_EQ(m_folder.Read("file"), AsText(model.bytes));
+        model = {};
+    }
+}
+
+template <class Kind>
+void ContainerTest<Kind>::Check(const Model& model, Value& value) {
+    ASSERT_EQ(value.GetLength(), model.Length());
+    DWORD start, end;
+    value.GetRange(start, end);
+    ASSERT_EQ(start, model.start);
+    ASSERT_EQ(end, model.Length());
+    ASSERT_EQ(value.GetCO(), model.cursor);
+    ASSERT_EQ(value.IsEmpty() != 0, model.start >= model.Length());
+    ASSERT_EQ(value.GetRemaining(), model.Length() - model.cursor);
+}
+
+using Kinds = ::testing::Types<InMemory, SpillingStream, InStore, OnWritableBuffer>;
+TYPED_TEST_SUITE(ContainerTest, Kinds);
+
+/// VNBYTSTR_TEST_OPERATIONS sets the number of operations.
+long Operations() {
+    const char* wanted = std::getenv("VNBYTSTR_TEST_OPERATIONS");
+    return wanted ? std::atol(wanted) : 200000;
+}
+
+TYPED_TEST(ContainerTest, RandomOperationsAgreeWithAModel) {
+    TypeParam kind;
+    auto& value = kind.value;
+    Model model;
+    const long operations = Operations() / 3;
+    for (long step = 0; step < operations; ++step) {
+        SCOPED_TRACE(step);
+        switch (this->Random(24)) {
+        case 0: {
+            const DWORD to = model.start + this->Random(model.Length() - model.start + 1);
+            const DWORD from = to + this->Random(model.Length() - to + 1);
+            value.Shift(to, from);
+            model.Shift(to, from);
+            break;
+        }
+        case 1:
+            if (this->Random(20) == 0) {
+                const DWORD index = this->Random(model.Length() + 9);
+                value.DiscardUpTo(index);
+                model.start = std::max(model.start, std::min(index, model.Length()));
+            }
+            break;
+        case 2: {
+            const DWORD cursor = model.start + this->Random(model.Length() - model.start + 1);
+            value.SetCurrentOffset(cursor);
+            model.cursor = cursor;
+            if (this->Random(4) == 0) {
+                value.ShiftCurrent();
+                model.Shift(model.start, model.cursor);
+                model.cursor = model.start;
+            }
+            break;
+        }
+        case 3:
+            if (this->Random(40) == 0)
+                this->Files(model, value);
+            break;
+        case 4:
+            if (model.Length() > TypeParam::kLargest / 8 * 7 && this->Random(40) == 0) {
+                value.Empty();
+                model = {};
+            }
+            break;
+        case 5: case 6: case 7: case 8:
+            if (this->Random(model.Length() > 8 * kPage ? 20 : 2) == 0)
+                this->Read(model, value);
+            break;
+        case 9: case 10: case 11: case 12:
+            this->Extend(model, value);
+            break;
+        default:
+            this->Change(model, value);
+            // A change that moves the content into a store leaves the cursor behind on purpose.
+            model.cursor = value.GetCO();
+        }
+        this->Check(model, value);
+        if (step % 2000 == 0 && model.start == 0) {
+            ASSERT_EQ(Content(value), model.bytes);
+        }
+        if (::testing::Test::HasFatalFailure())
+            return;
+    }
+}
+
+TYPED_TEST(ContainerTest, HexTextStopsAtItsRules) {
+    TypeParam kind;
+    auto& value = kind.value;
+    value.CopyFromHex(0, "010203");
+    value.CopyFromHex(0, " 0a1B ff");
+    EXPECT_EQ(Content(value), (Bytes{1, 2, 3, 0x0A, 0x1B, 0xFF}));
+    for (const char* nothing : {"", "   ", "0x12", "1", " 1 2", "\t01", static_cast<const char*>(nullptr)})
+        value.CopyFromHex(0, nothing);
+    EXPECT_EQ(value.GetLength(), 6u);
+    value.CopyFromHex(0, "4 4");
+    value.CopyFromHex(0, "44 5");
+    EXPECT_TRUE(value == "010203 0A1BFF 44");
+    EXPECT_TRUE(value != "010203 0A1BFF 45");
+
+    std::string digits(20, '*');
+    value.CopyToHex(4, digits.data(), 2, 20);
+    EXPECT_EQ(digits.substr(0, 6), std::string("FF44\0*", 6));
+    EXPECT_EQ(CauseOf([&] { value.CopyToHex(0, digits.data(), 7, 13); }), 0);
+    EXPECT_EQ(CauseOf([&] { value.CopyToHex(8, digits.data(), 0, 20); }), 0);
+    EXPECT_EQ(CauseOf([&] { value.CopyToHex(0, digits.data(), 1, 0x80000000); }), 0);
+}
+
+TYPED_TEST(ContainerTest, CursorFollowsShifts) {
+    TypeParam kind;
+    auto& value = kind.value;
+    const auto cursorAfter = [&](DWORD cursor) {
+        value.Empty();
+        Append(value, Pattern(100));
+        value.SetCurrentOffset(cursor);
+        value.Shift(20, 50);
+        return value.GetCO();
+    };
+    EXPECT_EQ(cursorAfter(70), 40u);
+    EXPECT_EQ(cursorAfter(50), 20u);
+    EXPECT_EQ(cursorAfter(30), 20u);
+    EXPECT_EQ(cursorAfter(20), 20u);
+    EXPECT_EQ(cursorAfter(5), 5u);
+    value.Shift(10, 500); // everything from 10 on goes
+    EXPECT_EQ(value.GetLength(), 10u);
+    value.Shift(5, 3); // upwards: nothing
+    EXPECT_EQ(value.GetLength(), 10u);
+}
+
+} // namespace
+} // namespace vnbytstr::test
