@@ -201,6 +201,9 @@ CodePage::CodePage(const Entry& entry)
             ucnv_getStarters(converter.get(), starters, &error);
         std::copy(std::begin(starters), std::end(starters), m_lead.begin());
     }
+    // ICU's 932, like its PC pages, has 1A for U+001C, 1C for U+007F and 7F for U+001A; in an ANSI
+    // page ASCII is ASCII.
+    m_rotatesControls = m_number == 932;
     for (unsigned i = 0; i < 256; ++i) {
         const char byte = static_cast<char>(i);
         const std::u16string wide =
@@ -283,6 +286,7 @@ const CodePage& CodePage::Decide() {
             page = Find(65001);
         }
     }
+    assert(page);
     const CodePage* first = nullptr; // another thread may have decided meanwhile
     s_ansi.compare_exchange_strong(first, page);
     return first ? *first : *page;
@@ -357,6 +361,7 @@ std::u16string CodePage::ToWide(std::string_view text) const {
         wide[done] = static_cast<BYTE>(text[done]);
         ++done;
     }
+    const std::size_t plain = done;
     std::size_t written = done;
     const auto converter = m_converters->pool.Borrow();
     if (!converter.get())
@@ -380,6 +385,10 @@ std::u16string CodePage::ToWide(std::string_view text) const {
             finished = source == end;
     }
     wide.resize(written);
+    if (m_rotatesControls) {
+        for (char16_t& unit : std::span(wide).subspan(plain))
+            unit = unit == 0x1C ? 0x1A : unit == 0x7F ? 0x1C : unit == 0x1A ? 0x7F : unit;
+    }
     return wide;
 }
 
@@ -390,6 +399,7 @@ std::string CodePage::FromWide(std::u16string_view text) const {
         narrow[done] = static_cast<char>(text[done]);
         ++done;
     }
+    const std::size_t plain = done;
     std::size_t written = done;
     const auto converter = m_converters->pool.Borrow();
     if (!converter.get())
@@ -413,6 +423,10 @@ std::string CodePage::FromWide(std::u16string_view text) const {
             finished = source == end;
     }
     narrow.resize(written);
+    if (m_rotatesControls) { // none of the three is ever a trail byte
+        for (char& byte : std::span(narrow).subspan(plain))
+            byte = byte == 0x1A ? 0x1C : byte == 0x1C ? 0x7F : byte == 0x7F ? 0x1A : byte;
+    }
     return narrow;
 }
 

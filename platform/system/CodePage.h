@@ -98,6 +98,7 @@ private:
     UINT m_number;
     WORD m_ccsid;
     Scheme m_scheme;
+    bool m_rotatesControls = false;
     std::array<BYTE, 256> m_lead{};             // 1: begins a character of several bytes
     std::array<char16_t, 256> m_single{};       // the character of a single byte, U+FFFD for none
     std::array<BYTE, 256> m_upper{}, m_lower{}; // of single bytes
