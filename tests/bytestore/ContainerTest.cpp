@@ -328,7 +328,7 @@ TYPED_TEST(ContainerTest, HexTextStopsAtItsRules) {
     EXPECT_TRUE(value != "010203 0A1BFF 45");
 
     std::string digits(20, '*');
-    value.CopyToHex(4, digits.data(), 2, 20);
+    value.CopyToHex(5, digits.data(), 2, 20);
     EXPECT_EQ(digits.substr(0, 6), std::string("FF44\0*", 6));
     EXPECT_EQ(CauseOf([&] { value.CopyToHex(0, digits.data(), 7, 13); }), 0);
     EXPECT_EQ(CauseOf([&] { value.CopyToHex(8, digits.data(), 0, 20); }), 0);
