@@ -504,7 +504,7 @@ Bytes SpillSaveReload(const std::string& target, const Bytes& bytes) {
 /// Every system call of the scenario fails in turn, once or from then on. The outcome is the defined
 /// exception or the right bytes; no descriptor and no file stays behind; an old target is whole.
 TEST_F(ByteStoreTest, EverySystemCallMayFail) {
-    Bytes bytes = Pattern(24 * kPage + 5);
+    Bytes bytes = Pattern(17 * kPage + 5);
     Bytes expected = bytes;
     for (DWORD i = 0; i < 4; ++i)
         expected[3 + i] = static_cast<BYTE>(i + 1);

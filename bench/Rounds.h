@@ -1,0 +1,95 @@
+// Contests: ours and its peers do the same work in turns, in one process, so that whatever else the
+// machine does hits all alike; medians and their ratios are printed at the end.
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace vnbytstr::bench {
+
+/// One who does the work; the first of a contest is ours.
+struct Contender {
+    std::string name;
+    std::function<void()> work;           ///< the timed part
+    std::function<void()> prepare = {};   ///< before each round, not timed
+    std::vector<double> seconds = {};
+};
+
+struct Contest {
+    std::string name;
+    double amount = 1; ///< what the result is divided by or divides: bytes, or operations
+    enum Unit { GigabytesPerSecond, Nanoseconds } unit = GigabytesPerSecond;
+    std::vector<Contender> contenders;
+    double goal = 0; ///< least ratio to the (best of the) peers wanted; 0: none stated
+    int rounds = 9;
+};
+
+class Contests {
+public:
+    void Add(Contest contest) { m_contests.push_back(std::move(contest)); }
+
+    int Run(int argc, char** argv) {
+        benchmark::Initialize(&argc, argv);
+        for (Contest& contest : m_contests)
+            benchmark::RegisterBenchmark(contest.name.c_str(), [&contest](benchmark::State& state) {
+                for (auto _ : state)
+                    Round(contest);
+            })->Iterations(contest.rounds)->Unit(benchmark::kMillisecond);
+        benchmark::RunSpecifiedBenchmarks();
+        std::printf("\n");
+        for (Contest& contest : m_contests)
+            Print(contest);
+        return 0;
+    }
+
+private:
+    static void Round(Contest& contest) {
+        for (Contender& contender : contest.contenders) {
+            if (contender.prepare)
+                contender.prepare();
+            const auto start = std::chrono::steady_clock::now();
+            contender.work();
+            const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
+            contender.seconds.push_back(taken.count());
+        }
+    }
+
+    static double Median(std::vector<double> values) {
+        std::sort(values.begin(), values.end());
+        return values.empty() ? 0 : values[values.size() / 2];
+    }
+
+    static void Print(const Contest& contest) {
+        if (contest.contenders.front().seconds.empty())
+            return; // filtered out
+        const bool isRate = contest.unit == Contest::GigabytesPerSecond;
+        std::printf("%-34s", contest.name.c_str());
+        double ours = 0, best = 0;
+        for (const Contender& contender : contest.contenders) {
+            const double seconds = Median(contender.seconds);
+            const double value =
+                isRate ? contest.amount / seconds / 1e9 : seconds * 1e9 / contest.amount;
+            std::printf("  %s %.3g", contender.name.c_str(), value);
+            if (&contender == &contest.contenders.front())
+                ours = seconds;
+            else if (best == 0 || seconds < best)
+                best = seconds;
+        }
+        std::printf(" %s", isRate ? "GB/s" : "ns");
+        if (best > 0)
+            std::printf("  ratio %.2f", best / ours);
+        if (contest.goal > 0)
+            std::printf(" (goal %.2f)", contest.goal);
+        std::printf("\n");
+    }
+
+    std::vector<Contest> m_contests;
+};
+
+} // namespace vnbytstr::bench

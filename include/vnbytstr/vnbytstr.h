@@ -1,0 +1,7 @@
+// Everything of the library that needs no window.
+#pragma once
+
+#include "vnbytstr/ByteStore.h"
+#include "vnbytstr/ByteStream.h"
+#include "vnbytstr/CacheException.h"
+#include "vnbytstr/TempFileName.h"

@@ -1,0 +1,17 @@
+// A value grows past the in-memory limit, spills, and is read back.
+#include <vnbytstr/vnbytstr.h>
+
+#include <cstdio>
+
+int main() {
+    try {
+        CByteStream value("01020304");
+        while (value.GetLength() < 300000)
+            value.ConcatByte(static_cast<BYTE>(value.GetLength()));
+        std::printf("%u bytes, 0x%08x\n", value.GetLength(), value.GetDWord(0));
+        return value.IsAllInBuffer() ? 1 : 0;
+    } catch (CException* error) {
+        error->Delete();
+        return 1;
+    }
+}
