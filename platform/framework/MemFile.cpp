@@ -24,9 +24,12 @@ void CMemFile::Check() const noexcept {
 
 CMemFile::CMemFile(UINT growBytes) : m_growBytes(growBytes) {}
 
-CMemFile::CMemFile(BYTE* buffer, UINT size, UINT growBytes) { Attach(buffer, size, growBytes); }
+CMemFile::CMemFile(BYTE* buffer, UINT size, UINT growBytes) { Use(buffer, size, growBytes); }
 
-CMemFile::~CMemFile() { CMemFile::Abort(); }
+CMemFile::~CMemFile() {
+    if (m_isOwn)
+        CMemFile::Free(m_block);
+}
 
 BYTE* CMemFile::Alloc(DWORD size) { return static_cast<BYTE*>(std::malloc(size)); }
 
@@ -40,6 +43,12 @@ void CMemFile::Attach(BYTE* buffer, UINT size, UINT growBytes) {
     if (buffer == nullptr && size > 0)
         AfxThrowInvalidArgException();
     Abort();
+    Use(buffer, size, growBytes);
+}
+
+void CMemFile::Use(BYTE* buffer, UINT size, UINT growBytes) {
+    if (buffer == nullptr && size > 0)
+        AfxThrowInvalidArgException();
     m_block = buffer;
     m_room = size;
     m_length = growBytes == 0 ? size : 0;

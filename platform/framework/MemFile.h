@@ -53,6 +53,7 @@ protected:
     virtual void Free(BYTE* block) noexcept;
 
 private:
+    void Use(BYTE* buffer, UINT size, UINT growBytes);
     void MakeRoom(DWORD size);
     void Check() const noexcept;
 

@@ -75,6 +75,8 @@ public:                                                                         
     DECLARE_DYNAMIC(class_name)                                                                    \
     static CObject* CreateObject();
 
+// A class name in parentheses is none.
+// NOLINTBEGIN(bugprone-macro-parentheses)
 #define IMPLEMENT_DYNCREATE(class_name, base_class_name)                                           \
     CObject* class_name::CreateObject() { return new class_name; }                                 \
     CRuntimeClass class_name::class##class_name = {                                                \
@@ -84,3 +86,4 @@ public:                                                                         
 
 /// `object` as `class_name*`, or null when it is of another class (null stays null).
 #define DYNAMIC_DOWNCAST(class_name, object) (dynamic_cast<class_name*>(object))
+// NOLINTEND(bugprone-macro-parentheses)

@@ -126,7 +126,18 @@ void CString::Assign(const char* text, std::size_t length) {
     std::swap(m_data, fresh.m_data);
 }
 
-void CString::Append(const char* text, std::size_t length) { Splice(GetLength(), 0, text, length); }
+void CString::Append(const char* text, std::size_t length) {
+    const StringHeader* header = Header();
+    const auto oldLength = static_cast<std::size_t>(header->m_length);
+    // The common case; a text that lies within this string ends before the place it is copied to.
+    if (length <= static_cast<std::size_t>(header->m_capacity) - oldLength && IsUnique()) {
+        if (length > 0)
+            std::memcpy(m_data + oldLength, text, length);
+        SetLength(oldLength + length);
+        return;
+    }
+    Splice(GetLength(), 0, text, length);
+}
 
 // Replaces `removed` bytes at `index` (both in range) by `length` bytes of `text`.
 void CString::Splice(int index, int removed, const char* text, std::size_t length) {
@@ -358,6 +369,7 @@ void CString::FormatV(const char* format, std::va_list arguments) {
     char small[256];
     std::va_list again;
     va_copy(again, arguments);
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the caller has started it
     const int length = std::vsnprintf(small, sizeof small, format, arguments);
     const int error = errno;
     CString result;

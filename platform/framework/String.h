@@ -68,7 +68,7 @@ public:
     ~CString() { Release(); }
 
     CString& operator=(const CString& other) noexcept {
-        if (m_data != other.m_data) {
+        if (this != &other) {
             Release();
             m_data = other.m_data;
             AddRef();

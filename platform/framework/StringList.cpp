@@ -132,9 +132,9 @@ void CStringList::RemoveAt(POSITION position) {
     Node* node = NodeAt(position);
     (node->m_previous != nullptr ? node->m_previous->m_next : m_head) = node->m_next;
     (node->m_next != nullptr ? node->m_next->m_previous : m_tail) = node->m_previous;
-    delete node;
     --m_count;
     Check();
+    delete node;
 }
 
 POSITION CStringList::InsertBefore(POSITION position, CString text) {

@@ -33,6 +33,7 @@ std::string Word() { return std::to_string(Number(0, 99)); }
 template <class Array>
 std::vector<std::string> Content(const Array& array) {
     std::vector<std::string> content;
+    content.reserve(static_cast<std::size_t>(array.GetSize()));
     for (int i = 0; i < array.GetSize(); ++i)
         content.emplace_back(array[i]);
     return content;

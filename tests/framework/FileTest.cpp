@@ -38,7 +38,7 @@ Thrown ErrorOf(Function&& call) {
     try {
         call();
     } catch (CFileException* error) {
-        const Thrown thrown{error->m_cause, error->m_lOsError, std::string(error->m_strFileName)};
+        Thrown thrown{error->m_cause, error->m_lOsError, std::string(error->m_strFileName)};
         error->Delete();
         return thrown;
     }
@@ -76,7 +76,7 @@ TEST_F(FileTest, OpenFlags) {
               CFileException::genericException);
 
     m_folder.Write("a", "content");
-    CFile(Name("a").c_str(), CFile::modeCreate | CFile::modeNoTruncate | CFile::modeWrite);
+    { CFile kept(Name("a").c_str(), CFile::modeCreate | CFile::modeNoTruncate | CFile::modeWrite); }
     EXPECT_EQ(m_folder.Read("a"), "content");
     {
         CFile file(Name("a").c_str(), CFile::modeWrite | CFile::typeBinary | CFile::modeNoInherit);
@@ -93,7 +93,7 @@ TEST_F(FileTest, OpenFlags) {
         ASSERT_TRUE(file.Open(file.GetFilePath(), CFile::modeReadWrite)); // the old one is closed
         file.Write("x", 1);
     }
-    CFile(Name("a").c_str(), CFile::modeCreate | CFile::modeWrite);
+    { CFile emptied(Name("a").c_str(), CFile::modeCreate | CFile::modeWrite); }
     EXPECT_EQ(m_folder.Read("a"), "");
     EXPECT_EQ(ErrorOf([&] { CFile(Name("none").c_str(), CFile::modeRead); }).m_name, Name("none"));
 }

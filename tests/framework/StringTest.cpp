@@ -303,7 +303,7 @@ TEST(String, FormatsAnyLength) {
 TEST(String, BufferLengthFollowsTheTextOrTheCaller) {
     CString text("abc");
     const CString shared(text);
-    std::strcpy(text.GetBuffer(20), "0123456789");
+    std::memcpy(text.GetBuffer(20), "0123456789", 11);
     text.ReleaseBuffer();
     EXPECT_EQ(text, "0123456789");
     EXPECT_EQ(shared, "abc");
@@ -337,12 +337,14 @@ TEST(String, TooLongThrowsAndKeepsTheString) {
 
 TEST(String, CopiesInSeveralThreadsShareSafely) {
     CString shared("shared text");
-    std::vector<std::thread> threads;
     std::array<int, 4> wrong{};
+    std::vector<std::thread> threads;
+    threads.reserve(wrong.size());
     for (int& count : wrong) {
         threads.emplace_back([copy = shared, &count] {
             for (int i = 0; i < 20000; ++i) {
-                CString own = copy;
+                CString own;
+                own = copy;
                 CString other(own);
                 other += 'x';
                 count += own != "shared text" || other != "shared textx";
