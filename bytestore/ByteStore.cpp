@@ -8,14 +8,16 @@
 //     there is none. A page with m_bMustRead set is one whose reading failed; it is read again on the
 //     next access.
 //  4. m_arrLoaded covers every page below the length.
-//  5. m_arrOnFile[n] tells that the swap file holds bytes of page n; m_dwPagesOnFile counts them; there
-//     are none while the swap file is closed.
-//  6. A byte of the valid range that was ever stored is in its resident page or, when the page is not
-//     resident, in the swap file.
-//  7. A resident page with m_bMustWrite clear equals its place in the swap file.
+//  5. m_arrOnFile[n] tells that the swap file holds bytes of page n, or will once m_pPending has been
+//     written; m_dwPagesOnFile counts them; there are none while the swap file is closed. m_pPending is
+//     written before anything else is.
+//  6. A byte of the valid range that was ever stored is in its resident page; when the page is not
+//     resident, in m_pPending; when it is not there either, in the swap file.
+//  7. A resident page with m_bMustWrite clear equals its place in m_pPending or else in the swap file.
 
 #include "bytestore/ByteStoreInternal.h"
 
+#include "bytestore/WriteBehind.h"
 #include "vnbytstr/ByteStream.h"
 
 #include <algorithm>

@@ -3,6 +3,7 @@
 #include "bytestore/ByteStoreInternal.h"
 
 #include "bytestore/SwapSweep.h"
+#include "bytestore/WriteBehind.h"
 #include "platform/system/FileReplacement.h"
 #include "vnbytstr/TempFileName.h"
 
@@ -60,6 +61,7 @@ void CByteStore::CloseImage() noexcept {
     if (wasOpen)
         m_file.Abort();
     m_arrOnFile.clear();
+    m_pPending.reset();
     m_dwPagesOnFile = 0;
     m_ullImageEnd = 0;
     m_bNameIsOurs = m_bImageHasName = false;
@@ -70,6 +72,7 @@ void CByteStore::CloseImage() noexcept {
 void CByteStore::Flush(int fromCurrent) {
     if (m_file.m_hFile == CFile::hFileNull)
         CreateSwapFile();
+    WritePending();
     std::vector<CBytePage*> pages;
     for (int i = 0; i < m_arrPages.GetSize(); ++i)
         pages.push_back(static_cast<CBytePage*>(m_arrPages[i]));

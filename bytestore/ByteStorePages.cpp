@@ -3,6 +3,7 @@
 #include "bytestore/ByteStoreInternal.h"
 
 #include "bytestore/SwapSweep.h"
+#include "bytestore/WriteBehind.h"
 #include "platform/companion/Profile.h"
 #include "vnbytstr/TempFileName.h"
 
@@ -16,9 +17,7 @@ namespace {
 
 constexpr DWORD kPageSize = CBytePage::m_dwPageSize;
 constexpr int kFewestPages = 16;
-// Neighbours written together with a page that leaves: 256 KiB at once is where the system call stops
-// mattering.
-constexpr std::size_t kRunPages = 8;
+constexpr std::size_t kRunPages = vnbytstr::detail::WriteBehind::kMost;
 
 } // namespace
 
@@ -52,7 +51,11 @@ void CByteStore::LoadPage(CBytePage* page, DWORD number) {
     page->SetPageNum(number);
     page->SetMustRead(TRUE);
     page->SetMustWrite(FALSE); // whatever the buffer holds must not reach the file
-    if (IsOnFile(number)) {
+    const BYTE* pending = m_pPending ? m_pPending->Find(number) : nullptr;
+    if (pending) {
+        std::memcpy(page->m_pData, pending, kPageSize); // on its way to the file, and stays so
+        page->SetMustRead(FALSE);
+    } else if (IsOnFile(number)) {
         page->SwapIn(m_file, number);
         // Fewer bytes than were written mean that somebody cut the file.
         const ULONGLONG position = static_cast<ULONGLONG>(number) * kPageSize;
@@ -129,6 +132,8 @@ void CByteStore::DropPagesFrom(DWORD number) noexcept {
         if (page->GetPageNum() >= number)
             RemovePage(page);
     }
+    if (m_pPending)
+        m_pPending->DropFrom(number);
     for (std::size_t n = number; n < m_arrOnFile.size(); ++n)
         SetOnFile(static_cast<DWORD>(n), false);
     if (m_arrOnFile.size() > number)
@@ -179,15 +184,37 @@ void CByteStore::WriteVictim(CBytePage* page) {
         return;
     if (m_file.m_hFile == CFile::hFileNull)
         CreateSwapFile();
+    const DWORD number = page->GetPageNum();
     if (WriteRun(page))
         return;
-    // Together they did not go; the one that has to may.
-    page->SwapOut(m_file, 0, 0);
-    SetOnFile(page->GetPageNum(), true);
+    if (!m_pPending)
+        m_pPending = std::make_unique<vnbytstr::detail::WriteBehind>();
+    if (m_pPending->IsFull() ||
+        (!m_pPending->IsEmpty() && number != m_pPending->FirstPage() + m_pPending->Buffers().size()))
+        WritePending();
+    if (m_pPending->Take(number, page->m_pData))
+        page->SetMustWrite(FALSE);
+    else
+        page->SwapOut(m_file, 0, 0);
+    SetOnFile(number, true);
+}
+
+/// Writes the pages that have left the cache already. After a failure they wait on.
+void CByteStore::WritePending() {
+    if (!m_pPending || m_pPending->IsEmpty())
+        return;
+    CBytePage::SeekTo(m_file, static_cast<ULONGLONG>(m_pPending->FirstPage()) * kPageSize);
+    try {
+        m_file.WriteGather(m_pPending->Buffers());
+    } catch (CFileException* error) {
+        error->Delete();
+        throw new CCacheException(CCacheException::kWriteFailed);
+    }
+    m_pPending->Clear();
 }
 
 /// Writes a page and the unwritten pages that follow it without a gap in one go. False, with nothing
-/// changed but perhaps bytes in the file that are written again later, when that fails.
+/// changed but perhaps bytes in the file that are written again later, when there are none or that fails.
 bool CByteStore::WriteRun(CBytePage* first) {
     std::array<std::span<const BYTE>, kRunPages> buffers;
     const DWORD number = first->GetPageNum();
@@ -201,6 +228,7 @@ bool CByteStore::WriteRun(CBytePage* first) {
     }
     if (count < 2)
         return false;
+    WritePending(); // older bytes of the same pages must not come later
     CBytePage::SeekTo(m_file, static_cast<ULONGLONG>(number) * kPageSize);
     try {
         m_file.WriteGather(std::span(buffers).first(count));

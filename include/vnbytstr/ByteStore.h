@@ -9,10 +9,17 @@
 #include "platform/system/System.h"
 #include "vnbytstr/CacheException.h"
 
+#include <memory>
 #include <span>
 #include <vector>
 
 class CByteStream;
+struct STranslationReport;
+
+namespace vnbytstr::detail {
+class SliceTranslator;
+class WriteBehind;
+}
 
 /// One resident page of a store.
 class VNBYTSTR_API CBytePage : public CObject {
@@ -80,7 +87,8 @@ private:
 ///
 /// Replacement: the page with the smallest access time leaves first, the oldest-made of equals. The
 /// one-byte accessors stamp pages with a tick count that may be up to 64 such accesses old; every other
-/// operation reads the clock.
+/// operation reads the clock. Up to 8 pages that have left are gathered before they are written together,
+/// in 256 KiB beside the cache.
 class VNBYTSTR_API CByteStore : public CObject {
 public:
     static constexpr DWORD kNotFound = 0xFFFFFFFF; ///< Find: the pattern does not occur
@@ -261,17 +269,23 @@ public:
     BYTE* GetFirstPage();
 
     // --- translation -----------------------------------------------------------------------------
+    // From the start to the end. Characters that the target lacks are substituted (see
+    // platform/companion/Ccsid.h); `report`, when not null, tells how many and where the first was. A
+    // character may lie across pages.
+
     /// Translates the whole content from one coded character set to another into `destination`, which is
-    /// emptied first. 1, or 0 when the pair cannot be translated. Characters that the target lacks are
-    /// substituted (see Ccsid.h). A character may lie across pages.
-    int TranslateCCSID(WORD from, WORD to, CByteStore& destination);
+    /// emptied first. 1, or 0 when the pair cannot be translated.
+    int TranslateCCSID(WORD from, WORD to, CByteStore& destination,
+                       STranslationReport* report = nullptr);
     /// Translates a range (count 0, or too long: up to the end) into `out`; `*outLength` is its room in
     /// bytes before and the bytes written after. 0 when it does not fit (`*outLength` is then the room
     /// needed) or cannot be translated (0).
-    int TranslateCCSID(DWORD index, DWORD count, BYTE* out, DWORD* outLength, WORD from, WORD to);
-    int TranslateCCSID(BYTE* out, DWORD* outLength, WORD from, WORD to);
+    int TranslateCCSID(DWORD index, DWORD count, BYTE* out, DWORD* outLength, WORD from, WORD to,
+                       STranslationReport* report = nullptr);
+    int TranslateCCSID(BYTE* out, DWORD* outLength, WORD from, WORD to,
+                       STranslationReport* report = nullptr);
     /// The content as text of the native coded character set.
-    int TranslateCCSID(WORD from, CString& text);
+    int TranslateCCSID(WORD from, CString& text, STranslationReport* report = nullptr);
 
     /// Most pages that a store should keep in memory: "MaxCachePages" under "Options" (64 by default)
     /// times the percentage of memory that is free, at least 16.
@@ -328,6 +342,7 @@ private:
     void LoadPage(CBytePage* page, DWORD number);
     void WriteVictim(CBytePage* page);
     bool WriteRun(CBytePage* first);
+    void WritePending();
     void AppendToLastPage(const BYTE*& bytes, DWORD& count);
     void AppendToNewPages(const BYTE* bytes, DWORD count);
     bool AppendEvicts(DWORD count) const;
@@ -336,6 +351,9 @@ private:
     void CopyUpWithin(DWORD index, DWORD sourceIndex, DWORD count);
     bool EqualsAt(DWORD index, const CByteStream& pattern, DWORD from);
     DWORD FindPrefix(std::span<const BYTE> prefix, DWORD start);
+    template <class Take>
+    bool TranslateRange(vnbytstr::detail::SliceTranslator& translator, DWORD index, DWORD count,
+                        Take take);
     void WriteShiftedImage(CFile& file, DWORD shift);
     void CopyImage(CFile& file);
     void MoveImageTo(const char* name);
@@ -362,6 +380,7 @@ private:
     std::vector<CBytePage*> m_arrLoaded; ///< by page number: the resident page with valid bytes, or null
     std::vector<bool> m_arrOnFile;       ///< by page number: the swap file has bytes of it
     DWORD m_dwPagesOnFile;
+    std::unique_ptr<vnbytstr::detail::WriteBehind> m_pPending; ///< made with the first page that leaves
     ULONGLONG m_ullImageEnd; ///< where the bytes written to the swap file end
     DWORD m_dwTouches;     ///< one-byte accesses until the clock is read again
     bool m_bNameIsOurs;    ///< a file under m_strFileName is this store's to delete

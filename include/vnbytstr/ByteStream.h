@@ -183,14 +183,16 @@ public:
     BYTE* GetFirstPage();
 
     // --- translation: as in CByteStore, and in place -------------------------------------------------
-    /// Replaces the content by its translation; 0, with the content as it was, when the pair cannot be
-    /// translated.
-    int TranslateCCSID(WORD from, WORD to);
-    int TranslateCCSID(WORD from, WORD to, CByteStream& destination) const;
-    int TranslateCCSID(DWORD index, DWORD count, BYTE* out, DWORD* outLength, WORD from,
-                       WORD to) const;
-    int TranslateCCSID(BYTE* out, DWORD* outLength, WORD from, WORD to) const;
-    int TranslateCCSID(WORD from, CString& text) const;
+    /// Replaces the content by its translation; the cursor becomes 0. 0, with the content as it was, when
+    /// the pair cannot be translated.
+    int TranslateCCSID(WORD from, WORD to, STranslationReport* report = nullptr);
+    int TranslateCCSID(WORD from, WORD to, CByteStream& destination,
+                       STranslationReport* report = nullptr) const;
+    int TranslateCCSID(DWORD index, DWORD count, BYTE* out, DWORD* outLength, WORD from, WORD to,
+                       STranslationReport* report = nullptr) const;
+    int TranslateCCSID(BYTE* out, DWORD* outLength, WORD from, WORD to,
+                       STranslationReport* report = nullptr) const;
+    int TranslateCCSID(WORD from, CString& text, STranslationReport* report = nullptr) const;
 
     /// Most bytes that a stream keeps in its block: "MaxCacheBlock" under "Options" (262144 by default),
     /// read once per process; a configured 0 is read again on every call.
@@ -223,7 +225,10 @@ private:
     template <int Width>
     void SetWide(DWORD index, ULONGLONG value);
     void CopyWithin(DWORD index, const BYTE* bytes, DWORD count);
-    bool Translate(WORD from, WORD to, CByteStream& destination) const;
+    void TakeContent(CByteStream& other);
+    template <class Take>
+    bool TranslateRange(vnbytstr::detail::SliceTranslator& translator, DWORD index, DWORD count,
+                        Take take) const;
 #ifndef NDEBUG
     void CheckInvariants() const;
 #else
