@@ -200,11 +200,13 @@ bool ProfileStore::Change(const std::function<bool(ProfileFile&)>& change) {
     if (error == 0) {
         FileStatus status;
         std::string target;
-        if (system.GetFileStatus(path.c_str(), status) == 0 && status.isLink) {
+        error = system.GetFileStatus(path.c_str(), status);
+        if (error == ENOENT)
+            error = 0;
+        else if (error == 0 && status.isLink)
             error = system.ResolveName(path.c_str(), target); // the link stays one
-            if (error == 0)
-                path = target;
-        }
+        if (error == 0 && !target.empty())
+            path = target;
     }
     if (error == 0) {
         OpenedFile lock;
