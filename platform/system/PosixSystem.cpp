@@ -78,11 +78,11 @@ int OpenWithMode(const char* name, unsigned flags) noexcept {
         mode |= O_TRUNC;
     if (flags & kOpenExclusive)
         mode |= O_EXCL;
-    if (flags & kOpenScratch)
+    if (flags & (kOpenScratch | kOpenPrivate))
         mode |= O_NOFOLLOW;
     if (!(flags & kOpenInherit))
         mode |= O_CLOEXEC;
-    const mode_t permissions = (flags & kOpenScratch) ? 0600 : 0666;
+    const mode_t permissions = (flags & (kOpenScratch | kOpenPrivate)) ? 0600 : 0666;
     return Retry([&] { return ::open(name, mode, permissions); });
 }
 

@@ -6,6 +6,7 @@ namespace vnbytstr {
 
 namespace {
 std::atomic<System*> g_installed{nullptr};
+std::atomic<unsigned> g_installCount{0};
 } // namespace
 
 std::atomic<DWORD> System::s_recentTick{0};
@@ -20,8 +21,11 @@ System& System::Current() noexcept {
 
 System* System::Install(System* system) noexcept {
     System* previous = g_installed.exchange(system, std::memory_order_acq_rel);
+    g_installCount.fetch_add(1, std::memory_order_relaxed);
     Current().GetTickCount(); // so that RecentTick is this system's
     return previous;
 }
+
+unsigned System::InstallCount() noexcept { return g_installCount.load(std::memory_order_relaxed); }
 
 } // namespace vnbytstr

@@ -31,6 +31,8 @@ enum OpenFlags : unsigned {
                               ///< be it by a link that points nowhere
     kOpenScratch = 1u << 5,   ///< for this user alone (mode 0600), never through a symbolic link,
                               ///< and marked as one the sweep of dead processes' files may remove
+    kOpenPrivate = 1u << 7,   ///< a new file is for this user alone (mode 0600); never through a
+                              ///< symbolic link
     kOpenInherit = 1u << 6,   ///< child processes inherit the handle (the default is that they do not)
 };
 
@@ -59,6 +61,8 @@ public:
     /// Makes `system` current (null: the POSIX one again) and returns the one before, null for the
     /// POSIX one. The object stays the caller's and must outlive its use.
     static System* Install(System* system) noexcept;
+    /// How often Install ran: what was learnt from the system before that may be out of date.
+    static unsigned InstallCount() noexcept;
 
     // --- files -----------------------------------------------------------------------------------
     virtual int OpenFile(const char* name, unsigned flags, FileHandle& handle) = 0;

@@ -1,0 +1,103 @@
+// The program's settings: named values in sections below a settings root.
+//
+// They are kept in one readable text file: VNBYTSTR_PROFILE when that is set, else
+// $XDG_CONFIG_HOME/vnbytstr/profile.ini, else $HOME/.config/vnbytstr/profile.ini. It is UTF-8, for
+// its owner alone (mode 0600), and may be edited by hand:
+//
+//     [3/Options]
+//     MaxCachePages=64
+//
+// Section names and value names are any byte strings without NUL, and so are values; upper and
+// lower case differ. In memory they are in the ANSI code page. What stands for something else in
+// the file (control characters, a blank at either end, '%', '=' in a name, ']' in a section, '[',
+// '#' or ';' at a name's beginning) and bytes that are no characters are written as %XX.
+//
+// Reading is cheap enough to be done often: the file is read once and looked at again, for changes
+// of other processes, at most once per tick. Writing goes through to the disk at once and changes
+// the file in one step; changes of several processes at the same time all count, and a process
+// killed at any moment leaves the old file or the new one. Use a CProfileBatch for many values.
+//
+// A file that cannot be read gives the defaults, with a message, and is not written. One that is
+// damaged (a line that is no UTF-8 or holds a NUL; or no section and no comment in it at all) is
+// used as far as it can be read, with a message; before it is first changed it is kept beside the
+// new one as profile.ini.damaged-1 (or the next free number).
+//
+// All functions may be called from every thread. None throws but CMemoryException's cause, a lack
+// of memory. A null section or name gives the default, or FALSE.
+#pragma once
+
+#include "../framework/Export.h"
+#include "../framework/String.h"
+#include "../framework/Types.h"
+
+#include <string>
+#include <utility>
+#include <vector>
+
+// `root` selects a settings root: 3 holds "Options" and "Global Variables", 1 "Form Fonts" and the
+// placement of dialogs; other numbers are separate roots too. `reserved` is 0.
+
+/// The value as a number (decimal digits, or hexadecimal after 0x, up to 0xFFFFFFFF); the default
+/// when there is no such value or it is no such number.
+VNBYTSTR_API DWORD VNGetProfileDWORD(UINT root, const char* section, const char* name,
+                                     DWORD defaultValue, UINT reserved = 0);
+/// The value as text; the default when there is no such value (null: the empty text).
+VNBYTSTR_API CString VNGetProfileString(UINT root, const char* section, const char* name,
+                                        const char* defaultValue, UINT reserved = 0);
+/// Sets a value, as decimal digits. FALSE when that could not be saved (with a message): the
+/// settings are then as they were.
+VNBYTSTR_API BOOL VNWriteProfileDWORD(UINT root, const char* section, const char* name, DWORD value,
+                                      UINT reserved = 0);
+/// Sets a value; null removes it. FALSE as above.
+VNBYTSTR_API BOOL VNWriteProfileString(UINT root, const char* section, const char* name,
+                                       const char* value, UINT reserved = 0);
+/// Whether there is such a value.
+VNBYTSTR_API BOOL VNIsProfileValue(UINT root, const char* section, const char* name);
+/// Removes a section with all its values (its comments stay). TRUE also when there was none; FALSE
+/// when that could not be saved.
+VNBYTSTR_API BOOL VNDeleteProfileSection(UINT root, const char* section);
+
+/// The values of a section as they were when it was opened, in the order of the file.
+class VNBYTSTR_API CProfileSectionKey {
+public:
+    /// Number of values.
+    int GetCount() const { return static_cast<int>(m_values.size()); }
+    /// Name and value at `index`, from 0; empty when there is none.
+    CString GetName(int index) const { return IsIndex(index) ? At(index).first : CString(); }
+    CString GetString(int index) const { return IsIndex(index) ? At(index).second : CString(); }
+
+private:
+    friend VNBYTSTR_API BOOL VNGetProfileSectionKey(UINT root, const char* section,
+                                                    CProfileSectionKey& key);
+    bool IsIndex(int index) const { return index >= 0 && index < GetCount(); }
+    const std::pair<CString, CString>& At(int index) const {
+        return m_values[static_cast<std::size_t>(index)];
+    }
+
+    std::vector<std::pair<CString, CString>> m_values;
+};
+
+/// Opens a section to go through its values. FALSE, with no values, when it has none.
+VNBYTSTR_API BOOL VNGetProfileSectionKey(UINT root, const char* section, CProfileSectionKey& key);
+
+/// Several changes that are saved together, in their order: the file is written once, and either
+/// all of them are saved or none. One thread at a time uses a batch.
+class VNBYTSTR_API CProfileBatch {
+public:
+    /// A null section or name is ignored; a null value removes the value.
+    void WriteDWORD(UINT root, const char* section, const char* name, DWORD value);
+    void WriteString(UINT root, const char* section, const char* name, const char* value);
+    void DeleteSection(UINT root, const char* section);
+    /// Saves and forgets the changes. FALSE when that failed: the settings are then as they were,
+    /// and the changes still here. A batch that is never saved changes nothing.
+    BOOL Commit();
+
+private:
+    enum class EKind { Set, Remove, RemoveSection };
+    struct SChange {
+        EKind eKind;
+        UINT uRoot;
+        std::string strSection, strName, strValue;
+    };
+    std::vector<SChange> m_changes;
+};
