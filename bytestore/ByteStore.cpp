@@ -57,7 +57,7 @@ void CByteStore::Init() {
     m_dwPagesOnFile = 0;
     m_ullImageEnd = 0;
     m_dwTouches = 1;
-    m_bNameIsOurs = m_bImageHasName = false;
+    m_bNameIsOurs = m_bImageHasName = m_bReadFailed = false;
 }
 
 CByteStore& CByteStore::operator=(CByteStore& source) {

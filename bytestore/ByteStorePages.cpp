@@ -12,6 +12,7 @@
 #include <cerrno>
 #include <cstring>
 #include <memory>
+#include <utility>
 
 namespace {
 
@@ -35,7 +36,7 @@ CBytePage* CByteStore::GetPageFromPageNum(DWORD number) {
         return page;
     GrowPageTable(GetIndexFromPageNum(number) + 1);
     CBytePage* page = nullptr;
-    for (int i = 0; i < m_arrPages.GetSize() && !page; ++i) {
+    for (int i = 0; m_bReadFailed && i < m_arrPages.GetSize() && !page; ++i) {
         auto* candidate = static_cast<CBytePage*>(m_arrPages[i]);
         if (candidate->GetPageNum() == number)
             page = candidate; // its last reading failed
@@ -48,6 +49,7 @@ CBytePage* CByteStore::GetPageFromPageNum(DWORD number) {
 }
 
 void CByteStore::LoadPage(CBytePage* page, DWORD number) {
+    const bool failedBefore = std::exchange(m_bReadFailed, true);
     page->SetPageNum(number);
     page->SetMustRead(TRUE);
     page->SetMustWrite(FALSE); // whatever the buffer holds must not reach the file
@@ -69,6 +71,7 @@ void CByteStore::LoadPage(CBytePage* page, DWORD number) {
         page->SetMustWrite(TRUE);
     }
     m_arrLoaded[number] = page;
+    m_bReadFailed = failedBefore;
 }
 
 CBytePage* CByteStore::PageForAppend(DWORD number) {

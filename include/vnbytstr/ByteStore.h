@@ -384,6 +384,7 @@ private:
     ULONGLONG m_ullImageEnd; ///< where the bytes written to the swap file end
     DWORD m_dwTouches;     ///< one-byte accesses until the clock is read again
     bool m_bNameIsOurs;    ///< a file under m_strFileName is this store's to delete
+    bool m_bReadFailed;    ///< a page in m_arrPages may be one whose reading failed
     bool m_bImageHasName;  ///< the open swap file is the one under m_strFileName
 };
 

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <cstdio>
@@ -39,6 +40,57 @@ auto Retry(Call call) {
 template <typename Call>
 int ErrorOf(Call call) {
     return Retry(call) < 0 ? errno : 0;
+}
+
+/// Positions of the plain files that this system opened, by descriptor, plus 1; 0 where the kernel keeps
+/// the position. Reading and writing at a known position saves a system call for every seek.
+std::array<std::atomic<std::uint64_t>, 65536> g_positions{};
+
+std::atomic<std::uint64_t>* KnownPosition(FileHandle handle) noexcept {
+    const auto index = static_cast<std::size_t>(handle);
+    if (index >= g_positions.size() || g_positions[index].load(std::memory_order_relaxed) == 0)
+        return nullptr;
+    return &g_positions[index];
+}
+
+void ForgetPosition(FileHandle handle) noexcept {
+    if (std::atomic<std::uint64_t>* known = KnownPosition(handle))
+        known->store(0, std::memory_order_relaxed);
+}
+
+/// Does a transfer at the known position with `at`, or at the kernel's with `plain`.
+template <typename At, typename Plain>
+int Transfer(FileHandle handle, std::size_t& done, At at, Plain plain) {
+    done = 0;
+    std::atomic<std::uint64_t>* known = KnownPosition(handle);
+    const std::uint64_t position = known ? known->load(std::memory_order_relaxed) - 1 : 0;
+    const ssize_t moved = Retry([&] { return known ? at(static_cast<off_t>(position)) : plain(); });
+    if (moved < 0)
+        return errno;
+    done = static_cast<std::size_t>(moved);
+    if (known)
+        known->store(position + done + 1, std::memory_order_relaxed);
+    return 0;
+}
+
+/// Where a seek leads in a file of a known position.
+int SeekKnown(FileHandle handle, std::atomic<std::uint64_t>& known, std::int64_t offset,
+              SeekOrigin origin, std::uint64_t& position) {
+    std::int64_t base = 0;
+    if (origin == SeekOrigin::Current) {
+        base = static_cast<std::int64_t>(known.load(std::memory_order_relaxed) - 1);
+    } else if (origin == SeekOrigin::End) {
+        struct stat info;
+        if (::fstat(Descriptor(handle), &info) != 0)
+            return errno;
+        base = info.st_size;
+    }
+    std::int64_t target;
+    if (__builtin_add_overflow(base, offset, &target) || target < 0)
+        return EINVAL;
+    position = static_cast<std::uint64_t>(target);
+    known.store(position + 1, std::memory_order_relaxed);
+    return 0;
 }
 
 void FillStatus(const struct stat& from, FileStatus& status) noexcept {
@@ -93,7 +145,9 @@ int PosixSystem::OpenFile(const char* name, unsigned flags, FileHandle& handle) 
     if (descriptor < 0)
         return errno;
     struct stat info;
-    if (::fstat(descriptor, &info) == 0 && S_ISDIR(info.st_mode)) {
+    if (::fstat(descriptor, &info) != 0)
+        info.st_mode = 0;
+    if (S_ISDIR(info.st_mode)) {
         ::close(descriptor);
         return EISDIR; // a folder opens for reading, but never reads
     }
@@ -105,52 +159,53 @@ int PosixSystem::OpenFile(const char* name, unsigned flags, FileHandle& handle) 
         return error;
     }
     handle = descriptor;
+    // A child that inherits the file shares the kernel's position.
+    if (S_ISREG(info.st_mode) && !(flags & kOpenInherit) &&
+        static_cast<std::size_t>(descriptor) < g_positions.size())
+        g_positions[static_cast<std::size_t>(descriptor)].store(1, std::memory_order_relaxed);
     return 0;
 }
 
 int PosixSystem::CloseFile(FileHandle handle) {
+    ForgetPosition(handle);
     // The descriptor is gone even when close is interrupted, so it must not be tried again.
     return ::close(Descriptor(handle)) < 0 && errno != EINTR ? errno : 0;
 }
 
 int PosixSystem::ReadFile(FileHandle handle, void* buffer, std::size_t size, std::size_t& done) {
-    done = 0;
-    const ssize_t got = Retry(
-        [&] { return ::read(Descriptor(handle), buffer, std::min(size, kMaxTransfer)); });
-    if (got < 0)
-        return errno;
-    done = static_cast<std::size_t>(got);
-    return 0;
+    const int descriptor = Descriptor(handle);
+    size = std::min(size, kMaxTransfer);
+    return Transfer(
+        handle, done, [&](off_t at) { return ::pread(descriptor, buffer, size, at); },
+        [&] { return ::read(descriptor, buffer, size); });
 }
 
 int PosixSystem::WriteFile(FileHandle handle, const void* buffer, std::size_t size,
                            std::size_t& done) {
-    done = 0;
-    const ssize_t put = Retry(
-        [&] { return ::write(Descriptor(handle), buffer, std::min(size, kMaxTransfer)); });
-    if (put < 0)
-        return errno;
-    done = static_cast<std::size_t>(put);
-    return 0;
+    const int descriptor = Descriptor(handle);
+    size = std::min(size, kMaxTransfer);
+    return Transfer(
+        handle, done, [&](off_t at) { return ::pwrite(descriptor, buffer, size, at); },
+        [&] { return ::write(descriptor, buffer, size); });
 }
 
 int PosixSystem::WriteFileGather(FileHandle handle, std::span<const std::span<const BYTE>> buffers,
                                  std::size_t& done) {
-    done = 0;
     std::array<iovec, 64> parts;
     const std::size_t count = std::min(buffers.size(), parts.size());
     for (std::size_t i = 0; i < count; ++i)
         parts[i] = {const_cast<BYTE*>(buffers[i].data()), buffers[i].size()};
-    const ssize_t put = Retry(
-        [&] { return ::writev(Descriptor(handle), parts.data(), static_cast<int>(count)); });
-    if (put < 0)
-        return errno;
-    done = static_cast<std::size_t>(put);
-    return 0;
+    const int descriptor = Descriptor(handle);
+    const auto size = static_cast<int>(count);
+    return Transfer(
+        handle, done, [&](off_t at) { return ::pwritev(descriptor, parts.data(), size, at); },
+        [&] { return ::writev(descriptor, parts.data(), size); });
 }
 
 int PosixSystem::SeekFile(FileHandle handle, std::int64_t offset, SeekOrigin origin,
                           std::uint64_t& position) {
+    if (std::atomic<std::uint64_t>* known = KnownPosition(handle))
+        return SeekKnown(handle, *known, offset, origin, position);
     const int whence = origin == SeekOrigin::Begin     ? SEEK_SET
                        : origin == SeekOrigin::Current ? SEEK_CUR
                                                        : SEEK_END;

@@ -17,7 +17,8 @@
 
 namespace vnbytstr {
 
-/// An open file. A value of the system's own; kNoFile is never an open one.
+/// An open file. A value of the system's own (a descriptor here): files are read, written, moved in and
+/// closed through the system only. kNoFile is never an open one.
 using FileHandle = std::intptr_t;
 inline constexpr FileHandle kNoFile = -1;
 

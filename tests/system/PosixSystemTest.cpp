@@ -1,0 +1,157 @@
+// The POSIX system: what the layers above rely on.
+#include "platform/system/FileReplacement.h"
+#include "platform/system/PosixSystem.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestSystem.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace vnbytstr {
+namespace {
+
+using test::TemporaryFolder;
+
+class PosixSystemTest : public ::testing::Test {
+protected:
+    FileHandle Open(const std::string& name, unsigned flags, int expected = 0) {
+        FileHandle handle = kNoFile;
+        EXPECT_EQ(m_system.OpenFile(name.c_str(), flags, handle), expected) << name;
+        return handle;
+    }
+    TemporaryFolder m_folder;
+    PosixSystem m_system;
+};
+
+TEST_F(PosixSystemTest, MovesInFilesWithAndWithoutTheKernelsPosition) {
+    const std::string name = m_folder.File("f");
+    std::size_t done;
+    std::uint64_t position;
+    // A handle that child processes inherit leaves the position to the kernel; both must agree.
+    for (const unsigned extra : {0u, static_cast<unsigned>(kOpenInherit)}) {
+        const FileHandle handle =
+            Open(name, kOpenRead | kOpenWrite | kOpenCreate | kOpenTruncate | extra);
+        EXPECT_EQ(m_system.WriteFile(handle, "0123456789", 10, done), 0);
+        EXPECT_EQ(m_system.SeekFile(handle, -3, SeekOrigin::End, position), 0);
+        EXPECT_EQ(position, 7u);
+        EXPECT_EQ(m_system.SeekFile(handle, -2, SeekOrigin::Current, position), 0);
+        EXPECT_EQ(position, 5u);
+        EXPECT_EQ(m_system.SeekFile(handle, -6, SeekOrigin::Current, position), EINVAL);
+        char text[11] = "";
+        EXPECT_EQ(m_system.ReadFile(handle, text, 10, done), 0);
+        EXPECT_EQ(std::string(text, done), "56789");
+        EXPECT_EQ(m_system.ReadFile(handle, text, 10, done), 0);
+        EXPECT_EQ(done, 0u);
+        EXPECT_EQ(m_system.SeekFile(handle, 20, SeekOrigin::Begin, position), 0);
+        const BYTE a[] = {'a'}, bc[] = {'b', 'c'};
+        const std::span<const BYTE> parts[] = {a, bc};
+        EXPECT_EQ(m_system.WriteFileGather(handle, parts, done), 0);
+        EXPECT_EQ(m_system.SeekFile(handle, 0, SeekOrigin::Current, position), 0);
+        EXPECT_EQ(position, 23u);
+        EXPECT_EQ(m_system.CloseFile(handle), 0);
+        EXPECT_EQ(m_folder.Read("f"), std::string("0123456789") + std::string(10, '\0') + "abc");
+    }
+    const FileHandle reader = Open(name, kOpenRead);
+    EXPECT_EQ(m_system.WriteFile(reader, "x", 1, done), EBADF);
+    m_system.CloseFile(reader);
+    Open(m_folder.Path(), kOpenRead, EISDIR);
+    Open(m_folder.File("none"), kOpenRead, ENOENT);
+}
+
+TEST_F(PosixSystemTest, ScratchFilesAreOnesOwnAndLocked) {
+    const std::string name = m_folder.File("s");
+    const unsigned scratch = kOpenRead | kOpenWrite | kOpenCreate | kOpenExclusive | kOpenScratch;
+    const FileHandle handle = Open(name, scratch);
+    Open(name, scratch, EEXIST);
+    ASSERT_EQ(::symlink("nowhere", m_folder.File("link").c_str()), 0);
+    Open(m_folder.File("link"), scratch, EEXIST);
+    FileStatus status;
+    EXPECT_EQ(m_system.GetFileStatus(m_folder.File("link").c_str(), status), 0);
+    EXPECT_TRUE(status.isLink && !status.isRegular);
+    EXPECT_EQ(m_system.GetFileStatus(handle, status), 0);
+    EXPECT_TRUE(status.isScratch && status.isOwn && status.isRegular);
+    EXPECT_EQ(m_system.LockFile(handle, true, false), 0);
+    const FileHandle other = Open(name, kOpenRead);
+    EXPECT_EQ(m_system.LockFile(other, true, false), EWOULDBLOCK);
+    EXPECT_EQ(m_system.ReleaseScratch(handle), 0);
+    EXPECT_EQ(m_system.GetFileStatus(name.c_str(), status), 0);
+    EXPECT_FALSE(status.isScratch);
+    m_system.CloseFile(handle);
+    EXPECT_EQ(m_system.LockFile(other, true, false), 0);
+    m_system.CloseFile(other);
+}
+
+TEST_F(PosixSystemTest, RenamesWithAndWithoutReplacing) {
+    m_folder.Write("a", "A");
+    m_folder.Write("b", "B");
+    const std::string a = m_folder.File("a"), b = m_folder.File("b");
+    EXPECT_EQ(m_system.RenameFile(a.c_str(), b.c_str(), false), EEXIST);
+    EXPECT_EQ(m_folder.Read("b"), "B");
+    EXPECT_EQ(m_system.RenameFile(a.c_str(), b.c_str(), true), 0);
+    EXPECT_EQ(m_folder.Read("b"), "A");
+    EXPECT_EQ(m_system.RenameFile(b.c_str(), a.c_str(), false), 0);
+    EXPECT_EQ(m_system.MakeFolder(m_folder.File("x/y/z").c_str()), 0);
+    EXPECT_EQ(m_system.MakeFolder(m_folder.File("x/y").c_str()), 0);
+    EXPECT_NE(m_system.MakeFolder(m_folder.File("a/y").c_str()), 0);
+}
+
+TEST_F(PosixSystemTest, KnowsTheProcess) {
+    EXPECT_EQ(m_system.GetProcessId(), static_cast<DWORD>(::getpid()));
+    EXPECT_TRUE(m_system.IsProcessAlive(m_system.GetProcessId()));
+    EXPECT_TRUE(m_system.GetModuleFileName().ends_with("system_test"));
+    EXPECT_TRUE(m_system.GetTemporaryFolder().ends_with('/'));
+    const DWORD tick = m_system.GetTickCount();
+    EXPECT_LT(m_system.GetTickCount() - tick, 60000u);
+    EXPECT_LE(m_system.GetMemoryLoad(), 100u);
+}
+
+/// Every outcome of a replacement, and every call in it failing in turn.
+TEST_F(PosixSystemTest, ReplacedFilesAreOldOrNew) {
+    test::TestSystem faulty;
+    const ScopedSystem scope(faulty);
+    const auto replace = [&](const std::string& name) {
+        FileReplacement target;
+        int error = target.Open(m_folder.File(name).c_str());
+        std::size_t done;
+        if (error == 0)
+            error = System::Current().WriteFile(target.Handle(), "new", 3, done);
+        return error == 0 ? target.Commit() : error;
+    };
+    for (const char* name : {"plain", "absent"}) {
+        for (unsigned at = 1;; ++at) {
+            m_folder.Write("plain", "old");
+            ::unlink(m_folder.File("absent").c_str());
+            faulty.Inject(test::Fault{.at = at, .error = ENOSPC});
+            const int error = replace(name);
+            const bool hit = faulty.Hits() > 0;
+            faulty.Inject(std::nullopt);
+            const std::string content = m_folder.Read(name);
+            EXPECT_TRUE(error == 0 ? content == "new" : (content == "old" || content.empty()))
+                << at << " " << content;
+            EXPECT_TRUE(faulty.OpenHandles().empty());
+            EXPECT_LE(m_folder.Names().size(), 2u);
+            if (!hit)
+                break;
+        }
+    }
+    // A link stays a link, permissions stay, and a read-only file is refused.
+    ASSERT_EQ(::chmod(m_folder.File("plain").c_str(), 0640), 0);
+    ASSERT_EQ(::symlink("plain", m_folder.File("link").c_str()), 0);
+    EXPECT_EQ(replace("link"), 0);
+    struct stat info;
+    ASSERT_EQ(::lstat(m_folder.File("link").c_str(), &info), 0);
+    EXPECT_TRUE(S_ISLNK(info.st_mode));
+    ASSERT_EQ(::stat(m_folder.File("plain").c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 0777, 0640u);
+    // What is no plain file is written directly.
+    FileReplacement sink;
+    EXPECT_EQ(sink.Open("/dev/null"), 0);
+    EXPECT_EQ(sink.Commit(), 0);
+}
+
+} // namespace
+} // namespace vnbytstr
