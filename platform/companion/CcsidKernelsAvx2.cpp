@@ -97,11 +97,21 @@ VNBYTSTR_AVX2_INLINE BYTE* PutBytes(BYTE* q, __m128i eight, unsigned mask) {
 
 /// 32 bytes to UTF-8; null when one of them has not one or two bytes there.
 VNBYTSTR_AVX2_INLINE BYTE* BlockToUtf8(const ByteToUtf8Table& table, __m256i x, BYTE* q) {
+    const __m256i isHigh = _mm256_cmpgt_epi8(_mm256_setzero_si256(), x);
     __m256i first, second;
-    if (table.asciiIsAscii) {
+    if (table.latin1IsLatin1) {
+        const __m256i top = _mm256_and_si256(x, _mm256_set1_epi8(static_cast<char>(0xE0)));
+        if (_mm256_movemask_epi8(_mm256_cmpeq_epi8(top, _mm256_set1_epi8(-128))) != 0)
+            return nullptr; // 80 to 9F are something else
+        // C2 or C3 by bit 6, and 80 with the low six bits.
+        const __m256i bit6 = _mm256_and_si256(_mm256_srli_epi16(x, 6), _mm256_set1_epi8(1));
+        const __m256i lead = _mm256_or_si256(bit6, _mm256_set1_epi8(static_cast<char>(0xC2)));
+        first = _mm256_blendv_epi8(x, lead, x);
+        second = _mm256_and_si256(_mm256_and_si256(x, isHigh),
+                                  _mm256_set1_epi8(static_cast<char>(0xBF)));
+    } else if (table.asciiIsAscii) {
         first = _mm256_blendv_epi8(x, LookUp<8>(table.first.data(), x), x);
-        second = _mm256_and_si256(LookUp<8>(table.second.data(), x),
-                                  _mm256_cmpgt_epi8(_mm256_setzero_si256(), x));
+        second = _mm256_and_si256(LookUp<8>(table.second.data(), x), isHigh);
     } else {
         first = LookUp<0>(table.first.data(), x);
         second = LookUp<0>(table.second.data(), x);
