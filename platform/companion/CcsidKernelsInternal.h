@@ -53,6 +53,7 @@ struct ByteTable {
 struct ByteToUtf8Table {
     std::array<std::array<BYTE, 4>, 256> bytes{}; ///< the sequence; [3] is its length, 0 for none
     bool asciiIsAscii = false;                    ///< bytes 00 to 7F are themselves
+    bool latin1IsLatin1 = false;                  ///< and bytes A0 to FF are U+00A0 to U+00FF
     /// First and second byte of the sequences of at most two; `second` is 0 where there is none,
     /// and 1 for a sequence of three or none at all.
     alignas(64) std::array<BYTE, 256> first{}, second{};

@@ -112,7 +112,7 @@ ByteTable MakeByteTable(Probe& from, Probe& to) {
 
 ByteToUtf8Table MakeByteToUtf8Table(Probe& from) {
     ByteToUtf8Table table;
-    table.asciiIsAscii = true;
+    table.asciiIsAscii = table.latin1IsLatin1 = true;
     for (unsigned i = 0; i < 256; ++i) {
         const std::optional<char16_t> unit = from.Decode({i});
         std::array<BYTE, 4>& entry = table.bytes[i];
@@ -123,6 +123,8 @@ ByteToUtf8Table MakeByteToUtf8Table(Probe& from) {
         }
         if (i < 0x80 && unit != i)
             table.asciiIsAscii = false;
+        if ((i < 0x80 || i >= 0xA0) && unit != i)
+            table.latin1IsLatin1 = false;
         table.first[i] = entry[0];
         table.second[i] = entry[3] == 1 ? BYTE{0} : entry[3] == 2 ? entry[1] : BYTE{1};
     }
