@@ -290,7 +290,8 @@ void AddReadingBack(Contests& contests) {
             return;
         store = std::make_unique<CByteStore>(content.data(), static_cast<DWORD>(kTotal));
         file = std::make_unique<ScratchFile>();
-        file->Write(content.data(), kTotal, 0);
+        for (std::size_t done = 0; done < kTotal; done += kPage) // as a cache of pages writes
+            file->Write(content.data() + done, kPage, done);
         lru = std::make_unique<BareLru>(*file);
     };
     contests.Add({"read back in sequence",

@@ -1,12 +1,13 @@
 // CByteStream: life, buffers, growth, typed access.
 //
 // Invariants, checked by CheckInvariants in debug builds after every change:
-//  1. With m_pStore set, the content lies there; m_pBuffer is null, the mode internal, and m_dwLength,
-//     m_dwStart and m_dwCurrent are not used.
+//  1. With m_pStore set, the content lies there; m_pBuffer is null, the mode internal, m_dwLength and
+//     m_dwAllocated are 0, m_dwStart and m_dwCurrent not used.
 //  2. Without it, m_pBuffer holds m_dwLength bytes of m_dwAllocated; it is null only when both are 0 (or
 //     an external buffer is).
 //  3. An internal buffer is the stream's own, from malloc; a block of capacity c was zero when it came.
 //  4. m_dwStart <= m_dwLength.
+//  5. On a read-only buffer m_dwAllocated equals m_dwLength, so that there is never room to write into.
 
 #include "bytestore/ByteStreamInternal.h"
 
@@ -149,6 +150,8 @@ void CByteStream::Empty(int freeBuffer) {
     if (m_pStore)
         m_pStore->Empty();
     m_dwLength = m_dwCurrent = m_dwStart = 0;
+    if (m_nBufferMode == kReadOnly)
+        m_dwAllocated = 0;
     if (freeBuffer && m_nBufferMode == kInternal) {
         std::free(m_pBuffer);
         m_pBuffer = nullptr;
@@ -209,6 +212,7 @@ void CByteStream::MoveToStore(bool withCursor) {
         store->SetCurrentOffset(m_dwCurrent);
     std::free(m_pBuffer);
     m_pBuffer = nullptr;
+    m_dwLength = m_dwAllocated = 0;
     m_pStore = store.release();
     CheckInvariants();
 }
@@ -306,10 +310,12 @@ void CByteStream::SetInt64(DWORD index, LONGLONG value) {
 void CByteStream::CheckInvariants() const {
     if (m_pStore) {
         assert(m_pBuffer == nullptr && m_nBufferMode == kInternal);
+        assert(m_dwLength == 0 && m_dwAllocated == 0);
         return;
     }
     assert(m_dwLength <= m_dwAllocated);
     assert(m_pBuffer || m_dwAllocated == 0);
     assert(m_dwStart <= m_dwLength);
+    assert(m_nBufferMode != kReadOnly || m_dwAllocated == m_dwLength);
 }
 #endif

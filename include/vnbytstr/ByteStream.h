@@ -247,13 +247,13 @@ private:
 };
 
 inline BYTE CByteStream::GetByte(DWORD index) const {
-    if (!m_pStore && index < m_dwLength) [[likely]]
+    if (index < m_dwLength) [[likely]] // never in a store, where m_dwLength is 0
         return m_pBuffer[index];
     return GetByteSlow(index);
 }
 
 inline void CByteStream::ConcatByte(BYTE value) {
-    if (!m_pStore && m_dwLength < m_dwAllocated && m_nBufferMode != kReadOnly) [[likely]] {
+    if (m_dwLength < m_dwAllocated) [[likely]] { // never in a store or on a read-only buffer
         m_pBuffer[m_dwLength++] = value;
         return;
     }
