@@ -99,13 +99,22 @@ void Add(Contests& contests, const Case& kind, std::size_t size) {
         };
     };
     const double amount = static_cast<double>(job->input.size() * times);
-    contests.Add({label, amount, Contest::GigabytesPerSecond,
-                  {{"ours", repeat(&Job::Ours)}, {"iconv", repeat(&Job::Iconv)}}, kind.iconvGoal});
-    contests.Add({label + " ICU", amount, Contest::GigabytesPerSecond,
-                  {{"ours", repeat(&Job::Ours)}, {"ICU", repeat(&Job::Icu)}}, 0});
+    contests.Add({label,
+                  amount,
+                  Contest::GigabytesPerSecond,
+                  {{"ours", repeat(&Job::Ours)}, {"iconv", repeat(&Job::Iconv)}},
+                  kind.iconvGoal});
+    contests.Add({label + " ICU",
+                  amount,
+                  Contest::GigabytesPerSecond,
+                  {{"ours", repeat(&Job::Ours)}, {"ICU", repeat(&Job::Icu)}},
+                  0});
     if (kind.copyGoal > 0)
-        contests.Add({label + " copy", amount, Contest::GigabytesPerSecond,
-                      {{"ours", repeat(&Job::Ours)}, {"memcpy", repeat(&Job::Copy)}}, kind.copyGoal});
+        contests.Add({label + " copy",
+                      amount,
+                      Contest::GigabytesPerSecond,
+                      {{"ours", repeat(&Job::Ours)}, {"memcpy", repeat(&Job::Copy)}},
+                      kind.copyGoal});
 }
 
 } // namespace
@@ -113,22 +122,29 @@ void Add(Contests& contests, const Case& kind, std::size_t size) {
 int main(int argc, char** argv) {
     const std::u16string plain =
         u"The price of the sample is 12.50 per piece, delivery within three weeks of order.\r\n";
-    const std::u16string western =
-        u"Zw\u00F6lf Boxk\u00E4mpfer jagen V\u00EDktor quer \u00FCber den gro\u00DFen Sylter Deich. "
-        u"Die Pr\u00FCfung der Lieferung erfolgt sp\u00E4testens am n\u00E4chsten Tag nach dem Eingang.\n";
+    const std::u16string western = u"Zw\u00F6lf Boxk\u00E4mpfer jagen V\u00EDktor quer \u00FCber "
+                                   u"den gro\u00DFen Sylter Deich. "
+                                   u"Die Pr\u00FCfung der Lieferung erfolgt sp\u00E4testens am "
+                                   u"n\u00E4chsten Tag nach dem Eingang.\n";
     const std::u16string japanese =
-        u"\u3044\u308D\u306F\u306B\u307B\u3078\u3068\u3001\u65E5\u672C\u8A9E\u306E\u6587\u5B57\u5217"
+        u"\u3044\u308D\u306F\u306B\u307B\u3078\u3068\u3001\u65E5\u672C\u8A9E\u306E\u6587\u5B57"
+        u"\u5217"
         u"\u3092\u8868\u793A\u3059\u308B DB2 \u306E\u8868\u540D\u306F\u300CORDERS\u300D\u3067\u3059"
         u"\u3002\r\n";
     const Case cases[] = {
         {"37 to 1252", 37, 1252, "CP037", "CP1252", "ibm-37", "windows-1252", plain, 15, 0.85},
-        {"1252 to UTF-8 plain", 1252, 1208, "CP1252", "UTF-8", "windows-1252", "UTF-8", plain, 10, 0},
-        {"1252 to UTF-8 western", 1252, 1208, "CP1252", "UTF-8", "windows-1252", "UTF-8", western, 10, 0},
-        {"UTF-8 to 1252 plain", 1208, 1252, "UTF-8", "CP1252", "UTF-8", "windows-1252", plain, 8, 0},
-        {"UTF-8 to 1252 western", 1208, 1252, "UTF-8", "CP1252", "UTF-8", "windows-1252", western, 8, 0},
+        {"1252 to UTF-8 plain", 1252, 1208, "CP1252", "UTF-8", "windows-1252", "UTF-8", plain, 10,
+         0},
+        {"1252 to UTF-8 western", 1252, 1208, "CP1252", "UTF-8", "windows-1252", "UTF-8", western,
+         10, 0},
+        {"UTF-8 to 1252 plain", 1208, 1252, "UTF-8", "CP1252", "UTF-8", "windows-1252", plain, 8,
+         0},
+        {"UTF-8 to 1252 western", 1208, 1252, "UTF-8", "CP1252", "UTF-8", "windows-1252", western,
+         8, 0},
         {"37 to UTF-8 western", 37, 1208, "CP037", "UTF-8", "ibm-37", "UTF-8", western, 0, 0},
         {"UTF-8 to 37 western", 1208, 37, "UTF-8", "CP037", "UTF-8", "ibm-37", western, 0, 0},
-        {"932 to UTF-16", 932, 1202, "CP932", "UTF-16LE", "windows-932", "UTF-16LE", japanese, 2.5, 0},
+        {"932 to UTF-16", 932, 1202, "CP932", "UTF-16LE", "windows-932", "UTF-16LE", japanese, 2.5,
+         0},
         {"932 to UTF-8", 932, 1208, "CP932", "UTF-8", "windows-932", "UTF-8", japanese, 0, 0},
     };
     Contests contests;

@@ -4,4 +4,5 @@
 #include "vnbytstr/ByteStore.h"
 #include "vnbytstr/ByteStream.h"
 #include "vnbytstr/CacheException.h"
+#include "vnbytstr/OutputStreamWriter.h"
 #include "vnbytstr/TempFileName.h"
