@@ -16,8 +16,8 @@ namespace vnbytstr::bench {
 /// One who does the work; the first of a contest is ours.
 struct Contender {
     std::string name;
-    std::function<void()> work;           ///< the timed part
-    std::function<void()> prepare = {};   ///< before each round, not timed
+    std::function<void()> work;         ///< the timed part
+    std::function<void()> prepare = {}; ///< before each round, not timed
     std::vector<double> seconds = {};
 };
 
@@ -37,10 +37,13 @@ public:
     int Run(int argc, char** argv) {
         benchmark::Initialize(&argc, argv);
         for (Contest& contest : m_contests)
-            benchmark::RegisterBenchmark(contest.name.c_str(), [&contest](benchmark::State& state) {
-                for (auto _ : state)
-                    Round(contest);
-            })->Iterations(contest.rounds)->Unit(benchmark::kMillisecond);
+            benchmark::RegisterBenchmark(contest.name.c_str(),
+                                         [&contest](benchmark::State& state) {
+                                             for (auto _ : state)
+                                                 Round(contest);
+                                         })
+                ->Iterations(contest.rounds)
+                ->Unit(benchmark::kMillisecond);
         benchmark::RunSpecifiedBenchmarks();
         std::printf("\n");
         for (Contest& contest : m_contests)

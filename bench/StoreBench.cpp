@@ -188,8 +188,7 @@ void AddResident(Contests& contests) {
     contests.Add({"GetByte in sequence",
                   static_cast<double>(kSize) * 20,
                   Contest::Nanoseconds,
-                  {{"CByteStore",
-                    [] {
+                  {{"CByteStore", [] {
                         DWORD sum = 0;
                         for (int turn = 0; turn < 20; ++turn)
                             for (DWORD i = 0; i < kSize; ++i)

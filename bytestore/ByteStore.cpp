@@ -2,18 +2,22 @@
 //
 // Invariants, checked by CheckInvariants in debug builds after every change:
 //  1. m_dwStart <= m_dwLength.
-//  2. The pages in m_arrPages, in order of creation, have distinct numbers, and no more of them exist
+//  2. The pages in m_arrPages, in order of creation, have distinct numbers, and no more of them
+//  exist
 //     than m_nMaxPages (one new page at least).
-//  3. m_arrLoaded[n] is the page in m_arrPages with the number n and m_bMustRead clear, or null when
-//     there is none. A page with m_bMustRead set is one whose reading failed; it is read again on the
-//     next access.
+//  3. m_arrLoaded[n] is the page in m_arrPages with the number n and m_bMustRead clear, or null
+//  when
+//     there is none. A page with m_bMustRead set is one whose reading failed; it is read again on
+//     the next access.
 //  4. m_arrLoaded covers every page below the length.
-//  5. m_arrOnFile[n] tells that the swap file holds bytes of page n, or will once m_pPending has been
-//     written; m_dwPagesOnFile counts them; there are none while the swap file is closed. m_pPending is
-//     written before anything else is.
+//  5. m_arrOnFile[n] tells that the swap file holds bytes of page n, or will once m_pPending has
+//  been
+//     written; m_dwPagesOnFile counts them; there are none while the swap file is closed.
+//     m_pPending is written before anything else is.
 //  6. A byte of the valid range that was ever stored is in its resident page; when the page is not
 //     resident, in m_pPending; when it is not there either, in the swap file.
-//  7. A resident page with m_bMustWrite clear equals its place in m_pPending or else in the swap file.
+//  7. A resident page with m_bMustWrite clear equals its place in m_pPending or else in the swap
+//  file.
 
 #include "bytestore/ByteStoreInternal.h"
 
@@ -32,8 +36,8 @@ constexpr DWORD kPageSize = CBytePage::m_dwPageSize;
 
 CByteStore::CByteStore() { Init(); }
 
-// A constructor that ends in an exception runs no destructor of its own, so the content is filled in by
-// a store that is complete already.
+// A constructor that ends in an exception runs no destructor of its own, so the content is filled
+// in by a store that is complete already.
 CByteStore::CByteStore(CByteStore& source) : CByteStore() {
     m_nMaxPages = source.m_nMaxPages;
     CopyFrom(0, source, 0, 0);
@@ -41,9 +45,7 @@ CByteStore::CByteStore(CByteStore& source) : CByteStore() {
 
 CByteStore::CByteStore(CByteStream& source) : CByteStore() { CopyFrom(0, source, 0, 0); }
 
-CByteStore::CByteStore(const BYTE* bytes, DWORD count) : CByteStore() {
-    CopyFrom(0, bytes, count);
-}
+CByteStore::CByteStore(const BYTE* bytes, DWORD count) : CByteStore() { CopyFrom(0, bytes, count); }
 
 CByteStore::CByteStore(const char* hex) : CByteStore() { CopyFromHex(0, hex); }
 
@@ -163,9 +165,7 @@ void CByteStore::ConcatWord(WORD value) {
     Concat(bytes.data(), 2);
 }
 
-void CByteStore::Concat(CByteStore& source) {
-    CopyFrom(m_dwLength, source, 0, source.m_dwLength);
-}
+void CByteStore::Concat(CByteStore& source) { CopyFrom(m_dwLength, source, 0, source.m_dwLength); }
 
 void CByteStore::Concat(const CByteStream& source) {
     CopyFrom(m_dwLength, source, 0, source.GetLength());
@@ -277,7 +277,8 @@ void CByteStore::CheckInvariants() const {
             ++loaded;
         }
     }
-    // Walking the whole table every time would make debug builds quadratic; it is short for most tests.
+    // Walking the whole table every time would make debug builds quadratic; it is short for most
+    // tests.
     if (m_arrLoaded.size() <= 64) {
         assert(static_cast<std::size_t>(std::count_if(m_arrLoaded.begin(), m_arrLoaded.end(),
                                                       [](const CBytePage* p) { return p; })) ==

@@ -76,8 +76,8 @@ void CByteStore::CopyFrom(DWORD index, CByteStore& source, DWORD sourceIndex, DW
     guard.Keep();
 }
 
-/// Copies within the store to a higher place that overlaps the source: from the end, so that no byte is
-/// overwritten before it has been copied.
+/// Copies within the store to a higher place that overlaps the source: from the end, so that no
+/// byte is overwritten before it has been copied.
 void CByteStore::CopyUpWithin(DWORD index, DWORD sourceIndex, DWORD count) {
     LengthGuard guard(*this);
     ExtendTo(index + count);
@@ -131,8 +131,7 @@ void CByteStore::CopyTo(DWORD index, CByteStream& destination, DWORD destination
     destination.CopyFrom(destinationIndex, *this, index, count);
 }
 
-void CByteStore::CopyTo(DWORD index, CByteStore& destination, DWORD destinationIndex,
-                        DWORD count) {
+void CByteStore::CopyTo(DWORD index, CByteStore& destination, DWORD destinationIndex, DWORD count) {
     destination.CopyFrom(destinationIndex, *this, index, count);
 }
 

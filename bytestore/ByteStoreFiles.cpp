@@ -56,7 +56,8 @@ void CByteStore::CloseImage() noexcept {
         if (m_bAutoDelete)
             System::Current().RemoveFile(m_strFileName); // while it is locked, so nobody else does
         else if (wasOpen)
-            System::Current().ReleaseScratch(m_file.m_hFile); // kept on purpose: not to be swept away
+            System::Current().ReleaseScratch(
+                m_file.m_hFile); // kept on purpose: not to be swept away
     }
     if (wasOpen)
         m_file.Abort();
@@ -74,6 +75,7 @@ void CByteStore::Flush(int fromCurrent) {
         CreateSwapFile();
     WritePending();
     std::vector<CBytePage*> pages;
+    pages.reserve(GetResidentPageCount());
     for (int i = 0; i < m_arrPages.GetSize(); ++i)
         pages.push_back(static_cast<CBytePage*>(m_arrPages[i]));
     std::sort(pages.begin(), pages.end(), [](const CBytePage* a, const CBytePage* b) {
@@ -101,8 +103,8 @@ void CByteStore::Flush(int fromCurrent) {
         WriteShiftedFlush();
 }
 
-/// Puts the shifted image under the swap file's name. The store's own image must not be written over,
-/// so it goes on living in the open file, which has no name from then on.
+/// Puts the shifted image under the swap file's name. The store's own image must not be written
+/// over, so it goes on living in the open file, which has no name from then on.
 void CByteStore::WriteShiftedFlush() {
     CString name;
     GenerateTempFileName(name, vnbytstr::detail::kShiftedPrefix, nullptr);
@@ -126,7 +128,8 @@ void CByteStore::WriteShiftedImage(CFile& file, DWORD shift) {
         const BOOL mustWrite = page->GetMustWrite();
         page->SetMustWrite(TRUE);
         try {
-            page->SwapOut(file, static_cast<DWORD>(std::min<ULONGLONG>(m_dwLength - begin, kPageSize)),
+            page->SwapOut(file,
+                          static_cast<DWORD>(std::min<ULONGLONG>(m_dwLength - begin, kPageSize)),
                           shift);
         } catch (CException*) {
             page->SetMustWrite(mustWrite);

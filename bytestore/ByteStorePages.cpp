@@ -192,8 +192,8 @@ void CByteStore::WriteVictim(CBytePage* page) {
         return;
     if (!m_pPending)
         m_pPending = std::make_unique<vnbytstr::detail::WriteBehind>();
-    if (m_pPending->IsFull() ||
-        (!m_pPending->IsEmpty() && number != m_pPending->FirstPage() + m_pPending->Buffers().size()))
+    if (m_pPending->IsFull() || (!m_pPending->IsEmpty() &&
+                                 number != m_pPending->FirstPage() + m_pPending->Buffers().size()))
         WritePending();
     if (m_pPending->Take(number, page->m_pData))
         page->SetMustWrite(FALSE);
@@ -216,8 +216,9 @@ void CByteStore::WritePending() {
     m_pPending->Clear();
 }
 
-/// Writes a page and the unwritten pages that follow it without a gap in one go. False, with nothing
-/// changed but perhaps bytes in the file that are written again later, when there are none or that fails.
+/// Writes a page and the unwritten pages that follow it without a gap in one go. False, with
+/// nothing changed but perhaps bytes in the file that are written again later, when there are none
+/// or that fails.
 bool CByteStore::WriteRun(CBytePage* first) {
     std::array<std::span<const BYTE>, kRunPages> buffers;
     const DWORD number = first->GetPageNum();

@@ -131,7 +131,8 @@ void CByteStore::CopyFromHex(DWORD index, const CString& text) {
 }
 
 void CByteStore::CheckHexRoom(ULONGLONG digits, DWORD size) {
-    constexpr DWORD kTooMany = 0x80000000; // a text of the framework has at most 2^31 - 1 characters
+    constexpr DWORD kTooMany =
+        0x80000000; // a text of the framework has at most 2^31 - 1 characters
     if (digits >= kTooMany || size >= kTooMany || (size != 0 && size < digits))
         throw new CCacheException(CCacheException::kOutOfRange);
 }

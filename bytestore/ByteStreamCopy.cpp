@@ -96,8 +96,7 @@ void CByteStream::CopyWithin(DWORD index, const BYTE* bytes, DWORD count) {
     m_dwLength = std::max(m_dwLength, index + count);
 }
 
-void CByteStream::CopyFrom(DWORD index, const CByteStream& source, DWORD sourceIndex,
-                           DWORD count) {
+void CByteStream::CopyFrom(DWORD index, const CByteStream& source, DWORD sourceIndex, DWORD count) {
     if (source.m_pStore) {
         CopyFrom(index, *source.m_pStore, sourceIndex, count);
         return;

@@ -7,8 +7,7 @@
 /// Gives the content the length back that it had when the guard was made, unless Keep was called.
 class CByteStream::LengthGuard {
 public:
-    explicit LengthGuard(CByteStream& stream)
-        : m_stream(stream), m_dwLength(stream.GetLength()) {}
+    explicit LengthGuard(CByteStream& stream) : m_stream(stream), m_dwLength(stream.GetLength()) {}
     ~LengthGuard() {
         if (m_bKept)
             return;

@@ -15,11 +15,13 @@ BOOL CCacheException::GetErrorMessage(char* buffer, UINT size, UINT* helpContext
                "temporary folder.";
         break;
     case kShortRead:
-        text = "Bytes could not be read back from the swap file, or a pointer to bytes that are not "
-               "in memory was asked for. Check that nothing cut or removed the temporary file.";
+        text =
+            "Bytes could not be read back from the swap file, or a pointer to bytes that are not "
+            "in memory was asked for. Check that nothing cut or removed the temporary file.";
         break;
     case kReadOnly:
-        text = "The bytes lie in a buffer that may not be written or may not grow. Copy them first.";
+        text =
+            "The bytes lie in a buffer that may not be written or may not grow. Copy them first.";
         break;
     case kWriteFailed:
         text = "Bytes could not be written to the swap file. Make room on the disk that holds the "

@@ -53,8 +53,8 @@ bool CByteStore::TranslateRange(SliceTranslator& translator, DWORD index, DWORD 
     while (count > 0) {
         DWORD number, position;
         GetPageNumFromIndex(index, number, position);
-        const DWORD taken = std::min(
-            {count, CBytePage::m_dwPageSize - position, SliceTranslator::kSlice});
+        const DWORD taken =
+            std::min({count, CBytePage::m_dwPageSize - position, SliceTranslator::kSlice});
         // `take` may use this store's pages, but only after the slice has been read.
         const BYTE* slice = GetPageFromPageNum(number)->GetData() + position;
         if (!translator.Pass(slice, taken, false, take))
@@ -77,9 +77,9 @@ int CByteStore::TranslateCCSID(WORD from, WORD to, CByteStore& destination,
     SliceTranslator translator(from, to);
     if (!translator.IsValid())
         return 0;
-    const bool done = TranslateRange(
-        translator, m_dwStart, m_dwLength - m_dwStart,
-        [&](const BYTE* bytes, DWORD count) { destination.Concat(bytes, count); });
+    const bool done =
+        TranslateRange(translator, m_dwStart, m_dwLength - m_dwStart,
+                       [&](const BYTE* bytes, DWORD count) { destination.Concat(bytes, count); });
     translator.Report(report);
     return done ? 1 : 0;
 }
@@ -93,9 +93,8 @@ int CByteStore::TranslateCCSID(DWORD index, DWORD count, BYTE* out, DWORD* outLe
     SliceTranslator translator(from, to);
     BufferTaker taker(out, *outLength);
     const bool done = translator.IsValid() &&
-                      TranslateRange(translator, index, count, [&](const BYTE* bytes, DWORD size) {
-                          taker(bytes, size);
-                      });
+                      TranslateRange(translator, index, count,
+                                     [&](const BYTE* bytes, DWORD size) { taker(bytes, size); });
     if (translator.IsValid())
         translator.Report(report);
     return done ? Deliver(taker.Total(), outLength) : Fail(outLength);
@@ -140,9 +139,9 @@ int CByteStream::TranslateCCSID(WORD from, WORD to, CByteStream& destination,
     SliceTranslator translator(from, to);
     if (!translator.IsValid())
         return 0;
-    const bool done = TranslateRange(
-        translator, GetStart(), GetLength() - GetStart(),
-        [&](const BYTE* bytes, DWORD count) { destination.Concat(bytes, count); });
+    const bool done =
+        TranslateRange(translator, GetStart(), GetLength() - GetStart(),
+                       [&](const BYTE* bytes, DWORD count) { destination.Concat(bytes, count); });
     translator.Report(report);
     return done ? 1 : 0;
 }
@@ -156,8 +155,8 @@ int CByteStream::TranslateCCSID(WORD from, WORD to, STranslationReport* report) 
     return 1;
 }
 
-/// The content becomes that of `other`, a stream with a block or store of its own that is not needed
-/// any more.
+/// The content becomes that of `other`, a stream with a block or store of its own that is not
+/// needed any more.
 void CByteStream::TakeContent(CByteStream& other) {
     if (m_nBufferMode == kWritable) {
         if (other.GetLength() > m_dwAllocated)
@@ -187,9 +186,8 @@ int CByteStream::TranslateCCSID(DWORD index, DWORD count, BYTE* out, DWORD* outL
     SliceTranslator translator(from, to);
     BufferTaker taker(out, *outLength);
     const bool done = translator.IsValid() &&
-                      TranslateRange(translator, index, count, [&](const BYTE* bytes, DWORD size) {
-                          taker(bytes, size);
-                      });
+                      TranslateRange(translator, index, count,
+                                     [&](const BYTE* bytes, DWORD size) { taker(bytes, size); });
     if (translator.IsValid())
         translator.Report(report);
     return done ? Deliver(taker.Total(), outLength) : Fail(outLength);

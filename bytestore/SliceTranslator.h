@@ -18,8 +18,8 @@ public:
     /// False when the pair cannot be translated.
     bool IsValid() const { return m_translation != nullptr; }
 
-    /// Translates `count` bytes; `last` says that the text ends with them. `take(bytes, count)` gets
-    /// every piece of output. False when the translation fails.
+    /// Translates `count` bytes; `last` says that the text ends with them. `take(bytes, count)`
+    /// gets every piece of output. False when the translation fails.
     template <class Take>
     bool Pass(const BYTE* bytes, DWORD count, bool last, Take take) {
         for (;;) {

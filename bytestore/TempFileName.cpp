@@ -23,6 +23,4 @@ void GenerateTempFileName(CString& out, const char* prefix, const char* extensio
 
 void GenerateLOBFileName(CString& out) { GenerateTempFileName(out, nullptr, "lob"); }
 
-void GetTemporaryPath(CString& out) {
-    out = System::Current().GetTemporaryFolder().c_str();
-}
+void GetTemporaryPath(CString& out) { out = System::Current().GetTemporaryFolder().c_str(); }

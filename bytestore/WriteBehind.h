@@ -8,9 +8,9 @@
 
 namespace vnbytstr::detail {
 
-/// A short run of consecutive pages that have left a store's cache but are not in its file yet. Knows
-/// nothing of files. While the clock stands still the cache lets pages go one by one in the order in
-/// which they came, and without this each would be a write of its own.
+/// A short run of consecutive pages that have left a store's cache but are not in its file yet.
+/// Knows nothing of files. While the clock stands still the cache lets pages go one by one in the
+/// order in which they came, and without this each would be a write of its own.
 class WriteBehind {
 public:
     /// 256 KiB at once is where the system call stops mattering.
@@ -29,9 +29,9 @@ public:
     /// The bytes of a page that waits here; null when it does not.
     const BYTE* Find(DWORD number) const noexcept;
 
-    /// Takes the buffer of page `number` and puts another, of undefined content, in its place. False,
-    /// with nothing changed, when the page does not follow the run, the run is full, or there is no
-    /// memory for the other buffer.
+    /// Takes the buffer of page `number` and puts another, of undefined content, in its place.
+    /// False, with nothing changed, when the page does not follow the run, the run is full, or
+    /// there is no memory for the other buffer.
     bool Take(DWORD number, BYTE*& buffer) noexcept;
     /// All have been written, or are not wanted any more.
     void Clear() noexcept { m_count = 0; }

@@ -19,15 +19,15 @@ struct STranslationReport;
 namespace vnbytstr::detail {
 class SliceTranslator;
 class WriteBehind;
-}
+} // namespace vnbytstr::detail
 
 /// One resident page of a store.
 class VNBYTSTR_API CBytePage : public CObject {
 public:
     static constexpr DWORD m_dwPageSize = 0x8000; ///< bytes in a page
 
-    /// Page 0, access time 0, to be read and to be written. The buffer's bytes are undefined. Throws
-    /// CCacheException(6) when there is no memory for it.
+    /// Page 0, access time 0, to be read and to be written. The buffer's bytes are undefined.
+    /// Throws CCacheException(6) when there is no memory for it.
     CBytePage();
     ~CBytePage() override;
 
@@ -46,13 +46,15 @@ public:
     DWORD GetLastAccessTime() const { return m_dwLastAccess; }
 
     /// Writes the first `count` bytes (0: all) to the page's place in `file` when the page is to be
-    /// written, then clears that mark. The place is the page's index less `shift`; a page that begins
-    /// below `shift` keeps its place and is cut by `shift` bytes at its end. Throws CCacheException:
-    /// 1 when the seek lands elsewhere, 4 when the write fails; the mark then stays.
+    /// written, then clears that mark. The place is the page's index less `shift`; a page that
+    /// begins below `shift` keeps its place and is cut by `shift` bytes at its end. Throws
+    /// CCacheException: 1 when the seek lands elsewhere, 4 when the write fails; the mark then
+    /// stays.
     void SwapOut(CFile& file, DWORD count, DWORD shift);
-    /// Makes this page `number` and, when it is to be read, reads it from its place in `file`; what lies
-    /// past the end of the file is zero. Throws CCacheException: 1 when the seek lands elsewhere, 2 when
-    /// fewer bytes come than the file should have; the page then stays to be read.
+    /// Makes this page `number` and, when it is to be read, reads it from its place in `file`; what
+    /// lies past the end of the file is zero. Throws CCacheException: 1 when the seek lands
+    /// elsewhere, 2 when fewer bytes come than the file should have; the page then stays to be
+    /// read.
     void SwapIn(CFile& file, DWORD number);
 
 private:
@@ -67,28 +69,30 @@ private:
     DWORD m_dwRead = 0; ///< bytes that the last SwapIn found in the file
 };
 
-/// Byte sequence in pages of 32768 bytes. At most GetTargetMaxPages() pages stay in memory; the least
-/// recently used ones go to a swap file in the temporary folder, made when the first page has to leave.
-/// Indexes count bytes from 0. All multi-byte values are big-endian.
+/// Byte sequence in pages of 32768 bytes. At most GetTargetMaxPages() pages stay in memory; the
+/// least recently used ones go to a swap file in the temporary folder, made when the first page has
+/// to leave. Indexes count bytes from 0. All multi-byte values are big-endian.
 ///
 /// The valid range is [start, length): `start` moves up when bytes are discarded.
 ///
 /// Threads: one at a time.
 ///
-/// Exceptions: CCacheException (see there), CFileException when the swap file or a target file cannot be
-/// opened, renamed or synced. After one the store has the length it had before the call, every byte it
-/// held outside the range that the call was to change, and can be used on: once the disk has room again,
-/// the same call succeeds. (A failed Shift or overwriting copy may have moved part of its bytes.)
+/// Exceptions: CCacheException (see there), CFileException when the swap file or a target file
+/// cannot be opened, renamed or synced. After one the store has the length it had before the call,
+/// every byte it held outside the range that the call was to change, and can be used on: once the
+/// disk has room again, the same call succeeds. (A failed Shift or overwriting copy may have moved
+/// part of its bytes.)
 ///
 /// Reading past the end: the one- and two-byte forms give zero bytes there. The wider ones throw
-/// CCacheException(0) when they start past the end; one that starts at the end gives 0, and one that runs
-/// past it has zeros for the missing low-order bytes. Bytes below the start, and bytes that were
-/// accounted for by Concat(DWORD) but never stored, are undefined; nothing is read out of bounds.
+/// CCacheException(0) when they start past the end; one that starts at the end gives 0, and one
+/// that runs past it has zeros for the missing low-order bytes. Bytes below the start, and bytes
+/// that were accounted for by Concat(DWORD) but never stored, are undefined; nothing is read out of
+/// bounds.
 ///
 /// Replacement: the page with the smallest access time leaves first, the oldest-made of equals. The
-/// one-byte accessors stamp pages with a tick count that may be up to 64 such accesses old; every other
-/// operation reads the clock. Up to 8 pages that have left are gathered before they are written together,
-/// in 256 KiB beside the cache.
+/// one-byte accessors stamp pages with a tick count that may be up to 64 such accesses old; every
+/// other operation reads the clock. Up to 8 pages that have left are gathered before they are
+/// written together, in 256 KiB beside the cache.
 class VNBYTSTR_API CByteStore : public CObject {
 public:
     static constexpr DWORD kNotFound = 0xFFFFFFFF; ///< Find: the pattern does not occur
@@ -125,8 +129,8 @@ public:
     BOOL GetComplete() const { return m_bComplete; }
     void SetComplete(BOOL complete) { m_bComplete = complete; }
 
-    /// The cursor, where the ...Current... operations read and write. They do not move it, and nothing
-    /// checks it against the length.
+    /// The cursor, where the ...Current... operations read and write. They do not move it, and
+    /// nothing checks it against the length.
     DWORD GetCurrentOffset() const { return m_dwCurrent; }
     DWORD GetCO() const { return m_dwCurrent; }
     void SetCurrentOffset(DWORD index) { m_dwCurrent = index; }
@@ -169,22 +173,23 @@ public:
     void Concat(const CByteStream& source);
     /// Appends hex text, as CopyFromHex reads it.
     void Concat(const char* hex);
-    /// Stores nothing: accounts for `count` bytes that were consumed elsewhere, by adding to both the
-    /// length and the start.
+    /// Stores nothing: accounts for `count` bytes that were consumed elsewhere, by adding to both
+    /// the length and the start.
     void Concat(DWORD count);
 
     // --- copying ---------------------------------------------------------------------------------
-    // In the store and stream forms a count of 0, or one that reaches past the source's end, means up to
-    // the source's end; a source index past its end copies nothing. Source and destination may be the
-    // same object.
+    // In the store and stream forms a count of 0, or one that reaches past the source's end, means
+    // up to the source's end; a source index past its end copies nothing. Source and destination
+    // may be the same object.
 
     /// Writes the source's bytes at `index`, extending the store where they reach past its end.
     void CopyFrom(DWORD index, CByteStore& source, DWORD sourceIndex = 0, DWORD count = 0);
     void CopyFrom(DWORD index, const CByteStream& source, DWORD sourceIndex = 0, DWORD count = 0);
     void CopyFrom(DWORD index, const BYTE* bytes, DWORD count);
-    /// Copies `count` bytes from `index` on; 0, or more than there are, means up to the end. A nonzero
-    /// `size`, the room at `destination`, bounds the copy, and what it leaves of the room is filled with
-    /// zeros; 0 means there is room enough. Cause 0 when the bytes lie outside the valid range.
+    /// Copies `count` bytes from `index` on; 0, or more than there are, means up to the end. A
+    /// nonzero `size`, the room at `destination`, bounds the copy, and what it leaves of the room
+    /// is filled with zeros; 0 means there is room enough. Cause 0 when the bytes lie outside the
+    /// valid range.
     void CopyTo(DWORD index, BYTE* destination, DWORD count, DWORD size);
     /// Copies into another container, at its `destinationIndex`.
     void CopyTo(DWORD index, CByteStream& destination, DWORD destinationIndex = 0, DWORD count = 0);
@@ -200,15 +205,15 @@ public:
         CopyTo(m_dwCurrent, destination, destinationIndex, count);
     }
 
-    /// Appends the bytes that hex text stands for; `index` is ignored. Pairs of digits, any case, with
-    /// blanks allowed before a pair; the first other character ends the text, and a lone first digit is
-    /// dropped.
+    /// Appends the bytes that hex text stands for; `index` is ignored. Pairs of digits, any case,
+    /// with blanks allowed before a pair; the first other character ends the text, and a lone first
+    /// digit is dropped.
     void CopyFromHex(DWORD index, const char* text);
     void CopyFromHex(DWORD index, const CString& text);
-    /// Writes two upper-case digits for each of `count` bytes (0, or too many: up to the end), and a NUL
-    /// where `size` leaves room. `size` is the room in characters, 0 when there is enough. Cause 0 when
-    /// the bytes lie outside the valid range, when the digits do not fit, or when they or `size` are
-    /// 0x80000000 or more.
+    /// Writes two upper-case digits for each of `count` bytes (0, or too many: up to the end), and
+    /// a NUL where `size` leaves room. `size` is the room in characters, 0 when there is enough.
+    /// Cause 0 when the bytes lie outside the valid range, when the digits do not fit, or when they
+    /// or `size` are 0x80000000 or more.
     void CopyToHex(DWORD index, char* destination, DWORD count, DWORD size);
     /// The same into a string of just the digits.
     void CopyToHex(DWORD index, CString& destination, DWORD count);
@@ -220,9 +225,9 @@ public:
     CByteStream Left(DWORD count);
     CByteStream Right(DWORD count);
 
-    /// Index of the first occurrence of `pattern` at or after `start` (and not below the store's own
-    /// start), or kNotFound. An empty pattern is found where the search starts. The time is linear for
-    /// patterns of up to 65536 bytes, whatever they are.
+    /// Index of the first occurrence of `pattern` at or after `start` (and not below the store's
+    /// own start), or kNotFound. An empty pattern is found where the search starts. The time is
+    /// linear for patterns of up to 65536 bytes, whatever they are.
     DWORD Find(const CByteStream& pattern, DWORD start = 0);
 
     /// Same length and same bytes (those that both sides still hold).
@@ -234,9 +239,9 @@ public:
     BOOL operator!=(const char* hex) { return !(*this == hex); }
 
     // --- moving and discarding -------------------------------------------------------------------
-    /// Moves the bytes from `from` to the end down to `to` (to <= from; anything else does nothing) and
-    /// shortens the store by the difference. A cursor at or beyond `from` moves along; one between the
-    /// two becomes `to`.
+    /// Moves the bytes from `from` to the end down to `to` (to <= from; anything else does nothing)
+    /// and shortens the store by the difference. A cursor at or beyond `from` moves along; one
+    /// between the two becomes `to`.
     void Shift(DWORD to, DWORD from);
     /// Drops the bytes between the start and the cursor; the cursor becomes the start.
     void ShiftCurrent();
@@ -244,22 +249,24 @@ public:
     void DiscardUpTo(DWORD index);
 
     // --- the whole store -------------------------------------------------------------------------
-    /// Drops the content, closes the swap file, and deletes it when auto-delete is on. Never throws.
+    /// Drops the content, closes the swap file, and deletes it when auto-delete is on. Never
+    /// throws.
     void Empty();
-    /// Writes what is in memory to the swap file (made if needed), which then is an image of the store:
-    /// byte i at position i, nothing behind the end. With `fromCurrent`, the file under GetFileName() is
-    /// the shifted image of CopyToFile instead; the store keeps its own.
+    /// Writes what is in memory to the swap file (made if needed), which then is an image of the
+    /// store: byte i at position i, nothing behind the end. With `fromCurrent`, the file under
+    /// GetFileName() is the shifted image of CopyToFile instead; the store keeps its own.
     void Flush(int fromCurrent = 0);
     /// Makes the content the file `name`, in place of any that is there, and empties the store. On
     /// failure (CFileException) the store has its content still and an old `name` is as it was.
     void SaveToFile(const char* name, int fromCurrent = 0);
-    /// Writes the content to the file `name`; the store keeps it. On failure an old `name` is as it was.
-    /// With `fromCurrent` every page is placed lower by the cursor's offset, by the rule of
+    /// Writes the content to the file `name`; the store keeps it. On failure an old `name` is as it
+    /// was. With `fromCurrent` every page is placed lower by the cursor's offset, by the rule of
     /// CBytePage::SwapOut: the page that straddles the cursor is cut at its end.
     void CopyToFile(const char* name, int fromCurrent = 0);
-    /// Empties the store and opens an existing file as its content (and swap file: changes go to it).
-    /// With auto-delete on, as it is by default, the next Empty or the destructor deletes the file.
-    /// CFileException when it cannot be opened for reading and writing; cause 6 when it is too long.
+    /// Empties the store and opens an existing file as its content (and swap file: changes go to
+    /// it). With auto-delete on, as it is by default, the next Empty or the destructor deletes the
+    /// file. CFileException when it cannot be opened for reading and writing; cause 6 when it is
+    /// too long.
     void SetFileName(const char* name);
     /// Name of the swap file, of the last one after Empty, "" before the first.
     const char* GetFileName() const { return m_strFileName; }
@@ -270,16 +277,16 @@ public:
 
     // --- translation -----------------------------------------------------------------------------
     // From the start to the end. Characters that the target lacks are substituted (see
-    // platform/companion/Ccsid.h); `report`, when not null, tells how many and where the first was. A
-    // character may lie across pages.
+    // platform/companion/Ccsid.h); `report`, when not null, tells how many and where the first was.
+    // A character may lie across pages.
 
-    /// Translates the whole content from one coded character set to another into `destination`, which is
-    /// emptied first. 1, or 0 when the pair cannot be translated.
+    /// Translates the whole content from one coded character set to another into `destination`,
+    /// which is emptied first. 1, or 0 when the pair cannot be translated.
     int TranslateCCSID(WORD from, WORD to, CByteStore& destination,
                        STranslationReport* report = nullptr);
-    /// Translates a range (count 0, or too long: up to the end) into `out`; `*outLength` is its room in
-    /// bytes before and the bytes written after. 0 when it does not fit (`*outLength` is then the room
-    /// needed) or cannot be translated (0).
+    /// Translates a range (count 0, or too long: up to the end) into `out`; `*outLength` is its
+    /// room in bytes before and the bytes written after. 0 when it does not fit (`*outLength` is
+    /// then the room needed) or cannot be translated (0).
     int TranslateCCSID(DWORD index, DWORD count, BYTE* out, DWORD* outLength, WORD from, WORD to,
                        STranslationReport* report = nullptr);
     int TranslateCCSID(BYTE* out, DWORD* outLength, WORD from, WORD to,
@@ -287,8 +294,8 @@ public:
     /// The content as text of the native coded character set.
     int TranslateCCSID(WORD from, CString& text, STranslationReport* report = nullptr);
 
-    /// Most pages that a store should keep in memory: "MaxCachePages" under "Options" (64 by default)
-    /// times the percentage of memory that is free, at least 16.
+    /// Most pages that a store should keep in memory: "MaxCachePages" under "Options" (64 by
+    /// default) times the percentage of memory that is free, at least 16.
     static int GetTargetMaxPages();
 
     /// Pages in memory now, and pages whose bytes the swap file has.
@@ -304,7 +311,8 @@ protected:
     CBytePage* GetPageFromPageNum(DWORD number);
     /// The least recently used page; the first in m_arrPages of equals. Null when none is resident.
     CBytePage* GetPageToDiscard() const;
-    /// That page, written out when it holds retained bytes, for another use. It stays in m_arrPages.
+    /// That page, written out when it holds retained bytes, for another use. It stays in
+    /// m_arrPages.
     CBytePage* SwapOutAPage();
     void CreateSwapFile();
     /// Appends zeros until the length is at least `length`.
@@ -377,15 +385,17 @@ private:
     CFile m_file;
     BOOL m_bAutoDelete;
 
-    std::vector<CBytePage*> m_arrLoaded; ///< by page number: the resident page with valid bytes, or null
-    std::vector<bool> m_arrOnFile;       ///< by page number: the swap file has bytes of it
+    std::vector<CBytePage*>
+        m_arrLoaded;               ///< by page number: the resident page with valid bytes, or null
+    std::vector<bool> m_arrOnFile; ///< by page number: the swap file has bytes of it
     DWORD m_dwPagesOnFile;
-    std::unique_ptr<vnbytstr::detail::WriteBehind> m_pPending; ///< made with the first page that leaves
+    std::unique_ptr<vnbytstr::detail::WriteBehind>
+        m_pPending;          ///< made with the first page that leaves
     ULONGLONG m_ullImageEnd; ///< where the bytes written to the swap file end
-    DWORD m_dwTouches;     ///< one-byte accesses until the clock is read again
-    bool m_bNameIsOurs;    ///< a file under m_strFileName is this store's to delete
-    bool m_bReadFailed;    ///< a page in m_arrPages may be one whose reading failed
-    bool m_bImageHasName;  ///< the open swap file is the one under m_strFileName
+    DWORD m_dwTouches;       ///< one-byte accesses until the clock is read again
+    bool m_bNameIsOurs;      ///< a file under m_strFileName is this store's to delete
+    bool m_bReadFailed;      ///< a page in m_arrPages may be one whose reading failed
+    bool m_bImageHasName;    ///< the open swap file is the one under m_strFileName
 };
 
 inline BYTE* CByteStore::Touch(CBytePage* page) {

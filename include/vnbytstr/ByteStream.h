@@ -1,5 +1,5 @@
-// CByteStream: the library's everyday byte value, in one memory block while it is small, on a caller's
-// buffer, or in a CByteStore once it has grown.
+// CByteStream: the library's everyday byte value, in one memory block while it is small, on a
+// caller's buffer, or in a CByteStore once it has grown.
 #pragma once
 
 #include "platform/framework/Object.h"
@@ -7,18 +7,19 @@
 #include "vnbytstr/ByteStore.h"
 #include "vnbytstr/CacheException.h"
 
-/// Byte sequence of up to 4 GiB - 1 bytes. Content of up to GetMaxSizeInMemory() bytes stays in one heap
-/// block that grows by doubling; beyond that the stream moves it into a CByteStore of its own and goes on
-/// there, once and for good: it stays there when it is emptied. A stream can also be bound to a caller's
-/// buffer, which it neither frees nor grows.
+/// Byte sequence of up to 4 GiB - 1 bytes. Content of up to GetMaxSizeInMemory() bytes stays in one
+/// heap block that grows by doubling; beyond that the stream moves it into a CByteStore of its own
+/// and goes on there, once and for good: it stays there when it is emptied. A stream can also be
+/// bound to a caller's buffer, which it neither frees nor grows.
 ///
-/// Indexes count bytes from 0. All multi-byte values are big-endian. The operations that CByteStore has
-/// too mean the same here, wherever the content lies; see there for ranges, exceptions and what holds
-/// after one. What differs stands with the operation.
+/// Indexes count bytes from 0. All multi-byte values are big-endian. The operations that CByteStore
+/// has too mean the same here, wherever the content lies; see there for ranges, exceptions and what
+/// holds after one. What differs stands with the operation.
 ///
-/// Exceptions: CCacheException with the causes of CByteStore and, of its own, 2 (a pointer to content in
-/// a store was asked for), 3 (the buffer is read-only, or external and full), 4 (ReleaseBuffer of content
-/// in a store), 6 (past 4 GiB - 1); CMemoryException when the block cannot be had.
+/// Exceptions: CCacheException with the causes of CByteStore and, of its own, 2 (a pointer to
+/// content in a store was asked for), 3 (the buffer is read-only, or external and full), 4
+/// (ReleaseBuffer of content in a store), 6 (past 4 GiB - 1); CMemoryException when the block
+/// cannot be had.
 ///
 /// Threads: one at a time.
 class VNBYTSTR_API CByteStream : public CObject {
@@ -40,8 +41,8 @@ public:
     CByteStream& operator=(const char* hex);
 
     // --- binding to a caller's buffer ------------------------------------------------------------
-    /// The stream's content becomes the `length` bytes at `bytes`, not copied, never written. They must
-    /// outlive the binding.
+    /// The stream's content becomes the `length` bytes at `bytes`, not copied, never written. They
+    /// must outlive the binding.
     void SetReadOnlyBuffer(const BYTE* bytes, DWORD length);
     /// The same for bytes that may be written; the content may grow up to `capacity` bytes.
     void SetWritableBuffer(BYTE* bytes, DWORD length, DWORD capacity);
@@ -51,11 +52,12 @@ public:
     /// FALSE once the content lies in a store.
     BOOL IsAllInBuffer() const { return m_pStore == nullptr; }
 
-    // --- the content as memory (cause 2 when it lies in a store) -----------------------------------
+    // --- the content as memory (cause 2 when it lies in a store)
+    // -----------------------------------
     /// Null when the stream never held anything. Valid until the next change.
     operator const BYTE*() const;
-    /// A buffer of at least `size` bytes that begins with the content. To be written up to `size`, then
-    /// released with the new length.
+    /// A buffer of at least `size` bytes that begins with the content. To be written up to `size`,
+    /// then released with the new length.
     BYTE* GetBuffer(DWORD size);
     /// The same, and the length becomes `length`.
     BYTE* GetBufferSetLength(DWORD length);
@@ -66,7 +68,8 @@ public:
     /// Sets the length, at most the buffer's size; 0 keeps it. Cause 4 in a store.
     void ReleaseBuffer(DWORD length = 0);
 
-    // --- size, range, cursor -----------------------------------------------------------------------
+    // --- size, range, cursor
+    // -----------------------------------------------------------------------
     DWORD GetLength() const { return m_pStore ? m_pStore->GetLength() : m_dwLength; }
     void GetRange(DWORD& start, DWORD& end) const;
     BOOL IsByteAvailable(DWORD index) const { return GetStart() <= index && index < GetLength(); }
@@ -82,7 +85,8 @@ public:
     void SkipByte() { Cursor() += 1; }
     void SkipWord() { Cursor() += 2; }
 
-    // --- typed access, big-endian ------------------------------------------------------------------
+    // --- typed access, big-endian
+    // ------------------------------------------------------------------
     BYTE GetByte(DWORD index) const;
     WORD GetWord(DWORD index) const;
     DWORD GetDWord(DWORD index) const;
@@ -95,8 +99,8 @@ public:
     LONGLONG GetCurrentInt48() const { return GetInt48(GetCurrentOffset()); }
     LONGLONG GetCurrentInt64() const { return GetInt64(GetCurrentOffset()); }
 
-    /// On a read-only buffer cause 3, whatever the index. At or past the end the content is extended
-    /// first. When that moves it into a store, the cursor is 0 afterwards.
+    /// On a read-only buffer cause 3, whatever the index. At or past the end the content is
+    /// extended first. When that moves it into a store, the cursor is 0 afterwards.
     void SetByte(DWORD index, BYTE value);
     void SetWord(DWORD index, WORD value);
     void SetDWord(DWORD index, DWORD value);
@@ -108,7 +112,8 @@ public:
     void SetCurrentInt48(LONGLONG value) { SetInt48(GetCurrentOffset(), value); }
     void SetCurrentInt64(LONGLONG value) { SetInt64(GetCurrentOffset(), value); }
 
-    // --- appending ---------------------------------------------------------------------------------
+    // --- appending
+    // ---------------------------------------------------------------------------------
     /// Appending keeps the cursor, also when it moves the content into a store.
     void Concat(const BYTE* bytes, DWORD count) { CopyFrom(GetLength(), bytes, count); }
     void Concat(const CByteStream& source);
@@ -116,14 +121,15 @@ public:
     void Concat(const char* hex) { CopyFromHex(GetLength(), hex); }
     void ConcatByte(BYTE value);
     void ConcatWord(WORD value);
-    /// In memory: adds `count` real bytes, zero in fresh memory, else what the buffer held there. In a
-    /// store: accounts for `count` bytes never held, as CByteStore::Concat(DWORD) does.
+    /// In memory: adds `count` real bytes, zero in fresh memory, else what the buffer held there.
+    /// In a store: accounts for `count` bytes never held, as CByteStore::Concat(DWORD) does.
     void Concat(DWORD count);
     CByteStream& operator+=(const CByteStream& source);
     CByteStream& operator+=(BYTE value);
     CByteStream& operator+=(WORD value);
 
-    // --- copying -----------------------------------------------------------------------------------
+    // --- copying
+    // -----------------------------------------------------------------------------------
     void CopyFrom(DWORD index, const BYTE* bytes, DWORD count);
     void CopyFrom(DWORD index, const CByteStream& source, DWORD sourceIndex = 0, DWORD count = 0);
     void CopyFrom(DWORD index, CByteStore& source, DWORD sourceIndex = 0, DWORD count = 0);
@@ -135,7 +141,8 @@ public:
     void CopyCurrentTo(BYTE* destination, DWORD count, DWORD size) const {
         CopyTo(GetCurrentOffset(), destination, count, size);
     }
-    void CopyCurrentTo(CByteStream& destination, DWORD destinationIndex = 0, DWORD count = 0) const {
+    void CopyCurrentTo(CByteStream& destination, DWORD destinationIndex = 0,
+                       DWORD count = 0) const {
         CopyTo(GetCurrentOffset(), destination, destinationIndex, count);
     }
     void CopyCurrentTo(CByteStore& destination, DWORD destinationIndex = 0, DWORD count = 0) const {
@@ -146,7 +153,8 @@ public:
     void CopyToHex(DWORD index, char* destination, DWORD count, DWORD size) const;
     void CopyToHex(DWORD index, CString& destination, DWORD count) const;
 
-    // --- slices, search, comparison ----------------------------------------------------------------
+    // --- slices, search, comparison
+    // ----------------------------------------------------------------
     CByteStream Mid(DWORD first, DWORD count) const;
     CByteStream Mid(DWORD first) const { return Mid(first, 0xFFFFFFFF); }
     CByteStream Left(DWORD count) const { return Mid(0, count); }
@@ -158,12 +166,14 @@ public:
     BOOL operator!=(const CByteStream& other) const { return !(*this == other); }
     BOOL operator!=(const char* hex) const { return !(*this == hex); }
 
-    // --- moving and discarding ---------------------------------------------------------------------
+    // --- moving and discarding
+    // ---------------------------------------------------------------------
     void Shift(DWORD to, DWORD from);
     void ShiftCurrent();
     void DiscardUpTo(DWORD index);
 
-    // --- the whole stream --------------------------------------------------------------------------
+    // --- the whole stream
+    // --------------------------------------------------------------------------
     /// Length and cursor become 0. With `freeBuffer` a block of the stream's own is freed, and the
     /// complete flag cleared. A store stays attached, empty.
     void Empty(int freeBuffer = 0);
@@ -171,8 +181,8 @@ public:
     void Flush();
     void SaveToFile(const char* name, int fromCurrent = 0);
     void CopyToFile(const char* name, int fromCurrent = 0);
-    /// The content becomes that of an existing file, through a store. See CByteStore::SetFileName for
-    /// what auto-delete then means.
+    /// The content becomes that of an existing file, through a store. See CByteStore::SetFileName
+    /// for what auto-delete then means.
     void SetFileName(const char* name);
     /// The store's swap file; "" in memory.
     const char* GetFileName() const { return m_pStore ? m_pStore->GetFileName() : ""; }
@@ -182,9 +192,10 @@ public:
     /// The first page in a store, the whole buffer in memory.
     BYTE* GetFirstPage();
 
-    // --- translation: as in CByteStore, and in place -------------------------------------------------
-    /// Replaces the content by its translation; the cursor becomes 0. 0, with the content as it was, when
-    /// the pair cannot be translated.
+    // --- translation: as in CByteStore, and in place
+    // -------------------------------------------------
+    /// Replaces the content by its translation; the cursor becomes 0. 0, with the content as it
+    /// was, when the pair cannot be translated.
     int TranslateCCSID(WORD from, WORD to, STranslationReport* report = nullptr);
     int TranslateCCSID(WORD from, WORD to, CByteStream& destination,
                        STranslationReport* report = nullptr) const;
@@ -194,8 +205,8 @@ public:
                        STranslationReport* report = nullptr) const;
     int TranslateCCSID(WORD from, CString& text, STranslationReport* report = nullptr) const;
 
-    /// Most bytes that a stream keeps in its block: "MaxCacheBlock" under "Options" (262144 by default),
-    /// read once per process; a configured 0 is read again on every call.
+    /// Most bytes that a stream keeps in its block: "MaxCacheBlock" under "Options" (262144 by
+    /// default), read once per process; a configured 0 is read again on every call.
     static DWORD GetMaxSizeInMemory();
     static DWORD m_dwMaxSizeInMemory; ///< that limit, 0 until first needed
 

@@ -10,10 +10,12 @@
 /// |---|---|
 /// | 0 | a copy asks for bytes outside the valid range |
 /// | 1 | a seek in the swap file does not land where it should |
-/// | 2 | a page comes back from the swap file short; or, from a stream, a pointer to content that lies
+/// | 2 | a page comes back from the swap file short; or, from a stream, a pointer to content that
+/// lies
 ///       in a store was asked for |
 /// | 3 | a read-only buffer is written, or a caller's buffer must grow |
-/// | 4 | a page cannot be written to the swap file (a full disk); or ReleaseBuffer on content that lies
+/// | 4 | a page cannot be written to the swap file (a full disk); or ReleaseBuffer on content that
+/// lies
 ///       in a store |
 /// | 6 | the length would pass 4 GiB - 1, or a page buffer cannot be allocated |
 class VNBYTSTR_API CCacheException : public CException {

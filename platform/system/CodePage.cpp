@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cassert>
 #include <charconv>
+#include <exception>
 #include <limits>
 #include <map>
 #include <mutex>
@@ -286,7 +287,8 @@ const CodePage& CodePage::Decide() {
             page = Find(65001);
         }
     }
-    assert(page);
+    if (!page)
+        std::terminate();            // an ICU without UTF-8
     const CodePage* first = nullptr; // another thread may have decided meanwhile
     s_ansi.compare_exchange_strong(first, page);
     return first ? *first : *page;

@@ -1,6 +1,7 @@
 // Which variant of the hot kernels runs. Every kernel exists in a plain version, which is always
-// there and is the oracle of the others; the faster ones are chosen at run time by what the processor
-// has. VNBYTSTR_KERNEL=plain|avx2|avx512 in the environment sets an upper bound, once per process.
+// there and is the oracle of the others; the faster ones are chosen at run time by what the
+// processor has. VNBYTSTR_KERNEL=plain|avx2|avx512 in the environment sets an upper bound, once per
+// process.
 #pragma once
 
 #include "../framework/Export.h"
@@ -22,8 +23,8 @@ VNBYTSTR_API Kernel ActiveKernel() noexcept;
 /// The kernels this machine has, Plain first.
 VNBYTSTR_API std::span<const Kernel> AvailableKernels() noexcept;
 
-/// Makes `kernel` the one in use (the best available one when the machine lacks it); returns the one
-/// before. For tests and benchmarks.
+/// Makes `kernel` the one in use (the best available one when the machine lacks it); returns the
+/// one before. For tests and benchmarks.
 VNBYTSTR_API Kernel ForceKernel(Kernel kernel) noexcept;
 
 /// "plain", "avx2" or "avx512".

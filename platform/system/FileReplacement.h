@@ -7,9 +7,9 @@
 
 namespace vnbytstr {
 
-/// The new content goes to a file of another name in the same folder, which takes the target's name at
-/// Commit. What is no plain file (a pipe, a terminal), and a file in a folder that takes no new names,
-/// is written directly. Without Commit nothing is left behind.
+/// The new content goes to a file of another name in the same folder, which takes the target's name
+/// at Commit. What is no plain file (a pipe, a terminal), and a file in a folder that takes no new
+/// names, is written directly. Without Commit nothing is left behind.
 ///
 /// All functions return 0 or a system error number.
 class VNBYTSTR_API FileReplacement {
@@ -23,8 +23,8 @@ public:
     int Open(const char* name);
     /// Where to write; open for reading and writing.
     FileHandle Handle() const { return m_handle; }
-    /// Brings the content to the disk and gives it its name, with the permissions of the file that had
-    /// it before. After a failure the old file is as it was.
+    /// Brings the content to the disk and gives it its name, with the permissions of the file that
+    /// had it before. After a failure the old file is as it was.
     int Commit();
     /// Gives up: closes, and removes what was written.
     void Abandon() noexcept;

@@ -34,8 +34,8 @@ std::uint64_t NumberAfter(std::string_view text, std::string_view key) noexcept 
 DWORD Percent(std::uint64_t used, std::uint64_t total) noexcept {
     if (total == 0)
         return 0;
-    return static_cast<DWORD>(std::min<double>(
-        100.0, static_cast<double>(used) * 100.0 / static_cast<double>(total)));
+    return static_cast<DWORD>(
+        std::min<double>(100.0, static_cast<double>(used) * 100.0 / static_cast<double>(total)));
 }
 
 /// The file's text as it is now, in `buffer`; empty when it cannot be read.

@@ -1,5 +1,5 @@
-// How full the memory is, in percent: of the machine (MemAvailable) or of the control group that the
-// process is confined to, whichever is fuller.
+// How full the memory is, in percent: of the machine (MemAvailable) or of the control group that
+// the process is confined to, whichever is fuller.
 #pragma once
 
 #include "../framework/Types.h"

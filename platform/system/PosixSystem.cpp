@@ -42,8 +42,8 @@ int ErrorOf(Call call) {
     return Retry(call) < 0 ? errno : 0;
 }
 
-/// Positions of the plain files that this system opened, by descriptor, plus 1; 0 where the kernel keeps
-/// the position. Reading and writing at a known position saves a system call for every seek.
+/// Positions of the plain files that this system opened, by descriptor, plus 1; 0 where the kernel
+/// keeps the position. Reading and writing at a known position saves a system call for every seek.
 std::array<std::atomic<std::uint64_t>, 65536> g_positions{};
 
 std::atomic<std::uint64_t>* KnownPosition(FileHandle handle) noexcept {
@@ -263,9 +263,7 @@ int PosixSystem::GetFileStatus(const char* name, FileStatus& status) {
     return 0;
 }
 
-int PosixSystem::RemoveFile(const char* name) {
-    return ::unlink(name) != 0 ? errno : 0;
-}
+int PosixSystem::RemoveFile(const char* name) { return ::unlink(name) != 0 ? errno : 0; }
 
 int PosixSystem::RenameFile(const char* from, const char* to, bool replace) {
     if (replace)

@@ -1,6 +1,6 @@
 // The seam to the operating system. Every call that leaves this library for the system goes through
-// the one System object that is current; PosixSystem is the real one, and a test installs its own to
-// set the clock or the memory load, or to make the n-th call fail.
+// the one System object that is current; PosixSystem is the real one, and a test installs its own
+// to set the clock or the memory load, or to make the n-th call fail.
 //
 // File operations return 0 or a system error number (an errno value); they never throw. Names are
 // byte strings in the file system's own encoding.
@@ -17,8 +17,8 @@
 
 namespace vnbytstr {
 
-/// An open file. A value of the system's own (a descriptor here): files are read, written, moved in and
-/// closed through the system only. kNoFile is never an open one.
+/// An open file. A value of the system's own (a descriptor here): files are read, written, moved in
+/// and closed through the system only. kNoFile is never an open one.
 using FileHandle = std::intptr_t;
 inline constexpr FileHandle kNoFile = -1;
 
@@ -34,7 +34,8 @@ enum OpenFlags : unsigned {
                               ///< and marked as one the sweep of dead processes' files may remove
     kOpenPrivate = 1u << 7,   ///< a new file is for this user alone (mode 0600); never through a
                               ///< symbolic link
-    kOpenInherit = 1u << 6,   ///< child processes inherit the handle (the default is that they do not)
+    kOpenInherit =
+        1u << 6, ///< child processes inherit the handle (the default is that they do not)
 };
 
 enum class SeekOrigin { Begin, Current, End };
@@ -42,12 +43,12 @@ enum class SeekOrigin { Begin, Current, End };
 struct FileStatus {
     bool isFolder = false;
     bool isRegular = false;
-    bool isLink = false; ///< the name itself is a symbolic link (the other fields describe its target
-                         ///< when there is one)
+    bool isLink = false; ///< the name itself is a symbolic link (the other fields describe its
+                         ///< target when there is one)
     bool isReadOnly = false;
-    bool isScratch = false; ///< made with kOpenScratch and not released since
-    bool isOwn = false;     ///< belongs to the user this process runs as
-    std::uint64_t length = 0; ///< bytes
+    bool isScratch = false;           ///< made with kOpenScratch and not released since
+    bool isOwn = false;               ///< belongs to the user this process runs as
+    std::uint64_t length = 0;         ///< bytes
     std::int64_t modifiedSeconds = 0; ///< since 1970-01-01 UTC
     std::int32_t modifiedNanoseconds = 0;
     std::uint64_t identity = 0; ///< differs between two files that exist at the same time
@@ -97,8 +98,8 @@ public:
     /// Gives a file another name, in one step; a file that has that name already is replaced when
     /// `replace` is set, else EEXIST. EXDEV when the two lie on different file systems.
     virtual int RenameFile(const char* from, const char* to, bool replace) = 0;
-    /// Takes the scratch mark of kOpenScratch off: the file now has the permissions of any new file.
-    /// Does nothing to a file without the mark.
+    /// Takes the scratch mark of kOpenScratch off: the file now has the permissions of any new
+    /// file. Does nothing to a file without the mark.
     virtual int ReleaseScratch(FileHandle handle) = 0;
     /// Gives an open file the permissions of the file `from`, and its owner where that is allowed.
     virtual int CopyPermissions(const char* from, FileHandle handle) = 0;
@@ -106,22 +107,24 @@ public:
     virtual int ResolveName(const char* name, std::string& resolved) = 0;
     /// Returns when a rename, creation or removal in `folder` is on the disk.
     virtual int SyncFolder(const char* folder) = 0;
-    /// Makes a folder for this user alone, and the missing ones above it; 0 when it is there already.
+    /// Makes a folder for this user alone, and the missing ones above it; 0 when it is there
+    /// already.
     virtual int MakeFolder(const char* folder) = 0;
     /// The names in a folder, without "." and "..", in no order.
     virtual int ListFolder(const char* folder, std::vector<std::string>& names) = 0;
 
     // --- process and machine ---------------------------------------------------------------------
-    /// Folder for temporary files with its trailing slash: TMPDIR, else /var/tmp/ (large files do not
-    /// belong in a /tmp that may be memory).
+    /// Folder for temporary files with its trailing slash: TMPDIR, else /var/tmp/ (large files do
+    /// not belong in a /tmp that may be memory).
     virtual std::string GetTemporaryFolder() = 0;
     virtual DWORD GetProcessId() = 0;
     /// False only when it is certain that no process of that number runs.
     virtual bool IsProcessAlive(DWORD processId) = 0;
-    /// Milliseconds of a clock that never goes back; wraps after 49.7 days. Also refreshes RecentTick.
+    /// Milliseconds of a clock that never goes back; wraps after 49.7 days. Also refreshes
+    /// RecentTick.
     virtual DWORD GetTickCount() = 0;
-    /// Memory in use in percent (0 to 100), of the machine or of the process's memory group, whichever
-    /// is fuller; read from the system at most once per tick.
+    /// Memory in use in percent (0 to 100), of the machine or of the process's memory group,
+    /// whichever is fuller; read from the system at most once per tick.
     virtual DWORD GetMemoryLoad() = 0;
     /// Value of an environment variable; an unset one and an empty one are both empty.
     virtual std::string GetEnvironment(const char* name) = 0;
@@ -132,8 +135,8 @@ public:
     /// Writes a line for the person at the terminal to standard error.
     virtual void WriteDiagnostic(const char* text) = 0;
 
-    /// The tick count as it was when GetTickCount last ran. A hot path stamps with it for the price of
-    /// one load; whoever uses it sees to it that GetTickCount runs often enough.
+    /// The tick count as it was when GetTickCount last ran. A hot path stamps with it for the price
+    /// of one load; whoever uses it sees to it that GetTickCount runs often enough.
     static DWORD RecentTick() noexcept { return s_recentTick.load(std::memory_order_relaxed); }
 
 protected:

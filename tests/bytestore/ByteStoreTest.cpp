@@ -16,7 +16,8 @@ namespace {
 
 class ByteStoreTest : public StoreFixture {
 protected:
-    /// Appends page by page while the clock goes on, so that pages leave in the order of their numbers.
+    /// Appends page by page while the clock goes on, so that pages leave in the order of their
+    /// numbers.
     void AppendPages(CByteStore& store, const Bytes& bytes) {
         for (std::size_t done = 0; done < bytes.size(); done += kPage) {
             m_system.SetTick(++m_tick);
@@ -161,10 +162,17 @@ TEST_F(ByteStoreTest, VictimIsTheOldestAndTheFirstOfEquals) {
         const auto page = static_cast<DWORD>(random() % (random() % 2 ? 40 : 18));
         const DWORD index = page * kPage + static_cast<DWORD>(random() % (kPage - 8));
         switch (random() % 4) {
-        case 0: store.SetByte(index, static_cast<BYTE>(step)); break;
-        case 1: store.GetByte(index); break;
-        case 2: store.GetDWord(index); break;
-        default: store.CopyFrom(index, Pattern(8).data(), 8);
+        case 0:
+            store.SetByte(index, static_cast<BYTE>(step));
+            break;
+        case 1:
+            store.GetByte(index);
+            break;
+        case 2:
+            store.GetDWord(index);
+            break;
+        default:
+            store.CopyFrom(index, Pattern(8).data(), 8);
         }
         auto found = std::find_if(model.begin(), model.end(),
                                   [&](const Entry& entry) { return entry.page == page; });
@@ -269,8 +277,7 @@ TEST_F(ByteStoreTest, NamesTakenMeanwhileArePassedOver) {
     GenerateTempFileName(name, "dat", nullptr);
     const std::string last(name);
     const std::string stem = last.substr(0, last.rfind('-') + 1);
-    const unsigned counter =
-        static_cast<unsigned>(std::stoul(last.substr(stem.size())));
+    const unsigned counter = static_cast<unsigned>(std::stoul(last.substr(stem.size())));
     for (unsigned i = 1; i <= 3; ++i)
         ASSERT_EQ(::symlink(m_folder.File("nowhere").c_str(),
                             (stem + std::to_string(counter + i) + ".tmp").c_str()),
@@ -289,8 +296,9 @@ TEST_F(ByteStoreTest, NamesTakenMeanwhileArePassedOver) {
 TEST_F(ByteStoreTest, DeadProcessesSwapFilesAreSweptAway) {
     using detail::OwnerOfSwapFile;
     EXPECT_EQ(OwnerOfSwapFile("~dat-17-3.tmp"), 17u);
-    for (const char* other : {"~dat-17-3.lob", "~dat-17.tmp", "~dat-a-3.tmp", "~dat--3.tmp", "~tmp-17-3.tmp",
-                              "~dat-17-3.tmp~", "~dat-99999999999-1.tmp", "dat-17-3.tmp", ""})
+    for (const char* other :
+         {"~dat-17-3.lob", "~dat-17.tmp", "~dat-a-3.tmp", "~dat--3.tmp", "~tmp-17-3.tmp",
+          "~dat-17-3.tmp~", "~dat-99999999999-1.tmp", "dat-17-3.tmp", ""})
         EXPECT_FALSE(OwnerOfSwapFile(other)) << other;
 
     // Stores of "process 17": one that died (its lock is gone), one that lives, one that was kept.
@@ -319,8 +327,8 @@ TEST_F(ByteStoreTest, DeadProcessesSwapFilesAreSweptAway) {
 // --- saving --------------------------------------------------------------------------------------
 
 TEST_F(ByteStoreTest, SaveLeavesTheFileAndNothingElse) {
-    for (const std::size_t size : {std::size_t{0}, std::size_t{5}, std::size_t{kPage},
-                                   std::size_t{40 * kPage + 77}}) {
+    for (const std::size_t size :
+         {std::size_t{0}, std::size_t{5}, std::size_t{kPage}, std::size_t{40 * kPage + 77}}) {
         const Bytes bytes = Pattern(size);
         m_folder.Write("target", "old");
         CByteStore store;
@@ -373,7 +381,8 @@ std::string ShiftedImage(const Bytes& bytes, std::size_t shift) {
 }
 
 TEST_F(ByteStoreTest, SavesFromTheCursorByTheRuleOfPages) {
-    for (const std::size_t size : {std::size_t{100}, std::size_t{3 * kPage}, std::size_t{30 * kPage + 5}}) {
+    for (const std::size_t size :
+         {std::size_t{100}, std::size_t{3 * kPage}, std::size_t{30 * kPage + 5}}) {
         const Bytes bytes = Pattern(size);
         for (const DWORD shift : {10u, 99u, kPage, kPage + 7232}) {
             if (shift >= size)
@@ -516,8 +525,9 @@ Bytes SpillSaveReload(const std::string& target, const Bytes& bytes) {
     return content;
 }
 
-/// Every system call of the scenario fails in turn, once or from then on. The outcome is the defined
-/// exception or the right bytes; no descriptor and no file stays behind; an old target is whole.
+/// Every system call of the scenario fails in turn, once or from then on. The outcome is the
+/// defined exception or the right bytes; no descriptor and no file stays behind; an old target is
+/// whole.
 TEST_F(ByteStoreTest, EverySystemCallMayFail) {
     Bytes bytes = Pattern(17 * kPage + 5);
     Bytes expected = bytes;

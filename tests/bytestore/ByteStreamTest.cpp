@@ -46,7 +46,8 @@ TEST_F(ByteStreamTest, CursorStaysBehindWhenASetMovesTheContent) {
     for (const DWORD index : {DWORD{0x40000}, DWORD{262112}}) {
         CByteStream stream;
         Append(stream, Pattern(index == 262112 ? 262112 : 100));
-        const bool doubles = index == 262112; // growth by doubling passes the limit, the length does not
+        const bool doubles =
+            index == 262112; // growth by doubling passes the limit, the length does not
         stream.SetCurrentOffset(10);
         stream.SetByte(index, 3);
         if (doubles) {

@@ -33,9 +33,9 @@ struct Model {
     ULONGLONG Wide(DWORD index, int width) const {
         ULONGLONG value = 0;
         for (int i = 0; i < width; ++i)
-            value = value << 8 | (index + static_cast<DWORD>(i) < Length()
-                                      ? bytes[index + static_cast<DWORD>(i)]
-                                      : 0u);
+            value = value << 8 |
+                    (index + static_cast<DWORD>(i) < Length() ? bytes[index + static_cast<DWORD>(i)]
+                                                              : 0u);
         return value;
     }
     DWORD Find(const Bytes& pattern, DWORD from) const {
@@ -44,9 +44,8 @@ struct Model {
             return 0xFFFFFFFF;
         const auto found =
             std::search(bytes.begin() + from, bytes.end(), pattern.begin(), pattern.end());
-        return found == bytes.end() && !pattern.empty()
-                   ? 0xFFFFFFFF
-                   : static_cast<DWORD>(found - bytes.begin());
+        return found == bytes.end() && !pattern.empty() ? 0xFFFFFFFF
+                                                        : static_cast<DWORD>(found - bytes.begin());
     }
 };
 
@@ -163,11 +162,26 @@ void ContainerTest<Kind>::Change(Model& model, Value& value) {
     if (Room(model) < 8)
         return;
     switch (Random(7)) {
-    case 0: value.SetByte(index, static_cast<BYTE>(number)); put(1); break;
-    case 1: value.SetWord(index, static_cast<WORD>(number)); put(2); break;
-    case 2: value.SetDWord(index, static_cast<DWORD>(number)); put(4); break;
-    case 3: value.SetInt48(index, static_cast<LONGLONG>(number)); put(6); break;
-    case 4: value.SetInt64(index, static_cast<LONGLONG>(number)); put(8); break;
+    case 0:
+        value.SetByte(index, static_cast<BYTE>(number));
+        put(1);
+        break;
+    case 1:
+        value.SetWord(index, static_cast<WORD>(number));
+        put(2);
+        break;
+    case 2:
+        value.SetDWord(index, static_cast<DWORD>(number));
+        put(4);
+        break;
+    case 3:
+        value.SetInt48(index, static_cast<LONGLONG>(number));
+        put(6);
+        break;
+    case 4:
+        value.SetInt64(index, static_cast<LONGLONG>(number));
+        put(8);
+        break;
     default: {
         Bytes bytes = RandomBytes(2 * kPage);
         bytes.resize(std::min<std::size_t>(bytes.size(), Kind::kLargest - index));
@@ -189,7 +203,8 @@ void ContainerTest<Kind>::Read(const Model& model, Value& value) {
 
     const DWORD count = Random(model.Length() - index + 1);
     CByteStream slice = value.Mid(index, count);
-    ASSERT_EQ(Content(slice), Bytes(model.bytes.begin() + index, model.bytes.begin() + index + count));
+    ASSERT_EQ(Content(slice),
+              Bytes(model.bytes.begin() + index, model.bytes.begin() + index + count));
     if (count > 0) {
         Bytes out(count + 5, 0xEE);
         value.CopyTo(index, out.data(), count, static_cast<DWORD>(out.size()));
@@ -292,11 +307,17 @@ TYPED_TEST(ContainerTest, RandomOperationsAgreeWithAModel) {
                 model = {};
             }
             break;
-        case 5: case 6: case 7: case 8:
+        case 5:
+        case 6:
+        case 7:
+        case 8:
             if (this->Random(model.Length() > 8 * kPage ? 20 : 2) == 0)
                 this->Read(model, value);
             break;
-        case 9: case 10: case 11: case 12:
+        case 9:
+        case 10:
+        case 11:
+        case 12:
             this->Extend(model, value);
             break;
         default:
@@ -319,7 +340,8 @@ TYPED_TEST(ContainerTest, HexTextStopsAtItsRules) {
     value.CopyFromHex(0, "010203");
     value.CopyFromHex(0, " 0a1B ff");
     EXPECT_EQ(Content(value), (Bytes{1, 2, 3, 0x0A, 0x1B, 0xFF}));
-    for (const char* nothing : {"", "   ", "0x12", "1", " 1 2", "\t01", static_cast<const char*>(nullptr)})
+    for (const char* nothing :
+         {"", "   ", "0x12", "1", " 1 2", "\t01", static_cast<const char*>(nullptr)})
         value.CopyFromHex(0, nothing);
     EXPECT_EQ(value.GetLength(), 6u);
     value.CopyFromHex(0, "4 4");

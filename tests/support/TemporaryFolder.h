@@ -14,7 +14,8 @@ namespace vnbytstr::test {
 class TemporaryFolder {
 public:
     TemporaryFolder() {
-        std::string name = (std::filesystem::temp_directory_path() / "vnbytstr-test-XXXXXX").string();
+        std::string name =
+            (std::filesystem::temp_directory_path() / "vnbytstr-test-XXXXXX").string();
         if (!::mkdtemp(name.data()))
             throw std::runtime_error("cannot make a folder for the test");
         m_path = name;

@@ -5,10 +5,10 @@
 namespace vnbytstr::test {
 
 const char* CallName(Call call) {
-    constexpr std::array kNames = {"open",   "close",   "read",        "write",       "seek",
-                                   "length", "set length", "sync",     "lock",        "status",
-                                   "remove", "rename",  "release",     "sync folder", "make folder",
-                                   "list folder", "any"};
+    constexpr std::array kNames = {
+        "open",       "close",       "read",        "write",       "seek",   "length",
+        "set length", "sync",        "lock",        "status",      "remove", "rename",
+        "release",    "sync folder", "make folder", "list folder", "any"};
     return kNames[static_cast<std::size_t>(call)];
 }
 

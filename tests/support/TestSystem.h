@@ -13,8 +13,22 @@
 namespace vnbytstr::test {
 
 enum class Call : unsigned char {
-    Open, Close, Read, Write, Seek, Length, SetLength, Sync, Lock, Status,
-    Remove, Rename, Release, SyncFolder, MakeFolder, ListFolder,
+    Open,
+    Close,
+    Read,
+    Write,
+    Seek,
+    Length,
+    SetLength,
+    Sync,
+    Lock,
+    Status,
+    Remove,
+    Rename,
+    Release,
+    SyncFolder,
+    MakeFolder,
+    ListFolder,
     Any ///< stands for all of them
 };
 const char* CallName(Call call);

@@ -21,7 +21,8 @@ TEST(MemoryLoad, OfAControlGroup) {
     EXPECT_EQ(MemoryLoadFromGroup("1000\n", "5000\n", stat), 100u);
     EXPECT_EQ(MemoryLoadFromGroup("1000\n", "100\n", stat), 0u);
     EXPECT_EQ(MemoryLoadFromGroup("max\n", "700\n", stat), 0u);
-    EXPECT_EQ(MemoryLoadFromGroup("9223372036854771712\n", "700\n", stat), 0u); // version 1's "none"
+    EXPECT_EQ(MemoryLoadFromGroup("9223372036854771712\n", "700\n", stat),
+              0u); // version 1's "none"
     EXPECT_EQ(MemoryLoadFromGroup("1000", "700",
                                   "active_file 0\ninactive_file 0\ntotal_active_file 100\n"
                                   "total_inactive_file 100\n"),
@@ -31,8 +32,9 @@ TEST(MemoryLoad, OfAControlGroup) {
 TEST(MemoryLoad, FindsTheGroupsOfAProcess) {
     const ControlGroupFolders two = ControlGroupFoldersOf("0::/user.slice/a.scope\n");
     EXPECT_TRUE(two.isVersion2);
-    EXPECT_EQ(two.folders, (std::vector<std::string>{"/sys/fs/cgroup/user.slice/a.scope",
-                                                     "/sys/fs/cgroup/user.slice", "/sys/fs/cgroup"}));
+    EXPECT_EQ(two.folders,
+              (std::vector<std::string>{"/sys/fs/cgroup/user.slice/a.scope",
+                                        "/sys/fs/cgroup/user.slice", "/sys/fs/cgroup"}));
     const ControlGroupFolders one =
         ControlGroupFoldersOf("5:cpu,cpuacct:/x\n4:memory:/docker/1\n0::/\n");
     EXPECT_FALSE(one.isVersion2);

@@ -1,6 +1,6 @@
 // The POSIX system: what the layers above rely on.
-#include "platform/system/FileReplacement.h"
 #include "platform/system/PosixSystem.h"
+#include "platform/system/FileReplacement.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestSystem.h"
 
