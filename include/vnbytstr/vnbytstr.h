@@ -4,5 +4,6 @@
 #include "vnbytstr/ByteStore.h"
 #include "vnbytstr/ByteStream.h"
 #include "vnbytstr/CacheException.h"
+#include "vnbytstr/FixedBinary.h"
 #include "vnbytstr/OutputStreamWriter.h"
 #include "vnbytstr/TempFileName.h"
