@@ -1,0 +1,79 @@
+#include "Process.h"
+
+#include "Failure.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+
+#include <sys/resource.h>
+#include <unistd.h>
+
+namespace vnquery {
+
+namespace {
+
+volatile std::sig_atomic_t interruptingSignal = 0;
+
+extern "C" void RememberSignal(int number) { interruptingSignal = number; }
+
+void Handle(int number, void (*handler)(int), int flags) {
+    struct sigaction action = {};
+    action.sa_handler = handler;
+    action.sa_flags = flags;
+    sigemptyset(&action.sa_mask);
+    sigaction(number, &action, nullptr);
+}
+
+} // namespace
+
+void PrepareProcess() {
+    for (const int number : {SIGINT, SIGTERM, SIGHUP})
+        Handle(number, RememberSignal, static_cast<int>(SA_RESETHAND));
+    for (const int number : {SIGPIPE, SIGXFSZ})
+        Handle(number, SIG_IGN, 0);
+    setenv("VNBYTSTR_CODEPAGE", "65001", 1);
+    rlimit files = {};
+    if (getrlimit(RLIMIT_NOFILE, &files) == 0 && files.rlim_cur < files.rlim_max) {
+        files.rlim_cur = files.rlim_max;
+        setrlimit(RLIMIT_NOFILE, &files);
+    }
+}
+
+int InterruptingSignal() noexcept { return interruptingSignal; }
+
+void CheckInterrupted() {
+    if (interruptingSignal != 0)
+        throw Interrupted();
+}
+
+bool IsErrorOutputTerminal() { return isatty(STDERR_FILENO) == 1; }
+
+std::uint64_t GetPeakMemory() {
+    std::ifstream status("/proc/self/status");
+    for (std::string word; status >> word;) {
+        std::uint64_t kilobytes = 0;
+        if (word == "VmHWM:" && status >> kilobytes)
+            return kilobytes * 1024;
+    }
+    rusage usage = {};
+    return getrusage(RUSAGE_SELF, &usage) == 0 ? static_cast<std::uint64_t>(usage.ru_maxrss) * 1024
+                                               : 0;
+}
+
+void WriteOutput(const std::string& text) {
+    for (std::size_t done = 0; done < text.size();) {
+        CheckInterrupted();
+        const ssize_t count = write(STDOUT_FILENO, text.data() + done, text.size() - done);
+        if (count >= 0)
+            done += static_cast<std::size_t>(count);
+        else if (errno != EINTR)
+            throw Failure(kFileFailed, std::string("cannot write the result to standard output: ") +
+                                           std::strerror(errno) +
+                                           ". Nothing but the display is affected.");
+    }
+}
+
+} // namespace vnquery

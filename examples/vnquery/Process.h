@@ -1,0 +1,28 @@
+// The process around the program: signals, terminal, memory. The one file with POSIX calls.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace vnquery {
+
+/// To be called first. From here on a signal to end (Ctrl-C, SIGTERM, SIGHUP) is remembered and a
+/// second one ends the process at once; a closed pipe and a file size limit are errors of the
+/// write; text is UTF-8, as the databases deliver it; and there may be as many open files as the
+/// system allows, since every large value has one.
+void PrepareProcess();
+
+/// Number of the signal that asked to end, 0 when none did.
+int InterruptingSignal() noexcept;
+/// Throws Interrupted when a signal asked to end.
+void CheckInterrupted();
+
+bool IsErrorOutputTerminal();
+
+/// Most memory that the process had, in bytes; 0 when the system does not tell.
+std::uint64_t GetPeakMemory();
+
+/// Writes all of `text` to standard output. Throws Failure when that cannot be done.
+void WriteOutput(const std::string& text);
+
+} // namespace vnquery

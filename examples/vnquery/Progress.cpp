@@ -1,0 +1,55 @@
+#include "Progress.h"
+
+#include "CellText.h"
+#include "Process.h"
+
+#include <cstdio>
+#include <utility>
+
+namespace vnquery {
+
+namespace {
+
+constexpr auto kInterval = std::chrono::milliseconds(100);
+constexpr unsigned kRowsPerLook = 64;
+constexpr std::uint64_t kBytesPerLook = 16384;
+
+} // namespace
+
+Progress::Progress(std::string work)
+    : m_work(std::move(work)), m_isTerminal(IsErrorOutputTerminal()),
+      m_next(Clock::now() + kInterval) {}
+
+Progress::~Progress() {
+    if (m_isShown)
+        std::fputs("\r\x1B[K", stderr);
+}
+
+void Progress::AddRow() {
+    CheckInterrupted();
+    ++m_rows;
+    if (m_isTerminal && m_untilLook-- == 0) {
+        m_untilLook = kRowsPerLook;
+        Show();
+    }
+}
+
+void Progress::AddBytes(std::uint64_t count) {
+    CheckInterrupted();
+    m_bytes += count;
+    if (m_isTerminal && count >= kBytesPerLook)
+        Show();
+}
+
+void Progress::Show() {
+    const Clock::time_point now = Clock::now();
+    if (now < m_next)
+        return;
+    m_next = now + kInterval;
+    m_isShown = true;
+    std::fprintf(stderr, "\r%s: %s rows, %s\x1B[K", m_work.c_str(), GroupDigits(m_rows).c_str(),
+                 FormatSize(m_bytes).c_str());
+    std::fflush(stderr);
+}
+
+} // namespace vnquery

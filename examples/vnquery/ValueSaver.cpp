@@ -1,0 +1,59 @@
+#include "ValueSaver.h"
+
+#include "Failure.h"
+#include "TargetFile.h"
+
+#include <cstdio>
+
+namespace vnquery {
+
+namespace {
+
+void SaveBytes(Value& value, const std::string& file, bool isLastUse) {
+    CByteStream* stream = value.GetStream();
+    if (!stream) {
+        const std::string_view bytes = value.GetShort();
+        CByteStream(reinterpret_cast<const BYTE*>(bytes.data()), static_cast<DWORD>(bytes.size()))
+            .CopyToFile(file.c_str());
+    } else if (isLastUse && IsReplaceable(file)) {
+        stream->SaveToFile(file.c_str());
+    } else {
+        stream->CopyToFile(file.c_str());
+    }
+}
+
+} // namespace
+
+void SaveValue(ResultSet& result, std::size_t row, std::size_t column, const std::string& file,
+               const ExportFormat& format, bool isLastUse) {
+    const std::string what = "cannot save " + CellName(row, column) + " to " + file;
+    if (row >= result.GetRowCount() || column >= result.GetColumnCount())
+        throw Failure(kBadUsage, what + ": the result has " + std::to_string(result.GetRowCount()) +
+                                     " rows and " + std::to_string(result.GetColumnCount()) +
+                                     " columns. Rows and columns count from 1.");
+    Value& value = result.At(row, column);
+    if (value.IsNull())
+        throw Failure(kBadUsage, what + ": the value is NULL, so there is nothing to save.");
+    WithMessage(what, [&] {
+        if (format.ccsid == 0 || value.GetType() == Value::Type::Binary) {
+            SaveBytes(value, file, isLastUse);
+            return;
+        }
+        TargetFile target(file);
+        Exporter exporter(target, format);
+        exporter.WriteText(value, row, column);
+        target.Commit();
+        ReportLosses(file, exporter.GetLosses());
+    });
+}
+
+void ReportLosses(const std::string& file, const std::string& losses) {
+    if (!losses.empty())
+        std::fprintf(
+            stderr,
+            "vnquery: warning: %s has substitution characters for %s. With --strict such a text "
+            "is refused.\n",
+            file.c_str(), losses.c_str());
+}
+
+} // namespace vnquery

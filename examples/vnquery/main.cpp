@@ -1,0 +1,110 @@
+// vnquery: runs a query, displays the result, saves and exports it. What it does step by step
+// stands in Run; each step has a file of its own.
+
+#include "Failure.h"
+#include "OdbcSource.h"
+#include "Options.h"
+#include "Process.h"
+#include "Progress.h"
+#include "ResultPrinter.h"
+#include "SqliteSource.h"
+#include "Statistics.h"
+#include "TargetFile.h"
+#include "Translation.h"
+#include "ValueSaver.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <new>
+
+namespace vnquery {
+
+namespace {
+
+std::unique_ptr<RowSource> OpenSource(const Options& options) {
+    if (!options.database.empty())
+        return std::make_unique<SqliteSource>(options.database, options.sql);
+    return std::make_unique<OdbcSource>(options.connection, options.sql);
+}
+
+ResultSet RunQuery(const Options& options) {
+    const std::unique_ptr<RowSource> source = OpenSource(options);
+    ResultSet result(source->GetColumns());
+    Progress progress("Reading");
+    result.Fetch(*source, progress);
+    return result;
+}
+
+void Export(const ResultSet& result, const Options& options) {
+    const std::string& name = options.exportFile;
+    WithMessage("cannot write the export " + name, [&] {
+        TargetFile file(name);
+        Exporter exporter(file, options.exportFormat);
+        {
+            Progress progress("Exporting");
+            exporter.WriteResult(result, progress);
+        }
+        file.Commit();
+        ReportLosses(name, exporter.GetLosses());
+        std::fprintf(stderr, "Exported %s rows, %s bytes, to %s\n",
+                     GroupDigits(result.GetRowCount()).c_str(),
+                     GroupDigits(file.GetWritten()).c_str(), name.c_str());
+    });
+}
+
+void SaveValues(ResultSet& result, const std::vector<SaveRequest>& saves,
+                const ExportFormat& format) {
+    for (auto save = saves.begin(); save != saves.end(); ++save) {
+        CheckInterrupted();
+        const bool isLastUse = std::none_of(save + 1, saves.end(), [&](const SaveRequest& later) {
+            return later.row == save->row && later.column == save->column;
+        });
+        SaveValue(result, save->row, save->column, save->file, format, isLastUse);
+    }
+}
+
+void Run(const Options& options) {
+    if (options.translate) {
+        const TranslateRequest& request = *options.translate;
+        TranslateFile(request.from, request.to, request.input, request.output);
+        return;
+    }
+    ResultSet result = RunQuery(options);
+    if (!options.quiet)
+        PrintResult(result, options.cells);
+    if (options.statistics)
+        PrintStatistics(result);
+    if (!options.exportFile.empty())
+        Export(result, options);
+    SaveValues(result, options.saves, options.saveFormat); // last, since saving may move a value
+}
+
+int Complain(ExitCode code, const std::string& message) {
+    std::fprintf(stderr, "vnquery: %s\n", message.c_str());
+    return code;
+}
+
+} // namespace
+
+} // namespace vnquery
+
+int main(int argc, char** argv) {
+    using namespace vnquery;
+    PrepareProcess();
+    try {
+        if (const std::optional<Options> options = ParseOptions(argc, argv))
+            Run(*options);
+        return kOk;
+    } catch (const Interrupted&) {
+        return Complain(kInterrupted, "stopped; nothing is left half done."),
+               128 + InterruptingSignal();
+    } catch (const Failure& failure) {
+        return Complain(failure.Code(), failure.what());
+    } catch (CException* error) {
+        return Complain(kFileFailed, TakeMessage(error));
+    } catch (const std::bad_alloc&) {
+        return Complain(kFileFailed, "memory ran out. Ask for fewer rows, or for fewer columns.");
+    } catch (const std::exception& error) {
+        return Complain(kFileFailed, error.what());
+    }
+}

@@ -1,0 +1,48 @@
+#include "examples/vnquery/SqliteQuery.h"
+
+#include <gtest/gtest.h>
+
+namespace vnquery {
+namespace {
+
+TEST(SqliteQuery, TakesApartQueriesOfOneTable) {
+    const auto query = TakeApart("select a, 'from' -- from x\n, \"from\" FROM main.[My t] as x "
+                                 "where a in (1, 2) order by 2 limit 3 ; /* end */ ");
+    ASSERT_TRUE(query);
+    EXPECT_EQ(query->select, "select a, 'from' -- from x\n, \"from\" ");
+    EXPECT_EQ(query->from, "FROM main.[My t] as x where a in (1, 2) order by 2 limit 3 ");
+    EXPECT_EQ(query->table, "My t");
+    EXPECT_EQ(TakeApart("Select * From Film")->table, "Film");
+    EXPECT_EQ(TakeApart("select * from \"a\"\"b\"")->table, "a\"b");
+    EXPECT_EQ(TakeApart("select ';' from t;;")->from, "from t");
+}
+
+TEST(SqliteQuery, LeavesOthersAlone) {
+    for (const char* sql : {"",
+                            "select 1",
+                            "pragma x",
+                            "select * from t, u",
+                            "select * from t join u",
+                            "select * from t a, t b where a.id = b.id",
+                            "select (select v from t) from t",
+                            "select * from (select * from t)",
+                            "with q as (select * from t) select * from q",
+                            "select a from t union select b from t",
+                            "select distinct v from t",
+                            "select v from t group by v",
+                            "select * from f(1)",
+                            "select sum(a) over () from t",
+                            "select * from 't'",
+                            "values (1)",
+                            "select a is not distinct from b from t",
+                            "select 1; select * from t",
+                            "select * from",
+                            "select * from t natural left join u",
+                            "explain select * from t"})
+        EXPECT_FALSE(TakeApart(sql)) << sql;
+}
+
+TEST(SqliteQuery, NamesAreQuoted) { EXPECT_EQ(QuoteName("a\"b"), "\"a\"\"b\""); }
+
+} // namespace
+} // namespace vnquery

@@ -1,0 +1,81 @@
+#!/usr/bin/env bash
+# Runs vnquery against a PostgreSQL server through ODBC. The server is started for the test, in a
+# temporary folder and on a socket there only. Exit code 77 (skipped) where PostgreSQL or its ODBC driver
+# is not installed.
+set -euo pipefail
+vnquery=$1
+
+skip() { echo "skipped: $1"; exit 77; }
+bin=$(ls -d /usr/lib/postgresql/*/bin 2>/dev/null | sort -V | tail -n 1 || true)
+[ -n "$bin" ] && [ -x "$bin/postgres" ] && [ -x "$bin/initdb" ] || skip "no PostgreSQL server here"
+driver=$(find /usr/lib -name psqlodbcw.so 2>/dev/null | head -n 1)
+[ -n "$driver" ] || skip "no ODBC driver for PostgreSQL here"
+
+folder=$(mktemp -d)
+mkdir "$folder/tmp" "$folder/socket"
+# The server refuses to run as root.
+as_user=()
+if [ "$(id -u)" -eq 0 ]; then
+    id postgres >/dev/null 2>&1 || skip "no user to run the server as"
+    chown -R postgres "$folder"
+    as_user=(runuser -u postgres --)
+fi
+server() { (cd "$folder" && "${as_user[@]}" "$bin/pg_ctl" -D "$folder/data" -w "$@" >>"$folder/log" 2>&1); }
+finish() {
+    server stop -m immediate || true
+    rm -rf "$folder"
+}
+trap finish EXIT
+fail() { echo "FAILED: $1" >&2; cat "$folder/err" >&2; exit 1; }
+
+(cd "$folder" && "${as_user[@]}" "$bin/initdb" -D "$folder/data" -A trust -U postgres -E UTF8 \
+    --locale=C.UTF-8 --no-sync >"$folder/log" 2>&1)
+server start -o "-c listen_addresses='' -c unix_socket_directories='$folder/socket' -c fsync=off"
+sql() { "$bin/psql" -h "$folder/socket" -U postgres -qAtX -v ON_ERROR_STOP=1 "$@" postgres; }
+
+connection="Driver=$driver;Server=$folder/socket;Database=postgres;UID=postgres;ByteaAsLongVarBinary=1"
+run() { TMPDIR="$folder/tmp" "$vnquery" --connect "$connection" "$@" 2>"$folder/err"; }
+
+sql <<'SQL'
+create table doc(id int primary key, name text, body text, data bytea, price numeric(10, 2));
+insert into doc values
+    (1, 'Grüße 日本 😀', repeat('Zeile mit Ümläuten und 😀' || chr(10), 100000), null, 12.50),
+    (2, '', '', ''::bytea, -1),
+    (3, null, null, decode(repeat('00ff10', 1000000), 'hex'), null);
+SQL
+
+run --sql "select id, name, body, data, price from doc order by id" >"$folder/out" || fail "query"
+diff - "$folder/out" <<'TABLE' || fail "display"
+id  name           body           data           price
+--  -------------  -------------  -------------  -----
+ 1  Grüße 日本 😀  <CLOB 2.9 MB>  -              12.50
+ 2                                <BLOB 0 B>     -1.00
+ 3  -              -              <BLOB 2.9 MB>      -
+(3 rows)
+TABLE
+
+run --quiet --sql "select body from doc where id = 1" --save 1:1 "$folder/body" || fail "text"
+sql -c "select body from doc where id = 1" | head -c -1 >"$folder/body.expected"
+cmp "$folder/body" "$folder/body.expected" || fail "text differs"
+# In portions from a cursor, as for results that do not fit the driver's memory.
+connection="$connection;UseDeclareFetch=1;Fetch=1"
+run --quiet --sql "select data from doc order by id" --save 3:1 "$folder/data.out" || fail "bytes"
+sql -c "select encode(data, 'hex') from doc where id = 3" | tr -d '\n' >"$folder/hex.expected"
+od -An -v -tx1 "$folder/data.out" | tr -d ' \n' | cmp - "$folder/hex.expected" || fail "bytes differ"
+
+code=0; run --sql "select nothing from doc" || code=$?
+[ $code -eq 1 ] && grep -q 'nothing' "$folder/err" || fail "a wrong query gives code $code"
+code=0; run --sql "create table u(v int)" >/dev/null || code=$?
+[ $code -eq 1 ] || fail "a statement without result gives code $code"
+
+# Ctrl-C while the server works.
+TMPDIR="$folder/tmp" "$vnquery" --connect "$connection" --sql "select pg_sleep(100)" 2>"$folder/err" &
+process=$!
+sleepers() { sql -c "select count(*) from pg_stat_activity where wait_event = 'PgSleep'"; }
+until [ "$(sleepers)" = 1 ]; do sleep 0.05; done
+kill -INT $process
+code=0; wait $process || code=$?
+[ $code -eq 130 ] || fail "an interrupted query gives code $code"
+[ "$(sleepers)" = 0 ] || fail "the server works on"
+[ -z "$(ls "$folder/tmp")" ] || fail "temporary files are left"
+echo "passed"
