@@ -1,7 +1,8 @@
 // CFixedBinary: 32-bit blocks to the outside, 64-bit words to the arithmetic.
 //
 // Invariants:
-//  1. m_words has (m_nLength + 1) / 2 words; blocks 2i and 2i + 1 are the low and high half of word i.
+//  1. m_words has (m_nLength + 1) / 2 words; blocks 2i and 2i + 1 are the low and high half of word
+//  i.
 //  2. With an odd length the high half of the last word is zero.
 
 #include "vnbytstr/FixedBinary.h"
@@ -186,8 +187,8 @@ void CFixedBinary::ShiftLeft(int bits) {
     const int steps = (bits - 1) / 32 + 1;
     const auto wordShift = static_cast<std::size_t>(bits / 64);
     Guarded([&] {
-        std::vector<Word64> shifted(std::max(WordsFor(m_nLength + steps),
-                                             wordShift + m_words.size() + 1));
+        std::vector<Word64> shifted(
+            std::max(WordsFor(m_nLength + steps), wordShift + m_words.size() + 1));
         std::copy(m_words.begin(), m_words.end(),
                   shifted.begin() + static_cast<std::ptrdiff_t>(wordShift));
         Word64* from = shifted.data() + wordShift;
@@ -232,8 +233,7 @@ CFixedBinary CFixedBinary::Mod(const CFixedBinary& modulus) const {
         [&] { return FromWords(vnbytstr::detail::Remainder(m_words, modulus.m_words)); });
 }
 
-CFixedBinary CFixedBinary::ExpMod(const CFixedBinary& exponent,
-                                  const CFixedBinary& modulus) const {
+CFixedBinary CFixedBinary::ExpMod(const CFixedBinary& exponent, const CFixedBinary& modulus) const {
     if (exponent.IsZero()) {
         CFixedBinary one(1);
         one.SetBlock(0, 1);

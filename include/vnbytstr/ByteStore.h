@@ -8,6 +8,7 @@
 #include "platform/framework/String.h"
 #include "platform/system/System.h"
 #include "vnbytstr/CacheException.h"
+#include "vnbytstr/DES.h"
 
 #include <memory>
 #include <span>
@@ -294,6 +295,30 @@ public:
     /// The content as text of the native coded character set.
     int TranslateCCSID(WORD from, CString& text, STranslationReport* report = nullptr);
 
+    // --- encryption ------------------------------------------------------------------------------
+    // Single DES, for existing peers; it protects nothing today (see DES.h). The first 8 bytes of
+    // key and initialization vector count. The content goes page by page, 32768 bytes at a time,
+    // through one CDES object that is not segmented, into a buffer of 32768 bytes. This means:
+    //  - Electronic code book without padding is the cipher over the whole content. It suits stores
+    //  of any
+    //    size, if their length is a multiple of 8; the rest of a partial last block is cut off, so
+    //    that the last length % 8 bytes do not come back.
+    //  - Chained mode starts again with the initialization vector at every page. Decrypt does the
+    //  same, so
+    //    what Encrypt made comes back; a peer must chain in pieces of 32768 bytes too.
+    //  - Padding needs 32776 bytes for a full page, so with `pad` a store of 32768 bytes or more
+    //  cannot be
+    //    enciphered: the result is 0. Decrypt takes the padding off every page.
+
+    /// Enciphers the content into `destination`, which is emptied first. 1, or 0 with an empty
+    /// destination.
+    int Encrypt(const CByteStream& key, const CByteStream& vector, CDES::EMode mode, bool pad,
+                CByteStore& destination);
+    /// Deciphers it. Padding is not checked; where it would take more than there is, the result is
+    /// 0.
+    int Decrypt(const CByteStream& key, const CByteStream& vector, CDES::EMode mode, bool pad,
+                CByteStore& destination);
+
     /// Most pages that a store should keep in memory: "MaxCachePages" under "Options" (64 by
     /// default) times the percentage of memory that is free, at least 16.
     static int GetTargetMaxPages();
@@ -362,6 +387,7 @@ private:
     template <class Take>
     bool TranslateRange(vnbytstr::detail::SliceTranslator& translator, DWORD index, DWORD count,
                         Take take);
+    int Encipher(bool encrypt, CDES& cipher, CByteStore& destination);
     void WriteShiftedImage(CFile& file, DWORD shift);
     void CopyImage(CFile& file);
     void MoveImageTo(const char* name);

@@ -205,6 +205,15 @@ public:
                        STranslationReport* report = nullptr) const;
     int TranslateCCSID(WORD from, CString& text, STranslationReport* report = nullptr) const;
 
+    // --- encryption, in place
+    // ------------------------------------------------------------------------ In pieces of 32768
+    // bytes as in CByteStore, wherever the content lies; see there for what that means for chained
+    // mode and for padding. The cursor becomes 0.
+
+    /// 1, or 0 with the content as it was.
+    int Encrypt(const CByteStream& key, const CByteStream& vector, CDES::EMode mode, bool pad);
+    int Decrypt(const CByteStream& key, const CByteStream& vector, CDES::EMode mode, bool pad);
+
     /// Most bytes that a stream keeps in its block: "MaxCacheBlock" under "Options" (262144 by
     /// default), read once per process; a configured 0 is read again on every call.
     static DWORD GetMaxSizeInMemory();
@@ -237,6 +246,7 @@ private:
     void SetWide(DWORD index, ULONGLONG value);
     void CopyWithin(DWORD index, const BYTE* bytes, DWORD count);
     void TakeContent(CByteStream& other);
+    int Encipher(bool encrypt, CDES& cipher);
     template <class Take>
     bool TranslateRange(vnbytstr::detail::SliceTranslator& translator, DWORD index, DWORD count,
                         Take take) const;

@@ -6,15 +6,15 @@
 #include <vector>
 
 /// An unsigned integer held as 32-bit blocks, block 0 the least significant. A length is a count of
-/// blocks. Values of different lengths compare and calculate by their numbers; a shorter one reads as
-/// extended by zeros, an empty one (length 0) as zero.
+/// blocks. Values of different lengths compare and calculate by their numbers; a shorter one reads
+/// as extended by zeros, an empty one (length 0) as zero.
 ///
-/// Results of arithmetic are trimmed: zero blocks at the most significant end are dropped, but one block
-/// remains.
+/// Results of arithmetic are trimmed: zero blocks at the most significant end are dropped, but one
+/// block remains.
 ///
-/// What callers stumble over: SetBytes, and with it every constructor from bytes, takes whole blocks of
-/// four bytes and drops the n % 4 bytes at the end. One byte alone is no block, so it counts as zero: pad
-/// it in front to four.
+/// What callers stumble over: SetBytes, and with it every constructor from bytes, takes whole
+/// blocks of four bytes and drops the n % 4 bytes at the end. One byte alone is no block, so it
+/// counts as zero: pad it in front to four.
 ///
 /// No operation reports an error; memory that runs out throws CMemoryException. Times depend on the
 /// values. Threads: one at a time.
@@ -38,8 +38,8 @@ public:
     /// Sets a block; nothing happens outside.
     void SetBlock(int index, DWORD value);
 
-    /// Takes count / 4 big-endian blocks, the most significant first. The count % 4 bytes at the end are
-    /// ignored. A negative count is 0.
+    /// Takes count / 4 big-endian blocks, the most significant first. The count % 4 bytes at the
+    /// end are ignored. A negative count is 0.
     void SetBytes(const BYTE* bytes, int count);
     void SetBytes(const CByteStream& bytes);
     /// Writes 4 * length bytes, big-endian.
@@ -53,11 +53,11 @@ public:
     CFixedBinary& operator-=(const CFixedBinary& other);
     CFixedBinary& operator*=(const CFixedBinary& other);
 
-    /// Multiplies by 2 ^ bits. The length grows by one block for every 32 bits or part of them. 0 or less
-    /// does nothing.
+    /// Multiplies by 2 ^ bits. The length grows by one block for every 32 bits or part of them. 0
+    /// or less does nothing.
     void ShiftLeft(int bits);
-    /// Divides by 2 ^ bits; the result is trimmed, and empty when every block has been shifted out (so a
-    /// value of one block by 32). 0 or less does nothing.
+    /// Divides by 2 ^ bits; the result is trimmed, and empty when every block has been shifted out
+    /// (so a value of one block by 32). 0 or less does nothing.
     void ShiftRight(int bits);
     /// Half of the value, rounded down.
     CFixedBinary DivideBy2() const;
@@ -65,10 +65,11 @@ public:
     /// The remainder by `modulus`. A value below the modulus comes back as it is, not trimmed.
     /// Precondition: the modulus is not zero; for one that is, the result is zero.
     CFixedBinary Mod(const CFixedBinary& modulus) const;
-    /// This to the power `exponent`, modulo `modulus`. An exponent of zero gives 1, not reduced, even for
-    /// a modulus of 1. Precondition: the modulus is not zero; for one that is, the result is zero (1 for
-    /// an exponent of zero). Montgomery multiplication with a sliding window (Handbook of Applied
-    /// Cryptography, 14.85); even moduli by their odd part and power of two apart.
+    /// This to the power `exponent`, modulo `modulus`. An exponent of zero gives 1, not reduced,
+    /// even for a modulus of 1. Precondition: the modulus is not zero; for one that is, the result
+    /// is zero (1 for an exponent of zero). Montgomery multiplication with a sliding window
+    /// (Handbook of Applied Cryptography, 14.85); even moduli by their odd part and power of two
+    /// apart.
     CFixedBinary ExpMod(const CFixedBinary& exponent, const CFixedBinary& modulus) const;
 
 private:
@@ -83,8 +84,8 @@ private:
     void TrimZeros();
     void ClearTop();
 
-    // Two blocks to a word, which is what the arithmetic works on. A half word past the last block is
-    // zero.
+    // Two blocks to a word, which is what the arithmetic works on. A half word past the last block
+    // is zero.
     std::vector<std::uint64_t> m_words;
     int m_nLength = 0;
 };

@@ -375,6 +375,8 @@ DWORD PosixSystem::GetTickCount() {
     return tick;
 }
 
+DWORD PosixSystem::GetTime() { return static_cast<DWORD>(::time(nullptr)); }
+
 DWORD PosixSystem::GetMemoryLoad() { return m_memoryLoad.Load(GetTickCount()); }
 
 std::string PosixSystem::GetEnvironment(const char* name) {

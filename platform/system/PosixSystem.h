@@ -37,6 +37,7 @@ public:
     DWORD GetProcessId() override;
     bool IsProcessAlive(DWORD processId) override;
     DWORD GetTickCount() override;
+    DWORD GetTime() override;
     DWORD GetMemoryLoad() override;
     std::string GetEnvironment(const char* name) override;
     std::string GetModuleFileName() override;

@@ -50,6 +50,7 @@ public:
         m_tick = tick;
         SetRecentTick(tick);
     }
+    void SetTime(DWORD seconds) { m_time = seconds; }
     void SetMemoryLoad(DWORD percent) { m_memoryLoad = percent; }
     void SetEnvironment(const std::string& name, const std::string& value) {
         m_environment[name] = value;
@@ -98,6 +99,7 @@ public:
     DWORD GetProcessId() override;
     bool IsProcessAlive(DWORD processId) override { return m_real.IsProcessAlive(processId); }
     DWORD GetTickCount() override;
+    DWORD GetTime() override { return m_time ? *m_time : m_real.GetTime(); }
     DWORD GetMemoryLoad() override;
     std::string GetEnvironment(const char* name) override;
     std::string GetModuleFileName() override { return m_real.GetModuleFileName(); }
@@ -111,7 +113,7 @@ private:
     int Failure(Call call);
 
     System& m_real;
-    std::optional<DWORD> m_tick, m_memoryLoad, m_processId;
+    std::optional<DWORD> m_tick, m_time, m_memoryLoad, m_processId;
     std::optional<std::string> m_temporaryFolder;
     std::map<std::string, std::string> m_environment;
     std::optional<Fault> m_fault;
