@@ -57,11 +57,37 @@ private:
     void Reduce(Word64* r) noexcept {
         Word64* const product = m_product.data();
         const std::size_t n = Size();
+        if (m_rows.reduceEightColumns && n % 8 == 0) {
+            ReduceEights(r);
+            return;
+        }
         for (std::size_t i = 0; i < n; ++i) {
             const Word64 multiple = product[i] * m_negatedInverse;
             product[i] = m_rows.addMultiple(product + i, m_modulus.data(), n, multiple);
         }
-        const Word64 carry = AddWords(r, product + n, product, n);
+        Finish(r, AddWords(r, product + n, product, n));
+    }
+    // The same for eight words at a time.
+    void ReduceEights(Word64* r) noexcept {
+        Word64* const product = m_product.data();
+        const std::size_t n = Size();
+        Word64 carry = 0;
+        for (std::size_t i = 0; i < n; i += 8) {
+            Word64 multiples[8];
+            Word64* const window = product + i; // no longer needed as a part of the product
+            m_rows.reduceEightColumns(window, m_modulus.data(), multiples, m_negatedInverse);
+            if (n > 8)
+                m_rows.addEightColumns(product + i + 8, multiples, m_modulus.data() + 8, n / 8 - 1,
+                                       window);
+            Word64* const top = product + i + n;
+            const Word64 over = AddWords(top, top, window, 8);
+            carry = over + AddWord(top, 8, carry);
+        }
+        std::copy(product + n, product + 2 * n, r);
+        Finish(r, carry);
+    }
+    void Finish(Word64* r, Word64 carry) noexcept {
+        const std::size_t n = Size();
         if (carry != 0 || CompareWords({r, n}, m_modulus) >= 0)
             SubWords(r, r, m_modulus.data(), n);
     }

@@ -3,25 +3,89 @@
 #include <algorithm>
 #include <bit>
 
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
+
 namespace vnbytstr::detail {
 
 namespace {
 
 __extension__ using Word128 = unsigned __int128;
 
+// One word of an addition or subtraction with the carry from and to its neighbours.
+#if defined(__x86_64__)
+using Carry = unsigned char;
+inline Carry AddStep(Carry carry, Word64* r, const Word64* a, const Word64* b) noexcept {
+    unsigned long long sum = 0; // the intrinsic's own name for a 64-bit word
+    carry = _addcarry_u64(carry, *a, *b, &sum);
+    *r = sum;
+    return carry;
+}
+inline Carry SubStep(Carry borrow, Word64* r, const Word64* a, const Word64* b) noexcept {
+    unsigned long long difference = 0;
+    borrow = _subborrow_u64(borrow, *a, *b, &difference);
+    *r = difference;
+    return borrow;
+}
+#else
+using Carry = Word64;
+inline Carry AddStep(Carry carry, Word64* r, const Word64* a, const Word64* b) noexcept {
+    const Word128 sum = Word128{*a} + *b + carry;
+    *r = static_cast<Word64>(sum);
+    return static_cast<Word64>(sum >> 64);
+}
+inline Carry SubStep(Carry borrow, Word64* r, const Word64* a, const Word64* b) noexcept {
+    const Word128 difference = Word128{*a} - *b - borrow;
+    *r = static_cast<Word64>(difference);
+    return static_cast<Word64>(difference >> 64) & 1;
+}
+#endif
+
 // From these sizes on (in words) Karatsuba's method is faster; measured with bench_number.
-constexpr std::size_t kKaratsuba = 24;
-constexpr std::size_t kKaratsubaSquare = 40;
+constexpr std::size_t kKaratsuba = 40;
+constexpr std::size_t kKaratsubaSquare = 72;
 
 void MultiplyPlain(Word64* r, const Word64* a, std::size_t an, const Word64* b, std::size_t bn,
                    const WordRows& rows) noexcept {
     std::fill(r, r + an, 0);
+    if (rows.addEightColumns && an % 8 == 0 && bn % 8 == 0 && bn > 0) {
+        for (std::size_t i = 0; i < bn; i += 8) {
+            Word64* const window = r + an + i;
+            std::fill(window, window + 8, 0);
+            rows.addEightColumns(r + i, b + i, a, an / 8, window);
+        }
+        return;
+    }
     for (std::size_t i = 0; i < bn; ++i)
         r[an + i] = rows.addMultiple(r + i, a, an, b[i]);
 }
 
+// As SquarePlain with blocks of eight words in place of words; n is a multiple of eight.
+void SquareEights(Word64* r, const Word64* a, std::size_t n, const WordRows& rows) noexcept {
+    if (n == 8) {
+        rows.squareEight(r, a);
+        return;
+    }
+    std::fill(r, r + n, 0);
+    for (std::size_t i = 0; i + 8 < n; i += 8) {
+        Word64* const window = r + n + i;
+        std::fill(window, window + 8, 0);
+        rows.addEightColumns(r + 2 * i + 8, a + i, a + i + 8, (n - i) / 8 - 1, window);
+    }
+    std::fill(r + 2 * n - 8, r + 2 * n, 0);
+    Word64 squares[2 * kKaratsubaSquare];
+    for (std::size_t i = 0; i < n; i += 8)
+        rows.squareEight(squares + 2 * i, a + i);
+    rows.doubleAndAdd(r, squares, n / 4);
+}
+
 // The products of unlike words once, doubled, and the squares.
 void SquarePlain(Word64* r, const Word64* a, std::size_t n, const WordRows& rows) noexcept {
+    if (rows.addEightColumns && n % 8 == 0) {
+        SquareEights(r, a, n, rows);
+        return;
+    }
     std::fill(r, r + n, 0);
     for (std::size_t i = 0; i + 1 < n; ++i)
         r[n + i] = rows.addMultiple(r + 2 * i + 1, a + i + 1, n - i - 1, a[i]);
@@ -127,25 +191,38 @@ int CompareWords(WordSpan a, WordSpan b) noexcept {
 }
 
 Word64 AddWords(Word64* r, const Word64* a, const Word64* b, std::size_t n) noexcept {
-    Word64 carry = 0;
-    for (std::size_t i = 0; i < n; ++i) {
-        const Word64 partial = a[i] + carry;
-        const Word64 overflow = partial < carry ? 1 : 0;
-        r[i] = partial + b[i];
-        carry = overflow | (r[i] < partial ? 1u : 0u);
+    Carry carry = 0;
+    std::size_t i = 0;
+    for (; n - i >= 8; i += 8) {
+        carry = AddStep(carry, r + i, a + i, b + i);
+        carry = AddStep(carry, r + i + 1, a + i + 1, b + i + 1);
+        carry = AddStep(carry, r + i + 2, a + i + 2, b + i + 2);
+        carry = AddStep(carry, r + i + 3, a + i + 3, b + i + 3);
+        carry = AddStep(carry, r + i + 4, a + i + 4, b + i + 4);
+        carry = AddStep(carry, r + i + 5, a + i + 5, b + i + 5);
+        carry = AddStep(carry, r + i + 6, a + i + 6, b + i + 6);
+        carry = AddStep(carry, r + i + 7, a + i + 7, b + i + 7);
     }
+    for (; i < n; ++i)
+        carry = AddStep(carry, r + i, a + i, b + i);
     return carry;
 }
 
 Word64 SubWords(Word64* r, const Word64* a, const Word64* b, std::size_t n) noexcept {
-    Word64 borrow = 0;
-    for (std::size_t i = 0; i < n; ++i) {
-        const Word64 from = a[i];
-        const Word64 partial = from - b[i];
-        const Word64 under = from < partial ? 1 : 0;
-        r[i] = partial - borrow;
-        borrow = under | (partial < borrow ? 1u : 0u);
+    Carry borrow = 0;
+    std::size_t i = 0;
+    for (; n - i >= 8; i += 8) {
+        borrow = SubStep(borrow, r + i, a + i, b + i);
+        borrow = SubStep(borrow, r + i + 1, a + i + 1, b + i + 1);
+        borrow = SubStep(borrow, r + i + 2, a + i + 2, b + i + 2);
+        borrow = SubStep(borrow, r + i + 3, a + i + 3, b + i + 3);
+        borrow = SubStep(borrow, r + i + 4, a + i + 4, b + i + 4);
+        borrow = SubStep(borrow, r + i + 5, a + i + 5, b + i + 5);
+        borrow = SubStep(borrow, r + i + 6, a + i + 6, b + i + 6);
+        borrow = SubStep(borrow, r + i + 7, a + i + 7, b + i + 7);
     }
+    for (; i < n; ++i)
+        borrow = SubStep(borrow, r + i, a + i, b + i);
     return borrow;
 }
 
