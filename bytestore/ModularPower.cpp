@@ -15,12 +15,13 @@ Word64 InverseOf(Word64 odd) noexcept {
     return inverse;
 }
 
-// Multiplication modulo an odd number; values are kept times 2^(64 n) modulo it.
+// Multiplication modulo an odd number; values are kept times 2^(64 n) modulo it, of n words.
 class Montgomery {
 public:
     explicit Montgomery(WordSpan modulus)
         : m_modulus(modulus.begin(), modulus.end()), m_rows(ActiveWordRows()),
-          m_negatedInverse(0 - InverseOf(modulus[0])), m_product(2 * modulus.size()) {}
+          m_negatedInverse(0 - InverseOf(modulus[0])), m_product(2 * modulus.size()),
+          m_zeros(modulus.size()) {}
 
     std::size_t Size() const noexcept { return m_modulus.size(); }
 
@@ -37,6 +38,8 @@ public:
         std::copy(value, value + Size(), m_product.begin());
         Words left(Size());
         Reduce(left.data());
+        if (CompareWords(left, m_modulus) >= 0)
+            SubWords(left.data(), left.data(), m_modulus.data(), Size());
         Trim(left);
         return left;
     }
@@ -65,7 +68,7 @@ private:
             const Word64 multiple = product[i] * m_negatedInverse;
             product[i] = m_rows.addMultiple(product + i, m_modulus.data(), n, multiple);
         }
-        Finish(r, AddWords(r, product + n, product, n));
+        Finish(r, AddWords(product + n, product + n, product, n));
     }
     // The same for eight words at a time.
     void ReduceEights(Word64* r) noexcept {
@@ -83,19 +86,21 @@ private:
             const Word64 over = AddWords(top, top, window, 8);
             carry = over + AddWord(top, 8, carry);
         }
-        std::copy(product + n, product + 2 * n, r);
         Finish(r, carry);
     }
+    // Values need not be below the modulus in between, only below 2^(64 n): then the reduced
+    // product of two is less than that plus the modulus. The subtraction is done always, of zero
+    // where there is no carry, because the processor cannot guess the carry.
     void Finish(Word64* r, Word64 carry) noexcept {
-        const std::size_t n = Size();
-        if (carry != 0 || CompareWords({r, n}, m_modulus) >= 0)
-            SubWords(r, r, m_modulus.data(), n);
+        const Word64* const subtrahend[] = {m_zeros.data(), m_modulus.data()};
+        SubWords(r, m_product.data() + Size(), subtrahend[carry], Size());
     }
 
     Words m_modulus;
     const WordRows& m_rows;
     Word64 m_negatedInverse;
     Words m_product;
+    Words m_zeros;
 };
 
 // Multiplication modulo a power of two: the low words, cut at the top.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <memory>
 
 #if defined(__x86_64__)
 #include <immintrin.h>
@@ -43,7 +44,7 @@ inline Carry SubStep(Carry borrow, Word64* r, const Word64* a, const Word64* b) 
 #endif
 
 // From these sizes on (in words) Karatsuba's method is faster; measured with bench_number.
-constexpr std::size_t kKaratsuba = 40;
+constexpr std::size_t kKaratsuba = 56;
 constexpr std::size_t kKaratsubaSquare = 72;
 
 void MultiplyPlain(Word64* r, const Word64* a, std::size_t an, const Word64* b, std::size_t bn,
@@ -160,6 +161,11 @@ void MultiplyKaratsuba(Word64* r, const Word64* a, const Word64* b, std::size_t 
                      : carry - SubWords(rest, rest, middle, 2 * low);
     const Word64 over = AddWords(r + low, r + low, rest, 2 * low);
     AddWord(r + 3 * low, 2 * n - 3 * low, over + carry);
+}
+
+void Complement(Words& a) noexcept {
+    for (Word64& word : a)
+        word = ~word;
 }
 
 } // namespace
@@ -280,14 +286,16 @@ void MultiplyWords(Word64* r, WordSpan a, WordSpan b) {
         MultiplyPlain(r, a.data(), a.size(), b.data(), n, rows);
         return;
     }
-    Words scratch(ScratchFor(n));
-    MultiplyKaratsuba(r, a.data(), b.data(), n, scratch.data(), rows);
+    const auto scratch = std::make_unique_for_overwrite<Word64[]>(ScratchFor(n));
+    MultiplyKaratsuba(r, a.data(), b.data(), n, scratch.get(), rows);
+    if (a.size() == n)
+        return;
     // The longer operand in pieces of the shorter one's length.
     Words product(2 * n);
     for (std::size_t at = n; at < a.size(); at += n) {
         const WordSpan piece = a.subspan(at, std::min(n, a.size() - at));
         if (piece.size() == n)
-            MultiplyKaratsuba(product.data(), piece.data(), b.data(), n, scratch.data(), rows);
+            MultiplyKaratsuba(product.data(), piece.data(), b.data(), n, scratch.get(), rows);
         else
             MultiplyWords(product.data(), piece, b);
         std::copy(product.begin() + static_cast<std::ptrdiff_t>(n),
@@ -305,8 +313,8 @@ void SquareWords(Word64* r, WordSpan a) {
         SquarePlain(r, a.data(), a.size(), rows);
         return;
     }
-    Words scratch(ScratchFor(a.size()));
-    MultiplyKaratsuba(r, a.data(), a.data(), a.size(), scratch.data(), rows);
+    const auto scratch = std::make_unique_for_overwrite<Word64[]>(ScratchFor(a.size()));
+    MultiplyKaratsuba(r, a.data(), a.data(), a.size(), scratch.get(), rows);
 }
 
 void MultiplyLowWords(Word64* r, const Word64* a, const Word64* b, std::size_t n) noexcept {
@@ -327,8 +335,11 @@ Words Remainder(WordSpan a, WordSpan m, Words* quotient) {
     const auto shift = static_cast<unsigned>(std::countl_zero(m.back()));
     Words divisor(n);
     ShiftLeftWords(divisor.data(), m.data(), n, shift);
+    // The dividend is kept complemented: subtracting from it is then an addition, the faster of the
+    // rows.
     Words rest(a.size() + 1);
     rest.back() = ShiftLeftWords(rest.data(), a.data(), a.size(), shift);
+    Complement(rest);
     if (quotient)
         quotient->assign(a.size() - n + 1, 0);
 
@@ -336,9 +347,9 @@ Words Remainder(WordSpan a, WordSpan m, Words* quotient) {
     const Word64 top = divisor[n - 1];
     const Word64 second = n > 1 ? divisor[n - 2] : 0;
     for (std::size_t j = a.size() - n + 1; j-- > 0;) {
-        const Word64 high = rest[j + n];
-        const Word64 middle = rest[j + n - 1];
-        const Word64 low = n > 1 ? rest[j + n - 2] : 0;
+        const Word64 high = ~rest[j + n];
+        const Word64 middle = ~rest[j + n - 1];
+        const Word64 low = n > 1 ? ~rest[j + n - 2] : 0;
         Word64 guess = ~Word64{0};
         if (high < top) {
             const Word128 dividend = Word128{high} << 64 | middle;
@@ -352,16 +363,17 @@ Words Remainder(WordSpan a, WordSpan m, Words* quotient) {
                     break;
             }
         }
-        const Word64 borrow = rows.subMultiple(rest.data() + j, divisor.data(), n, guess);
-        rest[j + n] = high - borrow;
+        const Word64 borrow = rows.addMultiple(rest.data() + j, divisor.data(), n, guess);
+        rest[j + n] += borrow;
         if (high < borrow) {
             --guess;
-            rest[j + n] += AddWords(rest.data() + j, rest.data() + j, divisor.data(), n);
+            rest[j + n] -= SubWords(rest.data() + j, rest.data() + j, divisor.data(), n);
         }
         if (quotient)
             (*quotient)[j] = guess;
     }
     rest.resize(n);
+    Complement(rest);
     ShiftRightWords(rest.data(), rest.data(), n, shift);
     Trim(rest);
     if (quotient)

@@ -18,17 +18,6 @@ Word64 AddMultiplePlain(Word64* r, const Word64* a, std::size_t n, Word64 b) noe
     return carry;
 }
 
-Word64 SubMultiplePlain(Word64* r, const Word64* a, std::size_t n, Word64 b) noexcept {
-    Word64 borrow = 0;
-    for (std::size_t i = 0; i < n; ++i) {
-        const Word128 product = Word128{a[i]} * b + borrow;
-        const auto low = static_cast<Word64>(product);
-        borrow = static_cast<Word64>(product >> 64) + (r[i] < low ? 1 : 0);
-        r[i] -= low;
-    }
-    return borrow;
-}
-
 #if defined(__x86_64__)
 
 // Two carry chains run side by side: CF takes the high word of each product into the next place, OF
@@ -41,16 +30,6 @@ Word64 SubMultiplePlain(Word64* r, const Word64* a, std::size_t n, Word64 b) noe
     "adcx %%" in ", %%r8\n\t"                          \
     "adox " #at "(%[r]), %%r8\n\t"                     \
     "movq %%r8, " #at "(%[r])\n\t"
-
-// r - p is the complement of (complement of r) + p, and not changes no flag.
-#define VNBYTSTR_SUB_STEP(at, in, out)                 \
-    "mulx " #at "(%[a]), %%r8, %%" out "\n\t"          \
-    "movq " #at "(%[r]), %%r9\n\t"                     \
-    "notq %%r9\n\t"                                    \
-    "adcx %%" in ", %%r8\n\t"                          \
-    "adox %%r8, %%r9\n\t"                              \
-    "notq %%r9\n\t"                                    \
-    "movq %%r9, " #at "(%[r])\n\t"
 
 #define VNBYTSTR_HEAD_0(STEP)
 #define VNBYTSTR_HEAD_1(STEP) STEP(0, "r10", "r11") "movq %%r11, %%r10\n\t"
@@ -123,7 +102,6 @@ Word64 SubMultiplePlain(Word64* r, const Word64* a, std::size_t n, Word64 b) noe
     }
 
 VNBYTSTR_ROW_FUNCTION(AddMultipleAdx, VNBYTSTR_ADD_STEP)
-VNBYTSTR_ROW_FUNCTION(SubMultipleAdx, VNBYTSTR_SUB_STEP)
 
 // One multiplier in rdx against eight words: the sum of nine words is c0 to c7 and what becomes of
 // c0, whose old word has been stored by then.
@@ -359,12 +337,11 @@ bool HasAdx() noexcept {
     return (b >> 19 & 1) != 0;
 }
 
-constexpr WordRows kAdxRows = {AddMultipleAdx,        SubMultipleAdx, AddEightColumnsAdx,
-                               ReduceEightColumnsAdx, SquareEightAdx, DoubleAndAddAdx};
+constexpr WordRows kAdxRows = {AddMultipleAdx, AddEightColumnsAdx, ReduceEightColumnsAdx,
+                               SquareEightAdx, DoubleAndAddAdx};
 #endif
 
-constexpr WordRows kPlainRows = {AddMultiplePlain, SubMultiplePlain, nullptr,
-                                 nullptr,          nullptr,          nullptr};
+constexpr WordRows kPlainRows = {AddMultiplePlain, nullptr, nullptr, nullptr, nullptr};
 
 } // namespace
 

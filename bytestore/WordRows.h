@@ -13,9 +13,6 @@ using Word64 = std::uint64_t;
 struct WordRows {
     /// r[0..n) += a[0..n) * b; returns the word carried out.
     Word64 (*addMultiple)(Word64* r, const Word64* a, std::size_t n, Word64 b) noexcept;
-    /// r[0..n) -= a[0..n) * b; returns the word borrowed.
-    Word64 (*subMultiple)(Word64* r, const Word64* a, std::size_t n, Word64 b) noexcept;
-
     // Eight words of one operand against all of the other, with the eight words of the sum that are
     // in the making in registers. Null where there is no fast version.
 
