@@ -137,7 +137,7 @@ private:
 };
 
 unsigned WindowFor(std::size_t bits) noexcept {
-    return bits > 1792 ? 6 : bits > 512 ? 5 : bits > 160 ? 4 : bits > 40 ? 3 : bits > 12 ? 2 : 1;
+    return bits > 1280 ? 6 : bits > 448 ? 5 : bits > 160 ? 4 : bits > 40 ? 3 : bits > 12 ? 2 : 1;
 }
 
 bool BitAt(WordSpan a, std::size_t bit) noexcept { return (a[bit / 64] >> bit % 64 & 1) != 0; }

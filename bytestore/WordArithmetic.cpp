@@ -4,43 +4,49 @@
 #include <bit>
 #include <memory>
 
-#if defined(__x86_64__)
-#include <immintrin.h>
-#endif
-
 namespace vnbytstr::detail {
 
 namespace {
 
 __extension__ using Word128 = unsigned __int128;
 
-// One word of an addition or subtraction with the carry from and to its neighbours.
 #if defined(__x86_64__)
-using Carry = unsigned char;
-inline Carry AddStep(Carry carry, Word64* r, const Word64* a, const Word64* b) noexcept {
-    unsigned long long sum = 0; // the intrinsic's own name for a 64-bit word
-    carry = _addcarry_u64(carry, *a, *b, &sum);
-    *r = sum;
-    return carry;
-}
-inline Carry SubStep(Carry borrow, Word64* r, const Word64* a, const Word64* b) noexcept {
-    unsigned long long difference = 0;
-    borrow = _subborrow_u64(borrow, *a, *b, &difference);
-    *r = difference;
-    return borrow;
-}
-#else
-using Carry = Word64;
-inline Carry AddStep(Carry carry, Word64* r, const Word64* a, const Word64* b) noexcept {
-    const Word128 sum = Word128{*a} + *b + carry;
-    *r = static_cast<Word64>(sum);
-    return static_cast<Word64>(sum >> 64);
-}
-inline Carry SubStep(Carry borrow, Word64* r, const Word64* a, const Word64* b) noexcept {
-    const Word128 difference = Word128{*a} - *b - borrow;
-    *r = static_cast<Word64>(difference);
-    return static_cast<Word64>(difference >> 64) & 1;
-}
+// Compilers lose the carry flag between loop turns; lea and dec leave it alone.
+// clang-format off
+#define VNBYTSTR_CARRY_STEP(instruction, at)           \
+    "movq " #at "(%[a],%[i],8), %%rax\n\t"            \
+    instruction " " #at "(%[b],%[i],8), %%rax\n\t"    \
+    "movq %%rax, " #at "(%[r],%[i],8)\n\t"
+#define VNBYTSTR_CARRY_LOOP(instruction)               \
+    std::size_t ones = n % 4;                          \
+    std::size_t fours = n / 4;                         \
+    std::size_t i = 0;                                 \
+    unsigned char carry = 0;                           \
+    asm volatile(                                      \
+        "testq %[ones], %[ones]\n\t"                  \
+        "jz 2f\n"                                      \
+        "1:\n\t"                                      \
+        VNBYTSTR_CARRY_STEP(instruction, 0)            \
+        "leaq 1(%[i]), %[i]\n\t"                      \
+        "decq %[ones]\n\t"                            \
+        "jnz 1b\n"                                     \
+        "2:\n\t"                                      \
+        "jrcxz 4f\n"                                   \
+        "3:\n\t"                                      \
+        VNBYTSTR_CARRY_STEP(instruction, 0)            \
+        VNBYTSTR_CARRY_STEP(instruction, 8)            \
+        VNBYTSTR_CARRY_STEP(instruction, 16)           \
+        VNBYTSTR_CARRY_STEP(instruction, 24)           \
+        "leaq 4(%[i]), %[i]\n\t"                      \
+        "decq %%rcx\n\t"                              \
+        "jnz 3b\n"                                     \
+        "4:\n\t"                                      \
+        "setc %[carry]"                                \
+        : [i] "+r"(i), [ones] "+r"(ones), "+c"(fours), [carry] "=&q"(carry) \
+        : [r] "r"(r), [a] "r"(a), [b] "r"(b)           \
+        : "rax", "cc", "memory");                      \
+    return carry
+// clang-format on
 #endif
 
 // From these sizes on (in words) Karatsuba's method is faster; measured with bench_number.
@@ -163,6 +169,19 @@ void MultiplyKaratsuba(Word64* r, const Word64* a, const Word64* b, std::size_t 
     AddWord(r + 3 * low, 2 * n - 3 * low, over + carry);
 }
 
+// (high, low) / divisor, with high below the divisor.
+Word64 DivideTwoWords(Word64 high, Word64 low, Word64 divisor, Word64& remainder) noexcept {
+#if defined(__x86_64__)
+    asm("divq %[divisor]" : "+a"(low), "+d"(high) : [divisor] "r"(divisor) : "cc");
+    remainder = high;
+    return low;
+#else
+    const Word128 dividend = Word128{high} << 64 | low;
+    remainder = static_cast<Word64>(dividend % divisor);
+    return static_cast<Word64>(dividend / divisor);
+#endif
+}
+
 void Complement(Words& a) noexcept {
     for (Word64& word : a)
         word = ~word;
@@ -197,39 +216,31 @@ int CompareWords(WordSpan a, WordSpan b) noexcept {
 }
 
 Word64 AddWords(Word64* r, const Word64* a, const Word64* b, std::size_t n) noexcept {
-    Carry carry = 0;
-    std::size_t i = 0;
-    for (; n - i >= 8; i += 8) {
-        carry = AddStep(carry, r + i, a + i, b + i);
-        carry = AddStep(carry, r + i + 1, a + i + 1, b + i + 1);
-        carry = AddStep(carry, r + i + 2, a + i + 2, b + i + 2);
-        carry = AddStep(carry, r + i + 3, a + i + 3, b + i + 3);
-        carry = AddStep(carry, r + i + 4, a + i + 4, b + i + 4);
-        carry = AddStep(carry, r + i + 5, a + i + 5, b + i + 5);
-        carry = AddStep(carry, r + i + 6, a + i + 6, b + i + 6);
-        carry = AddStep(carry, r + i + 7, a + i + 7, b + i + 7);
+#if defined(VNBYTSTR_CARRY_LOOP)
+    VNBYTSTR_CARRY_LOOP("adcq");
+#else
+    Word64 carry = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+        const Word128 sum = Word128{a[i]} + b[i] + carry;
+        r[i] = static_cast<Word64>(sum);
+        carry = static_cast<Word64>(sum >> 64);
     }
-    for (; i < n; ++i)
-        carry = AddStep(carry, r + i, a + i, b + i);
     return carry;
+#endif
 }
 
 Word64 SubWords(Word64* r, const Word64* a, const Word64* b, std::size_t n) noexcept {
-    Carry borrow = 0;
-    std::size_t i = 0;
-    for (; n - i >= 8; i += 8) {
-        borrow = SubStep(borrow, r + i, a + i, b + i);
-        borrow = SubStep(borrow, r + i + 1, a + i + 1, b + i + 1);
-        borrow = SubStep(borrow, r + i + 2, a + i + 2, b + i + 2);
-        borrow = SubStep(borrow, r + i + 3, a + i + 3, b + i + 3);
-        borrow = SubStep(borrow, r + i + 4, a + i + 4, b + i + 4);
-        borrow = SubStep(borrow, r + i + 5, a + i + 5, b + i + 5);
-        borrow = SubStep(borrow, r + i + 6, a + i + 6, b + i + 6);
-        borrow = SubStep(borrow, r + i + 7, a + i + 7, b + i + 7);
+#if defined(VNBYTSTR_CARRY_LOOP)
+    VNBYTSTR_CARRY_LOOP("sbbq");
+#else
+    Word64 borrow = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+        const Word128 difference = Word128{a[i]} - b[i] - borrow;
+        r[i] = static_cast<Word64>(difference);
+        borrow = static_cast<Word64>(difference >> 64) & 1;
     }
-    for (; i < n; ++i)
-        borrow = SubStep(borrow, r + i, a + i, b + i);
     return borrow;
+#endif
 }
 
 Word64 AddWord(Word64* r, std::size_t n, Word64 b) noexcept {
@@ -352,9 +363,8 @@ Words Remainder(WordSpan a, WordSpan m, Words* quotient) {
         const Word64 low = n > 1 ? ~rest[j + n - 2] : 0;
         Word64 guess = ~Word64{0};
         if (high < top) {
-            const Word128 dividend = Word128{high} << 64 | middle;
-            guess = static_cast<Word64>(dividend / top);
-            auto remainder = static_cast<Word64>(dividend % top);
+            Word64 remainder = 0;
+            guess = DivideTwoWords(high, middle, top, remainder);
             // At most two steps; the guess is then at most one too large.
             while (Word128{guess} * second > (Word128{remainder} << 64 | low)) {
                 --guess;
