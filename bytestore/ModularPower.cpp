@@ -45,11 +45,11 @@ public:
     }
     // r may be a or b.
     void Multiply(Word64* r, const Word64* a, const Word64* b) {
-        MultiplyWords(m_product.data(), {a, Size()}, {b, Size()});
+        MultiplyWords(m_product.data(), {a, Size()}, {b, Size()}, m_rows);
         Reduce(r);
     }
     void Square(Word64* r, const Word64* a) {
-        SquareWords(m_product.data(), {a, Size()});
+        SquareWords(m_product.data(), {a, Size()}, m_rows);
         Reduce(r);
     }
 

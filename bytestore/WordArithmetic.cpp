@@ -288,10 +288,9 @@ Word64 ShiftRightWords(Word64* r, const Word64* a, std::size_t n, unsigned bits)
     return above;
 }
 
-void MultiplyWords(Word64* r, WordSpan a, WordSpan b) {
+void MultiplyWords(Word64* r, WordSpan a, WordSpan b, const WordRows& rows) {
     if (a.size() < b.size())
         std::swap(a, b);
-    const WordRows& rows = ActiveWordRows();
     const std::size_t n = b.size();
     if (n < kKaratsuba) {
         MultiplyPlain(r, a.data(), a.size(), b.data(), n, rows);
@@ -308,7 +307,7 @@ void MultiplyWords(Word64* r, WordSpan a, WordSpan b) {
         if (piece.size() == n)
             MultiplyKaratsuba(product.data(), piece.data(), b.data(), n, scratch.get(), rows);
         else
-            MultiplyWords(product.data(), piece, b);
+            MultiplyWords(product.data(), piece, b, rows);
         std::copy(product.begin() + static_cast<std::ptrdiff_t>(n),
                   product.begin() + static_cast<std::ptrdiff_t>(n + piece.size()), r + at + n);
         const Word64 carry = AddWords(r + at, r + at, product.data(), n);
@@ -316,8 +315,7 @@ void MultiplyWords(Word64* r, WordSpan a, WordSpan b) {
     }
 }
 
-void SquareWords(Word64* r, WordSpan a) {
-    const WordRows& rows = ActiveWordRows();
+void SquareWords(Word64* r, WordSpan a, const WordRows& rows) {
     if (a.empty())
         return;
     if (a.size() < kKaratsubaSquare) {
