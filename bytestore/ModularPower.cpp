@@ -15,12 +15,13 @@ Word64 InverseOf(Word64 odd) noexcept {
     return inverse;
 }
 
-// Multiplication modulo an odd number; values are kept times 2^(64 n) modulo it.
+// Multiplication modulo an odd number; values are kept times 2^(64 n) modulo it, of n words.
 class Montgomery {
 public:
     explicit Montgomery(WordSpan modulus)
         : m_modulus(modulus.begin(), modulus.end()), m_rows(ActiveWordRows()),
-          m_negatedInverse(0 - InverseOf(modulus[0])), m_product(2 * modulus.size()) {}
+          m_negatedInverse(0 - InverseOf(modulus[0])), m_product(2 * modulus.size()),
+          m_zeros(modulus.size()) {}
 
     std::size_t Size() const noexcept { return m_modulus.size(); }
 
@@ -37,16 +38,18 @@ public:
         std::copy(value, value + Size(), m_product.begin());
         Words left(Size());
         Reduce(left.data());
+        if (CompareWords(left, m_modulus) >= 0)
+            SubWords(left.data(), left.data(), m_modulus.data(), Size());
         Trim(left);
         return left;
     }
     // r may be a or b.
     void Multiply(Word64* r, const Word64* a, const Word64* b) {
-        MultiplyWords(m_product.data(), {a, Size()}, {b, Size()});
+        MultiplyWords(m_product.data(), {a, Size()}, {b, Size()}, m_rows);
         Reduce(r);
     }
     void Square(Word64* r, const Word64* a) {
-        SquareWords(m_product.data(), {a, Size()});
+        SquareWords(m_product.data(), {a, Size()}, m_rows);
         Reduce(r);
     }
 
@@ -57,19 +60,47 @@ private:
     void Reduce(Word64* r) noexcept {
         Word64* const product = m_product.data();
         const std::size_t n = Size();
+        if (m_rows.reduceEightColumns && n % 8 == 0) {
+            ReduceEights(r);
+            return;
+        }
         for (std::size_t i = 0; i < n; ++i) {
             const Word64 multiple = product[i] * m_negatedInverse;
             product[i] = m_rows.addMultiple(product + i, m_modulus.data(), n, multiple);
         }
-        const Word64 carry = AddWords(r, product + n, product, n);
-        if (carry != 0 || CompareWords({r, n}, m_modulus) >= 0)
-            SubWords(r, r, m_modulus.data(), n);
+        Finish(r, AddWords(product + n, product + n, product, n));
+    }
+    // The same for eight words at a time.
+    void ReduceEights(Word64* r) noexcept {
+        Word64* const product = m_product.data();
+        const std::size_t n = Size();
+        Word64 carry = 0;
+        for (std::size_t i = 0; i < n; i += 8) {
+            Word64 multiples[8];
+            Word64* const window = product + i; // no longer needed as a part of the product
+            m_rows.reduceEightColumns(window, m_modulus.data(), multiples, m_negatedInverse);
+            if (n > 8)
+                m_rows.addEightColumns(product + i + 8, multiples, m_modulus.data() + 8, n / 8 - 1,
+                                       window);
+            Word64* const top = product + i + n;
+            const Word64 over = AddWords(top, top, window, 8);
+            carry = over + AddWord(top, 8, carry);
+        }
+        Finish(r, carry);
+    }
+    // Values need not be below the modulus in between, only below 2^(64 n): then the reduced
+    // product of two is less than that plus the modulus. The subtraction is done always, of zero
+    // where there is no carry, because the processor cannot guess the carry.
+    void Finish(Word64* r, Word64 carry) noexcept {
+        const Word64* const subtrahend[] = {m_zeros.data(), m_modulus.data()};
+        SubWords(r, m_product.data() + Size(), subtrahend[carry], Size());
     }
 
     Words m_modulus;
     const WordRows& m_rows;
     Word64 m_negatedInverse;
     Words m_product;
+    Words m_zeros;
 };
 
 // Multiplication modulo a power of two: the low words, cut at the top.
@@ -106,7 +137,7 @@ private:
 };
 
 unsigned WindowFor(std::size_t bits) noexcept {
-    return bits > 1792 ? 6 : bits > 512 ? 5 : bits > 160 ? 4 : bits > 40 ? 3 : bits > 12 ? 2 : 1;
+    return bits > 1280 ? 6 : bits > 448 ? 5 : bits > 160 ? 4 : bits > 40 ? 3 : bits > 12 ? 2 : 1;
 }
 
 bool BitAt(WordSpan a, std::size_t bit) noexcept { return (a[bit / 64] >> bit % 64 & 1) != 0; }

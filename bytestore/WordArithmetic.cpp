@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <memory>
 
 namespace vnbytstr::detail {
 
@@ -9,19 +10,89 @@ namespace {
 
 __extension__ using Word128 = unsigned __int128;
 
+#if defined(__x86_64__)
+// Compilers lose the carry flag between loop turns; lea and dec leave it alone.
+// clang-format off
+#define VNBYTSTR_CARRY_STEP(instruction, at)           \
+    "movq " #at "(%[a],%[i],8), %%rax\n\t"            \
+    instruction " " #at "(%[b],%[i],8), %%rax\n\t"    \
+    "movq %%rax, " #at "(%[r],%[i],8)\n\t"
+#define VNBYTSTR_CARRY_LOOP(instruction)               \
+    std::size_t ones = n % 4;                          \
+    std::size_t fours = n / 4;                         \
+    std::size_t i = 0;                                 \
+    unsigned char carry = 0;                           \
+    asm volatile(                                      \
+        "testq %[ones], %[ones]\n\t"                  \
+        "jz 2f\n"                                      \
+        "1:\n\t"                                      \
+        VNBYTSTR_CARRY_STEP(instruction, 0)            \
+        "leaq 1(%[i]), %[i]\n\t"                      \
+        "decq %[ones]\n\t"                            \
+        "jnz 1b\n"                                     \
+        "2:\n\t"                                      \
+        "jrcxz 4f\n"                                   \
+        "3:\n\t"                                      \
+        VNBYTSTR_CARRY_STEP(instruction, 0)            \
+        VNBYTSTR_CARRY_STEP(instruction, 8)            \
+        VNBYTSTR_CARRY_STEP(instruction, 16)           \
+        VNBYTSTR_CARRY_STEP(instruction, 24)           \
+        "leaq 4(%[i]), %[i]\n\t"                      \
+        "decq %%rcx\n\t"                              \
+        "jnz 3b\n"                                     \
+        "4:\n\t"                                      \
+        "setc %[carry]"                                \
+        : [i] "+r"(i), [ones] "+r"(ones), "+c"(fours), [carry] "=&q"(carry) \
+        : [r] "r"(r), [a] "r"(a), [b] "r"(b)           \
+        : "rax", "cc", "memory");                      \
+    return carry
+// clang-format on
+#endif
+
 // From these sizes on (in words) Karatsuba's method is faster; measured with bench_number.
-constexpr std::size_t kKaratsuba = 24;
-constexpr std::size_t kKaratsubaSquare = 40;
+constexpr std::size_t kKaratsuba = 56;
+constexpr std::size_t kKaratsubaSquare = 72;
 
 void MultiplyPlain(Word64* r, const Word64* a, std::size_t an, const Word64* b, std::size_t bn,
                    const WordRows& rows) noexcept {
     std::fill(r, r + an, 0);
+    if (rows.addEightColumns && an % 8 == 0 && bn % 8 == 0 && bn > 0) {
+        for (std::size_t i = 0; i < bn; i += 8) {
+            Word64* const window = r + an + i;
+            std::fill(window, window + 8, 0);
+            rows.addEightColumns(r + i, b + i, a, an / 8, window);
+        }
+        return;
+    }
     for (std::size_t i = 0; i < bn; ++i)
         r[an + i] = rows.addMultiple(r + i, a, an, b[i]);
 }
 
+// As SquarePlain with blocks of eight words in place of words; n is a multiple of eight.
+void SquareEights(Word64* r, const Word64* a, std::size_t n, const WordRows& rows) noexcept {
+    if (n == 8) {
+        rows.squareEight(r, a);
+        return;
+    }
+    std::fill(r, r + n, 0);
+    for (std::size_t i = 0; i + 8 < n; i += 8) {
+        Word64* const window = r + n + i;
+        std::fill(window, window + 8, 0);
+        rows.addEightColumns(r + 2 * i + 8, a + i, a + i + 8, (n - i) / 8 - 1, window);
+    }
+    std::fill(r + 2 * n - 8, r + 2 * n, 0);
+    Word64 squares[2 * kKaratsubaSquare];
+    for (std::size_t i = 0; i < n; i += 8)
+        rows.squareEight(squares + 2 * i, a + i);
+    rows.doubleAndAdd(r, squares, n / 4);
+}
+
 // The products of unlike words once, doubled, and the squares.
 void SquarePlain(Word64* r, const Word64* a, std::size_t n, const WordRows& rows) noexcept {
+    if (rows.addEightColumns && n % 8 == 0) {
+        SquareEights(r, a, n, rows);
+        return;
+    }
     std::fill(r, r + n, 0);
     for (std::size_t i = 0; i + 1 < n; ++i)
         r[n + i] = rows.addMultiple(r + 2 * i + 1, a + i + 1, n - i - 1, a[i]);
@@ -98,6 +169,24 @@ void MultiplyKaratsuba(Word64* r, const Word64* a, const Word64* b, std::size_t 
     AddWord(r + 3 * low, 2 * n - 3 * low, over + carry);
 }
 
+// (high, low) / divisor, with high below the divisor.
+Word64 DivideTwoWords(Word64 high, Word64 low, Word64 divisor, Word64& remainder) noexcept {
+#if defined(__x86_64__)
+    asm("divq %[divisor]" : "+a"(low), "+d"(high) : [divisor] "r"(divisor) : "cc");
+    remainder = high;
+    return low;
+#else
+    const Word128 dividend = Word128{high} << 64 | low;
+    remainder = static_cast<Word64>(dividend % divisor);
+    return static_cast<Word64>(dividend / divisor);
+#endif
+}
+
+void Complement(Words& a) noexcept {
+    for (Word64& word : a)
+        word = ~word;
+}
+
 } // namespace
 
 WordSpan Trimmed(WordSpan a) noexcept {
@@ -127,26 +216,31 @@ int CompareWords(WordSpan a, WordSpan b) noexcept {
 }
 
 Word64 AddWords(Word64* r, const Word64* a, const Word64* b, std::size_t n) noexcept {
+#if defined(VNBYTSTR_CARRY_LOOP)
+    VNBYTSTR_CARRY_LOOP("adcq");
+#else
     Word64 carry = 0;
     for (std::size_t i = 0; i < n; ++i) {
-        const Word64 partial = a[i] + carry;
-        const Word64 overflow = partial < carry ? 1 : 0;
-        r[i] = partial + b[i];
-        carry = overflow | (r[i] < partial ? 1u : 0u);
+        const Word128 sum = Word128{a[i]} + b[i] + carry;
+        r[i] = static_cast<Word64>(sum);
+        carry = static_cast<Word64>(sum >> 64);
     }
     return carry;
+#endif
 }
 
 Word64 SubWords(Word64* r, const Word64* a, const Word64* b, std::size_t n) noexcept {
+#if defined(VNBYTSTR_CARRY_LOOP)
+    VNBYTSTR_CARRY_LOOP("sbbq");
+#else
     Word64 borrow = 0;
     for (std::size_t i = 0; i < n; ++i) {
-        const Word64 from = a[i];
-        const Word64 partial = from - b[i];
-        const Word64 under = from < partial ? 1 : 0;
-        r[i] = partial - borrow;
-        borrow = under | (partial < borrow ? 1u : 0u);
+        const Word128 difference = Word128{a[i]} - b[i] - borrow;
+        r[i] = static_cast<Word64>(difference);
+        borrow = static_cast<Word64>(difference >> 64) & 1;
     }
     return borrow;
+#endif
 }
 
 Word64 AddWord(Word64* r, std::size_t n, Word64 b) noexcept {
@@ -194,25 +288,26 @@ Word64 ShiftRightWords(Word64* r, const Word64* a, std::size_t n, unsigned bits)
     return above;
 }
 
-void MultiplyWords(Word64* r, WordSpan a, WordSpan b) {
+void MultiplyWords(Word64* r, WordSpan a, WordSpan b, const WordRows& rows) {
     if (a.size() < b.size())
         std::swap(a, b);
-    const WordRows& rows = ActiveWordRows();
     const std::size_t n = b.size();
     if (n < kKaratsuba) {
         MultiplyPlain(r, a.data(), a.size(), b.data(), n, rows);
         return;
     }
-    Words scratch(ScratchFor(n));
-    MultiplyKaratsuba(r, a.data(), b.data(), n, scratch.data(), rows);
+    const auto scratch = std::make_unique_for_overwrite<Word64[]>(ScratchFor(n));
+    MultiplyKaratsuba(r, a.data(), b.data(), n, scratch.get(), rows);
+    if (a.size() == n)
+        return;
     // The longer operand in pieces of the shorter one's length.
     Words product(2 * n);
     for (std::size_t at = n; at < a.size(); at += n) {
         const WordSpan piece = a.subspan(at, std::min(n, a.size() - at));
         if (piece.size() == n)
-            MultiplyKaratsuba(product.data(), piece.data(), b.data(), n, scratch.data(), rows);
+            MultiplyKaratsuba(product.data(), piece.data(), b.data(), n, scratch.get(), rows);
         else
-            MultiplyWords(product.data(), piece, b);
+            MultiplyWords(product.data(), piece, b, rows);
         std::copy(product.begin() + static_cast<std::ptrdiff_t>(n),
                   product.begin() + static_cast<std::ptrdiff_t>(n + piece.size()), r + at + n);
         const Word64 carry = AddWords(r + at, r + at, product.data(), n);
@@ -220,16 +315,15 @@ void MultiplyWords(Word64* r, WordSpan a, WordSpan b) {
     }
 }
 
-void SquareWords(Word64* r, WordSpan a) {
-    const WordRows& rows = ActiveWordRows();
+void SquareWords(Word64* r, WordSpan a, const WordRows& rows) {
     if (a.empty())
         return;
     if (a.size() < kKaratsubaSquare) {
         SquarePlain(r, a.data(), a.size(), rows);
         return;
     }
-    Words scratch(ScratchFor(a.size()));
-    MultiplyKaratsuba(r, a.data(), a.data(), a.size(), scratch.data(), rows);
+    const auto scratch = std::make_unique_for_overwrite<Word64[]>(ScratchFor(a.size()));
+    MultiplyKaratsuba(r, a.data(), a.data(), a.size(), scratch.get(), rows);
 }
 
 void MultiplyLowWords(Word64* r, const Word64* a, const Word64* b, std::size_t n) noexcept {
@@ -250,8 +344,11 @@ Words Remainder(WordSpan a, WordSpan m, Words* quotient) {
     const auto shift = static_cast<unsigned>(std::countl_zero(m.back()));
     Words divisor(n);
     ShiftLeftWords(divisor.data(), m.data(), n, shift);
+    // The dividend is kept complemented: subtracting from it is then an addition, the faster of the
+    // rows.
     Words rest(a.size() + 1);
     rest.back() = ShiftLeftWords(rest.data(), a.data(), a.size(), shift);
+    Complement(rest);
     if (quotient)
         quotient->assign(a.size() - n + 1, 0);
 
@@ -259,14 +356,13 @@ Words Remainder(WordSpan a, WordSpan m, Words* quotient) {
     const Word64 top = divisor[n - 1];
     const Word64 second = n > 1 ? divisor[n - 2] : 0;
     for (std::size_t j = a.size() - n + 1; j-- > 0;) {
-        const Word64 high = rest[j + n];
-        const Word64 middle = rest[j + n - 1];
-        const Word64 low = n > 1 ? rest[j + n - 2] : 0;
+        const Word64 high = ~rest[j + n];
+        const Word64 middle = ~rest[j + n - 1];
+        const Word64 low = n > 1 ? ~rest[j + n - 2] : 0;
         Word64 guess = ~Word64{0};
         if (high < top) {
-            const Word128 dividend = Word128{high} << 64 | middle;
-            guess = static_cast<Word64>(dividend / top);
-            auto remainder = static_cast<Word64>(dividend % top);
+            Word64 remainder = 0;
+            guess = DivideTwoWords(high, middle, top, remainder);
             // At most two steps; the guess is then at most one too large.
             while (Word128{guess} * second > (Word128{remainder} << 64 | low)) {
                 --guess;
@@ -275,16 +371,17 @@ Words Remainder(WordSpan a, WordSpan m, Words* quotient) {
                     break;
             }
         }
-        const Word64 borrow = rows.subMultiple(rest.data() + j, divisor.data(), n, guess);
-        rest[j + n] = high - borrow;
+        const Word64 borrow = rows.addMultiple(rest.data() + j, divisor.data(), n, guess);
+        rest[j + n] += borrow;
         if (high < borrow) {
             --guess;
-            rest[j + n] += AddWords(rest.data() + j, rest.data() + j, divisor.data(), n);
+            rest[j + n] -= SubWords(rest.data() + j, rest.data() + j, divisor.data(), n);
         }
         if (quotient)
             (*quotient)[j] = guess;
     }
     rest.resize(n);
+    Complement(rest);
     ShiftRightWords(rest.data(), rest.data(), n, shift);
     Trim(rest);
     if (quotient)

@@ -35,9 +35,9 @@ Word64 ShiftRightWords(Word64* r, const Word64* a, std::size_t n, unsigned bits)
 
 /// r[0..an + bn) = a * b; r has that many words. Schoolbook, and Karatsuba's method (A. Karatsuba,
 /// Yu. Ofman, Soviet Physics Doklady 7, 1963) for long operands.
-void MultiplyWords(Word64* r, WordSpan a, WordSpan b);
+void MultiplyWords(Word64* r, WordSpan a, WordSpan b, const WordRows& rows = ActiveWordRows());
 /// r[0..2n) = a * a.
-void SquareWords(Word64* r, WordSpan a);
+void SquareWords(Word64* r, WordSpan a, const WordRows& rows = ActiveWordRows());
 /// r[0..n) = the low n words of a * b, both of n words.
 void MultiplyLowWords(Word64* r, const Word64* a, const Word64* b, std::size_t n) noexcept;
 
