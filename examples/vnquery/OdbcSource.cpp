@@ -100,7 +100,7 @@ OdbcSource::OdbcSource(const std::string& connection, const std::string& sql)
     m_statement =
         std::make_unique<Handle>(static_cast<SQLSMALLINT>(SQL_HANDLE_STMT), m_connection->Get());
     std::vector<SQLWCHAR> text = ToWide(sql);
-    m_watcher = std::jthread([this](std::stop_token stop) { CancelOnSignal(stop); });
+    m_watcher = std::jthread([this](const std::stop_token& stop) { CancelOnSignal(stop); });
     const SQLRETURN result = SQLExecDirectW(m_statement->Get(), text.data(), SQL_NTS);
     if (result != SQL_NO_DATA)
         Check(result, "cannot run the query");

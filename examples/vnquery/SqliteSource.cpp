@@ -205,8 +205,9 @@ void SqliteSource::PrepareDetails() {
         if (!plan.isInPieces)
             continue;
         const std::string name = QuoteName(plan.name);
-        columns += (columns.empty() ? "typeof(" : ", typeof(") + name + "), CASE WHEN typeof(" +
-                   name + ") IN " + longTypes + " THEN NULL ELSE " + name + " END";
+        columns.append(columns.empty() ? "typeof(" : ", typeof(").append(name);
+        columns.append("), CASE WHEN typeof(").append(name).append(") IN ").append(longTypes);
+        columns.append(" THEN NULL ELSE ").append(name).append(" END");
     }
     m_details = Prepare("SELECT " + columns + " FROM " + QuoteName(m_schema) + "." +
                         QuoteName(m_table) + " WHERE " + m_rowId + " = ?");
