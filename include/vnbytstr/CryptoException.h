@@ -7,15 +7,16 @@
 class VNBYTSTR_API CCryptoException : public CException {
     DECLARE_DYNAMIC(CCryptoException)
 public:
-    /// `code` is 0 for an output buffer that is too small; `line` and `file` name the place that threw.
+    /// `code` is 0 for an output buffer that is too small; `line` and `file` name the place that
+    /// threw.
     CCryptoException(int code, int line, const char* file)
         : m_nCode(code), m_nLine(line), m_strFile(file) {}
 
     /// The text below, and no help context.
     BOOL GetErrorMessage(char* buffer, UINT size, UINT* helpContext = nullptr) const override;
-    /// Writes "Cryptographic error %d (%s,%d)" with the code, the file's base name in upper case ("?"
-    /// when the file is empty) and the line into `buffer`, at most `size` characters and always ended by
-    /// a NUL. FALSE when there is no room for even that.
+    /// Writes "Cryptographic error %d (%s,%d)" with the code, the file's base name in upper case
+    /// ("?" when the file is empty) and the line into `buffer`, at most `size` characters and
+    /// always ended by a NUL. FALSE when there is no room for even that.
     virtual BOOL GetErrorMessage(char* buffer, int size);
 
     int GetCode() const { return m_nCode; }

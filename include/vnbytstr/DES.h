@@ -1,7 +1,7 @@
 // CDES: the Data Encryption Standard, for existing peers.
 //
-// Single DES has a key of 56 bits, which is found by trying within a day. It is here to talk to peers
-// that speak nothing else, and protects nothing today.
+// Single DES has a key of 56 bits, which is found by trying within a day. It is here to talk to
+// peers that speak nothing else, and protects nothing today.
 #pragma once
 
 #include "platform/framework/Export.h"
@@ -9,8 +9,8 @@
 
 class CByteStream;
 
-/// Enciphers and deciphers with single DES (FIPS 46-3) in electronic code book or cipher block chaining
-/// mode (FIPS 81), on request with padding (PKCS #5) and in segments.
+/// Enciphers and deciphers with single DES (FIPS 46-3) in electronic code book or cipher block
+/// chaining mode (FIPS 81), on request with padding (PKCS #5) and in segments.
 ///
 /// Threads: one at a time.
 class VNBYTSTR_API CDES {
@@ -23,12 +23,13 @@ public:
     CDES(const BYTE* key, int length);
     explicit CDES(const char* key);
 
-    /// Takes the first 8 bytes of the key (zeros for those missing; a negative length is 8; parity bits
-    /// do not matter). Ends a segmented run and clears the segmented flag.
+    /// Takes the first 8 bytes of the key (zeros for those missing; a negative length is 8; parity
+    /// bits do not matter). Ends a segmented run and clears the segmented flag.
     void SetKey(const BYTE* key, int length);
     /// The text's characters are the key's bytes.
     void SetKey(const char* key);
-    /// Takes the first 8 bytes in the same way. A segmented run that has begun goes on all the same.
+    /// Takes the first 8 bytes in the same way. A segmented run that has begun goes on all the
+    /// same.
     void SetInitializationVector(const BYTE* vector, int length);
     void SetInitializationVector(const char* vector);
     /// The 8 bytes kept.
@@ -37,8 +38,9 @@ public:
 
     EMode GetMode() const { return m_mode; }
     void SetMode(EMode mode) { m_mode = mode; }
-    /// Whether Encrypt appends 1 to 8 bytes of padding and Decrypt takes them off. What Decrypt takes off
-    /// is what the last byte says, unchecked: damaged data gives a wrong length, and no error.
+    /// Whether Encrypt appends 1 to 8 bytes of padding and Decrypt takes them off. What Decrypt
+    /// takes off is what the last byte says, unchecked: damaged data gives a wrong length, and no
+    /// error.
     bool GetPad() const { return m_pad; }
     void SetPad(bool pad) { m_pad = pad; }
     /// Whether the next chained call goes on where the one before ended. The first begins with the
@@ -46,23 +48,25 @@ public:
     bool GetSegmented() const { return m_segmented; }
     void SetSegmented(bool segmented) { m_segmented = segmented; }
 
-    /// Enciphers `length` bytes. With `output` null, only sets `outputLength` to the room needed: `length`
-    /// rounded up to a multiple of 8, with padding to the next higher one. Else `outputLength` is the room
-    /// before and the result's length after, which without padding is `length`, although the last 8 bytes
-    /// are written whole: keep the rounded length for Decrypt. A partial last block is filled with zeros
-    /// and does not enter the chain of a segmented run. `output` may be `input`; otherwise they must not
-    /// overlap. CCryptoException with code 0 when the room, rounded down to a multiple of 8, is less than
-    /// the result's length; nothing is written then and `outputLength` is left rounded down.
-    /// A room that holds the length but not the whole last block is too small too.
+    /// Enciphers `length` bytes. With `output` null, only sets `outputLength` to the room needed:
+    /// `length` rounded up to a multiple of 8, with padding to the next higher one. Else
+    /// `outputLength` is the room before and the result's length after, which without padding is
+    /// `length`, although the last 8 bytes are written whole: keep the rounded length for Decrypt.
+    /// A partial last block is filled with zeros and does not enter the chain of a segmented run.
+    /// `output` may be `input`; otherwise they must not overlap. CCryptoException with code 0 when
+    /// the room, rounded down to a multiple of 8, is less than the result's length; nothing is
+    /// written then and `outputLength` is left rounded down. A room that holds the length but not
+    /// the whole last block is too small too.
     void Encrypt(const BYTE* input, int length, BYTE* output, int& outputLength);
-    /// Deciphers. With `output` null, sets `outputLength` to `length`. A partial last block is read as a
-    /// whole one, so `input` needs room up to a multiple of 8. Errors as with Encrypt.
+    /// Deciphers. With `output` null, sets `outputLength` to `length`. A partial last block is read
+    /// as a whole one, so `input` needs room up to a multiple of 8. Errors as with Encrypt.
     void Decrypt(const BYTE* input, int length, BYTE* output, int& outputLength);
 
-    /// Replaces the content of the stream, which must be in memory (CCacheException(2)). Lengths are taken
-    /// modulo 65536, so these are for results below 65536 bytes: longer ones give CCryptoException with
-    /// code 0, and the stream as it was. Use the Encrypt and Decrypt of CByteStream for those. Without
-    /// padding the rest of a partial last block is cut off: only whole blocks come back.
+    /// Replaces the content of the stream, which must be in memory (CCacheException(2)). Lengths
+    /// are taken modulo 65536, so these are for results below 65536 bytes: longer ones give
+    /// CCryptoException with code 0, and the stream as it was. Use the Encrypt and Decrypt of
+    /// CByteStream for those. Without padding the rest of a partial last block is cut off: only
+    /// whole blocks come back.
     void Encrypt(CByteStream& stream);
     void Decrypt(CByteStream& stream);
 

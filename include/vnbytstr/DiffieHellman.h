@@ -1,20 +1,21 @@
 // CDiffieHellman: one side of a Diffie-Hellman key agreement, for existing peers.
 //
-// Its random numbers come from the C library's rand, seeded with the time in seconds: whoever knows when
-// a key was made knows the key. It is here to talk to existing peers and protects nothing today.
+// Its random numbers come from the C library's rand, seeded with the time in seconds: whoever knows
+// when a key was made knows the key. It is here to talk to existing peers and protects nothing
+// today.
 #pragma once
 
 #include "vnbytstr/ByteStream.h"
 
-/// A key agreement (W. Diffie, M. Hellman, New Directions in Cryptography, 1976; RFC 2631) over a modulus
-/// N and a generator G that the caller supplies. All numbers are big-endian byte strings.
+/// A key agreement (W. Diffie, M. Hellman, New Directions in Cryptography, 1976; RFC 2631) over a
+/// modulus N and a generator G that the caller supplies. All numbers are big-endian byte strings.
 ///
-/// The numbers are loaded into CFixedBinary, which takes whole blocks of four bytes: of a length that is
-/// no multiple of four the last length % 4 bytes are dropped. A generator of one byte counts as zero;
-/// pad it in front to four bytes, and the others likewise.
+/// The numbers are loaded into CFixedBinary, which takes whole blocks of four bytes: of a length
+/// that is no multiple of four the last length % 4 bytes are dropped. A generator of one byte
+/// counts as zero; pad it in front to four bytes, and the others likewise.
 ///
-/// The order: SetG, SetN, SetExponentLength, GenerateX; send GetX to the peer; SetY with what the peer
-/// sent; ComputeK; GetK. Threads: one at a time.
+/// The order: SetG, SetN, SetExponentLength, GenerateX; send GetX to the peer; SetY with what the
+/// peer sent; ComputeK; GetK. Threads: one at a time.
 class VNBYTSTR_API CDiffieHellman {
 public:
     /// All empty, exponent length 0.
@@ -35,16 +36,18 @@ public:
     void SetY(const CByteStream& value) { m_Y = value; }
     void SetY(const BYTE* bytes, WORD length) { Assign(m_Y, bytes, length); }
 
-    /// Own public value, the peer's, and the shared key. A `length` of -1 (any negative one) gives the whole value; one
-    /// up to the value's length its first bytes; a longer one the value with zero bytes in front.
+    /// Own public value, the peer's, and the shared key. A `length` of -1 (any negative one) gives
+    /// the whole value; one up to the value's length its first bytes; a longer one the value with
+    /// zero bytes in front.
     CByteStream GetX(int length) const { return Take(m_X, length); }
     CByteStream GetY(int length) const { return Take(m_Y, length); }
     CByteStream GetK(int length) const { return Take(m_K, length); }
 
-    /// Draws the private exponent x and computes X = G ^ x mod N. 1, or 0 when G or N is empty or the
-    /// exponent length is not positive. Seeds rand with the time in seconds on every call, so two calls in
-    /// one second draw the same bytes; rand is the process's, so a seed of the program's own is lost. The
-    /// bytes of a second call are appended to those of the first: x then is a longer number.
+    /// Draws the private exponent x and computes X = G ^ x mod N. 1, or 0 when G or N is empty or
+    /// the exponent length is not positive. Seeds rand with the time in seconds on every call, so
+    /// two calls in one second draw the same bytes; rand is the process's, so a seed of the
+    /// program's own is lost. The bytes of a second call are appended to those of the first: x then
+    /// is a longer number.
     int GenerateX();
     /// Computes K = Y ^ x mod N. 1, or 0 when Y, N or x is missing or the exponent length is 0.
     int ComputeK();

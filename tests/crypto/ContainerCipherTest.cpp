@@ -1,0 +1,200 @@
+// Encrypt and Decrypt of the containers over many pages, and Diffie-Hellman.
+#define OPENSSL_SUPPRESS_DEPRECATED
+
+#include "tests/bytestore/StoreFixture.h"
+#include "vnbytstr/DiffieHellman.h"
+#include "vnbytstr/FixedBinary.h"
+
+#include <openssl/bn.h>
+#include <openssl/des.h>
+
+namespace vnbytstr::test {
+namespace {
+
+class ContainerCipherTest : public StoreFixture {
+protected:
+    /// OpenSSL over whole blocks: on the whole, or chained anew for every page.
+    static Bytes Oracle(Bytes in, const char* key, const char* iv) {
+        DES_cblock keyBlock{}, chain{};
+        DES_key_schedule schedule;
+        std::copy_n(key, 8, keyBlock);
+        DES_set_key_unchecked(&keyBlock, &schedule);
+        in.resize(in.size() / 8 * 8);
+        Bytes out(in.size());
+        for (std::size_t at = 0; at < in.size(); at += kPage) {
+            const std::size_t count = std::min<std::size_t>(kPage, in.size() - at);
+            if (iv) {
+                std::copy_n(iv, 8, chain);
+                DES_ncbc_encrypt(in.data() + at, out.data() + at, static_cast<long>(count),
+                                 &schedule, &chain, DES_ENCRYPT);
+            } else {
+                for (std::size_t i = at; i < at + count; i += 8)
+                    DES_ecb_encrypt(reinterpret_cast<DES_cblock*>(in.data() + i),
+                                    reinterpret_cast<DES_cblock*>(out.data() + i), &schedule,
+                                    DES_ENCRYPT);
+            }
+        }
+        return out;
+    }
+    const CByteStream m_key{"3132333435363738"}, m_vector{"4142434445464748"}; // as the texts below
+};
+
+TEST_F(ContainerCipherTest, WithoutPaddingOverManyPages) {
+    for (const std::size_t size : {std::size_t{0}, std::size_t{8}, std::size_t{kPage},
+                                   std::size_t{40 * kPage + 16}, std::size_t{2 * kPage + 13}}) {
+        for (const auto mode : {CDES::eECB, CDES::eCBC}) {
+            const Bytes bytes = Pattern(size);
+            const Bytes expected =
+                Oracle(bytes, "12345678", mode == CDES::eCBC ? "ABCDEFGH" : nullptr);
+            CByteStore store(bytes.data(), static_cast<DWORD>(size)), cipher, back;
+            ASSERT_EQ(store.Encrypt(m_key, m_vector, mode, false, cipher), 1);
+            EXPECT_EQ(cipher.GetLength(), size);
+            Bytes got = Content(cipher);
+            EXPECT_TRUE(std::equal(expected.begin(), expected.end(), got.begin()));
+            ASSERT_EQ(cipher.Decrypt(m_key, m_vector, mode, false, back), 1);
+            got = Content(back);
+            EXPECT_TRUE(std::equal(bytes.begin(),
+                                   bytes.begin() + static_cast<std::ptrdiff_t>(expected.size()),
+                                   got.begin()));
+            // In memory and spilled, a stream gives the same.
+            CByteStream stream(bytes.data(), static_cast<DWORD>(size));
+            ASSERT_EQ(stream.Encrypt(m_key, m_vector, mode, false), 1);
+            EXPECT_TRUE(cipher == stream);
+            ASSERT_EQ(stream.Decrypt(m_key, m_vector, mode, false), 1);
+            EXPECT_TRUE(back == stream);
+            ASSERT_EQ(store.Encrypt(m_key, m_vector, mode, false, store), 1);
+            EXPECT_TRUE(store == cipher);
+        }
+    }
+}
+
+TEST_F(ContainerCipherTest, PaddingSuitsLessThanAPage) {
+    for (const DWORD size : {0u, 1u, 8u, kPage - 1, kPage, kPage + 1, 20 * kPage + 5}) {
+        const Bytes bytes = Pattern(size);
+        CByteStore store(bytes.data(), size), cipher("01"), back;
+        CByteStream stream(bytes.data(), size);
+        const int expected = size < kPage ? 1 : 0;
+        EXPECT_EQ(store.Encrypt(m_key, m_vector, CDES::eCBC, true, cipher), expected) << size;
+        EXPECT_EQ(stream.Encrypt(m_key, m_vector, CDES::eCBC, true), expected) << size;
+        if (!expected) {
+            EXPECT_TRUE(cipher.IsEmpty());
+            EXPECT_TRUE(store == stream); // the stream as it was
+            continue;
+        }
+        EXPECT_EQ(cipher.GetLength(), size / 8 * 8 + 8);
+        EXPECT_TRUE(cipher == stream);
+        EXPECT_EQ(cipher.Decrypt(m_key, m_vector, CDES::eCBC, true, back), 1);
+        EXPECT_EQ(stream.Decrypt(m_key, m_vector, CDES::eCBC, true), 1);
+        EXPECT_EQ(Content(back), bytes);
+        EXPECT_EQ(Content(stream), bytes);
+    }
+}
+
+// --- Diffie-Hellman ------------------------------------------------------------------------------
+
+std::string Hex(const CByteStream& value) {
+    CString text;
+    value.CopyToHex(0, text, 0);
+    return std::string(text);
+}
+
+/// base ^ exponent modulo `modulus`, by OpenSSL, in as many bytes.
+std::string Power(const CByteStream& base, const CByteStream& exponent, const CByteStream& modulus,
+                  DWORD length) {
+    const auto number = [](const CByteStream& bytes) {
+        return BN_bin2bn(bytes, static_cast<int>(bytes.GetLength()), nullptr);
+    };
+    BIGNUM *b = number(base), *e = number(exponent), *m = number(modulus), *r = BN_new();
+    BN_CTX* context = BN_CTX_new();
+    BN_mod_exp(r, b, e, m, context);
+    Bytes bytes(length);
+    BN_bn2binpad(r, bytes.data(), static_cast<int>(length));
+    for (BIGNUM* n : {b, e, m, r})
+        BN_free(n);
+    BN_CTX_free(context);
+    return Hex(CByteStream(bytes.data(), length));
+}
+
+/// The modulus of a published group (RFC 2409 and RFC 3526), as OpenSSL has it.
+CByteStream Group(BIGNUM* (*get)(BIGNUM*)) {
+    BIGNUM* prime = get(nullptr);
+    Bytes bytes(static_cast<std::size_t>(BN_num_bytes(prime)));
+    BN_bn2bin(prime, bytes.data());
+    BN_free(prime);
+    return CByteStream(bytes.data(), static_cast<DWORD>(bytes.size()));
+}
+
+class DiffieHellmanTest : public StoreFixture {};
+
+TEST_F(DiffieHellmanTest, TwoSidesAgree) {
+    const CByteStream two("00000002");
+    DWORD time = 1000;
+    for (auto get : {&BN_get_rfc2409_prime_768, &BN_get_rfc2409_prime_1024,
+                     &BN_get_rfc3526_prime_1536, &BN_get_rfc3526_prime_2048}) {
+        const CByteStream prime = Group(get);
+        CDiffieHellman sides[2];
+        for (CDiffieHellman& side : sides) {
+            m_system.SetTime(++time);
+            side.SetG(two);
+            side.SetN(prime);
+            side.SetExponentLength(200);
+            ASSERT_EQ(side.ComputeK(), 0); // nothing drawn yet
+            ASSERT_EQ(side.GenerateX(), 1);
+        }
+        EXPECT_NE(Hex(sides[0].GetX(-1)), Hex(sides[1].GetX(-1)));
+        sides[0].SetY(sides[1].GetX(-1));
+        sides[1].SetY(sides[0].GetX(-1));
+        ASSERT_EQ(sides[0].ComputeK(), 1);
+        ASSERT_EQ(sides[1].ComputeK(), 1);
+        EXPECT_EQ(Hex(sides[0].GetK(-1)), Hex(sides[1].GetK(-1)));
+        // What a peer sends at its worst.
+        CFixedBinary less(prime), above(prime);
+        less -= CFixedBinary("00000001");
+        above += CFixedBinary("00000005");
+        for (const CByteStream& y : {CByteStream("00000000"), CByteStream("00000001"),
+                                     less.GetBytes(-1), above.GetBytes(-1)}) {
+            sides[0].SetY(y);
+            ASSERT_EQ(sides[0].ComputeK(), 1);
+            sides[1].SetY(y);
+            ASSERT_EQ(sides[1].ComputeK(), 1);
+            EXPECT_LT(CFixedBinary(sides[0].GetK(-1)), CFixedBinary(prime));
+        }
+    }
+}
+
+TEST_F(DiffieHellmanTest, DrawsFromTheSeededGenerator) {
+    CDiffieHellman side;
+    EXPECT_EQ(side.GenerateX(), 0);
+    side.SetG(CByteStream("00000003"));
+    side.SetN(CByteStream("7FFFFFFF"));
+    EXPECT_EQ(side.GenerateX(), 0);
+    EXPECT_EQ(side.GetX(-1).GetLength(), 0u);
+    m_system.SetTime(77);
+    std::string exponent;
+    // 12 bits: two zero bytes, then one of 4 bits, then one of 8; a second call appends.
+    for (int call = 0; call < 2; ++call) {
+        side.SetExponentLength(12);
+        ASSERT_EQ(side.GenerateX(), 1);
+        std::srand(77);
+        Bytes drawn{0, 0, static_cast<BYTE>(static_cast<BYTE>(std::rand()) >> 4)};
+        drawn.push_back(static_cast<BYTE>(std::rand()));
+        EXPECT_LT(drawn[2], 16);
+        exponent += Hex(CByteStream(drawn.data(), 4));
+        EXPECT_EQ(Hex(side.GetX(4)), Power(CByteStream("03"), CByteStream(exponent.c_str()),
+                                           CByteStream("7FFFFFFF"), 4));
+    }
+    EXPECT_EQ(side.GetX(0).GetLength(), 0u);
+    EXPECT_EQ(Hex(side.GetX(6)), "0000" + Hex(side.GetX(-1)));
+    EXPECT_EQ(Hex(side.GetX(2)), Hex(side.GetX(-1)).substr(0, 4));
+    // One byte alone is no block of four: it counts as zero.
+    side.SetG(CByteStream("03"));
+    ASSERT_EQ(side.GenerateX(), 1);
+    EXPECT_EQ(Hex(side.GetX(-1)), "00000000");
+    // A zero modulus ends with zero.
+    side.SetN(CByteStream("00000000"));
+    ASSERT_EQ(side.GenerateX(), 1);
+    EXPECT_EQ(Hex(side.GetX(-1)), "00000000");
+}
+
+} // namespace
+} // namespace vnbytstr::test

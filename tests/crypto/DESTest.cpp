@@ -1,0 +1,286 @@
+// CDES and its exception: published answers, OpenSSL, and the rules of lengths, padding and segments.
+#define OPENSSL_SUPPRESS_DEPRECATED // single DES is what is to be compared
+
+#include "platform/system/CpuKernel.h"
+#include "vnbytstr/ByteStream.h"
+#include "vnbytstr/CryptoException.h"
+#include "vnbytstr/DES.h"
+
+#include <gtest/gtest.h>
+#include <openssl/des.h>
+
+#include <array>
+#include <fstream>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace vnbytstr::test {
+namespace {
+
+using Bytes = std::vector<BYTE>;
+
+Bytes FromHex(const std::string& text) {
+    CByteStream stream(text.c_str());
+    Bytes bytes(stream.GetLength());
+    if (!bytes.empty())
+        stream.CopyTo(0, bytes.data(), 0, 0);
+    return bytes;
+}
+
+/// OpenSSL over whole blocks, chained when `iv` is given.
+Bytes OpenSsl(Bytes bytes, Bytes key, bool encrypt, const Bytes* iv) {
+    key.resize(8);
+    bytes.resize((bytes.size() + 7) / 8 * 8);
+    DES_key_schedule schedule;
+    DES_set_key_unchecked(reinterpret_cast<DES_cblock*>(key.data()), &schedule);
+    Bytes out(bytes.size()), chain(iv ? *iv : Bytes(8));
+    chain.resize(8);
+    const int direction = encrypt ? DES_ENCRYPT : DES_DECRYPT;
+    if (iv) {
+        DES_ncbc_encrypt(bytes.data(), out.data(), static_cast<long>(bytes.size()), &schedule,
+                         reinterpret_cast<DES_cblock*>(chain.data()), direction);
+        return out;
+    }
+    for (std::size_t at = 0; at < bytes.size(); at += 8)
+        DES_ecb_encrypt(reinterpret_cast<DES_cblock*>(bytes.data() + at),
+                        reinterpret_cast<DES_cblock*>(out.data() + at), &schedule, direction);
+    return out;
+}
+
+/// Runs one call of the cipher, with room as the size query says; the result with all bytes written.
+Bytes RunCipher(CDES& cipher, bool encrypt, const Bytes& in, int& length) {
+    Bytes padded(in);
+    padded.resize(in.size() + 8);
+    int room = 0;
+    const int size = static_cast<int>(in.size());
+    if (encrypt)
+        cipher.Encrypt(padded.data(), size, nullptr, room);
+    else
+        cipher.Decrypt(padded.data(), size, nullptr, room);
+    room = (room + 7) / 8 * 8;
+    Bytes out(static_cast<std::size_t>(room));
+    length = room;
+    BYTE nothing[8];
+    BYTE* to = out.empty() ? nothing : out.data();
+    encrypt ? cipher.Encrypt(padded.data(), size, to, length)
+            : cipher.Decrypt(padded.data(), size, to, length);
+    return out;
+}
+
+class DESTest : public ::testing::TestWithParam<Kernel> {
+protected:
+    DESTest() : m_before(ForceKernel(GetParam())) {}
+    ~DESTest() override { ForceKernel(m_before); }
+    std::mt19937 m_random{11};
+
+private:
+    Kernel m_before;
+};
+
+INSTANTIATE_TEST_SUITE_P(AllKernels, DESTest, ::testing::ValuesIn(AvailableKernels()),
+                         [](const auto& info) { return KernelName(info.param); });
+
+TEST_P(DESTest, GivesThePublishedAnswers) {
+    std::ifstream file(VNBYTSTR_TEST_DATA "/des.vec");
+    int count = 0;
+    for (std::string line; std::getline(file, line);) {
+        if (line.empty() || line[0] == '#' || line[0] == '[')
+            continue;
+        std::istringstream fields(line);
+        std::string key, plain, cipher;
+        fields >> key >> plain >> cipher;
+        CDES des(FromHex(key).data(), 8);
+        int length;
+        EXPECT_EQ(RunCipher(des, true, FromHex(plain), length), FromHex(cipher)) << line;
+        EXPECT_EQ(RunCipher(des, false, FromHex(cipher), length), FromHex(plain)) << line;
+        ++count;
+    }
+    EXPECT_EQ(count, 64 + 56 + 32 + 19 + 1);
+}
+
+TEST_P(DESTest, PassesRivestsTest) {
+    // R. Rivest, Testing Implementations of DES, 1985: every kind of single fault shows in X16.
+    Bytes x = FromHex("9474B8E8C73BCA7D");
+    for (int i = 0; i < 16; ++i) {
+        CDES des(x.data(), 8);
+        int length;
+        x = RunCipher(des, i % 2 == 0, x, length);
+    }
+    EXPECT_EQ(x, FromHex("1B1A2DDB4C642438"));
+}
+
+/// The shape of the Monte Carlo test of NIST SP 800-17 (10,000 blocks, each the cipher of the one
+/// before), the answers from OpenSSL.
+TEST_P(DESTest, StaysInStepOverLongRuns) {
+    Bytes ours = FromHex("4E6F772069732074"), theirs = ours, key = FromHex("0123456789ABCDEF");
+    for (int turn = 0; turn < 4; ++turn) {
+        CDES des(key.data(), 8);
+        DES_key_schedule schedule;
+        DES_set_key_unchecked(reinterpret_cast<DES_cblock*>(key.data()), &schedule);
+        int length;
+        for (int i = 0; i < 10000; ++i) {
+            ours = RunCipher(des, true, ours, length);
+            DES_ecb_encrypt(reinterpret_cast<DES_cblock*>(theirs.data()),
+                            reinterpret_cast<DES_cblock*>(theirs.data()), &schedule, DES_ENCRYPT);
+        }
+        ASSERT_EQ(ours, theirs);
+        for (std::size_t i = 0; i < 8; ++i)
+            key[i] = static_cast<BYTE>(key[i] ^ ours[i]);
+    }
+}
+
+TEST_P(DESTest, AgreesWithOpenSslForAllLengths) {
+    const int cases = 50000;
+    for (int i = 0; i < cases; ++i) {
+        Bytes in(m_random() % (i % 50 == 0 ? 5000 : 90)), key(m_random() % 11), iv(8);
+        for (Bytes* bytes : {&in, &key, &iv})
+            for (BYTE& byte : *bytes)
+                byte = static_cast<BYTE>(m_random());
+        CDES des(key.data(), static_cast<int>(key.size()));
+        des.SetInitializationVector(iv.data(), 8);
+        const bool chained = m_random() % 2, pad = m_random() % 2;
+        des.SetMode(chained ? CDES::eCBC : static_cast<CDES::EMode>(m_random() % 2 ? 0 : 7));
+        des.SetPad(pad);
+        Bytes padded(in);
+        if (pad)
+            padded.resize(in.size() + 8 - in.size() % 8, static_cast<BYTE>(8 - in.size() % 8));
+        int length;
+        const Bytes cipher = RunCipher(des, true, in, length);
+        ASSERT_EQ(cipher, OpenSsl(padded, key, true, chained ? &iv : nullptr));
+        ASSERT_EQ(length, static_cast<int>(padded.size())); // not rounded without padding
+        const Bytes back = RunCipher(des, false, cipher, length);
+        ASSERT_EQ(Bytes(back.begin(), back.begin() + static_cast<std::ptrdiff_t>(in.size())), in);
+        ASSERT_EQ(length, static_cast<int>(pad ? in.size() : cipher.size()));
+        const Bytes garbage = RunCipher(des, false, in, length); // what was never enciphered
+        des.SetPad(false);
+        ASSERT_EQ(garbage, OpenSsl(in, key, false, chained ? &iv : nullptr));
+    }
+}
+
+TEST_P(DESTest, SegmentsContinueOneChain) {
+    Bytes in(64);
+    for (BYTE& byte : in)
+        byte = static_cast<BYTE>(m_random());
+    const Bytes key = FromHex("133457799BBCDFF1"), iv = FromHex("0011223344556677");
+    const Bytes whole = OpenSsl(in, key, true, &iv);
+    CDES des(key.data(), 8);
+    des.SetInitializationVector(iv.data(), 8);
+    des.SetMode(CDES::eCBC);
+    des.SetSegmented(true);
+    const auto segment = [&](std::size_t from, std::size_t to, bool encrypt, const Bytes& bytes) {
+        int length;
+        return RunCipher(des, encrypt,
+                   Bytes(bytes.begin() + static_cast<std::ptrdiff_t>(from),
+                         bytes.begin() + static_cast<std::ptrdiff_t>(to)),
+                   length);
+    };
+    Bytes joined = segment(0, 8, true, in);
+    // Another vector does not begin a new run; a partial last block does not enter the chain.
+    des.SetInitializationVector("other");
+    segment(8, 8, true, in);
+    Bytes partial = segment(8, 29, true, in);
+    joined.insert(joined.end(), partial.begin(), partial.begin() + 16);
+    const Bytes rest = segment(24, 64, true, in);
+    joined.insert(joined.end(), rest.begin(), rest.end());
+    EXPECT_EQ(joined, whole);
+    des.SetKey(key.data(), 8); // ends the run, and the flag
+    EXPECT_FALSE(des.GetSegmented());
+    des.SetInitializationVector(iv.data(), 8);
+    des.SetSegmented(true);
+    Bytes back = segment(0, 24, false, whole);
+    const Bytes more = segment(24, 64, false, whole);
+    back.insert(back.end(), more.begin(), more.end());
+    EXPECT_EQ(back, in);
+}
+
+TEST(DES, SizesAndErrors) {
+    CDES des("12345678");
+    const auto query = [&](int length, bool encrypt, bool pad) {
+        des.SetPad(pad);
+        int room = -1;
+        encrypt ? des.Encrypt(nullptr, length, nullptr, room)
+                : des.Decrypt(nullptr, length, nullptr, room);
+        return room;
+    };
+    EXPECT_EQ(query(0, true, false), 0);
+    EXPECT_EQ(query(9, true, false), 16);
+    EXPECT_EQ(query(0, true, true), 8);
+    EXPECT_EQ(query(8, true, true), 16);
+    EXPECT_EQ(query(9, false, true), 9);
+    EXPECT_EQ(query(0x7FFFFFFF, true, true) % 8, 0);
+
+    Bytes in(13), out(16, 0xEE);
+    const auto fails = [&](bool encrypt, int room) -> std::string {
+        int length = room;
+        try {
+            encrypt ? des.Encrypt(in.data(), 13, out.data(), length)
+                    : des.Decrypt(in.data(), 8, out.data(), length);
+        } catch (CCryptoException* error) {
+            char text[60];
+            error->GetErrorMessage(text, static_cast<int>(sizeof text));
+            error->Delete();
+            EXPECT_EQ(length, room / 8 * 8);
+            return text;
+        }
+        return "";
+    };
+    des.SetPad(false);
+    EXPECT_EQ(fails(true, 15), "Cryptographic error 0 (DES,767)");
+    EXPECT_EQ(fails(false, 7), "Cryptographic error 0 (DES,868)");
+    EXPECT_EQ(out, Bytes(16, 0xEE));
+    EXPECT_EQ(fails(true, 16), "");
+
+    EXPECT_EQ(CDES("123456789").GetKey()[7], '8');
+    const CDES copy(des), brief("1234");
+    EXPECT_EQ(Bytes(copy.GetKey(), copy.GetKey() + 8), Bytes({'1', '2', '3', '4', '5', '6', '7', '8'}));
+    EXPECT_EQ(Bytes(brief.GetKey(), brief.GetKey() + 8), Bytes({'1', '2', '3', '4', 0, 0, 0, 0}));
+    const CDES negative(reinterpret_cast<const BYTE*>("abcdefgh"), -1);
+    EXPECT_EQ(negative.GetKey()[7], 'h');
+
+    CCryptoException nameless(5, 7, ""), path(-2, 3, "a.b/c\\file.x.cpp");
+    char text[64];
+    nameless.GetErrorMessage(text, 64);
+    EXPECT_STREQ(text, "Cryptographic error 5 (?,7)");
+    path.GetErrorMessage(text, 64);
+    EXPECT_STREQ(text, "Cryptographic error -2 (FILE.X,3)");
+    path.GetErrorMessage(text, 8);
+    EXPECT_STREQ(text, "Cryptog");
+    EXPECT_TRUE(path.IsKindOf(RUNTIME_CLASS(CException)));
+}
+
+TEST(DES, StreamFormsCountModulo65536) {
+    CDES des("secret");
+    des.SetPad(true);
+    CByteStream stream("00112233445566778899");
+    const CByteStream original(stream);
+    des.Encrypt(stream);
+    EXPECT_EQ(stream.GetLength(), 16u);
+    des.Decrypt(stream);
+    EXPECT_TRUE(stream == original);
+    CByteStream empty;
+    des.Encrypt(empty);
+    EXPECT_EQ(empty.GetLength(), 8u);
+    des.Decrypt(empty);
+    EXPECT_EQ(empty.GetLength(), 0u);
+    for (const DWORD size : {65528u, 65536u, 70000u}) {
+        CByteStream large;
+        large.Concat(size);
+        try {
+            des.Encrypt(large);
+            ADD_FAILURE() << size;
+        } catch (CCryptoException* error) {
+            EXPECT_EQ(error->GetCode(), 0);
+            error->Delete();
+        }
+        EXPECT_EQ(large.GetLength(), size);
+    }
+    // A damaged last byte gives a wrong length and no error.
+    CByteStream damaged("0011223344556677");
+    des.Decrypt(damaged);
+    EXPECT_LE(damaged.GetLength(), 8u);
+}
+
+} // namespace
+} // namespace vnbytstr::test
