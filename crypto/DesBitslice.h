@@ -37,13 +37,16 @@ consteval std::array<unsigned char, 64> MakeDesRows() {
 }
 inline constexpr std::array<unsigned char, 64> kDesRows = MakeDesRows();
 
-/// Which word of the right half output bit `bit` (0 to 3) of S-box `box` (1 to 8) is added to.
-consteval unsigned DesTargetOf(unsigned box, unsigned bit) {
-    unsigned at = 0;
-    while (kDesPermutation[at] != (box - 1) * 4 + bit + 1)
-        ++at;
-    return at;
+/// Which word of the right half output bit 0 to 3 of S-box 1 to 8 is added to.
+consteval std::array<std::array<unsigned char, 4>, 9> MakeDesTargets() {
+    std::array<std::array<unsigned char, 4>, 9> targets{};
+    for (unsigned char i = 0; i < 32; ++i) {
+        const unsigned from = kDesPermutation[i] - 1u;
+        targets[from / 4 + 1][from % 4] = i;
+    }
+    return targets;
 }
+inline constexpr std::array<std::array<unsigned char, 4>, 9> kDesTargets = MakeDesTargets();
 
 /// Swaps the upper `Width` bits of each 2 * Width of `one` with the lower ones of `other`.
 template <unsigned Width, class V>
@@ -96,8 +99,8 @@ VNBYTSTR_INLINE void DesBox(const V* right, V* left, const std::uint64_t* key) {
     DesSbox(DesBoxTag<Box, DesVector<V>::kTernary>{}, DesBoxInput<Box>(right, key, 0),
             DesBoxInput<Box>(right, key, 1), DesBoxInput<Box>(right, key, 2),
             DesBoxInput<Box>(right, key, 3), DesBoxInput<Box>(right, key, 4),
-            DesBoxInput<Box>(right, key, 5), left[DesTargetOf(Box, 0)], left[DesTargetOf(Box, 1)],
-            left[DesTargetOf(Box, 2)], left[DesTargetOf(Box, 3)]);
+            DesBoxInput<Box>(right, key, 5), left[kDesTargets[Box][0]], left[kDesTargets[Box][1]],
+            left[kDesTargets[Box][2]], left[kDesTargets[Box][3]]);
 }
 
 /// left ^= f(right, round key).

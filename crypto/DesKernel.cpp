@@ -49,7 +49,7 @@ constexpr MergedTables MakeMergedTables() {
     }
     return tables;
 }
-constexpr MergedTables kMerged = MakeMergedTables();
+alignas(64) constexpr MergedTables kMerged = MakeMergedTables();
 static_assert(MergedEntry(0, 0) == 0x01010400 && MergedEntry(0, 3) == 0x01010404);
 
 using SpreadKeys = std::array<std::uint64_t, 16>;
@@ -92,6 +92,7 @@ VNBYTSTR_INLINE Halves Rounds(Halves block, const SpreadKeys& keys) noexcept {
     // look-up to look-up.
     std::uint64_t left = block.left ^ keys[1];
     std::uint64_t right = block.right ^ keys[0];
+#pragma GCC unroll 8 // without branches, whose cost depends on where the code comes to lie
     for (std::size_t i = 0; i < 16; i += 2) {
         const std::uint64_t nextRight = i < 14 ? keys[i] ^ keys[i + 2] : keys[i];
         const std::uint64_t nextLeft = i < 14 ? keys[i + 1] ^ keys[i + 3] : keys[i + 1];

@@ -436,8 +436,8 @@ void Print(const Result& result, unsigned box, bool ternary) {
 } // namespace
 
 int main(int argc, char** argv) {
-    const double seconds = argc > 1 ? std::atof(argv[1]) : 10;
-    const unsigned seed = argc > 2 ? static_cast<unsigned>(std::atoi(argv[2])) : 1;
+    const double seconds = argc > 1 ? std::strtod(argv[1], nullptr) : 10;
+    const unsigned seed = argc > 2 ? static_cast<unsigned>(std::strtoul(argv[2], nullptr, 10)) : 1;
     const bool kinds[] = {false, true};
     std::printf(
         "// Gate circuits of the S-boxes of DES (FIPS 46-3), found and written by\n"
