@@ -14,8 +14,8 @@
 //   or (translateStop) ends the translation. Only exact mappings count: no letter is replaced by a
 //   similar one. The substitution characters:
 //     EBCDIC single-byte          3F
-//     EBCDIC mixed-byte           FE FE as a double-byte character, between its SO and SI; but 3F for a
-//                                 character up to U+00FF, except in 1364
+//     EBCDIC mixed-byte           FE FE as a double-byte character, between its SO and SI; but 3F
+//                                 for one up to U+00FF, except in 1364
 //     Windows 1250 to 1258, ISO, ASCII, GB 18030      1A
 //     Windows 874, 936, 949, 950  3F (the question mark)
 //     932                         FC FC
