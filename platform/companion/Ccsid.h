@@ -14,14 +14,16 @@
 //   or (translateStop) ends the translation. Only exact mappings count: no letter is replaced by a
 //   similar one. The substitution characters:
 //     EBCDIC single-byte          3F
-//     EBCDIC mixed-byte           FE FE as a double-byte character, between its SO and SI
+//     EBCDIC mixed-byte           FE FE as a double-byte character, between its SO and SI; but 3F
+//                                 for one up to U+00FF, except in 1364
 //     Windows 1250 to 1258, ISO, ASCII, GB 18030      1A
 //     Windows 874, 936, 949, 950  3F (the question mark)
 //     932                         FC FC
 //     PC sets                     7F
+//     954, 1375                   F4 FE, A1 48
+//     943, 1363, 1386             FC FC, A1 E0, A1 A1; but 7F for a character up to U+00FF
+//     964, 970, 1383              FD FE, AF FE, A1 A1; but 1A for a character up to U+00FF
 //     Unicode sets                U+FFFD
-//     943 and other sets with a character of each width: 7F or 1A for a character up to U+00FF, the
-//     double-byte one (FC FC) for others
 //   A character that shows nothing by itself (soft hyphen, joiner, directional mark, byte-order
 //   mark) and that the target does not hold is left out. It counts as untranslatable like the
 //   others. Bytes that are no character of the source are malformed: each such sequence becomes

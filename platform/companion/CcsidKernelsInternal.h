@@ -97,6 +97,8 @@ KernelStep DoubleBytesPlain(const DoubleByteTable& table, WideForm form, std::sp
 #if defined(__x86_64__)
 std::size_t MapBytesAvx2(const ByteTable& table, const BYTE* in, BYTE* out,
                          std::size_t size) noexcept;
+std::size_t MapBytesAvx512(const ByteTable& table, const BYTE* in, BYTE* out,
+                           std::size_t size) noexcept;
 KernelStep BytesToUtf8Avx2(const ByteToUtf8Table& table, std::span<const BYTE> in,
                            std::span<BYTE> out) noexcept;
 KernelStep Utf8ToBytesAvx2(const Utf8ToByteTable& table, std::span<const BYTE> in,

@@ -50,8 +50,9 @@ bool IsEbcdic(UConverter* converter) {
 class Sets {
 public:
     static Sets& Get() {
-        static Sets sets;
-        return sets;
+        // Never destroyed: objects with static lifetime may still translate at exit.
+        static Sets* const sets = new Sets;
+        return *sets;
     }
 
     const CcsidPair* Find(WORD from, WORD to, bool swapNewLine) {

@@ -231,8 +231,12 @@ public:
     explicit ByteKernel(const ByteTable& table) : m_table(table) {}
     KernelStep Run(std::span<const BYTE> in, std::span<BYTE> out) const noexcept override {
         const std::size_t size = std::min(in.size(), out.size());
-        const std::size_t done =
-            VNBYTSTR_CHOOSE(MapBytesPlain, MapBytesAvx2)(m_table, in.data(), out.data(), size);
+        auto map = VNBYTSTR_CHOOSE(MapBytesPlain, MapBytesAvx2);
+#if defined(__x86_64__)
+        if (ActiveKernel() >= Kernel::Avx512)
+            map = MapBytesAvx512;
+#endif
+        const std::size_t done = map(m_table, in.data(), out.data(), size);
         return {done, done};
     }
 

@@ -46,8 +46,9 @@ void Say(const std::string& text) {
 ProfileStore::ProfileStore() : m_file(CodePage::Ansi()) {}
 
 ProfileStore& ProfileStore::Get() {
-    static ProfileStore store;
-    return store;
+    // Never destroyed: objects with static lifetime may still ask for settings at exit.
+    static ProfileStore* const store = new ProfileStore;
+    return *store;
 }
 
 std::string ProfileStore::Path() {

@@ -137,8 +137,9 @@ struct CodePage::Registry {
     std::map<UINT, std::unique_ptr<CodePage>> pages;
 
     static Registry& Get() {
-        static Registry registry;
-        return registry;
+        // Never destroyed: objects with static lifetime may still use code pages at exit.
+        static Registry* const registry = new Registry;
+        return *registry;
     }
 };
 

@@ -286,6 +286,27 @@ TEST_P(Ccsid, SubstitutionIsAsTheHeaderSays) {
     EXPECT_EQ(last(1208, 932, face), Bytes({0xFC, 0xFC}));
     EXPECT_EQ(last(1208, 943, Bytes({0xC2, 0x81})), Bytes({0x7F}));
     EXPECT_EQ(last(1208, 943, face), Bytes({0xFC, 0xFC}));
+    const std::string thorn = Bytes({0xC3, 0xBE}), tibetan = Bytes({0xE0, 0xBC, 0x80});
+    for (const WORD to : std::initializer_list<WORD>{930, 935, 937, 939, 1371, 1388})
+        EXPECT_EQ(last(1208, to, thorn), Bytes({0x3F})) << to;
+    for (const WORD to :
+         std::initializer_list<WORD>{930, 933, 935, 937, 939, 1364, 1371, 1390, 1399})
+        EXPECT_EQ(last(1208, to, tibetan), Bytes({0x0E, 0xFE, 0xFE, 0x0F})) << to;
+    const std::tuple<WORD, std::string, std::string> multi[] = {
+        {WORD{954}, "", Bytes({0xF4, 0xFE})},
+        {WORD{1375}, Bytes({0xA1, 0x48}), Bytes({0xA1, 0x48})},
+        {WORD{943}, Bytes({0x7F}), Bytes({0xFC, 0xFC})},
+        {WORD{1386}, Bytes({0x7F}), Bytes({0xA1, 0xA1})},
+        {WORD{964}, Bytes({0x1A}), Bytes({0xFD, 0xFE})},
+        {WORD{1383}, Bytes({0x1A}), Bytes({0xA1, 0xA1})}};
+    for (const auto& [to, low, high] : multi) {
+        if (!low.empty()) { // 954 has a thorn
+            EXPECT_EQ(last(1208, to, thorn), low) << to;
+        }
+        EXPECT_EQ(last(1208, to, tibetan), high) << to;
+    }
+    EXPECT_EQ(last(1208, 970, tibetan), Bytes({0xAF, 0xFE}));
+    EXPECT_EQ(last(1208, 1363, tibetan), Bytes({0xA1, 0xE0}));
     EXPECT_EQ(last(1208, 850, ideograph), Bytes({'a', 0x7F, 'b'}));
     EXPECT_EQ(last(1208, 1200, Bytes({0xFF})), Bytes({0xFF, 0xFD}));
     EXPECT_EQ(last(932, 1208, Bytes({0xFD})), Bytes({0x1A}));
