@@ -1,10 +1,11 @@
-// CDES and its exception: published answers, OpenSSL, and the rules of lengths, padding and segments.
+// CDES and its exception: published answers, OpenSSL, and the rules of lengths, padding and
+// segments.
 #define OPENSSL_SUPPRESS_DEPRECATED // single DES is what is to be compared
 
+#include "vnbytstr/DES.h"
 #include "platform/system/CpuKernel.h"
 #include "vnbytstr/ByteStream.h"
 #include "vnbytstr/CryptoException.h"
-#include "vnbytstr/DES.h"
 
 #include <gtest/gtest.h>
 #include <openssl/des.h>
@@ -49,7 +50,8 @@ Bytes OpenSsl(Bytes bytes, Bytes key, bool encrypt, const Bytes* iv) {
     return out;
 }
 
-/// Runs one call of the cipher, with room as the size query says; the result with all bytes written.
+/// Runs one call of the cipher, with room as the size query says; the result with all bytes
+/// written.
 Bytes RunCipher(CDES& cipher, bool encrypt, const Bytes& in, int& length) {
     Bytes padded(in);
     padded.resize(in.size() + 8);
@@ -172,9 +174,9 @@ TEST_P(DESTest, SegmentsContinueOneChain) {
     const auto segment = [&](std::size_t from, std::size_t to, bool encrypt, const Bytes& bytes) {
         int length;
         return RunCipher(des, encrypt,
-                   Bytes(bytes.begin() + static_cast<std::ptrdiff_t>(from),
-                         bytes.begin() + static_cast<std::ptrdiff_t>(to)),
-                   length);
+                         Bytes(bytes.begin() + static_cast<std::ptrdiff_t>(from),
+                               bytes.begin() + static_cast<std::ptrdiff_t>(to)),
+                         length);
     };
     Bytes joined = segment(0, 8, true, in);
     // Another vector does not begin a new run; a partial last block does not enter the chain.
@@ -234,7 +236,8 @@ TEST(DES, SizesAndErrors) {
 
     EXPECT_EQ(CDES("123456789").GetKey()[7], '8');
     const CDES copy(des), brief("1234");
-    EXPECT_EQ(Bytes(copy.GetKey(), copy.GetKey() + 8), Bytes({'1', '2', '3', '4', '5', '6', '7', '8'}));
+    EXPECT_EQ(Bytes(copy.GetKey(), copy.GetKey() + 8),
+              Bytes({'1', '2', '3', '4', '5', '6', '7', '8'}));
     EXPECT_EQ(Bytes(brief.GetKey(), brief.GetKey() + 8), Bytes({'1', '2', '3', '4', 0, 0, 0, 0}));
     const CDES negative(reinterpret_cast<const BYTE*>("abcdefgh"), -1);
     EXPECT_EQ(negative.GetKey()[7], 'h');
