@@ -103,6 +103,17 @@ void CByteStore::Flush(int fromCurrent) {
         WriteShiftedFlush();
 }
 
+void CByteStore::ReleasePages() {
+    if (m_arrPages.GetSize() == 0)
+        return;
+    Flush(0);
+    const int pages = m_nMaxPages;
+    SetMaxPages(0); // all of them are in the file
+    m_nMaxPages = pages;
+    m_pPending.reset();
+    CheckInvariants();
+}
+
 /// Puts the shifted image under the swap file's name. The store's own image must not be written
 /// over, so it goes on living in the open file, which has no name from then on.
 void CByteStore::WriteShiftedFlush() {

@@ -309,6 +309,11 @@ void CByteStream::Flush() {
         m_pStore->Flush(0);
 }
 
+void CByteStream::ReleasePages() {
+    if (m_pStore)
+        m_pStore->ReleasePages();
+}
+
 void CByteStream::CopyToFile(const char* name, int fromCurrent) {
     if (m_pStore) {
         m_pStore->CopyToFile(name, fromCurrent);

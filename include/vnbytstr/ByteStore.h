@@ -257,6 +257,10 @@ public:
     /// store: byte i at position i, nothing behind the end. With `fromCurrent`, the file under
     /// GetFileName() is the shifted image of CopyToFile instead; the store keeps its own.
     void Flush(int fromCurrent = 0);
+    /// As Flush, and gives the memory of all pages back; a page comes back when it is next needed.
+    /// For a value that is kept but not in use: many of them would each hold their pages.
+    /// Extension.
+    void ReleasePages();
     /// Makes the content the file `name`, in place of any that is there, and empties the store. On
     /// failure (CFileException) the store has its content still and an old `name` is as it was.
     void SaveToFile(const char* name, int fromCurrent = 0);

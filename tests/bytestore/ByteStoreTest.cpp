@@ -476,6 +476,28 @@ TEST_F(ByteStoreTest, FullDiskLosesNothing) {
     EXPECT_EQ(Content(store), all);
 }
 
+TEST_F(ByteStoreTest, ReleasedPagesComeBack) {
+    for (const DWORD size : {DWORD{0}, DWORD{5}, 3 * kPage, 40 * kPage + 7}) {
+        CByteStore store;
+        Bytes bytes = Pattern(size);
+        AppendPages(store, bytes);
+        if (size > 0) {
+            m_system.Inject(Fault{.call = Call::Write, .fromThenOn = true});
+            EXPECT_EQ(CauseOf([&] { store.ReleasePages(); }), 4);
+            m_system.Inject(std::nullopt);
+            EXPECT_EQ(Content(store), bytes);
+        }
+        store.ReleasePages();
+        EXPECT_EQ(store.GetResidentPageCount(), 0u);
+        EXPECT_EQ(FileCount(), size > 0 ? 1u : 0u);
+        EXPECT_EQ(Content(store), bytes);
+        store.ReleasePages();
+        store.ConcatByte(0x5A);
+        bytes.push_back(0x5A);
+        EXPECT_EQ(Content(store), bytes);
+    }
+}
+
 TEST_F(ByteStoreTest, PageThatCouldNotBeReadIsReadAgain) {
     CByteStore store;
     const Bytes bytes = Pattern(20 * kPage);
