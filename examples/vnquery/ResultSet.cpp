@@ -8,6 +8,12 @@
 
 namespace vnquery {
 
+namespace {
+
+constexpr ULONGLONG kMaxPages = 256; ///< 8 MB
+
+} // namespace
+
 void ValueSink::Append(const void* bytes, std::size_t count) {
     const BYTE* next = static_cast<const BYTE*>(bytes);
     for (std::size_t left = count; left > 0;) {
@@ -34,6 +40,7 @@ void ResultSet::Fetch(RowSource& source, Progress& progress) {
             for (column = 0; column < m_columns.size(); ++column) {
                 ValueSink sink(m_values.emplace_back(), progress);
                 source.Read(column, sink);
+                ReleaseMemory(m_values.back());
             }
             ++m_rows;
             progress.AddRow();
@@ -42,6 +49,17 @@ void ResultSet::Fetch(RowSource& source, Progress& progress) {
         throw Failure(kFileFailed, "cannot keep " + CellName(m_rows, column) +
                                        " of the result: " + TakeMessage(error));
     }
+}
+
+/// Each value in a store keeps some of its pages in memory. Once these are many, those of a new
+/// value go when it is complete.
+void ResultSet::ReleaseMemory(const Value& value) {
+    CByteStream* stream = value.GetStream();
+    if (!stream || !stream->GetStore())
+        return;
+    if (m_pages >= kMaxPages)
+        stream->ReleasePages();
+    m_pages += stream->GetStore()->GetResidentPageCount();
 }
 
 std::string CellName(std::size_t row, std::size_t column) {

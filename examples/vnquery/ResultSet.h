@@ -27,8 +27,11 @@ public:
     void Fetch(RowSource& source, Progress& progress);
 
 private:
+    void ReleaseMemory(const Value& value);
+
     std::vector<std::string> m_columns;
     std::size_t m_rows = 0;
+    ULONGLONG m_pages = 0;      ///< of values in stores that are in memory
     std::deque<Value> m_values; ///< row by row; a deque, since it never moves what it holds
 };
 
