@@ -177,20 +177,31 @@ void CByteStore::SaveToFile(const char* name, int fromCurrent) {
     Empty();
 }
 
+/// Gives the swap file the name `name`; false when that cannot be done by a rename: on another file
+/// system, onto a link, a device or a pipe, or a file that may not be written.
+bool CByteStore::RenameImageTo(const char* name) {
+    System& system = System::Current();
+    vnbytstr::FileStatus target;
+    const int missing = system.GetFileStatus(name, target);
+    if (missing == 0 && (target.isLink || !target.isRegular || target.isReadOnly))
+        return false;
+    ThrowIf(system.SyncFile(m_file.m_hFile), m_strFileName);
+    ThrowIf(missing == 0 ? system.CopyPermissions(name, m_file.m_hFile)
+                         : system.ReleaseScratch(m_file.m_hFile),
+            m_strFileName);
+    const int error = system.RenameFile(m_strFileName, name, true);
+    if (error == EXDEV)
+        return false;
+    ThrowIf(error, name);
+    system.SyncFolder(vnbytstr::FolderOf(name).c_str()); // the file is there; nothing to undo
+    return true;
+}
+
 /// Makes the swap file, which is an image of the whole store, the file `name`.
 void CByteStore::MoveImageTo(const char* name) {
-    System& system = System::Current();
-    if (m_bImageHasName) {
-        ThrowIf(system.SyncFile(m_file.m_hFile), m_strFileName);
-        ThrowIf(system.ReleaseScratch(m_file.m_hFile), m_strFileName);
-        const int error = system.RenameFile(m_strFileName, name, true);
-        if (error == 0) {
-            system.SyncFolder(vnbytstr::FolderOf(name).c_str());
-            m_bNameIsOurs = false;
-            return;
-        }
-        if (error != EXDEV)
-            CFileException::ThrowOsError(error, name);
+    if (m_bImageHasName && RenameImageTo(name)) {
+        m_bNameIsOurs = false;
+        return;
     }
     FileReplacement target;
     ThrowIf(target.Open(name), name);

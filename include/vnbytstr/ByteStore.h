@@ -394,6 +394,7 @@ private:
     int Encipher(bool encrypt, CDES& cipher, CByteStore& destination);
     void WriteShiftedImage(CFile& file, DWORD shift);
     void CopyImage(CFile& file);
+    bool RenameImageTo(const char* name);
     void MoveImageTo(const char* name);
     void WriteShiftedFlush();
     void CloseImage() noexcept;

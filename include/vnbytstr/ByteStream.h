@@ -179,7 +179,8 @@ public:
     void Empty(int freeBuffer = 0);
     /// Writes what a store has in memory to its swap file; nothing to do in memory.
     void Flush();
-    /// Gives the memory of a store's pages back, see CByteStore; nothing to do in memory. Extension.
+    /// Gives the memory of a store's pages back, see CByteStore; nothing to do in memory.
+    /// Extension.
     void ReleasePages();
     void SaveToFile(const char* name, int fromCurrent = 0);
     void CopyToFile(const char* name, int fromCurrent = 0);

@@ -421,6 +421,28 @@ TEST_F(ByteStoreTest, SaveAcrossFileSystemsCopies) {
     EXPECT_EQ(FileCount(), 1u);
 }
 
+TEST_F(ByteStoreTest, SaveLeavesLinksAndDevicesWhatTheyAre) {
+    const Bytes bytes = Pattern(20 * kPage);
+    m_folder.Write("real", "old");
+    ASSERT_EQ(::chmod(m_folder.File("real").c_str(), 0640), 0);
+    ASSERT_EQ(::symlink("real", m_folder.File("link").c_str()), 0);
+    ASSERT_EQ(::symlink("/dev/null", m_folder.File("null").c_str()), 0);
+    for (const char* name : {"link", "null", "real"}) {
+        CByteStore store;
+        Append(store, bytes);
+        store.SaveToFile(m_folder.File(name).c_str());
+        EXPECT_TRUE(store.IsEmpty());
+    }
+    struct stat info;
+    ASSERT_EQ(::lstat(m_folder.File("link").c_str(), &info), 0);
+    EXPECT_TRUE(S_ISLNK(info.st_mode));
+    EXPECT_EQ(m_folder.Read("real"), AsText(bytes));
+    ASSERT_EQ(::stat(m_folder.File("real").c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 07777, 0640u);
+    ASSERT_EQ(::stat("/dev/null", &info), 0);
+    EXPECT_TRUE(S_ISCHR(info.st_mode));
+}
+
 TEST_F(ByteStoreTest, SavedOntoItsOwnFilesStaysThere) {
     const Bytes bytes = Pattern(20 * kPage);
     {
