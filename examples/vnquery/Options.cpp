@@ -55,6 +55,11 @@ std::pair<Number, Number> ParsePair(const char* option, const char* form, const 
 struct RawOptions {
     std::vector<std::string> saves;     ///< pairs
     std::vector<std::string> translate; ///< three
+    std::vector<std::string> des;       ///< three
+    std::string desKey;
+    std::string desVector = "0000000000000000";
+    std::string desMode = "ecb";
+    bool desPad = false;
     std::string nullText;
     std::string separator = "\t";
     std::string lineBreak = "crlf";
@@ -141,6 +146,26 @@ void AddFileOptions(CLI::App& app, Options& options, RawOptions& raw) {
         ->group(group);
 }
 
+void AddDesOptions(CLI::App& app, RawOptions& raw) {
+    const std::string group = "Single DES, for existing peers only: it protects nothing today";
+    app.add_option("--des", raw.des, "No query: encipher or decipher a file")
+        ->type_name("encrypt|decrypt IN OUT")
+        ->type_size(3)
+        ->expected(1)
+        ->group(group);
+    app.add_option("--des-key", raw.desKey, "Key of 8 bytes")->type_name("HEX")->group(group);
+    app.add_option("--des-mode", raw.desMode,
+                   "ecb (default), or cbc, which begins anew every 32768 bytes")
+        ->type_name("MODE")
+        ->check(CLI::IsMember({"ecb", "cbc"}))
+        ->group(group);
+    app.add_option("--des-iv", raw.desVector, "Initialization vector of 8 bytes (default: zeros)")
+        ->type_name("HEX")
+        ->group(group);
+    app.add_flag("--des-pad", raw.desPad, "Pad to whole blocks (files below 32768 bytes)")
+        ->group(group);
+}
+
 void SetFormats(const CLI::App& app, Options& options, const RawOptions& raw) {
     const std::map<std::string, LineEnds> lineEnds = {{"escape", LineEnds::Escape},
                                                       {"records", LineEnds::Records},
@@ -172,6 +197,18 @@ void SetRequests(Options& options, const RawOptions& raw) {
         const auto [row, column] = ParsePair<std::size_t>("--save", "ROW:COL", raw.saves[i]);
         options.saves.push_back({row - 1, column - 1, raw.saves[i + 1]});
     }
+    if (!raw.des.empty()) {
+        if (raw.des[0] != "encrypt" && raw.des[0] != "decrypt")
+            throw Failure(kBadUsage, "--des needs encrypt or decrypt, then two file names, not " +
+                                         raw.des[0] + ".");
+        options.des = DesRequest{raw.des[0] == "encrypt",
+                                 raw.des[1],
+                                 raw.des[2],
+                                 raw.desKey,
+                                 raw.desVector,
+                                 raw.desMode == "cbc" ? CDES::eCBC : CDES::eECB,
+                                 raw.desPad};
+    }
     if (raw.translate.empty())
         return;
     const auto [from, to] = ParsePair<WORD>("--translate", "FROM:TO", raw.translate[0]);
@@ -180,10 +217,10 @@ void SetRequests(Options& options, const RawOptions& raw) {
 
 void CheckComplete(const Options& options) {
     const bool hasSource = !options.database.empty() || !options.connection.empty();
-    if (options.translate) {
-        if (hasSource || !options.sql.empty())
-            throw Failure(kBadUsage,
-                          "--translate works on a file, without --db, --connect and --sql.");
+    if (options.translate || options.des) {
+        if (hasSource || !options.sql.empty() || (options.translate && options.des))
+            throw Failure(kBadUsage, "--translate and --des work on a file, one at a time, without "
+                                     "--db, --connect and --sql.");
         return;
     }
     if (!hasSource)
@@ -206,6 +243,7 @@ std::optional<Options> ParseOptions(int argc, char** argv) {
     AddQueryOptions(app, options);
     AddDisplayOptions(app, options, raw);
     AddFileOptions(app, options, raw);
+    AddDesOptions(app, raw);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "CellText.h"
+#include "DesFile.h"
 #include "Exporter.h"
 
 #include <optional>
@@ -35,6 +36,7 @@ struct Options {
     ExportFormat exportFormat;
     ExportFormat saveFormat;
     std::optional<TranslateRequest> translate;
+    std::optional<DesRequest> des;
 };
 
 /// Reads the command line. Nothing when it asked for help or the version, which then have been

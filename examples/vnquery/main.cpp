@@ -1,6 +1,7 @@
 // vnquery: runs a query, displays the result, saves and exports it. What it does step by step
 // stands in Run; each step has a file of its own.
 
+#include "DesFile.h"
 #include "Failure.h"
 #include "OdbcSource.h"
 #include "Options.h"
@@ -67,6 +68,10 @@ void Run(const Options& options) {
     if (options.translate) {
         const TranslateRequest& request = *options.translate;
         TranslateFile(request.from, request.to, request.input, request.output);
+        return;
+    }
+    if (options.des) {
+        RunDes(*options.des);
         return;
     }
     ResultSet result = RunQuery(options);

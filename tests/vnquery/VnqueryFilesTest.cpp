@@ -102,5 +102,31 @@ TEST_F(Files, LostCharactersAreReportedWithTheirPlace) {
     EXPECT_FALSE(std::filesystem::exists(File("e")));
 }
 
+TEST_F(Files, DesGoesThereAndBackForPeers) {
+    const std::vector<std::string> key = {"--des-key", "133457799BBCDFF1"};
+    const auto run = [&](const char* way, const char* in, const char* out,
+                         std::vector<std::string> more) {
+        std::vector<std::string> arguments = {"--des", way, File(in), File(out)};
+        arguments.insert(arguments.end(), key.begin(), key.end());
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return Run(arguments);
+    };
+    m_files.Write("block", "\x01\x23\x45\x67\x89\xAB\xCD\xEF");
+    EXPECT_EQ(run("encrypt", "block", "e", {}).code, 0);
+    EXPECT_EQ(m_files.Read("e"), "\x85\xE8\x13\x54\x0F\x0A\xB4\x05");
+    m_files.Write("long", SomeBytes(3000000, 3));
+    EXPECT_EQ(run("encrypt", "long", "e", {"--des-mode", "cbc"}).code, 0);
+    EXPECT_EQ(run("decrypt", "e", "d", {"--des-mode", "cbc"}).code, 0);
+    EXPECT_TRUE(m_files.Read("d") == m_files.Read("long"));
+    m_files.Write("odd", "12345");
+    EXPECT_EQ(run("encrypt", "odd", "e", {}).code, 2);
+    EXPECT_EQ(run("encrypt", "odd", "e", {"--des-pad"}).code, 0);
+    EXPECT_EQ(run("decrypt", "e", "d", {"--des-pad"}).code, 0);
+    EXPECT_EQ(m_files.Read("d"), "12345");
+    EXPECT_EQ(run("encrypt", "long", "e", {"--des-pad"}).code, 2); // too long to pad
+    EXPECT_EQ(run("encrypt", "none", "e", {}).code, 3);
+    EXPECT_EQ(run("both", "odd", "e", {}).code, 2);
+}
+
 } // namespace
 } // namespace vnquery::test
