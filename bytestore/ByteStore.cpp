@@ -21,6 +21,7 @@
 
 #include "bytestore/ByteStoreInternal.h"
 
+#include "bytestore/BigEndian.h"
 #include "bytestore/WriteBehind.h"
 #include "vnbytstr/ByteStream.h"
 
@@ -161,7 +162,7 @@ void CByteStore::AppendToNewPages(const BYTE* bytes, DWORD count) {
 }
 
 void CByteStore::ConcatWord(WORD value) {
-    const std::array<BYTE, 2> bytes = {static_cast<BYTE>(value >> 8), static_cast<BYTE>(value)};
+    const auto bytes = vnbytstr::detail::ToBigEndian<2>(value);
     Concat(bytes.data(), 2);
 }
 
@@ -207,27 +208,22 @@ WORD CByteStore::GetWord(DWORD index) {
     return static_cast<WORD>((high << 8) | low);
 }
 
-template <int Width>
+template <std::size_t Width>
 ULONGLONG CByteStore::GetWide(DWORD index) {
     std::array<BYTE, Width> bytes;
     CopyTo(index, bytes.data(), Width, Width);
-    ULONGLONG value = 0;
-    for (BYTE byte : bytes)
-        value = value << 8 | byte;
-    return value;
+    return vnbytstr::detail::FromBigEndian(bytes);
 }
 
 DWORD CByteStore::GetDWord(DWORD index) { return static_cast<DWORD>(GetWide<4>(index)); }
 LONGLONG CByteStore::GetInt48(DWORD index) { return static_cast<LONGLONG>(GetWide<6>(index)); }
 LONGLONG CByteStore::GetInt64(DWORD index) { return static_cast<LONGLONG>(GetWide<8>(index)); }
 
-template <int Width>
+template <std::size_t Width>
 void CByteStore::SetWide(DWORD index, ULONGLONG value) {
     const ULONGLONG end = static_cast<ULONGLONG>(index) + Width;
     CheckLength(end);
-    std::array<BYTE, Width> bytes;
-    for (int i = Width - 1; i >= 0; --i, value >>= 8)
-        bytes[static_cast<std::size_t>(i)] = static_cast<BYTE>(value);
+    const auto bytes = vnbytstr::detail::ToBigEndian<Width>(value);
     LengthGuard guard(*this);
     ExtendTo(static_cast<DWORD>(end));
     Overwrite(index, bytes.data(), Width);

@@ -15,6 +15,8 @@
 
 #include "bytestore/ByteStreamInternal.h"
 
+#include "bytestore/BigEndian.h"
+
 #include "platform/companion/Profile.h"
 
 #include <algorithm>
@@ -259,14 +261,11 @@ WORD CByteStream::GetWord(DWORD index) const {
     return static_cast<WORD>((high << 8) | low);
 }
 
-template <int Width>
+template <std::size_t Width>
 ULONGLONG CByteStream::GetWide(DWORD index) const {
     std::array<BYTE, Width> bytes;
     CopyTo(index, bytes.data(), Width, Width);
-    ULONGLONG value = 0;
-    for (BYTE byte : bytes)
-        value = value << 8 | byte;
-    return value;
+    return vnbytstr::detail::FromBigEndian(bytes);
 }
 
 DWORD CByteStream::GetDWord(DWORD index) const { return static_cast<DWORD>(GetWide<4>(index)); }
@@ -277,7 +276,7 @@ LONGLONG CByteStream::GetInt64(DWORD index) const {
     return static_cast<LONGLONG>(GetWide<8>(index));
 }
 
-template <int Width>
+template <std::size_t Width>
 void CByteStream::SetWide(DWORD index, ULONGLONG value) {
     CheckWritable();
     const ULONGLONG end = static_cast<ULONGLONG>(index) + Width;
@@ -288,8 +287,8 @@ void CByteStream::SetWide(DWORD index, ULONGLONG value) {
         m_pStore->SetWide<Width>(index, value);
         return;
     }
-    for (int i = Width - 1; i >= 0; --i, value >>= 8)
-        m_pBuffer[index + static_cast<DWORD>(i)] = static_cast<BYTE>(value);
+    const auto bytes = vnbytstr::detail::ToBigEndian<Width>(value);
+    std::memcpy(m_pBuffer + index, bytes.data(), Width);
 }
 
 void CByteStream::SetByte(DWORD index, BYTE value) {

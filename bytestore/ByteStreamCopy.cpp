@@ -2,6 +2,8 @@
 
 #include "bytestore/ByteStreamInternal.h"
 
+#include "bytestore/BigEndian.h"
+
 #include "bytestore/ByteSearch.h"
 #include "bytestore/HexText.h"
 #include "platform/system/FileReplacement.h"
@@ -26,7 +28,7 @@ void CByteStream::Concat(CByteStore& source) {
 }
 
 void CByteStream::ConcatWord(WORD value) {
-    const std::array<BYTE, 2> bytes = {static_cast<BYTE>(value >> 8), static_cast<BYTE>(value)};
+    const auto bytes = vnbytstr::detail::ToBigEndian<2>(value);
     Concat(bytes.data(), 2);
 }
 

@@ -17,8 +17,8 @@ struct DesRequest {
     bool pad;
 };
 
-/// Enciphers or deciphers a file, in pages of 32768 bytes as CByteStore::Encrypt describes. Throws Failure;
-/// an older file under the output's name is then as it was.
+/// Enciphers or deciphers a file, in pages of 32768 bytes as CByteStore::Encrypt describes. Throws
+/// Failure; an older file under the output's name is then as it was.
 void RunDes(const DesRequest& request);
 
 } // namespace vnquery

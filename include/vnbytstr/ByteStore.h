@@ -366,9 +366,9 @@ private:
     void GrowPageTable(DWORD length);
     BYTE* Touch(CBytePage* page);
     BYTE GetByteSlow(DWORD index);
-    template <int Width>
+    template <std::size_t Width>
     ULONGLONG GetWide(DWORD index);
-    template <int Width>
+    template <std::size_t Width>
     void SetWide(DWORD index, ULONGLONG value);
     bool RoomForPage() const { return m_arrPages.GetSize() < (m_nMaxPages > 1 ? m_nMaxPages : 1); }
     CBytePage* AddPage();

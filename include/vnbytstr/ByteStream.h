@@ -243,9 +243,9 @@ private:
     void MoveToStore(bool withCursor);
     void FreeContent();
     BYTE GetByteSlow(DWORD index) const;
-    template <int Width>
+    template <std::size_t Width>
     ULONGLONG GetWide(DWORD index) const;
-    template <int Width>
+    template <std::size_t Width>
     void SetWide(DWORD index, ULONGLONG value);
     void CopyWithin(DWORD index, const BYTE* bytes, DWORD count);
     void TakeContent(CByteStream& other);
