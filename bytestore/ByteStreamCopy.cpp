@@ -3,7 +3,7 @@
 #include "bytestore/ByteStreamInternal.h"
 
 #include "bytestore/ByteSearch.h"
-#include "bytestore/HexText.h"
+#include "platform/system/HexTextInternal.h"
 #include "platform/system/FileReplacement.h"
 
 #include <algorithm>
