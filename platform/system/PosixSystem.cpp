@@ -1,5 +1,8 @@
 #include "platform/system/PosixSystem.h"
 
+#include "platform/system/CharacterTypes.h"
+#include "platform/system/CodePage.h"
+
 #include <dirent.h>
 #include <fcntl.h>
 #include <signal.h>
@@ -398,6 +401,15 @@ std::string PosixSystem::GetTextLocale() {
     }
     return "C";
 }
+
+bool PosixSystem::IsDbcsEnabled() { return !CodePage::Ansi().IsSingleByte(); }
+
+bool PosixSystem::IsMiddleEastEnabled() {
+    const UINT page = CodePage::Ansi().GetNumber();
+    return page == 1255 || page == 1256 || IsLocaleRightToLeft(System::Current().GetTextLocale());
+}
+
+SystemVersion PosixSystem::GetVersion() { return {SystemVersion::NtFamily, 10, 0}; }
 
 void PosixSystem::WriteDiagnostic(const char* text) {
     const std::string line = std::string(text) + "\n";
