@@ -32,8 +32,9 @@ inline constexpr WORD kNotApplicable = 0, kLeftToRight = 1, kRightToLeft = 2, kE
 namespace type3 {
 inline constexpr WORD kNonSpacing = 0x0001, kDiacritic = 0x0002, kVowelMark = 0x0004,
                       kSymbol = 0x0008, kKatakana = 0x0010, kHiragana = 0x0020, kHalfWidth = 0x0040,
-                      kFullWidth = 0x0080, kIdeograph = 0x0100, kKashida = 0x0200, kLexical = 0x0400,
-                      kHighSurrogate = 0x0800, kLowSurrogate = 0x1000, kAlpha = 0x8000;
+                      kFullWidth = 0x0080, kIdeograph = 0x0100, kKashida = 0x0200,
+                      kLexical = 0x0400, kHighSurrogate = 0x0800, kLowSurrogate = 0x1000,
+                      kAlpha = 0x8000;
 } // namespace type3
 
 /// Letters, syllables and ideographs have kAlpha; marks that stand above or below others have not.

@@ -121,13 +121,11 @@ VNBYTSTR_AVX2 std::size_t EncodeSpacedAvx2(std::span<const BYTE> bytes, char* ou
     std::size_t at = 0;
     for (; bytes.size() - at > 16; at += 16) {
         const __m128i in = Load16(bytes.data() + at);
-        const __m128i high =
-            _mm_shuffle_epi8(table, _mm_and_si128(_mm_srli_epi16(in, 4), nibble));
+        const __m128i high = _mm_shuffle_epi8(table, _mm_and_si128(_mm_srli_epi16(in, 4), nibble));
         const __m128i low = _mm_shuffle_epi8(table, _mm_and_si128(in, nibble));
         for (std::size_t i = 0; i < 3; ++i) {
-            const __m128i pairs =
-                _mm_or_si128(_mm_shuffle_epi8(high, Load16(kSpaced.high[i])),
-                             _mm_shuffle_epi8(low, Load16(kSpaced.low[i])));
+            const __m128i pairs = _mm_or_si128(_mm_shuffle_epi8(high, Load16(kSpaced.high[i])),
+                                               _mm_shuffle_epi8(low, Load16(kSpaced.low[i])));
             _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 3 * at + 16 * i),
                              _mm_or_si128(pairs, Load16(kSpaced.blank[i])));
         }

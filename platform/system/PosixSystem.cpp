@@ -262,7 +262,10 @@ int PosixSystem::GetFileStatus(const char* name, FileStatus& status) {
     if (status.isLink && ::stat(name, &info) != 0)
         return 0;
     FillStatus(info, status);
-    status.isReadOnly = ::faccessat(AT_FDCWD, name, W_OK, AT_EACCESS) != 0;
+    // What nobody is to write is read-only for a privileged user, too, who could.
+    constexpr mode_t kAnyWrite = S_IWUSR | S_IWGRP | S_IWOTH;
+    status.isReadOnly = (info.st_mode & kAnyWrite) == 0 ||
+                        ::faccessat(AT_FDCWD, name, W_OK, AT_EACCESS) != 0;
     return 0;
 }
 

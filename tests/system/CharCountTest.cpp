@@ -31,9 +31,11 @@ private:
 
 TEST_P(CharCount, AgreesWithAWalk) {
     std::mt19937 random(7);
-    // Bytes of every kind, bytes that are nearly all lead or trail bytes, and edges of their ranges.
-    const std::string edges = "a\x7F\x80\x81\x8F\x90\x9F\xA0\xBF\xC0\xC1\xC2\xDF\xE0\xE1\xED\xEE\xEF"
-                              "\xF0\xF3\xF4\xF5\xFC\xFD\xFE\xFF";
+    // Bytes of every kind, bytes that are nearly all lead or trail bytes, and edges of their
+    // ranges.
+    const std::string edges =
+        "a\x7F\x80\x81\x8F\x90\x9F\xA0\xBF\xC0\xC1\xC2\xDF\xE0\xE1\xED\xEE\xEF"
+        "\xF0\xF3\xF4\xF5\xFC\xFD\xFE\xFF";
     for (const UINT number : {932u, 936u, 949u, 950u, 65001u, 54936u, 51932u, 1252u}) {
         const CodePage& page = *CodePage::Find(number);
         for (int round = 0; round < 3000; ++round) {
@@ -50,8 +52,13 @@ TEST_P(CharCount, AgreesWithAWalk) {
 TEST_P(CharCount, CountsWellFormedUtf8ByCodePoints) {
     std::mt19937 random(8);
     const CodePage& page = *CodePage::Find(65001);
-    const std::vector<std::string> kinds = {"a", "\xC3\xA4", "\xE3\x81\x82", "\xF0\x9F\x98\x80",
-                                            "\xE0\xA0\x80", "\xED\x9F\xBF", "\xF4\x8F\xBF\xBF"};
+    const std::vector<std::string> kinds = {"a",
+                                            "\xC3\xA4",
+                                            "\xE3\x81\x82",
+                                            "\xF0\x9F\x98\x80",
+                                            "\xE0\xA0\x80",
+                                            "\xED\x9F\xBF",
+                                            "\xF4\x8F\xBF\xBF"};
     for (int round = 0; round < 2000; ++round) {
         std::string text;
         const std::size_t count = random() % 300;
@@ -72,8 +79,10 @@ TEST(CutShort, TellsABeginningFromAWholeAndFromABrokenOne) {
     for (const char* text : {"\xE3", "\xE3\x81", "\xF0", "\xF0\x9F", "\xF0\x9F\x98", "\xC3", "\xE0",
                              "\xE0\xA0", "\xED\x80", "\xF4\x80\x80"})
         EXPECT_TRUE(isCut(65001, text)) << testing::PrintToString(text);
-    for (const char* text : {"", "a", "\xC3\xA4", "\xE3\x81\x82", "\x81", "\xFF", "\xE3" "a", "\xE0\x80",
-                             "\xED\xA0", "\xF4\x90", "\xC3\xA4\xA4"})
+    for (const char* text : {"", "a", "\xC3\xA4", "\xE3\x81\x82", "\x81", "\xFF",
+                             "\xE3"
+                             "a",
+                             "\xE0\x80", "\xED\xA0", "\xF4\x90", "\xC3\xA4\xA4"})
         EXPECT_FALSE(isCut(65001, text)) << testing::PrintToString(text);
     EXPECT_TRUE(isCut(932, "\x81"));
     EXPECT_FALSE(isCut(932, "\xB1")); // half-width katakana
