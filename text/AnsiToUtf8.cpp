@@ -10,12 +10,19 @@ namespace vnbytstr::detail {
 
 namespace {
 constexpr WORD kUtf8 = 1208;
+
+/// The translation of CCSIDs has the fast kernels, but some sets differ from the code page: 932
+/// exchanges ASCII control characters, the EUC sets have another substitute for what is broken, two
+/// ISO sets are of an older edition, and UTF-8 to itself is a copy, broken sequences and all.
+bool IsCcsidTheSame(UINT page) {
+    constexpr UINT kOthers[] = {932, 28597, 28598, 51932, 51949, 65001};
+    return std::find(std::begin(kOthers), std::end(kOthers), page) == std::end(kOthers);
 }
 
-// The translation of CCSIDs has the fast kernels, but as a CCSID 932 exchanges some ASCII control
-// characters, and UTF-8 to itself is a copy, broken sequences and all.
+} // namespace
+
 AnsiToUtf8::AnsiToUtf8() : m_page(CodePage::Ansi()) {
-    if (!m_page.IsUtf8() && m_page.GetNumber() != 932)
+    if (IsCcsidTheSame(m_page.GetNumber()))
         m_translation = TranslateBeginEx(m_page.GetCcsid(), kUtf8);
 }
 
