@@ -1,5 +1,5 @@
 // Hexadecimal text against a loop with a table, in cache and in memory.
-#include "bytestore/HexText.h"
+#include "platform/system/HexTextInternal.h"
 
 #include <benchmark/benchmark.h>
 

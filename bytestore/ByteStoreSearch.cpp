@@ -3,7 +3,7 @@
 #include "bytestore/ByteStoreInternal.h"
 
 #include "bytestore/ByteSearch.h"
-#include "bytestore/HexText.h"
+#include "platform/system/HexTextInternal.h"
 #include "vnbytstr/ByteStream.h"
 
 #include <algorithm>

@@ -5,7 +5,7 @@
 #include "bytestore/BigEndian.h"
 
 #include "bytestore/ByteSearch.h"
-#include "bytestore/HexText.h"
+#include "platform/system/HexTextInternal.h"
 #include "platform/system/FileReplacement.h"
 
 #include <algorithm>

@@ -7,7 +7,7 @@
 
 #include "vnbytstr/FixedBinary.h"
 
-#include "bytestore/HexText.h"
+#include "platform/system/HexTextInternal.h"
 #include "bytestore/ModularPower.h"
 #include "bytestore/WordArithmetic.h"
 

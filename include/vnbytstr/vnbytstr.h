@@ -1,6 +1,7 @@
 // Everything of the library that needs no window.
 #pragma once
 
+#include "vnbytstr/BidiText.h"
 #include "vnbytstr/ByteStore.h"
 #include "vnbytstr/ByteStream.h"
 #include "vnbytstr/CacheException.h"
@@ -8,5 +9,8 @@
 #include "vnbytstr/DES.h"
 #include "vnbytstr/DiffieHellman.h"
 #include "vnbytstr/FixedBinary.h"
+#include "vnbytstr/MultibyteText.h"
 #include "vnbytstr/OutputStreamWriter.h"
+#include "vnbytstr/StringPersistence.h"
 #include "vnbytstr/TempFileName.h"
+#include "vnbytstr/TextEncoding.h"

@@ -1,5 +1,6 @@
 #include "platform/system/CodePage.h"
 
+#include "platform/system/CharCountInternal.h"
 #include "platform/system/IcuConverterInternal.h"
 #include "platform/system/System.h"
 
@@ -203,6 +204,10 @@ CodePage::CodePage(const Entry& entry)
             ucnv_getStarters(converter.get(), starters, &error);
         std::copy(std::begin(starters), std::end(starters), m_lead.begin());
     }
+    for (unsigned i = 0x80; i < 0x100; ++i) {
+        if (m_lead[i] != 0)
+            m_leadRows[i & 0x0F] |= static_cast<BYTE>(1u << ((i - 0x80) >> 4));
+    }
     // ICU's 932, like its PC pages, has 1A for U+001C, 1C for U+007F and 7F for U+001A; in an ANSI
     // page ASCII is ASCII.
     m_rotatesControls = m_number == 932;
@@ -318,11 +323,52 @@ std::size_t CodePage::LongCharLength(const char* p, const char* end) const noexc
     return 1;
 }
 
+bool CodePage::IsCutShort(const char* p, const char* end) const noexcept {
+    const auto size = static_cast<std::size_t>(end - p);
+    if (size == 0 || !IsLeadByte(*p) || CharLength(p, end) > 1)
+        return false;
+    if (size == 1)
+        return true;
+    if (size > 3)
+        return false;
+    // What begins a character becomes one when the right bytes are added.
+    if (m_scheme == Scheme::EucJp)
+        return size == 2 && static_cast<BYTE>(*p) == 0x8F;
+    if (m_scheme != Scheme::Utf8 && m_scheme != Scheme::Gb18030)
+        return false;
+    const bool isUtf8 = m_scheme == Scheme::Utf8;
+    for (std::size_t added = 1; size + added <= 4; ++added) {
+        char whole[4] = {};
+        std::copy(p, end, whole);
+        for (std::size_t i = size; i < size + added; ++i)
+            whole[i] = static_cast<char>(isUtf8 ? 0x80 : i == 2 ? 0x81 : 0x30);
+        if (CharLength(whole, whole + size + added) == size + added)
+            return true;
+    }
+    return false;
+}
+
 std::size_t CodePage::CountChars(std::string_view text) const noexcept {
+    constexpr std::size_t kPlainStretch = 64; // after a broken sequence
+    if (IsSingleByte())
+        return text.size();
     std::size_t count = 0;
-    const char* end = text.data() + text.size();
-    for (const char* p = text.data(); p < end; p += CharLength(p, end))
-        ++count;
+    const char* p = text.data();
+    const char* const end = p + text.size();
+    while (p < end) {
+        const std::string_view rest(p, static_cast<std::size_t>(end - p));
+        detail::CharCountStep step;
+        if (IsUtf8())
+            step = detail::CountUtf8(rest);
+        else if (m_scheme == Scheme::DoubleByte)
+            step = detail::CountDoubleByte(rest, m_leadRows);
+        p += step.bytes;
+        count += step.chars;
+        const auto left = static_cast<std::size_t>(end - p);
+        const char* const stop = p + (IsUtf8() ? std::min(left, kPlainStretch) : left);
+        for (; p < stop; p += CharLength(p, end))
+            ++count;
+    }
     return count;
 }
 

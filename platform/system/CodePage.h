@@ -60,6 +60,9 @@ public:
     std::size_t CharLength(const char* p, const char* end) const noexcept {
         return IsLeadByte(*p) ? LongCharLength(p, end) : 1;
     }
+    /// Whether the bytes from `p` (where a character begins) to `end` are the beginning of a longer
+    /// character, which the text was cut in.
+    bool IsCutShort(const char* p, const char* end) const noexcept;
     /// Number of characters.
     std::size_t CountChars(std::string_view text) const noexcept;
     /// Index of the first byte of the character that the byte at `index` belongs to; judged from
@@ -100,6 +103,7 @@ private:
     Scheme m_scheme;
     bool m_rotatesControls = false;
     std::array<BYTE, 256> m_lead{};             // 1: begins a character of several bytes
+    std::array<BYTE, 16> m_leadRows{};          // the same, as the counting of characters wants it
     std::array<char16_t, 256> m_single{};       // the character of a single byte, U+FFFD for none
     std::array<BYTE, 256> m_upper{}, m_lower{}; // of single bytes
     std::unique_ptr<Converters> m_converters;

@@ -16,7 +16,7 @@ std::string FolderOf(const std::string& name) {
     return slash == 0 ? "/" : name.substr(0, slash);
 }
 
-int FileReplacement::Open(const char* name) {
+int FileReplacement::Open(const char* name, bool directlyToo) {
     Abandon();
     System& system = System::Current();
     m_target = name;
@@ -33,8 +33,11 @@ int FileReplacement::Open(const char* name) {
         if (!m_isNew && status.isReadOnly)
             return EACCES;
         const int error = OpenBeside();
-        if (error != EACCES && error != EPERM && error != EROFS && error != ENAMETOOLONG)
+        if (!directlyToo ||
+            (error != EACCES && error != EPERM && error != EROFS && error != ENAMETOOLONG))
             return error;
+    } else if (!directlyToo) {
+        return EINVAL;
     }
     m_beside.clear();
     const int error = system.OpenFile(

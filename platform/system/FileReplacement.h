@@ -19,8 +19,10 @@ public:
     FileReplacement(const FileReplacement&) = delete;
     FileReplacement& operator=(const FileReplacement&) = delete;
 
-    /// Begins the new content of `name`. A symbolic link stays one: its target is replaced.
-    int Open(const char* name);
+    /// Begins the new content of `name`. A symbolic link stays one: its target is replaced. With
+    /// `directlyToo` false nothing is ever written directly: what cannot be written beside is an
+    /// error, and the file is untouched.
+    int Open(const char* name, bool directlyToo = true);
     /// Where to write; open for reading and writing.
     FileHandle Handle() const { return m_handle; }
     /// Brings the content to the disk and gives it its name, with the permissions of the file that

@@ -1,5 +1,8 @@
 #include "platform/system/PosixSystem.h"
 
+#include "platform/system/CharacterTypes.h"
+#include "platform/system/CodePage.h"
+
 #include <dirent.h>
 #include <fcntl.h>
 #include <signal.h>
@@ -259,7 +262,10 @@ int PosixSystem::GetFileStatus(const char* name, FileStatus& status) {
     if (status.isLink && ::stat(name, &info) != 0)
         return 0;
     FillStatus(info, status);
-    status.isReadOnly = ::faccessat(AT_FDCWD, name, W_OK, AT_EACCESS) != 0;
+    // What nobody is to write is read-only for a privileged user, too, who could.
+    constexpr mode_t kAnyWrite = S_IWUSR | S_IWGRP | S_IWOTH;
+    status.isReadOnly = (info.st_mode & kAnyWrite) == 0 ||
+                        ::faccessat(AT_FDCWD, name, W_OK, AT_EACCESS) != 0;
     return 0;
 }
 
@@ -398,6 +404,15 @@ std::string PosixSystem::GetTextLocale() {
     }
     return "C";
 }
+
+bool PosixSystem::IsDbcsEnabled() { return !CodePage::Ansi().IsSingleByte(); }
+
+bool PosixSystem::IsMiddleEastEnabled() {
+    const UINT page = CodePage::Ansi().GetNumber();
+    return page == 1255 || page == 1256 || IsLocaleRightToLeft(System::Current().GetTextLocale());
+}
+
+SystemVersion PosixSystem::GetVersion() { return {SystemVersion::NtFamily, 10, 0}; }
 
 void PosixSystem::WriteDiagnostic(const char* text) {
     const std::string line = std::string(text) + "\n";

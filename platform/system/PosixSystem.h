@@ -42,6 +42,9 @@ public:
     std::string GetEnvironment(const char* name) override;
     std::string GetModuleFileName() override;
     std::string GetTextLocale() override;
+    bool IsDbcsEnabled() override;
+    bool IsMiddleEastEnabled() override;
+    SystemVersion GetVersion() override;
     void WriteDiagnostic(const char* text) override;
 
 private:

@@ -54,6 +54,14 @@ struct FileStatus {
     std::uint64_t identity = 0; ///< differs between two files that exist at the same time
 };
 
+/// What the system calls itself.
+struct SystemVersion {
+    enum Platform : DWORD { Win32s = 0, Windows9x = 1, NtFamily = 2 };
+    DWORD platform = NtFamily;
+    DWORD major = 0;
+    DWORD minor = 0;
+};
+
 class VNBYTSTR_API System {
 public:
     virtual ~System() = default;
@@ -134,6 +142,15 @@ public:
     virtual std::string GetModuleFileName() = 0;
     /// The process's locale for text, such as "de_AT.UTF-8": LC_ALL, LC_CTYPE or LANG, else "C".
     virtual std::string GetTextLocale() = 0;
+    /// Whether text may hold characters of several bytes: the ANSI code page is a double-byte page,
+    /// another multi-byte one, or UTF-8.
+    virtual bool IsDbcsEnabled() = 0;
+    /// Whether the system is made for text from right to left: the ANSI code page is the Hebrew or
+    /// the Arabic one (1255, 1256), or the locale's language is written that way.
+    virtual bool IsMiddleEastEnabled() = 0;
+    /// The version whose behaviour programs may count on: the NT family's 10.0 on POSIX machines,
+    /// where all that depends on a version is there.
+    virtual SystemVersion GetVersion() = 0;
     /// Writes a line for the person at the terminal to standard error.
     virtual void WriteDiagnostic(const char* text) = 0;
 

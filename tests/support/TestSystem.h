@@ -57,6 +57,9 @@ public:
     }
     void SetTemporaryFolder(const std::string& folder) { m_temporaryFolder = folder; }
     void SetProcessId(DWORD id) { m_processId = id; }
+    void SetDbcsEnabled(bool enabled) { m_dbcs = enabled; }
+    void SetMiddleEastEnabled(bool enabled) { m_middleEast = enabled; }
+    void SetVersion(SystemVersion version) { m_version = version; }
 
     /// Sets the one fault, counting from now; none takes it away.
     void Inject(std::optional<Fault> fault);
@@ -104,6 +107,11 @@ public:
     std::string GetEnvironment(const char* name) override;
     std::string GetModuleFileName() override { return m_real.GetModuleFileName(); }
     std::string GetTextLocale() override;
+    bool IsDbcsEnabled() override { return m_dbcs ? *m_dbcs : m_real.IsDbcsEnabled(); }
+    bool IsMiddleEastEnabled() override {
+        return m_middleEast ? *m_middleEast : m_real.IsMiddleEastEnabled();
+    }
+    SystemVersion GetVersion() override { return m_version ? *m_version : m_real.GetVersion(); }
     void WriteDiagnostic(const char* text) override { m_diagnostics += std::string(text) + "\n"; }
 
 private:
@@ -115,6 +123,8 @@ private:
     System& m_real;
     std::optional<DWORD> m_tick, m_time, m_memoryLoad, m_processId;
     std::optional<std::string> m_temporaryFolder;
+    std::optional<bool> m_dbcs, m_middleEast;
+    std::optional<SystemVersion> m_version;
     std::map<std::string, std::string> m_environment;
     std::optional<Fault> m_fault;
     unsigned m_seen = 0, m_hits = 0;

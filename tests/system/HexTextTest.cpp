@@ -1,4 +1,4 @@
-#include "bytestore/HexText.h"
+#include "platform/system/HexTextInternal.h"
 
 #include "platform/system/CpuKernel.h"
 

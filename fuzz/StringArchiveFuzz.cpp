@@ -1,0 +1,36 @@
+// ReadStringWithLengthFromArchive on any archive: strings come out until the archive ends. The
+// first byte of the input chooses the code page.
+#include "fuzz/FuzzInput.h"
+#include "platform/framework/Exception.h"
+#include "platform/framework/MemFile.h"
+#include "vnbytstr/StringPersistence.h"
+
+using namespace vnbytstr;
+using fuzz::Require;
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    if (size == 0)
+        return 0;
+    const ScopedCodePage page(fuzz::PageOf(*data++));
+    --size;
+    CMemFile file;
+    if (size > 0)
+        file.Write(data, static_cast<UINT>(size));
+    file.SeekToBegin();
+    CArchive archive(&file, CArchive::load, 128);
+    for (;;) {
+        CString text("before");
+        try {
+            ReadStringWithLengthFromArchive(archive, text);
+            Require(static_cast<std::size_t>(text.GetLength()) <= 2 * size + 2);
+        } catch (CArchiveException* error) {
+            Require(error->m_cause == CArchiveException::endOfFile && text == "before");
+            error->Delete();
+            break;
+        }
+    }
+    archive.Abort();
+    return 0;
+}

@@ -1,0 +1,234 @@
+// Strings in files and archives: exact bytes, round trips in every page, bad input.
+#include "vnbytstr/StringPersistence.h"
+
+#include "platform/framework/Exception.h"
+#include "platform/framework/MemFile.h"
+#include "platform/system/CodePage.h"
+#include "tests/support/TestSystem.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <memory>
+#include <random>
+#include <string>
+
+namespace {
+
+using namespace std::string_literals;
+using vnbytstr::CodePage;
+using vnbytstr::ScopedCodePage;
+
+CString StringOf(const std::string& bytes) {
+    return {bytes.data(), static_cast<int>(bytes.size())};
+}
+std::string BytesOf(const CString& text) {
+    return {text, static_cast<std::size_t>(text.GetLength())};
+}
+
+std::string Content(CFile& file) {
+    std::string bytes(file.GetLength(), '\0');
+    file.SeekToBegin();
+    EXPECT_EQ(file.Read(bytes.data(), static_cast<UINT>(bytes.size())), bytes.size());
+    return bytes;
+}
+
+void Fill(CFile& file, const std::string& bytes) {
+    file.Write(bytes.data(), static_cast<UINT>(bytes.size()));
+    file.SeekToBegin();
+}
+
+struct ReadBack {
+    std::string text;
+    DWORD length = 0;
+    bool converted = false, hadMark = false;
+};
+
+ReadBack ReadFile(const std::string& bytes) {
+    CMemFile file;
+    Fill(file, bytes);
+    ReadBack result;
+    char* text = nullptr;
+    result.length = ReadStringFromFile(file, text, result.converted, result.hadMark);
+    result.text = text;
+    std::free(text);
+    return result;
+}
+
+std::string InFile(const CString& text) {
+    CMemFile file;
+    WriteStringToFile(file, text);
+    return Content(file);
+}
+
+std::string InArchive(const CString& text) {
+    CMemFile file;
+    CArchive archive(&file, CArchive::store);
+    WriteStringWithLengthToArchive(archive, text);
+    archive.Close();
+    return Content(file);
+}
+
+/// The string in an archive of these bytes; the cause of the exception in `cause`.
+CString FromArchive(const std::string& bytes, int& cause) {
+    CMemFile file;
+    Fill(file, bytes);
+    CArchive archive(&file, CArchive::load);
+    CString text("before");
+    cause = 0;
+    try {
+        ReadStringWithLengthFromArchive(archive, text);
+    } catch (CArchiveException* error) {
+        cause = error->m_cause;
+        error->Delete();
+    }
+    archive.Abort();
+    return text;
+}
+
+} // namespace
+
+TEST(StringPersistence, ExactBytes) {
+    const ScopedCodePage scope(932);
+    EXPECT_EQ(InFile(""), "\xFF\xFE"s);
+    EXPECT_EQ(InFile("ABC"), "\xFF\xFE\x41\0\x42\0\x43\0"s);
+    EXPECT_EQ(InFile("\x82\xA0"), "\xFF\xFE\x42\x30\0\0"s); // 2 x 2 bytes, one unit
+    EXPECT_EQ(InFile("a\x82"), "\xFF\xFE\x61\0\xFD\xFF"s);  // a lone lead byte
+    EXPECT_EQ(InFile(CString("a\0b", 3)), "\xFF\xFE\x61\0\0\0\x62\0"s);
+    EXPECT_EQ(InArchive(""), "\0\0\0\0"s);
+    EXPECT_EQ(InArchive("ABC"), "\x06\0\0\0\x41\0\x42\0\x43\0"s);
+    EXPECT_EQ(InArchive("\x82\xA0Z"), "\x06\0\0\0\x42\x30\x5A\0\0\0"s);
+    const ScopedCodePage utf8(65001);
+    EXPECT_EQ(InFile("\xF0\x9F\x98\x80"), "\xFF\xFE\x3D\xD8\x00\xDE\0\0\0\0"s);
+}
+
+TEST(StringPersistence, RoundTripsInEveryPage) {
+    for (const UINT page : {1252u, 932u, 936u, 949u, 950u, 1255u, 1256u, 65001u, 54936u}) {
+        const ScopedCodePage scope(page);
+        std::string text;
+        for (char32_t character = 0x20; character < 0x10400; ++character) {
+            if (character >= 0xD800 && character < 0xE000)
+                continue;
+            const std::u16string wide =
+                character < 0x10000
+                    ? std::u16string(1, static_cast<char16_t>(character))
+                    : std::u16string{static_cast<char16_t>(0xD7C0 + (character >> 10)),
+                                     static_cast<char16_t>(0xDC00 + (character & 0x3FF))};
+            const std::string narrow = CodePage::Ansi().FromWide(wide);
+            if (CodePage::Ansi().ToWide(narrow) == wide)
+                text += narrow;
+        }
+        ASSERT_GT(text.size(), 150u);
+        const ReadBack read = ReadFile(InFile(StringOf(text)));
+        EXPECT_EQ(read.text, text) << page;
+        EXPECT_TRUE(read.converted && read.hadMark);
+        EXPECT_EQ(read.length, 2 + 2 * text.size());
+        int cause = 0;
+        EXPECT_EQ(BytesOf(FromArchive(InArchive(StringOf(text)), cause)), text) << page;
+    }
+}
+
+TEST(StringPersistence, WhatReadersTakeForUnicode) {
+    const ScopedCodePage scope(1252);
+    struct Case {
+        std::string bytes, text;
+        bool converted, hadMark;
+    };
+    const Case cases[] = {
+        {"ABCDE", "ABCDE", false, false},
+        {"", "", false, false},
+        {"\xFF\xFE"s, "", true, true},
+        {"\xFF\xFE\x41\0\x42"s, "AB", true, true},          // an odd byte at the end
+        {"\x41\0\x42\0"s, "AB", true, false},               // by the statistic
+        {"\xFE\xFF\0\x41"s, "??", true, false},             // a big-endian mark, read as two units
+        {"\xEF\xBB\xBF\x41"s, "??", true, false},           // UTF-8's mark, read as two units
+        {"\xFF\xFE\x41\0\0\0\x42\0"s, "A", true, true},     // up to the first NUL
+        {"\xFF\xFE\x3D\xD8\x41\0"s, "?A", true, true},      // an unpaired surrogate
+        {"\xFF\xFE\xAC\x20\x42\x30"s, "\x80?", true, true}, // a character the page lacks
+    };
+    for (const Case& one : cases) {
+        const ReadBack read = ReadFile(one.bytes);
+        EXPECT_EQ(read.length, one.bytes.size());
+        EXPECT_EQ(read.converted, one.converted) << testing::PrintToString(one.bytes);
+        EXPECT_EQ(read.hadMark, one.hadMark) << testing::PrintToString(one.bytes);
+        EXPECT_EQ(read.text, one.text) << testing::PrintToString(one.bytes);
+    }
+    // A page whose text is longer than its UTF-16 form keeps all of it.
+    const ScopedCodePage utf8(65001);
+    const std::string three = "\xE3\x81\x82\xE3\x81\x84\xE3\x81\x86";
+    EXPECT_EQ(ReadFile("\xFF\xFE\x42\x30\x44\x30\x46\x30"s).text, three);
+}
+
+TEST(StringPersistence, ShortAndBrokenFiles) {
+    CMemFile file;
+    Fill(file, "\xFF\xFE\x41\0"s);
+    file.Seek(2, CFile::begin); // fewer bytes than the file has
+    char* text = file.GetLength() > 0 ? reinterpret_cast<char*>(&file) : nullptr;
+    bool converted = true, hadMark = true;
+    try {
+        ReadStringFromFile(file, text, converted, hadMark);
+        FAIL();
+    } catch (CArchiveException* error) {
+        EXPECT_EQ(error->m_cause, CArchiveException::endOfFile);
+        error->Delete();
+    }
+    EXPECT_EQ(text, nullptr);
+    EXPECT_FALSE(converted || hadMark);
+}
+
+TEST(StringPersistence, Archives) {
+    const ScopedCodePage scope(1252);
+    const auto from = [](const std::string& bytes, const std::string& expected,
+                         int wantedCause = 0) {
+        int cause = 0;
+        EXPECT_EQ(BytesOf(FromArchive(bytes, cause)), expected) << testing::PrintToString(bytes);
+        EXPECT_EQ(cause, wantedCause) << testing::PrintToString(bytes);
+    };
+    constexpr int kEnd = CArchiveException::endOfFile;
+    from("\0\0\0\0"s, "");
+    from("\0\0\0\x80"s, ""); // negative
+    from("\xFF\xFF\xFF\xFF"s, "");
+    from("\x03\0\0\0\x41\0\x42"s, "AB"); // an odd count
+    from("\x01\0\0\0\xFF"s, "\xFF");
+    from("\x06\0\0\0\xFF\xFE\x41\0\x42\0"s, "AB");
+    from("\x04\0\0\0\x41\0\0\0"s, "A");
+    from("\x04\0\0\0\x00\xDC\x41\0"s, "?A");
+    from("\x04\0\0\0\x41\0\x42"s, "before", kEnd);
+    from("\x04\0\0"s, "before", kEnd);
+    from("", "before", kEnd);
+    from("\xFF\xFF\xFF\x7F"s + std::string(16, 'x'), "before", kEnd); // 2 GiB in 20 bytes
+}
+
+TEST(StringPersistence, ArchivesFileRoundTheBuffer) {
+    CMemFile file;
+    CArchive archive(&file, CArchive::store);
+    archive << DWORD{0x31313131};
+    WriteStringToArchive(archive, "A"); // overtakes what is in the buffer
+    archive.Flush();
+    WriteStringWithLengthToArchive(archive, "B");
+    archive.Close();
+    EXPECT_EQ(Content(file), "\xFF\xFE\x41\0"s
+                             "1111"
+                             "\x02\0\0\0\x42\0"s);
+
+    CMemFile whole;
+    Fill(whole, "\xFF\xFE\x41\0"s);
+    CArchive reader(&whole, CArchive::load);
+    char* text = nullptr;
+    bool converted = false, hadMark = false;
+    ReadStringFromArchive(reader, text, converted, hadMark);
+    EXPECT_STREQ(text, "A");
+    std::free(text);
+    reader.Close();
+    EXPECT_THROW(
+        {
+            try {
+                ReadStringFromArchive(reader, text, converted, hadMark);
+            } catch (CArchiveException* error) {
+                error->Delete();
+                throw 1;
+            }
+        },
+        int);
+    EXPECT_EQ(text, nullptr);
+}

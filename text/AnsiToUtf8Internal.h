@@ -1,0 +1,41 @@
+// Long texts from the ANSI code page to UTF-8, slice by slice.
+#pragma once
+
+#include "platform/framework/Types.h"
+#include "platform/system/CodePage.h"
+
+#include <cstddef>
+#include <memory>
+#include <span>
+#include <string>
+
+class CCCSIDTranslation;
+
+namespace vnbytstr::detail {
+
+/// A character may lie across two slices. Bytes that are no character become U+FFFD, as in
+/// CodePage::ToWide. One object converts one text.
+class AnsiToUtf8 {
+public:
+    AnsiToUtf8();
+    ~AnsiToUtf8();
+    AnsiToUtf8(const AnsiToUtf8&) = delete;
+    AnsiToUtf8& operator=(const AnsiToUtf8&) = delete;
+
+    /// Converts the next slice; `last` says that the text ends with it. The result is valid until
+    /// the next call. Memory that cannot be had throws std::bad_alloc.
+    std::span<const BYTE> Convert(std::span<const BYTE> slice, bool last);
+
+private:
+    std::span<const BYTE> Translate(std::span<const BYTE> slice, bool last);
+    std::span<const BYTE> ConvertByCharacters(std::span<const BYTE> slice, bool last);
+
+    const CodePage& m_page;
+    CCCSIDTranslation* m_translation = nullptr; ///< null: by characters
+    std::unique_ptr<BYTE[]> m_buffer;           ///< of Translate
+    std::size_t m_capacity = 0;
+    std::string m_pending; ///< of ConvertByCharacters: the beginning of a character
+    std::string m_converted;
+};
+
+} // namespace vnbytstr::detail
