@@ -5,8 +5,8 @@
 #include "bytestore/BigEndian.h"
 
 #include "bytestore/ByteSearch.h"
-#include "platform/system/HexTextInternal.h"
 #include "platform/system/FileReplacement.h"
+#include "platform/system/HexTextInternal.h"
 
 #include <algorithm>
 #include <array>

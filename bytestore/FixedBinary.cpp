@@ -7,9 +7,9 @@
 
 #include "vnbytstr/FixedBinary.h"
 
-#include "platform/system/HexTextInternal.h"
 #include "bytestore/ModularPower.h"
 #include "bytestore/WordArithmetic.h"
+#include "platform/system/HexTextInternal.h"
 
 #include <algorithm>
 #include <climits>

@@ -2,6 +2,7 @@
 // that somebody nearby could time.
 #pragma once
 
+#include "bytestore/DigitMultiply.h"
 #include "bytestore/WordArithmetic.h"
 
 namespace vnbytstr::detail {
@@ -14,5 +15,9 @@ namespace vnbytstr::detail {
 /// Menezes et al., Handbook of Applied Cryptography, 14.85). Even ones: the odd part and the power
 /// of two apart, joined by Garner's algorithm (ibid., 14.71).
 Words ModularPower(WordSpan base, WordSpan exponent, WordSpan modulus);
+
+/// The same, multiplying in digits of 52 bits whenever `choose` has a multiplier.
+Words ModularPower(WordSpan base, WordSpan exponent, WordSpan modulus,
+                   DigitMultiplier (*choose)(std::size_t digits) noexcept);
 
 } // namespace vnbytstr::detail

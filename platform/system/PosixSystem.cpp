@@ -264,8 +264,8 @@ int PosixSystem::GetFileStatus(const char* name, FileStatus& status) {
     FillStatus(info, status);
     // What nobody is to write is read-only for a privileged user, too, who could.
     constexpr mode_t kAnyWrite = S_IWUSR | S_IWGRP | S_IWOTH;
-    status.isReadOnly = (info.st_mode & kAnyWrite) == 0 ||
-                        ::faccessat(AT_FDCWD, name, W_OK, AT_EACCESS) != 0;
+    status.isReadOnly =
+        (info.st_mode & kAnyWrite) == 0 || ::faccessat(AT_FDCWD, name, W_OK, AT_EACCESS) != 0;
     return 0;
 }
 
