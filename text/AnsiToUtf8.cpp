@@ -33,11 +33,7 @@ std::span<const BYTE> AnsiToUtf8::Convert(std::span<const BYTE> slice, bool last
 }
 
 std::span<const BYTE> AnsiToUtf8::Translate(std::span<const BYTE> slice, bool last) {
-    constexpr std::size_t kSlack = 96; // for what is pending, and for the kernels' wide stores
-    if (m_capacity < 3 * slice.size() + kSlack) {
-        m_capacity = 3 * slice.size() + kSlack;
-        m_buffer = std::make_unique_for_overwrite<BYTE[]>(m_capacity);
-    }
+    MakeRoom(slice.size());
     std::size_t written = 0;
     for (;;) {
         auto taken = static_cast<DWORD>(slice.size());
@@ -57,20 +53,56 @@ std::span<const BYTE> AnsiToUtf8::Translate(std::span<const BYTE> slice, bool la
     }
 }
 
+void AnsiToUtf8::MakeRoom(std::size_t size) {
+    constexpr std::size_t kSlack = 96; // for what is pending, and for the kernels' wide stores
+    if (m_capacity < 3 * size + kSlack) {
+        m_capacity = 3 * size + kSlack;
+        m_buffer = std::make_unique_for_overwrite<BYTE[]>(m_capacity);
+    }
+}
+
+/// Bytes before the character that the text was cut in, if it was.
+std::size_t AnsiToUtf8::WholeCharacters(std::string_view text) const {
+    const char* const begin = text.data();
+    const char* const end = begin + text.size();
+    const char* p = end;
+    if (m_page.IsUtf8()) // what was cut begins among the last three bytes
+        p -= std::min<std::size_t>(text.size(), 3);
+    else // a character ends with any byte below 0x40, which is a lead byte in no page
+        while (p > begin && static_cast<BYTE>(p[-1]) >= 0x40)
+            --p;
+    while (p < end && !m_page.IsCutShort(p, end))
+        p += m_page.CharLength(p, end);
+    return static_cast<std::size_t>(p - begin);
+}
+
+/// The CCSID's translation of a text that has nothing in which it differs from the code page.
+bool AnsiToUtf8::TranslatePlain932(std::string_view text) {
+    for (const char control : {'\x1A', '\x1C', '\x7F'}) { // none is ever a trail byte
+        if (text.find(control) != std::string_view::npos)
+            return false;
+    }
+    MakeRoom(text.size());
+    STranslationReport report;
+    auto produced = static_cast<DWORD>(m_capacity);
+    const BOOL done = TranslateCCSID(932, kUtf8, reinterpret_cast<const BYTE*>(text.data()),
+                                     static_cast<DWORD>(text.size()), m_buffer.get(), &produced,
+                                     nullptr, translateSubstitute, &report);
+    m_size = produced;
+    return done && report.ullMalformed == 0;
+}
+
 std::span<const BYTE> AnsiToUtf8::ConvertByCharacters(std::span<const BYTE> slice, bool last) {
     std::string text = std::move(m_pending);
     text.append(reinterpret_cast<const char*>(slice.data()), slice.size());
     m_pending.clear();
     if (!last) {
-        const char* const end = text.data() + text.size();
-        const char* p = text.data();
-        if (m_page.IsUtf8()) // what was cut begins among the last three bytes
-            p = end - std::min<std::size_t>(text.size(), 3);
-        while (p < end && !m_page.IsCutShort(p, end))
-            p += m_page.CharLength(p, end);
-        m_pending.assign(p, end);
-        text.resize(text.size() - m_pending.size());
+        const std::size_t whole = WholeCharacters(text);
+        m_pending = text.substr(whole);
+        text.resize(whole);
     }
+    if (m_page.GetNumber() == 932 && TranslatePlain932(text))
+        return {m_buffer.get(), m_size};
     m_converted = CodePage::Find(65001)->FromWide(m_page.ToWide(text));
     return {reinterpret_cast<const BYTE*>(m_converted.data()), m_converted.size()};
 }

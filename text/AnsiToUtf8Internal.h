@@ -8,6 +8,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <string_view>
 
 class CCCSIDTranslation;
 
@@ -29,12 +30,16 @@ public:
 private:
     std::span<const BYTE> Translate(std::span<const BYTE> slice, bool last);
     std::span<const BYTE> ConvertByCharacters(std::span<const BYTE> slice, bool last);
+    std::size_t WholeCharacters(std::string_view text) const;
+    bool TranslatePlain932(std::string_view text);
+    void MakeRoom(std::size_t size);
 
     const CodePage& m_page;
     CCCSIDTranslation* m_translation = nullptr; ///< null: by characters
-    std::unique_ptr<BYTE[]> m_buffer;           ///< of Translate
+    std::unique_ptr<BYTE[]> m_buffer;           ///< of the translations
     std::size_t m_capacity = 0;
-    std::string m_pending; ///< of ConvertByCharacters: the beginning of a character
+    std::size_t m_size = 0; ///< of what TranslatePlain932 wrote
+    std::string m_pending;  ///< of ConvertByCharacters: the beginning of a character
     std::string m_converted;
 };
 

@@ -90,45 +90,51 @@ VNBYTSTR_AVX2 std::size_t EncodeAvx2(std::span<const BYTE> bytes, char* out,
     return at;
 }
 
-// Where the digits of 16 bytes stand among the 48 characters with blanks: for each of three stores,
-// the byte whose high (low) digit a character is, 0x80 for none.
+// Where the digits of 32 bytes stand among their 96 characters with blanks: for each of three
+// stores, the place within its 16 bytes of the byte whose high (low) digit a character is, 0x80 for
+// none. The first store takes from the first 16 bytes, the last from the others, and the two halves
+// of the middle one from either.
 struct SpacedPlaces {
-    alignas(16) BYTE high[3][16];
-    alignas(16) BYTE low[3][16];
-    alignas(16) BYTE blank[3][16];
+    alignas(32) BYTE high[3][32];
+    alignas(32) BYTE low[3][32];
+    alignas(32) BYTE blank[3][32];
 };
 constexpr SpacedPlaces MakeSpacedPlaces() {
     SpacedPlaces places{};
-    for (unsigned at = 0; at < 48; ++at) {
-        const BYTE byte = static_cast<BYTE>(at / 3);
-        places.high[at / 16][at % 16] = at % 3 == 0 ? byte : BYTE{0x80};
-        places.low[at / 16][at % 16] = at % 3 == 1 ? byte : BYTE{0x80};
-        places.blank[at / 16][at % 16] = at % 3 == 2 ? BYTE{' '} : BYTE{0};
+    for (unsigned at = 0; at < 96; ++at) {
+        const BYTE byte = static_cast<BYTE>(at / 3 % 16);
+        places.high[at / 32][at % 32] = at % 3 == 0 ? byte : BYTE{0x80};
+        places.low[at / 32][at % 32] = at % 3 == 1 ? byte : BYTE{0x80};
+        places.blank[at / 32][at % 32] = at % 3 == 2 ? BYTE{' '} : BYTE{0};
     }
     return places;
 }
 constexpr SpacedPlaces kSpaced = MakeSpacedPlaces();
 
-VNBYTSTR_AVX2 __m128i Load16(const void* from) noexcept {
-    return _mm_loadu_si128(static_cast<const __m128i*>(from));
+template <unsigned kStore>
+VNBYTSTR_AVX2 void PutSpaced(char* out, __m256i high, __m256i low) noexcept {
+    const __m256i pairs = _mm256_or_si256(_mm256_shuffle_epi8(high, Load(kSpaced.high[kStore])),
+                                          _mm256_shuffle_epi8(low, Load(kSpaced.low[kStore])));
+    Store(out + 32 * kStore, _mm256_or_si256(pairs, Load(kSpaced.blank[kStore])));
 }
 
 // Returns how many bytes it wrote the digits of, each with a blank behind; never all of them.
 VNBYTSTR_AVX2 std::size_t EncodeSpacedAvx2(std::span<const BYTE> bytes, char* out,
                                            const char* digits) noexcept {
-    const __m128i table = Load16(digits);
-    const __m128i nibble = _mm_set1_epi8(0x0F);
+    const __m256i table = BothLanes(digits);
+    const __m256i nibble = _mm256_set1_epi8(0x0F);
     std::size_t at = 0;
-    for (; bytes.size() - at > 16; at += 16) {
-        const __m128i in = Load16(bytes.data() + at);
-        const __m128i high = _mm_shuffle_epi8(table, _mm_and_si128(_mm_srli_epi16(in, 4), nibble));
-        const __m128i low = _mm_shuffle_epi8(table, _mm_and_si128(in, nibble));
-        for (std::size_t i = 0; i < 3; ++i) {
-            const __m128i pairs = _mm_or_si128(_mm_shuffle_epi8(high, Load16(kSpaced.high[i])),
-                                               _mm_shuffle_epi8(low, Load16(kSpaced.low[i])));
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 3 * at + 16 * i),
-                             _mm_or_si128(pairs, Load16(kSpaced.blank[i])));
-        }
+    for (; bytes.size() - at > 32; at += 32) {
+        const __m256i in = Load(bytes.data() + at);
+        const __m256i high =
+            _mm256_shuffle_epi8(table, _mm256_and_si256(_mm256_srli_epi16(in, 4), nibble));
+        const __m256i low = _mm256_shuffle_epi8(table, _mm256_and_si256(in, nibble));
+        char* const to = out + 3 * at;
+        PutSpaced<0>(to, _mm256_permute2x128_si256(high, high, 0x00),
+                     _mm256_permute2x128_si256(low, low, 0x00));
+        PutSpaced<1>(to, high, low);
+        PutSpaced<2>(to, _mm256_permute2x128_si256(high, high, 0x11),
+                     _mm256_permute2x128_si256(low, low, 0x11));
     }
     return at;
 }
