@@ -95,13 +95,12 @@ int Exchange(CString& text, const CString& from, const CString& to) {
 }
 
 void Pad(CString& pattern, int length) {
-    const int missing = length - pattern.GetLength();
-    if (length <= 0 || missing <= 0)
+    if (length <= pattern.GetLength())
         return;
     const std::string_view text = ViewOf(pattern);
     const bool hasWildcard = CodePage::Ansi().SpanWithout(text, "%_") < text.size();
     if (!hasWildcard)
-        pattern += CString(' ', missing);
+        pattern += CString(' ', length - pattern.GetLength());
     else if (text.back() != '%') // which is no trail byte in any page
         pattern += '%';
 }

@@ -149,12 +149,18 @@ void FormatStringAsBin(CString& text, bool spaced, bool /*ignored1*/, bool /*ign
     const std::span<const BYTE> bytes = BytesOf(text);
     CString bits = MakeGroups(bytes.size(), 8, spaced);
     char* out = Characters(bits);
-    const char* const first = out;
-    for (const BYTE byte : bytes) {
-        if (spaced && out != first)
-            *out++ = ' ';
+    const auto put = [&out](BYTE byte) {
         std::memcpy(out, kBitTexts[byte].data(), 8);
         out += 8;
+    };
+    if (!spaced) {
+        std::for_each(bytes.begin(), bytes.end(), put);
+    } else {
+        put(bytes.front());
+        for (const BYTE byte : bytes.subspan(1)) {
+            *out++ = ' ';
+            put(byte);
+        }
     }
     text = std::move(bits);
 }
