@@ -118,6 +118,7 @@ int VariousByteLength(const CString& source) {
 }
 
 void VariousByteDivision(const CString& source, CString& left, CString& right, int n) {
+    // The source may be one of the two. NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const CString whole = source;
     if (n <= 0) {
         left.Empty();
