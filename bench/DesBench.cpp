@@ -1,20 +1,27 @@
-// DES on 32 KiB buffers against OpenSSL, for every kernel of the machine.
+// DES against OpenSSL for every kernel of the machine, alone and through CDES; and enciphering a
+// large store against copying it.
 #define OPENSSL_SUPPRESS_DEPRECATED
+
+#include "bench/Rounds.h"
 
 #include "crypto/DesKernel.h"
 #include "platform/system/CpuKernel.h"
+#include "vnbytstr/ByteStore.h"
+#include "vnbytstr/ByteStream.h"
+#include "vnbytstr/DES.h"
 
-#include <benchmark/benchmark.h>
 #include <openssl/des.h>
 
-#include <algorithm>
-#include <chrono>
-#include <cstdio>
-#include <string>
-#include <vector>
+#include <array>
+#include <cstdlib>
+#include <memory>
 
 using namespace vnbytstr;
 using namespace vnbytstr::detail;
+using vnbytstr::bench::Contender;
+using vnbytstr::bench::Contest;
+using vnbytstr::bench::Contests;
+using vnbytstr::bench::Repeat;
 
 namespace {
 
@@ -23,11 +30,14 @@ constexpr std::size_t kSize = 32768;
 enum class Mode { EcbEncrypt, EcbDecrypt, CbcEncrypt, CbcDecrypt };
 constexpr const char* kModeNames[] = {"ECB encrypt", "ECB decrypt", "CBC encrypt", "CBC decrypt"};
 
-struct Case {
-    Kernel kernel;
-    Mode mode;
-    std::vector<double> ours, peer; // MB/s of each run
-};
+bool Encrypts(Mode mode) { return mode == Mode::EcbEncrypt || mode == Mode::CbcEncrypt; }
+bool Chains(Mode mode) { return mode == Mode::CbcEncrypt || mode == Mode::CbcDecrypt; }
+
+double GoalOf(Kernel kernel, Mode mode) {
+    if (mode == Mode::CbcEncrypt) // a chain, in which a kernel has nothing to do
+        return 1.3;
+    return kernel == Kernel::Avx512 ? 45 : kernel == Kernel::Avx2 ? 15 : 2;
+}
 
 struct Buffers {
     std::array<BYTE, 8> key = {0x13, 0x34, 0x57, 0x79, 0x9B, 0xBC, 0xDF, 0xF1};
@@ -36,6 +46,7 @@ struct Buffers {
     DES_key_schedule peer{};
     DesBlock chain{};
     DES_cblock peerChain{};
+    CDES cipher{key.data(), 8};
     std::vector<BYTE> in = std::vector<BYTE>(kSize, 0x5A);
     std::vector<BYTE> out = std::vector<BYTE>(kSize);
 
@@ -57,10 +68,17 @@ struct Buffers {
             return DesCbcDecrypt(in.data(), out.data(), kBlocks, decrypting, chain);
         }
     }
+    void Class(Mode mode) {
+        cipher.SetMode(Chains(mode) ? CDES::eCBC : CDES::eECB);
+        int length = kSize;
+        if (Encrypts(mode))
+            cipher.Encrypt(in.data(), kSize, out.data(), length);
+        else
+            cipher.Decrypt(in.data(), kSize, out.data(), length);
+    }
     void Peer(Mode mode) {
-        const bool encrypt = mode == Mode::EcbEncrypt || mode == Mode::CbcEncrypt;
-        const int direction = encrypt ? DES_ENCRYPT : DES_DECRYPT;
-        if (mode == Mode::CbcEncrypt || mode == Mode::CbcDecrypt) {
+        const int direction = Encrypts(mode) ? DES_ENCRYPT : DES_DECRYPT;
+        if (Chains(mode)) {
             DES_ncbc_encrypt(in.data(), out.data(), kSize, &peer, &peerChain, direction);
             return;
         }
@@ -71,56 +89,63 @@ struct Buffers {
     }
 };
 
-template <class Work>
-double Rate(int turns, const Work& work) {
-    const auto start = std::chrono::steady_clock::now();
-    for (int i = 0; i < turns; ++i) {
-        work();
-        benchmark::ClobberMemory();
-    }
-    const std::chrono::duration<double, std::micro> taken =
-        std::chrono::steady_clock::now() - start;
-    return static_cast<double>(kSize) * turns / taken.count();
+void AddBuffers(Contests& contests, Kernel kernel, Mode mode) {
+    static const auto buffers = std::make_shared<Buffers>();
+    static constexpr std::size_t kTurns = 4;
+    const Contender peer{"OpenSSL", Repeat(kTurns, [=] { buffers->Peer(mode); })};
+    const auto add = [&](const char* how, auto work) {
+        const Contender ours{"ours", [=] {
+                                 const Kernel before = ForceKernel(kernel);
+                                 Repeat(kTurns, work)();
+                                 ForceKernel(before);
+                             }};
+        contests.Add(
+            {std::string(how) + kModeNames[static_cast<int>(mode)] + ", " + KernelName(kernel),
+             static_cast<double>(kSize * kTurns),
+             Contest::GigabytesPerSecond,
+             {ours, peer},
+             GoalOf(kernel, mode),
+             25});
+    };
+    add("", [=] { buffers->Ours(mode); });
+    add("CDES ", [=] { buffers->Class(mode); });
 }
 
-void Run(benchmark::State& state, Case& item) {
-    Buffers buffers;
-    const Kernel before = ForceKernel(item.kernel);
-    for (auto _ : state) {
-        item.ours.push_back(Rate(10, [&] { buffers.Ours(item.mode); }));
-        item.peer.push_back(Rate(4, [&] { buffers.Peer(item.mode); }));
-    }
-    ForceKernel(before);
-}
-
-double Median(std::vector<double>& values) {
-    std::sort(values.begin(), values.end());
-    return values.empty() ? 0 : values[values.size() / 2];
+void AddStore(Contests& contests) {
+    static constexpr DWORD kTotal = DWORD{1} << 30;
+    static CByteStore source, destination;
+    static const CByteStream key(std::array<BYTE, 8>{1, 2, 3, 4, 5, 6, 7, 8}.data(), 8);
+    const auto prepare = [] {
+        if (source.GetLength() == 0) {
+            const std::vector<BYTE> piece(65536, 0x5A);
+            for (DWORD done = 0; done < kTotal; done += 65536)
+                source.Concat(piece.data(), 65536);
+        }
+        destination.Empty();
+    };
+    contests.Add({"ECB encrypt, store of 1 GiB",
+                  kTotal,
+                  Contest::GigabytesPerSecond,
+                  {{"ours",
+                    [] {
+                        if (source.Encrypt(key, key, CDES::eECB, false, destination) == 0)
+                            std::abort();
+                    },
+                    prepare},
+                   {"copy", [] { destination = source; }, prepare}},
+                  0.5,
+                  5});
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
-    std::vector<Case> cases;
+    Contests contests;
     for (const Kernel kernel : AvailableKernels()) {
         for (const Mode mode :
              {Mode::EcbEncrypt, Mode::EcbDecrypt, Mode::CbcEncrypt, Mode::CbcDecrypt})
-            cases.push_back({kernel, mode, {}, {}});
+            AddBuffers(contests, kernel, mode);
     }
-    const auto name = [](const Case& item) {
-        return std::string(kModeNames[static_cast<int>(item.mode)]) + ", " +
-               KernelName(item.kernel);
-    };
-    for (Case& item : cases)
-        benchmark::RegisterBenchmark(name(item).c_str(), [&item](benchmark::State& state) {
-            Run(state, item);
-        })->Iterations(25);
-    benchmark::RunSpecifiedBenchmarks();
-    std::printf("\n%-24s %10s %10s %8s\n", "MB/s, medians", "ours", "OpenSSL", "ratio");
-    for (Case& item : cases) {
-        const double ours = Median(item.ours);
-        const double peer = Median(item.peer);
-        std::printf("%-24s %10.1f %10.1f %8.2f\n", name(item).c_str(), ours, peer, ours / peer);
-    }
+    AddStore(contests);
+    return contests.Run(argc, argv);
 }

@@ -1,27 +1,18 @@
 // Hexadecimal text against a loop with a table, in cache and in memory.
+#include "bench/Rounds.h"
 #include "platform/system/HexTextInternal.h"
 
-#include <benchmark/benchmark.h>
-
-#include <algorithm>
 #include <array>
-#include <chrono>
-#include <cstdio>
+#include <memory>
 #include <random>
-#include <string>
-#include <vector>
 
 using namespace vnbytstr;
 using namespace vnbytstr::detail;
+using vnbytstr::bench::Contest;
+using vnbytstr::bench::Contests;
+using vnbytstr::bench::Repeat;
 
 namespace {
-
-struct Case {
-    std::string name;
-    std::size_t size; // bytes
-    bool decode;
-    std::vector<double> ours, peer; // GB of bytes per second of each run
-};
 
 void TableEncode(const std::vector<BYTE>& bytes, char* out) {
     static const char kDigits[] = "0123456789ABCDEF";
@@ -53,63 +44,46 @@ std::size_t TableDecode(const std::string& text, BYTE* out) {
     return produced;
 }
 
-template <class Work>
-double Rate(std::size_t size, std::size_t turns, const Work& work) {
-    const auto start = std::chrono::steady_clock::now();
-    for (std::size_t i = 0; i < turns; ++i) {
-        work();
-        benchmark::ClobberMemory();
+/// Bytes, their text, and room for what comes back.
+struct Data {
+    explicit Data(std::size_t size) : bytes(size), text(2 * size, '0'), back(size) {
+        std::mt19937 random{1};
+        for (BYTE& byte : bytes)
+            byte = static_cast<BYTE>(random());
+        EncodeHex(bytes, text.data());
     }
-    const std::chrono::duration<double, std::nano> taken = std::chrono::steady_clock::now() - start;
-    return static_cast<double>(size * turns) / taken.count();
-}
+    std::vector<BYTE> bytes;
+    std::string text;
+    std::vector<BYTE> back;
+};
 
-void Run(benchmark::State& state, Case& item) {
-    std::vector<BYTE> bytes(item.size);
-    std::mt19937 random{1};
-    for (BYTE& byte : bytes)
-        byte = static_cast<BYTE>(random());
-    std::string text(2 * item.size, '0');
-    EncodeHex(bytes, text.data());
-    std::vector<BYTE> back(item.size);
-    const std::size_t turns = std::max<std::size_t>(1, (std::size_t{1} << 23) / item.size);
-    for (auto _ : state) {
-        if (item.decode) {
-            item.ours.push_back(Rate(item.size, turns, [&] {
-                DecodeHex(text.data(), text.size(), back.data(), back.size());
-            }));
-            item.peer.push_back(Rate(item.size, turns, [&] { TableDecode(text, back.data()); }));
-        } else {
-            item.ours.push_back(Rate(item.size, turns, [&] { EncodeHex(bytes, text.data()); }));
-            item.peer.push_back(Rate(item.size, turns, [&] { TableEncode(bytes, text.data()); }));
-        }
-    }
-}
-
-double Median(std::vector<double>& values) {
-    std::sort(values.begin(), values.end());
-    return values.empty() ? 0 : values[values.size() / 2];
+void Add(Contests& contests, const char* where, std::size_t size, double goal) {
+    const auto data = std::make_shared<Data>(size);
+    const std::size_t turns = std::max<std::size_t>(1, (std::size_t{1} << 23) / size);
+    const auto amount = static_cast<double>(size * turns);
+    contests.Add({std::string("encode, ") + where,
+                  amount,
+                  Contest::GigabytesPerSecond,
+                  {{"ours", Repeat(turns, [=] { EncodeHex(data->bytes, data->text.data()); })},
+                   {"table", Repeat(turns, [=] { TableEncode(data->bytes, data->text.data()); })}},
+                  goal});
+    contests.Add({std::string("decode, ") + where,
+                  amount,
+                  Contest::GigabytesPerSecond,
+                  {{"ours", Repeat(turns,
+                                   [=] {
+                                       DecodeHex(data->text.data(), data->text.size(),
+                                                 data->back.data(), data->back.size());
+                                   })},
+                   {"table", Repeat(turns, [=] { TableDecode(data->text, data->back.data()); })}},
+                  goal});
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
-    std::vector<Case> cases;
-    for (const bool decode : {false, true}) {
-        cases.push_back({decode ? "decode, cache" : "encode, cache", 8192, decode, {}, {}});
-        cases.push_back(
-            {decode ? "decode, memory" : "encode, memory", std::size_t{64} << 20, decode, {}, {}});
-    }
-    for (Case& item : cases)
-        benchmark::RegisterBenchmark(item.name.c_str(), [&item](benchmark::State& state) {
-            Run(state, item);
-        })->Iterations(15);
-    benchmark::RunSpecifiedBenchmarks();
-    std::printf("\n%-20s %10s %10s %8s\n", "GB/s, medians", "ours", "table", "ratio");
-    for (Case& item : cases) {
-        const double ours = Median(item.ours);
-        const double peer = Median(item.peer);
-        std::printf("%-20s %10.2f %10.2f %8.2f\n", item.name.c_str(), ours, peer, ours / peer);
-    }
+    Contests contests;
+    Add(contests, "cache", 8192, 10);
+    Add(contests, "memory", std::size_t{64} << 20, 3);
+    return contests.Run(argc, argv);
 }

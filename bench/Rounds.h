@@ -28,7 +28,19 @@ struct Contest {
     std::vector<Contender> contenders;
     double goal = 0; ///< least ratio to the (best of the) peers wanted; 0: none stated
     int rounds = 9;
+    double leastRate = 0; ///< least GB/s wanted; 0: none stated
 };
+
+/// `work` so many times, as one piece of work.
+template <class Work>
+std::function<void()> Repeat(std::size_t turns, Work work) {
+    return [=] {
+        for (std::size_t i = 0; i < turns; ++i) {
+            work();
+            benchmark::ClobberMemory();
+        }
+    };
+}
 
 class Contests {
 public:
@@ -89,6 +101,8 @@ private:
             std::printf("  ratio %.2f", best / ours);
         if (contest.goal > 0)
             std::printf(" (goal %.2f)", contest.goal);
+        if (contest.leastRate > 0)
+            std::printf(" (goal %.2f GB/s)", contest.leastRate);
         std::printf("\n");
     }
 

@@ -229,8 +229,11 @@ CFixedBinary CFixedBinary::Mod(const CFixedBinary& modulus) const {
         return *this;
     if (modulus.IsZero())
         return CFixedBinary(1);
-    return Guarded(
-        [&] { return FromWords(vnbytstr::detail::Remainder(m_words, modulus.m_words)); });
+    return Guarded([&] {
+        std::vector<Word64> remainder(modulus.m_words.size());
+        vnbytstr::detail::RemainderWords(remainder.data(), m_words, modulus.m_words);
+        return FromWords(std::move(remainder));
+    });
 }
 
 CFixedBinary CFixedBinary::ExpMod(const CFixedBinary& exponent, const CFixedBinary& modulus) const {

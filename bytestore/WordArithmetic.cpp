@@ -169,24 +169,6 @@ void MultiplyKaratsuba(Word64* r, const Word64* a, const Word64* b, std::size_t 
     AddWord(r + 3 * low, 2 * n - 3 * low, over + carry);
 }
 
-// (high, low) / divisor, with high below the divisor.
-Word64 DivideTwoWords(Word64 high, Word64 low, Word64 divisor, Word64& remainder) noexcept {
-#if defined(__x86_64__)
-    asm("divq %[divisor]" : "+a"(low), "+d"(high) : [divisor] "r"(divisor) : "cc");
-    remainder = high;
-    return low;
-#else
-    const Word128 dividend = Word128{high} << 64 | low;
-    remainder = static_cast<Word64>(dividend % divisor);
-    return static_cast<Word64>(dividend / divisor);
-#endif
-}
-
-void Complement(Words& a) noexcept {
-    for (Word64& word : a)
-        word = ~word;
-}
-
 } // namespace
 
 WordSpan Trimmed(WordSpan a) noexcept {
@@ -331,62 +313,6 @@ void MultiplyLowWords(Word64* r, const Word64* a, const Word64* b, std::size_t n
     std::fill(r, r + n, 0);
     for (std::size_t i = 0; i < n; ++i)
         rows.addMultiple(r + i, a, n - i, b[i]);
-}
-
-Words Remainder(WordSpan a, WordSpan m, Words* quotient) {
-    a = Trimmed(a);
-    m = Trimmed(m);
-    const std::size_t n = m.size();
-    if (quotient)
-        quotient->clear();
-    if (CompareWords(a, m) < 0)
-        return {a.begin(), a.end()};
-    const auto shift = static_cast<unsigned>(std::countl_zero(m.back()));
-    Words divisor(n);
-    ShiftLeftWords(divisor.data(), m.data(), n, shift);
-    // The dividend is kept complemented: subtracting from it is then an addition, the faster of the
-    // rows.
-    Words rest(a.size() + 1);
-    rest.back() = ShiftLeftWords(rest.data(), a.data(), a.size(), shift);
-    Complement(rest);
-    if (quotient)
-        quotient->assign(a.size() - n + 1, 0);
-
-    const WordRows& rows = ActiveWordRows();
-    const Word64 top = divisor[n - 1];
-    const Word64 second = n > 1 ? divisor[n - 2] : 0;
-    for (std::size_t j = a.size() - n + 1; j-- > 0;) {
-        const Word64 high = ~rest[j + n];
-        const Word64 middle = ~rest[j + n - 1];
-        const Word64 low = n > 1 ? ~rest[j + n - 2] : 0;
-        Word64 guess = ~Word64{0};
-        if (high < top) {
-            Word64 remainder = 0;
-            guess = DivideTwoWords(high, middle, top, remainder);
-            // At most two steps; the guess is then at most one too large.
-            while (Word128{guess} * second > (Word128{remainder} << 64 | low)) {
-                --guess;
-                remainder += top;
-                if (remainder < top)
-                    break;
-            }
-        }
-        const Word64 borrow = rows.addMultiple(rest.data() + j, divisor.data(), n, guess);
-        rest[j + n] += borrow;
-        if (high < borrow) {
-            --guess;
-            rest[j + n] -= SubWords(rest.data() + j, rest.data() + j, divisor.data(), n);
-        }
-        if (quotient)
-            (*quotient)[j] = guess;
-    }
-    rest.resize(n);
-    Complement(rest);
-    ShiftRightWords(rest.data(), rest.data(), n, shift);
-    Trim(rest);
-    if (quotient)
-        Trim(*quotient);
-    return rest;
 }
 
 } // namespace vnbytstr::detail

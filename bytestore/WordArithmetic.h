@@ -41,9 +41,11 @@ void SquareWords(Word64* r, WordSpan a, const WordRows& rows = ActiveWordRows())
 /// r[0..n) = the low n words of a * b, both of n words.
 void MultiplyLowWords(Word64* r, const Word64* a, const Word64* b, std::size_t n) noexcept;
 
-/// a modulo m (m not zero, leading zero words allowed in both), trimmed. When `quotient` is not
-/// null it gets a / m, trimmed. D. Knuth, The Art of Computer Programming, volume 2, 4.3.1,
-/// algorithm D.
+/// r[0..m's size) = a modulo m (m not zero, leading zero words allowed in both). When `quotient` is
+/// not null it gets a / m, trimmed. D. Knuth, The Art of Computer Programming, volume 2, 4.3.1,
+/// algorithm D; by halves for long quotients.
+void RemainderWords(Word64* r, WordSpan a, WordSpan m, Words* quotient = nullptr);
+/// The same, trimmed.
 Words Remainder(WordSpan a, WordSpan m, Words* quotient = nullptr);
 
 } // namespace vnbytstr::detail

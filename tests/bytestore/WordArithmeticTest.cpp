@@ -124,6 +124,24 @@ TEST_P(WordArithmetic, Divides) {
     }
 }
 
+// Long enough to be divided by halves; the quotients, chosen first, are full of the words that make
+// estimates go wrong.
+TEST_P(WordArithmetic, DividesLongNumbers) {
+    for (int round = 0; round < 300; ++round) {
+        Words m = Random(Number(80, 420));
+        m.back() = Number(0, 1) == 0 ? ~Word64{0} : Word64{1} << Number(0, 63);
+        Oracle quotient(Random(Number(80, 900))), remainder(Random(m.size())), dividend;
+        mpz_mod(remainder.Value(), remainder.Value(), Oracle(m).Value());
+        if (Number(0, 2) == 0)
+            mpz_sub_ui(remainder.Value(), Oracle(m).Value(), 1);
+        mpz_mul(dividend.Value(), quotient.Value(), Oracle(m).Value());
+        mpz_add(dividend.Value(), dividend.Value(), remainder.Value());
+        Words q;
+        ASSERT_EQ(Remainder(dividend.ToWords(), m, &q), remainder.ToWords()) << "round " << round;
+        ASSERT_EQ(q, quotient.ToWords()) << "round " << round;
+    }
+}
+
 TEST_P(WordArithmetic, RaisesToPowers) {
     for (int round = 0; round < 3000; ++round) {
         const std::size_t longest = round % 100 == 0 ? 34 : round % 10 == 0 ? 10 : 4;
