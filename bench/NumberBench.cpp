@@ -89,7 +89,8 @@ void AddPower(Contests& contests, const std::shared_ptr<Results>& results, std::
                     static_cast<double>(turns),
                     Contest::Nanoseconds,
                     {},
-                    PowerGoal(bits, odd), 11};
+                    PowerGoal(bits, odd),
+                    11};
     contest.contenders.push_back({"CFixedBinary", Repeat(turns, [=] {
                                       results->fixed =
                                           base->fixed.ExpMod(exponent->fixed, modulus->fixed);
