@@ -89,7 +89,8 @@ void AddPower(Contests& contests, const std::shared_ptr<Results>& results, std::
                     static_cast<double>(turns),
                     Contest::Nanoseconds,
                     {},
-                    PowerGoal(bits, odd), 11};
+                    PowerGoal(bits, odd),
+                    11};
     contest.contenders.push_back({"CFixedBinary", Repeat(turns, [=] {
                                       results->fixed =
                                           base->fixed.ExpMod(exponent->fixed, modulus->fixed);
@@ -119,12 +120,14 @@ void AddProduct(Contests& contests, const std::shared_ptr<Results>& results, std
                       amount,
                       Contest::Nanoseconds,
                       {{"CFixedBinary", Repeat(turns, fixed)}, peer},
-                      goal});
+                      goal,
+                      25});
         contests.Add({name + ", words",
                       amount,
                       Contest::Nanoseconds,
                       {{"ours", Repeat(turns, words)}, peer},
-                      goal});
+                      goal,
+                      25});
     };
     add(
         "multiply " + std::to_string(bits), [=] { results->fixed = a->fixed * b->fixed; },
