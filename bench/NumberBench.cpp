@@ -120,12 +120,14 @@ void AddProduct(Contests& contests, const std::shared_ptr<Results>& results, std
                       amount,
                       Contest::Nanoseconds,
                       {{"CFixedBinary", Repeat(turns, fixed)}, peer},
-                      goal});
+                      goal,
+                      25});
         contests.Add({name + ", words",
                       amount,
                       Contest::Nanoseconds,
                       {{"ours", Repeat(turns, words)}, peer},
-                      goal});
+                      goal,
+                      25});
     };
     add(
         "multiply " + std::to_string(bits), [=] { results->fixed = a->fixed * b->fixed; },

@@ -155,15 +155,13 @@ void Multiply(Word64* r, const Word64* a, const Word64* b, const Word64* m, Word
               std::size_t digits) {
     // Where two sets of sums leave registers for the operands.
     constexpr bool kApart = V <= 5;
-    Vector as[V], ms[V], sum[V], other[kApart ? V : 1];
+    Vector as[V], ms[V];
+    Vector sum[V] = {}, ofM[kApart ? V : 1] = {}; // the latter for the products with m, if apart
     VNBYTSTR_UNROLL
     for (std::size_t k = 0; k < V; ++k) {
         as[k] = Load(a + kLanes * k);
         ms[k] = Load(m + kLanes * k);
-        sum[k] = Vector{};
-        other[kApart ? k : 0] = Vector{};
     }
-    Vector(&ofM)[kApart ? V : 1] = other;
     const Word64 a0 = a[0], a1 = a[1], m0 = m[0], m1 = m[1];
     Word64 lowest = 0; // the sum's digit 0; lane 0 of the vectors means nothing
     for (std::size_t i = 0; i < digits; ++i) {

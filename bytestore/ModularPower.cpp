@@ -306,13 +306,26 @@ Words PowerOdd(WordSpan base, WordSpan exponent, WordSpan modulus, ChooseMultipl
     return Power(montgomery, base, exponent);
 }
 
+// base ^ exponent (not zero) modulo 2^twos. The order of an odd number modulo 2^twos divides that
+// number, so the exponent's low bits will do; an even one has at least `exponent` twos.
+Words PowerOfTwos(LowPart& ring, WordSpan base, WordSpan exponent, std::size_t twos) {
+    if (base.empty() || (base[0] & 1) == 0) {
+        if (exponent.size() > 1 || exponent[0] >= twos)
+            return {};
+        return Power(ring, base, exponent);
+    }
+    Words low = ring.Enter(exponent);
+    Trim(low);
+    return low.empty() ? Words{1} : Power(ring, base, low);
+}
+
 Words PowerEven(WordSpan base, WordSpan exponent, WordSpan modulus, ChooseMultiplier choose) {
     std::size_t twos = 0;
     while (!BitAt(modulus, twos))
         ++twos;
     const Words oddPart = ShiftedRight(modulus, twos);
     LowPart ring(twos);
-    Words low = Power(ring, base, exponent);
+    Words low = PowerOfTwos(ring, base, exponent, twos);
     if (oddPart.size() == 1 && oddPart[0] == 1)
         return low;
     const Words high = PowerOdd(base, exponent, oddPart, choose);
