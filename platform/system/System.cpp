@@ -15,8 +15,8 @@ System& System::Current() noexcept {
     if (System* installed = g_installed.load(std::memory_order_acquire))
         return *installed;
     // Never destroyed: objects with static lifetime may still delete their files at exit.
-    // NOLINTNEXTLINE(bugprone-unhandled-exception-at-new): without it there is nothing to go on
-    // with
+    // Without it nothing can go on.
+    // NOLINTNEXTLINE(bugprone-unhandled-exception-at-new)
     static System* const posix = new PosixSystem;
     return *posix;
 }
