@@ -1,7 +1,11 @@
 // Shared by the source files of CByteStore.
 #pragma once
 
+#include "platform/system/HexTextInternal.h"
 #include "vnbytstr/ByteStore.h"
+
+#include <array>
+#include <cstring>
 
 /// Gives the store the length back that it had when the guard was made, unless Keep was called.
 class CByteStore::LengthGuard {
@@ -24,4 +28,18 @@ private:
 namespace vnbytstr::detail {
 /// Most bytes that go through an intermediate buffer at once.
 inline constexpr DWORD kChunk = 65536;
+
+/// Decodes hex text (null is empty) in pieces; `take(bytes, count)` gets each.
+template <class Take>
+void ForEachHexPiece(const char* text, Take take) {
+    std::size_t left = text ? std::strlen(text) : 0;
+    std::array<BYTE, kChunk> bytes;
+    for (bool ended = false; !ended;) {
+        const HexDecoded piece = DecodeHex(text, left, bytes.data(), bytes.size());
+        take(bytes.data(), static_cast<DWORD>(piece.produced));
+        text += piece.consumed;
+        left -= piece.consumed;
+        ended = piece.ended || left == 0;
+    }
+}
 } // namespace vnbytstr::detail

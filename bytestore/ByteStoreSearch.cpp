@@ -113,16 +113,9 @@ BOOL CByteStore::operator==(const char* hex) {
 // --- hex text ------------------------------------------------------------------------------------
 
 void CByteStore::CopyFromHex(DWORD, const char* text) {
-    std::size_t left = text ? std::strlen(text) : 0;
-    std::array<BYTE, kChunk> bytes;
     LengthGuard guard(*this);
-    for (bool ended = false; !ended;) {
-        const auto piece = vnbytstr::detail::DecodeHex(text, left, bytes.data(), bytes.size());
-        Concat(bytes.data(), static_cast<DWORD>(piece.produced));
-        text += piece.consumed;
-        left -= piece.consumed;
-        ended = piece.ended || left == 0;
-    }
+    vnbytstr::detail::ForEachHexPiece(
+        text, [this](const BYTE* bytes, DWORD count) { Concat(bytes, count); });
     guard.Keep();
 }
 
