@@ -6,10 +6,14 @@
 
 #include <gtest/gtest.h>
 
+#include <signal.h>
 #include <sys/stat.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
+#include <thread>
 
 namespace vnbytstr {
 namespace {
@@ -60,6 +64,38 @@ TEST_F(PosixSystemTest, MovesInFilesWithAndWithoutTheKernelsPosition) {
     m_system.CloseFile(reader);
     Open(m_folder.Path(), kOpenRead, EISDIR);
     Open(m_folder.File("none"), kOpenRead, ENOENT);
+}
+
+TEST_F(PosixSystemTest, SignalsEndNoCall) {
+    int ends[2];
+    ASSERT_EQ(::pipe(ends), 0);
+    sigset_t alarm, before;
+    ::sigemptyset(&alarm);
+    ::sigaddset(&alarm, SIGALRM);
+    ::pthread_sigmask(SIG_BLOCK, &alarm, &before); // for the writer: the signals are the reader's
+    std::thread writer([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(40));
+        EXPECT_EQ(::write(ends[1], "x", 1), 1);
+    });
+    ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    static volatile sig_atomic_t signals;
+    signals = 0;
+    struct sigaction count {
+    }, old;
+    count.sa_handler = [](int) { signals = signals + 1; }; // without SA_RESTART
+    ::sigaction(SIGALRM, &count, &old);
+    const itimerval often = {{0, 2000}, {0, 2000}}, never = {};
+    ::setitimer(ITIMER_REAL, &often, nullptr);
+    char byte = 0;
+    std::size_t done = 0;
+    EXPECT_EQ(m_system.ReadFile(ends[0], &byte, 1, done), 0);
+    ::setitimer(ITIMER_REAL, &never, nullptr);
+    ::sigaction(SIGALRM, &old, nullptr);
+    writer.join();
+    EXPECT_EQ(std::string(&byte, done), "x");
+    EXPECT_GT(signals, 0);
+    m_system.CloseFile(ends[0]);
+    m_system.CloseFile(ends[1]);
 }
 
 TEST_F(PosixSystemTest, ScratchFilesAreOnesOwnAndLocked) {
