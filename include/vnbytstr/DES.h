@@ -65,8 +65,8 @@ public:
     /// Replaces the content of the stream, which must be in memory (CCacheException(2)). Lengths
     /// are taken modulo 65536, so these are for results below 65536 bytes: longer ones give
     /// CCryptoException with code 0, and the stream as it was. Use the Encrypt and Decrypt of
-    /// CByteStream for those. Without padding the rest of a partial last block is cut off: only
-    /// whole blocks come back.
+    /// CByteStream for those. Without padding the rest of a partial last block is cut off, and
+    /// Decrypt refuses such a length with code 0: encipher whole blocks, or pad.
     void Encrypt(CByteStream& stream);
     void Decrypt(CByteStream& stream);
 

@@ -279,6 +279,22 @@ TEST(DES, StreamFormsCountModulo65536) {
         }
         EXPECT_EQ(large.GetLength(), size);
     }
+    // Without padding a partial last block cannot come back.
+    CByteStream partial("00112233445566778899");
+    des.SetPad(false);
+    des.Encrypt(partial);
+    EXPECT_EQ(partial.GetLength(), 10u);
+    EXPECT_THROW(
+        {
+            try {
+                des.Decrypt(partial);
+            } catch (CCryptoException* error) {
+                error->Delete();
+                throw 0;
+            }
+        },
+        int);
+    des.SetPad(true);
     // A damaged last byte gives a wrong length and no error.
     CByteStream damaged("0011223344556677");
     des.Decrypt(damaged);
