@@ -10,6 +10,7 @@
 #include "vnbytstr/DiffieHellman.h"
 #include "vnbytstr/FixedBinary.h"
 #include "vnbytstr/Language.h"
+#include "vnbytstr/Messages.h"
 #include "vnbytstr/MultibyteText.h"
 #include "vnbytstr/OutputStreamWriter.h"
 #include "vnbytstr/StringPersistence.h"
