@@ -98,6 +98,15 @@ public:
         return 0;
     }
 
+    bool Revive(HINSTANCE handle) {
+        const std::lock_guard lock(m_mutex);
+        const auto found = m_libraries.find(handle);
+        if (found == m_libraries.end())
+            return false;
+        ++found->second->loads;
+        return true;
+    }
+
     bool Free(HINSTANCE handle) {
         const std::lock_guard lock(m_mutex);
         Library* library = Find(handle);
@@ -180,6 +189,8 @@ int LoadResourceLibrary(const char* file, HINSTANCE& library) {
     library = nullptr;
     return file != nullptr && *file != '\0' ? Registry::Get().Load(file, library) : ENOENT;
 }
+
+bool ReviveResourceLibrary(HINSTANCE library) { return Registry::Get().Revive(library); }
 
 bool FreeResourceLibrary(HINSTANCE library) { return Registry::Get().Free(library); }
 

@@ -21,6 +21,9 @@ VNBYTSTR_API HINSTANCE GetApplicationInstance() noexcept;
 
 /// Loads a resource library. Returns 0 and its handle, or an errno value and null.
 VNBYTSTR_API int LoadResourceLibrary(const char* file, HINSTANCE& library);
+/// Loads a library anew by the handle it was freed with, without a look at the file. False when it
+/// has been forgotten since.
+VNBYTSTR_API bool ReviveResourceLibrary(HINSTANCE library);
 /// Gives a handle back. False when it is none, or the program's.
 VNBYTSTR_API bool FreeResourceLibrary(HINSTANCE library);
 /// The name `library` was loaded by, or the program's full name; empty when it is no handle.
