@@ -45,6 +45,10 @@ int ChooseButton(const std::vector<MessageBoxButton>& buttons, std::size_t byDef
 /// is one piece, the quotes are dropped; \" is a quote.
 std::vector<std::string> SplitParameters(std::string_view parameters);
 
+/// What xdg-open is given for `argument`: a file with an anchor becomes an address (it would look
+/// for a file of the whole name), a name that begins with a dash is no option.
+std::string DesktopArgument(const std::string& argument);
+
 /// Starts what ShellExecute of the console starts; `program` is the file that was looked for.
 int StartProgram(const char* verb, const char* file, const char* parameters, const char* folder,
                  std::string& program);
