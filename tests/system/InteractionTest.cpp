@@ -26,8 +26,8 @@ TEST(Interaction, InstallsForAScope) {
     EXPECT_EQ(&Interaction::Current(), &console);
 }
 
-// Standard input of a test is no terminal, so nobody is asked.
 TEST(ConsoleInteraction, PrintsAndTakesTheDefaultButton) {
+    ASSERT_NE(std::freopen("/dev/null", "r", stdin), nullptr); // no terminal: nobody is asked
     test::TestSystem system;
     const ScopedSystem scope(system);
     ConsoleInteraction console;
@@ -51,7 +51,10 @@ TEST(ConsoleInteraction, UnderstandsAnswers) {
     EXPECT_EQ(choose("ignore\n"), 2);
     EXPECT_EQ(choose("ignored\n"), -1);
     EXPECT_EQ(choose("x\n"), -1);
-    EXPECT_EQ(detail::ChooseButton({{IDABORT, "Abort"}, {IDOK, "About"}}, 0, "ab"), -1);
+    EXPECT_EQ(detail::ChooseButton({{IDYES, "Yes", "Ja"}, {IDNO, "No", "Nein"}}, 0, "J"), 0);
+    EXPECT_EQ(detail::ChooseButton({{IDYES, "Yes", "Ja"}, {IDNO, "No", "Nein"}}, 0, "y"), 0);
+    EXPECT_EQ(detail::ChooseButton({{IDABORT, "Abort", "Abort"}, {IDOK, "OK", "About"}}, 0, "ab"),
+              -1);
 }
 
 TEST(StartProgram, SplitsParameters) {

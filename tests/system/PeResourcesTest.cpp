@@ -67,7 +67,7 @@ TEST(PeResources, TakesFilesThatHaveLess) {
 
     // Version information that makes no sense does not spoil the strings.
     PeFile version = MakePeFile(Content());
-    for (const WORD length : {0, 5, 7, 0x7FFF, 0xFFFF}) {
+    for (const WORD length : std::initializer_list<WORD>{0, 5, 7, 0x7FFF, 0xFFFF}) {
         const std::size_t block = version.Text().rfind(std::string("V\0S\0_\0", 6)) - 6;
         version.SetWord(block, length);
         EXPECT_TRUE(resources.Parse(version.bytes));
