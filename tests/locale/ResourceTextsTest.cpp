@@ -34,7 +34,7 @@ std::map<UINT, std::string> Strings(HINSTANCE library) {
 }
 
 /// Strings from here on have not been translated yet. A translation that is there is checked.
-constexpr UINT kAwaitingTranslation = 34900;
+constexpr UINT kAwaitingTranslation = 40000;
 
 HINSTANCE Load(const char* code) {
     std::string name = System::Current().GetModuleFileName();
