@@ -3,6 +3,7 @@
 
 #include "platform/framework/Exception.h"
 
+#include <climits>
 #include <cstdio>
 #include <cstring>
 #include <optional>
