@@ -189,5 +189,14 @@ TEST_F(PosixSystemTest, ReplacedFilesAreOldOrNew) {
     EXPECT_EQ(sink.Commit(), 0);
 }
 
+TEST(PosixSystem, FontsThatAreThereAreTheirOwnMatch) {
+    PosixSystem system;
+    const std::string family = system.MatchFontFamily("CourierNew");
+    if (family.empty())
+        GTEST_SKIP() << "fontconfig, or every font, is missing here";
+    EXPECT_EQ(system.MatchFontFamily(family), family);
+    EXPECT_EQ(system.MatchFontFamily("No Font Of That Name"), system.MatchFontFamily("monospace"));
+}
+
 } // namespace
 } // namespace vnbytstr
