@@ -16,7 +16,9 @@
 #include <thread>
 
 /// fontconfig keeps a little of its own for the life of the process, where nobody sees it.
-extern "C" const char* __lsan_default_suppressions() { return "leak:libfontconfig"; }
+extern "C" [[gnu::visibility("default")]] const char* __lsan_default_suppressions() {
+    return "leak:libfontconfig";
+}
 
 namespace vnbytstr {
 namespace {
