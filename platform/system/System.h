@@ -142,6 +142,8 @@ public:
     virtual std::string GetModuleFileName() = 0;
     /// The process's locale for text, such as "de_AT.UTF-8": LC_ALL, LC_CTYPE or LANG, else "C".
     virtual std::string GetTextLocale() = 0;
+    /// The locale of the texts that programs show: LC_ALL, LC_MESSAGES or LANG, else "C".
+    virtual std::string GetMessagesLocale() = 0;
     /// Whether text may hold characters of several bytes: the ANSI code page is a double-byte page,
     /// another multi-byte one, or UTF-8.
     virtual bool IsDbcsEnabled() = 0;
@@ -151,6 +153,10 @@ public:
     /// The version whose behaviour programs may count on: the NT family's 10.0 on POSIX machines,
     /// where all that depends on a version is there.
     virtual SystemVersion GetVersion() = 0;
+    /// The family of fonts to use for the one of that name: itself (as it is spelled) when it is
+    /// installed, else the nearest that is, one of fixed width rather than not. Empty when the
+    /// system does not know. Names are UTF-8.
+    virtual std::string MatchFontFamily(const std::string& family) = 0;
     /// Writes a line for the person at the terminal to standard error.
     virtual void WriteDiagnostic(const char* text) = 0;
 

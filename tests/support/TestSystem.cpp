@@ -1,5 +1,7 @@
 #include "tests/support/TestSystem.h"
 
+#include "platform/framework/Exception.h"
+
 #include <numeric>
 
 namespace vnbytstr::test {
@@ -31,6 +33,8 @@ std::optional<Fault> TestSystem::Take(Call call) {
     if (m_seen != m_fault->at && !(m_fault->fromThenOn && m_seen > m_fault->at))
         return std::nullopt;
     ++m_hits;
+    if (m_fault->kind == Fault::Kind::Throw)
+        AfxThrowMemoryException();
     return m_fault;
 }
 
@@ -185,13 +189,23 @@ std::string TestSystem::GetEnvironment(const char* name) {
     return found != m_environment.end() ? found->second : m_real.GetEnvironment(name);
 }
 
-std::string TestSystem::GetTextLocale() {
-    for (const char* variable : {"LC_ALL", "LC_CTYPE", "LANG"}) {
+std::string TestSystem::FindLocale(const char* category) const {
+    for (const char* variable : {"LC_ALL", category, "LANG"}) {
         const auto found = m_environment.find(variable);
         if (found != m_environment.end() && !found->second.empty())
             return found->second;
     }
-    return m_real.GetTextLocale();
+    return {};
+}
+
+std::string TestSystem::GetTextLocale() {
+    const std::string locale = FindLocale("LC_CTYPE");
+    return locale.empty() ? m_real.GetTextLocale() : locale;
+}
+
+std::string TestSystem::GetMessagesLocale() {
+    const std::string locale = FindLocale("LC_MESSAGES");
+    return locale.empty() ? m_real.GetMessagesLocale() : locale;
 }
 
 } // namespace vnbytstr::test

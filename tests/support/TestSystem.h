@@ -34,12 +34,13 @@ enum class Call : unsigned char {
 const char* CallName(Call call);
 
 struct Fault {
-    enum class Kind { Fail, Shorten, Misplace };
+    enum class Kind { Fail, Shorten, Misplace, Throw };
     Call call = Call::Any;
     unsigned at = 1;         ///< which of the matching calls, counted from 1 at Inject
     bool fromThenOn = false; ///< that one and all after it, not that one alone
     int error = EIO;
-    Kind kind = Kind::Fail; ///< Shorten: a read or write moves half; Misplace: a seek lands one off
+    Kind kind = Kind::Fail; ///< Shorten: a read or write moves half; Misplace: a seek lands one
+                            ///< off; Throw: memory runs out (CMemoryException)
 };
 
 class TestSystem final : public System {
@@ -56,9 +57,12 @@ public:
         m_environment[name] = value;
     }
     void SetTemporaryFolder(const std::string& folder) { m_temporaryFolder = folder; }
+    void SetModuleFileName(const std::string& name) { m_moduleFileName = name; }
     void SetProcessId(DWORD id) { m_processId = id; }
     void SetDbcsEnabled(bool enabled) { m_dbcs = enabled; }
     void SetMiddleEastEnabled(bool enabled) { m_middleEast = enabled; }
+    /// What MatchFontFamily answers.
+    void SetFontFamily(const std::string& family) { m_fontFamily = family; }
     void SetVersion(SystemVersion version) { m_version = version; }
 
     /// Sets the one fault, counting from now; none takes it away.
@@ -105,16 +109,24 @@ public:
     DWORD GetTime() override { return m_time ? *m_time : m_real.GetTime(); }
     DWORD GetMemoryLoad() override;
     std::string GetEnvironment(const char* name) override;
-    std::string GetModuleFileName() override { return m_real.GetModuleFileName(); }
+    std::string GetModuleFileName() override {
+        return m_moduleFileName ? *m_moduleFileName : m_real.GetModuleFileName();
+    }
     std::string GetTextLocale() override;
+    std::string GetMessagesLocale() override;
     bool IsDbcsEnabled() override { return m_dbcs ? *m_dbcs : m_real.IsDbcsEnabled(); }
     bool IsMiddleEastEnabled() override {
         return m_middleEast ? *m_middleEast : m_real.IsMiddleEastEnabled();
     }
     SystemVersion GetVersion() override { return m_version ? *m_version : m_real.GetVersion(); }
+    std::string MatchFontFamily(const std::string& family) override {
+        return m_fontFamily ? *m_fontFamily : m_real.MatchFontFamily(family);
+    }
     void WriteDiagnostic(const char* text) override { m_diagnostics += std::string(text) + "\n"; }
 
 private:
+    /// The locale that the test's environment sets for a category, else empty.
+    std::string FindLocale(const char* category) const;
     /// The fault that hits this call, if any; counts the call.
     std::optional<Fault> Take(Call call);
     /// Counts the call; the error to fail with, or 0.
@@ -122,7 +134,7 @@ private:
 
     System& m_real;
     std::optional<DWORD> m_tick, m_time, m_memoryLoad, m_processId;
-    std::optional<std::string> m_temporaryFolder;
+    std::optional<std::string> m_temporaryFolder, m_moduleFileName, m_fontFamily;
     std::optional<bool> m_dbcs, m_middleEast;
     std::optional<SystemVersion> m_version;
     std::map<std::string, std::string> m_environment;
