@@ -66,7 +66,7 @@ TEST(ListSort, TextOrderIsThatOfTheComparison) {
     std::vector<std::string> texts;
     for (int i = 0; i < 2000; ++i) {
         std::string text;
-        for (unsigned j = random() % 5; j > 0; --j)
+        for (auto j = random() % 5; j > 0; --j)
             text += pieces[random() % pieces.size()];
         texts.push_back(text);
     }
