@@ -60,7 +60,8 @@ public:
     UINT SetTextAlign(UINT flags); ///< TA_*
     UINT GetTextAlign() const;
     int SetROP2(int mode); ///< R2_*, of lines
-    /// The colour at a place; CLR_INVALID where it cannot be read (it can inside WM_PAINT).
+    /// The colour at a place of the layer over the window; CLR_INVALID where nothing was drawn, and
+    /// inside WM_PAINT.
     COLORREF GetPixel(int x, int y) const;
 
     // Shapes. Rectangles exclude their right and bottom edges.
