@@ -14,6 +14,11 @@
 #include <cstdarg>
 #include <memory>
 #include <string_view>
+#include <vector>
+
+namespace vnbytstr::detail {
+struct CellAddress;
+}
 
 /// Posted to the list's parent when an editor closes, be its value stored or not.
 inline constexpr UINT VNM_EDITORCLOSED = 0x7FFC;
@@ -271,10 +276,13 @@ protected:
 private:
     friend class CListBoxExHeadings;
     friend class CListDropTarget;
+    friend class CListBoxCellEdit;
+    friend class CListBoxCellComboBox;
     class Lifeline;
     class Accessible;
     struct CellPlace;
 
+    void Prepare();
     void CheckInvariants() const;
     void RedrawAll();
     BOOL IsColumn(int column) const { return column >= 0 && column < m_nColumns; }
@@ -283,25 +291,29 @@ private:
     std::string_view RowText(int row) const;
     std::string_view CellOf(int row, int column) const;
     int SendJoined(UINT message, int row, LPCTSTR first, std::va_list rest);
-    CString DisplayText(int row, int column) const;
+    CString TextToDraw(int row) const;
     int MeasureColumn(int column);
     int EffectiveEditorType(int row, int column) const;
     BOOL IsFileCell(int row, int column) const;
     BOOL ParentTakesCell(int column);
     BOOL PlaceCell(int row, int column, CellPlace& place);
-    CWnd* MakeEdit(int row, int column, int type, LPCTSTR value, const CRect& rect);
-    CWnd* MakeCombo(int column, int type, LPCTSTR value, CRect rect);
+    CWnd* MakeEdit(int column, int type, LPCTSTR value, const CRect& rect);
+    CWnd* MakeCombo(int column, int type, LPCTSTR value, const CRect& rect);
+    void EditorGone(const CWnd* editor);
     void CloseEditor();
-    void EditUnder(CPoint point);
+    void EditUnder(int row, int column);
+    void EditNextCell(const vnbytstr::detail::CellAddress& from, bool forward);
     void MoveToNextCell(BOOL forward);
     BOOL ZoomCell();
-    BOOL ZoomFile(const CString& name);
-    void CopySelection();
+    void OpenFile(const CString& name);
+    DROPEFFECT DragOver(CPoint point);
+    void DropFile(const CString& name);
     void RowsInserted(int row);
     void RowDeleted(int row);
     void FollowEditedRow();
     void RefocusEditor();
     void ForgetRows();
+    void ApplyOrder(const std::vector<DWORD>& order, const SSortItem* items);
     void ReorderRowData(const DWORD* order, int count);
 
     BOOL m_bSetNull = FALSE;

@@ -76,7 +76,6 @@ protected:
     LRESULT OnGetFont(WPARAM wParam, LPARAM lParam);
     LRESULT OnSetFont(WPARAM wParam, LPARAM lParam);
     void OnDestroy();
-    void OnSize(UINT type, int cx, int cy);
     UINT OnGetDlgCode();
     void OnKeyDown(UINT key, UINT repeat, UINT flags);
     void OnSetFocus(CWnd* old);
