@@ -90,7 +90,7 @@ BOOL CListBoxEx::CreateHeadingsControl(UINT id) {
         return FALSE;
     }
     PositionHeadings();
-    if (!m_DropTarget.IsRegistered())
+    if (m_DropTarget.m_hWnd == nullptr)
         m_DropTarget.Register(this);
     m_DropTarget.SetListBox(this);
     return TRUE;
@@ -116,8 +116,8 @@ void CListBoxEx::PositionHeadings() {
 void CListBoxEx::SetNumColumns(int count) {
     const int columns = std::max(count, 0);
     CellCancel();
-    m_pColumns = columns > 0 ? std::make_unique<SListColumn[]>(static_cast<std::size_t>(columns))
-                             : nullptr;
+    m_pColumns =
+        columns > 0 ? std::make_unique<SListColumn[]>(static_cast<std::size_t>(columns)) : nullptr;
     m_pFractionalWidths.reset();
     m_nColumns = columns;
     m_bWidthsComputed = FALSE;
@@ -136,9 +136,7 @@ BOOL CListBoxEx::LoadColumnInfo(UINT id, HINSTANCE instance) {
         return FALSE;
     return ReadColumnInformation(
         ViewOf(text), m_nColumns,
-        [this](int column, std::string_view heading) {
-            SetColumnName(column, StringOf(heading));
-        },
+        [this](int column, std::string_view heading) { SetColumnName(column, StringOf(heading)); },
         [this](int column, int width) { SetColumnWidth(column, width); });
 }
 
@@ -249,8 +247,9 @@ void CListBoxEx::SetWidths() {
         usable += GetSystemMetrics(SM_CXVSCROLL) - 1;
     const auto count = static_cast<std::size_t>(m_nColumns);
     ComputeWidths({m_pColumns.get(), count},
-                  m_pFractionalWidths != nullptr ? std::span<const int>(m_pFractionalWidths.get(), count)
-                                                 : std::span<const int>(),
+                  m_pFractionalWidths != nullptr
+                      ? std::span<const int>(m_pFractionalWidths.get(), count)
+                      : std::span<const int>(),
                   usable);
     if (m_pHeadings != nullptr)
         m_pHeadings->FixLastColWidth();

@@ -124,9 +124,8 @@ void CListBoxEx::DrawColumns(CDC* dc, CRect rect, LPCTSTR text) {
     }
     const UINT flags = DT_SINGLELINE | DT_NOPREFIX | DT_END_ELLIPSIS |
                        static_cast<UINT>(m_bRightAligned ? DT_RIGHT : DT_LEFT);
-    LayOutRow({m_pColumns.get(), static_cast<std::size_t>(m_nColumns)}, row,
-              ViewOf(m_strSeparator), {rect.left, rect.right}, m_nOffset,
-              [&](const DrawnCell& cell) {
+    LayOutRow({m_pColumns.get(), static_cast<std::size_t>(m_nColumns)}, row, ViewOf(m_strSeparator),
+              {rect.left, rect.right}, m_nOffset, [&](const DrawnCell& cell) {
                   if (cell.span.IsEmpty() || cell.text.empty())
                       return;
                   CRect place(cell.span.left, rect.top, cell.span.right, rect.bottom);

@@ -15,7 +15,7 @@ int CListBoxEx::EffectiveEditorType(int row, int column) const {
     if (type != kEditorText)
         return type;
     const short subtype = GetEditSubType(row);
-    return subtype == kEditorFile || subtype == kEditorFolder ? subtype : kEditorText;
+    return subtype == kEditorFile || subtype == kEditorFolder ? int{subtype} : int{kEditorText};
 }
 
 BOOL CListBoxEx::IsFileCell(int row, int column) const {
@@ -44,8 +44,7 @@ BOOL CListBoxEx::PlaceCell(int row, int column, CellPlace& place) {
     const int top = (row - static_cast<int>(SendMessage(LB_GETTOPINDEX))) * height;
     place.m_rect = CRect(span.left, top, span.right, top + height);
     if (place.m_nType <= kEditorNumber)
-        place.m_rect.bottom =
-            top + ((HIWORD(static_cast<DWORD>(GetDialogBaseUnits())) * 10) >> 3);
+        place.m_rect.bottom = top + ((HIWORD(static_cast<DWORD>(GetDialogBaseUnits())) * 10) >> 3);
     else // room for the list that drops down
         place.m_rect.bottom = 15 * place.m_rect.bottom - 14 * top;
     return TRUE;
@@ -99,8 +98,7 @@ void CListBoxEx::StartEditing(int row, int column) {
 }
 
 CWnd* CListBoxEx::MakeEdit(int column, int type, LPCTSTR value, const CRect& rect) {
-    auto* edit =
-        new CListBoxCellEdit(type == kEditorFolder ? CBrowser::kFolder : CBrowser::kFile);
+    auto* edit = new CListBoxCellEdit(type == kEditorFolder ? CBrowser::kFolder : CBrowser::kFile);
     const SListColumn& record = m_pColumns[static_cast<std::size_t>(column)];
     if (!edit->CreateCell(WS_CHILD | WS_BORDER | ES_AUTOHSCROLL, rect, this, kCellEditorId)) {
         delete edit;
@@ -207,8 +205,8 @@ void CListBoxEx::CloseEditor() {
     if (editor != nullptr && editor->GetSafeHwnd() != nullptr) {
         auto* edit = DYNAMIC_DOWNCAST(CListBoxCellEdit, editor);
         const CWnd* focus = GetFocus();
-        if (focus != nullptr && (focus == editor || editor->IsChild(focus) ||
-                                 (edit != nullptr && edit->IsPart(focus))))
+        if (focus != nullptr &&
+            (focus == editor || editor->IsChild(focus) || (edit != nullptr && edit->IsPart(focus))))
             SetFocus();
         if (!life.Holds())
             return;
@@ -265,8 +263,8 @@ void CListBoxEx::RefocusEditor() {
 }
 
 void CListBoxEx::OnBrowserButtonClicked() {
-    auto* edit = m_pActiveEditor != nullptr ? DYNAMIC_DOWNCAST(CListBoxCellEdit, m_pActiveEditor)
-                                            : nullptr;
+    auto* edit =
+        m_pActiveEditor != nullptr ? DYNAMIC_DOWNCAST(CListBoxCellEdit, m_pActiveEditor) : nullptr;
     if (edit == nullptr || m_bCommitting)
         return;
     const Lifeline life(this);

@@ -392,8 +392,8 @@ void CListBoxExHeadings::OnLButtonUp(UINT flags, CPoint point) {
     SetTracking(tracking);
     ReleaseCapture();
     const HWND window = m_hWnd;
-    const BOOL sorted = released.sortColumn >= 0 && m_pList != nullptr &&
-                        m_pList->Sort(released.sortColumn);
+    const BOOL sorted =
+        released.sortColumn >= 0 && m_pList != nullptr && m_pList->Sort(released.sortColumn);
     if (IsWindow(window) && (sorted || released.hadLook))
         Invalidate();
 }

@@ -283,7 +283,8 @@ DROPEFFECT CListBoxEx::DragOver(CPoint point) {
     if (row < 0 || column < 0)
         return DROPEFFECT_NONE;
     const Lifeline life(this);
-    if (!CellEnter(TRUE) || !life.Holds() || !IsRow(row)) // an open editor's cell is about to change
+    if (!CellEnter(TRUE) || !life.Holds() ||
+        !IsRow(row)) // an open editor's cell is about to change
         return DROPEFFECT_NONE;
     if (row != m_nCurRow)
         SetOnlySel(row);

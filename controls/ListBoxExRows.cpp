@@ -89,8 +89,9 @@ int CListBoxEx::SendJoined(UINT message, int row, LPCTSTR first, std::va_list re
         if (value != nullptr)
             text.append(value);
     }
-    const LRESULT result = SendMessage(message, static_cast<WPARAM>(static_cast<std::intptr_t>(row)),
-                                       reinterpret_cast<LPARAM>(text.c_str()));
+    const LRESULT result =
+        SendMessage(message, static_cast<WPARAM>(static_cast<std::intptr_t>(row)),
+                    reinterpret_cast<LPARAM>(text.c_str()));
     if (text.capacity() <= kKeptBuffer)
         rowBuffer = std::move(text);
     return static_cast<int>(result);
@@ -221,9 +222,8 @@ void CListBoxEx::SetEditSubType(int row, short type) {
 }
 
 short CListBoxEx::GetEditDataType(int row) const {
-    return IsRow(row) && row < m_EditDataTypes.GetSize()
-               ? static_cast<short>(m_EditDataTypes[row])
-               : short{0};
+    return IsRow(row) && row < m_EditDataTypes.GetSize() ? static_cast<short>(m_EditDataTypes[row])
+                                                         : short{0};
 }
 
 void CListBoxEx::SetEditDataType(int row, short type) {

@@ -12,6 +12,16 @@ void InsertMappedRow(CUIntArray& map, int row) {
     map.InsertAt(row, inserted);
 }
 
+void RemoveMappedRow(CUIntArray& map, int row) {
+    if (row < 0 || row >= map.GetSize())
+        return;
+    const UINT removed = map[row];
+    map.RemoveAt(row);
+    for (int i = 0; i < map.GetSize(); ++i)
+        if (map[i] > removed)
+            --map[i];
+}
+
 void ReorderMappedRows(CUIntArray& map, std::span<const int> order) {
     if (static_cast<std::size_t>(map.GetSize()) != order.size())
         return;

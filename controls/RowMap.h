@@ -12,6 +12,10 @@ namespace vnbytstr::detail {
 /// other rows that named `row` or a later text name the next one, since the texts moved up too.
 void InsertMappedRow(CUIntArray& map, int row);
 
+/// A row and its text were just removed: entries of other rows that named a later text name the one
+/// before. A row that the map does not have changes nothing.
+void RemoveMappedRow(CUIntArray& map, int row);
+
 /// The rows were reordered: `order` holds, for each new row, the row it was before. A map that does
 /// not cover the rows stays as it is.
 void ReorderMappedRows(CUIntArray& map, std::span<const int> order);

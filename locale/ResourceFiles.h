@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/framework/Exception.h"
+#include "platform/framework/Export.h"
 #include "platform/framework/String.h"
 #include "platform/framework/Types.h"
 
@@ -31,7 +32,7 @@ struct InstalledLanguage {
 };
 /// The libraries with that prefix and a three-letter code in the program's folder, by code. For
 /// lists a person chooses from.
-std::vector<InstalledLanguage> ListInstalledLanguages(const char* prefix);
+VNBYTSTR_API std::vector<InstalledLanguage> ListInstalledLanguages(const char* prefix);
 
 /// The result of `function`, or `otherwise` when it throws: the exported functions of this folder
 /// throw nothing to their callers.

@@ -33,6 +33,10 @@
 /* globals.rc: descriptions of the global variables */
 
 /* controls.rc: list controls */
+#define IDS_FILE_NOT_OPENED 40041
+#define IDS_NO_FILE_NAME 40043
+#define IDS_ZOOM_TITLE 40060
+#define IDS_ZOOM_TITLE_CUT 40061
 
 /* vnquery.rc: the sample program */
 

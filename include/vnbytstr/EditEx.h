@@ -1,4 +1,5 @@
-// CEditEx, an edit control for one kind of value, and CBrowser, which finds a file or folder for it.
+// CEditEx, an edit control for one kind of value, and CBrowser, which finds a file or folder for
+// it.
 #pragma once
 
 #include "platform/framework/Export.h"

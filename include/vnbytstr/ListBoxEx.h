@@ -31,7 +31,7 @@ inline constexpr UINT VNM_OPENCELL = 0x7FFE;
 
 /// One row in the result of a sort.
 struct SSortItem {
-    CString m_strValue; ///< the value of the column sorted by
+    CString m_strValue;  ///< the value of the column sorted by
     int m_nSelected = 0; ///< the row's selected state
     int m_nIndex = 0;    ///< the row before the sort
 };
@@ -205,8 +205,8 @@ public:
     /// Closes the editor, if one is open, without storing.
     void CellCancel();
     /// Makes a column as wide as its heading and its widest value, with the gaps of both. The list
-    /// is measured in full up to 1000 rows; of more rows the visible ones and those with the longest
-    /// texts.
+    /// is measured in full up to 1000 rows; of more rows the visible ones and those with the
+    /// longest texts.
     void AutoFitCol(int column);
 
     // --- beyond the usual, off unless asked for --------------------------------------------------

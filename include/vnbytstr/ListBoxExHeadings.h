@@ -54,7 +54,8 @@ public:
     /// gone.
     virtual void DrawSizer();
 
-    // --- beyond the strip's usual ways; both are off unless asked for -----------------------------
+    // --- beyond the strip's usual ways; both are off unless asked for
+    // -----------------------------
     /// Marks the heading of the last sort by a triangle.
     void ShowSortArrow(BOOL on = TRUE);
     /// Lets Tab go to the strip: Left and Right choose a heading, Enter and Space sort by it (in a
@@ -91,11 +92,11 @@ protected:
     BOOL m_bPressedLook = FALSE; ///< the pressed heading is drawn sunken
     HCURSOR m_hArrow;
     HCURSOR m_hSize;
-    CFont m_font;                ///< the strip's copy of the font of WM_SETFONT
-    BOOL m_bSystemFont = FALSE;  ///< WM_SETFONT passed no font
+    CFont m_font;               ///< the strip's copy of the font of WM_SETFONT
+    BOOL m_bSystemFont = FALSE; ///< WM_SETFONT passed no font
     int m_nSizingColumn = -1;
-    int m_nSizerPosition = 0;    ///< x of the moving boundary
-    int m_nGrabOffset = 0;       ///< boundary x minus pointer x at the press
+    int m_nSizerPosition = 0; ///< x of the moving boundary
+    int m_nGrabOffset = 0;    ///< boundary x minus pointer x at the press
     int m_nPressedHeading = -1;
 
 private:

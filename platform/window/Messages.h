@@ -2,6 +2,7 @@
 // programs and resources know.
 #pragma once
 
+#include "../framework/MessageBoxTypes.h"
 #include "WindowTypes.h"
 
 // --- window messages -------------------------------------------------------------------------
@@ -199,17 +200,6 @@ inline constexpr UINT CS_NOCLOSE = 0x0200;
 inline constexpr UINT CS_SAVEBITS = 0x0800;
 inline constexpr int CW_USEDEFAULT = static_cast<int>(0x80000000);
 
-inline constexpr int SW_HIDE = 0;
-inline constexpr int SW_SHOWNORMAL = 1;
-inline constexpr int SW_NORMAL = 1;
-inline constexpr int SW_SHOWMINIMIZED = 2;
-inline constexpr int SW_SHOWMAXIMIZED = 3;
-inline constexpr int SW_MAXIMIZE = 3;
-inline constexpr int SW_SHOWNOACTIVATE = 4;
-inline constexpr int SW_SHOW = 5;
-inline constexpr int SW_MINIMIZE = 6;
-inline constexpr int SW_SHOWNA = 8;
-inline constexpr int SW_RESTORE = 9;
 inline constexpr UINT SWP_NOSIZE = 0x0001;
 inline constexpr UINT SWP_NOMOVE = 0x0002;
 inline constexpr UINT SWP_NOZORDER = 0x0004;

@@ -94,6 +94,11 @@ TEST(RowMap, KeepsEachRowAtItsText) {
                 sorted.push_back(rows[static_cast<std::size_t>(from)]);
             rows = sorted;
             ReorderMappedRows(map, order);
+        } else if (step % 7 == 6) {
+            const int row = static_cast<int>(random() % rows.size());
+            texts.erase(texts.begin() + MappedIndex(map, row));
+            rows.erase(rows.begin() + row);
+            RemoveMappedRow(map, row);
         } else {
             const int row = static_cast<int>(random() % (rows.size() + 1));
             rows.insert(rows.begin() + row, step);
