@@ -39,6 +39,7 @@ public:
     Lifeline(const Lifeline&) = delete;
     Lifeline& operator=(const Lifeline&) = delete;
 
+    bool Exists() const { return m_pList != nullptr; }
     /// The object is there, and so is its window.
     bool Holds() const { return m_pList != nullptr && m_pList->GetSafeHwnd() != nullptr; }
 

@@ -4,7 +4,9 @@
 
 #include "platform/window/ListBox.h"
 
+#include <algorithm>
 #include <memory>
+#include <utility>
 #include <vector>
 
 using namespace vnbytstr::detail;
@@ -31,10 +33,12 @@ SSortItem* CListBoxEx::SortInternal(int column) {
         const bool isText =
             isPlain || m_pColumns[static_cast<std::size_t>(column)].m_nSortType == 0;
         order = isText ? TextOrder(values, descending) : IntegerOrder(values, descending);
+        const std::vector<bool> selected = SelectedRows();
         for (std::size_t i = 0; i < rows; ++i) {
             const std::uint32_t from = order[i];
-            items[i].m_strValue = StringOf(values[from]);
-            items[i].m_nSelected = static_cast<int>(SendMessage(LB_GETSEL, from));
+            if (m_bSortValues) // a million strings take longer than the sort
+                items[i].m_strValue = StringOf(values[from]);
+            items[i].m_nSelected = selected[from];
             items[i].m_nIndex = static_cast<int>(from);
         }
     }
@@ -66,7 +70,32 @@ void CListBoxEx::ApplyOrder(const std::vector<DWORD>& order, const SSortItem* it
     NotifyAccessibility(m_hWnd, AccessibleChange::Sort, -1, m_nSortColumn);
 }
 
+std::vector<bool> CListBoxEx::SelectedRows() const {
+    std::vector<bool> selected(static_cast<std::size_t>(GetCount()));
+    std::vector<int> rows(1);
+    if (HasManySelected()) {
+        rows.resize(static_cast<std::size_t>(std::max<LRESULT>(0, SendMessage(LB_GETSELCOUNT))));
+        if (!rows.empty())
+            SendMessage(LB_GETSELITEMS, rows.size(), reinterpret_cast<LPARAM>(rows.data()));
+    } else {
+        rows.front() = static_cast<int>(SendMessage(LB_GETCURSEL));
+    }
+    for (const int row : rows)
+        if (row >= 0 && static_cast<std::size_t>(row) < selected.size())
+            selected[static_cast<std::size_t>(row)] = true;
+    return selected;
+}
+
+SSortItem* CListBoxEx::SortForOrder(int column) {
+    const Lifeline life(this);
+    const BOOL before = std::exchange(m_bSortValues, m_bSortValuesAlways);
+    SSortItem* items = SortInternal(column);
+    if (life.Exists())
+        m_bSortValues = before;
+    return items;
+}
+
 BOOL CListBoxEx::Sort(int column) {
-    const std::unique_ptr<SSortItem[]> items(SortInternal(column));
+    const std::unique_ptr<SSortItem[]> items(SortForOrder(column));
     return items != nullptr;
 }

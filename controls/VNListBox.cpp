@@ -80,7 +80,7 @@ void CVNListBox::OnMouseLeave() {
 }
 
 BOOL CVNListBox::Sort(int column) {
-    const std::unique_ptr<SSortItem[]> items(SortInternal(column));
+    const std::unique_ptr<SSortItem[]> items(SortForOrder(column));
     if (items == nullptr)
         return FALSE;
     std::vector<int> order(static_cast<std::size_t>(GetCount()));

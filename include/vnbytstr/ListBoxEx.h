@@ -107,7 +107,8 @@ public:
     /// language does, ignoring case, kana type and width; equal ones keep their order (downwards:
     /// the reverse).
     virtual SSortItem* SortInternal(int column);
-    /// The same without the array. Whether there was a sort.
+    /// The same without the array. Whether there was a sort. SortInternal leaves the items' values
+    /// empty when it is called from here, unless SetSortValues asked for them.
     virtual BOOL Sort(int column);
     /// Gives columns without width theirs. Runs once, when the list is first painted, sized or
     /// asked; not before there are columns and the list has a width.
@@ -273,6 +274,11 @@ protected:
     BOOL m_bReadOnly = FALSE;
     CListDropTarget m_DropTarget;
 
+    /// For an override of SortInternal that looks at the items' values also during Sort.
+    void SetSortValues(BOOL on) { m_bSortValuesAlways = on; }
+    /// SortInternal for the order of its items alone.
+    SSortItem* SortForOrder(int column);
+
 private:
     friend class CListBoxExHeadings;
     friend class CListDropTarget;
@@ -316,6 +322,10 @@ private:
     void ApplyOrder(const std::vector<DWORD>& order, const SSortItem* items);
     void ReorderRowData(const DWORD* order, int count);
 
+    std::vector<bool> SelectedRows() const;
+
+    BOOL m_bSortValues = TRUE;
+    BOOL m_bSortValuesAlways = FALSE;
     BOOL m_bSetNull = FALSE;
     BOOL m_bCopy = FALSE;
     int m_nItemHeight = 0; ///< the answer of MeasureItem; 0: not measured yet
