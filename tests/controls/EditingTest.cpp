@@ -447,12 +447,12 @@ TEST_F(Editing, TheParentRemovesRowsWhileItIsAsked) {
 }
 
 TEST_F(Editing, TheParentDestroysTheListWhileItIsAsked) {
-    const auto trigger = {
-        +[](Editing& t) { t.list->CellEnter(TRUE); }, +[](Editing& t) { t.Key(Qt::Key_Tab); },
-        +[](Editing& t) { t.Click(t.CellPoint(3, 0)); }, +[](Editing& t) { t.list->Sort(0); },
-        +[](Editing& t) { t.list->SendMessage(WM_VSCROLL, SB_LINEDOWN, 0); }};
+    const std::function<void()> triggers[] = {
+        [this] { list->CellEnter(TRUE); }, [this] { Key(Qt::Key_Tab); },
+        [this] { Click(CellPoint(3, 0)); }, [this] { list->Sort(0); },
+        [this] { list->SendMessage(WM_VSCROLL, SB_LINEDOWN, 0); }};
     for (const bool wholeObject : {false, true})
-        for (const auto act : trigger) {
+        for (const auto& act : triggers) {
             SetUp();
             list->EditColumn(1, 0);
             parent.onAsked = [=, this](UINT message) -> LRESULT {
@@ -470,7 +470,7 @@ TEST_F(Editing, TheParentDestroysTheListWhileItIsAsked) {
                 kept->CellEnter(TRUE);
                 EXPECT_EQ(list, nullptr);
             } else {
-                act(*this);
+                act();
                 EXPECT_EQ(list->GetSafeHwnd(), nullptr);
             }
             parent.onAsked = nullptr;
