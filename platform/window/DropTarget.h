@@ -8,7 +8,7 @@
 
 class QMimeData;
 namespace vnbytstr::detail {
-class DropFilter;
+class TargetSink;
 }
 
 using CLIPFORMAT = WORD;
@@ -70,6 +70,5 @@ public:
     HWND m_hWnd = nullptr;
 
 private:
-    friend class vnbytstr::detail::DropFilter;
-    std::unique_ptr<vnbytstr::detail::DropFilter> m_filter;
+    friend class vnbytstr::detail::TargetSink;
 };
