@@ -33,6 +33,9 @@ std::map<UINT, std::string> Strings(HINSTANCE library) {
     return strings;
 }
 
+/// Strings from here on have not been translated yet. A translation that is there is checked.
+constexpr UINT kAwaitingTranslation = 40000;
+
 HINSTANCE Load(const char* code) {
     std::string name = System::Current().GetModuleFileName();
     name.resize(name.rfind('/') + 1);
@@ -70,6 +73,8 @@ TEST(ResourceTexts, AreTheSameInEveryLanguage) {
         for (const auto& [id, text] : english) {
             const auto found = strings.find(id);
             if (found == strings.end()) {
+                if (id >= kAwaitingTranslation)
+                    continue;
                 ADD_FAILURE() << language.code << " lacks " << id << ": " << text;
                 continue;
             }
