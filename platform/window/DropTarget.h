@@ -52,7 +52,7 @@ private:
 class VNBYTSTR_API COleDropTarget : public CCmdTarget {
     DECLARE_DYNAMIC(COleDropTarget)
 public:
-    COleDropTarget();
+    COleDropTarget() = default;
     ~COleDropTarget() override;
 
     /// From now on this object is told of drags over `window` (until Revoke, or the window's end).

@@ -615,6 +615,7 @@ std::map<std::string, WindowClass>& Classes() {
 } // namespace
 
 // One line per system class; each stands in the file of its control.
+void RegisterControlClasses();
 std::unique_ptr<SystemControl> MakeListBoxControl(Window& window);
 
 namespace {
@@ -626,6 +627,7 @@ void RegisterSystemClasses() {
     done = true;
     RegisterSystemClass("", CS_DBLCLKS, nullptr); // the class of windows that name none
     RegisterSystemClass("LISTBOX", CS_DBLCLKS, MakeListBoxControl);
+    RegisterControlClasses();
 }
 
 } // namespace
