@@ -7,6 +7,7 @@
 
 #include "Application.h"
 #include "OverlayInternal.h"
+#include "WidgetDetails.h"
 #include "WindowFunctions.h"
 #include "WindowWidgetInternal.h"
 #include "Wnd.h"

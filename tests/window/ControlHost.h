@@ -17,8 +17,8 @@
 class ControlHost : public CWnd {
 public:
     explicit ControlHost(DWORD exStyle = 0) {
-        CreateEx(exStyle, nullptr, "host", WS_OVERLAPPEDWINDOW | WS_VISIBLE,
-                 CRect(0, 0, 400, 300), nullptr, 0);
+        CreateEx(exStyle, nullptr, "host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, CRect(0, 0, 400, 300),
+                 nullptr, 0);
         GetWidget()->activateWindow();
         static_cast<void>(QTest::qWaitForWindowActive(GetWidget()));
     }

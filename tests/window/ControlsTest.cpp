@@ -19,7 +19,6 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <fstream>
 
 namespace {
 
@@ -70,8 +69,7 @@ TEST(Button, ChecksGoRoundAndGroupsHaveOneChoice) {
     CButton radios[4];
     for (int i = 0; i < 4; ++i)
         radios[i].Create("radio", kShown | BS_AUTORADIOBUTTON | (i % 2 == 0 ? WS_GROUP : 0),
-                         CRect(0, 60 + 20 * i, 80, 80 + 20 * i), &host,
-                         static_cast<UINT>(10 + i));
+                         CRect(0, 60 + 20 * i, 80, 80 + 20 * i), &host, static_cast<UINT>(10 + i));
     Click(radios[0], {6, 10});
     Click(radios[3], {6, 10});
     EXPECT_TRUE(radios[0].GetCheck() && radios[3].GetCheck()); // two groups
@@ -203,7 +201,7 @@ TEST(ToolTip, ShowsATextAsItIs) {
     ShowTip(host, {10, 10}, "a < b & <b>c</b>");
     EXPECT_STREQ(GetShownTip(), "a < b & <b>c</b>");
     HideTip();
-    QTRY_VERIFY2_WITH_TIMEOUT(GetShownTip().IsEmpty(), "the tip stays", 2000);
+    EXPECT_TRUE(QTest::qWaitFor([] { return GetShownTip().IsEmpty(); }));
 }
 
 TEST(FileDialog, FiltersAreTakenApart) {
@@ -215,9 +213,9 @@ TEST(FileDialog, FiltersAreTakenApart) {
 }
 
 TEST(FileDialog, AnswersWhatWasChosen) {
-    const TemporaryFolder folder;
-    const std::string file = folder.Path() + "/data.one.txt";
-    std::ofstream(file) << "x";
+    const vnbytstr::test::TemporaryFolder folder;
+    const std::string file = folder.File("data.one.txt");
+    folder.Write("data.one.txt", "x");
     CFileDialog open(TRUE, nullptr, nullptr, OFN_FILEMUSTEXIST, "Text|*.txt||");
     open.SetInitialFolder(folder.Path().c_str());
     QTimer::singleShot(0, [] {

@@ -177,16 +177,20 @@ TEST(Edit, ATextComesBackAsItWasUntilItIsChanged) {
     const ScopedCodePage utf8(65001);
     ControlHost host;
     WatchedEdit edit(host, ES_MULTILINE | ES_WANTRETURN);
-    for (const std::string text :
-         {"a\nb\r\nc\r", "\xFF\xFE broken", "no\xC2\xA0" "break", "tab\there"}) {
+    for (const std::string text : {"a\nb\r\nc\r", "\xFF\xFE broken",
+                                   "no\xC2\xA0"
+                                   "break",
+                                   "tab\there"}) {
         edit.SetWindowText(text.c_str());
         EXPECT_EQ(TextOf(edit), text);
     }
-    edit.SetWindowText("no\xC2\xA0" "break\nz");
+    edit.SetWindowText("no\xC2\xA0"
+                       "break\nz");
     edit.SetSel(0, 0);
     Type("x");
     PressKey(Qt::Key_Return);
-    EXPECT_EQ(TextOf(edit), "x\nno\xC2\xA0" "break\nz"); // the text's own kind of break
+    EXPECT_EQ(TextOf(edit), "x\nno\xC2\xA0"
+                            "break\nz"); // the text's own kind of break
     edit.SetWindowText("");
     Type("x");
     PressKey(Qt::Key_Return);
