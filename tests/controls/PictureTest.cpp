@@ -168,7 +168,7 @@ TEST_F(Pixels, TextBeginsBehindTheOffsetAndEndsBeforeTheSpacing) {
     const auto extent = [this] {
         const QImage image = parent.GetWidget()->grab().toImage();
         int first = -1, last = -1;
-        for (int x = 0; x < 300; ++x)
+        for (int x = 2; x < 300; ++x) // inside of the focus frame
             for (int y = 2; y < RowHeight() - 2; ++y)
                 if (qGray(At(image, *list, x, y)) < 128) {
                     first = first < 0 ? x : first;
