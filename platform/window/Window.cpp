@@ -7,6 +7,7 @@
 
 #include "Application.h"
 #include "OverlayInternal.h"
+#include "WidgetDetails.h"
 #include "WindowFunctions.h"
 #include "WindowWidgetInternal.h"
 #include "Wnd.h"
@@ -638,6 +639,7 @@ void RegisterSystemClasses() {
     done = true;
     RegisterSystemClass("", CS_DBLCLKS, nullptr); // the class of windows that name none
     RegisterSystemClass("LISTBOX", CS_DBLCLKS, MakeListBoxControl);
+    RegisterControlClasses();
 }
 
 } // namespace
