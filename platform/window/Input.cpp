@@ -263,6 +263,12 @@ bool SendKeyEvent(Window& window, QKeyEvent* event) {
     HWND handle = window.Handle();
     const int vk = VirtualKey(*event);
     state.modifiers = event->modifiers();
+    // Of a modifier's own key Qt tells the state before.
+    const Qt::KeyboardModifier own = vk == VK_SHIFT     ? Qt::ShiftModifier
+                                     : vk == VK_CONTROL ? Qt::ControlModifier
+                                     : vk == VK_MENU    ? Qt::AltModifier
+                                                        : Qt::NoModifier;
+    state.modifiers.setFlag(own, event->type() == QEvent::KeyPress && own != Qt::NoModifier);
     if (vk > 0 && vk < kKeys) {
         if (event->type() == QEvent::KeyPress && !state.down[static_cast<std::size_t>(vk)])
             state.toggled.flip(static_cast<std::size_t>(vk));
