@@ -56,6 +56,28 @@ TEST(ParserMemoryTest, BlocksDoNotOverlapAndAreUsedAgain) {
     EXPECT_THROW(memory.allocate(SIZE_MAX / 2), xercesc::OutOfMemoryException);
 }
 
+TEST(ParserMemoryTest, ABudgetEndsOnceAndForgetsNothing) {
+    detail::ParseBudget budget;
+    const std::size_t before = ParserMemory::Process().LiveBlocks();
+    void* const early = budget.allocate(100000); // is not counted yet
+    budget.Begin(1000, [] { throw 1; });
+    void* const first = budget.allocate(900);
+    budget.deallocate(first);
+    EXPECT_THROW(budget.allocate(101), int); // what was given back does not count
+    EXPECT_NE(budget.allocate(5000), nullptr);
+    EXPECT_TRUE(budget.End());
+    budget.Begin(10, [] { throw 1; });
+    budget.Add(SIZE_MAX);
+    EXPECT_NE(budget.allocate(50000), nullptr);
+    EXPECT_FALSE(budget.End());
+    budget.deallocate(early);
+    EXPECT_EQ(budget.LiveBytes(), 55000u);
+    EXPECT_EQ(ParserMemory::Process().LiveBlocks(), before + 1);
+    budget.FreeAll();
+    EXPECT_EQ(budget.LiveBytes(), 0u);
+    EXPECT_EQ(ParserMemory::Process().LiveBlocks(), before);
+}
+
 TEST(ParserMemoryTest, ThreadsMayFreeWhatOthersTook) {
     ParserMemory memory;
     std::vector<void*> blocks(400);
