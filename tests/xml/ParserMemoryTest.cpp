@@ -1,11 +1,16 @@
+#include "vnbytstr/XercesWrapper.h"
+#include "xml/DocumentParserInternal.h"
 #include "xml/ParserMemoryInternal.h"
 
+#include <xercesc/framework/MemBufInputSource.hpp>
+#include <xercesc/framework/Wrapper4InputSource.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
 
 #include <cstdint>
 #include <cstring>
 #include <map>
 #include <random>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -76,6 +81,38 @@ TEST(ParserMemoryTest, ABudgetEndsOnceAndForgetsNothing) {
     budget.FreeAll();
     EXPECT_EQ(budget.LiveBytes(), 0u);
     EXPECT_EQ(ParserMemory::Process().LiveBlocks(), before);
+}
+
+// Wherever the budget ends: the parser comes to an end, too, and can be thrown away.
+TEST(ParserMemoryTest, AParseMayEndAtAnyAllocation) {
+    using namespace xercesc;
+    const CXercesWrapper platform;
+    const std::string text =
+        "<!DOCTYPE a [<!ENTITY e 'x<b/>'><!ENTITY f '&e;'><!ELEMENT a (b,(c|d)*)>"
+        "<!ATTLIST a x CDATA '1' y CDATA #IMPLIED>]>"
+        "<a y='&lt;'>&f;<!--c--><![CDATA[d]]><?p i?>" +
+        std::string(30000, 't') + "</a>";
+    unsigned refused = 0, loaded = 0;
+    const auto parse = [&](std::size_t bytes) {
+        detail::ParseBudget budget;
+        MemoryManager* const memory = &budget;
+        auto* const parser = new (memory) detail::DocumentParser(memory);
+        budget.Begin(bytes, [&] { parser->Refuse(u"the end"); });
+        const MemBufInputSource source(reinterpret_cast<const XMLByte*>(text.data()), text.size(),
+                                       "x");
+        Wrapper4InputSource input(const_cast<MemBufInputSource*>(&source), false);
+        try {
+            parser->parse(&input);
+        } catch (...) { // of whatever family
+        }
+        ++(budget.End() ? refused : loaded);
+        parser->release();
+    };
+    for (std::size_t bytes = 0; loaded < 3 && bytes < (8u << 20);
+         bytes += bytes < 20000 ? 61 : 1999)
+        parse(bytes);
+    EXPECT_GT(refused, 300u);
+    EXPECT_EQ(loaded, 3u);
 }
 
 TEST(ParserMemoryTest, ThreadsMayFreeWhatOthersTook) {
