@@ -216,8 +216,11 @@ void ParseBudget::deallocate(void* memory) {
 }
 
 void ParseBudget::FreeAll() noexcept {
-    while (m_first != nullptr)
-        deallocate(m_first + 1);
+    while (Block* const block = m_first) {
+        m_first = block->next;
+        ParserMemory::Process().deallocate(block);
+    }
+    m_live = 0;
 }
 
 xercesc::MemoryManager* ParseBudget::getExceptionMemoryManager() {
