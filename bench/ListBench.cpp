@@ -115,7 +115,7 @@ public:
     void Make() {
         m_list = std::make_unique<CListBoxEx>();
         m_list->Create("LISTBOX", "",
-                       WS_CHILD | WS_VISIBLE | WS_VSCROLL | LBS_OWNERDRAWVARIABLE | LBS_HASSTRINGS |
+                       WS_CHILD | WS_VISIBLE | WS_VSCROLL | LBS_OWNERDRAWFIXED | LBS_HASSTRINGS |
                            LBS_NOINTEGRALHEIGHT,
                        CRect(0, 0, 600, 600), &m_parent, 1);
         m_list->SetNumColumns(4);

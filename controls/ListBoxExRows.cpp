@@ -89,9 +89,13 @@ int CListBoxEx::SendJoined(UINT message, int row, LPCTSTR first, std::va_list re
         if (value != nullptr)
             text.append(value);
     }
+    // At the end of an unsorted list nothing that WindowProc looks after moves: the way through the
+    // messages, which a million rows feel, is left out.
+    const bool isPlainAdd = message == LB_ADDSTRING && (GetStyle() & LBS_SORT) == 0;
+    const auto at = static_cast<WPARAM>(static_cast<std::intptr_t>(row));
+    const auto string = reinterpret_cast<LPARAM>(text.c_str());
     const LRESULT result =
-        SendMessage(message, static_cast<WPARAM>(static_cast<std::intptr_t>(row)),
-                    reinterpret_cast<LPARAM>(text.c_str()));
+        isPlainAdd ? DefWindowProc(message, at, string) : SendMessage(message, at, string);
     if (text.capacity() <= kKeptBuffer)
         rowBuffer = std::move(text);
     return static_cast<int>(result);

@@ -4,10 +4,9 @@
 #include "platform/window/Edit.h"
 #include "resources/ResourceIds.h"
 #include "vnbytstr/Language.h"
-#include "vnbytstr/Messages.h"
 
 #include <algorithm>
-#include <iterator>
+#include <string_view>
 
 namespace {
 
@@ -17,6 +16,24 @@ constexpr int kGap = 8; ///< between the controls, in pixels
 CString TextOr(UINT id, LPCTSTR english) {
     CString text;
     return LoadStringA(text, id, nullptr) > 0 ? text : CString(english);
+}
+
+/// How much of a value the edit control can lay out while a person waits.
+int ShownLength(const CString& value) {
+    const std::string_view all(value, static_cast<std::size_t>(value.GetLength()));
+    std::size_t end = std::min<std::size_t>(all.size(), CZoomDialog::kMostBytes);
+    for (std::size_t line = 0; line < end;) {
+        const std::size_t next = std::min(all.find('\n', line), end);
+        if (next - line > CZoomDialog::kLongestLine) {
+            end = line + CZoomDialog::kLongestLine;
+            break;
+        }
+        line = next + 1;
+    }
+    if (end == all.size())
+        return value.GetLength();
+    const std::string_view around = all.substr(0, end + 8);
+    return static_cast<int>(vnbytstr::CodePage::Ansi().CharStart(around, end));
 }
 
 } // namespace
@@ -29,13 +46,13 @@ ON_WM_GETMINMAXINFO()
 END_MESSAGE_MAP()
 
 CZoomDialog::CZoomDialog(const CString& value, LPCTSTR name, CWnd* parent)
-    : m_strValue(value), m_strName(name), m_pParent(parent) {}
+    : m_strValue(value), m_strName(name), m_pParent(parent), m_nShown(ShownLength(value)) {}
 
 int CZoomDialog::DoModal() {
     const CString ok = TextOr(IDS_BUTTON_OK, "OK");
     const CString cancel = TextOr(IDS_BUTTON_CANCEL, "Cancel");
     CString title = TextOr(CanChange() ? IDS_ZOOM_TITLE : IDS_ZOOM_TITLE_CUT,
-                           CanChange() ? "Zoom" : "Zoom (first megabyte, not to be changed)");
+                           CanChange() ? "Zoom" : "Zoom (the beginning, cannot be changed)");
     if (!m_strName.IsEmpty())
         title = m_strName + " - " + title;
     const CDialogTemplate::Item items[] = {
@@ -57,14 +74,9 @@ int CZoomDialog::DoModal() {
 
 BOOL CZoomDialog::OnInitDialog() {
     CDialog::OnInitDialog();
-    CString shown = m_strValue;
-    if (!CanChange()) {
-        const std::string_view all(shown, static_cast<std::size_t>(kMostBytes) + 8);
-        shown = shown.Left(static_cast<int>(vnbytstr::CodePage::Ansi().CharStart(all, kMostBytes)));
-    }
     if (CWnd* edit = GetDlgItem(kValueId); edit != nullptr) {
         edit->SendMessage(EM_LIMITTEXT, 0);
-        edit->SetWindowText(shown);
+        edit->SetWindowText(m_strValue.Left(m_nShown));
         edit->SendMessage(EM_SETSEL, 0, -1);
         edit->SetFocus();
     }

@@ -154,7 +154,8 @@ public:
 
     // --- rows and cells --------------------------------------------------------------------------
     /// Adds a row; one `const char*` per column (null is empty), without columns the first only.
-    /// Returns its index, or LB_ERR, LB_ERRSPACE.
+    /// Returns its index, or LB_ERR, LB_ERRSPACE. It goes to the list box as LB_ADDSTRING; of an
+    /// unsorted list the message does not come through WindowProc.
     int AddStringItems(LPCTSTR first, ...);
     /// The same at a row (-1: at the end).
     int InsertStringItems(int row, LPCTSTR first, ...);

@@ -8,12 +8,14 @@
 /// A modal dialog with the value in an edit control of many lines, OK and Cancel; Ctrl+Enter is OK.
 /// It can be resized. Its captions come from the resource library, or are English.
 ///
-/// A value of more than kMostBytes is shown up to there and cannot be changed: DoModal then returns
-/// IDCANCEL.
+/// A value of more than kMostBytes, or with a line of more than kLongestLine, is shown up to there
+/// and cannot be changed: DoModal then returns IDCANCEL.
 class VNBYTSTR_API CZoomDialog : public CDialog {
     DECLARE_DYNAMIC(CZoomDialog)
 public:
     static constexpr int kMostBytes = 1 << 20;
+    static constexpr int kLongestLine = 1
+                                        << 15; ///< to lay out a line takes the square of its length
 
     /// `name` (a column's heading) stands in the title; null: none. `parent` null: the active
     /// window.
@@ -22,7 +24,7 @@ public:
     int DoModal() override;
     /// The value as it is after OK.
     const CString& GetValue() const { return m_strValue; }
-    BOOL CanChange() const { return m_strValue.GetLength() <= kMostBytes; }
+    BOOL CanChange() const { return m_nShown == m_strValue.GetLength(); }
 
     BOOL PreTranslateMessage(MSG* message) override;
 
@@ -39,4 +41,5 @@ private:
     CString m_strValue;
     CString m_strName;
     CWnd* m_pParent;
+    int m_nShown; ///< bytes of the value that are shown
 };

@@ -47,12 +47,12 @@ TEST_F(Dialogs, ZoomGivenUpChangesNothing) {
 }
 
 TEST_F(Dialogs, ZoomOnAHugeValueOnlyShows) {
-    const CString huge('x', CZoomDialog::kMostBytes + 100);
+    const CString huge = CString("first\r\n") + CString('x', CZoomDialog::kMostBytes);
     CZoomDialog dialog(huge, nullptr, &parent);
     EXPECT_FALSE(dialog.CanChange());
     EXPECT_EQ(Run(dialog,
                   [&](QWidget*) {
-                      EXPECT_EQ(Edit(dialog)->GetWindowTextLength(), CZoomDialog::kMostBytes);
+                      EXPECT_EQ(Edit(dialog)->GetWindowTextLength(), 7 + CZoomDialog::kLongestLine);
                       dialog.PostMessage(WM_COMMAND, IDOK);
                       Key(Qt::Key_Return, Qt::ControlModifier); // no OK
                       Key(Qt::Key_Escape);
