@@ -42,8 +42,8 @@ TEST(ListSort, IntegerOrderIsStableBothWays) {
     for (const std::uint64_t range : {3ull, 70000ull, ~0ull}) {
         std::vector<std::string> texts;
         for (int i = 0; i < 3000; ++i)
-            texts.push_back(std::to_string(static_cast<std::int64_t>(random() % range) -
-                                           static_cast<std::int64_t>(range / 2)));
+            texts.push_back(
+                std::to_string(static_cast<std::int64_t>(random() % range - range / 2)));
         texts[17] = "";
         texts[18] = "-9223372036854775808";
         texts[19] = "9223372036854775807";
