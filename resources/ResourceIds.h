@@ -157,6 +157,10 @@
 #define IDS_FULL_TLXQW_UEDIT_DLL 35039
 
 /* controls.rc: list controls */
+#define IDS_FILE_NOT_OPENED 40041
+#define IDS_NO_FILE_NAME 40043
+#define IDS_ZOOM_TITLE 40060
+#define IDS_ZOOM_TITLE_CUT 40061
 
 /* vnquery.rc: the sample program */
 

@@ -3,10 +3,8 @@
 #include "DialogKeysInternal.h"
 #include "GdiInternal.h"
 #include "Static.h"
-#include "WidgetDetails.h"
+#include "WidgetDetailsInternal.h"
 #include "WindowWidgetInternal.h"
-
-#include <QTimer>
 
 namespace vnbytstr::detail {
 
@@ -39,8 +37,14 @@ public:
 protected:
     void showEvent(QShowEvent* event) override {
         QLabel::showEvent(event);
-        if (m_control != nullptr)
-            m_control->FindPartner();
+        // What follows may not be made yet.
+        QMetaObject::invokeMethod(
+            this,
+            [this] {
+                if (m_control != nullptr)
+                    m_control->FindPartner();
+            },
+            Qt::QueuedConnection);
     }
     void resizeEvent(QResizeEvent* event) override {
         QLabel::resizeEvent(event);

@@ -7,7 +7,7 @@
 
 #include "Application.h"
 #include "OverlayInternal.h"
-#include "WidgetDetails.h"
+#include "WidgetDetailsInternal.h"
 #include "WindowFunctions.h"
 #include "WindowWidgetInternal.h"
 #include "Wnd.h"
@@ -628,6 +628,7 @@ std::map<std::string, WindowClass>& Classes() {
 } // namespace
 
 // One line per system class; each stands in the file of its control.
+void RegisterControlClasses();
 std::unique_ptr<SystemControl> MakeListBoxControl(Window& window);
 
 namespace {

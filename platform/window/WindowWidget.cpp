@@ -1,4 +1,3 @@
-#include "DropFilesInternal.h"
 #include "WindowWidgetInternal.h"
 
 #include "DeviceContextInternal.h"
@@ -438,7 +437,7 @@ BOOL DragQueryPoint(HDROP drop, LPPOINT point) {
 }
 
 void DragFinish(HDROP drop) {
-    auto* const files = reinterpret_cast<DropFiles*>(drop);
+    auto* files = reinterpret_cast<DropFiles*>(drop);
     if (files != nullptr && !files->belongsToDataObject)
-        std::unique_ptr<DropFiles>(files).reset();
+        const std::unique_ptr<DropFiles> owner(files);
 }

@@ -10,17 +10,20 @@
 #include <QTest>
 #include <QWindow>
 
+#include <gtest/gtest.h>
+
 #include <string>
 #include <utility>
 #include <vector>
+
+inline void Activate(const CWnd& window);
 
 class ControlHost : public CWnd {
 public:
     explicit ControlHost(DWORD exStyle = 0) {
         CreateEx(exStyle, nullptr, "host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, CRect(0, 0, 400, 300),
                  nullptr, 0);
-        GetWidget()->activateWindow();
-        static_cast<void>(QTest::qWaitForWindowActive(GetWidget()));
+        Activate(*this);
     }
     ~ControlHost() override { DestroyWindow(); }
 
@@ -58,13 +61,26 @@ public:
     bool m_destroyOnCommand = false;
 };
 
+/// Waits until keys come to the window. The offscreen platform activates popups, and gives nothing
+/// back when they close.
+inline void Activate(const CWnd& window) {
+    QWidget* const widget = window.GetWidget()->window();
+    widget->activateWindow();
+    static_cast<void>(QTest::qWaitFor(
+        [widget] { return QApplication::focusWindow() == widget->windowHandle(); }));
+}
+
 /// A key as the platform sends it: to the window, and from there to what has the focus.
 inline void PressKey(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
-    QTest::keyClick(QApplication::focusWindow(), static_cast<Qt::Key>(key), modifiers);
+    if (QWindow* const window = QApplication::focusWindow())
+        QTest::keyClick(window, static_cast<Qt::Key>(key), modifiers);
+    else
+        ADD_FAILURE() << "no window has the focus";
 }
 inline void Type(const char* text) {
     for (; *text != '\0'; ++text)
-        QTest::keyClick(QApplication::focusWindow(), *text);
+        PressKey(QTest::asciiToKey(*text),
+                 *text >= 'A' && *text <= 'Z' ? Qt::ShiftModifier : Qt::NoModifier);
 }
 inline void Click(const CWnd& window, CPoint point) {
     const QWidget* const widget = window.GetWidget();
