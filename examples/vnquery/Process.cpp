@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <utility>
 
 #include <sys/resource.h>
 #include <unistd.h>
@@ -16,6 +17,7 @@ namespace vnquery {
 namespace {
 
 volatile std::sig_atomic_t interruptingSignal = 0;
+thread_local std::stop_token currentStop;
 
 extern "C" void RememberSignal(int number) { interruptingSignal = number; }
 
@@ -44,10 +46,19 @@ void PrepareProcess() {
 
 int InterruptingSignal() noexcept { return interruptingSignal; }
 
+bool IsInterrupted() noexcept { return interruptingSignal != 0 || currentStop.stop_requested(); }
+
 void CheckInterrupted() {
-    if (interruptingSignal != 0)
+    if (IsInterrupted())
         throw Interrupted();
 }
+
+StopScope::StopScope(std::stop_token stop)
+    : m_outer(std::exchange(currentStop, std::move(stop))) {}
+
+StopScope::~StopScope() { currentStop = std::move(m_outer); }
+
+std::stop_token CurrentStop() { return currentStop; }
 
 bool IsErrorOutputTerminal() { return isatty(STDERR_FILENO) == 1; }
 

@@ -16,16 +16,16 @@ constexpr std::uint64_t kBytesPerLook = 16384;
 
 } // namespace
 
-Progress::Progress(std::string work)
+TerminalProgress::TerminalProgress(std::string work)
     : m_work(std::move(work)), m_isTerminal(IsErrorOutputTerminal()),
       m_next(Clock::now() + kInterval) {}
 
-Progress::~Progress() {
+TerminalProgress::~TerminalProgress() {
     if (m_isShown)
         std::fputs("\r\x1B[K", stderr);
 }
 
-void Progress::AddRow() {
+void TerminalProgress::AddRow() {
     CheckInterrupted();
     ++m_rows;
     if (m_isTerminal && m_untilLook-- == 0) {
@@ -34,14 +34,14 @@ void Progress::AddRow() {
     }
 }
 
-void Progress::AddBytes(std::uint64_t count) {
+void TerminalProgress::AddBytes(std::uint64_t count) {
     CheckInterrupted();
     m_bytes += count;
     if (m_isTerminal && count >= kBytesPerLook)
         Show();
 }
 
-void Progress::Show() {
+void TerminalProgress::Show() {
     const Clock::time_point now = Clock::now();
     if (now < m_next)
         return;

@@ -31,7 +31,7 @@ std::unique_ptr<RowSource> OpenSource(const Options& options) {
 ResultSet RunQuery(const Options& options) {
     const std::unique_ptr<RowSource> source = OpenSource(options);
     ResultSet result(source->GetColumns());
-    Progress progress("Reading");
+    TerminalProgress progress("Reading");
     result.Fetch(*source, progress);
     return result;
 }
@@ -42,7 +42,7 @@ void Export(const ResultSet& result, const Options& options) {
         TargetFile file(name);
         Exporter exporter(file, options.exportFormat);
         {
-            Progress progress("Exporting");
+            TerminalProgress progress("Exporting");
             exporter.WriteResult(result, progress);
         }
         file.Commit();
