@@ -9,6 +9,7 @@
 #include "vnbytstr/DES.h"
 #include "vnbytstr/DiffieHellman.h"
 #include "vnbytstr/FixedBinary.h"
+#include "vnbytstr/Language.h"
 #include "vnbytstr/MultibyteText.h"
 #include "vnbytstr/OutputStreamWriter.h"
 #include "vnbytstr/StringPersistence.h"

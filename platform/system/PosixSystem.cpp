@@ -396,14 +396,18 @@ std::string PosixSystem::GetModuleFileName() {
     return length > 0 ? std::string(name.data(), static_cast<std::size_t>(length)) : std::string();
 }
 
-std::string PosixSystem::GetTextLocale() {
-    for (const char* variable : {"LC_ALL", "LC_CTYPE", "LANG"}) {
+std::string PosixSystem::GetLocale(const char* category) {
+    for (const char* variable : {"LC_ALL", category, "LANG"}) {
         std::string value = GetEnvironment(variable);
         if (!value.empty())
             return value;
     }
     return "C";
 }
+
+std::string PosixSystem::GetTextLocale() { return GetLocale("LC_CTYPE"); }
+
+std::string PosixSystem::GetMessagesLocale() { return GetLocale("LC_MESSAGES"); }
 
 bool PosixSystem::IsDbcsEnabled() { return !CodePage::Ansi().IsSingleByte(); }
 

@@ -42,12 +42,15 @@ public:
     std::string GetEnvironment(const char* name) override;
     std::string GetModuleFileName() override;
     std::string GetTextLocale() override;
+    std::string GetMessagesLocale() override;
     bool IsDbcsEnabled() override;
     bool IsMiddleEastEnabled() override;
     SystemVersion GetVersion() override;
     void WriteDiagnostic(const char* text) override;
 
 private:
+    std::string GetLocale(const char* category);
+
     MemoryLoadReader m_memoryLoad;
 };
 

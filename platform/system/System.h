@@ -142,6 +142,8 @@ public:
     virtual std::string GetModuleFileName() = 0;
     /// The process's locale for text, such as "de_AT.UTF-8": LC_ALL, LC_CTYPE or LANG, else "C".
     virtual std::string GetTextLocale() = 0;
+    /// The locale of the texts that programs show: LC_ALL, LC_MESSAGES or LANG, else "C".
+    virtual std::string GetMessagesLocale() = 0;
     /// Whether text may hold characters of several bytes: the ANSI code page is a double-byte page,
     /// another multi-byte one, or UTF-8.
     virtual bool IsDbcsEnabled() = 0;

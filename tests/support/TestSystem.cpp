@@ -185,13 +185,23 @@ std::string TestSystem::GetEnvironment(const char* name) {
     return found != m_environment.end() ? found->second : m_real.GetEnvironment(name);
 }
 
-std::string TestSystem::GetTextLocale() {
-    for (const char* variable : {"LC_ALL", "LC_CTYPE", "LANG"}) {
+std::string TestSystem::FindLocale(const char* category) const {
+    for (const char* variable : {"LC_ALL", category, "LANG"}) {
         const auto found = m_environment.find(variable);
         if (found != m_environment.end() && !found->second.empty())
             return found->second;
     }
-    return m_real.GetTextLocale();
+    return {};
+}
+
+std::string TestSystem::GetTextLocale() {
+    const std::string locale = FindLocale("LC_CTYPE");
+    return locale.empty() ? m_real.GetTextLocale() : locale;
+}
+
+std::string TestSystem::GetMessagesLocale() {
+    const std::string locale = FindLocale("LC_MESSAGES");
+    return locale.empty() ? m_real.GetMessagesLocale() : locale;
 }
 
 } // namespace vnbytstr::test

@@ -56,6 +56,7 @@ public:
         m_environment[name] = value;
     }
     void SetTemporaryFolder(const std::string& folder) { m_temporaryFolder = folder; }
+    void SetModuleFileName(const std::string& name) { m_moduleFileName = name; }
     void SetProcessId(DWORD id) { m_processId = id; }
     void SetDbcsEnabled(bool enabled) { m_dbcs = enabled; }
     void SetMiddleEastEnabled(bool enabled) { m_middleEast = enabled; }
@@ -105,8 +106,11 @@ public:
     DWORD GetTime() override { return m_time ? *m_time : m_real.GetTime(); }
     DWORD GetMemoryLoad() override;
     std::string GetEnvironment(const char* name) override;
-    std::string GetModuleFileName() override { return m_real.GetModuleFileName(); }
+    std::string GetModuleFileName() override {
+        return m_moduleFileName ? *m_moduleFileName : m_real.GetModuleFileName();
+    }
     std::string GetTextLocale() override;
+    std::string GetMessagesLocale() override;
     bool IsDbcsEnabled() override { return m_dbcs ? *m_dbcs : m_real.IsDbcsEnabled(); }
     bool IsMiddleEastEnabled() override {
         return m_middleEast ? *m_middleEast : m_real.IsMiddleEastEnabled();
@@ -115,6 +119,8 @@ public:
     void WriteDiagnostic(const char* text) override { m_diagnostics += std::string(text) + "\n"; }
 
 private:
+    /// The locale that the test's environment sets for a category, else empty.
+    std::string FindLocale(const char* category) const;
     /// The fault that hits this call, if any; counts the call.
     std::optional<Fault> Take(Call call);
     /// Counts the call; the error to fail with, or 0.
@@ -122,7 +128,7 @@ private:
 
     System& m_real;
     std::optional<DWORD> m_tick, m_time, m_memoryLoad, m_processId;
-    std::optional<std::string> m_temporaryFolder;
+    std::optional<std::string> m_temporaryFolder, m_moduleFileName;
     std::optional<bool> m_dbcs, m_middleEast;
     std::optional<SystemVersion> m_version;
     std::map<std::string, std::string> m_environment;

@@ -1,0 +1,47 @@
+// The language of the user interface, and the texts of its resource libraries.
+//
+// A resource library holds a program's texts in one language. It is a PE file beside the program's
+// executable, named by a prefix, a language code and ".dll" (vnurcDEU.dll). A language code has
+// three capital letters, as Windows abbreviates the names of languages: SVE PTG PTB KOR JPN ITS ITA
+// HEB FRS FRC FRB FRA ESN ENU DEU DES DAN CHT ARE. ENU, English, is what everything falls back to.
+//
+// None of these functions throws. They run on the thread of the user interface: LoadResourceDLL and
+// LoadStringA set the process-wide AfxGetResourceHandle, LoadStringA for the time of the call.
+//
+// With VNBYTSTR_TRACE=1 in the environment (looked at when the system seam is installed) each step
+// is told on standard error.
+#pragma once
+
+#include "platform/framework/Export.h"
+#include "platform/framework/String.h"
+#include "platform/framework/Types.h"
+
+/// The language code to use: "UILanguage" under "Options" of the profile (root 3) as it stands
+/// there, without a check; when there is none, the code of the system's locale (LC_ALL,
+/// LC_MESSAGES, LANG), or of the language next to it, or "ENU".
+VNBYTSTR_API CString GetUILanguage();
+
+/// Loads the library of the user interface's language, or else the English one, from the program's
+/// folder and makes it the one that resources come from (AfxGetResourceHandle). Returns null when
+/// there is neither, or when it cannot be loaded. It stays loaded. A null prefix is empty.
+VNBYTSTR_API HINSTANCE LoadResourceDLL(const char* prefix);
+
+/// Loads a string: from the current resource library, else from `module` (unless null or the same),
+/// else from vnurcENU.dll. Returns its length in bytes of the ANSI code page, or 0 with an empty
+/// `text` when none of them has it.
+VNBYTSTR_API int LoadStringA(CString& text, UINT id, HINSTANCE module);
+
+/// What a person calls the language of a code: its name in that language ("Deutsch (Schweiz)"), in
+/// English where the ANSI code page cannot hold that, and the code itself when it is not known. A
+/// null code is empty.
+VNBYTSTR_API CString GetLanguageNameFromCode(const char* code);
+
+/// Whether the current resource library is English; also when none was loaded, since texts then
+/// come from the English one.
+VNBYTSTR_API BOOL ResourcesAreEnglish();
+/// Whether the texts of the current resource library run from right to left: its version
+/// information says so (a FileDescription that begins with two left-to-right marks, U+200E), or
+/// its language is written that way.
+VNBYTSTR_API BOOL ResourcesAreBiDi();
+/// Whether the system's own texts are English: its locale's language is, or it has none ("C").
+VNBYTSTR_API BOOL SystemResourcesAreEnglish();

@@ -1,0 +1,50 @@
+// Where the resource libraries are.
+#pragma once
+
+#include "platform/framework/Exception.h"
+#include "platform/framework/String.h"
+#include "platform/framework/Types.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vnbytstr::detail {
+
+/// The codes a program may be translated to, in the order they are searched in.
+extern const std::vector<std::string_view> kLanguageCodes;
+
+/// The language code that goes with the system's locale and version.
+CString GetDefaultUILanguage();
+/// The code for a system whose abbreviated language name is `name`; `isOld`: it is of the NT family
+/// and at most version 4.
+CString MapLanguage(std::string_view name, bool isOld);
+
+/// Full name of the resource library of that language; empty when there is none.
+CString GetResourceDLLName(const char* language, const char* prefix);
+
+/// A resource library that is installed.
+struct InstalledLanguage {
+    CString code; ///< what stands between the prefix and ".dll"
+    CString name; ///< as GetLanguageNameFromCode gives it
+    CString file; ///< full name
+};
+/// The libraries with that prefix and a three-letter code in the program's folder, by code. For
+/// lists a person chooses from.
+std::vector<InstalledLanguage> ListInstalledLanguages(const char* prefix);
+
+/// The result of `function`, or `otherwise` when it throws: the exported functions of this folder
+/// throw nothing to their callers.
+template <typename Function, typename Result>
+Result WithoutExceptions(Function function, Result otherwise) {
+    try {
+        return function();
+    } catch (CException* error) {
+        error->Delete();
+    } catch (const std::exception&) {
+        return otherwise;
+    }
+    return otherwise;
+}
+
+} // namespace vnbytstr::detail
