@@ -16,7 +16,9 @@ public:
     static constexpr DWORD kBytesPerLine = 16;
 
     explicit HexDump(const Value& value);
-    DWORD GetLineCount() const { return (m_length + (kBytesPerLine - 1ull)) / kBytesPerLine; }
+    DWORD GetLineCount() const {
+        return m_length / kBytesPerLine + (m_length % kBytesPerLine ? 1 : 0);
+    }
     /// Line from 0; "" past the end.
     std::string GetLine(DWORD line) const;
     /// Lines from `first` on, at most `count`, each ended by CR LF.

@@ -1,6 +1,7 @@
 #include "OdbcConnection.h"
 
 #include "Failure.h"
+#include "Messages.h"
 #include "OdbcText.h"
 #include "Process.h"
 
@@ -39,12 +40,12 @@ void OdbcFail(const std::string& what, SQLSMALLINT type, SQLHANDLE handle) {
     CheckInterrupted();
     const std::string words = Diagnose(type, handle);
     throw Failure(kQueryFailed,
-                  what + ": " + (words.empty() ? "the driver gives no reason." : words));
+                  what + ": " + (words.empty() ? Text(IDS_VQ_NO_REASON) : words));
 }
 
 OdbcHandle::OdbcHandle(SQLSMALLINT type, SQLHANDLE parent) : m_type(type) {
     if (!SQL_SUCCEEDED(SQLAllocHandle(type, parent, &m_handle)))
-        throw Failure(kQueryFailed, "ODBC gives no handle. Check the installation of unixODBC.");
+        throw Failure(kQueryFailed, Text(IDS_VQ_NO_HANDLE));
     if (type == SQL_HANDLE_ENV)
         SQLSetEnvAttr(m_handle, SQL_ATTR_ODBC_VERSION, reinterpret_cast<SQLPOINTER>(SQL_OV_ODBC3),
                       0);
@@ -64,7 +65,7 @@ OdbcConnection::OdbcConnection(const std::string& connection, Access access)
     const SQLRETURN result = SQLDriverConnectW(m_handle.Get(), nullptr, text.data(), SQL_NTS,
                                                nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT);
     if (!SQL_SUCCEEDED(result))
-        OdbcFail("cannot connect to the server", SQL_HANDLE_DBC, m_handle.Get());
+        OdbcFail(Text(IDS_VQ_CANNOT_CONNECT), SQL_HANDLE_DBC, m_handle.Get());
 }
 
 OdbcConnection::~OdbcConnection() {
@@ -89,7 +90,7 @@ std::string OdbcConnection::GetNameQuote() const {
 
 void OdbcConnection::EndTransaction(SQLSMALLINT how) {
     if (!SQL_SUCCEEDED(SQLEndTran(SQL_HANDLE_DBC, m_handle.Get(), how)))
-        OdbcFail("cannot end the transaction", SQL_HANDLE_DBC, m_handle.Get());
+        OdbcFail(Text(IDS_VQ_CANNOT_END_TRANSACTION), SQL_HANDLE_DBC, m_handle.Get());
 }
 
 } // namespace vnquery

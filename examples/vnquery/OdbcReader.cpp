@@ -1,6 +1,7 @@
 #include "OdbcReader.h"
 
 #include "Failure.h"
+#include "Messages.h"
 #include "OdbcConnection.h"
 #include "OdbcText.h"
 
@@ -49,7 +50,7 @@ OdbcReader::Piece OdbcReader::ReadPiece(std::size_t column, const std::string& n
         return piece;
     }
     if (!SQL_SUCCEEDED(result))
-        OdbcFail("cannot read the column " + name, SQL_HANDLE_STMT, m_statement);
+        OdbcFail(Text(IDS_VQ_CANNOT_READ_COLUMN, {name}), SQL_HANDLE_STMT, m_statement);
     piece.isNull = indicator == SQL_NULL_DATA;
     const bool isFull = indicator == SQL_NO_TOTAL || static_cast<std::size_t>(indicator) > room;
     piece.isLast = piece.isNull || (result == SQL_SUCCESS ? indicator != SQL_NO_TOTAL : !isFull);
@@ -98,10 +99,8 @@ void OdbcReader::ReadText(std::size_t column, const std::string& name, Value::Ty
             break;
     }
     if (arrived < announced)
-        throw Failure(kQueryFailed, "the server announced " + std::to_string(announced) +
-                                        " bytes for the column " + name +
-                                        " and delivered " + std::to_string(arrived) +
-                                        ". Run the query again.");
+        throw Failure(kQueryFailed, Text(IDS_VQ_SHORT_COLUMN, {std::to_string(announced), name,
+                                                              std::to_string(arrived)}));
     sink.End();
 }
 

@@ -1,6 +1,7 @@
 #include "OdbcSource.h"
 
 #include "Failure.h"
+#include "Messages.h"
 #include "OdbcText.h"
 #include "Process.h"
 #include "SqliteQuery.h"
@@ -48,7 +49,7 @@ OdbcSource::OdbcSource(const std::string& connection, const std::string& sql, So
     });
     const SQLRETURN result = SQLExecDirectW(m_statement->Get(), text.data(), SQL_NTS);
     if (result != SQL_NO_DATA)
-        Check(result, "cannot run the query");
+        Check(result, IDS_VQ_CANNOT_RUN);
     DescribeColumns();
     if (use == SourceUse::Editing)
         PlanEditing(sql);
@@ -67,17 +68,16 @@ void OdbcSource::CancelWhenAsked(const std::stop_token& stop, const std::stop_to
     }
 }
 
-void OdbcSource::Check(SQLRETURN result, const std::string& what) const {
+void OdbcSource::Check(SQLRETURN result, UINT what) const {
     if (!SQL_SUCCEEDED(result))
-        OdbcFail(what, SQL_HANDLE_STMT, m_statement->Get());
+        OdbcFail(Text(what), SQL_HANDLE_STMT, m_statement->Get());
 }
 
 void OdbcSource::DescribeColumns() {
     SQLSMALLINT count = 0;
-    Check(SQLNumResultCols(m_statement->Get(), &count), "cannot read the columns of the result");
+    Check(SQLNumResultCols(m_statement->Get(), &count), IDS_VQ_CANNOT_READ_COLUMNS);
     if (count <= 0)
-        throw Failure(kQueryFailed,
-                      "the statement gives no result. vnquery runs queries; give a SELECT.");
+        throw Failure(kQueryFailed, Text(IDS_VQ_NO_RESULT));
     for (SQLUSMALLINT column = 1; column <= count; ++column) {
         SQLWCHAR name[512] = {};
         SQLSMALLINT length = 0;
@@ -87,7 +87,7 @@ void OdbcSource::DescribeColumns() {
         SQLSMALLINT nullable = SQL_NULLABLE_UNKNOWN;
         Check(SQLDescribeColW(m_statement->Get(), column, name, std::size(name), &length, &type,
                               &size, &digits, &nullable),
-              "cannot read the columns of the result");
+              IDS_VQ_CANNOT_READ_COLUMNS);
         m_names.push_back(FromWide(
             name, std::min<std::size_t>(static_cast<std::size_t>(length), std::size(name) - 1)));
         m_types.push_back(OdbcReader::TypeOf(type));
@@ -182,7 +182,7 @@ bool OdbcSource::Next() {
     const SQLRETURN result = SQLFetch(m_statement->Get());
     if (result == SQL_NO_DATA)
         return false;
-    Check(result, "cannot read the next row");
+    Check(result, IDS_VQ_CANNOT_READ_ROW);
     return true;
 }
 

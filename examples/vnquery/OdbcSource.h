@@ -34,7 +34,8 @@ private:
     std::vector<std::string> FindPrimaryKey(const std::string& catalog) const;
     /// What the watcher does: ODBC waits for the server without looking for signals.
     void CancelWhenAsked(const std::stop_token& stop, const std::stop_token& asked);
-    void Check(SQLRETURN result, const std::string& what) const;
+    /// `what`, a text's id, was tried.
+    void Check(SQLRETURN result, UINT what) const;
 
     std::unique_ptr<OdbcConnection> m_connection;
     std::unique_ptr<OdbcHandle> m_statement;

@@ -1,6 +1,7 @@
 #include "OdbcWriter.h"
 
 #include "Failure.h"
+#include "Messages.h"
 #include "OdbcReader.h"
 #include "OdbcText.h"
 #include "Progress.h"
@@ -66,7 +67,7 @@ void OdbcWriter::Bind(SQLHANDLE statement, std::span<Parameter> parameters,
                 asBinary ? SQL_C_BINARY : SQL_C_WCHAR, static_cast<SQLSMALLINT>(column.sqlType),
                 std::max<SQLULEN>({column.sqlSize, length, 1}),
                 static_cast<SQLSMALLINT>(column.sqlDigits), data, 0, &parameter.indicator)))
-            OdbcFail("cannot pass a value of the column " + column.name, SQL_HANDLE_STMT,
+            OdbcFail(Text(IDS_VQ_CANNOT_PASS, {column.name}), SQL_HANDLE_STMT,
                      statement);
     }
 }
@@ -94,7 +95,7 @@ void OdbcWriter::Execute(SQLHANDLE statement, const std::string& sql, const std:
 
 std::optional<Value> OdbcWriter::Read(const RowKey& key, std::size_t column, Progress& progress) {
     const EditColumn& plan = m_plan.columns[column];
-    const std::string what = "cannot read a value of the column " + plan.name;
+    const std::string what = Text(IDS_VQ_CANNOT_READ_VALUE, {plan.name});
     const std::unique_ptr<OdbcHandle> select = m_connection.NewStatement();
     std::vector<Parameter> parameters;
     for (const Value* value : key.values)
@@ -130,12 +131,11 @@ void OdbcWriter::Update(const RowKey& key, std::size_t column, const NewValue& v
     Execute(update->Get(),
             "UPDATE " + m_table + " SET " + Quote(plan.name) + " = " +
                 (value.isDefault ? plan.defaultSql : "?") + Condition(),
-            "cannot change the column " + plan.name, progress);
+            Text(IDS_VQ_CANNOT_CHANGE, {plan.name}), progress);
     SQLLEN rows = 0;
     if (SQL_SUCCEEDED(SQLRowCount(update->Get(), &rows)) && rows != 1)
-        throw Failure(kQueryFailed, "cannot change the column " + plan.name +
-                                        ": its row is not found in the table any more. Run the "
-                                        "query again.");
+        throw Failure(kQueryFailed, Text(IDS_VQ_CANNOT_CHANGE, {plan.name}) + ": " +
+                                        Text(IDS_VQ_ROW_GONE));
 }
 
 void OdbcWriter::Commit() { m_connection.EndTransaction(SQL_COMMIT); }

@@ -1,6 +1,7 @@
 #include "Process.h"
 
 #include "Failure.h"
+#include "Messages.h"
 
 #include <cerrno>
 #include <csignal>
@@ -81,9 +82,7 @@ void WriteOutput(const std::string& text) {
         if (count >= 0)
             done += static_cast<std::size_t>(count);
         else if (errno != EINTR)
-            throw Failure(kFileFailed, std::string("cannot write the result to standard output: ") +
-                                           std::strerror(errno) +
-                                           ". Nothing but the display is affected.");
+            throw Failure(kFileFailed, Text(IDS_VQ_CANNOT_WRITE_OUTPUT, {std::strerror(errno)}));
     }
 }
 

@@ -1,6 +1,7 @@
 #include "Progress.h"
 
 #include "CellText.h"
+#include "Messages.h"
 #include "Process.h"
 
 #include <cstdio>
@@ -47,8 +48,9 @@ void TerminalProgress::Show() {
         return;
     m_next = now + kInterval;
     m_isShown = true;
-    std::fprintf(stderr, "\r%s: %s rows, %s\x1B[K", m_work.c_str(), GroupDigits(m_rows).c_str(),
-                 FormatSize(m_bytes).c_str());
+    const std::string line =
+        Text(IDS_VQ_PROGRESS, {m_work, GroupDigits(m_rows), FormatSize(m_bytes)});
+    std::fprintf(stderr, "\r%s\x1B[K", line.c_str());
     std::fflush(stderr);
 }
 

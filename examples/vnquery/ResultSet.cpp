@@ -2,6 +2,7 @@
 
 #include "CellText.h"
 #include "Failure.h"
+#include "Messages.h"
 #include "Progress.h"
 
 #include <algorithm>
@@ -28,9 +29,8 @@ void ValueSink::Append(const void* bytes, std::size_t count) {
 
 void ValueSink::End(std::optional<ULONGLONG> announced) {
     if (announced && *announced != m_value.GetLength())
-        throw Failure(kQueryFailed, "the database announced a value of " + GroupDigits(*announced) +
-                                        " bytes and delivered " + GroupDigits(m_value.GetLength()) +
-                                        ". Nothing is kept of it; run the query again.");
+        throw Failure(kQueryFailed, Text(IDS_VQ_SHORT_VALUE, {GroupDigits(*announced),
+                                                             GroupDigits(m_value.GetLength())}));
     m_value.Complete();
 }
 
@@ -64,8 +64,8 @@ bool RowReader::ReadRow(ResultSet& result) {
             ReleaseMemory(result.m_values.back());
         }
     } catch (CException* error) {
-        throw Failure(kFileFailed, "cannot keep " + CellName(m_row, column) +
-                                       " of the result: " + TakeMessage(error));
+        throw Failure(kFileFailed, Text(IDS_VQ_CANNOT_KEEP, {CellName(m_row, column)}) + ": " +
+                                       TakeMessage(error));
     }
     if (!m_source.GetEditPlan().rowIdName.empty())
         result.m_rowIds.push_back(m_source.GetRowId());
@@ -87,7 +87,7 @@ void RowReader::ReleaseMemory(const Value& value) {
 }
 
 std::string CellName(std::size_t row, std::size_t column) {
-    return "row " + std::to_string(row + 1) + ", column " + std::to_string(column + 1);
+    return Text(IDS_VQ_CELL, {std::to_string(row + 1), std::to_string(column + 1)});
 }
 
 } // namespace vnquery

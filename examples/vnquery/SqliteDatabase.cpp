@@ -1,6 +1,7 @@
 #include "SqliteDatabase.h"
 
 #include "Failure.h"
+#include "Messages.h"
 #include "Process.h"
 
 #include <algorithm>
@@ -44,19 +45,18 @@ std::string_view SqliteColumnText(sqlite3_stmt* statement, int column) {
 SqliteDatabase::SqliteDatabase(const std::string& file, Access access) : m_file(file) {
     std::error_code error;
     if (!std::filesystem::exists(file, error))
-        throw Failure(kQueryFailed, "cannot open the database " + file +
-                                        ": there is no such file. Check the name given to --db.");
+        throw Failure(kQueryFailed, Text(IDS_VQ_NO_DATABASE_FILE, {file}));
     sqlite3* database = nullptr;
     const int mode = access == Access::Read ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
     const int result = sqlite3_open_v2(file.c_str(), &database, mode, nullptr);
     m_database.reset(database);
     if (result != SQLITE_OK)
-        Fail("cannot open the database " + file);
+        Fail(Text(IDS_VQ_CANNOT_OPEN, {file}));
     sqlite3_busy_timeout(database, kWaitForLock);
     sqlite3_progress_handler(database, kInstructionsPerLook, StopWhenAsked, nullptr);
     const Statement encoding = Prepare("PRAGMA encoding");
     if (sqlite3_step(encoding.get()) != SQLITE_ROW)
-        Fail("cannot read the database " + file);
+        Fail(Text(IDS_VQ_CANNOT_READ_DATABASE, {file}));
     m_isTextUtf8 = SqliteColumnText(encoding.get(), 0) == "UTF-8";
 }
 
@@ -73,16 +73,16 @@ SqliteDatabase::Statement SqliteDatabase::Prepare(const std::string& sql, const 
     if (rest)
         *rest = sql.c_str() + (tail ? tail - sql.c_str() : 0);
     if (result == SQLITE_NOTADB)
-        throw Failure(kQueryFailed, m_file + " is no SQLite database, or it is encrypted.");
+        throw Failure(kQueryFailed, Text(IDS_VQ_NOT_A_DATABASE, {m_file}));
     if (result != SQLITE_OK)
-        Fail("cannot run the query on " + m_file);
+        Fail(Text(IDS_VQ_CANNOT_RUN_ON, {m_file}));
     return Statement(statement);
 }
 
 bool SqliteDatabase::Step(sqlite3_stmt* statement, const std::string& what) const {
     const int result = sqlite3_step(statement);
     if (result == SQLITE_NOTADB)
-        throw Failure(kQueryFailed, m_file + " is no SQLite database, or it is encrypted.");
+        throw Failure(kQueryFailed, Text(IDS_VQ_NOT_A_DATABASE, {m_file}));
     if (result != SQLITE_ROW && result != SQLITE_DONE)
         Fail(what);
     return result == SQLITE_ROW;
@@ -115,8 +115,7 @@ void SqliteDatabase::ReadWhole(sqlite3_stmt* statement, int column, ValueSink& s
     const auto length = static_cast<std::size_t>(sqlite3_column_bytes(statement, column));
     if (!bytes && sqlite3_errcode(m_database.get()) == SQLITE_NOMEM)
         throw Failure(kQueryFailed,
-                      "SQLite has no memory for a value in one piece. Select the column "
-                      "from its table alone, without joins: then it comes in pieces.");
+                      Text(IDS_VQ_VALUE_TOO_LONG));
     if (bytes)
         sink.Append(bytes, length);
     sink.End(length);
@@ -129,7 +128,7 @@ void SqliteDatabase::ReadPieces(sqlite3_blob* blob, const std::string& column,
     for (int done = 0; done < length;) {
         const int count = std::min(length - done, static_cast<int>(kPieceSize));
         if (sqlite3_blob_read(blob, piece, count, done) != SQLITE_OK)
-            Fail("cannot read a value of the column " + column);
+            Fail(Text(IDS_VQ_CANNOT_READ_VALUE, {column}));
         sink.Append(piece, static_cast<std::size_t>(count));
         done += count;
     }

@@ -1,6 +1,7 @@
 #include "SqliteSource.h"
 
 #include "Failure.h"
+#include "Messages.h"
 #include "Process.h"
 #include "SqliteQuery.h"
 
@@ -24,16 +25,14 @@ SqliteSource::SqliteSource(const std::string& file, const std::string& sql, Sour
     const char* rest = nullptr;
     m_statement = m_database.Prepare(sql, &rest);
     if (!m_statement)
-        throw Failure(kQueryFailed, "the text of --sql holds no query. Give one, such as --sql "
-                                    "\"select * from sqlite_schema\".");
+        throw Failure(kQueryFailed, Text(IDS_VQ_NO_QUERY));
     if (Statement second = m_database.Prepare(rest))
         throw Failure(kQueryFailed,
-                      "the text of --sql holds more than one statement. Give one query.");
+                      Text(IDS_VQ_MORE_STATEMENTS));
     const int count = sqlite3_column_count(m_statement.get());
     if (count == 0)
         throw Failure(kQueryFailed,
-                      "the statement gives no result. vnquery runs queries and changes "
-                      "nothing; give a SELECT.");
+                      Text(IDS_VQ_NO_RESULT));
     for (int i = 0; i < count; ++i) {
         m_names.emplace_back(sqlite3_column_name(m_statement.get(), i));
         const char* type = sqlite3_column_decltype(m_statement.get(), i);
@@ -273,7 +272,7 @@ bool SqliteSource::SeekBlob(ColumnPlan& plan, long long row) {
         return true;
     plan.blob.reset();
     if (result != SQLITE_ERROR)
-        m_database.Fail("cannot read a value of the column " + plan.name);
+        m_database.Fail(Text(IDS_VQ_CANNOT_READ_VALUE, {plan.name}));
     return false;
 }
 
@@ -284,7 +283,7 @@ void SqliteSource::ReadInPieces(ColumnPlan& plan, ValueSink& sink) {
         sqlite3_reset(m_details.get());
         sqlite3_bind_int64(m_details.get(), 1, CurrentRow());
         if (sqlite3_step(m_details.get()) != SQLITE_ROW)
-            m_database.Fail("cannot read a row of the table " + m_table);
+            m_database.Fail(Text(IDS_VQ_CANNOT_READ_TABLE_ROW, {m_table}));
         m_hasDetails = true;
     }
     const std::string_view type = SqliteColumnText(m_details.get(), plan.index);
@@ -307,7 +306,7 @@ void SqliteSource::ReadFromTable(ColumnPlan& plan, ValueSink& sink) {
                              "." + QuoteName(m_table) + " WHERE " + m_rowId + " = ?");
     sqlite3_bind_int64(plan.whole.get(), 1, CurrentRow());
     if (sqlite3_step(plan.whole.get()) != SQLITE_ROW)
-        m_database.Fail("cannot read a value of the column " + plan.name);
+        m_database.Fail(Text(IDS_VQ_CANNOT_READ_VALUE, {plan.name}));
     m_database.ReadWhole(plan.whole.get(), 0, sink);
     sqlite3_reset(plan.whole.get());
 }
@@ -318,7 +317,7 @@ bool SqliteSource::Next() {
     CheckInterrupted();
     m_hasDetails = false;
     return m_database.Step(m_statement.get(),
-                           "the query on " + m_database.GetFile() + " failed");
+                           Text(IDS_VQ_QUERY_FAILED, {m_database.GetFile()}));
 }
 
 void SqliteSource::Read(std::size_t column, ValueSink& sink) {

@@ -1,6 +1,7 @@
 #include "SqliteWriter.h"
 
 #include "Failure.h"
+#include "Messages.h"
 #include "Progress.h"
 #include "SqliteQuery.h"
 
@@ -56,8 +57,8 @@ void Bind(sqlite3_stmt* statement, int index, const Value& value) {
 SqliteWriter::SqliteWriter(const std::string& file, const EditPlan& plan)
     : m_database(file, SqliteDatabase::Access::Write), m_plan(plan),
       m_table(QuoteName(plan.schema) + "." + QuoteName(plan.table)) {
-    m_database.Run("PRAGMA foreign_keys = ON", "cannot prepare the transaction");
-    m_database.Run("BEGIN IMMEDIATE", "cannot begin a transaction on " + file);
+    m_database.Run("PRAGMA foreign_keys = ON", Text(IDS_VQ_CANNOT_PREPARE_TRANSACTION));
+    m_database.Run("BEGIN IMMEDIATE", Text(IDS_VQ_CANNOT_BEGIN, {file}));
     m_isOpen = true;
 }
 
@@ -94,7 +95,7 @@ std::optional<Value> SqliteWriter::Read(const RowKey& key, std::size_t column,
     const auto select = m_database.Prepare("SELECT " + QuoteName(name) + " FROM " + m_table +
                                            Condition());
     BindKey(select.get(), key, 1);
-    if (!m_database.Step(select.get(), "cannot read a value of the column " + name))
+    if (!m_database.Step(select.get(), Text(IDS_VQ_CANNOT_READ_VALUE, {name})))
         return {};
     Value value;
     ValueSink sink(value, progress);
@@ -110,11 +111,9 @@ void SqliteWriter::UpdateOnce(const std::string& expression, const RowKey& key,
     if (value)
         Bind(update.get(), 1, *value);
     BindKey(update.get(), key, value ? 2 : 1);
-    m_database.Step(update.get(), "cannot change the column " + name);
+    m_database.Step(update.get(), Text(IDS_VQ_CANNOT_CHANGE, {name}));
     if (sqlite3_changes(m_database.Get()) != 1)
-        throw Failure(kQueryFailed, "cannot change the column " + name +
-                                        ": its row is not found in the table any more. Run the "
-                                        "query again.");
+        throw Failure(kQueryFailed, Text(IDS_VQ_CANNOT_CHANGE, {name}) + ": " + Text(IDS_VQ_ROW_GONE));
 }
 
 void SqliteWriter::Update(const RowKey& key, std::size_t column, const NewValue& value,
@@ -141,19 +140,19 @@ void SqliteWriter::WritePieces(const RowKey& key, std::size_t column, const Valu
                           name.c_str(), *key.rowId, 1, &opened);
     const SqliteDatabase::Blob blob(opened);
     if (result != SQLITE_OK)
-        m_database.Fail("cannot change the column " + name);
+        m_database.Fail(Text(IDS_VQ_CANNOT_CHANGE, {name}));
     int done = 0;
     value.ForEachPiece([&](std::span<const BYTE> piece) {
         const int count = static_cast<int>(piece.size());
         if (sqlite3_blob_write(blob.get(), piece.data(), count, done) != SQLITE_OK)
-            m_database.Fail("cannot change the column " + name);
+            m_database.Fail(Text(IDS_VQ_CANNOT_CHANGE, {name}));
         done += count;
         progress.AddBytes(piece.size());
     });
 }
 
 void SqliteWriter::Commit() {
-    m_database.Run("COMMIT", "cannot commit the transaction");
+    m_database.Run("COMMIT", Text(IDS_VQ_CANNOT_COMMIT));
     m_isOpen = false;
 }
 

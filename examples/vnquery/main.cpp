@@ -3,6 +3,7 @@
 
 #include "DesFile.h"
 #include "Failure.h"
+#include "Messages.h"
 #include "OdbcSource.h"
 #include "Options.h"
 #include "Process.h"
@@ -31,25 +32,24 @@ std::unique_ptr<RowSource> OpenSource(const Options& options) {
 ResultSet RunQuery(const Options& options) {
     const std::unique_ptr<RowSource> source = OpenSource(options);
     ResultSet result(source->GetColumns());
-    TerminalProgress progress("Reading");
+    TerminalProgress progress(Text(IDS_VQ_READING));
     result.Fetch(*source, progress);
     return result;
 }
 
 void Export(const ResultSet& result, const Options& options) {
     const std::string& name = options.exportFile;
-    WithMessage("cannot write the export " + name, [&] {
+    WithMessage(Text(IDS_VQ_CANNOT_WRITE_EXPORT, {name}), [&] {
         TargetFile file(name);
         Exporter exporter(file, options.exportFormat);
         {
-            TerminalProgress progress("Exporting");
+            TerminalProgress progress(Text(IDS_VQ_EXPORTING));
             exporter.WriteResult(result, progress);
         }
         file.Commit();
         ReportLosses(name, exporter.GetLosses());
-        std::fprintf(stderr, "Exported %s rows, %s bytes, to %s\n",
-                     GroupDigits(result.GetRowCount()).c_str(),
-                     GroupDigits(file.GetWritten()).c_str(), name.c_str());
+        std::fprintf(stderr, "%s\n",
+                     DescribeExport(result.GetRowCount(), file.GetWritten(), name).c_str());
     });
 }
 
@@ -101,14 +101,14 @@ int main(int argc, char** argv) {
             Run(*options);
         return kOk;
     } catch (const Interrupted&) {
-        return Complain(kInterrupted, "stopped; nothing is left half done."),
+        return Complain(kInterrupted, Text(IDS_VQ_STOPPED)),
                128 + InterruptingSignal();
     } catch (const Failure& failure) {
         return Complain(failure.Code(), failure.what());
     } catch (CException* error) {
         return Complain(kFileFailed, TakeMessage(error));
     } catch (const std::bad_alloc&) {
-        return Complain(kFileFailed, "memory ran out. Ask for fewer rows, or for fewer columns.");
+        return Complain(kFileFailed, Text(IDS_VQ_NO_MEMORY));
     } catch (const std::exception& error) {
         return Complain(kFileFailed, error.what());
     }
