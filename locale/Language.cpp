@@ -3,6 +3,7 @@
 #include "locale/ResourceFiles.h"
 #include "locale/Trace.h"
 #include "platform/companion/Profile.h"
+#include "platform/framework/Exception.h"
 #include "platform/framework/Module.h"
 #include "platform/system/LanguageNames.h"
 #include "platform/system/ResourceLibrary.h"

@@ -1,7 +1,6 @@
 // Where the resource libraries are.
 #pragma once
 
-#include "platform/framework/Exception.h"
 #include "platform/framework/String.h"
 #include "platform/framework/Types.h"
 
@@ -32,19 +31,5 @@ struct InstalledLanguage {
 /// The libraries with that prefix and a three-letter code in the program's folder, by code. For
 /// lists a person chooses from.
 std::vector<InstalledLanguage> ListInstalledLanguages(const char* prefix);
-
-/// The result of `function`, or `otherwise` when it throws: the exported functions of this folder
-/// throw nothing to their callers.
-template <typename Function, typename Result>
-Result WithoutExceptions(Function function, Result otherwise) {
-    try {
-        return function();
-    } catch (CException* error) {
-        error->Delete();
-    } catch (const std::exception&) {
-        return otherwise;
-    }
-    return otherwise;
-}
 
 } // namespace vnbytstr::detail

@@ -8,6 +8,7 @@
 #include "Object.h"
 #include "String.h"
 
+#include <exception>
 #include <new>
 #include <stdexcept>
 #include <utility>
@@ -141,6 +142,20 @@ decltype(auto) WithMemoryException(Function&& function) {
     } catch (const std::length_error&) {
         AfxThrowMemoryException();
     }
+}
+
+/// The result of `function`, or `otherwise` when it throws. For functions that throw nothing to
+/// their callers.
+template <class Function, class Result>
+Result WithoutExceptions(Function&& function, Result otherwise) {
+    try {
+        return std::forward<Function>(function)();
+    } catch (CException* error) {
+        error->Delete();
+    } catch (const std::exception&) {
+        return otherwise;
+    }
+    return otherwise;
 }
 
 } // namespace vnbytstr::detail

@@ -46,6 +46,7 @@ public:
     bool IsDbcsEnabled() override;
     bool IsMiddleEastEnabled() override;
     SystemVersion GetVersion() override;
+    std::string MatchFontFamily(const std::string& family) override;
     void WriteDiagnostic(const char* text) override;
 
 private:

@@ -153,6 +153,10 @@ public:
     /// The version whose behaviour programs may count on: the NT family's 10.0 on POSIX machines,
     /// where all that depends on a version is there.
     virtual SystemVersion GetVersion() = 0;
+    /// The family of fonts to use for the one of that name: itself (as it is spelled) when it is
+    /// installed, else the nearest that is, one of fixed width rather than not. Empty when the
+    /// system does not know. Names are UTF-8.
+    virtual std::string MatchFontFamily(const std::string& family) = 0;
     /// Writes a line for the person at the terminal to standard error.
     virtual void WriteDiagnostic(const char* text) = 0;
 

@@ -60,6 +60,8 @@ public:
     void SetProcessId(DWORD id) { m_processId = id; }
     void SetDbcsEnabled(bool enabled) { m_dbcs = enabled; }
     void SetMiddleEastEnabled(bool enabled) { m_middleEast = enabled; }
+    /// What MatchFontFamily answers.
+    void SetFontFamily(const std::string& family) { m_fontFamily = family; }
     void SetVersion(SystemVersion version) { m_version = version; }
 
     /// Sets the one fault, counting from now; none takes it away.
@@ -116,6 +118,9 @@ public:
         return m_middleEast ? *m_middleEast : m_real.IsMiddleEastEnabled();
     }
     SystemVersion GetVersion() override { return m_version ? *m_version : m_real.GetVersion(); }
+    std::string MatchFontFamily(const std::string& family) override {
+        return m_fontFamily ? *m_fontFamily : m_real.MatchFontFamily(family);
+    }
     void WriteDiagnostic(const char* text) override { m_diagnostics += std::string(text) + "\n"; }
 
 private:
@@ -128,7 +133,7 @@ private:
 
     System& m_real;
     std::optional<DWORD> m_tick, m_time, m_memoryLoad, m_processId;
-    std::optional<std::string> m_temporaryFolder, m_moduleFileName;
+    std::optional<std::string> m_temporaryFolder, m_moduleFileName, m_fontFamily;
     std::optional<bool> m_dbcs, m_middleEast;
     std::optional<SystemVersion> m_version;
     std::map<std::string, std::string> m_environment;

@@ -1,0 +1,16 @@
+// What was wrong with an XML document.
+#pragma once
+
+#include "platform/framework/String.h"
+#include "platform/framework/Types.h"
+
+/// The report that ended a parse.
+struct SXMLParseError {
+    enum Severity : int { kNone = 0, kWarning = 1, kError = 2, kFatal = 3 };
+
+    Severity m_severity = kNone;
+    CString m_strPlace;     ///< name of the file, "prodInfo" for a text
+    ULONGLONG m_lineNo = 0; ///< from 1; 0 when there is no place to name
+    ULONGLONG m_charNo = 0; ///< column, from 1
+    CString m_strMessage;
+};

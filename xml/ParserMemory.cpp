@@ -1,0 +1,179 @@
+// Invariants of ParserMemory:
+//   1. Every block begins with a header that names its region, null for one from malloc.
+//   2. A region's blocks fill it without gaps from its beginning to m_used.
+//   3. A region's m_live counts its blocks that are in use; with none, m_used is 0 and no block is
+//      listed as free.
+//   4. At most kKeptRegions regions have none in use.
+#include "xml/ParserMemoryInternal.h"
+
+#include "platform/system/MemoryRegion.h"
+
+#include <xercesc/util/OutOfMemoryException.hpp>
+#include <xercesc/util/PlatformUtils.hpp>
+
+#include <algorithm>
+#include <array>
+#include <cassert>
+#include <cstdint>
+#include <cstdlib>
+#include <new>
+
+namespace vnbytstr::detail {
+
+namespace {
+
+constexpr std::size_t kPage = 4096;
+constexpr std::size_t kSmallest = 8192; // less comes from malloc
+constexpr std::size_t kMostPages = 64;  // more comes from malloc, too
+constexpr std::size_t kRegionSize = 8u << 20;
+constexpr std::size_t kKeptRegions = 2;
+
+} // namespace
+
+struct alignas(16) ParserMemory::Header {
+    Region* region;      // null: from malloc
+    std::uint32_t pages; // of a region
+
+    void* Block() { return this + 1; }
+    static Header* Of(void* block) { return static_cast<Header*>(block) - 1; }
+    /// Of a free block: the next one of its size.
+    Header*& Next() { return *static_cast<Header**>(Block()); }
+};
+
+struct ParserMemory::Region {
+    explicit Region(char* memory) : m_memory(memory) {}
+    ~Region() { FreeRegion(m_memory, kRegionSize); }
+    Region(const Region&) = delete;
+    Region& operator=(const Region&) = delete;
+
+    /// Null when there is no room.
+    Header* Take(std::size_t pages) noexcept {
+        Header* header = m_free[pages];
+        if (header != nullptr) {
+            m_free[pages] = header->Next();
+        } else {
+            if (kRegionSize - m_used < pages * kPage)
+                return nullptr;
+            header = reinterpret_cast<Header*>(m_memory + m_used);
+            *header = {this, static_cast<std::uint32_t>(pages)};
+            m_used += pages * kPage;
+        }
+        ++m_live;
+        return header;
+    }
+
+    char* m_memory;
+    std::size_t m_used = 0;
+    std::size_t m_live = 0;
+    std::array<Header*, kMostPages + 1> m_free{}; // by pages
+};
+
+ParserMemory::ParserMemory() = default;
+
+ParserMemory::~ParserMemory() = default;
+
+ParserMemory& ParserMemory::Process() {
+    static ParserMemory* const memory = new ParserMemory;
+    return *memory;
+}
+
+void* ParserMemory::allocate(XMLSize_t size) {
+    if (size > SIZE_MAX - sizeof(Header) - kPage)
+        throw xercesc::OutOfMemoryException();
+    const std::size_t whole = size + sizeof(Header);
+    const std::size_t pages = (whole + kPage - 1) / kPage;
+    Header* header = nullptr;
+    if (whole >= kSmallest && pages <= kMostPages)
+        header = AllocateFromRegions(pages);
+    if (header == nullptr) {
+        header = static_cast<Header*>(std::malloc(whole));
+        if (header == nullptr)
+            throw xercesc::OutOfMemoryException();
+        *header = {nullptr, 0};
+    }
+    return header->Block();
+}
+
+/// Null when the system gives no region.
+ParserMemory::Header* ParserMemory::AllocateFromRegions(std::size_t pages) {
+    const std::lock_guard lock(m_mutex);
+    for (auto region = m_regions.rbegin(); region != m_regions.rend(); ++region) {
+        if (Header* header = (*region)->Take(pages))
+            return header;
+    }
+    auto* const memory = static_cast<char*>(AllocateRegion(kRegionSize));
+    if (memory == nullptr)
+        return nullptr;
+    try {
+        m_regions.reserve(m_regions.size() + 1);
+        m_regions.push_back(std::make_unique<Region>(memory));
+    } catch (const std::bad_alloc&) {
+        FreeRegion(memory, kRegionSize);
+        return nullptr;
+    }
+    Check();
+    return m_regions.back()->Take(pages);
+}
+
+void ParserMemory::deallocate(void* block) {
+    if (block == nullptr)
+        return;
+    Header* const header = Header::Of(block);
+    Region* const region = header->region;
+    if (region == nullptr) {
+        std::free(header);
+        return;
+    }
+    const std::lock_guard lock(m_mutex);
+    header->Next() = region->m_free[header->pages];
+    region->m_free[header->pages] = header;
+    if (--region->m_live == 0)
+        Empty(*region);
+}
+
+void ParserMemory::Empty(Region& region) noexcept {
+    region.m_used = 0;
+    region.m_free.fill(nullptr);
+    const auto isEmpty = [](const auto& each) { return each->m_live == 0; };
+    if (static_cast<std::size_t>(std::count_if(m_regions.begin(), m_regions.end(), isEmpty)) >
+        kKeptRegions)
+        m_regions.erase(std::find_if(m_regions.begin(), m_regions.end(),
+                                     [&](const auto& each) { return each.get() == &region; }));
+    Check();
+}
+
+void ParserMemory::Trim() noexcept {
+    const std::lock_guard lock(m_mutex);
+    std::erase_if(m_regions, [](const auto& region) { return region->m_live == 0; });
+}
+
+xercesc::MemoryManager* ParserMemory::getExceptionMemoryManager() {
+    return xercesc::XMLPlatformUtils::fgMemoryManager;
+}
+
+std::size_t ParserMemory::RegionBytes() const {
+    const std::lock_guard lock(m_mutex);
+    return m_regions.size() * kRegionSize;
+}
+
+std::size_t ParserMemory::LiveBlocks() const {
+    const std::lock_guard lock(m_mutex);
+    std::size_t live = 0;
+    for (const auto& region : m_regions)
+        live += region->m_live;
+    return live;
+}
+
+void ParserMemory::Check() const noexcept {
+#ifndef NDEBUG
+    std::size_t empty = 0;
+    for (const auto& region : m_regions) {
+        assert(region->m_used <= kRegionSize);
+        assert(region->m_live > 0 || region->m_used == 0);
+        empty += region->m_live == 0;
+    }
+    assert(empty <= kKeptRegions + 1); // one has just been added and is about to be used
+#endif
+}
+
+} // namespace vnbytstr::detail

@@ -1,0 +1,12 @@
+// Beginning and ending the parser platform.
+#pragma once
+
+namespace vnbytstr::detail {
+
+/// Initialises the parser platform, or counts one more use of it: the parser itself counts how
+/// often it was initialised, by an application, too. False when it cannot be had.
+bool BeginParserPlatform(const char* messageFolder = nullptr) noexcept;
+/// Ends one use.
+void EndParserPlatform() noexcept;
+
+} // namespace vnbytstr::detail

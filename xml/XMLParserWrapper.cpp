@@ -1,0 +1,3 @@
+#include "vnbytstr/XMLParserWrapper.h"
+
+CXMLParserWrapper::~CXMLParserWrapper() = default;

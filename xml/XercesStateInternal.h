@@ -1,0 +1,51 @@
+// What a wrapper keeps beside its document, and what its operations share.
+#pragma once
+
+#include "xml/ChildListsInternal.h"
+#include "xml/XercesTextInternal.h"
+
+#include "platform/framework/Exception.h"
+#include "vnbytstr/XercesWrapper.h"
+
+#include <xercesc/dom/DOMDocument.hpp>
+
+namespace vnbytstr::detail {
+
+class XercesState {
+public:
+    NameCache names;
+    ChildLists lists;
+};
+
+inline xercesc::DOMDocument* DocumentOf(void* document) noexcept {
+    return static_cast<xercesc::DOMDocument*>(document);
+}
+
+/// What `operation` returns; false when it throws, whatever that is.
+template <class Operation>
+bool Attempt(Operation&& operation) noexcept {
+    try {
+        return operation();
+    } catch (CException* error) {
+        error->Delete();
+        return false;
+    } catch (...) { // the parser throws objects of several families
+        return false;
+    }
+}
+
+} // namespace vnbytstr::detail
+
+/// Stands around each change of the document that the wrapper makes.
+class CXercesWrapper::Mutation {
+public:
+    explicit Mutation(CXercesWrapper& wrapper) : m_lists(wrapper.m_state->lists) {
+        m_lists.BeginChange();
+    }
+    ~Mutation() { m_lists.EndChange(); }
+    Mutation(const Mutation&) = delete;
+    Mutation& operator=(const Mutation&) = delete;
+
+private:
+    vnbytstr::detail::ChildLists& m_lists;
+};

@@ -1,0 +1,242 @@
+// Life, loading and freeing of a document.
+//
+// Invariants of CXercesWrapper:
+//   1. m_initialized says whether this object is counted in m_iInstanceCounter.
+//   2. Without m_initialized there is no document, implementation or builder.
+//   3. A document of origin kCreated is the wrapper's own; one of origin kLoaded is the builder's,
+//      which then exists; with origin kNone there is none.
+//   4. m_state's lists are those of the open document, and none when none is open.
+#include "vnbytstr/XercesWrapper.h"
+
+#include "vnbytstr/XercesErrorHandler.h"
+#include "xml/DocumentParserInternal.h"
+#include "xml/FileInputInternal.h"
+#include "xml/ParserMemoryInternal.h"
+#include "xml/ParserPlatformInternal.h"
+#include "xml/XercesStateInternal.h"
+
+#include "platform/system/CodePage.h"
+
+#include <xercesc/dom/DOMException.hpp>
+#include <xercesc/dom/DOMImplementation.hpp>
+#include <xercesc/dom/DOMImplementationRegistry.hpp>
+#include <xercesc/framework/MemBufInputSource.hpp>
+#include <xercesc/framework/Wrapper4InputSource.hpp>
+#include <xercesc/util/OutOfMemoryException.hpp>
+#include <xercesc/util/XMLException.hpp>
+#include <xercesc/util/XMLUni.hpp>
+
+#include <cassert>
+#include <mutex>
+#include <string>
+#include <string_view>
+
+using namespace vnbytstr::detail;
+using vnbytstr::CodePage;
+
+int CXercesWrapper::m_iInstanceCounter = 0;
+
+namespace {
+
+std::mutex& CounterMutex() {
+    static std::mutex mutex;
+    return mutex;
+}
+
+/// Whether a text says itself what encoding it is in: by a mark, or in its XML declaration.
+bool NamesEncoding(std::string_view text) {
+    if (text.starts_with("\xEF\xBB\xBF") || text.starts_with("\xFE\xFF") ||
+        text.starts_with("\xFF\xFE"))
+        return true;
+    if (!text.starts_with("<?xml"))
+        return false;
+    return text.substr(0, text.find("?>")).find("encoding") != std::string_view::npos;
+}
+
+/// The bytes of a text without a declared encoding in UTF-8. What is valid in that already stays.
+std::string InUtf8(std::string_view text) {
+    const CodePage* const utf8 = CodePage::Find(65001);
+    std::string same = utf8->FromWide(utf8->ToWide(text));
+    return same == text ? same : utf8->FromWide(CodePage::Ansi().ToWide(text));
+}
+
+} // namespace
+
+CXercesWrapper::CXercesWrapper() {
+    const std::lock_guard lock(CounterMutex());
+    m_initialized = Attempt([&] {
+        m_state = std::make_unique<XercesState>();
+        return m_iInstanceCounter > 0 || BeginParserPlatform();
+    });
+    if (m_initialized)
+        ++m_iInstanceCounter;
+}
+
+CXercesWrapper::~CXercesWrapper() {
+    if (!m_initialized)
+        return;
+    CXercesWrapper::Free();
+    DropBuilder();
+    const std::lock_guard lock(CounterMutex());
+    if (--m_iInstanceCounter == 0)
+        EndParserPlatform();
+}
+
+bool XMLMessagesInitialize(const CString& folder) {
+    const std::lock_guard lock(CounterMutex());
+    return BeginParserPlatform(folder);
+}
+
+bool CXercesWrapper::FindImplementation() {
+    if (m_implementation == nullptr)
+        m_implementation = xercesc::DOMImplementationRegistry::getDOMImplementation(u"LS");
+    return m_implementation != nullptr;
+}
+
+xercesc::DOMLSParser* CXercesWrapper::GetDOMBuilder() {
+    if (m_builder == nullptr && m_initialized)
+        Attempt([&] {
+            xercesc::MemoryManager& memory = ParserMemory::Process();
+            m_builder = new (&memory) DocumentParser(&memory);
+            return true;
+        });
+    return m_builder;
+}
+
+bool CXercesWrapper::DropBuilder() noexcept {
+    if (m_builder == nullptr)
+        return false;
+    return Attempt([&] {
+        xercesc::DOMLSParser* const builder = m_builder;
+        m_builder = nullptr;
+        builder->release();
+        return true;
+    });
+}
+
+bool CXercesWrapper::Create(const char* rootName) {
+    if (!m_initialized)
+        return false;
+    return Attempt([&] {
+        Free();
+        if (!FindImplementation())
+            return false;
+        if (rootName == nullptr)
+            return true;
+        xercesc::DOMDocument* document = m_implementation->createDocument(&ParserMemory::Process());
+        const bool isMade = Attempt([&] {
+            document->appendChild(document->createElement(m_state->names.Wide(rootName)));
+            return true;
+        });
+        if (!isMade) {
+            document->release();
+            return false;
+        }
+        m_document = document;
+        m_origin = kCreated;
+        m_state->lists.Reset(document);
+        Check();
+        return true;
+    });
+}
+
+void CXercesWrapper::Free() {
+    if (m_document == nullptr)
+        return;
+    m_state->lists.Reset(nullptr);
+    xercesc::DOMDocument* const document = DocumentOf(m_document);
+    m_document = nullptr;
+    // Not by release(): it visits every node to notify users of it that there cannot be here, and
+    // descends as deep as the document is.
+    if (m_origin == kCreated)
+        delete document;
+    Check();
+}
+
+bool CXercesWrapper::LoadFile(const char* path) {
+    if (!m_initialized)
+        return false;
+    return Attempt([&] {
+        FileInput source(path != nullptr ? FileNameOf(path) : std::string(),
+                         &ParserMemory::Process());
+        const bool isLoaded = Parse(source);
+        if (!isLoaded || !source.HasFailed())
+            return isLoaded;
+        Free();
+        Fail(path, "The file could not be read to its end");
+        return false;
+    });
+}
+
+bool CXercesWrapper::LoadXML(const CString& text) {
+    if (!m_initialized)
+        return false;
+    return Attempt([&] {
+        std::string_view bytes(static_cast<const char*>(text)); // up to the first NUL
+        std::string converted;
+        if (!NamesEncoding(bytes)) {
+            converted = InUtf8(bytes);
+            bytes = converted;
+        }
+        xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(bytes.data()),
+                                          bytes.size(), "prodInfo", false,
+                                          &ParserMemory::Process());
+        return Parse(source);
+    });
+}
+
+/// Parses `source` into the open document.
+template <class Source>
+bool CXercesWrapper::Parse(Source& source) {
+    xercesc::DOMLSParser* const builder = GetDOMBuilder();
+    Free();
+    m_origin = kLoaded;
+    m_lastError = {};
+    if (builder == nullptr) {
+        Fail("", "The parser could not be made");
+        return false;
+    }
+    CXercesErrorHandler handler;
+    builder->getDomConfig()->setParameter(xercesc::XMLUni::fgDOMErrorHandler,
+                                          static_cast<const void*>(&handler));
+    builder->resetDocumentPool();
+    xercesc::DOMDocument* document = nullptr;
+    const bool isParsed = Attempt([&] {
+        xercesc::Wrapper4InputSource input(&source, false, &ParserMemory::Process());
+        document = builder->parse(&input);
+        return true;
+    });
+    if (!isParsed) { // it may be in the middle of something, for example without memory
+        m_lastError = handler.getLastError();
+        if (!handler.getSawErrors())
+            Fail("", "The parser gave up; memory may be short");
+        DropBuilder();
+        return false;
+    }
+    builder->getDomConfig()->setParameter(xercesc::XMLUni::fgDOMErrorHandler,
+                                          static_cast<const void*>(nullptr));
+    if (handler.getSawErrors() || document == nullptr ||
+        document->getDocumentElement() == nullptr) {
+        m_lastError = handler.getLastError();
+        if (!handler.getSawErrors())
+            Fail("", "The parser gave no document");
+        builder->resetDocumentPool();
+        return false;
+    }
+    m_document = document;
+    m_state->lists.Reset(document);
+    Check();
+    return true;
+}
+
+/// A failure that the parser did not report.
+void CXercesWrapper::Fail(const char* place, const CString& message) {
+    m_lastError = {SXMLParseError::kFatal, place, 0, 0, message};
+}
+
+void CXercesWrapper::Check() const noexcept {
+    assert(m_initialized || (m_document == nullptr && m_builder == nullptr));
+    assert(m_document == nullptr || m_origin != kNone);
+    assert(m_document == nullptr || m_origin != kLoaded || m_builder != nullptr);
+    assert(!m_initialized || m_state != nullptr);
+}
