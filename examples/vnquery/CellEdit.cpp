@@ -10,10 +10,13 @@ namespace {
 constexpr DWORD kMaxFieldText = 1048576;
 
 bool IsNumber(std::string_view text, bool isInteger) {
-    if (text.starts_with('+'))
+    if (text.starts_with('+')) {
         text.remove_prefix(1);
+        if (text.starts_with('-'))
+            return false;
+    }
     const char* const end = text.data() + text.size();
-    if (text.empty() || text[0] == '+' || (text[0] == '-' && text.size() == 1))
+    if (text.empty() || text[0] == '+' || text == "-")
         return false;
     if (isInteger)
         return text.find_first_not_of("0123456789", text[0] == '-' ? 1 : 0) ==

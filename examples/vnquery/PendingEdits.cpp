@@ -70,7 +70,7 @@ void AcceptReport(WriteReport&& report, ResultSet& result, PendingEdits& edits) 
     }
     for (WriteReport::Cell& cell : report.conflicts)
         result.At(cell.place.first, cell.place.second) = std::move(cell.now);
-    for (const CellPlace place : report.lostRows)
+    for (const CellPlace& place : report.lostRows)
         edits.Remove(place);
 }
 
