@@ -1,6 +1,11 @@
 // Where the resource libraries are.
 #pragma once
 
+<<<<<<< HEAD
+=======
+#include "platform/framework/Exception.h"
+#include "platform/framework/Export.h"
+>>>>>>> controls
 #include "platform/framework/String.h"
 #include "platform/framework/Types.h"
 
@@ -30,6 +35,6 @@ struct InstalledLanguage {
 };
 /// The libraries with that prefix and a three-letter code in the program's folder, by code. For
 /// lists a person chooses from.
-std::vector<InstalledLanguage> ListInstalledLanguages(const char* prefix);
+VNBYTSTR_API std::vector<InstalledLanguage> ListInstalledLanguages(const char* prefix);
 
 } // namespace vnbytstr::detail

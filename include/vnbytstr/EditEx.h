@@ -1,0 +1,76 @@
+// CEditEx, an edit control for one kind of value, and CBrowser, which finds a file or folder for
+// it.
+#pragma once
+
+#include "platform/framework/Export.h"
+#include "platform/framework/String.h"
+#include "platform/window/Button.h"
+#include "platform/window/Edit.h"
+#include "platform/window/SpinButton.h"
+
+/// Asks the person for a file or a folder with the platform's dialog.
+class VNBYTSTR_API CBrowser {
+public:
+    enum EBrowseType : int { kFile = 0, kFolder = 1 };
+
+    explicit CBrowser(int type = kFile) : m_nType(type) {}
+    virtual ~CBrowser() = default;
+
+    int GetBrowseType() const { return m_nType; }
+    void SetBrowseType(int type) { m_nType = type; }
+    /// The dialog begins at `name` (of a file: in its folder). FALSE, and `name` as it was, when
+    /// the person gives up. A program may override it with a dialog of its own.
+    virtual BOOL Browse(CWnd* parent, CString& name);
+
+private:
+    int m_nType;
+};
+
+/// An edit control with a type: 0 an integer, 3 text with a browse button at its right, any other
+/// plain text. What is typed into an integer is confined to digits, signs, and the characters of
+/// SetOtherCharacters; a text pasted or set is not looked at.
+///
+/// Spinner and browse button are siblings of the control at its right edge; they follow it when it
+/// is shown, moved and destroyed.
+class VNBYTSTR_API CEditEx : public CEdit {
+    DECLARE_DYNAMIC(CEditEx)
+public:
+    enum EType : int { kInteger = 0, kText = 1, kBrowse = 3 };
+
+    CEditEx() = default;
+    ~CEditEx() override;
+
+    void SetType(int type) { m_nType = type; }
+    int GetType() const { return m_nType; }
+    /// The range of the spinner, inclusive.
+    void SetRange(LONG minimum, LONG maximum);
+    /// Characters that may be typed into an integer as well (those of a null marker, say).
+    void SetOtherCharacters(LPCTSTR characters) { m_strOther = characters; }
+    /// Makes the spinner; its id is the child id in the parent. FALSE when it cannot be made.
+    BOOL CreateSpinner(UINT id);
+    /// Makes the browse button; a click sends BN_CLICKED with that id to the parent, which calls
+    /// Browse. `browser` must outlive the control.
+    BOOL CreateBrowseButton(CBrowser* browser, UINT id);
+    /// Lets the browser find a name and puts it into the control. TRUE when there is a new one.
+    BOOL Browse();
+    /// Whether a window is the control or one of its siblings.
+    BOOL IsPart(const CWnd* window) const;
+    /// Shows or hides the control with its siblings.
+    void ShowAll(BOOL on);
+    /// Moves the control with its siblings into a rectangle of the parent.
+    void PlaceAll(const CRect& rect);
+
+protected:
+    void OnChar(UINT ch, UINT repeat, UINT flags);
+    void OnDestroy();
+    DECLARE_MESSAGE_MAP()
+
+private:
+    int m_nType = kText;
+    LONG m_lMinimum = 0;
+    LONG m_lMaximum = 0;
+    CString m_strOther;
+    CSpinButtonCtrl m_spinner;
+    CButton m_button;
+    CBrowser* m_pBrowser = nullptr;
+};

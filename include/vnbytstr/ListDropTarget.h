@@ -1,0 +1,32 @@
+// Lets a file dragged from a file manager be dropped on a cell of a CListBoxEx.
+#pragma once
+
+#include "platform/framework/Export.h"
+#include "platform/framework/String.h"
+#include "platform/window/DropTarget.h"
+
+class CListBoxEx;
+
+class VNBYTSTR_API CListDropTarget : public COleDropTarget {
+    DECLARE_DYNAMIC(CListDropTarget)
+public:
+    CListDropTarget() = default;
+
+    /// The list whose cells files are dropped on; null: none is.
+    void SetListBox(CListBoxEx* list) { m_pList = list; }
+
+    /// Notes whether files are on offer (CF_HDROP) and answers as OnDragOver.
+    DROPEFFECT OnDragEnter(CWnd* window, COleDataObject* data, DWORD keys, CPoint point) override;
+    /// Over a cell, makes its row the only selection and its column the current one. Answers
+    /// DROPEFFECT_MOVE when files may be dropped on that row, else DROPEFFECT_NONE.
+    DROPEFFECT OnDragOver(CWnd* window, COleDataObject* data, DWORD keys, CPoint point) override;
+    /// Stores the name of the first file with the current row and opens the cell. FALSE when no
+    /// name could be read. Names of folders are stored as well: what to do with one is the
+    /// parent's decision when the cell's value is stored.
+    BOOL OnDrop(CWnd* window, COleDataObject* data, DROPEFFECT effect, CPoint point) override;
+
+protected:
+    CListBoxEx* m_pList = nullptr;
+    BOOL m_bFilesOnOffer = FALSE;
+    CString m_strFile;
+};

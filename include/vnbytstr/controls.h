@@ -1,0 +1,13 @@
+// Everything of the library that needs a window (vnbytstr::controls).
+#pragma once
+
+#include "vnbytstr/DataTip.h"
+#include "vnbytstr/EditEx.h"
+#include "vnbytstr/LanguageCombo.h"
+#include "vnbytstr/ListBoxCellEdit.h"
+#include "vnbytstr/ListBoxEx.h"
+#include "vnbytstr/ListBoxExHeadings.h"
+#include "vnbytstr/ListColumn.h"
+#include "vnbytstr/ListDropTarget.h"
+#include "vnbytstr/VNListBox.h"
+#include "vnbytstr/ZoomDialog.h"
