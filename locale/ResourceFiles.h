@@ -1,11 +1,7 @@
 // Where the resource libraries are.
 #pragma once
 
-<<<<<<< HEAD
-=======
-#include "platform/framework/Exception.h"
 #include "platform/framework/Export.h"
->>>>>>> controls
 #include "platform/framework/String.h"
 #include "platform/framework/Types.h"
 
