@@ -2,6 +2,7 @@
 
 #include "Failure.h"
 #include "Messages.h"
+#include "Progress.h"
 #include "TargetFile.h"
 
 #include <cstdio>
@@ -46,6 +47,18 @@ void SaveValue(ResultSet& result, std::size_t row, std::size_t column, const std
         exporter.WriteText(value, row, column);
         target.Commit();
         ReportLosses(file, exporter.GetLosses());
+    });
+}
+
+void SaveValueBytes(const Value& value, const std::string& cell, const std::string& file,
+                    Progress& progress) {
+    WithMessage(Text(IDS_VQ_CANNOT_SAVE, {cell, file}), [&] {
+        TargetFile target(file);
+        value.ForEachPiece([&](std::span<const BYTE> piece) {
+            target.Write(piece.data(), static_cast<UINT>(piece.size()));
+            progress.AddBytes(piece.size());
+        });
+        target.Commit();
     });
 }
 

@@ -2,6 +2,7 @@
 // stands in Run; each step has a file of its own.
 
 #include "DesFile.h"
+#include "ExportFile.h"
 #include "Failure.h"
 #include "Messages.h"
 #include "OdbcSource.h"
@@ -11,7 +12,6 @@
 #include "ResultPrinter.h"
 #include "SqliteSource.h"
 #include "Statistics.h"
-#include "TargetFile.h"
 #include "Translation.h"
 #include "ValueSaver.h"
 
@@ -39,18 +39,14 @@ ResultSet RunQuery(const Options& options) {
 
 void Export(const ResultSet& result, const Options& options) {
     const std::string& name = options.exportFile;
-    WithMessage(Text(IDS_VQ_CANNOT_WRITE_EXPORT, {name}), [&] {
-        TargetFile file(name);
-        Exporter exporter(file, options.exportFormat);
-        {
-            TerminalProgress progress(Text(IDS_VQ_EXPORTING));
-            exporter.WriteResult(result, progress);
-        }
-        file.Commit();
-        ReportLosses(name, exporter.GetLosses());
-        std::fprintf(stderr, "%s\n",
-                     DescribeExport(result.GetRowCount(), file.GetWritten(), name).c_str());
-    });
+    ExportSummary summary;
+    {
+        TerminalProgress progress(Text(IDS_VQ_EXPORTING));
+        summary = ExportToFile(result, name, options.exportFormat, progress);
+    }
+    ReportLosses(name, summary.losses);
+    std::fprintf(stderr, "%s\n",
+                 DescribeExport(result.GetRowCount(), summary.bytes, name).c_str());
 }
 
 void SaveValues(ResultSet& result, const std::vector<SaveRequest>& saves,
