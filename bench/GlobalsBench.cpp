@@ -3,6 +3,7 @@
 #include "platform/companion/Profile.h"
 #include "vnbytstr/GlobalVars.h"
 
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <random>
@@ -33,16 +34,20 @@ int main(int argc, char** argv) {
     ::setenv("VNBYTSTR_PROFILE", (folder + "/profile.ini").c_str(), 1);
     constexpr std::size_t kMany = 100'000;
     std::vector<std::string> names(kMany);
-    std::unordered_map<std::string, std::string> peer;
+    std::unordered_map<std::string, CString> peer;
     for (std::size_t i = 0; i < kMany; ++i) {
         names[i] = "VARIABLE_" + std::to_string(i);
         peer[names[i]] = "value";
     }
     const std::vector<std::string> tenth(names.begin(), names.begin() + kMany / 10);
-    std::vector<const char*> asked(kMany);
+    // One behind the other, as a caller has the name at hand that it asks for.
+    struct Name {
+        char text[16];
+    };
+    std::vector<Name> asked(kMany);
     std::mt19937 random(1);
-    for (const char*& name : asked)
-        name = names[random() % kMany].c_str();
+    for (Name& name : asked)
+        std::snprintf(name.text, sizeof name.text, "%s", names[random() % kMany].c_str());
     CGlobalVars& table = GetGlobals();
     Fill(table, names);
 
@@ -52,12 +57,12 @@ int main(int argc, char** argv) {
                   Contest::Nanoseconds,
                   {{"ours",
                     [&] {
-                        for (const char* name : asked)
-                            benchmark::DoNotOptimize(CGlobalVars::Get(name).GetLength());
+                        for (const Name& name : asked)
+                            benchmark::DoNotOptimize(CGlobalVars::Get(name.text).GetLength());
                     }},
                    {"exact names in a hash table", [&] {
-                        for (const char* name : asked)
-                            benchmark::DoNotOptimize(peer.find(name)->second.size());
+                        for (const Name& name : asked)
+                            benchmark::DoNotOptimize(peer.find(name.text)->second.GetLength());
                     }}}});
     const auto add = [](const std::vector<std::string>& some) {
         return [&some] {

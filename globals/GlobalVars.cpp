@@ -55,7 +55,7 @@ int LoadDescription(UINT base, int id, CString& text) {
 } // namespace
 
 CGlobalVars::CGlobalVars() : m_pIndex(std::make_unique<SIndex>()) {}
-CGlobalVars::~CGlobalVars() { RemoveAll(); }
+CGlobalVars::~CGlobalVars() { DeleteAll(); }
 
 CGlobalVars& CGlobalVars::Get() {
     if (!m_Singleton)
@@ -71,11 +71,10 @@ bool IsNullValue(const char* text) {
     return (marker ? marker->GetValue() : CString("-")) == text;
 }
 
-void CGlobalVars::RemoveAll() noexcept {
+void CGlobalVars::DeleteAll() noexcept {
     for (int i = 0; i < GetSize(); ++i)
-        delete m_arrVars[i];
+        m_pIndex->pool.Destroy(At(i)->m_dwNumber);
     m_arrVars.RemoveAll();
-    m_pIndex->byKey.clear();
 }
 
 CGlobalVar* CGlobalVars::At(int index) const {
@@ -85,8 +84,7 @@ CGlobalVar* CGlobalVars::At(int index) const {
 CGlobalVar* CGlobalVars::FindById(int id) const { return FindBuiltIn(id) ? At(id) : nullptr; }
 
 CGlobalVar* CGlobalVars::Find(std::string_view name) const {
-    const auto found = m_pIndex->byKey.find(m_pIndex->collation->FoldKey(name));
-    return found != m_pIndex->byKey.end() ? found->second : nullptr;
+    return m_pIndex->Find(m_pIndex->KeyOf(name));
 }
 
 int CGlobalVars::WhyMissing(const char* name) const {
@@ -107,22 +105,23 @@ int CGlobalVars::Position(const CGlobalVar& var) const {
 }
 
 int CGlobalVars::Append(const CString& name, const CString& value) {
-    auto var = std::make_unique<CGlobalVar>(name, value);
+    const auto [var, number] = m_pIndex->pool.Make(name, value);
+    var->m_dwNumber = number;
     var->m_dwSerial = m_dwNextSerial;
-    if (!name.IsEmpty())
-        var->m_strKey = m_pIndex->collation->FoldKey(ViewOf(name));
-    const int index = m_arrVars.Add(var.get());
-    CGlobalVar* const owned = var.release();
-    ++m_dwNextSerial;
-    if (!name.IsEmpty()) {
-        try {
-            m_pIndex->byKey.emplace(owned->m_strKey, owned);
-        } catch (...) {
-            m_arrVars.RemoveAt(index);
-            delete owned;
-            throw;
+    int index = -1;
+    try {
+        index = m_arrVars.Add(var);
+        if (!name.IsEmpty()) {
+            var->m_key.Set(m_pIndex->KeyOf(ViewOf(name)));
+            m_pIndex->Insert(*var);
         }
+    } catch (...) {
+        if (index >= 0)
+            m_arrVars.RemoveAt(index);
+        m_pIndex->pool.Destroy(number);
+        throw;
     }
+    ++m_dwNextSerial;
     return index;
 }
 
@@ -228,9 +227,9 @@ int CGlobalVars::DeleteGlobalVariable(const CString* name, int checkOnly, int ig
     if (FindBuiltIn(index))
         return BuiltIn;
     if (checkOnly == 0) {
-        m_pIndex->byKey.erase(var->m_strKey);
+        m_pIndex->Erase(*var);
         m_arrVars.RemoveAt(index);
-        delete var;
+        m_pIndex->pool.Destroy(var->m_dwNumber);
         Check();
     }
     return Success;
@@ -251,10 +250,10 @@ int CGlobalVars::SetGlobalVariableFlag(int index, int flag) {
         return UnknownName;
     if (index < vnbytstr::detail::kBuiltInCount)
         return BuiltIn;
-    if (var->m_nFlag != 0 && flag == 0 && !m_pIndex->byKey.emplace(var->m_strKey, var).second)
+    if (var->m_nFlag != 0 && flag == 0 && !m_pIndex->Insert(*var))
         return Duplicate;
     if (var->m_nFlag == 0 && flag != 0)
-        m_pIndex->byKey.erase(var->m_strKey);
+        m_pIndex->Erase(*var);
     var->m_nFlag = flag;
     Check();
     return Success;
@@ -342,10 +341,10 @@ void CGlobalVars::AssertValid() const {
         assert(i == 0 || At(i - 1)->m_dwSerial < var.m_dwSerial);
         if (var.m_nFlag == 0 && !var.m_strName.IsEmpty()) {
             ++ordinary;
-            assert(m_pIndex->byKey.at(var.m_strKey) == &var);
+            assert(m_pIndex->Find(var.m_key.View()) == &var);
         }
     }
-    assert(ordinary == m_pIndex->byKey.size());
+    assert(ordinary == m_pIndex->GetCount());
     assert(GetSize() == 0 || GetSize() >= vnbytstr::detail::kBuiltInCount);
     static_cast<void>(ordinary);
 }

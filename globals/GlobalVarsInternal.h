@@ -1,14 +1,19 @@
-// How names lead to variables.
+// How names lead to variables. A table may have a hundred thousand of them, and what a lookup costs
+// is its cache misses: it touches one slot of a table that fits the cache and, as a rule, one
+// variable of 64 bytes.
 #pragma once
 
 #include "vnbytstr/GlobalVars.h"
 
 #include "platform/system/Collation.h"
 
+#include <cstddef>
+#include <memory>
+#include <new>
 #include <string>
-#include <unordered_map>
-
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace vnbytstr::detail {
 
@@ -16,10 +21,63 @@ inline std::string_view ViewOf(const CString& text) {
     return {text, static_cast<std::size_t>(text.GetLength())};
 }
 
+/// Where variables live, one beside the other, by a number that each keeps.
+class VariablePool {
+public:
+    CGlobalVar& At(DWORD number) const noexcept {
+        return *std::launder(
+            reinterpret_cast<CGlobalVar*>(&m_slabs[number / kSlab][number % kSlab]));
+    }
+    /// A new variable and its number.
+    std::pair<CGlobalVar*, DWORD> Make(const CString& name, const CString& value);
+    void Destroy(DWORD number) noexcept;
+
+private:
+    static constexpr DWORD kSlab = 1024;
+    struct alignas(64) Place {
+        std::byte bytes[sizeof(CGlobalVar)];
+    };
+
+    std::vector<std::unique_ptr<Place[]>> m_slabs;
+    std::vector<DWORD> m_free; // room for every number, so that Destroy cannot fail
+    DWORD m_used = 0;          // numbers given out so far
+};
+
 } // namespace vnbytstr::detail
 
+/// A hash table of the ordinary variables by the keys of their names. Slots are probed one after
+/// the other.
 struct CGlobalVars::SIndex {
-    /// The rules names are matched by, as they were when the table was made.
-    const vnbytstr::Collation* collation = &vnbytstr::Collation::Current();
-    std::unordered_map<std::string, CGlobalVar*> byKey;
+public:
+    SIndex() { Clear(); }
+
+    /// Forgets all; names are matched by the rules of the system's locale as it is now.
+    void Clear();
+    /// The key of a name, valid until the next call.
+    std::string_view KeyOf(std::string_view name) const {
+        m_key.clear();
+        m_collation->AppendKey(name, m_key);
+        return m_key;
+    }
+    CGlobalVar* Find(std::string_view key) const noexcept;
+    /// False when there is one of an equal name already.
+    bool Insert(const CGlobalVar& var);
+    void Erase(const CGlobalVar& var) noexcept;
+    std::size_t GetCount() const noexcept { return m_count; }
+
+    vnbytstr::detail::VariablePool pool;
+
+private:
+    static constexpr DWORD kNone = 0xFFFFFFFF;
+    struct Slot {
+        DWORD hash = 0;
+        DWORD number = kNone;
+    };
+    void Grow();
+    void Put(const Slot& slot) noexcept;
+
+    const vnbytstr::Collation* m_collation = nullptr;
+    std::vector<Slot> m_slots; // a power of two of them, an eighth at least free
+    std::size_t m_count = 0;
+    mutable std::string m_key;
 };

@@ -61,8 +61,8 @@ CString FontValue(int id) {
 } // namespace
 
 int CGlobalVars::Initialize() {
-    RemoveAll();
-    m_pIndex->collation = &vnbytstr::Collation::Current();
+    DeleteAll();
+    m_pIndex->Clear();
     LoadStringA(m_strings.m_strLanguage, IDS_GLOBALS_LANGUAGE, nullptr);
     LoadStringA(m_strings.m_strHTMLReference, IDS_GLOBALS_HTML_REFERENCE, nullptr);
     AddBuiltIns();

@@ -207,6 +207,8 @@ void SetRequests(Options& options, const RawOptions& raw) {
 }
 
 void CheckComplete(const Options& options) {
+    if (options.helpTopic)
+        return;
     const bool hasSource = !options.database.empty() || !options.connection.empty();
     if (options.translate || options.des) {
         if (hasSource || !options.sql.empty() || (options.translate && options.des))
@@ -227,6 +229,9 @@ std::optional<Options> ParseOptions(int argc, char** argv) {
     app.footer(Footer());
     app.set_version_flag("--version", "vnquery " VNQUERY_VERSION);
     Options options;
+    app.add_option("--help-topic", options.helpTopic,
+                   "Open a help page by its number (1: queries ... 7: settings; 100000: contents)")
+        ->type_name("ID");
     RawOptions raw;
     AddQueryOptions(app, options);
     AddDisplayOptions(app, options, raw);

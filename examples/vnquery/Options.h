@@ -37,6 +37,7 @@ struct Options {
     ExportFormat saveFormat;
     std::optional<TranslateRequest> translate;
     std::optional<DesRequest> des;
+    std::optional<DWORD> helpTopic;
 };
 
 /// Reads the command line. Nothing when it asked for help or the version, which then have been

@@ -15,6 +15,9 @@
 #include "Translation.h"
 #include "ValueSaver.h"
 
+#include <vnbytstr/HTMLHelp.h>
+#include <vnbytstr/Language.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <new>
@@ -60,7 +63,18 @@ void SaveValues(ResultSet& result, const std::vector<SaveRequest>& saves,
     }
 }
 
+/// Opens a help page in the browser of the desktop, or says why it cannot.
+void OpenHelp(DWORD topic) {
+    LoadResourceDLL("vnurc");
+    constexpr UINT kTopicItself = 0;
+    CVNHTMLHelp("xdg-open").DoHtmlHelp(topic, kTopicItself);
+}
+
 void Run(const Options& options) {
+    if (options.helpTopic) {
+        OpenHelp(*options.helpTopic);
+        return;
+    }
     if (options.translate) {
         const TranslateRequest& request = *options.translate;
         TranslateFile(request.from, request.to, request.input, request.output);

@@ -19,8 +19,8 @@
 #include "platform/framework/String.h"
 #include "platform/framework/Types.h"
 
+#include <cstring>
 #include <memory>
-#include <string>
 #include <string_view>
 
 /// One variable. The table owns it.
@@ -36,11 +36,33 @@ public:
 
 private:
     friend class CGlobalVars;
+    /// Equal for equal names; within the object when it is short, so that comparing it costs no
+    /// second look into memory.
+    class Key {
+    public:
+        Key() = default;
+        ~Key();
+        Key(const Key&) = delete;
+        Key& operator=(const Key&) = delete;
+        void Set(std::string_view key); ///< once
+        std::string_view View() const noexcept { return {IsLong() ? Long() : m_short, m_length}; }
+
+    private:
+        bool IsLong() const noexcept { return m_length > sizeof m_short; }
+        char* Long() const noexcept {
+            char* text = nullptr;
+            std::memcpy(&text, m_short, sizeof text);
+            return text;
+        }
+        DWORD m_length = 0;
+        char m_short[24]{}; // or a pointer to the key
+    };
     CString m_strName;
     CString m_strValue;
     int m_nFlag = 0;
     DWORD m_dwSerial = 0; ///< grows from entry to entry
-    std::string m_strKey; ///< equal for equal names
+    DWORD m_dwNumber = 0; ///< place in memory
+    Key m_key;
 };
 
 /// Texts of the user interface's language that the table uses, as they were at Initialize. Empty
@@ -243,7 +265,7 @@ private:
     int SetValue(CGlobalVar& var, const CString* value, int* changed, int* position, int checkOnly,
                  int byUser);
     int Append(const CString& name, const CString& value);
-    void RemoveAll() noexcept;
+    void DeleteAll() noexcept;
     void AddBuiltIns();
     void AddSavedVariables();
     CString InitialValue(int id) const;

@@ -1,6 +1,8 @@
 #include "platform/system/ConsoleInteraction.h"
 
+#include "platform/framework/Module.h"
 #include "platform/system/System.h"
+#include "resources/ResourceIds.h"
 
 #include <algorithm>
 #include <array>
@@ -34,21 +36,31 @@ std::string_view WithoutBlanks(std::string_view text) {
 } // namespace
 
 std::vector<MessageBoxButton> MessageBoxButtons(UINT type) {
-    const MessageBoxButton ok{IDOK, "OK"}, cancel{IDCANCEL, "Cancel"}, abort{IDABORT, "Abort"},
-        retry{IDRETRY, "Retry"}, ignore{IDIGNORE, "Ignore"}, yes{IDYES, "Yes"}, no{IDNO, "No"};
+    const auto make = [](int answer, const char* name, UINT id) {
+        CString label;
+        return MessageBoxButton{answer, name,
+                                AfxLoadString(id, label) > 0 ? std::string(label) : name};
+    };
+    const auto ok = [&] { return make(IDOK, "OK", IDS_BUTTON_OK); };
+    const auto cancel = [&] { return make(IDCANCEL, "Cancel", IDS_BUTTON_CANCEL); };
+    const auto abort = [&] { return make(IDABORT, "Abort", IDS_BUTTON_ABORT); };
+    const auto retry = [&] { return make(IDRETRY, "Retry", IDS_BUTTON_RETRY); };
+    const auto ignore = [&] { return make(IDIGNORE, "Ignore", IDS_BUTTON_IGNORE); };
+    const auto yes = [&] { return make(IDYES, "Yes", IDS_BUTTON_YES); };
+    const auto no = [&] { return make(IDNO, "No", IDS_BUTTON_NO); };
     switch (type & MB_TYPEMASK) {
     case MB_OKCANCEL:
-        return {ok, cancel};
+        return {ok(), cancel()};
     case MB_ABORTRETRYIGNORE:
-        return {abort, retry, ignore};
+        return {abort(), retry(), ignore()};
     case MB_YESNOCANCEL:
-        return {yes, no, cancel};
+        return {yes(), no(), cancel()};
     case MB_YESNO:
-        return {yes, no};
+        return {yes(), no()};
     case MB_RETRYCANCEL:
-        return {retry, cancel};
+        return {retry(), cancel()};
     default:
-        return {ok};
+        return {ok()};
     }
 }
 
@@ -64,7 +76,7 @@ int ChooseButton(const std::vector<MessageBoxButton>& buttons, std::size_t byDef
         return static_cast<int>(byDefault);
     int chosen = -1;
     for (std::size_t i = 0; i < buttons.size(); ++i) {
-        if (!BeginsWith(buttons[i].label, answer))
+        if (!BeginsWith(buttons[i].label, answer) && !BeginsWith(buttons[i].name, answer))
             continue;
         if (chosen >= 0)
             return -1;
@@ -82,7 +94,7 @@ std::string Question(const std::vector<detail::MessageBoxButton>& buttons, std::
     std::string text;
     for (std::size_t i = 0; i < buttons.size(); ++i) {
         text += i > 0 ? ", " : "";
-        text += i == byDefault ? std::string("[") + buttons[i].label + "]" : buttons[i].label;
+        text += i == byDefault ? "[" + buttons[i].label + "]" : buttons[i].label;
     }
     return text + "? ";
 }

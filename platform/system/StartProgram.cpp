@@ -150,8 +150,7 @@ int OpenWithDesktop(const std::string& file, const char* folder, std::string& pr
     const std::string opener = FindInPath(kOpener);
     if (opener.empty())
         return kShellNoAssociation;
-    // A name that begins with a dash would be taken for an option.
-    return Spawn(opener, {kOpener, file[0] == '-' ? "./" + file : file}, folder);
+    return Spawn(opener, {kOpener, DesktopArgument(file)}, folder);
 }
 
 } // namespace
@@ -184,6 +183,27 @@ std::vector<std::string> SplitParameters(std::string_view parameters) {
     return arguments;
 }
 
+std::string DesktopArgument(const std::string& argument) {
+    const std::size_t anchor = argument.find('#');
+    if (argument[0] == '-')
+        return "./" + argument;
+    if (argument[0] != '/' || anchor == std::string::npos)
+        return argument;
+    constexpr std::string_view kHex = "0123456789ABCDEF";
+    std::string address = "file://";
+    for (const char c : std::string_view(argument).substr(0, anchor)) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte > ' ' && byte < 0x7F && c != '%' && c != '?' && c != '"') {
+            address += c;
+            continue;
+        }
+        address += '%';
+        address += kHex[byte >> 4];
+        address += kHex[byte & 15];
+    }
+    return address + argument.substr(anchor);
+}
+
 int StartProgram(const char* verb, const char* file, const char* parameters, const char* folder,
                  std::string& program) {
     program = file != nullptr ? file : "";
@@ -199,6 +219,9 @@ int StartProgram(const char* verb, const char* file, const char* parameters, con
     arguments.insert(arguments.begin(), name);
     const bool isBare = name.find('/') == std::string::npos;
     const std::string found = isBare ? FindInPath(name) : IsExecutable(name) ? name : "";
+    if (!found.empty() && found.substr(found.rfind('/') + 1) == kOpener)
+        std::transform(arguments.begin() + 1, arguments.end(), arguments.begin() + 1,
+                       DesktopArgument);
     if (!found.empty())
         return Spawn(found, std::move(arguments), folder);
     struct stat info;

@@ -1,5 +1,7 @@
 #include "tests/support/TestSystem.h"
 
+#include "platform/framework/Exception.h"
+
 #include <numeric>
 
 namespace vnbytstr::test {
@@ -31,6 +33,8 @@ std::optional<Fault> TestSystem::Take(Call call) {
     if (m_seen != m_fault->at && !(m_fault->fromThenOn && m_seen > m_fault->at))
         return std::nullopt;
     ++m_hits;
+    if (m_fault->kind == Fault::Kind::Throw)
+        AfxThrowMemoryException();
     return m_fault;
 }
 

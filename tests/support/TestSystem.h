@@ -34,12 +34,13 @@ enum class Call : unsigned char {
 const char* CallName(Call call);
 
 struct Fault {
-    enum class Kind { Fail, Shorten, Misplace };
+    enum class Kind { Fail, Shorten, Misplace, Throw };
     Call call = Call::Any;
     unsigned at = 1;         ///< which of the matching calls, counted from 1 at Inject
     bool fromThenOn = false; ///< that one and all after it, not that one alone
     int error = EIO;
-    Kind kind = Kind::Fail; ///< Shorten: a read or write moves half; Misplace: a seek lands one off
+    Kind kind = Kind::Fail; ///< Shorten: a read or write moves half; Misplace: a seek lands one
+                            ///< off; Throw: memory runs out (CMemoryException)
 };
 
 class TestSystem final : public System {

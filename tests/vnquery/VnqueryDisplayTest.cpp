@@ -1,6 +1,15 @@
 // What vnquery prints, and that values are right whatever way they came in.
 #include "ProgramRun.h"
 
+#include <array>
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <regex>
+#include <set>
+#include <thread>
+
 #include <sqlite3.h>
 
 namespace vnquery::test {
@@ -116,6 +125,61 @@ TEST_F(Display, StatisticsTellWhatIsOnDisk) {
     EXPECT_NE(run.error.find("swap file          " + m_temporary.Path() + "~dat-"),
               std::string::npos);
     EXPECT_NE(run.error.find("peak memory"), std::string::npos);
+}
+
+TEST_F(Display, OpensHelpPages) {
+    const std::string path = getenv("PATH");
+    m_files.Write("xdg-open", "#!/bin/sh\necho \"$@\" > " + File("part") + "\nmv " + File("part") +
+                                  " " + File("opened") + "\n");
+    std::filesystem::permissions(File("xdg-open"), std::filesystem::perms::owner_all);
+    const std::string help =
+        std::filesystem::path(VNQUERY_PROGRAM).parent_path().string() + "/Help/";
+    setenv("PATH", (m_files.Path() + ":" + path).c_str(), 1);
+    for (const auto& [locale, topic, page] :
+         std::vector<std::array<std::string, 3>>{{"de_DE.UTF-8", "3", help + "l.DEU/save.htm"},
+                                                 {"nl_NL.UTF-8", "3", help + "l.ENU/save.htm"},
+                                                 {"C", "77", help + "l.ENU/contents.htm"}}) {
+        setenv("LC_ALL", locale.c_str(), 1);
+        EXPECT_EQ(Run({"--help-topic", topic}).code, 0);
+        for (int i = 0; i < 1000 && !std::filesystem::exists(File("opened")); ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        EXPECT_EQ(m_files.Read("opened"), page + "\n");
+        std::filesystem::remove(File("opened"));
+    }
+    unsetenv("LC_ALL");
+    setenv("PATH", path.c_str(), 1);
+}
+
+// Every page that the index and the pages lead to is there, and every page can be found.
+TEST_F(Display, HelpIsComplete) {
+    namespace fs = std::filesystem;
+    const fs::path help = fs::path(VNQUERY_PROGRAM).parent_path() / "Help";
+    const auto read = [](const fs::path& file) {
+        std::ifstream stream(file, std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(stream), {});
+    };
+    std::set<std::string> indexes;
+    for (const char* folder : {"l.ENU", "l.DEU"}) {
+        std::string all = read(help / folder / "vnquery.ind");
+        indexes.insert(all.substr(all.find('\n')));
+        for (const auto& entry : fs::directory_iterator(help / folder)) {
+            const std::string page = entry.path().filename().string();
+            if (page.ends_with(".htm")) {
+                EXPECT_NE(all.find("," + page), std::string::npos) << page;
+                all += read(entry.path());
+            }
+        }
+        const std::regex link(R"((?:href="|\d,)([a-z]+\.htm)(?:#([a-z]+))?)");
+        for (std::sregex_iterator each(all.begin(), all.end(), link), end; each != end; ++each) {
+            const std::string page = read(help / folder / (*each)[1].str());
+            EXPECT_FALSE(page.empty()) << each->str();
+            if ((*each)[2].matched) {
+                EXPECT_NE(page.find("id=\"" + (*each)[2].str() + "\""), std::string::npos)
+                    << each->str();
+            }
+        }
+    }
+    EXPECT_EQ(indexes.size(), 1u); // the same topics in each language
 }
 
 TEST_F(Display, HelpAndVersion) {
