@@ -2,6 +2,7 @@
 #include "controls/ListBoxExInternal.h"
 #include "controls/ListSort.h"
 
+#include "platform/system/SortOrder.h"
 #include "platform/window/ListBox.h"
 
 #include <algorithm>
@@ -24,7 +25,7 @@ SSortItem* CListBoxEx::SortInternal(int column) {
     const auto rows = static_cast<std::size_t>(count);
     const bool descending = column == m_nSortColumn && m_nSortState == 1;
 
-    std::vector<std::uint32_t> order;
+    std::vector<DWORD> order;
     auto items = std::make_unique<SSortItem[]>(rows);
     {
         std::vector<std::string_view> values(rows);
@@ -32,7 +33,10 @@ SSortItem* CListBoxEx::SortInternal(int column) {
             values[row] = CellOf(static_cast<int>(row), column);
         const bool isText =
             isPlain || m_pColumns[static_cast<std::size_t>(column)].m_nSortType == 0;
-        order = isText ? TextOrder(values, descending) : IntegerOrder(values, descending);
+        order = isText
+                    ? vnbytstr::SortOrder(values, descending ? vnbytstr::SortDirection::Descending
+                                                             : vnbytstr::SortDirection::Ascending)
+                    : IntegerOrder(values, descending);
         const std::vector<bool> selected = SelectedRows();
         for (std::size_t i = 0; i < rows; ++i) {
             const std::uint32_t from = order[i];

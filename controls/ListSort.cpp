@@ -1,11 +1,8 @@
 #include "controls/ListSort.h"
 
-#include "platform/system/Collation.h"
-
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <cstring>
 #include <limits>
 #include <utility>
 
@@ -58,36 +55,6 @@ void StableSort(std::span<KeyedRow> rows, std::span<KeyedRow> scratch) {
                          [](const KeyedRow& a, const KeyedRow& b) { return a.key < b.key; });
 }
 
-std::vector<std::uint32_t> RowsOf(std::span<const KeyedRow> rows, bool descending) {
-    std::vector<std::uint32_t> order(rows.size());
-    for (std::size_t i = 0; i < rows.size(); ++i)
-        order[descending ? rows.size() - 1 - i : i] = rows[i].row;
-    return order;
-}
-
-/// Eight bytes of a key from `depth` on as a number that compares as they do, zeros behind its end.
-std::uint64_t KeyPiece(std::string_view key, std::size_t depth) {
-    std::uint64_t piece = 0;
-    if (depth >= key.size())
-        return 0;
-    const std::size_t count = std::min<std::size_t>(8, key.size() - depth);
-    if (count == 8) {
-        std::memcpy(&piece, key.data() + depth, 8);
-        return __builtin_bswap64(piece);
-    }
-    for (std::size_t i = 0; i < count; ++i)
-        piece |= static_cast<std::uint64_t>(static_cast<unsigned char>(key[depth + i]))
-                 << (56 - 8 * i);
-    return piece;
-}
-
-/// Rows that agree in their keys up to a depth, still to be ordered by the rest.
-struct TiedRows {
-    std::size_t begin;
-    std::size_t end;
-    std::size_t depth;
-};
-
 } // namespace
 
 std::int64_t LeadingInteger(std::string_view text) {
@@ -111,8 +78,8 @@ std::int64_t LeadingInteger(std::string_view text) {
     return value == kLeast ? std::numeric_limits<std::int64_t>::max() : -value;
 }
 
-std::vector<std::uint32_t> IntegerOrder(std::span<const std::string_view> texts, bool descending) {
-    std::vector<std::uint32_t> order(texts.size());
+std::vector<DWORD> IntegerOrder(std::span<const std::string_view> texts, bool descending) {
+    std::vector<DWORD> order(texts.size());
     if (texts.empty())
         return order;
     std::vector<KeyedRow> rows(texts.size());
@@ -126,44 +93,9 @@ std::vector<std::uint32_t> IntegerOrder(std::span<const std::string_view> texts,
         row.key -= static_cast<std::uint64_t>(least);
     std::vector<KeyedRow> scratch(rows.size());
     StableSort(rows, scratch);
-    return RowsOf(rows, descending);
-}
-
-std::vector<std::uint32_t> TextOrder(std::span<const std::string_view> texts, bool descending) {
-    CollationKeys keys;
-    std::size_t bytes = 0;
-    for (const std::string_view text : texts)
-        bytes += text.size();
-    keys.Reserve(texts.size(), bytes);
-    std::vector<KeyedRow> rows(texts.size());
-    for (std::size_t i = 0; i < texts.size(); ++i) {
-        keys.Add(texts[i]);
-        rows[i] = {0, static_cast<std::uint32_t>(i)};
-    }
-    // Eight bytes of all keys at a time: rows that differ there are in place, the rest go on.
-    std::vector<KeyedRow> scratch(rows.size());
-    std::vector<TiedRows> tied;
-    if (rows.size() > 1)
-        tied.push_back({0, rows.size(), 0});
-    while (!tied.empty()) {
-        const TiedRows range = tied.back();
-        tied.pop_back();
-        const std::span<KeyedRow> part =
-            std::span(rows).subspan(range.begin, range.end - range.begin);
-        for (KeyedRow& row : part)
-            row.key = KeyPiece(keys[row.row], range.depth);
-        StableSort(part, scratch);
-        for (std::size_t first = 0; first < part.size();) {
-            std::size_t last = first + 1;
-            while (last < part.size() && part[last].key == part[first].key)
-                ++last;
-            // A key ends with the only NUL in it: a piece that ends so says all.
-            if (last - first > 1 && (part[first].key & 0xFF) != 0)
-                tied.push_back({range.begin + first, range.begin + last, range.depth + 8});
-            first = last;
-        }
-    }
-    return RowsOf(rows, descending);
+    for (std::size_t i = 0; i < rows.size(); ++i)
+        order[descending ? rows.size() - 1 - i : i] = rows[i].row;
+    return order;
 }
 
 } // namespace vnbytstr::detail

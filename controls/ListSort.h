@@ -1,5 +1,8 @@
-// The order in which a list's rows stand after a sort by one column.
+// The order in which a list's rows stand after a sort by a column of integers. They are read with
+// 64 bits, since a database's are as wide. Texts are ordered by platform/system/SortOrder.h.
 #pragma once
+
+#include "platform/framework/Types.h"
 
 #include <cstdint>
 #include <span>
@@ -14,10 +17,6 @@ std::int64_t LeadingInteger(std::string_view text);
 
 /// For each place after the sort, the index before it. Equal values keep their order; descending is
 /// ascending reversed, equal values included.
-std::vector<std::uint32_t> IntegerOrder(std::span<const std::string_view> texts, bool descending);
-
-/// The same for texts in the order of the language, differences of case, kana type and width
-/// ignored.
-std::vector<std::uint32_t> TextOrder(std::span<const std::string_view> texts, bool descending);
+std::vector<DWORD> IntegerOrder(std::span<const std::string_view> texts, bool descending);
 
 } // namespace vnbytstr::detail

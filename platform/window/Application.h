@@ -45,10 +45,13 @@ VNBYTSTR_API void AfxSetMainWnd(CWnd* window);
 /// Ends the innermost message loop with that answer.
 VNBYTSTR_API void AfxPostQuitMessage(int exitCode);
 VNBYTSTR_API void PostQuitMessage(int exitCode);
+/// Whether this process can open windows: there is a display, or a Qt platform is chosen
+/// (QT_QPA_PLATFORM). Without, AfxInitWindows would end the process with Qt's message.
+VNBYTSTR_API BOOL AfxCanOpenWindows();
 /// Sees to it that there is a Qt application object. `argc` and `argv` (may be null) are those of
 /// main and must live as long as the program.
 VNBYTSTR_API void AfxInitWindows(int* argc = nullptr, char** argv = nullptr);
-/// Handles the messages that wait and returns; at most about `milliseconds` long.
+/// Handles messages for that long; 0: those that wait.
 VNBYTSTR_API void AfxPumpMessages(int milliseconds = 50);
 /// Shows the waiting pointer for its life.
 class VNBYTSTR_API CWaitCursor {

@@ -19,6 +19,8 @@
 
 #include <span>
 
+class QEventLoop;
+
 inline constexpr DWORD DS_MODALFRAME = 0x0080;
 inline constexpr DWORD DS_CENTER = 0x0800;
 inline constexpr DWORD DS_SETFONT = 0x0040;
@@ -74,7 +76,7 @@ public:
     void NextDlgCtrl() const;
     void PrevDlgCtrl() const;
     /// Gives the focus, and selects the text of an edit control.
-    void GotoDlgCtrl(CWnd* control);
+    void GotoDlgCtrl(CWnd* control) const;
     DWORD GetDefID() const; ///< the default button's id, with DC_HASDEFID in the high word; or 0
     void SetDefID(UINT id);
     /// Dialog units to pixels.
@@ -90,20 +92,24 @@ public:
     LRESULT DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
 
 protected:
-    BOOL OnCommand(WPARAM wParam, LPARAM lParam) override;
+    void PostNcDestroy() override;
     void OnClose();
     DECLARE_MESSAGE_MAP()
 
 private:
-    BOOL Build(const CDialogTemplate& description, CWnd* parent);
+    BOOL Build(CWnd* parent);
+    BOOL MakeItems();
+    void Measure();
     void FocusFirst();
+    void RunLoop();
 
     CDialogTemplate m_template{};
     CWnd* m_parent = nullptr;
     CFont m_font;
-    SIZE m_units{0, 0}; ///< average width and height of a character
+    SIZE m_units{1, 1}; ///< average width and height of a character
     UINT m_defaultId = 0;
     int m_result = -1;
+    QEventLoop* m_loop = nullptr;
     BOOL m_hasTemplate = FALSE;
     BOOL m_modal = FALSE;
     BOOL m_ended = FALSE;

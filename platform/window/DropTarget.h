@@ -8,7 +8,7 @@
 
 class QMimeData;
 namespace vnbytstr::detail {
-class DropFilter;
+class TargetSink;
 }
 
 using CLIPFORMAT = WORD;
@@ -52,7 +52,7 @@ private:
 class VNBYTSTR_API COleDropTarget : public CCmdTarget {
     DECLARE_DYNAMIC(COleDropTarget)
 public:
-    COleDropTarget();
+    COleDropTarget() = default;
     ~COleDropTarget() override;
 
     /// From now on this object is told of drags over `window` (until Revoke, or the window's end).
@@ -70,6 +70,5 @@ public:
     HWND m_hWnd = nullptr;
 
 private:
-    friend class vnbytstr::detail::DropFilter;
-    std::unique_ptr<vnbytstr::detail::DropFilter> m_filter;
+    friend class vnbytstr::detail::TargetSink;
 };

@@ -56,7 +56,7 @@ public:
     BOOL Undo();
     void EmptyUndoBuffer();
     BOOL SetReadOnly(BOOL readOnly = TRUE);
-    /// Shows every character as this one (a bullet for '*'); 0 shows the text.
+    /// Hides the characters behind bullets (whatever `ch` is); 0 shows them.
     void SetPasswordChar(char ch);
     char GetPasswordChar() const;
     BOOL SetCueBanner(LPCTSTR text);

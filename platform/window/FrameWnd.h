@@ -1,11 +1,15 @@
 // CFrameWnd, a program's top-level window: menu bar, keys, status line, and a view that fills the
-// rest.
+// rest. Menu bar and status line are child windows inside the client area, which GetPaneRect is
+// what is left of.
+//
+// Commands go to the view first, then to the frame, then to the program.
 #pragma once
 
 #include "Menu.h"
 #include "Wnd.h"
 
 inline constexpr UINT AFX_IDW_STATUS_BAR = 0xE801;
+inline constexpr UINT AFX_IDW_MENU_BAR = 0xE802;
 inline constexpr UINT AFX_IDW_PANE_FIRST = 0xE900; ///< the id of the view
 
 class VNBYTSTR_API CFrameWnd : public CWnd {
@@ -21,9 +25,12 @@ public:
 
     /// The menu bar; the menu belongs to the window from there on. Its items ask
     /// ON_UPDATE_COMMAND_UI when they are shown.
+    /// The menu bar (null: none). The menu belongs to the window from there on, and `menu` lets go
+    /// of it. Its items ask ON_UPDATE_COMMAND_UI when they are shown.
     BOOL SetMenu(CMenu* menu);
     CMenu* GetMenu() const;
-    void DrawMenuBar(); ///< after changes of the bar itself; not needed, kept for callers
+    /// To be called after changes of the bar itself; those of its popups are seen when they open.
+    void DrawMenuBar();
     /// The keys; the table must outlive the window.
     void SetAccelerators(const CAcceleratorTable* table) { m_accelerators = table; }
 
@@ -39,21 +46,18 @@ public:
     /// The place the view has, or would have.
     void GetPaneRect(LPRECT rect) const;
 
-    /// Items and keys without a handler are disabled unless this is FALSE.
-    BOOL m_bAutoMenuEnable = TRUE;
-
     BOOL PreTranslateMessage(MSG* message) override;
     BOOL OnCmdMsg(UINT id, int code, void* extra) override;
 
 protected:
     void OnSize(UINT type, int cx, int cy);
     void OnSetFocus(CWnd* old);
-    void OnDestroy();
-    void OnInitMenuPopup(CMenu* popup, UINT index, BOOL system);
-    LRESULT OnInitMenuPopupMessage(WPARAM wParam, LPARAM lParam);
+    LRESULT OnInitMenuPopup(WPARAM wParam, LPARAM lParam);
     DECLARE_MESSAGE_MAP()
 
 private:
     const CAcceleratorTable* m_accelerators = nullptr;
+    HMENU m_menu = nullptr;
+    CWnd m_menuBar;
     CWnd m_statusLine;
 };

@@ -30,7 +30,6 @@ public:
     int GetText(int row, LPTSTR buffer) const;  ///< the buffer needs GetTextLen + 1 bytes
     void GetText(int row, CString& text) const; ///< empty for a row that is not there
     int GetTextLen(int row) const;
-    void SetColumnWidth(int width);
     UINT ItemFromPoint(CPoint point, BOOL& outside) const; ///< the nearest row
 
     int GetCurSel() const; ///< single selection: -1 for none

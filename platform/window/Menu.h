@@ -75,11 +75,6 @@ public:
     HMENU m_hMenu = nullptr;
 };
 
-/// Gives a top-level window its menu bar (null: none), above the client area; CFrameWnd::SetMenu.
-/// The menu belongs to the window from there on. FALSE when the window has no place for one.
-VNBYTSTR_API BOOL SetMenu(HWND window, HMENU menu);
-VNBYTSTR_API HMENU GetMenu(HWND window);
-
 inline constexpr BYTE FVIRTKEY = 0x01;
 inline constexpr BYTE FSHIFT = 0x04;
 inline constexpr BYTE FCONTROL = 0x08;

@@ -61,6 +61,9 @@ struct WindowClass {
 /// GetClassInfo) needs one: see RegisterSystemClasses in Window.cpp, where each class has a line.
 void RegisterSystemClass(const char* name, UINT style,
                          std::unique_ptr<SystemControl> (*makeControl)(Window&));
+/// As RegisterClass and UnregisterClass.
+bool AddWindowClass(const WNDCLASS& info);
+bool RemoveWindowClass(std::string_view name);
 /// Null when there is none.
 const WindowClass* FindWindowClass(std::string_view name);
 
@@ -86,6 +89,7 @@ public:
     /// Window's widget, or null.
     static Window* Create(CREATESTRUCT& create, CWnd* object, QWidget* host);
     void Destroy();
+    ~Window(); ///< DestroyRecords alone does it
 
     HWND Handle() { return reinterpret_cast<HWND>(this); }
     WindowWidget* Widget() const { return m_widget; }
@@ -135,6 +139,8 @@ public:
     /// Lays scroll bars and hosted widget out and sends WM_SIZE when the client area changed.
     void UpdateLayout();
     void Invalidate(const RECT* rect); ///< null: all
+    /// Gives the focus to the next (previous) window that Tab goes to; false when there is none.
+    bool FocusNext(bool next);
 
     // Scroll bars: WS_VSCROLL and WS_HSCROLL in the style tell whether they are shown.
     void ShowScrollBar(int bar, bool show);
@@ -164,8 +170,7 @@ public:
 
 private:
     friend class WindowWidget;
-    explicit Window(const WindowClass& windowClass) : m_class(&windowClass) {}
-    ~Window();
+    explicit Window(const WindowClass& windowClass);
     void DestroyRecords(bool widgetEnds);
     void OnWidgetEnds();
     bool FinishCreation(CREATESTRUCT& create);

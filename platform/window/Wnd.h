@@ -250,9 +250,13 @@ protected:
 
     DECLARE_MESSAGE_MAP()
 
+    /// Offers a message that `child` sent to its parent to the child's own object.
+    static BOOL ReflectMessage(HWND child, UINT message, WPARAM wParam, LPARAM lParam,
+                               LRESULT* result);
+
 private:
     friend class vnbytstr::detail::Window;
-    LRESULT HandleCommand(WPARAM wParam, LPARAM lParam, BOOL& handled);
+    static LRESULT Dispatch(CWnd& object, UINT message, WPARAM wParam, LPARAM lParam);
     BOOL ReflectChildNotify(UINT message, WPARAM wParam, LPARAM lParam, LRESULT* result);
     BOOL m_subclassed = FALSE; ///< takes the window's messages (Create, SubclassWindow)
 };

@@ -1,0 +1,3 @@
+#include "AccessibleTable.h"
+
+void NotifyAccessibility(HWND, AccessibleChange, int, int) {}

@@ -1,0 +1,44 @@
+// What a spin button counts: range, position, wrapping, acceleration, and the number as text. It
+// knows no window. Inside platform/window only.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace vnbytstr::detail {
+
+// Invariant: the position lies in the range; the steps are in the order of their seconds.
+class SpinCounter {
+public:
+    int Lower() const { return m_lower; }
+    int Upper() const { return m_upper; }
+    int Position() const { return m_position; }
+    int Base() const { return m_base; }
+    const std::vector<std::pair<unsigned, unsigned>>& Steps() const { return m_steps; }
+
+    void SetRange(int lower, int upper);
+    int SetPosition(int position); ///< confined; returns the one before
+    int SetBase(int base);         ///< 10 or 16; the one before, 0 for others
+    void SetSteps(std::vector<std::pair<unsigned, unsigned>> steps);
+
+    bool Contains(int position) const;
+    /// How much one step counts after that many seconds, towards the upper (or lower) end.
+    int Delta(bool up, int seconds) const;
+    /// The position that a step of `delta` leads to: past an end it wraps or stays at the end.
+    int After(int delta, bool wrap) const;
+
+    std::string Text(int position, char group) const; ///< group 0: no thousands separators
+    std::optional<int> Parse(std::string_view text, char group) const;
+
+private:
+    int m_lower = 100;
+    int m_upper = 0;
+    int m_position = 0;
+    int m_base = 10;
+    std::vector<std::pair<unsigned, unsigned>> m_steps{{0, 1}, {2, 5}, {5, 20}};
+};
+
+} // namespace vnbytstr::detail

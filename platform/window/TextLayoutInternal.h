@@ -1,0 +1,43 @@
+// Single lines of text, shaped once and kept: lists draw the same texts again and again.
+#pragma once
+
+#include <QFont>
+#include <QGlyphRun>
+#include <QList>
+#include <QPointF>
+
+#include <string_view>
+
+class QPainter;
+
+namespace vnbytstr::detail {
+
+/// A shaped line.
+struct TextLine {
+    QList<QGlyphRun> runs;
+    double width = 0; ///< advance, in pixels
+    double ascent = 0;
+    double height = 0;
+
+    /// `position` is the line's left top.
+    void Draw(QPainter& painter, QPointF position) const;
+};
+
+/// How a line is to be shaped.
+struct TextStyle {
+    const QFont& font;
+    unsigned fontSerial; ///< of the font's handle; the same number is the same font
+    bool rightToLeft = false;
+};
+
+/// Of a longer text only that many bytes are looked at: no screen shows more.
+inline constexpr std::size_t kMaxDrawnBytes = 65536;
+
+/// The text in one line; control characters are drawn as spaces. Good until the next call.
+const TextLine& ShapeText(std::string_view text, const TextStyle& style);
+/// The same, cut with an ellipsis where it is wider than `width` pixels.
+const TextLine& ShapeElided(std::string_view text, const TextStyle& style, int width);
+/// Forgets all lines (the application's font changed).
+void ForgetShapedText();
+
+} // namespace vnbytstr::detail

@@ -1,0 +1,40 @@
+#include "WidgetDetails.h"
+
+#include "ButtonControlInternal.h"
+#include "ComboControlInternal.h"
+#include "EditControlInternal.h"
+#include "FrameControlsInternal.h"
+#include "ProgressControlInternal.h"
+#include "SpinControlInternal.h"
+#include "StaticControlInternal.h"
+#include "WindowWidgetInternal.h"
+
+#include <QComboBox>
+#include <QFrame>
+#include <QLineEdit>
+
+namespace vnbytstr::detail {
+
+QWidget* HostParent(Window& window) { return window.Widget(); }
+
+void HostControl(Window& window, QWidget* inner) {
+    // The window draws the border that its style asks for.
+    if (auto* line = qobject_cast<QLineEdit*>(inner))
+        line->setFrame(false);
+    if (auto* frame = qobject_cast<QFrame*>(inner))
+        frame->setFrameShape(QFrame::NoFrame);
+    window.Host(inner);
+}
+
+void RegisterControlClasses() {
+    RegisterSystemClass("EDIT", CS_DBLCLKS, MakeControl<EditControl>);
+    RegisterSystemClass("COMBOBOX", CS_DBLCLKS, MakeControl<ComboControl>);
+    RegisterSystemClass("BUTTON", CS_DBLCLKS, MakeControl<ButtonControl>);
+    RegisterSystemClass("STATIC", CS_DBLCLKS, MakeControl<StaticControl>);
+    RegisterSystemClass("msctls_updown32", CS_DBLCLKS, MakeControl<SpinControl>);
+    RegisterSystemClass("msctls_progress32", 0, MakeControl<ProgressControl>);
+    RegisterSystemClass("msctls_statusbar32", 0, MakeControl<StatusControl>);
+    RegisterSystemClass("MenuBar", 0, MakeControl<MenuBarControl>);
+}
+
+} // namespace vnbytstr::detail
