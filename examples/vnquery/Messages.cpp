@@ -16,7 +16,7 @@ constexpr UINT kLast = 41999;
 std::vector<std::string> ReadTexts() {
     // Without a library to begin with, each text would be looked for in the English one, which
     // would be loaded every time.
-    static const HINSTANCE library = LoadResourceDLL("vnurc");
+    const HINSTANCE library = LoadResourceDLL("vnurc");
     std::vector<std::string> texts(kLast - kFirst + 1);
     for (UINT id = kFirst; library && id <= kLast; ++id) {
         CString text;

@@ -70,6 +70,7 @@ void AddQueryOptions(CLI::App& app, Options& options) {
         ->type_name("STRING")
         ->excludes("--db");
     app.add_option("--sql", options.sql, Text(IDS_VQ_CL_SQL))->type_name("TEXT");
+    app.add_flag("--window", options.window, Text(IDS_VQ_CL_WINDOW));
 }
 
 void AddDisplayOptions(CLI::App& app, Options& options, RawOptions& raw) {
@@ -206,8 +207,18 @@ void SetRequests(Options& options, const RawOptions& raw) {
     options.translate = TranslateRequest{from, to, raw.translate[1], raw.translate[2]};
 }
 
+/// A window does by its menus what the other options do.
+void CheckWindow(const CLI::App& app) {
+    for (const CLI::Option* option : app.get_options()) {
+        const std::string name = option->get_name();
+        if (option->count() > 0 && name != "--window" && name != "--db" && name != "--connect" &&
+            name != "--sql")
+            throw Failure(kBadUsage, Text(IDS_VQ_CL_WINDOW_ALONE, {name}));
+    }
+}
+
 void CheckComplete(const Options& options) {
-    if (options.helpTopic)
+    if (options.window || options.helpTopic)
         return;
     const bool hasSource = !options.database.empty() || !options.connection.empty();
     if (options.translate || options.des) {
@@ -230,7 +241,7 @@ std::optional<Options> ParseOptions(int argc, char** argv) {
     app.set_version_flag("--version", "vnquery " VNQUERY_VERSION);
     Options options;
     app.add_option("--help-topic", options.helpTopic,
-                   "Open a help page by its number (1: queries ... 7: settings; 100000: contents)")
+                   Text(IDS_VQ_CL_HELP_TOPIC))
         ->type_name("ID");
     RawOptions raw;
     AddQueryOptions(app, options);
@@ -248,6 +259,8 @@ std::optional<Options> ParseOptions(int argc, char** argv) {
     }
     SetFormats(app, options, raw);
     SetRequests(options, raw);
+    if (options.window)
+        CheckWindow(app);
     CheckComplete(options);
     return options;
 }

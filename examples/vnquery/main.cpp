@@ -1,22 +1,24 @@
 // vnquery: runs a query, displays the result, saves and exports it. What it does step by step
 // stands in Run; each step has a file of its own.
 
+#include "Connection.h"
 #include "DesFile.h"
 #include "ExportFile.h"
 #include "Failure.h"
+#include "HelpPages.h"
 #include "Messages.h"
-#include "OdbcSource.h"
 #include "Options.h"
 #include "Process.h"
 #include "Progress.h"
 #include "ResultPrinter.h"
-#include "SqliteSource.h"
 #include "Statistics.h"
 #include "Translation.h"
 #include "ValueSaver.h"
 
-#include <vnbytstr/HTMLHelp.h>
-#include <vnbytstr/Language.h>
+#ifdef VNQUERY_WINDOW
+#include "window/WindowProgram.h"
+#endif
+
 
 #include <algorithm>
 #include <cstdio>
@@ -26,14 +28,9 @@ namespace vnquery {
 
 namespace {
 
-std::unique_ptr<RowSource> OpenSource(const Options& options) {
-    if (!options.database.empty())
-        return std::make_unique<SqliteSource>(options.database, options.sql);
-    return std::make_unique<OdbcSource>(options.connection, options.sql);
-}
-
 ResultSet RunQuery(const Options& options) {
-    const std::unique_ptr<RowSource> source = OpenSource(options);
+    const std::unique_ptr<RowSource> source =
+        OpenSource({options.database, options.connection}, options.sql, SourceUse::ReadOnly);
     ResultSet result(source->GetColumns());
     TerminalProgress progress(Text(IDS_VQ_READING));
     result.Fetch(*source, progress);
@@ -63,16 +60,19 @@ void SaveValues(ResultSet& result, const std::vector<SaveRequest>& saves,
     }
 }
 
-/// Opens a help page in the browser of the desktop, or says why it cannot.
-void OpenHelp(DWORD topic) {
-    LoadResourceDLL("vnurc");
-    constexpr UINT kTopicItself = 0;
-    CVNHTMLHelp("xdg-open").DoHtmlHelp(topic, kTopicItself);
+#ifdef VNQUERY_WINDOW
+int OpenWindow(const Options& options, int argc, char** argv) {
+    return RunWindow(argc, argv, {{options.database, options.connection}, options.sql});
 }
+#else
+int OpenWindow(const Options&, int, char**) {
+    throw Failure(kBadUsage, Text(IDS_VQ_CL_NO_WINDOWS));
+}
+#endif
 
 void Run(const Options& options) {
     if (options.helpTopic) {
-        OpenHelp(*options.helpTopic);
+        OpenHelpPage(*options.helpTopic);
         return;
     }
     if (options.translate) {
@@ -107,7 +107,10 @@ int main(int argc, char** argv) {
     using namespace vnquery;
     PrepareProcess();
     try {
-        if (const std::optional<Options> options = ParseOptions(argc, argv))
+        const std::optional<Options> options = ParseOptions(argc, argv);
+        if (options && options->window)
+            return OpenWindow(*options, argc, argv);
+        if (options)
             Run(*options);
         return kOk;
     } catch (const Interrupted&) {

@@ -40,19 +40,17 @@ enum Control : unsigned {
     kIdSql,
     kIdProgress,
     kIdResult,
-    kIdHeadings,
+    kIdResultHeadings,
 };
 
 /// Help pages, by their numbers in the index.
 enum HelpTopic : unsigned {
     kHelpContents = 100000,
     kHelpConnect = 1,
-    kHelpQuery = 2,
-    kHelpEdit = 3,
-    kHelpValues = 4,
-    kHelpExport = 5,
-    kHelpGlobals = 6,
-    kHelpLanguage = 7,
+    kHelpExport = 4,
+    kHelpSettings = 7,
+    kHelpWindow = 8,
+    kHelpValues = 9,
 };
 
 } // namespace vnquery

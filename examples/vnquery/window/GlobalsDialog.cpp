@@ -57,7 +57,7 @@ ON_MESSAGE(VNM_EDITORCLOSED, OnEditorClosed)
 END_MESSAGE_MAP()
 
 GlobalsDialog::GlobalsDialog(CWnd* parent)
-    : TextDialog(IDS_VQ_G_TITLE, 400, 260, kHelpGlobals, parent), m_list(m_rows) {
+    : TextDialog(IDS_VQ_G_TITLE, 400, 260, kHelpSettings, parent), m_list(m_rows) {
     AddControl("STATIC", Text(IDS_VQ_G_HINT), 0xFFFF, SS_NOPREFIX, 7, 7, 386, 9);
     AddControl("STATIC", "", kIdPlace, 0, 7, 20, 386, 192);
     AddCheck(kIdKeep, IDS_VQ_G_KEEP, 7, 218, 386);
@@ -202,7 +202,7 @@ void GlobalsDialog::OnCancel() {
 // --- a new variable ------------------------------------------------------------------------------
 
 NewVariableDialog::NewVariableDialog(CWnd* parent)
-    : TextDialog(IDS_VQ_G_NEW_TITLE, 220, 66, kHelpGlobals, parent) {
+    : TextDialog(IDS_VQ_G_NEW_TITLE, 220, 66, kHelpSettings, parent) {
     AddLabel(IDS_VQ_G_NEW_NAME, 7, 9, 60);
     AddEdit(kIdName, 70, 7, 143);
     AddLabel(IDS_VQ_G_NEW_VALUE, 7, 26, 60);

@@ -16,7 +16,7 @@ constexpr UINT kOptionsRoot = 3;
 } // namespace
 
 LanguageDialog::LanguageDialog(CWnd* parent)
-    : TextDialog(IDS_VQ_L_TITLE, 200, 64, kHelpLanguage, parent) {
+    : TextDialog(IDS_VQ_L_TITLE, 200, 64, kHelpSettings, parent) {
     AddLabel(IDS_VQ_L_LANGUAGE, 7, 9, 70);
     AddCombo(kIdLanguage, 80, 7, 113, CBS_DROPDOWNLIST, 150);
     AddOkCancel(IDS_VQ_OK);

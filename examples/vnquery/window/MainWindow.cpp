@@ -182,8 +182,6 @@ BOOL MainWindow::PreTranslateMessage(MSG* message) {
     return CFrameWnd::PreTranslateMessage(message);
 }
 
-void MainWindow::PostNcDestroy() { AfxPostQuitMessage(0); }
-
 // --- what the view tells -------------------------------------------------------------------------
 
 void MainWindow::ShowStatus(const std::string& text) { SetMessageText(text.c_str()); }

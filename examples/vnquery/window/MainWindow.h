@@ -18,7 +18,6 @@ public:
     void Connect(const Connection& connection);
 
     BOOL PreTranslateMessage(MSG* message) override;
-    void PostNcDestroy() override;
 
 protected:
     void OnClose();

@@ -59,7 +59,7 @@ int QueryView::OnCreate(LPCREATESTRUCT create) {
         m_runButton.Create("", tab | BS_PUSHBUTTON, nowhere, this, kCmdRun) &&
         m_stopButton.Create("", tab | BS_PUSHBUTTON | WS_DISABLED, nowhere, this, kCmdStop) &&
         m_progress.Create(WS_CHILD | PBS_MARQUEE, nowhere, this, kIdProgress) &&
-        m_list.CreateList(this, kIdResult, kIdHeadings);
+        m_list.CreateList(this, kIdResult, kIdResultHeadings);
     if (!isMade)
         return -1;
     m_sqlFont.CreatePointFont(110, "Monospace");

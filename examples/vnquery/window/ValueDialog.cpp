@@ -162,7 +162,7 @@ void ValueDialog::ShowBytes(DWORD firstLine) {
     GetDlgItem(kIdBytes)->SetWindowText(dump.GetLines(firstLine, kLinesPerPage).c_str());
     const DWORD length = Shown().GetLength();
     const DWORD lines = dump.GetLineCount();
-    const DWORD end = std::min<ULONGLONG>(
+    const ULONGLONG end = std::min<ULONGLONG>(
         length, (ULONGLONG{firstLine} + kLinesPerPage) * HexDump::kBytesPerLine);
     const std::string page =
         Text(IDS_VQ_V_PAGE, {GroupDigits(length ? firstLine * HexDump::kBytesPerLine + 1ull : 0),

@@ -38,9 +38,7 @@ int RunWindow(int argc, char** argv, const WindowStart& start) {
     window.GetView().SetSql(start.sql);
     if (!start.connection.IsEmpty() && !start.sql.empty())
         window.GetView().Run();
-    const int result = application.Run();
-    GetGlobals().SaveToRegistry();
-    return result;
+    return application.Run();
 }
 
 } // namespace vnquery
