@@ -28,6 +28,7 @@ ON_WM_SIZE()
 ON_WM_TIMER()
 ON_WM_SETFOCUS()
 ON_WM_CONTEXTMENU()
+ON_WM_CTLCOLOR()
 ON_CONTROL(LBN_SELCHANGE, kIdResult, OnSelectionChanged)
 ON_MESSAGE(VNM_OPENCELL, OnOpenCell)
 ON_MESSAGE(VNM_STOREVALUE, OnStoreValue)
@@ -150,7 +151,16 @@ void QueryView::OnSize(UINT type, int cx, int cy) {
     Layout();
 }
 
-void QueryView::OnSetFocus(CWnd*) { (m_list.GetCount() > 0 ? static_cast<CWnd&>(m_list) : m_sql).SetFocus(); }
+void QueryView::OnSetFocus(CWnd*) {
+    CWnd& next = m_list.GetCount() > 0 ? static_cast<CWnd&>(m_list) : m_sql;
+    next.SetFocus();
+}
+
+/// Labels have the ground of the window around them.
+HBRUSH QueryView::OnCtlColor(CDC* dc, CWnd* control, UINT type) {
+    const bool isLabel = control == &m_databaseLabel || control == &m_sqlLabel;
+    return isLabel ? GetSysColorBrush(COLOR_3DFACE) : CWnd::OnCtlColor(dc, control, type);
+}
 
 void QueryView::GotoSql() {
     m_sql.SetFocus();

@@ -75,6 +75,7 @@ protected:
     void OnSize(UINT type, int cx, int cy);
     void OnTimer(std::uintptr_t id);
     void OnSetFocus(CWnd* old);
+    HBRUSH OnCtlColor(CDC* dc, CWnd* control, UINT type);
     void OnSelectionChanged();
     void OnContextMenu(CWnd* window, CPoint screen);
     LRESULT OnOpenCell(WPARAM column, LPARAM);

@@ -71,15 +71,38 @@ void ResultList::AppendRows(std::size_t count) {
 }
 
 void ResultList::FitNewColumns() {
+    std::vector<int> fitted;
+    int total = 0;
     for (int i = 0; i < GetNumColumns(); ++i) {
         const std::size_t column = m_document.GetLayout().order[static_cast<std::size_t>(i)];
-        if (m_document.GetLayout().widths[column] > 0)
-            continue;
-        AutoFitCol(i);
-        SetColumnWidth(i, std::clamp(GetColumnWidth(i), kMinWidth, kMaxWidth));
+        if (m_document.GetLayout().widths[column] == 0) {
+            SetColumnWidth(i, 0);
+            AutoFitCol(i);
+            SetColumnWidth(i, std::clamp(GetColumnWidth(i), kMinWidth, kMaxWidth));
+            fitted.push_back(i);
+        }
+        total += GetColumnWidth(i);
     }
+    CRect client;
+    GetClientRect(client);
+    ShareWidth(fitted, total - client.Width());
+    if (total < client.Width())
+        GetHeadings()->FixLastColWidth();
     GetHeadings()->Invalidate();
     Invalidate();
+}
+
+/// The list does not scroll sideways: where the columns do not fit, the widest give way first.
+void ResultList::ShareWidth(std::span<const int> columns, int excess) {
+    while (excess > 0) {
+        const auto widest = std::ranges::max_element(
+            columns, {}, [this](int column) { return GetColumnWidth(column); });
+        if (widest == columns.end() || GetColumnWidth(*widest) <= kMinWidth)
+            return;
+        const int step = std::min({excess, GetColumnWidth(*widest) - kMinWidth, 8});
+        SetColumnWidth(*widest, GetColumnWidth(*widest) - step);
+        excess -= step;
+    }
 }
 
 void ResultList::RefreshRow(std::size_t row) {

@@ -5,6 +5,8 @@
 
 #include <vnbytstr/ListBoxEx.h>
 
+#include <span>
+
 namespace vnquery {
 
 /// Shows a document. Besides the row it has a current cell, which the keyboard moves: left and
@@ -49,6 +51,7 @@ protected:
 
 private:
     CRect CellRect(int column, const RECT& row) const;
+    void ShareWidth(std::span<const int> columns, int excess);
     void MoveColumn(int by);
     void TakeColumn(CPoint point);
     bool SortByNumbers(int column);
