@@ -14,6 +14,12 @@
 
 namespace vnquery::test {
 
+namespace {
+
+bool IsShown(HWND window) { return CWnd::FromHandle(window)->IsWindowVisible() != FALSE; }
+
+} // namespace
+
 int Answers::MessageBox(const char* text, const char*, UINT, UINT) {
     m_texts.emplace_back(text ? text : "");
     if (m_answers.empty()) {
@@ -136,7 +142,12 @@ void WindowTest::WithDialog(const std::function<void()>& open,
             return;
         came = true;
         timer.stop();
+        const HWND handle = dialog->GetSafeHwnd();
         inside(*dialog);
+        if (IsWindow(handle) && IsShown(handle)) {
+            ADD_FAILURE() << "the dialog is still open";
+            SendMessage(handle, WM_COMMAND, IDCANCEL, 0);
+        }
     });
     timer.start(30);
     open();
