@@ -12,6 +12,19 @@ install(DIRECTORY platform/framework platform/system platform/companion
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vnbytstr/platform
         FILES_MATCHING PATTERN "*.h" PATTERN "*Internal.h" EXCLUDE)
 
+# The window layer and the controls: a component of their own, since only they need Qt.
+if(VNBYTSTR_CONTROLS)
+    install(TARGETS vnbytstr_controls EXPORT vnbytstrControlsTargets
+            LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+            RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+    install(DIRECTORY platform/window
+            DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vnbytstr/platform
+            FILES_MATCHING PATTERN "*.h" PATTERN "*Internal.h" EXCLUDE
+            PATTERN "ListBoxRows.h" EXCLUDE)
+    install(EXPORT vnbytstrControlsTargets NAMESPACE vnbytstr::
+            DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vnbytstr)
+endif()
+
 install(EXPORT vnbytstrTargets NAMESPACE vnbytstr::
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vnbytstr)
 configure_package_config_file(cmake/vnbytstrConfig.cmake.in

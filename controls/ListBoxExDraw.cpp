@@ -6,7 +6,8 @@
 #include "platform/system/CodePage.h"
 
 #include <algorithm>
-#include <climits>
+#include <functional>
+#include <utility>
 #include <vector>
 
 using namespace vnbytstr::detail;
@@ -17,6 +18,7 @@ namespace {
 constexpr int kFitGap = 4;
 /// Lists of more rows than this are measured by their visible and longest rows.
 constexpr int kMeasuredRows = 1000;
+constexpr int kRowsInView = 100; ///< as many as a screen shows
 /// No more of a text is measured; no screen shows more of it.
 constexpr std::size_t kMeasuredBytes = 4000;
 
@@ -136,6 +138,19 @@ void CListBoxEx::DrawColumns(CDC* dc, CRect rect, LPCTSTR text) {
 
 // --- fitting -------------------------------------------------------------------------------------
 
+/// The rows with the longest values of a column, by bytes; of equal ones the first.
+std::vector<int> CListBoxEx::LongestValues(int column, int most) const {
+    std::vector<std::pair<std::size_t, int>> lengths(static_cast<std::size_t>(GetCount()));
+    for (std::size_t row = 0; row < lengths.size(); ++row)
+        lengths[row] = {CellOf(static_cast<int>(row), column).size(), -static_cast<int>(row)};
+    const auto end = lengths.begin() + std::min<std::ptrdiff_t>(most, std::ssize(lengths));
+    std::nth_element(lengths.begin(), end, lengths.end(), std::greater<>());
+    std::vector<int> rows;
+    for (auto at = lengths.begin(); at != end; ++at)
+        rows.push_back(-at->second);
+    return rows;
+}
+
 int CListBoxEx::MeasureColumn(int column) {
     CClientDC dc(this);
     const auto widthOf = [&dc](std::string_view text) {
@@ -160,25 +175,16 @@ int CListBoxEx::MeasureColumn(int column) {
             width = std::max<int>(width, widthOf(value) + record.m_nSpacing + m_nOffset + kFitGap);
     };
     const int count = GetCount();
-    int least = 0;
-    if (count > kMeasuredRows) {
-        // The rows with the longest values; all of the same length as the last of them are many.
-        std::vector<std::size_t> lengths(static_cast<std::size_t>(count));
+    if (count <= kMeasuredRows) {
         for (int row = 0; row < count; ++row)
-            lengths[static_cast<std::size_t>(row)] = CellOf(row, column).size();
-        const auto middle = lengths.begin() + kMeasuredRows / 2;
-        std::nth_element(lengths.begin(), middle, lengths.end(), std::greater<>());
-        least = static_cast<int>(std::min<std::size_t>(*middle, INT_MAX));
+            measure(row);
+    } else {
         const int top = static_cast<int>(SendMessage(LB_GETTOPINDEX));
-        for (int row = top; row < std::min(count, top + 100); ++row)
+        for (int row = top; row < std::min(count, top + kRowsInView); ++row)
+            measure(row);
+        for (const int row : LongestValues(column, kMeasuredRows))
             measure(row);
     }
-    int measured = 0;
-    for (int row = 0; row < count && measured < kMeasuredRows; ++row)
-        if (static_cast<int>(std::min<std::size_t>(CellOf(row, column).size(), INT_MAX)) >= least) {
-            measure(row);
-            ++measured;
-        }
     if (old != nullptr)
         dc.SelectObject(old);
     return width;

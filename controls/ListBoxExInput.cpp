@@ -103,13 +103,13 @@ void CListBoxEx::OnWindowPosChanging(WINDOWPOS* place) {
 }
 
 void CListBoxEx::OnVScroll(UINT code, UINT position, CWnd* bar) {
-    const Lifeline life(this);
-    if (!CellEnter(TRUE) || !life.Holds()) // an editor does not scroll with its row
-        return;
     static_cast<void>(code);
     static_cast<void>(position);
-    static_cast<void>(bar);
-    Default();
+    if (bar != nullptr)
+        return; // an editor's spinner counts: that is no scrolling of the list
+    const Lifeline life(this);
+    if (CellEnter(TRUE) && life.Holds()) // an editor does not scroll with its row
+        Default();
 }
 
 BOOL CListBoxEx::OnMouseWheel(UINT flags, short delta, CPoint screen) {

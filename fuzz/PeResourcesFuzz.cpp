@@ -1,7 +1,7 @@
 // Reading the resources of any bytes: what is listed is there, once and not empty, and no longer
 // than the file is.
 #include "fuzz/FuzzInput.h"
-#include "platform/system/PeResources.h"
+#include "platform/system/PeResourcesInternal.h"
 
 #include <algorithm>
 

@@ -15,7 +15,6 @@
 #include <cstring>
 #include <string_view>
 
-using vnbytstr::Collation;
 using vnbytstr::detail::BuiltInVar;
 using vnbytstr::detail::FindBuiltIn;
 using vnbytstr::detail::FindKnownName;

@@ -113,7 +113,7 @@ CString GetUILanguage() {
     return WithoutExceptions(
         [] {
             Trace("Entering GetUILanguage()");
-            const CString value = VNGetProfileString(3, "Options", "UILanguage", "", 0);
+            CString value = VNGetProfileString(3, "Options", "UILanguage", "", 0);
             if (value.IsEmpty())
                 return vnbytstr::detail::GetDefaultUILanguage();
             Trace("\t%s specified in registry", static_cast<const char*>(value));

@@ -3,6 +3,7 @@
 
 #include "platform/framework/Exception.h"
 
+#include <climits>
 #include <cstdio>
 #include <cstring>
 #include <optional>
@@ -288,6 +289,7 @@ int FormatString(CString& out, const char* format, std::va_list arguments) {
             if (length < 0)
                 return -1;
             std::string text(static_cast<std::size_t>(length) + 1, '\0');
+            // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): it is the caller's
             std::vsnprintf(text.data(), text.size(), rewritten.c_str(), arguments);
             text.pop_back();
             return Assign(out, text);

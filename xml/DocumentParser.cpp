@@ -28,11 +28,20 @@ void DocumentParser::startDocument() {
     DOMLSParserImpl::startDocument();
 }
 
+void DocumentParser::doctypeDecl(const DTDElementDecl& root, const XMLCh* publicId,
+                                 const XMLCh* systemId, bool hasInternalSubset,
+                                 bool hasExternalSubset) {
+    DOMLSParserImpl::doctypeDecl(root, publicId, systemId, hasInternalSubset, hasExternalSubset);
+    getScanner()->setHasNoDTD(true);
+}
+
 void DocumentParser::startElement(const XMLElementDecl& declaration, unsigned int uri,
                                   const XMLCh* prefix, const RefVectorOf<XMLAttr>& attributes,
                                   XMLSize_t count, bool isEmpty, bool isRoot) {
     if (m_depth >= kMaxDepth)
-        RefuseDepth();
+        Refuse(u"elements are nested more than 1000 deep");
+    if (m_depth == 0)
+        getScanner()->setHasNoDTD(true);
     // The parser ends an empty element itself, within the call.
     ++m_depth;
     DOMLSParserImpl::startElement(declaration, uri, prefix, attributes, count, isEmpty, isRoot);
@@ -44,12 +53,13 @@ void DocumentParser::endElement(const XMLElementDecl& declaration, unsigned int 
     --m_depth;
 }
 
-void DocumentParser::RefuseDepth() {
+void DocumentParser::Refuse(const XMLCh* reason) {
     const Locator* const place = getScanner()->getLocator();
-    error(XMLErrs::ExpectedEndOfTagX, XMLUni::fgXMLErrDomain, XMLErrorReporter::ErrType_Fatal,
-          u"elements are nested more than 1000 deep", place->getSystemId(), place->getPublicId(),
-          place->getLineNumber(), place->getColumnNumber());
-    throw static_cast<XMLErrs::Codes>(XMLErrs::ExpectedEndOfTagX); // without an error handler
+    constexpr auto kCode = XMLErrs::ExpectedEndOfTagX; // the parser has none for this
+    error(kCode, XMLUni::fgXMLErrDomain, XMLErrorReporter::ErrType_Fatal, reason,
+          place->getSystemId(), place->getPublicId(), place->getLineNumber(),
+          place->getColumnNumber());
+    throw static_cast<XMLErrs::Codes>(kCode); // when no error handler did
 }
 
 } // namespace vnbytstr::detail

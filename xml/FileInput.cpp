@@ -7,6 +7,7 @@
 #include <xercesc/util/BinInputStream.hpp>
 
 #include <string_view>
+#include <utility>
 
 namespace vnbytstr::detail {
 
@@ -36,8 +37,8 @@ std::string WithoutEscapes(std::string_view text) {
 
 class FileStream final : public xercesc::BinInputStream {
 public:
-    FileStream(System& system, FileHandle handle, bool& hasFailed)
-        : m_system(system), m_handle(handle), m_hasFailed(hasFailed) {}
+    FileStream(System& system, FileHandle handle, bool& hasFailed, ParseBudget& budget)
+        : m_system(system), m_handle(handle), m_hasFailed(hasFailed), m_budget(budget) {}
     ~FileStream() override { m_system.CloseFile(m_handle); }
     FileStream(const FileStream&) = delete;
     FileStream& operator=(const FileStream&) = delete;
@@ -52,6 +53,7 @@ public:
             return 0;
         }
         m_position += done;
+        m_budget.Add(done * kBudgetPerByte);
         return done;
     }
 
@@ -59,6 +61,7 @@ private:
     System& m_system;
     FileHandle m_handle;
     bool& m_hasFailed;
+    ParseBudget& m_budget;
     XMLFilePos m_position = 0;
 };
 
@@ -77,8 +80,8 @@ std::string FileNameOf(const char* nameOrUri) {
     return WithoutEscapes(text);
 }
 
-FileInput::FileInput(std::string name, xercesc::MemoryManager* memory)
-    : InputSource(WideText(name).c_str(), memory), m_name(std::move(name)) {}
+FileInput::FileInput(std::string name, ParseBudget& budget)
+    : InputSource(WideText(name).c_str(), &budget), m_name(std::move(name)), m_budget(budget) {}
 
 xercesc::BinInputStream* FileInput::makeStream() const {
     System& system = System::Current();
@@ -90,7 +93,7 @@ xercesc::BinInputStream* FileInput::makeStream() const {
         system.CloseFile(handle);
         return nullptr;
     }
-    return new (getMemoryManager()) FileStream(system, handle, m_hasFailed);
+    return new (getMemoryManager()) FileStream(system, handle, m_hasFailed, m_budget);
 }
 
 } // namespace vnbytstr::detail

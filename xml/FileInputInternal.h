@@ -1,6 +1,8 @@
 // A file as the parser's input, read through the system's seam.
 #pragma once
 
+#include "xml/ParserMemoryInternal.h"
+
 #include <xercesc/sax/InputSource.hpp>
 
 #include <string>
@@ -13,7 +15,8 @@ std::string FileNameOf(const char* nameOrUri);
 
 class FileInput final : public xercesc::InputSource {
 public:
-    FileInput(std::string name, xercesc::MemoryManager* memory);
+    /// Every byte read adds to the budget of the parse.
+    FileInput(std::string name, ParseBudget& budget);
 
     /// Null when the file cannot be opened or is a folder.
     xercesc::BinInputStream* makeStream() const override;
@@ -22,6 +25,7 @@ public:
 
 private:
     std::string m_name;
+    ParseBudget& m_budget;
     mutable bool m_hasFailed = false;
 };
 

@@ -17,6 +17,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <new>
+#include <utility>
 
 namespace vnbytstr::detail {
 
@@ -162,6 +163,35 @@ std::size_t ParserMemory::LiveBlocks() const {
     for (const auto& region : m_regions)
         live += region->m_live;
     return live;
+}
+
+void ParseBudget::Begin(std::size_t bytes, std::function<void()> refuse) {
+    m_refuse = std::move(refuse);
+    m_left = bytes;
+    m_isExceeded = false;
+    m_isCounting = true;
+}
+
+void ParseBudget::Add(std::size_t bytes) noexcept { m_left += std::min(bytes, SIZE_MAX - m_left); }
+
+bool ParseBudget::End() noexcept {
+    m_isCounting = false;
+    return m_isExceeded;
+}
+
+void* ParseBudget::allocate(XMLSize_t size) {
+    if (m_isCounting && size > m_left) {
+        m_isCounting = false;
+        m_isExceeded = true;
+        m_refuse();
+    }
+    if (m_isCounting)
+        m_left -= size;
+    return ParserMemory::Process().allocate(size);
+}
+
+xercesc::MemoryManager* ParseBudget::getExceptionMemoryManager() {
+    return ParserMemory::Process().getExceptionMemoryManager();
 }
 
 void ParserMemory::Check() const noexcept {

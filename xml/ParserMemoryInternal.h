@@ -4,6 +4,7 @@
 #include <xercesc/framework/MemoryManager.hpp>
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -45,6 +46,35 @@ private:
 
     mutable std::mutex m_mutex;
     std::vector<std::unique_ptr<Region>> m_regions; // the last one was added last
+};
+
+/// What a parse may take: this, and so much for each byte of the document (an element takes some
+/// 60).
+inline constexpr std::size_t kBudgetBase = std::size_t{256} << 20;
+inline constexpr std::size_t kBudgetPerByte = 512;
+
+/// The process's parser memory with a budget for one parse. Entities can make a small document ask
+/// for any amount of work, and the parser's own limit does not see all of it (it passes over those
+/// in the defaults of attributes); but whatever it does takes memory, a block of 150 KB for every
+/// resolved entity alone. What is given back does not count.
+class ParseBudget final : public xercesc::MemoryManager {
+public:
+    /// Begins a parse: `bytes` may be taken, then `refuse` is called once, which throws. What comes
+    /// after that, on the way out, is not counted.
+    void Begin(std::size_t bytes, std::function<void()> refuse);
+    void Add(std::size_t bytes) noexcept;
+    /// Returns whether the budget was exceeded.
+    bool End() noexcept;
+
+    void* allocate(XMLSize_t size) override;
+    void deallocate(void* block) override { ParserMemory::Process().deallocate(block); }
+    xercesc::MemoryManager* getExceptionMemoryManager() override;
+
+private:
+    bool m_isCounting = false;
+    bool m_isExceeded = false;
+    std::size_t m_left = 0;
+    std::function<void()> m_refuse;
 };
 
 } // namespace vnbytstr::detail

@@ -89,7 +89,7 @@ void CXMLVariant::SetRawData(const char* bytes, LONG n) {
     }
     if (n != m_length && !RedistributeMemory(n))
         AfxThrowMemoryException();
-    if (n > 0) {
+    if (m_data != nullptr) {
         std::memmove(m_data, bytes, length);
         m_data[length] = '\0';
     }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "xml/ChildListsInternal.h"
+#include "xml/ParserMemoryInternal.h"
 #include "xml/XercesTextInternal.h"
 
 #include "platform/framework/Exception.h"
@@ -15,6 +16,7 @@ class XercesState {
 public:
     NameCache names;
     ChildLists lists;
+    ParseBudget budget; // the builder's memory: it outlives that
 };
 
 inline xercesc::DOMDocument* DocumentOf(void* document) noexcept {

@@ -96,8 +96,8 @@ bool CXercesWrapper::FindImplementation() {
 xercesc::DOMLSParser* CXercesWrapper::GetDOMBuilder() {
     if (m_builder == nullptr && m_initialized)
         Attempt([&] {
-            xercesc::MemoryManager& memory = ParserMemory::Process();
-            m_builder = new (&memory) DocumentParser(&memory);
+            xercesc::MemoryManager* const memory = &m_state->budget;
+            m_builder = new (memory) DocumentParser(memory);
             return true;
         });
     return m_builder;
@@ -157,9 +157,8 @@ bool CXercesWrapper::LoadFile(const char* path) {
     if (!m_initialized)
         return false;
     return Attempt([&] {
-        FileInput source(path != nullptr ? FileNameOf(path) : std::string(),
-                         &ParserMemory::Process());
-        const bool isLoaded = Parse(source);
+        FileInput source(path != nullptr ? FileNameOf(path) : std::string(), m_state->budget);
+        const bool isLoaded = Parse(source, 0);
         if (!isLoaded || !source.HasFailed())
             return isLoaded;
         Free();
@@ -179,15 +178,15 @@ bool CXercesWrapper::LoadXML(const CString& text) {
             bytes = converted;
         }
         xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(bytes.data()),
-                                          bytes.size(), "prodInfo", false,
-                                          &ParserMemory::Process());
-        return Parse(source);
+                                          bytes.size(), "prodInfo", false, &m_state->budget);
+        return Parse(source, bytes.size());
     });
 }
 
-/// Parses `source` into the open document.
+/// Parses `source` into the open document. `size` is the length of the document as far as it is
+/// known beforehand.
 template <class Source>
-bool CXercesWrapper::Parse(Source& source) {
+bool CXercesWrapper::Parse(Source& source, std::size_t size) {
     xercesc::DOMLSParser* const builder = GetDOMBuilder();
     Free();
     m_origin = kLoaded;
@@ -201,12 +200,18 @@ bool CXercesWrapper::Parse(Source& source) {
                                           static_cast<const void*>(&handler));
     builder->resetDocumentPool();
     xercesc::DOMDocument* document = nullptr;
+    ParseBudget& budget = m_state->budget;
     const bool isParsed = Attempt([&] {
-        xercesc::Wrapper4InputSource input(&source, false, &ParserMemory::Process());
+        budget.Begin(kBudgetBase, [parser = static_cast<DocumentParser*>(builder)] {
+            parser->Refuse(u"the document asks for far more memory than its size is worth");
+        });
+        budget.Add(size * kBudgetPerByte);
+        xercesc::Wrapper4InputSource input(&source, false, &budget);
         document = builder->parse(&input);
         return true;
     });
-    if (!isParsed) { // it may be in the middle of something, for example without memory
+    if (budget.End() ||
+        !isParsed) { // it may be in the middle of something, for example without memory
         m_lastError = handler.getLastError();
         if (!handler.getSawErrors())
             Fail("", "The parser gave up; memory may be short");

@@ -298,6 +298,7 @@ private:
     std::string_view CellOf(int row, int column) const;
     int SendJoined(UINT message, int row, LPCTSTR first, std::va_list rest);
     CString TextToDraw(int row) const;
+    std::vector<int> LongestValues(int column, int most) const;
     int MeasureColumn(int column);
     int EffectiveEditorType(int row, int column) const;
     BOOL IsFileCell(int row, int column) const;

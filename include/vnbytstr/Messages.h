@@ -10,6 +10,7 @@
 #include "platform/framework/Types.h"
 
 #include <cstdarg>
+#include <cstddef>
 #include <span>
 #include <type_traits>
 

@@ -10,6 +10,7 @@
 #include "platform/framework/String.h"
 #include "platform/framework/Types.h"
 
+#include <cstddef>
 #include <map>
 #include <memory>
 
@@ -45,7 +46,9 @@ struct SEnumString {
 ///
 /// Documents may be hostile. Loading reads nothing but the file or text it is given: an external
 /// document type is passed over, an external entity in use fails the load. More than 1,000 resolved
-/// entities or 1,000 levels of elements fail it, too. Deeper documents can be made, but neither
+/// entities or 1,000 levels of elements fail it, too, and so does a document that takes far more
+/// memory than its size is worth (256 MiB and 512 times its bytes), or that refers to an entity it
+/// does not declare. Deeper documents can be made, but neither
 /// saved nor turned into text. Namespaces, schemas and validation are off; internal entities are
 /// replaced by their text.
 class VNBYTSTR_API CXercesWrapper : public CXMLParserWrapper {
@@ -169,7 +172,7 @@ private:
 
     class Mutation;
     template <class Source>
-    bool Parse(Source& source);
+    bool Parse(Source& source, std::size_t size);
     bool FindImplementation();
     bool DropBuilder() noexcept;
     void Fail(const char* place, const CString& message);

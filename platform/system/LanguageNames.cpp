@@ -321,7 +321,7 @@ std::string LanguageDisplayName(const std::string& locale) {
     std::u16string native = DisplayName(icu, icu.c_str());
     CapitalizeFirst(native);
     const CodePage& page = CodePage::Ansi();
-    const std::string text = page.FromWide(native);
+    std::string text = page.FromWide(native);
     if (!native.empty() && page.ToWide(text) == native)
         return text;
     return page.FromWide(DisplayName(icu, "en_US"));

@@ -5,7 +5,7 @@
 #include "platform/system/ResourceLibrary.h"
 
 #include "platform/system/CodePage.h"
-#include "platform/system/PeResources.h"
+#include "platform/system/PeResourcesInternal.h"
 #include "platform/system/System.h"
 
 #include <algorithm>

@@ -38,7 +38,7 @@ std::string FindInPath(const std::string& name) {
         const std::size_t end = std::min(path.find(':', begin), path.size());
         // An empty entry would be the working folder: nothing there is meant to be run.
         if (end > begin) {
-            const std::string candidate = path.substr(begin, end - begin) + "/" + name;
+            std::string candidate = path.substr(begin, end - begin) + "/" + name;
             if (IsExecutable(candidate))
                 return candidate;
         }
@@ -132,6 +132,7 @@ int Spawn(const std::string& program, std::vector<std::string> arguments, const 
             return ShellErrorOf(error);
     }
     std::vector<char*> pointers;
+    pointers.reserve(arguments.size() + 1);
     for (std::string& argument : arguments)
         pointers.push_back(argument.data());
     pointers.push_back(nullptr);

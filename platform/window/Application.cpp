@@ -1,5 +1,7 @@
 #include "Application.h"
 
+#include "AccessibleTableInternal.h"
+#include "WindowInteractionInternal.h"
 #include "WindowInternal.h"
 
 #include "../system/System.h"
@@ -99,15 +101,22 @@ BOOL AfxCanOpenWindows() {
 }
 
 void AfxInitWindows(int* argc, char** argv) {
-    if (qApp != nullptr)
+    static bool ready = false;
+    if (ready && qApp != nullptr)
         return;
-    static int noCount = 1;
-    static char name[] = "vnbytstr";
-    static char* noArguments[] = {name, nullptr};
-    // It lives until the process ends: windows may be static objects.
-    static QApplication* application =
-        new QApplication(argc != nullptr ? *argc : noCount, argv != nullptr ? argv : noArguments);
-    static_cast<void>(application);
+    ready = true;
+    if (qApp == nullptr) { // else it is a Qt program's own
+        static int noCount = 1;
+        static char name[] = "vnbytstr";
+        static char* noArguments[] = {name, nullptr};
+        // It lives until the process ends: windows may be static objects.
+        static QApplication* application = new QApplication(argc != nullptr ? *argc : noCount,
+                                                            argv != nullptr ? argv : noArguments);
+        static_cast<void>(application);
+    }
+    // After Qt's own, so that these are asked first.
+    vnbytstr::InstallWindowInteraction();
+    vnbytstr::detail::InstallAccessibility();
 }
 
 void AfxPumpMessages(int milliseconds) {

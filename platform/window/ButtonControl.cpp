@@ -97,7 +97,10 @@ void ButtonControl::MakeWidget() {
     if ((m_window.m_style & BS_LEFTTEXT) != 0)
         m_button->setLayoutDirection(
             m_button->layoutDirection() == Qt::LeftToRight ? Qt::RightToLeft : Qt::LeftToRight);
-    QObject::connect(m_button, &QAbstractButton::clicked, m_button, [this] { Clicked(); });
+    QObject::connect(m_button, &QAbstractButton::clicked, m_button, [this] {
+        const WindowWidget::EventScope scope;
+        Clicked();
+    });
     ShowText();
 }
 

@@ -86,6 +86,7 @@ int ComboControl::FieldHeight() const {
 // --- what the widget tells ----------------------------------------------------------------------
 
 void ComboControl::FieldChanged() {
+    const WindowWidget::EventScope scope;
     if (m_setting)
         return;
     m_current = -1;
@@ -98,6 +99,7 @@ void ComboControl::FieldChanged() {
 void ComboControl::FieldCommand(UINT message) { m_window.Send(message); }
 
 void ComboControl::Picked(int index) {
+    const WindowWidget::EventScope scope;
     if (m_setting || !Has(index))
         return;
     m_pickedWhileOpen = true;
@@ -114,11 +116,13 @@ void ComboControl::Picked(int index) {
 }
 
 void ComboControl::PopupShown() {
+    const WindowWidget::EventScope scope;
     m_pickedWhileOpen = false;
     Notify(CBN_DROPDOWN);
 }
 
 void ComboControl::PopupHidden() {
+    const WindowWidget::EventScope scope;
     const HWND window = m_window.Handle();
     if (!m_pickedWhileOpen)
         Notify(CBN_SELENDCANCEL);
@@ -427,6 +431,8 @@ bool ComboControl::TypeByte(char byte) {
 std::optional<LRESULT> ComboControl::KeyProc(UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
     case WM_CHAR:
+        if (IsComposed(m_window))
+            return std::nullopt;
         if (TypeByte(static_cast<char>(wParam)))
             return 0;
         return std::nullopt;

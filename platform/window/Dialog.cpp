@@ -130,9 +130,18 @@ BOOL CDialog::MakeItems() {
     return TRUE;
 }
 
-void CDialog::FocusFirst() {
-    if (CWnd* const first = GetNextDlgTabItem(nullptr))
-        GotoDlgCtrl(first);
+void CDialog::FocusFirst() { NextFrom(nullptr, false); }
+
+void CDialog::NextFrom(CWnd* control, bool back) const {
+    const Window* const dialog = Window::Of(this);
+    if (dialog == nullptr)
+        return;
+    // The focus may be in a part of the control.
+    const Window* from = Window::Of(control);
+    while (from != nullptr && from->Parent() != dialog)
+        from = from->Parent();
+    if (Window* const next = vnbytstr::detail::NextTabStop(*dialog, from, back))
+        vnbytstr::detail::FocusControl(*next);
 }
 
 // --- running ------------------------------------------------------------------------------------
@@ -217,15 +226,8 @@ LRESULT CDialog::DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
 
 // --- controls -----------------------------------------------------------------------------------
 
-void CDialog::NextDlgCtrl() const {
-    if (CWnd* const next = GetNextDlgTabItem(GetFocus()))
-        GotoDlgCtrl(next);
-}
-
-void CDialog::PrevDlgCtrl() const {
-    if (CWnd* const next = GetNextDlgTabItem(GetFocus(), TRUE))
-        GotoDlgCtrl(next);
-}
+void CDialog::NextDlgCtrl() const { NextFrom(GetFocus(), false); }
+void CDialog::PrevDlgCtrl() const { NextFrom(GetFocus(), true); }
 
 void CDialog::GotoDlgCtrl(CWnd* control) const {
     if (Window* const window = Window::Of(control))

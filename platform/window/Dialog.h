@@ -101,6 +101,7 @@ private:
     BOOL MakeItems();
     void Measure();
     void FocusFirst();
+    void NextFrom(CWnd* control, bool back) const;
     void RunLoop();
 
     CDialogTemplate m_template{};

@@ -39,14 +39,15 @@ Window* ControlOf(const Window& dialog, Window* window) {
     return window;
 }
 
-bool GoToNext(Window& dialog, Window* from, bool back) {
-    CWnd* const dialogObject = dialog.ObjectOrTemporary();
-    CWnd* const next = dialogObject->GetNextDlgTabItem(
-        from != nullptr ? from->ObjectOrTemporary() : nullptr, back ? TRUE : FALSE);
-    Window* const window = Window::Of(next);
-    if (window != nullptr)
-        FocusControl(*window);
-    return window != nullptr;
+/// A radio button that Tab passes by, because another one of its group is checked.
+bool IsPassedBy(Window& control) {
+    if ((CodeOf(control) & DLGC_RADIOBUTTON) == 0 || control.Send(BM_GETCHECK) == BST_CHECKED)
+        return false;
+    const auto group = ControlsOfGroup(control);
+    return std::any_of(group.begin(), group.end(), [](Window* other) {
+        return (CodeOf(*other) & DLGC_RADIOBUTTON) != 0 &&
+               other->Send(BM_GETCHECK) == BST_CHECKED && CanHaveFocus(*other);
+    });
 }
 
 void GoInGroup(Window& from, bool back) {
@@ -149,6 +150,20 @@ Window* NextFocusable(const Window& window) {
     return nullptr;
 }
 
+Window* NextTabStop(const Window& dialog, const Window* from, bool back) {
+    auto all = ChildrenOf(dialog);
+    if (back)
+        std::reverse(all.begin(), all.end());
+    const auto start = std::find(all.begin(), all.end(), from);
+    if (start != all.end())
+        std::rotate(all.begin(), start + 1, all.end());
+    const auto found = std::find_if(all.begin(), all.end(), [](Window* control) {
+        return (control->m_style & WS_TABSTOP) != 0 && CanHaveFocus(*control) &&
+               !IsPassedBy(*control);
+    });
+    return found != all.end() ? *found : nullptr;
+}
+
 void FocusControl(Window& control) {
     const HWND handle = control.Handle();
     const bool select = (CodeOf(control) & DLGC_HASSETSEL) != 0;
@@ -191,7 +206,8 @@ BOOL IsDialogMessage(HWND dialogHandle, MSG* message) {
     case VK_TAB:
         if (control || (code & DLGC_WANTTAB) != 0)
             return FALSE;
-        GoToNext(*dialog, focus, shift);
+        if (Window* const next = NextTabStop(*dialog, focus, shift))
+            FocusControl(*next);
         return TRUE;
     case VK_LEFT:
     case VK_UP:

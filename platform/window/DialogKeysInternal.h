@@ -14,6 +14,9 @@ std::vector<Window*> ChildrenOf(const Window& parent);
 std::vector<Window*> ControlsOfGroup(const Window& window);
 /// The first control behind this one that is no label and no frame; null for none.
 Window* NextFocusable(const Window& window);
+/// Where Tab goes from a control (null: from the beginning, or the end): the next WS_TABSTOP that
+/// is enabled and not hidden; of a group of radio buttons the checked one. Null when there is none.
+Window* NextTabStop(const Window& dialog, const Window* from, bool back);
 /// Gives the focus as the keyboard does: an edit control's text is selected.
 void FocusControl(Window& control);
 

@@ -3,6 +3,7 @@
 #include "../system/CodePage.h"
 #include "Edit.h"
 #include "WidgetDetails.h"
+#include "WindowWidgetInternal.h"
 #include "Wnd.h"
 
 #include <QAbstractScrollArea>
@@ -79,6 +80,7 @@ LRESULT EditControl::Notify(int code) { return m_window.NotifyCommand(code); }
 // --- what the field tells -----------------------------------------------------------------------
 
 void EditControl::FieldChanged() {
+    const WindowWidget::EventScope scope;
     if (m_setting)
         return;
     m_original.reset();
@@ -89,9 +91,15 @@ void EditControl::FieldChanged() {
         Notify(EN_CHANGE);
 }
 
-void EditControl::FieldFull() { Notify(EN_MAXTEXT); }
+void EditControl::FieldFull() {
+    const WindowWidget::EventScope scope;
+    Notify(EN_MAXTEXT);
+}
 
-void EditControl::FieldCommand(UINT message) { m_window.Send(message); }
+void EditControl::FieldCommand(UINT message) {
+    const WindowWidget::EventScope scope;
+    m_window.Send(message);
+}
 
 // --- the text -----------------------------------------------------------------------------------
 
@@ -361,7 +369,7 @@ LRESULT EditControl::DialogCode(const MSG* message) const {
 std::optional<LRESULT> EditControl::KeyProc(UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
     case WM_CHAR:
-        if (!TypeByte(static_cast<char>(wParam)))
+        if (IsComposed(m_window) || !TypeByte(static_cast<char>(wParam)))
             return std::nullopt;
         return 0;
     case WM_KEYDOWN:

@@ -263,6 +263,12 @@ bool SendKeyEvent(Window& window, QKeyEvent* event) {
     HWND handle = window.Handle();
     const int vk = VirtualKey(*event);
     state.modifiers = event->modifiers();
+    // Of a modifier's own key Qt tells the state before.
+    const Qt::KeyboardModifier own = vk == VK_SHIFT     ? Qt::ShiftModifier
+                                     : vk == VK_CONTROL ? Qt::ControlModifier
+                                     : vk == VK_MENU    ? Qt::AltModifier
+                                                        : Qt::NoModifier;
+    state.modifiers.setFlag(own, event->type() == QEvent::KeyPress && own != Qt::NoModifier);
     if (vk > 0 && vk < kKeys) {
         if (event->type() == QEvent::KeyPress && !state.down[static_cast<std::size_t>(vk)])
             state.toggled.flip(static_cast<std::size_t>(vk));
@@ -368,6 +374,13 @@ void SendFocusIn(Window& window, Qt::FocusReason reason) {
         return;
     static_cast<void>(reason);
     HWND handle = window.Handle();
+    if (Window* borrower = Window::Of(std::exchange(state.focus, nullptr))) {
+        // Its popup had the keys when the focus went on.
+        state.lastFocus = borrower->Handle();
+        borrower->Send(WM_KILLFOCUS, reinterpret_cast<WPARAM>(handle));
+        if (Window::Of(handle) == nullptr || state.focus != nullptr)
+            return;
+    }
     state.focus = handle;
     if (window.Hosted() == nullptr) {
         const LRESULT code = window.Send(WM_GETDLGCODE);
@@ -380,11 +393,26 @@ void SendFocusIn(Window& window, Qt::FocusReason reason) {
     window.Send(WM_SETFOCUS, reinterpret_cast<WPARAM>(old));
 }
 
+namespace {
+
+/// Whether a widget lies in a popup that belongs to the window: the list of its combo box, say.
+bool IsInPopupOf(const Window& window, const QWidget* widget) {
+    while (widget != nullptr && widget != window.Widget()) {
+        if (widget->isWindow() && widget->windowType() != Qt::Popup)
+            return false;
+        widget = widget->parentWidget();
+    }
+    return widget != nullptr;
+}
+
+} // namespace
+
 void SendFocusOut(Window& window, Qt::FocusReason reason) {
     InputState& state = State();
     Window* next = Window::Of(QApplication::focusWidget());
     // A menu or drop-down list borrows the keys; the window keeps the focus meanwhile.
-    if (reason == Qt::PopupFocusReason || next == &window || state.focus != window.Handle())
+    if (reason == Qt::PopupFocusReason || next == &window || state.focus != window.Handle() ||
+        IsInPopupOf(window, QApplication::focusWidget()))
         return;
     state.lastFocus = window.Handle();
     state.focus = nullptr;

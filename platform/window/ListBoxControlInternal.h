@@ -19,6 +19,7 @@ public:
     bool Reorder(std::span<const DWORD> order);
     bool SetRowText(int row, std::string_view text);
     int Caret() const { return m_caret; }
+    int FirstVisible() const { return m_top; }
     CRect RowRect(int row) const; ///< in client coordinates; may lie outside the client area
     bool SelectByAccess(int row, bool on);
 

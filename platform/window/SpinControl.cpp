@@ -1,5 +1,6 @@
 #include "SpinControlInternal.h"
 
+#include "DialogKeysInternal.h"
 #include "WidgetDetails.h"
 #include "WindowFunctions.h"
 #include "WindowWidgetInternal.h"
@@ -57,10 +58,16 @@ void SpinControl::MakeWidget() {
     HostControl(m_window, m_widget);
     m_widget->setFocusPolicy(Qt::NoFocus); // the buddy keeps the focus
     m_timer = std::make_unique<QTimer>();
-    QObject::connect(m_timer.get(), &QTimer::timeout, m_timer.get(), [this] { Repeat(); });
-    if ((m_window.m_style & UDS_AUTOBUDDY) != 0)
-        if (const CWnd* const before = m_window.ObjectOrTemporary()->GetWindow(GW_HWNDPREV))
-            SetBuddy(before->m_hWnd);
+    QObject::connect(m_timer.get(), &QTimer::timeout, m_timer.get(), [this] {
+        const WindowWidget::EventScope scope;
+        Repeat();
+    });
+    if ((m_window.m_style & UDS_AUTOBUDDY) != 0) {
+        const auto siblings = SiblingsOf(m_window);
+        const auto self = std::find(siblings.begin(), siblings.end(), &m_window);
+        if (self != siblings.end() && self != siblings.begin())
+            SetBuddy((*(self - 1))->Handle());
+    }
 }
 
 QToolButton* SpinControl::MakeArrow(QWidget* parent, bool up) {
@@ -70,8 +77,14 @@ QToolButton* SpinControl::MakeArrow(QWidget* parent, bool up) {
     arrow->setFocusPolicy(Qt::NoFocus);
     arrow->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored);
     arrow->setMinimumSize(1, 1);
-    QObject::connect(arrow, &QAbstractButton::pressed, arrow, [this, up] { Press(up); });
-    QObject::connect(arrow, &QAbstractButton::released, arrow, [this] { Release(); });
+    QObject::connect(arrow, &QAbstractButton::pressed, arrow, [this, up] {
+        const WindowWidget::EventScope scope;
+        Press(up);
+    });
+    QObject::connect(arrow, &QAbstractButton::released, arrow, [this] {
+        const WindowWidget::EventScope scope;
+        Release();
+    });
     return arrow;
 }
 

@@ -6,8 +6,6 @@
 #include "WidgetDetails.h"
 #include "WindowWidgetInternal.h"
 
-#include <QTimer>
-
 namespace vnbytstr::detail {
 
 namespace {
@@ -39,8 +37,14 @@ public:
 protected:
     void showEvent(QShowEvent* event) override {
         QLabel::showEvent(event);
-        if (m_control != nullptr)
-            m_control->FindPartner();
+        // What follows may not be made yet.
+        QMetaObject::invokeMethod(
+            this,
+            [this] {
+                if (m_control != nullptr)
+                    m_control->FindPartner();
+            },
+            Qt::QueuedConnection);
     }
     void resizeEvent(QResizeEvent* event) override {
         QLabel::resizeEvent(event);

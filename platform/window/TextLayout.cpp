@@ -86,6 +86,8 @@ QString OneLine(std::string_view text) {
     return line;
 }
 
+constexpr double kWide = 1 << 24;
+
 TextLine Shape(const QString& text, const TextStyle& style) {
     TextLine shaped;
     QTextLayout layout(text, style.font);
@@ -96,12 +98,15 @@ TextLine Shape(const QString& text, const TextStyle& style) {
     layout.setTextOption(option);
     layout.beginLayout();
     QTextLine line = layout.createLine();
-    layout.endLayout();
-    if (!line.isValid())
+    if (!line.isValid()) {
+        layout.endLayout();
         return shaped;
-    shaped.width = line.horizontalAdvance();
+    }
+    line.setLineWidth(kWide);
+    shaped.width = line.naturalTextWidth();
     // Text running right to left stands at the right end of its line: give it just its own width.
     line.setLineWidth(shaped.width + 0.01);
+    layout.endLayout();
     shaped.ascent = line.ascent();
     shaped.height = line.height();
     shaped.runs = line.glyphRuns();

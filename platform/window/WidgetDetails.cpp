@@ -9,7 +9,7 @@
 #include "StaticControlInternal.h"
 #include "WindowWidgetInternal.h"
 
-#include <QComboBox>
+#include <QEvent>
 #include <QFrame>
 #include <QLineEdit>
 
@@ -24,6 +24,12 @@ void HostControl(Window& window, QWidget* inner) {
     if (auto* frame = qobject_cast<QFrame*>(inner))
         frame->setFrameShape(QFrame::NoFrame);
     window.Host(inner);
+}
+
+bool IsComposed(const Window& window) {
+    const RoutedEvent* const routed = RoutedEvent::Current();
+    return routed != nullptr && routed->IsFor(&window) &&
+           routed->Event()->type() == QEvent::InputMethod;
 }
 
 void RegisterControlClasses() {

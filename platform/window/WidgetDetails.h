@@ -9,6 +9,9 @@ namespace vnbytstr::detail {
 QWidget* HostParent(Window& window);
 /// Window::Host, and the directions and frames that the styles ask for.
 void HostControl(Window& window, QWidget* inner);
+/// Whether the message being handled comes of what an input method composed: the hosted widget gets
+/// that as a whole when the last byte has come through.
+bool IsComposed(const Window& window);
 /// The system classes of this library's controls, but the list box.
 void RegisterControlClasses();
 

@@ -7,6 +7,7 @@
 
 #include "Application.h"
 #include "OverlayInternal.h"
+#include "WidgetDetails.h"
 #include "WindowFunctions.h"
 #include "WindowWidgetInternal.h"
 #include "Wnd.h"
@@ -134,14 +135,25 @@ Window* Window::Create(CREATESTRUCT& create, CWnd* object, QWidget* host) {
     return window;
 }
 
+/// The first place, of which the window hears when it has been made.
+void Window::PlaceFirst(const CREATESTRUCT& create) {
+    if (create.x == CW_USEDEFAULT || create.cx == CW_USEDEFAULT)
+        return;
+    const Window* parent = (m_style & WS_CHILD) != 0 ? Parent() : nullptr;
+    const CRect place(create.x, create.y, create.x + std::max(create.cx, 0),
+                      create.y + std::max(create.cy, 0));
+    m_widget->m_placing = true;
+    m_widget->setGeometry(parent != nullptr
+                              ? parent->ToWidget(place)
+                              : QRect(place.left, place.top, place.Width(), place.Height()));
+    m_widget->m_placing = false;
+}
+
 bool Window::FinishCreation(CREATESTRUCT& create) {
     HWND handle = Handle();
     if (m_class->makeControl != nullptr)
         m_control = m_class->makeControl(*this);
-    const bool placed = create.x != CW_USEDEFAULT && create.cx != CW_USEDEFAULT;
-    if (placed)
-        SetPos(nullptr, create.x, create.y, create.cx, create.cy,
-               SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOREDRAW);
+    PlaceFirst(create);
     SetStyles(m_style, m_exStyle);
     if (Send(WM_NCCREATE, 0, reinterpret_cast<LPARAM>(&create)) == 0 || Of(handle) == nullptr ||
         Send(WM_CREATE, 0, reinterpret_cast<LPARAM>(&create)) == -1 || Of(handle) == nullptr)
@@ -464,7 +476,8 @@ Overlay& Window::GetOverlay() {
 void Window::ShowScrollBar(int bar, bool show) {
     const DWORD bit = bar == SB_VERT ? WS_VSCROLL : WS_HSCROLL;
     QScrollBar*& widget = m_bars[bar == SB_VERT ? 1 : 0];
-    if (show && widget == nullptr) {
+    const bool made = show && widget == nullptr;
+    if (made) {
         widget = new QScrollBar(bar == SB_VERT ? Qt::Vertical : Qt::Horizontal, m_widget);
         widget->setFocusPolicy(Qt::NoFocus);
         widget->setCursor(Qt::ArrowCursor);
@@ -474,10 +487,10 @@ void Window::ShowScrollBar(int bar, bool show) {
             if (Window* window = Of(handle))
                 window->Send(message, MAKEWPARAM(static_cast<int>(code), position), 0);
         };
-        QScrollBar* made = widget;
-        QObject::connect(made, &QAbstractSlider::actionTriggered, m_widget,
-                         [made, send](int action) {
-                             const int before = made->value();
+        QScrollBar* slider = widget;
+        QObject::connect(slider, &QAbstractSlider::actionTriggered, m_widget,
+                         [slider, send](int action) {
+                             const int before = slider->value();
                              switch (action) {
                              case QAbstractSlider::SliderSingleStepAdd:
                                  send(SB_LINEDOWN, 0);
@@ -498,22 +511,22 @@ void Window::ShowScrollBar(int bar, bool show) {
                                  send(SB_BOTTOM, 0);
                                  break;
                              case QAbstractSlider::SliderMove:
-                                 send(SB_THUMBTRACK, made->sliderPosition());
+                                 send(SB_THUMBTRACK, slider->sliderPosition());
                                  return;
                              default:
                                  return;
                              }
-                             if (made->value() == before)
-                                 made->setSliderPosition(before); // the window did not follow
+                             if (slider->value() == before)
+                                 slider->setSliderPosition(before); // the window did not follow
                          });
-        QObject::connect(made, &QAbstractSlider::sliderReleased, m_widget, [made, send] {
-            send(SB_THUMBPOSITION, made->sliderPosition());
+        QObject::connect(slider, &QAbstractSlider::sliderReleased, m_widget, [slider, send] {
+            send(SB_THUMBPOSITION, slider->sliderPosition());
             send(SB_ENDSCROLL, 0);
         });
     }
     if (widget != nullptr && show == widget->isHidden())
         widget->setVisible(show);
-    if (show == ((m_style & bit) != 0 && widget != nullptr))
+    if (!made && show == ((m_style & bit) != 0))
         return;
     m_style = show ? m_style | bit : m_style & ~bit;
     UpdateLayout();

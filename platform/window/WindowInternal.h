@@ -173,6 +173,7 @@ private:
     explicit Window(const WindowClass& windowClass);
     void DestroyRecords(bool widgetEnds);
     void OnWidgetEnds();
+    void PlaceFirst(const CREATESTRUCT& create);
     bool FinishCreation(CREATESTRUCT& create);
     LRESULT DefaultWheel(WPARAM wParam, LPARAM lParam);
     LRESULT DefaultSetCursor(WPARAM wParam, LPARAM lParam);

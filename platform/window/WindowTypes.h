@@ -268,6 +268,16 @@ struct WINDOWPOS {
 };
 using LPWINDOWPOS = WINDOWPOS*;
 
+/// What WM_HELP carries.
+struct HELPINFO {
+    UINT cbSize;
+    int iContextType; ///< 1: a window
+    int iCtrlId;
+    HWND hItemHandle;
+    DWORD dwContextId; ///< the message's help identifier
+    POINT MousePos;
+};
+
 struct MINMAXINFO {
     POINT ptReserved;
     POINT ptMaxSize;

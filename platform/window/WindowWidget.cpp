@@ -1,6 +1,7 @@
 #include "WindowWidgetInternal.h"
 
 #include "DeviceContextInternal.h"
+#include "DropFilesInternal.h"
 #include "GdiInternal.h"
 #include "TextLayoutInternal.h"
 #include "WindowFunctions.h"
@@ -25,12 +26,6 @@ namespace vnbytstr::detail {
 
 int WindowWidget::s_depth = 0;
 RoutedEvent* RoutedEvent::s_current = nullptr;
-
-// A drop target makes these too.
-struct DropFiles {
-    std::vector<std::string> names;
-    CPoint point;
-};
 
 QEvent::Type PostedMessage::EventType() {
     static const auto type = static_cast<QEvent::Type>(QEvent::registerEventType());
@@ -442,5 +437,7 @@ BOOL DragQueryPoint(HDROP drop, LPPOINT point) {
 }
 
 void DragFinish(HDROP drop) {
-    const std::unique_ptr<DropFiles> files(reinterpret_cast<DropFiles*>(drop));
+    auto* files = reinterpret_cast<DropFiles*>(drop);
+    if (files != nullptr && !files->belongsToDataObject)
+        const std::unique_ptr<DropFiles> owner(files);
 }

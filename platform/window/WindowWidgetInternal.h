@@ -49,6 +49,13 @@ public:
     PaintSession* Session() { return m_session; }
     /// No event of a window's widget is being handled: a widget may be deleted at once.
     static bool IsQuiet() { return s_depth == 0; }
+    /// Says that an event of a hosted widget is being handled that does not come through here.
+    struct EventScope {
+        EventScope() { ++s_depth; }
+        ~EventScope() { --s_depth; }
+        EventScope(const EventScope&) = delete;
+        EventScope& operator=(const EventScope&) = delete;
+    };
     QSize sizeHint() const override;
 
 protected:

@@ -6,6 +6,8 @@
 #include "WindowFunctions.h"
 #include "WindowWidgetInternal.h"
 
+#include "../system/Interaction.h"
+
 #include <QApplication>
 #include <QScreen>
 #include <QScrollBar>
@@ -656,6 +658,10 @@ BOOL CWnd::KillTimer(std::uintptr_t id) {
     window->Widget()->killTimer(found->second);
     window->m_timers.erase(found);
     return TRUE;
+}
+
+int CWnd::MessageBox(LPCTSTR text, LPCTSTR caption, UINT type) {
+    return vnbytstr::Interaction::Current().MessageBox(text, caption, type, 0);
 }
 
 void CWnd::DragAcceptFiles(BOOL accept) {

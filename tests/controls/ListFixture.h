@@ -118,9 +118,11 @@ protected:
     /// A mouse event at a point of a window's client area, given to the widget under it.
     static void Mouse(CWnd& window, QEvent::Type type, CPoint point,
                       Qt::MouseButton button = Qt::LeftButton, Qt::KeyboardModifiers keys = {}) {
+        QWidget* target = window.GetSafeHwnd() != nullptr ? window.GetWidget() : nullptr;
+        if (target == nullptr)
+            return; // an event before this one ended the window
         POINT screen = point;
         window.ClientToScreen(&screen);
-        QWidget* target = window.GetWidget();
         const QPoint global(screen.x, screen.y);
         if (QWidget* grabber = QWidget::mouseGrabber(); grabber != nullptr)
             target = grabber;

@@ -1,4 +1,4 @@
-#include "platform/system/PeResources.h"
+#include "platform/system/PeResourcesInternal.h"
 #include "tests/support/PeFile.h"
 
 #include <functional>

