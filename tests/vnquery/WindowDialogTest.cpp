@@ -78,7 +78,7 @@ TEST_F(WindowDialogs, PicturesAndBytesAreShown) {
 
 TEST_F(WindowDialogs, ATextIsEditedInTheZoom) {
     OpenValues();
-    ClickCell(0, 1);
+    List().SetCurrentCell(0, 1);
     WithDialog([&] { Key(Qt::Key_F2, Qt::ShiftModifier); },
                [&](CWnd& dialog) {
                    CWnd* const text = FindChild(dialog, "EDIT", "one");

@@ -95,7 +95,9 @@ TEST_F(Pictures, LeftToRight) {
     WithDialog([&] { View().Zoom(); },
                [&](CWnd& dialog) {
                    dialog.SendDlgItemMessage(1002, CB_SETCURSEL, 1);
-                   dialog.SendMessage(WM_COMMAND, MAKEWPARAM(1002, CBN_SELCHANGE));
+                   dialog.SendMessage(
+                       WM_COMMAND, MAKEWPARAM(1002, CBN_SELCHANGE),
+                       reinterpret_cast<LPARAM>(dialog.GetDlgItem(1002)->GetSafeHwnd()));
                    SavePicture(dialog, m_folder + "/zoom-bytes.png");
                    dialog.SendMessage(WM_COMMAND, IDCANCEL);
                });

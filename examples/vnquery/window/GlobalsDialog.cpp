@@ -59,7 +59,7 @@ END_MESSAGE_MAP()
 GlobalsDialog::GlobalsDialog(CWnd* parent)
     : TextDialog(IDS_VQ_G_TITLE, 400, 260, kHelpSettings, parent), m_list(m_rows) {
     AddControl("STATIC", Text(IDS_VQ_G_HINT), 0xFFFF, SS_NOPREFIX, 7, 7, 386, 9);
-    AddControl("STATIC", "", kIdPlace, 0, 7, 20, 386, 192);
+    AddControl("STATIC", "", kIdPlace, 0, 7, 34, 386, 178); // below its headings
     AddCheck(kIdKeep, IDS_VQ_G_KEEP, 7, 218, 386);
     AddButton(kIdAdd, IDS_VQ_G_ADD, 7, 239);
     AddButton(kIdDelete, IDS_VQ_G_DELETE, 65, 239);
@@ -96,6 +96,7 @@ BOOL GlobalsDialog::OnInitDialog() {
     m_list.CreateList(this, rect, kIdList, kIdHeadings);
     m_list.SetRightAligned(LayoutStyle() != 0);
     m_list.ShowRows(0);
+    m_list.PositionHeadings();
     CheckDlgButton(kIdKeep, VNGetProfileDWORD(kOptionsRoot, "Options", "SaveGlobals", 0) != 0);
     m_list.SetFocus();
     return FALSE;

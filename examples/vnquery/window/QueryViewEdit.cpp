@@ -124,7 +124,7 @@ LRESULT QueryView::OnOpenCell(WPARAM column, LPARAM) {
     if ((edit && edit->isDefault) ||
         IsEditableInCell(m_document.GetValue(place), m_document.GetFormat()))
         return 0;
-    Zoom();
+    GetTopLevelParent()->PostMessage(WM_COMMAND, kCmdZoom); // not while a click is under way
     return 1;
 }
 

@@ -12,6 +12,7 @@ namespace vnquery {
 namespace {
 
 constexpr int kMinWidth = 48;
+constexpr int kArrow = 10; ///< room for the mark of the sort order
 constexpr int kMaxWidth = 320; ///< of a column that nobody has sized
 
 } // namespace
@@ -78,7 +79,7 @@ void ResultList::FitNewColumns() {
         if (m_document.GetLayout().widths[column] == 0) {
             SetColumnWidth(i, 0);
             AutoFitCol(i);
-            SetColumnWidth(i, std::clamp(GetColumnWidth(i), kMinWidth, kMaxWidth));
+            SetColumnWidth(i, std::clamp(GetColumnWidth(i) + kArrow, kMinWidth, kMaxWidth));
             fitted.push_back(i);
         }
         total += GetColumnWidth(i);
@@ -141,6 +142,7 @@ void ResultList::SetCurrentCell(int row, int column) {
         SendMessage(LB_SETCARETINDEX, static_cast<WPARAM>(row));
     }
     Invalidate();
+    TellParent();
 }
 
 CRect ResultList::CellRect(int column, const RECT& row) const {
@@ -159,6 +161,10 @@ void ResultList::MoveColumn(int by) {
     if (GetCurrentRow() < 0 && GetCount() > 0)
         SetCurrentCell(0, m_column);
     Invalidate();
+    TellParent();
+}
+
+void ResultList::TellParent() const {
     GetParent()->SendMessage(WM_COMMAND, MAKEWPARAM(GetDlgCtrlID(), LBN_SELCHANGE),
                              reinterpret_cast<LPARAM>(m_hWnd));
 }

@@ -53,6 +53,7 @@ private:
     CRect CellRect(int column, const RECT& row) const;
     void ShareWidth(std::span<const int> columns, int excess);
     void MoveColumn(int by);
+    void TellParent() const;
     void TakeColumn(CPoint point);
     bool SortByNumbers(int column);
     bool SortByTexts(int column);

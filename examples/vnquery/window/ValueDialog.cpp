@@ -352,8 +352,14 @@ void ValueDialog::Layout() {
     Place(kIdPage, 6 * kGap + 4 * width, pages + 4, right - 6 * kGap - 4 * width, height);
     const int top = 2 * kGap + height;
     const int bottom = (isBytes ? pages : buttons) - kGap;
-    for (const int id : {kIdText, kIdBytes, kIdPicture})
+    for (const int id : {kIdText, kIdBytes})
         Place(id, kGap, top, right - kGap, bottom - top);
+    // In the middle; a large one is scaled to the room there is.
+    const CSize picture = m_picture.GetBitmapSize();
+    const int pictureWidth = std::min<int>(picture.cx, right - kGap);
+    const int pictureHeight = std::min<int>(picture.cy, bottom - top);
+    Place(kIdPicture, (kGap + right - pictureWidth) / 2, (top + bottom - pictureHeight) / 2,
+          pictureWidth, pictureHeight);
 }
 
 } // namespace vnquery
