@@ -2,11 +2,13 @@
 #include "tests/vnquery/WindowRun.h"
 
 #include "examples/vnquery/VariableKind.h"
+#include "examples/vnquery/window/Commands.h"
 #include "examples/vnquery/window/ExportDialog.h"
 #include "examples/vnquery/window/GlobalsDialog.h"
 #include "examples/vnquery/window/LanguageDialog.h"
 
 #include <vnbytstr/GlobalVars.h>
+#include <vnbytstr/Language.h>
 #include <vnbytstr/Profile.h>
 
 #include <QBuffer>
@@ -172,7 +174,8 @@ TEST_F(WindowDialogs, AnotherLanguageChangesEveryText) {
     ASSERT_TRUE(VNWriteProfileString(3, "Options", "UILanguage", "DEU"));
     LoadTexts();
     View().Relabel();
-    EXPECT_EQ(Text(IDS_VQ_OK).empty(), false);
+    EXPECT_FALSE(ResourcesAreEnglish());
+    EXPECT_EQ(GetText(*View().GetDlgItem(kCmdRun)), Text(IDS_VQ_W_RUN));
     VNWriteProfileString(3, "Options", "UILanguage", nullptr);
     LoadTexts();
 }

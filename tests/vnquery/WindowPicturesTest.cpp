@@ -63,11 +63,11 @@ protected:
                    ", " + (i % 5 == 0 ? "null" : "x'" + Poster(i * 47 % 360) + "'") +
                    ", replace(hex(zeroblob(" + std::to_string(i * 90) + ")), '00', 'plot. '));";
         }
-        m_files.Write("x", "");
         MakeDatabase(sql);
         std::filesystem::rename(Database(), File("films.sqlite"));
         Open();
-        Window().Connect({File("films.sqlite"), ""});
+        std::filesystem::current_path(m_files.Path());
+        Window().Connect({"films.sqlite", ""});
         View().SetSql("select id, title, year, minutes, rating, poster, plot\nfrom film\norder by "
                       "year");
         View().Run();
