@@ -81,7 +81,8 @@ std::string FileNameOf(const char* nameOrUri) {
 }
 
 FileInput::FileInput(std::string name, ParseBudget& budget)
-    : InputSource(WideText(name).c_str(), &budget), m_name(std::move(name)), m_budget(budget) {}
+    : InputSource(WideText(name).c_str(), &ParserMemory::Process()), m_name(std::move(name)),
+      m_budget(budget) {}
 
 xercesc::BinInputStream* FileInput::makeStream() const {
     System& system = System::Current();

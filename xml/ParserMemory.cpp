@@ -79,7 +79,7 @@ ParserMemory& ParserMemory::Process() {
 }
 
 void* ParserMemory::allocate(XMLSize_t size) {
-    if (size > SIZE_MAX - sizeof(Header) - kPage)
+    if (size > PTRDIFF_MAX - sizeof(Header) - kPage)
         throw xercesc::OutOfMemoryException();
     const std::size_t whole = size + sizeof(Header);
     const std::size_t pages = (whole + kPage - 1) / kPage;
@@ -179,15 +179,45 @@ bool ParseBudget::End() noexcept {
     return m_isExceeded;
 }
 
+struct alignas(16) ParseBudget::Block {
+    Block* previous;
+    Block* next;
+    std::size_t size;
+};
+
 void* ParseBudget::allocate(XMLSize_t size) {
     if (m_isCounting && size > m_left) {
         m_isCounting = false;
         m_isExceeded = true;
         m_refuse();
     }
+    if (size > PTRDIFF_MAX)
+        throw xercesc::OutOfMemoryException();
+    auto* const block = static_cast<Block*>(ParserMemory::Process().allocate(size + sizeof(Block)));
+    *block = {nullptr, m_first, size};
+    if (m_first != nullptr)
+        m_first->previous = block;
+    m_first = block;
+    m_live += size;
     if (m_isCounting)
         m_left -= size;
-    return ParserMemory::Process().allocate(size);
+    return block + 1;
+}
+
+void ParseBudget::deallocate(void* memory) {
+    if (memory == nullptr)
+        return;
+    Block* const block = static_cast<Block*>(memory) - 1;
+    (block->previous != nullptr ? block->previous->next : m_first) = block->next;
+    if (block->next != nullptr)
+        block->next->previous = block->previous;
+    m_live -= block->size;
+    ParserMemory::Process().deallocate(block);
+}
+
+void ParseBudget::FreeAll() noexcept {
+    while (m_first != nullptr)
+        deallocate(m_first + 1);
 }
 
 xercesc::MemoryManager* ParseBudget::getExceptionMemoryManager() {

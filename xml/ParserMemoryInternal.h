@@ -53,12 +53,21 @@ private:
 inline constexpr std::size_t kBudgetBase = std::size_t{256} << 20;
 inline constexpr std::size_t kBudgetPerByte = 512;
 
-/// The process's parser memory with a budget for one parse. Entities can make a small document ask
-/// for any amount of work, and the parser's own limit does not see all of it (it passes over those
-/// in the defaults of attributes); but whatever it does takes memory, a block of 150 KB for every
-/// resolved entity alone. What is given back does not count.
+/// The memory of one wrapper's parser: the process's, with a budget for each parse, and nothing of
+/// it is lost.
+///
+/// Entities can make a small document ask for any amount of work, and the parser's own limit does
+/// not see all of it (it passes over those in the defaults of attributes); but whatever it does
+/// takes memory, a block of 150 KB for every resolved entity alone. What is given back does not
+/// count.
+///
+/// The parser forgets some blocks when a broken document type makes it give up: megabytes, if a
+/// document wants that. All blocks are listed, and what is left when the parser is gone is freed.
 class ParseBudget final : public xercesc::MemoryManager {
 public:
+    ParseBudget() = default;
+    ~ParseBudget() override { FreeAll(); }
+
     /// Begins a parse: `bytes` may be taken, then `refuse` is called once, which throws. What comes
     /// after that, on the way out, is not counted.
     void Begin(std::size_t bytes, std::function<void()> refuse);
@@ -67,13 +76,22 @@ public:
     bool End() noexcept;
 
     void* allocate(XMLSize_t size) override;
-    void deallocate(void* block) override { ParserMemory::Process().deallocate(block); }
+    void deallocate(void* block) override;
     xercesc::MemoryManager* getExceptionMemoryManager() override;
 
+    /// Bytes in use.
+    std::size_t LiveBytes() const noexcept { return m_live; }
+    /// Frees what is left. Nothing that uses it may be alive.
+    void FreeAll() noexcept;
+
 private:
+    struct Block;
+
     bool m_isCounting = false;
     bool m_isExceeded = false;
     std::size_t m_left = 0;
+    std::size_t m_live = 0;
+    Block* m_first = nullptr; // of all in use
     std::function<void()> m_refuse;
 };
 

@@ -30,6 +30,7 @@
 #include <mutex>
 #include <string>
 #include <string_view>
+#include <utility>
 
 using namespace vnbytstr::detail;
 using vnbytstr::CodePage;
@@ -37,6 +38,10 @@ using vnbytstr::CodePage;
 int CXercesWrapper::m_iInstanceCounter = 0;
 
 namespace {
+
+/// What a parser may hold after a failed load and still be used again: several times what a new one
+/// does.
+constexpr std::size_t kMostKept = std::size_t{2} << 20;
 
 std::mutex& CounterMutex() {
     static std::mutex mutex;
@@ -103,15 +108,14 @@ xercesc::DOMLSParser* CXercesWrapper::GetDOMBuilder() {
     return m_builder;
 }
 
-bool CXercesWrapper::DropBuilder() noexcept {
+void CXercesWrapper::DropBuilder() noexcept {
     if (m_builder == nullptr)
-        return false;
-    return Attempt([&] {
-        xercesc::DOMLSParser* const builder = m_builder;
-        m_builder = nullptr;
-        builder->release();
+        return;
+    Attempt([&] {
+        std::exchange(m_builder, nullptr)->release();
         return true;
     });
+    m_state->budget.FreeAll();
 }
 
 bool CXercesWrapper::Create(const char* rootName) {
@@ -178,7 +182,8 @@ bool CXercesWrapper::LoadXML(const CString& text) {
             bytes = converted;
         }
         xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(bytes.data()),
-                                          bytes.size(), "prodInfo", false, &m_state->budget);
+                                          bytes.size(), "prodInfo", false,
+                                          &ParserMemory::Process());
         return Parse(source, bytes.size());
     });
 }
@@ -206,26 +211,23 @@ bool CXercesWrapper::Parse(Source& source, std::size_t size) {
             parser->Refuse(u"the document asks for far more memory than its size is worth");
         });
         budget.Add(size * kBudgetPerByte);
-        xercesc::Wrapper4InputSource input(&source, false, &budget);
+        xercesc::Wrapper4InputSource input(&source, false, &ParserMemory::Process());
         document = builder->parse(&input);
         return true;
     });
-    if (budget.End() ||
-        !isParsed) { // it may be in the middle of something, for example without memory
-        m_lastError = handler.getLastError();
-        if (!handler.getSawErrors())
-            Fail("", "The parser gave up; memory may be short");
-        DropBuilder();
-        return false;
-    }
-    builder->getDomConfig()->setParameter(xercesc::XMLUni::fgDOMErrorHandler,
-                                          static_cast<const void*>(nullptr));
-    if (handler.getSawErrors() || document == nullptr ||
+    const bool isSound = !budget.End() && isParsed;
+    if (isParsed)
+        builder->getDomConfig()->setParameter(xercesc::XMLUni::fgDOMErrorHandler,
+                                              static_cast<const void*>(nullptr));
+    if (!isSound || handler.getSawErrors() || document == nullptr ||
         document->getDocumentElement() == nullptr) {
         m_lastError = handler.getLastError();
         if (!handler.getSawErrors())
-            Fail("", "The parser gave no document");
-        builder->resetDocumentPool();
+            Fail("", "The parser gave no document; memory may be short");
+        if (isSound)
+            builder->resetDocumentPool();
+        if (!isSound || budget.LiveBytes() > kMostKept)
+            DropBuilder(); // it may be in the middle of something, or have forgotten memory
         return false;
     }
     m_document = document;

@@ -174,7 +174,7 @@ private:
     template <class Source>
     bool Parse(Source& source, std::size_t size);
     bool FindImplementation();
-    bool DropBuilder() noexcept;
+    void DropBuilder() noexcept;
     void Fail(const char* place, const CString& message);
     void Check() const noexcept;
 

@@ -2,7 +2,7 @@
 
 #include "Button.h"
 #include "DialogKeysInternal.h"
-#include "WidgetDetails.h"
+#include "WidgetDetailsInternal.h"
 #include "WindowWidgetInternal.h"
 
 #include <QCheckBox>

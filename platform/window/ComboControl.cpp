@@ -3,8 +3,8 @@
 #include "../system/CodePage.h"
 #include "../system/Collation.h"
 #include "ComboBox.h"
-#include "ComboWidgets.h"
-#include "WidgetDetails.h"
+#include "ComboWidgetsInternal.h"
+#include "WidgetDetailsInternal.h"
 #include "WindowWidgetInternal.h"
 
 #include <QLineEdit>

@@ -1,4 +1,4 @@
-#include "ComboWidgets.h"
+#include "ComboWidgetsInternal.h"
 
 #include "ComboControlInternal.h"
 #include "EditFieldInternal.h"

@@ -2,7 +2,7 @@
 
 #include "../system/CodePage.h"
 #include "Edit.h"
-#include "WidgetDetails.h"
+#include "WidgetDetailsInternal.h"
 #include "WindowWidgetInternal.h"
 #include "Wnd.h"
 

@@ -1,7 +1,7 @@
 #include "EditFieldInternal.h"
 
-#include "LineField.h"
-#include "TextField.h"
+#include "LineFieldInternal.h"
+#include "TextFieldInternal.h"
 #include "WindowInternal.h"
 #include "Wnd.h"
 

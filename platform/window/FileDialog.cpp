@@ -1,7 +1,7 @@
 #include "FileDialog.h"
 
 #include "Application.h"
-#include "FileFilters.h"
+#include "FileFiltersInternal.h"
 #include "WindowWidgetInternal.h"
 
 #include "../framework/MessageBoxTypes.h"

@@ -1,7 +1,7 @@
 #include "FrameControlsInternal.h"
 
 #include "MenuInternal.h"
-#include "WidgetDetails.h"
+#include "WidgetDetailsInternal.h"
 #include "WindowWidgetInternal.h"
 
 #include <QHBoxLayout>

@@ -1,4 +1,4 @@
-#include "LineField.h"
+#include "LineFieldInternal.h"
 
 #include "Messages.h"
 

@@ -1,7 +1,7 @@
 #include "ProgressControlInternal.h"
 
 #include "ProgressBar.h"
-#include "WidgetDetails.h"
+#include "WidgetDetailsInternal.h"
 #include "WindowWidgetInternal.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "SpinControlInternal.h"
 
 #include "DialogKeysInternal.h"
-#include "WidgetDetails.h"
+#include "WidgetDetailsInternal.h"
 #include "WindowFunctions.h"
 #include "WindowWidgetInternal.h"
 #include "Wnd.h"

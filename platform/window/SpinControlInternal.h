@@ -3,7 +3,7 @@
 
 #include "EditControlInternal.h"
 #include "SpinButton.h"
-#include "SpinCounter.h"
+#include "SpinCounterInternal.h"
 #include "WindowInternal.h"
 
 #include <QPointer>

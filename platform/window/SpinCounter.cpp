@@ -1,4 +1,4 @@
-#include "SpinCounter.h"
+#include "SpinCounterInternal.h"
 
 #include <algorithm>
 #include <charconv>

@@ -3,7 +3,7 @@
 #include "DialogKeysInternal.h"
 #include "GdiInternal.h"
 #include "Static.h"
-#include "WidgetDetails.h"
+#include "WidgetDetailsInternal.h"
 #include "WindowWidgetInternal.h"
 
 namespace vnbytstr::detail {

@@ -1,4 +1,4 @@
-#include "TextField.h"
+#include "TextFieldInternal.h"
 
 #include "Messages.h"
 

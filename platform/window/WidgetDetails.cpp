@@ -1,4 +1,4 @@
-#include "WidgetDetails.h"
+#include "WidgetDetailsInternal.h"
 
 #include "ButtonControlInternal.h"
 #include "ComboControlInternal.h"

@@ -7,7 +7,7 @@
 
 #include "Application.h"
 #include "OverlayInternal.h"
-#include "WidgetDetails.h"
+#include "WidgetDetailsInternal.h"
 #include "WindowFunctions.h"
 #include "WindowWidgetInternal.h"
 #include "Wnd.h"

@@ -437,7 +437,7 @@ BOOL DragQueryPoint(HDROP drop, LPPOINT point) {
 }
 
 void DragFinish(HDROP drop) {
-    auto* files = reinterpret_cast<DropFiles*>(drop);
+    auto* const files = reinterpret_cast<DropFiles*>(drop);
     if (files != nullptr && !files->belongsToDataObject)
-        const std::unique_ptr<DropFiles> owner(files);
+        std::unique_ptr<DropFiles>(files).reset();
 }

@@ -1,11 +1,16 @@
+#include "vnbytstr/XercesWrapper.h"
+#include "xml/DocumentParserInternal.h"
 #include "xml/ParserMemoryInternal.h"
 
+#include <xercesc/framework/MemBufInputSource.hpp>
+#include <xercesc/framework/Wrapper4InputSource.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
 
 #include <cstdint>
 #include <cstring>
 #include <map>
 #include <random>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -54,6 +59,60 @@ TEST(ParserMemoryTest, BlocksDoNotOverlapAndAreUsedAgain) {
     memory.deallocate(nullptr);
     EXPECT_THROW(memory.allocate(SIZE_MAX), xercesc::OutOfMemoryException);
     EXPECT_THROW(memory.allocate(SIZE_MAX / 2), xercesc::OutOfMemoryException);
+}
+
+TEST(ParserMemoryTest, ABudgetEndsOnceAndForgetsNothing) {
+    detail::ParseBudget budget;
+    const std::size_t before = ParserMemory::Process().LiveBlocks();
+    void* const early = budget.allocate(100000); // is not counted yet
+    budget.Begin(1000, [] { throw 1; });
+    void* const first = budget.allocate(900);
+    budget.deallocate(first);
+    EXPECT_THROW(budget.allocate(101), int); // what was given back does not count
+    EXPECT_NE(budget.allocate(5000), nullptr);
+    EXPECT_TRUE(budget.End());
+    budget.Begin(10, [] { throw 1; });
+    budget.Add(SIZE_MAX);
+    EXPECT_NE(budget.allocate(50000), nullptr);
+    EXPECT_FALSE(budget.End());
+    budget.deallocate(early);
+    EXPECT_EQ(budget.LiveBytes(), 55000u);
+    EXPECT_EQ(ParserMemory::Process().LiveBlocks(), before + 1);
+    budget.FreeAll();
+    EXPECT_EQ(budget.LiveBytes(), 0u);
+    EXPECT_EQ(ParserMemory::Process().LiveBlocks(), before);
+}
+
+// Wherever the budget ends: the parser comes to an end, too, and can be thrown away.
+TEST(ParserMemoryTest, AParseMayEndAtAnyAllocation) {
+    using namespace xercesc;
+    const CXercesWrapper platform;
+    const std::string text =
+        "<!DOCTYPE a [<!ENTITY e 'x<b/>'><!ENTITY f '&e;'><!ELEMENT a (b,(c|d)*)>"
+        "<!ATTLIST a x CDATA '1' y CDATA #IMPLIED>]>"
+        "<a y='&lt;'>&f;<!--c--><![CDATA[d]]><?p i?>" +
+        std::string(30000, 't') + "</a>";
+    unsigned refused = 0, loaded = 0;
+    const auto parse = [&](std::size_t bytes) {
+        detail::ParseBudget budget;
+        MemoryManager* const memory = &budget;
+        auto* const parser = new (memory) detail::DocumentParser(memory);
+        budget.Begin(bytes, [&] { parser->Refuse(u"the end"); });
+        const MemBufInputSource source(reinterpret_cast<const XMLByte*>(text.data()), text.size(),
+                                       "x");
+        Wrapper4InputSource input(const_cast<MemBufInputSource*>(&source), false);
+        try {
+            parser->parse(&input);
+        } catch (...) { // of whatever family
+        }
+        ++(budget.End() ? refused : loaded);
+        parser->release();
+    };
+    for (std::size_t bytes = 0; loaded < 3 && bytes < (8u << 20);
+         bytes += bytes < 20000 ? 61 : 1999)
+        parse(bytes);
+    EXPECT_GT(refused, 300u);
+    EXPECT_EQ(loaded, 3u);
 }
 
 TEST(ParserMemoryTest, ThreadsMayFreeWhatOthersTook) {
