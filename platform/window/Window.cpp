@@ -339,7 +339,7 @@ bool Window::SetPos(HWND after, int x, int y, int cx, int cy, UINT flags) {
                           : CRect(now.x(), now.y(), now.x() + now.width(), now.y() + now.height());
     CRect next = current;
     if ((place.flags & SWP_NOMOVE) == 0)
-        next = CRect(CPoint(place.x, place.y), next.Size());
+        next.OffsetRect(place.x - next.left, place.y - next.top);
     if ((place.flags & SWP_NOSIZE) == 0)
         next = CRect(next.TopLeft(), CSize(std::max(place.cx, 0), std::max(place.cy, 0)));
     if (!(next == current) || (place.flags & (SWP_NOMOVE | SWP_NOSIZE)) == 0) {
