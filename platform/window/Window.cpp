@@ -652,8 +652,11 @@ void RegisterSystemClass(const char* name, UINT style,
     entry.info.style = style;
     entry.info.lpfnWndProc = ::DefWindowProc;
     entry.info.hCursor = LoadCursor(nullptr, IDC_ARROW);
+    // Lists and fields are paper; labels and buttons stand on the ground around them.
+    const std::string_view kind = name;
+    const bool isPaper = kind == "LISTBOX" || kind == "EDIT" || kind == "COMBOBOX";
     entry.info.hbrBackground = reinterpret_cast<HBRUSH>(
-        static_cast<std::uintptr_t>(makeControl != nullptr ? COLOR_WINDOW + 1 : COLOR_3DFACE + 1));
+        static_cast<std::uintptr_t>(isPaper ? COLOR_WINDOW + 1 : COLOR_3DFACE + 1));
     entry.info.lpszClassName = entry.name.c_str();
     entry.makeControl = makeControl;
 }
