@@ -138,8 +138,8 @@ std::string FormatCell(const Value& value, const CellFormat& format) {
     if (IsPlaceholder(value, format))
         return Placeholder("CLOB", format.clobText, value.GetLength());
     const std::string text = value.GetBytes();
-    const bool isQuoted = IsMarker(text, format) ||
-                          (!format.defaultText.empty() && IsQuotedMarker(text, format));
+    const bool isQuoted =
+        IsMarker(text, format) || (!format.defaultText.empty() && IsQuotedMarker(text, format));
     return isQuoted ? '"' + text + '"' : MakeVisible(text);
 }
 

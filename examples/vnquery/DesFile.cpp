@@ -22,8 +22,7 @@ void CheckLength(const DesRequest& request, DWORD length) {
                       Text(request.encrypt ? IDS_VQ_DES_NO_MULTIPLE : IDS_VQ_DES_NO_RESULT,
                            {request.input, std::to_string(length)}));
     if (request.encrypt && request.pad && length >= CBytePage::m_dwPageSize)
-        throw Failure(kBadUsage,
-                      Text(IDS_VQ_DES_PADDING, {request.input, std::to_string(length)}));
+        throw Failure(kBadUsage, Text(IDS_VQ_DES_PADDING, {request.input, std::to_string(length)}));
 }
 
 } // namespace
@@ -32,7 +31,8 @@ void RunDes(const DesRequest& request) {
     const CByteStream key = EightBytes("--des-key", request.key);
     const CByteStream vector = EightBytes("--des-iv", request.vector);
     CByteStore content, result;
-    WithMessage(Text(IDS_VQ_CANNOT_READ_FILE, {request.input}), [&] { OpenAsStore(content, request.input); });
+    WithMessage(Text(IDS_VQ_CANNOT_READ_FILE, {request.input}),
+                [&] { OpenAsStore(content, request.input); });
     CheckLength(request, content.GetLength());
     const std::string what =
         Text(request.encrypt ? IDS_VQ_CANNOT_ENCIPHER : IDS_VQ_CANNOT_DECIPHER, {request.input});
@@ -43,7 +43,8 @@ void RunDes(const DesRequest& request) {
         if (!done)
             throw Failure(kBadUsage, what + ": " + Text(IDS_VQ_DES_WRONG_KEY));
     });
-    WithMessage(Text(IDS_VQ_CANNOT_WRITE_FILE, {request.output}), [&] { SaveStore(result, request.output); });
+    WithMessage(Text(IDS_VQ_CANNOT_WRITE_FILE, {request.output}),
+                [&] { SaveStore(result, request.output); });
 }
 
 } // namespace vnquery

@@ -138,8 +138,7 @@ bool Exporter::NoteLoss(const Value& value, std::size_t row, std::size_t column)
         return false;
     const std::optional<ULONGLONG> offset = FindFirstLoss(value, TargetCcsid(m_format));
     if (offset)
-        m_firstLoss =
-            Text(IDS_VQ_LOSS_PLACE, {GroupDigits(*offset + 1), CellName(row, column)});
+        m_firstLoss = Text(IDS_VQ_LOSS_PLACE, {GroupDigits(*offset + 1), CellName(row, column)});
     return offset.has_value();
 }
 

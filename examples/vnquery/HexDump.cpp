@@ -65,8 +65,9 @@ std::string HexDump::GetLines(DWORD first, DWORD count) const {
     const std::string bytes = Read(offset, length);
     std::string lines;
     for (DWORD done = 0; done < length; done += kBytesPerLine)
-        lines.append(Format(offset + done, {reinterpret_cast<const BYTE*>(bytes.data()) + done,
-                                            std::min(kBytesPerLine, length - done)}))
+        lines
+            .append(Format(offset + done, {reinterpret_cast<const BYTE*>(bytes.data()) + done,
+                                           std::min(kBytesPerLine, length - done)}))
             .append("\r\n");
     return lines;
 }

@@ -35,9 +35,8 @@ std::optional<ULONGLONG> FindFirstLoss(const Value& text, WORD ccsid) {
 std::string DescribeLosses(const STranslationReport& report, WORD ccsid) {
     std::string lost;
     if (report.ullUntranslatable > 0)
-        lost =
-            Text(report.ullUntranslatable == 1 ? IDS_VQ_LOST_CHARACTER : IDS_VQ_LOST_CHARACTERS,
-                 {std::to_string(ccsid), GroupDigits(report.ullUntranslatable)});
+        lost = Text(report.ullUntranslatable == 1 ? IDS_VQ_LOST_CHARACTER : IDS_VQ_LOST_CHARACTERS,
+                    {std::to_string(ccsid), GroupDigits(report.ullUntranslatable)});
     std::string malformed;
     if (report.ullMalformed > 0)
         malformed =

@@ -39,8 +39,7 @@ void SetAttribute(SQLHANDLE connection, SQLINTEGER attribute, std::uintptr_t val
 void OdbcFail(const std::string& what, SQLSMALLINT type, SQLHANDLE handle) {
     CheckInterrupted();
     const std::string words = Diagnose(type, handle);
-    throw Failure(kQueryFailed,
-                  what + ": " + (words.empty() ? Text(IDS_VQ_NO_REASON) : words));
+    throw Failure(kQueryFailed, what + ": " + (words.empty() ? Text(IDS_VQ_NO_REASON) : words));
 }
 
 OdbcHandle::OdbcHandle(SQLSMALLINT type, SQLHANDLE parent) : m_type(type) {

@@ -37,8 +37,8 @@ void OdbcReader::Read(std::size_t column, const std::string& name, Value::Type t
         ReadText(column, name, type, sink);
 }
 
-OdbcReader::Piece OdbcReader::ReadPiece(std::size_t column, const std::string& name, SQLSMALLINT type,
-                                        std::size_t terminator) {
+OdbcReader::Piece OdbcReader::ReadPiece(std::size_t column, const std::string& name,
+                                        SQLSMALLINT type, std::size_t terminator) {
     Piece piece;
     SQLLEN indicator = 0;
     const std::size_t room = m_buffer.size() - terminator;
@@ -78,7 +78,8 @@ void OdbcReader::ReadBinary(std::size_t column, const std::string& name, ValueSi
     sink.End(announced);
 }
 
-void OdbcReader::ReadText(std::size_t column, const std::string& name, Value::Type type, ValueSink& sink) {
+void OdbcReader::ReadText(std::size_t column, const std::string& name, Value::Type type,
+                          ValueSink& sink) {
     WideTextDecoder decoder;
     ULONGLONG announced = 0;
     ULONGLONG arrived = 0;
@@ -100,7 +101,7 @@ void OdbcReader::ReadText(std::size_t column, const std::string& name, Value::Ty
     }
     if (arrived < announced)
         throw Failure(kQueryFailed, Text(IDS_VQ_SHORT_COLUMN, {std::to_string(announced), name,
-                                                              std::to_string(arrived)}));
+                                                               std::to_string(arrived)}));
     sink.End();
 }
 

@@ -108,9 +108,9 @@ std::string OdbcSource::GetAttribute(std::size_t column, SQLUSMALLINT attribute)
     if (!SQL_SUCCEEDED(SQLColAttributeW(m_statement->Get(), static_cast<SQLUSMALLINT>(column + 1),
                                         attribute, text, sizeof text, &bytes, nullptr)))
         return {};
-    return FromWide(text, std::min(static_cast<std::size_t>(std::max<SQLSMALLINT>(bytes, 0)) /
-                                       sizeof(SQLWCHAR),
-                                   std::size(text) - 1));
+    return FromWide(
+        text, std::min(static_cast<std::size_t>(std::max<SQLSMALLINT>(bytes, 0)) / sizeof(SQLWCHAR),
+                       std::size(text) - 1));
 }
 
 /// Names of the primary key's columns in the plan's table; none when the driver does not tell.
@@ -129,12 +129,12 @@ std::vector<std::string> OdbcSource::FindPrimaryKey(const std::string& catalog) 
     while (SQL_SUCCEEDED(SQLFetch(keys->Get()))) {
         SQLWCHAR name[512] = {};
         SQLLEN bytes = 0;
-        if (SQL_SUCCEEDED(SQLGetData(keys->Get(), kColumnName, SQL_C_WCHAR, name, sizeof name,
-                                     &bytes)) &&
+        if (SQL_SUCCEEDED(
+                SQLGetData(keys->Get(), kColumnName, SQL_C_WCHAR, name, sizeof name, &bytes)) &&
             bytes > 0)
-            columns.push_back(FromWide(name, std::min(static_cast<std::size_t>(bytes) /
-                                                          sizeof(SQLWCHAR),
-                                                      std::size(name) - 1)));
+            columns.push_back(
+                FromWide(name, std::min(static_cast<std::size_t>(bytes) / sizeof(SQLWCHAR),
+                                        std::size(name) - 1)));
     }
     return columns;
 }

@@ -67,8 +67,7 @@ void OdbcWriter::Bind(SQLHANDLE statement, std::span<Parameter> parameters,
                 asBinary ? SQL_C_BINARY : SQL_C_WCHAR, static_cast<SQLSMALLINT>(column.sqlType),
                 std::max<SQLULEN>({column.sqlSize, length, 1}),
                 static_cast<SQLSMALLINT>(column.sqlDigits), data, 0, &parameter.indicator)))
-            OdbcFail(Text(IDS_VQ_CANNOT_PASS, {column.name}), SQL_HANDLE_STMT,
-                     statement);
+            OdbcFail(Text(IDS_VQ_CANNOT_PASS, {column.name}), SQL_HANDLE_STMT, statement);
     }
 }
 
@@ -81,13 +80,12 @@ void OdbcWriter::Execute(SQLHANDLE statement, const std::string& sql, const std:
         result = SQLParamData(statement, &which);
         if (result != SQL_NEED_DATA)
             break;
-        static_cast<const Parameter*>(which)->value->ForEachPiece(
-            [&](std::span<const BYTE> piece) {
-                if (!SQL_SUCCEEDED(SQLPutData(statement, const_cast<BYTE*>(piece.data()),
-                                              static_cast<SQLLEN>(piece.size()))))
-                    OdbcFail(what, SQL_HANDLE_STMT, statement);
-                progress.AddBytes(piece.size());
-            });
+        static_cast<const Parameter*>(which)->value->ForEachPiece([&](std::span<const BYTE> piece) {
+            if (!SQL_SUCCEEDED(SQLPutData(statement, const_cast<BYTE*>(piece.data()),
+                                          static_cast<SQLLEN>(piece.size()))))
+                OdbcFail(what, SQL_HANDLE_STMT, statement);
+            progress.AddBytes(piece.size());
+        });
     }
     if (!SQL_SUCCEEDED(result) && result != SQL_NO_DATA)
         OdbcFail(what, SQL_HANDLE_STMT, statement);
@@ -134,8 +132,8 @@ void OdbcWriter::Update(const RowKey& key, std::size_t column, const NewValue& v
             Text(IDS_VQ_CANNOT_CHANGE, {plan.name}), progress);
     SQLLEN rows = 0;
     if (SQL_SUCCEEDED(SQLRowCount(update->Get(), &rows)) && rows != 1)
-        throw Failure(kQueryFailed, Text(IDS_VQ_CANNOT_CHANGE, {plan.name}) + ": " +
-                                        Text(IDS_VQ_ROW_GONE));
+        throw Failure(kQueryFailed,
+                      Text(IDS_VQ_CANNOT_CHANGE, {plan.name}) + ": " + Text(IDS_VQ_ROW_GONE));
 }
 
 void OdbcWriter::Commit() { m_connection.EndTransaction(SQL_COMMIT); }

@@ -64,8 +64,7 @@ struct RawOptions {
 };
 
 void AddQueryOptions(CLI::App& app, Options& options) {
-    app.add_option("--db", options.database, Text(IDS_VQ_CL_DB))
-        ->type_name("FILE");
+    app.add_option("--db", options.database, Text(IDS_VQ_CL_DB))->type_name("FILE");
     app.add_option("--connect", options.connection, Text(IDS_VQ_CL_CONNECT))
         ->type_name("STRING")
         ->excludes("--db");
@@ -74,16 +73,12 @@ void AddQueryOptions(CLI::App& app, Options& options) {
 }
 
 void AddDisplayOptions(CLI::App& app, Options& options, RawOptions& raw) {
-    app.add_option("--null", raw.nullText,
-                   Text(IDS_VQ_CL_NULL))
-        ->type_name("TEXT");
-    app.add_option("--text-limit", options.cells.textLimit,
-                   Text(IDS_VQ_CL_TEXT_LIMIT))
+    app.add_option("--null", raw.nullText, Text(IDS_VQ_CL_NULL))->type_name("TEXT");
+    app.add_option("--text-limit", options.cells.textLimit, Text(IDS_VQ_CL_TEXT_LIMIT))
         ->type_name("N")
         ->check(CLI::Range(0u, 1u << 28));
     app.add_flag("--quiet", options.quiet, Text(IDS_VQ_CL_QUIET));
-    app.add_flag("--stats", options.statistics,
-                 Text(IDS_VQ_CL_STATS));
+    app.add_flag("--stats", options.statistics, Text(IDS_VQ_CL_STATS));
 }
 
 void AddFileOptions(CLI::App& app, Options& options, RawOptions& raw) {
@@ -98,12 +93,8 @@ void AddFileOptions(CLI::App& app, Options& options, RawOptions& raw) {
     app.add_option("--export", options.exportFile, Text(IDS_VQ_CL_EXPORT))
         ->type_name("FILE")
         ->group(group);
-    app.add_option("--ccsid", format.ccsid,
-                   Text(IDS_VQ_CL_CCSID))
-        ->type_name("N")
-        ->group(group);
-    app.add_option("--record-length", format.recordLength,
-                   Text(IDS_VQ_CL_RECORD_LENGTH))
+    app.add_option("--ccsid", format.ccsid, Text(IDS_VQ_CL_CCSID))->type_name("N")->group(group);
+    app.add_option("--record-length", format.recordLength, Text(IDS_VQ_CL_RECORD_LENGTH))
         ->type_name("N")
         ->check(CLI::Range(0, 1 << 24))
         ->group(group);
@@ -111,30 +102,21 @@ void AddFileOptions(CLI::App& app, Options& options, RawOptions& raw) {
         ->type_name("KIND")
         ->check(CLI::IsMember({"crlf", "cr", "none"}))
         ->group(group);
-    app.add_option(
-           "--line-ends", raw.lineEnds,
-           Text(IDS_VQ_CL_LINE_ENDS))
+    app.add_option("--line-ends", raw.lineEnds, Text(IDS_VQ_CL_LINE_ENDS))
         ->type_name("RULE")
         ->check(CLI::IsMember({"escape", "records", "space", "keep"}))
         ->group(group);
-    app.add_flag("--entities", format.entities, Text(IDS_VQ_CL_ENTITIES))
-        ->group(group);
+    app.add_flag("--entities", format.entities, Text(IDS_VQ_CL_ENTITIES))->group(group);
     app.add_option("--separator", raw.separator, Text(IDS_VQ_CL_SEPARATOR))
         ->type_name("TEXT")
         ->group(group);
-    app.add_option("--blobs", raw.blobs,
-                   Text(IDS_VQ_CL_BLOBS))
+    app.add_option("--blobs", raw.blobs, Text(IDS_VQ_CL_BLOBS))
         ->type_name("KIND")
         ->check(CLI::IsMember({"placeholder", "hex"}))
         ->group(group);
-    app.add_flag("--headings", format.headings, Text(IDS_VQ_CL_HEADINGS))
-        ->group(group);
-    app.add_flag(
-           "--strict", format.strict,
-           Text(IDS_VQ_CL_STRICT))
-        ->group(group);
-    app.add_option("--translate", raw.translate,
-                   Text(IDS_VQ_CL_TRANSLATE))
+    app.add_flag("--headings", format.headings, Text(IDS_VQ_CL_HEADINGS))->group(group);
+    app.add_flag("--strict", format.strict, Text(IDS_VQ_CL_STRICT))->group(group);
+    app.add_option("--translate", raw.translate, Text(IDS_VQ_CL_TRANSLATE))
         ->type_name("FROM:TO IN OUT")
         ->type_size(3)
         ->expected(1)
@@ -148,17 +130,17 @@ void AddDesOptions(CLI::App& app, RawOptions& raw) {
         ->type_size(3)
         ->expected(1)
         ->group(group);
-    app.add_option("--des-key", raw.desKey, Text(IDS_VQ_CL_DES_KEY))->type_name("HEX")->group(group);
-    app.add_option("--des-mode", raw.desMode,
-                   Text(IDS_VQ_CL_DES_MODE))
+    app.add_option("--des-key", raw.desKey, Text(IDS_VQ_CL_DES_KEY))
+        ->type_name("HEX")
+        ->group(group);
+    app.add_option("--des-mode", raw.desMode, Text(IDS_VQ_CL_DES_MODE))
         ->type_name("MODE")
         ->check(CLI::IsMember({"ecb", "cbc"}))
         ->group(group);
     app.add_option("--des-iv", raw.desVector, Text(IDS_VQ_CL_DES_IV))
         ->type_name("HEX")
         ->group(group);
-    app.add_flag("--des-pad", raw.desPad, Text(IDS_VQ_CL_DES_PAD))
-        ->group(group);
+    app.add_flag("--des-pad", raw.desPad, Text(IDS_VQ_CL_DES_PAD))->group(group);
 }
 
 void SetFormats(const CLI::App& app, Options& options, const RawOptions& raw) {
@@ -181,8 +163,7 @@ void SetFormats(const CLI::App& app, Options& options, const RawOptions& raw) {
     if (app.count("--line-ends") == 0)
         options.saveFormat.lineEnds = format.recordLength > 0 ? LineEnds::Records : LineEnds::Keep;
     if (format.ccsid != 0 && !CanTranslateCCSID(GetNativeCCSID(), format.ccsid))
-        throw Failure(kBadUsage,
-                      Text(IDS_VQ_CL_UNKNOWN_CCSID, {std::to_string(format.ccsid)}));
+        throw Failure(kBadUsage, Text(IDS_VQ_CL_UNKNOWN_CCSID, {std::to_string(format.ccsid)}));
 }
 
 void SetRequests(Options& options, const RawOptions& raw) {
@@ -235,14 +216,11 @@ void CheckComplete(const Options& options) {
 } // namespace
 
 std::optional<Options> ParseOptions(int argc, char** argv) {
-    CLI::App app(Text(IDS_VQ_CL_ABOUT),
-                 "vnquery");
+    CLI::App app(Text(IDS_VQ_CL_ABOUT), "vnquery");
     app.footer(Footer());
     app.set_version_flag("--version", "vnquery " VNQUERY_VERSION);
     Options options;
-    app.add_option("--help-topic", options.helpTopic,
-                   Text(IDS_VQ_CL_HELP_TOPIC))
-        ->type_name("ID");
+    app.add_option("--help-topic", options.helpTopic, Text(IDS_VQ_CL_HELP_TOPIC))->type_name("ID");
     RawOptions raw;
     AddQueryOptions(app, options);
     AddDisplayOptions(app, options, raw);

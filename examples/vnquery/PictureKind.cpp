@@ -21,8 +21,8 @@ bool IsBitmap(std::string_view bytes) {
         bytes.substr(6, 4) != std::string_view("\0\0\0\0", 4))
         return false;
     const unsigned length = ByteAt(bytes, 14) | ByteAt(bytes, 15) << 8 | ByteAt(bytes, 16) << 16;
-    return ByteAt(bytes, 17) == 0 && std::ranges::find(kHeaderLengths, length) !=
-                                         std::end(kHeaderLengths);
+    return ByteAt(bytes, 17) == 0 &&
+           std::ranges::find(kHeaderLengths, length) != std::end(kHeaderLengths);
 }
 
 } // namespace

@@ -54,8 +54,7 @@ void CheckInterrupted() {
         throw Interrupted();
 }
 
-StopScope::StopScope(std::stop_token stop)
-    : m_outer(std::exchange(currentStop, std::move(stop))) {}
+StopScope::StopScope(std::stop_token stop) : m_outer(std::exchange(currentStop, std::move(stop))) {}
 
 StopScope::~StopScope() { currentStop = std::move(m_outer); }
 

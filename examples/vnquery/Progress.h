@@ -21,8 +21,9 @@ protected:
     Progress& operator=(const Progress&) = default;
 };
 
-/// One line on the terminal: counts rows and bytes, shows them on standard error when that is a terminal (ten times a second
-/// at most), and removes the line at its end. Every call is also where a signal to end is noticed.
+/// One line on the terminal: counts rows and bytes, shows them on standard error when that is a
+/// terminal (ten times a second at most), and removes the line at its end. Every call is also where
+/// a signal to end is noticed.
 class TerminalProgress : public Progress {
 public:
     /// `work` says what goes on, such as "Reading".

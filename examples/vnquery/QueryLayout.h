@@ -11,9 +11,10 @@ namespace vnquery {
 struct QueryLayout {
     enum class Sort { None, Ascending, Descending };
 
-    std::vector<std::size_t> order; ///< the result's columns from the first displayed one to the last
-    std::vector<int> widths;        ///< of the result's columns, in pixels at scale 1; 0: not set
-    std::size_t sortColumn = 0;     ///< column of the result
+    std::vector<std::size_t>
+        order;                  ///< the result's columns from the first displayed one to the last
+    std::vector<int> widths;    ///< of the result's columns, in pixels at scale 1; 0: not set
+    std::size_t sortColumn = 0; ///< column of the result
     Sort sort = Sort::None;
 
     bool operator==(const QueryLayout&) const = default;

@@ -23,8 +23,7 @@ void QueryRun::Cancel() { m_task->Cancel(); }
 
 /// On the task's thread. A portion goes when it is full, or when some time has passed.
 void QueryRun::Work(Progress& progress) {
-    const std::unique_ptr<RowSource> source =
-        OpenSource(m_connection, m_sql, SourceUse::Editing);
+    const std::unique_ptr<RowSource> source = OpenSource(m_connection, m_sql, SourceUse::Editing);
     {
         const std::lock_guard lock(m_mutex);
         m_shape = ResultShape{source->GetColumns(), source->GetKinds(), source->GetEditPlan()};

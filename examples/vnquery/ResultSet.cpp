@@ -30,7 +30,7 @@ void ValueSink::Append(const void* bytes, std::size_t count) {
 void ValueSink::End(std::optional<ULONGLONG> announced) {
     if (announced && *announced != m_value.GetLength())
         throw Failure(kQueryFailed, Text(IDS_VQ_SHORT_VALUE, {GroupDigits(*announced),
-                                                             GroupDigits(m_value.GetLength())}));
+                                                              GroupDigits(m_value.GetLength())}));
     m_value.Complete();
 }
 

@@ -114,8 +114,7 @@ void SqliteDatabase::ReadWhole(sqlite3_stmt* statement, int column, ValueSink& s
                             : sqlite3_column_blob(statement, column);
     const auto length = static_cast<std::size_t>(sqlite3_column_bytes(statement, column));
     if (!bytes && sqlite3_errcode(m_database.get()) == SQLITE_NOMEM)
-        throw Failure(kQueryFailed,
-                      Text(IDS_VQ_VALUE_TOO_LONG));
+        throw Failure(kQueryFailed, Text(IDS_VQ_VALUE_TOO_LONG));
     if (bytes)
         sink.Append(bytes, length);
     sink.End(length);

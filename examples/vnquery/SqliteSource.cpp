@@ -27,12 +27,10 @@ SqliteSource::SqliteSource(const std::string& file, const std::string& sql, Sour
     if (!m_statement)
         throw Failure(kQueryFailed, Text(IDS_VQ_NO_QUERY));
     if (Statement second = m_database.Prepare(rest))
-        throw Failure(kQueryFailed,
-                      Text(IDS_VQ_MORE_STATEMENTS));
+        throw Failure(kQueryFailed, Text(IDS_VQ_MORE_STATEMENTS));
     const int count = sqlite3_column_count(m_statement.get());
     if (count == 0)
-        throw Failure(kQueryFailed,
-                      Text(IDS_VQ_NO_RESULT));
+        throw Failure(kQueryFailed, Text(IDS_VQ_NO_RESULT));
     for (int i = 0; i < count; ++i) {
         m_names.emplace_back(sqlite3_column_name(m_statement.get(), i));
         const char* type = sqlite3_column_decltype(m_statement.get(), i);
@@ -44,13 +42,14 @@ SqliteSource::SqliteSource(const std::string& file, const std::string& sql, Sour
 
 SqliteSource::~SqliteSource() = default;
 
-// --- queries of one table -------------------------------------------------------------------------
+// --- queries of one table
+// -------------------------------------------------------------------------
 
 /// Neither a view nor a virtual table.
 bool SqliteSource::IsPlainTable(const char* schema, const char* table) {
     const Statement list =
         m_database.Prepare("SELECT 1 FROM pragma_table_list(?2) WHERE schema = ?1 COLLATE NOCASE "
-                "AND type = 'table'");
+                           "AND type = 'table'");
     sqlite3_bind_text(list.get(), 1, schema, -1, SQLITE_TRANSIENT);
     sqlite3_bind_text(list.get(), 2, table, -1, SQLITE_TRANSIENT);
     return sqlite3_step(list.get()) == SQLITE_ROW;
@@ -60,13 +59,13 @@ bool SqliteSource::IsPlainTable(const char* schema, const char* table) {
 /// table's rows have no numbers.
 std::string SqliteSource::FindRowIdName(const char* schema, const char* table) {
     const Statement numbered = m_database.Prepare("SELECT 1 FROM pragma_table_list(?2) "
-                                       "WHERE schema = ?1 COLLATE NOCASE AND wr = 0");
+                                                  "WHERE schema = ?1 COLLATE NOCASE AND wr = 0");
     sqlite3_bind_text(numbered.get(), 1, schema, -1, SQLITE_TRANSIENT);
     sqlite3_bind_text(numbered.get(), 2, table, -1, SQLITE_TRANSIENT);
     if (sqlite3_step(numbered.get()) != SQLITE_ROW)
         return {};
     const Statement columns = m_database.Prepare("SELECT 1 FROM pragma_table_xinfo(?2, ?1) "
-                                      "WHERE name = ?3 COLLATE NOCASE");
+                                                 "WHERE name = ?3 COLLATE NOCASE");
     for (const char* name : {"rowid", "_rowid_", "oid"}) {
         sqlite3_reset(columns.get());
         sqlite3_bind_text(columns.get(), 1, schema, -1, SQLITE_TRANSIENT);
@@ -174,7 +173,7 @@ void SqliteSource::PrepareDetails() {
         columns.append(" THEN NULL ELSE ").append(name).append(" END");
     }
     m_details = m_database.Prepare("SELECT " + columns + " FROM " + QuoteName(m_schema) + "." +
-                        QuoteName(m_table) + " WHERE " + m_rowId + " = ?");
+                                   QuoteName(m_table) + " WHERE " + m_rowId + " = ?");
 }
 
 // --- what can be written back --------------------------------------------------------------------
@@ -186,8 +185,9 @@ void SqliteSource::PlanEditing() {
     m_editPlan.rowIdName = m_rowId;
     const Statement column =
         m_database.Prepare("SELECT dflt_value, \"notnull\", hidden, pk, upper(type) "
-                "FROM pragma_table_xinfo(?2, ?1) WHERE name = ?3 COLLATE NOCASE");
-    const Statement keys = m_database.Prepare("SELECT count(*) FROM pragma_table_xinfo(?2, ?1) WHERE pk > 0");
+                           "FROM pragma_table_xinfo(?2, ?1) WHERE name = ?3 COLLATE NOCASE");
+    const Statement keys =
+        m_database.Prepare("SELECT count(*) FROM pragma_table_xinfo(?2, ?1) WHERE pk > 0");
     for (sqlite3_stmt* statement : {column.get(), keys.get()}) {
         sqlite3_bind_text(statement, 1, m_schema.c_str(), -1, SQLITE_TRANSIENT);
         sqlite3_bind_text(statement, 2, m_table.c_str(), -1, SQLITE_TRANSIENT);
@@ -203,8 +203,8 @@ void SqliteSource::PlanEditing() {
         plan.name = origin;
         sqlite3_reset(column.get());
         sqlite3_bind_text(column.get(), 3, origin, -1, SQLITE_TRANSIENT);
-        const bool isStored = sqlite3_step(column.get()) == SQLITE_ROW &&
-                              sqlite3_column_int(column.get(), 2) == 0;
+        const bool isStored =
+            sqlite3_step(column.get()) == SQLITE_ROW && sqlite3_column_int(column.get(), 2) == 0;
         if (!isStored) { // generated, or the row's number by its own name
             plan.bar = EqualsNoCase(origin, m_rowId.c_str()) ? EditBar::Key : EditBar::Computed;
             continue;
@@ -221,7 +221,8 @@ void SqliteSource::PlanEditing() {
 void SqliteSource::PlanKeyColumns() {
     m_editPlan.rowIdName.clear();
     m_editPlan.bar = EditBar::NoKey;
-    const Statement keys = m_database.Prepare("SELECT name FROM pragma_table_xinfo(?2, ?1) WHERE pk > 0");
+    const Statement keys =
+        m_database.Prepare("SELECT name FROM pragma_table_xinfo(?2, ?1) WHERE pk > 0");
     sqlite3_bind_text(keys.get(), 1, m_schema.c_str(), -1, SQLITE_TRANSIENT);
     sqlite3_bind_text(keys.get(), 2, m_table.c_str(), -1, SQLITE_TRANSIENT);
     while (sqlite3_step(keys.get()) == SQLITE_ROW) {
@@ -302,8 +303,9 @@ void SqliteSource::ReadFromTable(ColumnPlan& plan, ValueSink& sink) {
         return;
     }
     if (!plan.whole)
-        plan.whole = m_database.Prepare("SELECT " + QuoteName(plan.name) + " FROM " + QuoteName(m_schema) +
-                             "." + QuoteName(m_table) + " WHERE " + m_rowId + " = ?");
+        plan.whole =
+            m_database.Prepare("SELECT " + QuoteName(plan.name) + " FROM " + QuoteName(m_schema) +
+                               "." + QuoteName(m_table) + " WHERE " + m_rowId + " = ?");
     sqlite3_bind_int64(plan.whole.get(), 1, CurrentRow());
     if (sqlite3_step(plan.whole.get()) != SQLITE_ROW)
         m_database.Fail(Text(IDS_VQ_CANNOT_READ_VALUE, {plan.name}));
@@ -316,8 +318,7 @@ void SqliteSource::ReadFromTable(ColumnPlan& plan, ValueSink& sink) {
 bool SqliteSource::Next() {
     CheckInterrupted();
     m_hasDetails = false;
-    return m_database.Step(m_statement.get(),
-                           Text(IDS_VQ_QUERY_FAILED, {m_database.GetFile()}));
+    return m_database.Step(m_statement.get(), Text(IDS_VQ_QUERY_FAILED, {m_database.GetFile()}));
 }
 
 void SqliteSource::Read(std::size_t column, ValueSink& sink) {

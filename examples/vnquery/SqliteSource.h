@@ -66,11 +66,12 @@ private:
     EditPlan m_editPlan;
     std::vector<ColumnPlan> m_plans;
 
-    // For a query of one table. With m_hasRowIds its row's number is the last column of m_statement.
+    // For a query of one table. With m_hasRowIds its row's number is the last column of
+    // m_statement.
     std::string m_schema;
     std::string m_table;
-    std::string m_rowId;       ///< name of the row's number
-    Statement m_details;       ///< gives types, numbers and NULL of one row
+    std::string m_rowId; ///< name of the row's number
+    Statement m_details; ///< gives types, numbers and NULL of one row
     bool m_hasRowIds = false;
     bool m_hasDetails = false; ///< m_details stands on the current row
 };

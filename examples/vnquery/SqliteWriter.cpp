@@ -89,11 +89,10 @@ void SqliteWriter::BindKey(sqlite3_stmt* statement, const RowKey& key, int first
         Bind(statement, first++, *value);
 }
 
-std::optional<Value> SqliteWriter::Read(const RowKey& key, std::size_t column,
-                                        Progress& progress) {
+std::optional<Value> SqliteWriter::Read(const RowKey& key, std::size_t column, Progress& progress) {
     const std::string& name = m_plan.columns[column].name;
-    const auto select = m_database.Prepare("SELECT " + QuoteName(name) + " FROM " + m_table +
-                                           Condition());
+    const auto select =
+        m_database.Prepare("SELECT " + QuoteName(name) + " FROM " + m_table + Condition());
     BindKey(select.get(), key, 1);
     if (!m_database.Step(select.get(), Text(IDS_VQ_CANNOT_READ_VALUE, {name})))
         return {};
@@ -103,8 +102,8 @@ std::optional<Value> SqliteWriter::Read(const RowKey& key, std::size_t column,
     return value;
 }
 
-void SqliteWriter::UpdateOnce(const std::string& expression, const RowKey& key,
-                              std::size_t column, const Value* value) {
+void SqliteWriter::UpdateOnce(const std::string& expression, const RowKey& key, std::size_t column,
+                              const Value* value) {
     const std::string& name = m_plan.columns[column].name;
     const auto update = m_database.Prepare("UPDATE " + m_table + " SET " + QuoteName(name) + " = " +
                                            expression + Condition());
@@ -113,7 +112,8 @@ void SqliteWriter::UpdateOnce(const std::string& expression, const RowKey& key,
     BindKey(update.get(), key, value ? 2 : 1);
     m_database.Step(update.get(), Text(IDS_VQ_CANNOT_CHANGE, {name}));
     if (sqlite3_changes(m_database.Get()) != 1)
-        throw Failure(kQueryFailed, Text(IDS_VQ_CANNOT_CHANGE, {name}) + ": " + Text(IDS_VQ_ROW_GONE));
+        throw Failure(kQueryFailed,
+                      Text(IDS_VQ_CANNOT_CHANGE, {name}) + ": " + Text(IDS_VQ_ROW_GONE));
 }
 
 void SqliteWriter::Update(const RowKey& key, std::size_t column, const NewValue& value,

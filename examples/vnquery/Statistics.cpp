@@ -76,8 +76,8 @@ void PrintStatistics(const ResultSet& result) {
     for (const SwapFile& file : totals.files) {
         std::error_code error;
         const auto size = std::filesystem::file_size(file.name, error);
-        PrintLine(IDS_VQ_STAT_SWAP_FILE, file.name + ", " + (error ? "?" : FormatSize(size)) + ": " +
-                                   file.cell + ", " + FormatSize(file.length));
+        PrintLine(IDS_VQ_STAT_SWAP_FILE, file.name + ", " + (error ? "?" : FormatSize(size)) +
+                                             ": " + file.cell + ", " + FormatSize(file.length));
     }
     if (const std::uint64_t peak = GetPeakMemory())
         PrintLine(IDS_VQ_STAT_PEAK, FormatSize(peak));

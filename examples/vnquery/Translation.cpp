@@ -12,9 +12,8 @@ void TranslateFile(WORD fromCcsid, WORD toCcsid, const std::string& from, const 
     WithMessage(Text(IDS_VQ_CANNOT_READ_FILE, {from}), [&] { OpenAsStore(text, from); });
     WithMessage(Text(IDS_VQ_CANNOT_TRANSLATE, {from}), [&] {
         if (!text.TranslateCCSID(fromCcsid, toCcsid, translated))
-            throw Failure(kBadUsage, Text(IDS_VQ_UNKNOWN_CCSIDS,
-                                          {from, std::to_string(fromCcsid),
-                                           std::to_string(toCcsid)}));
+            throw Failure(kBadUsage, Text(IDS_VQ_UNKNOWN_CCSIDS, {from, std::to_string(fromCcsid),
+                                                                  std::to_string(toCcsid)}));
     });
     WithMessage(Text(IDS_VQ_CANNOT_WRITE_FILE, {to}), [&] { SaveStore(translated, to); });
 }

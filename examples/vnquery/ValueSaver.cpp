@@ -30,10 +30,10 @@ void SaveValue(ResultSet& result, std::size_t row, std::size_t column, const std
                const ExportFormat& format, bool isLastUse) {
     const std::string what = Text(IDS_VQ_CANNOT_SAVE, {CellName(row, column), file});
     if (row >= result.GetRowCount() || column >= result.GetColumnCount())
-        throw Failure(kBadUsage, what + ": " +
-                                     Text(IDS_VQ_SAVE_OUTSIDE,
-                                          {std::to_string(result.GetRowCount()),
-                                           std::to_string(result.GetColumnCount())}));
+        throw Failure(kBadUsage,
+                      what + ": " +
+                          Text(IDS_VQ_SAVE_OUTSIDE, {std::to_string(result.GetRowCount()),
+                                                     std::to_string(result.GetColumnCount())}));
     Value& value = result.At(row, column);
     if (value.IsNull())
         throw Failure(kBadUsage, what + ": " + Text(IDS_VQ_SAVE_NULL));

@@ -46,8 +46,7 @@ VariableKind FindVariableKind(const std::string& name, const std::string& value)
     if (Accepts(name, "0") && Accepts(name, "1") && !Accepts(name, "2") && !Accepts(name, "-1"))
         return {VariableKind::Form::Switch, 0, 1};
     long inside = 0;
-    const auto [end, error] =
-        std::from_chars(value.data(), value.data() + value.size(), inside);
+    const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), inside);
     if (error != std::errc() || end != value.data() + value.size() || !Accepts(name, inside))
         return {};
     return {VariableKind::Form::Number, FindEdge(name, inside, -kLimit),

@@ -19,7 +19,6 @@
 #include "window/WindowProgram.h"
 #endif
 
-
 #include <algorithm>
 #include <cstdio>
 #include <new>
@@ -45,8 +44,7 @@ void Export(const ResultSet& result, const Options& options) {
         summary = ExportToFile(result, name, options.exportFormat, progress);
     }
     ReportLosses(name, summary.losses);
-    std::fprintf(stderr, "%s\n",
-                 DescribeExport(result.GetRowCount(), summary.bytes, name).c_str());
+    std::fprintf(stderr, "%s\n", DescribeExport(result.GetRowCount(), summary.bytes, name).c_str());
 }
 
 void SaveValues(ResultSet& result, const std::vector<SaveRequest>& saves,
@@ -114,8 +112,7 @@ int main(int argc, char** argv) {
             Run(*options);
         return kOk;
     } catch (const Interrupted&) {
-        return Complain(kInterrupted, Text(IDS_VQ_STOPPED)),
-               128 + InterruptingSignal();
+        return Complain(kInterrupted, Text(IDS_VQ_STOPPED)), 128 + InterruptingSignal();
     } catch (const Failure& failure) {
         return Complain(failure.Code(), failure.what());
     } catch (CException* error) {

@@ -38,7 +38,8 @@ TEST(CellEdit, MarkersAreNullAndDefaultAndQuotesMakeThemTexts) {
 /// What is displayed and typed again is the same value, whatever looks like a marker.
 TEST(CellEdit, DisplayedTextsReadBack) {
     const CellFormat format = WindowFormat();
-    for (const char* text : {"", "a", "-", "+", "--", "\"-\"", "\"\"+\"\"", "\"", "\"\"", "\"-", "\"x\""}) {
+    for (const char* text :
+         {"", "a", "-", "+", "--", "\"-\"", "\"\"+\"\"", "\"", "\"\"", "\"-", "\"x\""}) {
         const Value value = MakeValue(Value::Type::Text, text);
         NewValue read;
         ASSERT_EQ(Parse(FormatCell(value, format), ColumnKind::Text, read), EditFault::None);

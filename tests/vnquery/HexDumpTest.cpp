@@ -17,8 +17,7 @@ TEST(HexDump, LinesHaveOffsetsDigitsAndCharacters) {
     ASSERT_EQ(dump.GetLineCount(), 2u);
     EXPECT_EQ(dump.GetLine(0),
               "000000  89 50 4E 47 0D 0A 1A 0A  61 62 63 64 65 66 67 68  .PNG....abcdefgh");
-    EXPECT_EQ(dump.GetLine(1),
-              "000010  7F 7E                                             .~");
+    EXPECT_EQ(dump.GetLine(1), "000010  7F 7E                                             .~");
     EXPECT_EQ(dump.GetLine(2), "");
     EXPECT_EQ(dump.GetLines(0, 9), dump.GetLine(0) + "\r\n" + dump.GetLine(1) + "\r\n");
     EXPECT_EQ(HexDump(Value()).GetLineCount(), 0u);
@@ -63,8 +62,8 @@ TEST(PictureKind, SignaturesAreRecognised) {
     for (const std::string_view none : {""sv, "BM"sv, "BMW is a car, not a bitmap"sv,
                                         "\x89PNG\n\x1A\n"sv, "\xFF\xD8\xFF"sv, "GIF88a"sv})
         EXPECT_EQ(RecognisePicture(none), PictureKind::None) << none;
-    EXPECT_EQ(RecognisePicture(MakeValue(Value::Type::Binary,
-                                         "\x89PNG\r\n\x1A\n" + std::string(5000, 'x'))),
+    EXPECT_EQ(RecognisePicture(
+                  MakeValue(Value::Type::Binary, "\x89PNG\r\n\x1A\n" + std::string(5000, 'x'))),
               PictureKind::Png);
     EXPECT_EQ(RecognisePicture(MakeValue(Value::Type::Text, "GIF89a")), PictureKind::None);
 }

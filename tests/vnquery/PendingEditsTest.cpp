@@ -1,8 +1,8 @@
 // Edited cells on their way to the table and back.
+#include "examples/vnquery/PendingEdits.h"
 #include "examples/vnquery/CellEdit.h"
 #include "examples/vnquery/Connection.h"
 #include "examples/vnquery/Failure.h"
-#include "examples/vnquery/PendingEdits.h"
 #include "examples/vnquery/Progress.h"
 #include "examples/vnquery/RowText.h"
 
@@ -71,9 +71,9 @@ TEST_F(PendingEditsTest, WhatIsEditable) {
         EXPECT_EQ(m_plan.GetBar(i), expected[i]) << i;
     EXPECT_FALSE(m_plan.columns[1].isNullable);
 
-    for (const char* sql : {"select * from v", "select title from film union select 'x'",
-                            "select a.title from film a, film b", "select count(*) from film",
-                            "select 1"}) {
+    for (const char* sql :
+         {"select * from v", "select title from film union select 'x'",
+          "select a.title from film a, film b", "select count(*) from film", "select 1"}) {
         Query(sql);
         EXPECT_NE(m_plan.GetBar(0), EditBar::None) << sql;
     }

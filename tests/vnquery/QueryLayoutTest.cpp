@@ -30,9 +30,9 @@ TEST_F(LayoutTest, WhatDoesNotFitIsNotUsed) {
     CProfileSectionKey kept;
     ASSERT_TRUE(VNGetProfileSectionKey(1, "Queries", kept));
     const CString name = kept.GetName(0);
-    for (const char* text :
-         {"", "0,1", "0,0;1,2;0,0", "0,1;1;0,0", "0,1;1,2;2,0", "0,1;1,2;0,3", "0,1;-1,2;0,0",
-          "0,1;1,99999;0,0", "0,1;1,x;0,0", "0,1;1,2;0", ";;;;", "0,99999999999999999999;1,2;0,0"}) {
+    for (const char* text : {"", "0,1", "0,0;1,2;0,0", "0,1;1;0,0", "0,1;1,2;2,0", "0,1;1,2;0,3",
+                             "0,1;-1,2;0,0", "0,1;1,99999;0,0", "0,1;1,x;0,0", "0,1;1,2;0", ";;;;",
+                             "0,99999999999999999999;1,2;0,0"}) {
         ASSERT_TRUE(VNWriteProfileString(1, "Queries", name, text));
         EXPECT_EQ(LoadLayout("q", 2), DefaultLayout(2)) << text;
     }

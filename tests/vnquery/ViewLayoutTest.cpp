@@ -21,10 +21,9 @@ TEST(ViewLayoutTest, NothingOverlaps) {
                     ASSERT_GE(parts[i].Width(), 0) << width << " x " << height << ": " << i;
                     ASSERT_GE(parts[i].Height(), 0) << width << " x " << height << ": " << i;
                     for (std::size_t j = 0; j < i; ++j)
-                        ASSERT_FALSE(parts[i].left < parts[j].right &&
-                                     parts[j].left < parts[i].right &&
-                                     parts[i].top < parts[j].bottom &&
-                                     parts[j].top < parts[i].bottom)
+                        ASSERT_FALSE(
+                            parts[i].left < parts[j].right && parts[j].left < parts[i].right &&
+                            parts[i].top < parts[j].bottom && parts[j].top < parts[i].bottom)
                             << width << " x " << height << ": " << i << " over " << j;
                 }
             }

@@ -50,7 +50,8 @@ protected:
     void OpenValues() {
         MakeDatabase("create table v(id integer primary key, b blob, t text);"
                      "insert into v values (1, x'" +
-                     Hex(PngBytes()) + "', 'one' || char(10) || 'two'), (2, zeroblob(100000), 'x')");
+                     Hex(PngBytes()) +
+                     "', 'one' || char(10) || 'two'), (2, zeroblob(100000), 'x')");
         Open("select b, t from v");
     }
 };

@@ -28,7 +28,8 @@ std::string Poster(int hue) {
     painter.setBrush(QColor::fromHsv((hue + 180) % 360, 90, 250));
     painter.drawEllipse(130, 50, 70, 70);
     painter.setBrush(QColor::fromHsv(hue, 200, 60));
-    painter.drawPolygon(QPolygon({{0, 320}, {0, 230}, {70, 160}, {140, 250}, {190, 200}, {240, 260}, {240, 320}}));
+    painter.drawPolygon(
+        QPolygon({{0, 320}, {0, 230}, {70, 160}, {140, 250}, {190, 200}, {240, 260}, {240, 320}}));
     painter.end();
     QByteArray bytes;
     QBuffer buffer(&bytes);
@@ -46,12 +47,12 @@ protected:
         m_folder = folder;
     }
     void OpenFilms() {
-        const char* const titles[][3] = {{"Metropolis", "1927", "153"},   {"M", "1931", "117"},
-                                         {"Casablanca", "1942", "102"},   {"Ikiru", "1952", "143"},
-                                         {"Vertigo", "1958", "128"},      {"Playtime", "1967", "124"},
-                                         {"Solaris", "1972", "167"},      {"Alien", "1979", "117"},
-                                         {"Das Boot", "1981", "149"},     {"Brazil", "1985", "143"},
-                                         {"Tampopo", "1985", "114"},      {"Yi Yi", "2000", "173"}};
+        const char* const titles[][3] = {{"Metropolis", "1927", "153"}, {"M", "1931", "117"},
+                                         {"Casablanca", "1942", "102"}, {"Ikiru", "1952", "143"},
+                                         {"Vertigo", "1958", "128"},    {"Playtime", "1967", "124"},
+                                         {"Solaris", "1972", "167"},    {"Alien", "1979", "117"},
+                                         {"Das Boot", "1981", "149"},   {"Brazil", "1985", "143"},
+                                         {"Tampopo", "1985", "114"},    {"Yi Yi", "2000", "173"}};
         std::string sql = "create table film(id integer primary key, title text not null, year "
                           "integer, minutes integer default 90, rating real, poster blob, plot "
                           "text);";
@@ -59,8 +60,9 @@ protected:
         for (const auto& [title, year, minutes] : titles) {
             ++i;
             sql += "insert into film values (" + std::to_string(i) + ", '" + title + "', " + year +
-                   ", " + minutes + ", " + (i % 4 == 3 ? "null" : std::to_string(7 + i % 3) + ".5") +
-                   ", " + (i % 5 == 0 ? "null" : "x'" + Poster(i * 47 % 360) + "'") +
+                   ", " + minutes + ", " +
+                   (i % 4 == 3 ? "null" : std::to_string(7 + i % 3) + ".5") + ", " +
+                   (i % 5 == 0 ? "null" : "x'" + Poster(i * 47 % 360) + "'") +
                    ", replace(hex(zeroblob(" + std::to_string(i * 90) + ")), '00', 'plot. '));";
         }
         MakeDatabase(sql);
@@ -81,7 +83,7 @@ TEST_F(Pictures, LeftToRight) {
     List().SetCurrentCell(7, 1);
     List().Sort(4);
     SavePicture(Window(), m_folder + "/window.png");
-    List().SetCurrentCell(3, 1);
+    List().SetCurrentCell(7, 1);
     View().EditCell();
     Type("Ikiru (To Live)");
     SavePicture(Window(), m_folder + "/editor.png");

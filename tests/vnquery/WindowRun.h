@@ -17,9 +17,9 @@ public:
     int ShellExecute(const char* verb, const char* file, const char* parameters, const char* folder,
                      int show) override;
 
-    std::deque<int> m_answers;          ///< to the next boxes
-    std::vector<std::string> m_texts;   ///< of the boxes that came
-    std::vector<std::string> m_opened;  ///< parameters of programs that were started
+    std::deque<int> m_answers;         ///< to the next boxes
+    std::vector<std::string> m_texts;  ///< of the boxes that came
+    std::vector<std::string> m_opened; ///< parameters of programs that were started
 };
 
 class WindowTest : public ProgramTest {

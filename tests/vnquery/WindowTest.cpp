@@ -114,7 +114,8 @@ TEST_F(WindowTest, LongResultsLeaveTheWindowAlive) {
 TEST_F(WindowTest, ClosingWhileAQueryRuns) {
     MakeDatabase(kNumbers);
     Open();
-    View().SetSql("with recursive c(x) as (select 1 union all select x + 1 from c) select x from c");
+    View().SetSql(
+        "with recursive c(x) as (select 1 union all select x + 1 from c) select x from c");
     View().Run();
     Pump();
     Window().SendMessage(WM_CLOSE);

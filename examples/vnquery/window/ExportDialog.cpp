@@ -126,8 +126,8 @@ BOOL ExportDialog::OnInitDialog() {
 }
 
 void ExportDialog::OnBrowse() {
-    const std::string filter = Text(IDS_VQ_TEXT_FILES) + "|*.txt;*.csv;*.tsv|" +
-                               Text(IDS_VQ_ALL_FILES) + "|*.*||";
+    const std::string filter =
+        Text(IDS_VQ_TEXT_FILES) + "|*.txt;*.csv;*.tsv|" + Text(IDS_VQ_ALL_FILES) + "|*.*||";
     // Whether to replace a file is asked when the dialog ends, for typed names too.
     CFileDialog dialog(FALSE, "txt", GetItemText(*this, kIdFile).c_str(), OFN_HIDEREADONLY,
                        filter.c_str(), this);

@@ -42,9 +42,8 @@ UINT ComplaintOf(int status) {
 std::string MeaningOf(const std::string& name) {
     CString text;
     const CGlobalVars::GlobalVarIDs id = CGlobalVars::GetIDFromName(name.c_str());
-    return CGlobalVars::GetDescriptionFromID(id, text) == CGlobalVars::Success
-               ? ToString(text)
-               : Text(IDS_VQ_G_OWN);
+    return CGlobalVars::GetDescriptionFromID(id, text) == CGlobalVars::Success ? ToString(text)
+                                                                               : Text(IDS_VQ_G_OWN);
 }
 
 } // namespace
@@ -107,12 +106,10 @@ LRESULT GlobalsDialog::OnStoreValue(WPARAM, LPARAM value) {
     if (selected < 0 || selected >= static_cast<int>(m_rows.size()))
         return 0;
     GlobalsRow& row = m_rows[static_cast<std::size_t>(selected)];
-    const std::string text =
-        GlobalsList::ValueOfDisplay(row, reinterpret_cast<const char*>(value));
+    const std::string text = GlobalsList::ValueOfDisplay(row, reinterpret_cast<const char*>(value));
     const CString name(row.name.c_str());
     const CString wanted(text.c_str());
-    if (!row.isOwn &&
-        GetGlobals().Validate(&name, &wanted, nullptr) != CGlobalVars::Success) {
+    if (!row.isOwn && GetGlobals().Validate(&name, &wanted, nullptr) != CGlobalVars::Success) {
         ShowMessage(Text(IDS_VQ_G_BAD_VALUE, {row.name, text}));
         return 1;
     }

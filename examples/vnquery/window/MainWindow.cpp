@@ -49,12 +49,9 @@ constexpr Item kFile[] = {{kCmdOpen, IDS_VQ_M_OPEN},
                           {kCmdExport, IDS_VQ_M_EXPORT},
                           kLine,
                           {kCmdExit, IDS_VQ_M_EXIT}};
-constexpr Item kQuery[] = {{kCmdRun, IDS_VQ_M_RUN},
-                           {kCmdStop, IDS_VQ_M_STOP},
-                           {kCmdGotoSql, IDS_VQ_M_GOTO_SQL},
-                           kLine,
-                           {kCmdWrite, IDS_VQ_M_WRITE},
-                           {kCmdDiscard, IDS_VQ_M_DISCARD}};
+constexpr Item kQuery[] = {{kCmdRun, IDS_VQ_M_RUN},          {kCmdStop, IDS_VQ_M_STOP},
+                           {kCmdGotoSql, IDS_VQ_M_GOTO_SQL}, kLine,
+                           {kCmdWrite, IDS_VQ_M_WRITE},      {kCmdDiscard, IDS_VQ_M_DISCARD}};
 constexpr Item kValue[] = {{kCmdEditCell, IDS_VQ_M_EDIT_CELL},
                            {kCmdZoom, IDS_VQ_M_ZOOM},
                            {kCmdSetNull, IDS_VQ_M_SET_NULL},
@@ -194,11 +191,11 @@ void MainWindow::ViewChanged() {
     const ResultDocument& document = m_view.GetDocument();
     const int row = m_view.GetList().GetSafeHwnd() ? m_view.GetList().GetCurrentRow() : -1;
     const std::string rows = GroupDigits(document.GetShownRows());
-    SetPaneText(kPaneRows,
-                (row < 0 ? Text(IDS_VQ_W_ROWS, {rows})
-                         : Text(IDS_VQ_W_ROW_OF,
-                                {GroupDigits(static_cast<std::uint64_t>(row) + 1), rows}))
-                    .c_str());
+    SetPaneText(
+        kPaneRows,
+        (row < 0 ? Text(IDS_VQ_W_ROWS, {rows})
+                 : Text(IDS_VQ_W_ROW_OF, {GroupDigits(static_cast<std::uint64_t>(row) + 1), rows}))
+            .c_str());
     const std::size_t changes = document.GetEdits().GetCount();
     SetPaneText(kPaneChanges, (changes == 0   ? Text(IDS_VQ_W_NO_CHANGES)
                                : changes == 1 ? Text(IDS_VQ_W_CHANGE)
@@ -227,8 +224,8 @@ void MainWindow::OnOpen() {
         return;
     const std::string filter = Text(IDS_VQ_DATABASE_FILES) + "|*.sqlite;*.sqlite3;*.db;*.db3|" +
                                Text(IDS_VQ_ALL_FILES) + "|*.*||";
-    CFileDialog dialog(TRUE, nullptr, nullptr, OFN_HIDEREADONLY | OFN_FILEMUSTEXIST,
-                       filter.c_str(), this);
+    CFileDialog dialog(TRUE, nullptr, nullptr, OFN_HIDEREADONLY | OFN_FILEMUSTEXIST, filter.c_str(),
+                       this);
     if (dialog.DoModal() == IDOK)
         Connect({ToString(dialog.GetPathName()), ""});
 }

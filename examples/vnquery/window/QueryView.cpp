@@ -15,8 +15,8 @@ namespace vnquery {
 namespace {
 
 constexpr UINT kTimer = 1;
-constexpr UINT kTimerInterval = 25;                       ///< milliseconds
-constexpr auto kSlice = std::chrono::milliseconds(12);    ///< of a timer's work
+constexpr UINT kTimerInterval = 25;                    ///< milliseconds
+constexpr auto kSlice = std::chrono::milliseconds(12); ///< of a timer's work
 constexpr std::size_t kRowsPerSlice = 2048;
 constexpr UINT kWmLoadDropped = WM_APP + 1;
 
@@ -112,8 +112,8 @@ ViewMeasures QueryView::Measure() {
         return static_cast<int>(dc->GetTextExtent(ToCString(WithoutMarks(Text(text)))).cx);
     };
     measures.label = std::max(width(IDS_VQ_W_DATABASE), width(IDS_VQ_W_SQL)) + 4;
-    measures.button = std::max({width(IDS_VQ_W_OPEN), width(IDS_VQ_W_CONNECT), width(IDS_VQ_W_RUN),
-                                width(IDS_VQ_W_STOP)});
+    measures.button = std::max(
+        {width(IDS_VQ_W_OPEN), width(IDS_VQ_W_CONNECT), width(IDS_VQ_W_RUN), width(IDS_VQ_W_STOP)});
     TEXTMETRIC metrics = {};
     if (dc->GetTextMetrics(&metrics))
         measures.line = static_cast<int>(metrics.tmHeight);

@@ -159,10 +159,10 @@ LRESULT QueryView::OnStoreValue(WPARAM column, LPARAM value) {
         m_document.GetEdits().Set(place, std::move(parsed), m_document.GetResult());
         return 0;
     case EditFault::NotANumber:
-        ShowMessage(Text(
-            IDS_VQ_E_NOT_A_NUMBER,
-            {name, m_document.GetKind(place.second) == ColumnKind::Integer ? "42" : "4.2",
-             format.nullText, format.defaultText}));
+        ShowMessage(
+            Text(IDS_VQ_E_NOT_A_NUMBER,
+                 {name, m_document.GetKind(place.second) == ColumnKind::Integer ? "42" : "4.2",
+                  format.nullText, format.defaultText}));
         return 1;
     case EditFault::NotNullable:
         ShowMessage(Text(IDS_VQ_E_NOT_NULLABLE, {name, format.nullText}));
@@ -205,8 +205,8 @@ void QueryView::SetNull() {
     if (!RequireEditable(place))
         return;
     if (!m_document.GetPlan().columns[place.second].isNullable) {
-        ShowMessage(Text(IDS_VQ_E_NOT_NULLABLE, {m_document.GetHeading(place.second),
-                                                 m_document.GetFormat().nullText}));
+        ShowMessage(Text(IDS_VQ_E_NOT_NULLABLE,
+                         {m_document.GetHeading(place.second), m_document.GetFormat().nullText}));
         return;
     }
     m_list.CellCancel();
@@ -247,8 +247,8 @@ void QueryView::LoadCell() {
     if (!RequireEditable(place))
         return;
     const std::string filter = Text(IDS_VQ_ALL_FILES) + "|*.*||";
-    CFileDialog dialog(TRUE, nullptr, nullptr, OFN_HIDEREADONLY | OFN_FILEMUSTEXIST,
-                       filter.c_str(), this);
+    CFileDialog dialog(TRUE, nullptr, nullptr, OFN_HIDEREADONLY | OFN_FILEMUSTEXIST, filter.c_str(),
+                       this);
     if (dialog.DoModal() == IDOK)
         LoadFile(place, ToString(dialog.GetPathName()));
 }
@@ -271,8 +271,8 @@ void QueryView::CopyRows() {
     if (!RequireResult())
         return;
     SetClipboardText(m_list.GetSelectionText(TRUE));
-    const auto count = static_cast<std::size_t>(
-        std::max<LRESULT>(m_list.SendMessage(LB_GETSELCOUNT), 0));
+    const auto count =
+        static_cast<std::size_t>(std::max<LRESULT>(m_list.SendMessage(LB_GETSELCOUNT), 0));
     m_host.ShowStatus(count == 1 ? Text(IDS_VQ_W_COPIED_ONE)
                                  : Text(IDS_VQ_W_COPIED, {GroupDigits(count)}));
 }
@@ -303,11 +303,10 @@ bool QueryView::AskToCommit(const WriteReport& report) {
         if (rows.empty() || rows.back() != cell.place.first)
             rows.push_back(cell.place.first);
     const std::string& table = m_document.GetPlan().table;
-    const std::string question =
-        report.written.size() == 1
-            ? Text(IDS_VQ_Q_WRITE_ONE, {table})
-            : Text(IDS_VQ_Q_WRITE,
-                   {GroupDigits(report.written.size()), GroupDigits(rows.size()), table});
+    const std::string question = report.written.size() == 1
+                                     ? Text(IDS_VQ_Q_WRITE_ONE, {table})
+                                     : Text(IDS_VQ_Q_WRITE, {GroupDigits(report.written.size()),
+                                                             GroupDigits(rows.size()), table});
     return ShowMessage(question + others, MB_YESNO | MB_ICONQUESTION) == IDYES;
 }
 
@@ -343,8 +342,8 @@ void QueryView::DiscardChanges() {
     const std::size_t count = m_document.GetEdits().GetCount();
     if (count == 0 || !RequireResult())
         return;
-    const std::string question = count == 1 ? Text(IDS_VQ_Q_DISCARD_ONE)
-                                            : Text(IDS_VQ_Q_DISCARD, {GroupDigits(count)});
+    const std::string question =
+        count == 1 ? Text(IDS_VQ_Q_DISCARD_ONE) : Text(IDS_VQ_Q_DISCARD, {GroupDigits(count)});
     if (ShowMessage(question, MB_YESNO | MB_ICONQUESTION | MB_DEFBUTTON2) != IDYES)
         return;
     m_list.CellCancel();
@@ -359,8 +358,8 @@ bool QueryView::LeaveChanges() {
     const std::size_t count = m_document.GetEdits().GetCount();
     if (count == 0)
         return true;
-    const std::string question = count == 1 ? Text(IDS_VQ_Q_UNWRITTEN_ONE)
-                                            : Text(IDS_VQ_Q_UNWRITTEN, {GroupDigits(count)});
+    const std::string question =
+        count == 1 ? Text(IDS_VQ_Q_UNWRITTEN_ONE) : Text(IDS_VQ_Q_UNWRITTEN, {GroupDigits(count)});
     switch (ShowMessage(question, MB_YESNOCANCEL | MB_ICONQUESTION)) {
     case IDYES:
         WriteChanges();
@@ -391,8 +390,7 @@ void QueryView::Export() {
             summary = ExportToFile(m_document.GetResult(), file, dialog.GetFormat(), progress);
         }))
         return;
-    m_host.ShowStatus(
-        DescribeExport(m_document.GetResult().GetRowCount(), summary.bytes, file));
+    m_host.ShowStatus(DescribeExport(m_document.GetResult().GetRowCount(), summary.bytes, file));
     if (!summary.losses.empty())
         ShowMessage(Text(IDS_VQ_X_LOSSES, {file, summary.losses}));
 }

@@ -12,7 +12,7 @@ namespace vnquery {
 namespace {
 
 constexpr int kMinWidth = 48;
-constexpr int kArrow = 20; ///< room for the mark of the sort order
+constexpr int kArrow = 20;     ///< room for the mark of the sort order
 constexpr int kMaxWidth = 320; ///< of a column that nobody has sized
 
 } // namespace

@@ -16,10 +16,9 @@ std::string SaveValueAs(CWnd* parent, const Value& value, const std::string& cel
     if (dialog.DoModal() != IDOK)
         return {};
     const std::string file = ToString(dialog.GetPathName());
-    const bool isSaved = RunTask(parent, IDS_VQ_T_SAVING,
-                                 [&](Progress& progress) {
-                                     SaveValueBytes(value, cell, file, progress);
-                                 });
+    const bool isSaved = RunTask(parent, IDS_VQ_T_SAVING, [&](Progress& progress) {
+        SaveValueBytes(value, cell, file, progress);
+    });
     return isSaved ? file : std::string();
 }
 

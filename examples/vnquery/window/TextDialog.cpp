@@ -53,8 +53,8 @@ void TextDialog::AddEdit(UINT id, int x, int y, int width, DWORD style) {
 
 void TextDialog::AddMultilineEdit(UINT id, int x, int y, int width, int height, DWORD style) {
     AddControl("EDIT", "", id,
-               ES_MULTILINE | ES_AUTOVSCROLL | ES_WANTRETURN | WS_BORDER | WS_VSCROLL |
-                   WS_TABSTOP | style,
+               ES_MULTILINE | ES_AUTOVSCROLL | ES_WANTRETURN | WS_BORDER | WS_VSCROLL | WS_TABSTOP |
+                   style,
                x, y, width, height);
 }
 

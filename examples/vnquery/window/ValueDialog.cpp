@@ -162,8 +162,8 @@ void ValueDialog::ShowBytes(DWORD firstLine) {
     GetDlgItem(kIdBytes)->SetWindowText(dump.GetLines(firstLine, kLinesPerPage).c_str());
     const DWORD length = Shown().GetLength();
     const DWORD lines = dump.GetLineCount();
-    const ULONGLONG end = std::min<ULONGLONG>(
-        length, (ULONGLONG{firstLine} + kLinesPerPage) * HexDump::kBytesPerLine);
+    const ULONGLONG end = std::min<ULONGLONG>(length, (ULONGLONG{firstLine} + kLinesPerPage) *
+                                                          HexDump::kBytesPerLine);
     const std::string page =
         Text(IDS_VQ_V_PAGE, {GroupDigits(length ? firstLine * HexDump::kBytesPerLine + 1ull : 0),
                              GroupDigits(end), GroupDigits(length)});
@@ -222,9 +222,7 @@ void ValueDialog::OnViewChosen() {
     ShowView(m_views[static_cast<std::size_t>(chosen)]);
 }
 
-void ValueDialog::OnPrevious() {
-    ShowBytes(m_firstLine - std::min(m_firstLine, kLinesPerPage));
-}
+void ValueDialog::OnPrevious() { ShowBytes(m_firstLine - std::min(m_firstLine, kLinesPerPage)); }
 
 void ValueDialog::OnNext() { ShowBytes(m_firstLine + kLinesPerPage); }
 
@@ -233,8 +231,7 @@ void ValueDialog::OnGoTo() {
     const std::optional<DWORD> offset = ParseOffset(text);
     const DWORD length = Shown().GetLength();
     if (!offset || *offset >= length) {
-        ShowMessage(Text(IDS_VQ_V_BAD_OFFSET,
-                         {text, std::to_string(length ? length - 1 : 0)}));
+        ShowMessage(Text(IDS_VQ_V_BAD_OFFSET, {text, std::to_string(length ? length - 1 : 0)}));
         GotoDlgCtrl(GetDlgItem(kIdOffset));
         return;
     }
@@ -268,8 +265,8 @@ void ValueDialog::OnLoad() {
     const std::string filter = Text(IDS_VQ_ALL_FILES) + "|*.*|" + Text(IDS_VQ_PICTURE_FILES) +
                                "|*.png;*.jpg;*.jpeg;*.gif;*.bmp|" + Text(IDS_VQ_TEXT_FILES) +
                                "|*.txt||";
-    CFileDialog dialog(TRUE, nullptr, nullptr, OFN_HIDEREADONLY | OFN_FILEMUSTEXIST,
-                       filter.c_str(), this);
+    CFileDialog dialog(TRUE, nullptr, nullptr, OFN_HIDEREADONLY | OFN_FILEMUSTEXIST, filter.c_str(),
+                       this);
     if (dialog.DoModal() != IDOK)
         return;
     const std::string file = ToString(dialog.GetPathName());

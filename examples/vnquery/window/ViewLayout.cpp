@@ -37,7 +37,8 @@ ViewLayout LayOutView(int width, int height, const ViewMeasures& measures) {
     layout.sql = {fieldLeft, top, buttonLeft - kGap, top + sqlHeight};
     layout.run = {buttonLeft, top, right, top + fieldHeight};
     layout.stop = {buttonLeft, top + fieldHeight + kGap, right, top + 2 * fieldHeight + kGap};
-    layout.progress = {buttonLeft, layout.stop.bottom + kGap, right, layout.stop.bottom + kGap + 10};
+    layout.progress = {buttonLeft, layout.stop.bottom + kGap, right,
+                       layout.stop.bottom + kGap + 10};
 
     top += sqlHeight + kGap + measures.headings;
     layout.list = {0, top, std::max(width, right + kGap),

@@ -11,10 +11,10 @@ struct LayoutRect {
 
 /// What the texts and fonts ask for, in pixels.
 struct ViewMeasures {
-    int line = 16;       ///< height of a line of text
-    int label = 60;      ///< width of the widest label
-    int button = 60;     ///< width of the widest button's text
-    int headings = 20;   ///< height of the headings' strip
+    int line = 16;     ///< height of a line of text
+    int label = 60;    ///< width of the widest label
+    int button = 60;   ///< width of the widest button's text
+    int headings = 20; ///< height of the headings' strip
 };
 
 struct ViewLayout {
