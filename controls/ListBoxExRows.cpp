@@ -85,7 +85,10 @@ int CListBoxEx::SendJoined(UINT message, int row, LPCTSTR first, std::va_list re
     text.assign(first != nullptr ? first : "");
     for (int column = 1; column < m_nColumns; ++column) {
         const char* value = va_arg(rest, const char*);
-        text.append(ViewOf(m_strSeparator));
+        if (m_strSeparator.GetLength() == 1)
+            text += m_strSeparator[0];
+        else
+            text.append(ViewOf(m_strSeparator));
         if (value != nullptr)
             text.append(value);
     }
