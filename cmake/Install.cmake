@@ -20,7 +20,7 @@ if(VNBYTSTR_CONTROLS)
     install(DIRECTORY platform/window
             DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vnbytstr/platform
             FILES_MATCHING PATTERN "*.h" PATTERN "*Internal.h" EXCLUDE
-            PATTERN "ListBoxRows.h" EXCLUDE)
+            REGEX "/(ComboWidgets|FileFilters|LineField|ListBoxRows|SpinCounter|TextField|WidgetDetails)\\.h$" EXCLUDE)
     install(EXPORT vnbytstrControlsTargets NAMESPACE vnbytstr::
             DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vnbytstr)
 endif()

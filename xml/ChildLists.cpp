@@ -45,6 +45,7 @@ void ChildLists::Reset(const xercesc::DOMDocument* document) {
     m_origins.clear();
     m_found.clear();
     m_document = document;
+    m_sawOthersChange = false;
     m_changes = document != nullptr ? ChangesOf(document) : 0;
 }
 
@@ -85,6 +86,7 @@ void ChildLists::Synchronize() {
     if (m_document != nullptr && m_changes != ChangesOf(m_document)) {
         m_found.clear();
         m_changes = ChangesOf(m_document);
+        m_sawOthersChange = true;
     }
 }
 

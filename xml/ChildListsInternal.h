@@ -32,6 +32,11 @@ public:
     /// Around each change that the wrapper makes.
     void BeginChange() { Synchronize(); }
     void EndChange();
+    /// Whether somebody else changed the document since Reset.
+    bool SawOthersChange() {
+        Synchronize();
+        return m_sawOthersChange;
+    }
 
 private:
     struct Origin {
@@ -60,6 +65,7 @@ private:
                 const std::u16string* tag, std::size_t wanted);
 
     const xercesc::DOMDocument* m_document = nullptr;
+    bool m_sawOthersChange = false;
     int m_changes = 0; // the document's count of changes up to which m_found is right
     std::unordered_map<const xercesc::DOMNodeList*, Origin> m_origins;
     std::unordered_map<Question, Found, QuestionHash> m_found;

@@ -25,9 +25,9 @@ namespace {
 
 constexpr std::size_t kPage = 4096;
 constexpr std::size_t kSmallest = 8192; // less comes from malloc
-constexpr std::size_t kMostPages = 64;  // more comes from malloc, too
+constexpr std::size_t kMostPages = 256; // more comes from malloc, too; documents take 129 at once
 constexpr std::size_t kRegionSize = 8u << 20;
-constexpr std::size_t kKeptRegions = 2;
+constexpr std::size_t kKeptRegions = 64;
 
 } // namespace
 

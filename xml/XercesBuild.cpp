@@ -3,6 +3,7 @@
 
 #include "vnbytstr/MultibyteText.h"
 #include "xml/ColorNamesInternal.h"
+#include "xml/DocumentParserInternal.h"
 #include "xml/NodePointersInternal.h"
 #include "xml/XercesStateInternal.h"
 
@@ -22,6 +23,14 @@ CString Encoded(CString text) {
     Exchange(text, "\n", "&n;");
     Exchange(text, "\t", "&t;");
     return text;
+}
+
+/// Whether a document is too deep with that element.
+bool IsTooDeep(const DOMNode* element) {
+    int depth = 0;
+    for (; element != nullptr && depth <= kMaxDepth + 1; element = element->getParentNode())
+        ++depth; // the document counts one, too
+    return depth > kMaxDepth + 1;
 }
 
 /// Calls `use` with the value's text, encoded when that is wanted.
@@ -48,6 +57,8 @@ bool CXercesWrapper::AppendChildElement(const XMLNode& parent, const char* name,
             node->appendChild(DocumentOf(m_document)->createElement(m_state->names.Wide(name)));
         if (added == nullptr)
             return false;
+        if (!m_state->isDoubtful && IsTooDeep(added))
+            m_state->isDoubtful = true;
         SetNode(child, added);
         return true;
     });
@@ -59,7 +70,10 @@ bool CXercesWrapper::AddCommentNode(const XMLNode& parent, const char* text) {
         if (!CheckInstance() || node == nullptr || text == nullptr)
             return false;
         const Mutation mutation(*this);
-        DOMNode* const comment = DocumentOf(m_document)->createComment(WideText(text).c_str());
+        const WideText wide(text);
+        if (!IsCommentText(wide.c_str()))
+            m_state->isDoubtful = true; // it is taken, but cannot be saved
+        DOMNode* const comment = DocumentOf(m_document)->createComment(wide.c_str());
         return comment != nullptr && node->appendChild(comment) != nullptr;
     });
 }

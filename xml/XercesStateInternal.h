@@ -10,14 +10,30 @@
 
 #include <xercesc/dom/DOMDocument.hpp>
 
+#include <string_view>
+
 namespace vnbytstr::detail {
 
 class XercesState {
 public:
+    /// Another document is open, or none.
+    void Reset(const xercesc::DOMDocument* document) {
+        lists.Reset(document);
+        isDoubtful = false;
+    }
+
     NameCache names;
     ChildLists lists;
+    /// Whether what the wrapper put into the document since Reset might not be readable when
+    /// written: too deep, or a comment that is none.
+    bool isDoubtful = false;
     ParseBudget budget; // the builder's memory: it outlives that
 };
+
+/// Whether a parser takes a comment with that text for one.
+inline bool IsCommentText(std::u16string_view text) noexcept {
+    return text.find(u"--") == std::u16string_view::npos && !text.ends_with(u'-');
+}
 
 inline xercesc::DOMDocument* DocumentOf(void* document) noexcept {
     return static_cast<xercesc::DOMDocument*>(document);

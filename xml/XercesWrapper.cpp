@@ -138,7 +138,7 @@ bool CXercesWrapper::Create(const char* rootName) {
         }
         m_document = document;
         m_origin = kCreated;
-        m_state->lists.Reset(document);
+        m_state->Reset(document);
         Check();
         return true;
     });
@@ -147,7 +147,7 @@ bool CXercesWrapper::Create(const char* rootName) {
 void CXercesWrapper::Free() {
     if (m_document == nullptr)
         return;
-    m_state->lists.Reset(nullptr);
+    m_state->Reset(nullptr);
     xercesc::DOMDocument* const document = DocumentOf(m_document);
     m_document = nullptr;
     // Not by release(): it visits every node to notify users of it that there cannot be here, and
@@ -231,7 +231,7 @@ bool CXercesWrapper::Parse(Source& source, std::size_t size) {
         return false;
     }
     m_document = document;
-    m_state->lists.Reset(document);
+    m_state->Reset(document);
     Check();
     return true;
 }

@@ -75,8 +75,13 @@ std::size_t CountCharacters(std::string_view text) {
     return count;
 }
 
-std::string Placeholder(const char* kind, DWORD length) {
-    return "<" + std::string(kind) + " " + FormatSize(length) + ">";
+std::string Placeholder(const char* kind, const std::string& text, DWORD length) {
+    return text.empty() ? "<" + std::string(kind) + " " + FormatSize(length) + ">"
+                        : text + " " + FormatSize(length);
+}
+
+bool IsMarker(std::string_view text, const CellFormat& format) {
+    return text == format.nullText || (!format.defaultText.empty() && text == format.defaultText);
 }
 
 } // namespace
@@ -126,17 +131,34 @@ std::string FormatCell(const Value& value, const CellFormat& format) {
     case Value::Type::Number:
         return value.GetBytes();
     case Value::Type::Binary:
-        return Placeholder("BLOB", value.GetLength());
+        return Placeholder("BLOB", format.blobText, value.GetLength());
     case Value::Type::Text:
         break;
     }
-    constexpr ULONGLONG kLongestCharacter = 4;
-    if (value.GetLength() > kLongestCharacter * format.textLimit)
-        return Placeholder("CLOB", value.GetLength());
+    if (IsPlaceholder(value, format))
+        return Placeholder("CLOB", format.clobText, value.GetLength());
     const std::string text = value.GetBytes();
-    if (CountCharacters(text) > format.textLimit)
-        return Placeholder("CLOB", value.GetLength());
-    return text == format.nullText ? '"' + text + '"' : MakeVisible(text);
+    const bool isQuoted =
+        IsMarker(text, format) || (!format.defaultText.empty() && IsQuotedMarker(text, format));
+    return isQuoted ? '"' + text + '"' : MakeVisible(text);
+}
+
+bool IsPlaceholder(const Value& value, const CellFormat& format) {
+    if (value.GetType() != Value::Type::Text)
+        return value.GetType() == Value::Type::Binary;
+    constexpr ULONGLONG kLongestCharacter = 4;
+    return value.GetLength() > kLongestCharacter * format.textLimit ||
+           (value.GetLength() > format.textLimit &&
+            CountCharacters(value.GetBytes()) > format.textLimit);
+}
+
+bool IsQuotedMarker(std::string_view text, const CellFormat& format) {
+    while (text.size() >= 2 && text.front() == '"' && text.back() == '"') {
+        text = text.substr(1, text.size() - 2);
+        if (IsMarker(text, format))
+            return true;
+    }
+    return false;
 }
 
 std::size_t DisplayWidth(std::string_view text) {

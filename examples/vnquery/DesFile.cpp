@@ -1,6 +1,7 @@
 #include "DesFile.h"
 
 #include "Failure.h"
+#include "Messages.h"
 #include "StoreFile.h"
 
 namespace vnquery {
@@ -10,22 +11,18 @@ namespace {
 CByteStream EightBytes(const char* option, const std::string& hex) {
     CByteStream bytes(hex.c_str());
     if (bytes.GetLength() != 8)
-        throw Failure(kBadUsage, std::string(option) +
-                                     " needs 8 bytes as 16 hexadecimal digits, such as "
-                                     "133457799BBCDFF1.");
+        throw Failure(kBadUsage, Text(IDS_VQ_DES_NEEDS_BYTES, {option}));
     return bytes;
 }
 
 /// Refuses what the cipher would not give back.
 void CheckLength(const DesRequest& request, DWORD length) {
     if (length % 8 != 0 && !(request.encrypt && request.pad))
-        throw Failure(kBadUsage, request.input + " has " + std::to_string(length) +
-                                     " bytes, which is no multiple of 8. " +
-                                     (request.encrypt ? "Add --des-pad, or bytes."
-                                                      : "It is no whole result of this cipher."));
+        throw Failure(kBadUsage,
+                      Text(request.encrypt ? IDS_VQ_DES_NO_MULTIPLE : IDS_VQ_DES_NO_RESULT,
+                           {request.input, std::to_string(length)}));
     if (request.encrypt && request.pad && length >= CBytePage::m_dwPageSize)
-        throw Failure(kBadUsage, request.input + " has " + std::to_string(length) +
-                                     " bytes; padding goes up to 32767. Leave --des-pad out.");
+        throw Failure(kBadUsage, Text(IDS_VQ_DES_PADDING, {request.input, std::to_string(length)}));
 }
 
 } // namespace
@@ -34,18 +31,20 @@ void RunDes(const DesRequest& request) {
     const CByteStream key = EightBytes("--des-key", request.key);
     const CByteStream vector = EightBytes("--des-iv", request.vector);
     CByteStore content, result;
-    WithMessage("cannot read " + request.input, [&] { OpenAsStore(content, request.input); });
+    WithMessage(Text(IDS_VQ_CANNOT_READ_FILE, {request.input}),
+                [&] { OpenAsStore(content, request.input); });
     CheckLength(request, content.GetLength());
-    const std::string action = request.encrypt ? "cannot encipher " : "cannot decipher ";
-    WithMessage(action + request.input, [&] {
+    const std::string what =
+        Text(request.encrypt ? IDS_VQ_CANNOT_ENCIPHER : IDS_VQ_CANNOT_DECIPHER, {request.input});
+    WithMessage(what, [&] {
         const int done = request.encrypt
                              ? content.Encrypt(key, vector, request.mode, request.pad, result)
                              : content.Decrypt(key, vector, request.mode, request.pad, result);
         if (!done)
-            throw Failure(kBadUsage, action + request.input +
-                                         ": the key, the mode or the padding is another one.");
+            throw Failure(kBadUsage, what + ": " + Text(IDS_VQ_DES_WRONG_KEY));
     });
-    WithMessage("cannot write " + request.output, [&] { SaveStore(result, request.output); });
+    WithMessage(Text(IDS_VQ_CANNOT_WRITE_FILE, {request.output}),
+                [&] { SaveStore(result, request.output); });
 }
 
 } // namespace vnquery

@@ -3,6 +3,7 @@
 #include "CellText.h"
 #include "Failure.h"
 #include "Losses.h"
+#include "Messages.h"
 #include "Process.h"
 #include "Progress.h"
 
@@ -137,20 +138,24 @@ bool Exporter::NoteLoss(const Value& value, std::size_t row, std::size_t column)
         return false;
     const std::optional<ULONGLONG> offset = FindFirstLoss(value, TargetCcsid(m_format));
     if (offset)
-        m_firstLoss = "byte " + GroupDigits(*offset + 1) + " of " + CellName(row, column);
+        m_firstLoss = Text(IDS_VQ_LOSS_PLACE, {GroupDigits(*offset + 1), CellName(row, column)});
     return offset.has_value();
 }
 
 std::string Exporter::GetLosses() const {
     const std::string losses = DescribeLosses(m_writer->GetReport(), TargetCcsid(m_format));
     return losses.empty() || m_firstLoss.empty() ? losses
-                                                 : losses + "; the first is " + m_firstLoss;
+                                                 : Text(IDS_VQ_FIRST_LOSS, {losses, m_firstLoss});
+}
+
+std::string DescribeExport(std::size_t rows, ULONGLONG bytes, const std::string& file) {
+    return rows == 1 ? Text(IDS_VQ_EXPORTED_ONE, {GroupDigits(bytes), file})
+                     : Text(IDS_VQ_EXPORTED, {GroupDigits(rows), GroupDigits(bytes), file});
 }
 
 void Exporter::CheckStrict() const {
     if (m_format.strict && HasLosses())
-        throw Failure(kFileFailed,
-                      "the text has " + GetLosses() + ". Without --strict they are replaced.");
+        throw Failure(kFileFailed, Text(IDS_VQ_STRICT, {GetLosses()}));
 }
 
 void Exporter::WriteValue(const Value& value) {

@@ -67,4 +67,7 @@ private:
     bool m_wasReturn = false; ///< the character before was a CR that ended a line
 };
 
+/// For instance "Exported 3 rows, 120 bytes, to list.txt".
+std::string DescribeExport(std::size_t rows, ULONGLONG bytes, const std::string& file);
+
 } // namespace vnquery

@@ -28,7 +28,7 @@ private:
     ExitCode m_code;
 };
 
-/// Ctrl-C, or another signal to end.
+/// Ctrl-C, another signal to end, or a Cancel button.
 struct Interrupted {};
 
 /// The exception's text. Deletes the exception.

@@ -1,6 +1,7 @@
 #include "Losses.h"
 
 #include "CellText.h"
+#include "Messages.h"
 
 #include <algorithm>
 
@@ -32,18 +33,17 @@ std::optional<ULONGLONG> FindFirstLoss(const Value& text, WORD ccsid) {
 }
 
 std::string DescribeLosses(const STranslationReport& report, WORD ccsid) {
-    std::string text;
+    std::string lost;
     if (report.ullUntranslatable > 0)
-        text =
-            GroupDigits(report.ullUntranslatable) +
-            (report.ullUntranslatable == 1 ? " character that CCSID " : " characters that CCSID ") +
-            std::to_string(ccsid) + " does not hold";
+        lost = Text(report.ullUntranslatable == 1 ? IDS_VQ_LOST_CHARACTER : IDS_VQ_LOST_CHARACTERS,
+                    {std::to_string(ccsid), GroupDigits(report.ullUntranslatable)});
+    std::string malformed;
     if (report.ullMalformed > 0)
-        text += (text.empty() ? "" : " and ") + GroupDigits(report.ullMalformed) +
-                (report.ullMalformed == 1 ? " sequence of bytes that is"
-                                          : " sequences of bytes that are") +
-                " no UTF-8";
-    return text;
+        malformed =
+            Text(report.ullMalformed == 1 ? IDS_VQ_MALFORMED_SEQUENCE : IDS_VQ_MALFORMED_SEQUENCES,
+                 {GroupDigits(report.ullMalformed)});
+    return lost.empty() || malformed.empty() ? lost + malformed
+                                             : Text(IDS_VQ_LOSSES_AND, {lost, malformed});
 }
 
 } // namespace vnquery

@@ -1,7 +1,8 @@
 // Rows from a database server, through ODBC.
 #pragma once
 
-#include "OdbcText.h"
+#include "OdbcConnection.h"
+#include "OdbcReader.h"
 #include "RowSource.h"
 
 #include <memory>
@@ -16,53 +17,33 @@ namespace vnquery {
 /// "UseDeclareFetch=1" in the connection string makes it fetch rows in portions.
 class OdbcSource : public RowSource {
 public:
-    OdbcSource(const std::string& connection, const std::string& sql);
+    OdbcSource(const std::string& connection, const std::string& sql,
+               SourceUse use = SourceUse::ReadOnly);
     ~OdbcSource() override;
 
     const std::vector<std::string>& GetColumns() const override { return m_names; }
+    const std::vector<ColumnKind>& GetKinds() const override { return m_kinds; }
+    const EditPlan& GetEditPlan() const override { return m_editPlan; }
     bool Next() override;
     void Read(std::size_t column, ValueSink& sink) override;
 
 private:
-    /// An ODBC handle, freed at its end.
-    class Handle {
-    public:
-        Handle(SQLSMALLINT type, SQLHANDLE parent);
-        ~Handle() { SQLFreeHandle(m_type, m_handle); }
-        Handle(const Handle&) = delete;
-        Handle& operator=(const Handle&) = delete;
-        SQLHANDLE Get() const { return m_handle; }
-        SQLSMALLINT Type() const { return m_type; }
-
-    private:
-        SQLSMALLINT m_type;
-        SQLHANDLE m_handle = SQL_NULL_HANDLE;
-    };
-    class Connection;
-
     void DescribeColumns();
+    void PlanEditing(const std::string& sql);
+    std::string GetAttribute(std::size_t column, SQLUSMALLINT attribute) const;
+    std::vector<std::string> FindPrimaryKey(const std::string& catalog) const;
     /// What the watcher does: ODBC waits for the server without looking for signals.
-    void CancelOnSignal(const std::stop_token& stop);
-    void Check(SQLRETURN result, const std::string& what) const;
-    /// Reads the next piece of a value into the buffer. Tells the bytes that came and whether there
-    /// are more; false when the value is NULL.
-    struct Piece {
-        std::size_t bytes = 0;
-        bool isLast = false;
-        bool isNull = false;
-        SQLLEN remaining =
-            SQL_NO_TOTAL; ///< bytes still to come with this piece, when the driver knows
-    };
-    Piece ReadPiece(std::size_t column, SQLSMALLINT type, std::size_t terminator);
-    void ReadBinary(std::size_t column, ValueSink& sink);
-    void ReadText(std::size_t column, Value::Type type, ValueSink& sink);
+    void CancelWhenAsked(const std::stop_token& stop, const std::stop_token& asked);
+    /// `what`, a text's id, was tried.
+    void Check(SQLRETURN result, UINT what) const;
 
-    std::unique_ptr<Handle> m_environment;
-    std::unique_ptr<Connection> m_connection;
-    std::unique_ptr<Handle> m_statement;
+    std::unique_ptr<OdbcConnection> m_connection;
+    std::unique_ptr<OdbcHandle> m_statement;
+    OdbcReader m_reader;
     std::vector<std::string> m_names;
     std::vector<Value::Type> m_types;
-    std::vector<BYTE> m_buffer;
+    std::vector<ColumnKind> m_kinds;
+    EditPlan m_editPlan;
     std::jthread m_watcher; ///< the last member: it stops before the statement goes
 };
 

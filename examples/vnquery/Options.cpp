@@ -1,6 +1,7 @@
 #include "Options.h"
 
 #include "Failure.h"
+#include "Messages.h"
 
 #include <charconv>
 #include <iostream>
@@ -13,21 +14,17 @@ namespace vnquery {
 
 namespace {
 
-constexpr char kFooter[] = R"(
-Exit codes:
-  0    done
-  1    the database or the query failed
-  2    the command line is wrong, or names a row, column or CCSID that there is not
-  3    a file could not be written or read, the disk is full, or memory ran out
-  130  ended by Ctrl-C (128 and the signal's number for other signals)
-
-Examples:
+constexpr char kExamples[] = R"(
   vnquery --db films.sqlite --sql "select title, poster from film" --save 1:2 poster.png
   vnquery --db films.sqlite --sql "select * from film" --quiet \
           --export film.txt --ccsid 37 --record-length 80
   vnquery --connect "Driver=PostgreSQL Unicode;Server=db1;Database=films" --sql "..."
+)";
 
-Large values go to temporary files in TMPDIR (else /var/tmp), which are removed at the end.)";
+std::string Footer() {
+    return "\n" + Text(IDS_VQ_CL_EXIT_CODES) + "\n\n" + Text(IDS_VQ_CL_EXAMPLES) + kExamples +
+           "\n" + Text(IDS_VQ_CL_TEMPORARY);
+}
 
 template <class Number>
 std::optional<Number> ParseNumber(std::string_view text) {
@@ -46,8 +43,7 @@ std::pair<Number, Number> ParsePair(const char* option, const char* form, const 
     const auto second =
         ParseNumber<Number>(std::string_view(text).substr(std::min(colon + 1, text.size())));
     if (!first || !second || *first == 0 || *second == 0)
-        throw Failure(kBadUsage, std::string(option) + " needs " + form +
-                                     ", two numbers from 1 on, not " + text + ".");
+        throw Failure(kBadUsage, Text(IDS_VQ_CL_NEEDS_PAIR, {option, form, text}));
     return {*first, *second};
 }
 
@@ -68,78 +64,59 @@ struct RawOptions {
 };
 
 void AddQueryOptions(CLI::App& app, Options& options) {
-    app.add_option("--db", options.database, "SQLite database file, opened for reading only")
-        ->type_name("FILE");
-    app.add_option("--connect", options.connection, "Connection string of an ODBC data source")
+    app.add_option("--db", options.database, Text(IDS_VQ_CL_DB))->type_name("FILE");
+    app.add_option("--connect", options.connection, Text(IDS_VQ_CL_CONNECT))
         ->type_name("STRING")
         ->excludes("--db");
-    app.add_option("--sql", options.sql, "The query to run")->type_name("TEXT");
+    app.add_option("--sql", options.sql, Text(IDS_VQ_CL_SQL))->type_name("TEXT");
+    app.add_flag("--window", options.window, Text(IDS_VQ_CL_WINDOW));
 }
 
 void AddDisplayOptions(CLI::App& app, Options& options, RawOptions& raw) {
-    app.add_option("--null", raw.nullText,
-                   "Text for NULL (default: \"-\"; in an export with escapes: \\N)")
-        ->type_name("TEXT");
-    app.add_option("--text-limit", options.cells.textLimit,
-                   "Characters up to which a text is displayed in full (default: 128)")
+    app.add_option("--null", raw.nullText, Text(IDS_VQ_CL_NULL))->type_name("TEXT");
+    app.add_option("--text-limit", options.cells.textLimit, Text(IDS_VQ_CL_TEXT_LIMIT))
         ->type_name("N")
         ->check(CLI::Range(0u, 1u << 28));
-    app.add_flag("--quiet", options.quiet, "Do not display the result");
-    app.add_flag("--stats", options.statistics,
-                 "Print what the result takes up in memory and on disk (to standard error)");
+    app.add_flag("--quiet", options.quiet, Text(IDS_VQ_CL_QUIET));
+    app.add_flag("--stats", options.statistics, Text(IDS_VQ_CL_STATS));
 }
 
 void AddFileOptions(CLI::App& app, Options& options, RawOptions& raw) {
-    const std::string group = "Files";
+    const std::string group = Text(IDS_VQ_CL_FILES);
     ExportFormat& format = options.exportFormat;
-    app.add_option("--save", raw.saves, "Save a value (repeatable; rows and columns from 1)")
+    app.add_option("--save", raw.saves, Text(IDS_VQ_CL_SAVE))
         ->type_name("ROW:COL FILE")
         ->type_size(2)
         ->expected(1, std::numeric_limits<int>::max() / 4)
         ->allow_extra_args(false)
         ->group(group);
-    app.add_option("--export", options.exportFile, "Write the whole result, one line per row")
+    app.add_option("--export", options.exportFile, Text(IDS_VQ_CL_EXPORT))
         ->type_name("FILE")
         ->group(group);
-    app.add_option("--ccsid", format.ccsid,
-                   "Coded character set of texts in files (default: UTF-8, as they are)")
-        ->type_name("N")
-        ->group(group);
-    app.add_option("--record-length", format.recordLength,
-                   "Fill lines with blanks to a multiple of N (default: 0, do not)")
+    app.add_option("--ccsid", format.ccsid, Text(IDS_VQ_CL_CCSID))->type_name("N")->group(group);
+    app.add_option("--record-length", format.recordLength, Text(IDS_VQ_CL_RECORD_LENGTH))
         ->type_name("N")
         ->check(CLI::Range(0, 1 << 24))
         ->group(group);
-    app.add_option("--line-break", raw.lineBreak, "End of a line: crlf (default), cr or none")
+    app.add_option("--line-break", raw.lineBreak, Text(IDS_VQ_CL_LINE_BREAK))
         ->type_name("KIND")
         ->check(CLI::IsMember({"crlf", "cr", "none"}))
         ->group(group);
-    app.add_option(
-           "--line-ends", raw.lineEnds,
-           "Line breaks within a text: escape (default: \\n, \\r, \\t, \\0, \\\\), records (they "
-           "end the line), space (a blank) or keep. --save: keep, or records with a record length")
+    app.add_option("--line-ends", raw.lineEnds, Text(IDS_VQ_CL_LINE_ENDS))
         ->type_name("RULE")
         ->check(CLI::IsMember({"escape", "records", "space", "keep"}))
         ->group(group);
-    app.add_flag("--entities", format.entities, "Write < > & \" as entity references")
-        ->group(group);
-    app.add_option("--separator", raw.separator, "Text between columns (default: a tab)")
+    app.add_flag("--entities", format.entities, Text(IDS_VQ_CL_ENTITIES))->group(group);
+    app.add_option("--separator", raw.separator, Text(IDS_VQ_CL_SEPARATOR))
         ->type_name("TEXT")
         ->group(group);
-    app.add_option("--blobs", raw.blobs,
-                   "BLOBs in an export: placeholder (default) or hex, in full")
+    app.add_option("--blobs", raw.blobs, Text(IDS_VQ_CL_BLOBS))
         ->type_name("KIND")
         ->check(CLI::IsMember({"placeholder", "hex"}))
         ->group(group);
-    app.add_flag("--headings", format.headings, "Begin an export with the columns' names")
-        ->group(group);
-    app.add_flag(
-           "--strict", format.strict,
-           "Refuse texts with characters that the coded character set lacks, instead of replacing "
-           "them")
-        ->group(group);
-    app.add_option("--translate", raw.translate,
-                   "No query: translate a file from one CCSID to another")
+    app.add_flag("--headings", format.headings, Text(IDS_VQ_CL_HEADINGS))->group(group);
+    app.add_flag("--strict", format.strict, Text(IDS_VQ_CL_STRICT))->group(group);
+    app.add_option("--translate", raw.translate, Text(IDS_VQ_CL_TRANSLATE))
         ->type_name("FROM:TO IN OUT")
         ->type_size(3)
         ->expected(1)
@@ -147,23 +124,23 @@ void AddFileOptions(CLI::App& app, Options& options, RawOptions& raw) {
 }
 
 void AddDesOptions(CLI::App& app, RawOptions& raw) {
-    const std::string group = "Single DES, for existing peers only: it protects nothing today";
-    app.add_option("--des", raw.des, "No query: encipher or decipher a file")
+    const std::string group = Text(IDS_VQ_CL_DES_GROUP);
+    app.add_option("--des", raw.des, Text(IDS_VQ_CL_DES))
         ->type_name("encrypt|decrypt IN OUT")
         ->type_size(3)
         ->expected(1)
         ->group(group);
-    app.add_option("--des-key", raw.desKey, "Key of 8 bytes")->type_name("HEX")->group(group);
-    app.add_option("--des-mode", raw.desMode,
-                   "ecb (default), or cbc, which begins anew every 32768 bytes")
+    app.add_option("--des-key", raw.desKey, Text(IDS_VQ_CL_DES_KEY))
+        ->type_name("HEX")
+        ->group(group);
+    app.add_option("--des-mode", raw.desMode, Text(IDS_VQ_CL_DES_MODE))
         ->type_name("MODE")
         ->check(CLI::IsMember({"ecb", "cbc"}))
         ->group(group);
-    app.add_option("--des-iv", raw.desVector, "Initialization vector of 8 bytes (default: zeros)")
+    app.add_option("--des-iv", raw.desVector, Text(IDS_VQ_CL_DES_IV))
         ->type_name("HEX")
         ->group(group);
-    app.add_flag("--des-pad", raw.desPad, "Pad to whole blocks (files below 32768 bytes)")
-        ->group(group);
+    app.add_flag("--des-pad", raw.desPad, Text(IDS_VQ_CL_DES_PAD))->group(group);
 }
 
 void SetFormats(const CLI::App& app, Options& options, const RawOptions& raw) {
@@ -186,10 +163,7 @@ void SetFormats(const CLI::App& app, Options& options, const RawOptions& raw) {
     if (app.count("--line-ends") == 0)
         options.saveFormat.lineEnds = format.recordLength > 0 ? LineEnds::Records : LineEnds::Keep;
     if (format.ccsid != 0 && !CanTranslateCCSID(GetNativeCCSID(), format.ccsid))
-        throw Failure(kBadUsage,
-                      "CCSID " + std::to_string(format.ccsid) +
-                          " is not known. Some that are: 37, 500, 1047 and 1140 (EBCDIC), 819 "
-                          "(ISO 8859-1), 1252 (Windows), 1200 (UTF-16), 1208 (UTF-8).");
+        throw Failure(kBadUsage, Text(IDS_VQ_CL_UNKNOWN_CCSID, {std::to_string(format.ccsid)}));
 }
 
 void SetRequests(Options& options, const RawOptions& raw) {
@@ -199,8 +173,7 @@ void SetRequests(Options& options, const RawOptions& raw) {
     }
     if (!raw.des.empty()) {
         if (raw.des[0] != "encrypt" && raw.des[0] != "decrypt")
-            throw Failure(kBadUsage, "--des needs encrypt or decrypt, then two file names, not " +
-                                         raw.des[0] + ".");
+            throw Failure(kBadUsage, Text(IDS_VQ_CL_DES_NEEDS, {raw.des[0]}));
         options.des = DesRequest{raw.des[0] == "encrypt",
                                  raw.des[1],
                                  raw.des[2],
@@ -215,35 +188,39 @@ void SetRequests(Options& options, const RawOptions& raw) {
     options.translate = TranslateRequest{from, to, raw.translate[1], raw.translate[2]};
 }
 
+/// A window does by its menus what the other options do.
+void CheckWindow(const CLI::App& app) {
+    for (const CLI::Option* option : app.get_options()) {
+        const std::string name = option->get_name();
+        if (option->count() > 0 && name != "--window" && name != "--db" && name != "--connect" &&
+            name != "--sql")
+            throw Failure(kBadUsage, Text(IDS_VQ_CL_WINDOW_ALONE, {name}));
+    }
+}
+
 void CheckComplete(const Options& options) {
-    if (options.helpTopic)
+    if (options.window || options.helpTopic)
         return;
     const bool hasSource = !options.database.empty() || !options.connection.empty();
     if (options.translate || options.des) {
         if (hasSource || !options.sql.empty() || (options.translate && options.des))
-            throw Failure(kBadUsage, "--translate and --des work on a file, one at a time, without "
-                                     "--db, --connect and --sql.");
+            throw Failure(kBadUsage, Text(IDS_VQ_CL_FILE_WORK));
         return;
     }
     if (!hasSource)
-        throw Failure(kBadUsage, "no database is given. Add --db FILE, or --connect with an ODBC "
-                                 "connection string; --help tells more.");
+        throw Failure(kBadUsage, Text(IDS_VQ_CL_NO_DATABASE));
     if (options.sql.empty())
-        throw Failure(kBadUsage, "no query is given. Add --sql \"select ...\".");
+        throw Failure(kBadUsage, Text(IDS_VQ_CL_NO_SQL));
 }
 
 } // namespace
 
 std::optional<Options> ParseOptions(int argc, char** argv) {
-    CLI::App app("Runs a query, displays the result, and saves or exports it.\n"
-                 "Large objects of any length are read in pieces and kept in temporary files.",
-                 "vnquery");
-    app.footer(kFooter);
+    CLI::App app(Text(IDS_VQ_CL_ABOUT), "vnquery");
+    app.footer(Footer());
     app.set_version_flag("--version", "vnquery " VNQUERY_VERSION);
     Options options;
-    app.add_option("--help-topic", options.helpTopic,
-                   "Open a help page by its number (1: queries ... 7: settings; 100000: contents)")
-        ->type_name("ID");
+    app.add_option("--help-topic", options.helpTopic, Text(IDS_VQ_CL_HELP_TOPIC))->type_name("ID");
     RawOptions raw;
     AddQueryOptions(app, options);
     AddDisplayOptions(app, options, raw);
@@ -253,13 +230,15 @@ std::optional<Options> ParseOptions(int argc, char** argv) {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() != 0)
-            throw Failure(kBadUsage, std::string(error.what()) + ". --help lists the options.");
+            throw Failure(kBadUsage, Text(IDS_VQ_CL_HELP_HINT, {error.what()}));
         app.exit(error);
         std::cout.flush();
         return {};
     }
     SetFormats(app, options, raw);
     SetRequests(options, raw);
+    if (options.window)
+        CheckWindow(app);
     CheckComplete(options);
     return options;
 }

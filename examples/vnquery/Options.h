@@ -37,6 +37,7 @@ struct Options {
     ExportFormat saveFormat;
     std::optional<TranslateRequest> translate;
     std::optional<DesRequest> des;
+    bool window = false; ///< opens a window instead
     std::optional<DWORD> helpTopic;
 };
 

@@ -1,12 +1,14 @@
 #include "Process.h"
 
 #include "Failure.h"
+#include "Messages.h"
 
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <utility>
 
 #include <sys/resource.h>
 #include <unistd.h>
@@ -16,6 +18,7 @@ namespace vnquery {
 namespace {
 
 volatile std::sig_atomic_t interruptingSignal = 0;
+thread_local std::stop_token currentStop;
 
 extern "C" void RememberSignal(int number) { interruptingSignal = number; }
 
@@ -44,10 +47,18 @@ void PrepareProcess() {
 
 int InterruptingSignal() noexcept { return interruptingSignal; }
 
+bool IsInterrupted() noexcept { return interruptingSignal != 0 || currentStop.stop_requested(); }
+
 void CheckInterrupted() {
-    if (interruptingSignal != 0)
+    if (IsInterrupted())
         throw Interrupted();
 }
+
+StopScope::StopScope(std::stop_token stop) : m_outer(std::exchange(currentStop, std::move(stop))) {}
+
+StopScope::~StopScope() { currentStop = std::move(m_outer); }
+
+std::stop_token CurrentStop() { return currentStop; }
 
 bool IsErrorOutputTerminal() { return isatty(STDERR_FILENO) == 1; }
 
@@ -70,9 +81,7 @@ void WriteOutput(const std::string& text) {
         if (count >= 0)
             done += static_cast<std::size_t>(count);
         else if (errno != EINTR)
-            throw Failure(kFileFailed, std::string("cannot write the result to standard output: ") +
-                                           std::strerror(errno) +
-                                           ". Nothing but the display is affected.");
+            throw Failure(kFileFailed, Text(IDS_VQ_CANNOT_WRITE_OUTPUT, {std::strerror(errno)}));
     }
 }
 

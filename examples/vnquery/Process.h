@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <stop_token>
 #include <string>
 
 namespace vnquery {
@@ -14,8 +15,25 @@ void PrepareProcess();
 
 /// Number of the signal that asked to end, 0 when none did.
 int InterruptingSignal() noexcept;
-/// Throws Interrupted when a signal asked to end.
+/// Whether a signal asked to end, or the scope that the thread works in was asked to stop.
+bool IsInterrupted() noexcept;
+/// Throws Interrupted when IsInterrupted says so.
 void CheckInterrupted();
+
+/// Until its end the calling thread also stops when `stop` is asked to: what a Cancel button does
+/// to work on another thread.
+class StopScope {
+public:
+    explicit StopScope(std::stop_token stop);
+    ~StopScope();
+    StopScope(const StopScope&) = delete;
+    StopScope& operator=(const StopScope&) = delete;
+
+private:
+    std::stop_token m_outer;
+};
+/// The token of the thread's StopScope, for threads that it starts; one that never stops without.
+std::stop_token CurrentStop();
 
 bool IsErrorOutputTerminal();
 

@@ -1,6 +1,7 @@
 #include "Progress.h"
 
 #include "CellText.h"
+#include "Messages.h"
 #include "Process.h"
 
 #include <cstdio>
@@ -16,16 +17,16 @@ constexpr std::uint64_t kBytesPerLook = 16384;
 
 } // namespace
 
-Progress::Progress(std::string work)
+TerminalProgress::TerminalProgress(std::string work)
     : m_work(std::move(work)), m_isTerminal(IsErrorOutputTerminal()),
       m_next(Clock::now() + kInterval) {}
 
-Progress::~Progress() {
+TerminalProgress::~TerminalProgress() {
     if (m_isShown)
         std::fputs("\r\x1B[K", stderr);
 }
 
-void Progress::AddRow() {
+void TerminalProgress::AddRow() {
     CheckInterrupted();
     ++m_rows;
     if (m_isTerminal && m_untilLook-- == 0) {
@@ -34,21 +35,22 @@ void Progress::AddRow() {
     }
 }
 
-void Progress::AddBytes(std::uint64_t count) {
+void TerminalProgress::AddBytes(std::uint64_t count) {
     CheckInterrupted();
     m_bytes += count;
     if (m_isTerminal && count >= kBytesPerLook)
         Show();
 }
 
-void Progress::Show() {
+void TerminalProgress::Show() {
     const Clock::time_point now = Clock::now();
     if (now < m_next)
         return;
     m_next = now + kInterval;
     m_isShown = true;
-    std::fprintf(stderr, "\r%s: %s rows, %s\x1B[K", m_work.c_str(), GroupDigits(m_rows).c_str(),
-                 FormatSize(m_bytes).c_str());
+    const std::string line =
+        Text(IDS_VQ_PROGRESS, {m_work, GroupDigits(m_rows), FormatSize(m_bytes)});
+    std::fprintf(stderr, "\r%s\x1B[K", line.c_str());
     std::fflush(stderr);
 }
 

@@ -1,4 +1,4 @@
-// One line on the terminal that tells how far long work has come.
+// How far long work has come, and where it notices that it is to stop.
 #pragma once
 
 #include <chrono>
@@ -7,19 +7,33 @@
 
 namespace vnquery {
 
-/// Counts rows and bytes, shows them on standard error when that is a terminal (ten times a second
-/// at most), and removes the line at its end. Every call is also where a signal to end is noticed.
+/// Work that takes time tells here what it has done.
 class Progress {
 public:
-    /// `work` says what goes on, such as "Reading".
-    explicit Progress(std::string work);
-    ~Progress();
-    Progress(const Progress&) = delete;
-    Progress& operator=(const Progress&) = delete;
+    virtual ~Progress() = default;
+    /// Throw Interrupted when the work is to stop.
+    virtual void AddRow() = 0;
+    virtual void AddBytes(std::uint64_t count) = 0;
 
-    /// Throw Interrupted when a signal asked to end.
-    void AddRow();
-    void AddBytes(std::uint64_t count);
+protected:
+    Progress() = default;
+    Progress(const Progress&) = default;
+    Progress& operator=(const Progress&) = default;
+};
+
+/// One line on the terminal: counts rows and bytes, shows them on standard error when that is a
+/// terminal (ten times a second at most), and removes the line at its end. Every call is also where
+/// a signal to end is noticed.
+class TerminalProgress : public Progress {
+public:
+    /// `work` says what goes on, such as "Reading".
+    explicit TerminalProgress(std::string work);
+    ~TerminalProgress() override;
+    TerminalProgress(const TerminalProgress&) = delete;
+    TerminalProgress& operator=(const TerminalProgress&) = delete;
+
+    void AddRow() override;
+    void AddBytes(std::uint64_t count) override;
 
 private:
     using Clock = std::chrono::steady_clock;

@@ -1,5 +1,6 @@
 #include "ResultPrinter.h"
 
+#include "Messages.h"
 #include "Process.h"
 
 #include <algorithm>
@@ -89,8 +90,9 @@ void PrintResult(const ResultSet& result, const CellFormat& format) {
             table.AddCell(column, FormatCell(result.At(row, column), format));
         table.EndLine();
     }
-    table.AddLine(result.GetRowCount() == 1 ? "(1 row)"
-                                            : "(" + GroupDigits(result.GetRowCount()) + " rows)");
+    table.AddLine(result.GetRowCount() == 1
+                      ? Text(IDS_VQ_ONE_ROW)
+                      : Text(IDS_VQ_ROWS, {GroupDigits(result.GetRowCount())}));
     table.Write();
 }
 

@@ -2,9 +2,11 @@
 
 #include "CellText.h"
 #include "Failure.h"
+#include "Messages.h"
 #include "Progress.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace vnquery {
 
@@ -27,33 +29,55 @@ void ValueSink::Append(const void* bytes, std::size_t count) {
 
 void ValueSink::End(std::optional<ULONGLONG> announced) {
     if (announced && *announced != m_value.GetLength())
-        throw Failure(kQueryFailed, "the database announced a value of " + GroupDigits(*announced) +
-                                        " bytes and delivered " + GroupDigits(m_value.GetLength()) +
-                                        ". Nothing is kept of it; run the query again.");
+        throw Failure(kQueryFailed, Text(IDS_VQ_SHORT_VALUE, {GroupDigits(*announced),
+                                                              GroupDigits(m_value.GetLength())}));
     m_value.Complete();
 }
 
 void ResultSet::Fetch(RowSource& source, Progress& progress) {
+    RowReader reader(source, progress);
+    while (reader.ReadRow(*this))
+        continue;
+}
+
+void ResultSet::Append(ResultSet&& other) {
+    std::ranges::move(other.m_values, std::back_inserter(m_values));
+    m_rowIds.insert(m_rowIds.end(), other.m_rowIds.begin(), other.m_rowIds.end());
+    m_rows += other.m_rows;
+    other.m_values.clear();
+    other.m_rowIds.clear();
+    other.m_rows = 0;
+}
+
+std::optional<long long> ResultSet::GetRowId(std::size_t row) const {
+    return row < m_rowIds.size() ? m_rowIds[row] : std::optional<long long>();
+}
+
+bool RowReader::ReadRow(ResultSet& result) {
     std::size_t column = 0;
     try {
-        while (source.Next()) {
-            for (column = 0; column < m_columns.size(); ++column) {
-                ValueSink sink(m_values.emplace_back(), progress);
-                source.Read(column, sink);
-                ReleaseMemory(m_values.back());
-            }
-            ++m_rows;
-            progress.AddRow();
+        if (!m_source.Next())
+            return false;
+        for (; column < result.GetColumnCount(); ++column) {
+            ValueSink sink(result.m_values.emplace_back(), m_progress);
+            m_source.Read(column, sink);
+            ReleaseMemory(result.m_values.back());
         }
     } catch (CException* error) {
-        throw Failure(kFileFailed, "cannot keep " + CellName(m_rows, column) +
-                                       " of the result: " + TakeMessage(error));
+        throw Failure(kFileFailed, Text(IDS_VQ_CANNOT_KEEP, {CellName(m_row, column)}) + ": " +
+                                       TakeMessage(error));
     }
+    if (!m_source.GetEditPlan().rowIdName.empty())
+        result.m_rowIds.push_back(m_source.GetRowId());
+    ++result.m_rows;
+    ++m_row;
+    m_progress.AddRow();
+    return true;
 }
 
 /// Each value in a store keeps some of its pages in memory. Once these are many, those of a new
 /// value go when it is complete.
-void ResultSet::ReleaseMemory(const Value& value) {
+void RowReader::ReleaseMemory(const Value& value) {
     CByteStream* stream = value.GetStream();
     if (!stream || !stream->GetStore())
         return;
@@ -63,7 +87,7 @@ void ResultSet::ReleaseMemory(const Value& value) {
 }
 
 std::string CellName(std::size_t row, std::size_t column) {
-    return "row " + std::to_string(row + 1) + ", column " + std::to_string(column + 1);
+    return Text(IDS_VQ_CELL, {std::to_string(row + 1), std::to_string(column + 1)});
 }
 
 } // namespace vnquery

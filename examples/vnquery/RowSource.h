@@ -1,6 +1,8 @@
 // Where rows come from: an SQLite file, or a server through ODBC.
 #pragma once
 
+#include "ColumnKind.h"
+#include "EditPlan.h"
 #include "Value.h"
 
 #include <optional>
@@ -37,10 +39,19 @@ public:
 
     /// The columns' headings.
     virtual const std::vector<std::string>& GetColumns() const = 0;
+    /// What their types say, one for each.
+    virtual const std::vector<ColumnKind>& GetKinds() const = 0;
+    /// How the result could be written back. Told only by a source that was asked to find out.
+    virtual const EditPlan& GetEditPlan() const = 0;
+    /// The current row's number in its table, where the plan has one and the row too.
+    virtual std::optional<long long> GetRowId() const { return {}; }
     /// Goes to the next row, at first to the first; false when there is none.
     virtual bool Next() = 0;
     /// Reads a column's value of the current row. Columns are read once each, from the left.
     virtual void Read(std::size_t column, ValueSink& sink) = 0;
 };
+
+/// What a source finds out beside the rows.
+enum class SourceUse { ReadOnly, Editing };
 
 } // namespace vnquery

@@ -163,6 +163,18 @@ std::optional<OneTableQuery> TakeApart(std::string_view sql) {
     return OneTableQuery{std::string(sql.substr(0, cut)), std::string(sql.substr(cut)), *table};
 }
 
+std::string NormaliseSql(std::string_view sql) {
+    std::string text;
+    for (const Token& token : Tokenizer(sql).Run()) {
+        if (!text.empty())
+            text += ' ';
+        text += token.kind == TokenKind::String       ? "'" + token.text + "'"
+                : token.kind == TokenKind::QuotedName ? QuoteName(token.text)
+                                                      : token.text;
+    }
+    return text;
+}
+
 std::string QuoteName(std::string_view name) {
     std::string quoted = "\"";
     for (const char ch : name)

@@ -19,6 +19,10 @@ struct OneTableQuery {
 /// cases; some queries that would do are among them.
 std::optional<OneTableQuery> TakeApart(std::string_view sql);
 
+/// The text with its words in upper case and one blank between its parts, without comments; what
+/// stands in quotes stays.
+std::string NormaliseSql(std::string_view sql);
+
 /// The name in double quotes.
 std::string QuoteName(std::string_view name);
 

@@ -2,14 +2,12 @@
 #pragma once
 
 #include "RowSource.h"
+#include "SqliteDatabase.h"
+#include "SqliteQuery.h"
 
 #include <memory>
 #include <string>
 #include <vector>
-
-struct sqlite3;
-struct sqlite3_stmt;
-struct sqlite3_blob;
 
 namespace vnquery {
 
@@ -20,25 +18,19 @@ namespace vnquery {
 /// Else SQLite gives each value in one piece.
 class SqliteSource : public RowSource {
 public:
-    SqliteSource(const std::string& file, const std::string& sql);
+    SqliteSource(const std::string& file, const std::string& sql,
+                 SourceUse use = SourceUse::ReadOnly);
     ~SqliteSource() override;
 
     const std::vector<std::string>& GetColumns() const override { return m_names; }
+    const std::vector<ColumnKind>& GetKinds() const override { return m_kinds; }
+    const EditPlan& GetEditPlan() const override { return m_editPlan; }
+    std::optional<long long> GetRowId() const override;
     bool Next() override;
     void Read(std::size_t column, ValueSink& sink) override;
 
 private:
-    template <auto Close>
-    struct Closer {
-        template <class Handle>
-        void operator()(Handle* handle) const {
-            Close(handle);
-        }
-    };
-    static void CloseDatabase(sqlite3* database);
-    static void CloseStatement(sqlite3_stmt* statement);
-    static void CloseBlob(sqlite3_blob* blob);
-    using Statement = std::unique_ptr<sqlite3_stmt, Closer<CloseStatement>>;
+    using Statement = SqliteDatabase::Statement;
 
     /// Where a column of the result is found.
     struct ColumnPlan {
@@ -46,39 +38,41 @@ private:
         bool isInPieces =
             false;        ///< m_details has its type there, and behind it the value if it is short
         std::string name; ///< in the table
-        std::unique_ptr<sqlite3_blob, Closer<CloseBlob>> blob;
+        SqliteDatabase::Blob blob;
         Statement whole; ///< reads the value of a row that cannot be read in pieces
     };
 
-    void Open(const std::string& file);
-    Statement Prepare(const std::string& sql, const char** rest = nullptr);
-    /// Puts a statement that leaves long values in their table in the place of m_statement, if it
-    /// can.
-    void PlanPieces(const std::string& sql);
+    /// Where the rows are those of one table, puts a statement in the place of m_statement that
+    /// leaves long values in that table and tells each row's number, as far as there is use for it.
+    void PlanOneTable(const std::string& sql, SourceUse use);
+    bool FindTable(const OneTableQuery& query);
+    bool RunWithRowIds(const OneTableQuery& query);
     void PrepareDetails();
+    void PlanEditing();
+    void PlanKeyColumns();
     long long CurrentRow() const;
+    bool HasCurrentRow() const;
     bool IsPlainTable(const char* schema, const char* table);
     std::string FindRowIdName(const char* schema, const char* table);
     bool IsInPieces(sqlite3_stmt* statement, int column) const;
     bool SeekBlob(ColumnPlan& plan, long long row);
-    void ReadBlob(ColumnPlan& plan, ValueSink& sink);
     void ReadInPieces(ColumnPlan& plan, ValueSink& sink);
     void ReadFromTable(ColumnPlan& plan, ValueSink& sink);
-    void ReadWhole(sqlite3_stmt* statement, int column, ValueSink& sink);
-    [[noreturn]] void Fail(const std::string& what);
 
-    std::string m_file;
-    std::unique_ptr<sqlite3, Closer<CloseDatabase>> m_database;
+    SqliteDatabase m_database;
     Statement m_statement;
     std::vector<std::string> m_names;
+    std::vector<ColumnKind> m_kinds;
+    EditPlan m_editPlan;
     std::vector<ColumnPlan> m_plans;
-    bool m_isTextUtf8 = false;
 
-    // For a query of one table. Its row's number is the last column of m_statement.
+    // For a query of one table. With m_hasRowIds its row's number is the last column of
+    // m_statement.
     std::string m_schema;
     std::string m_table;
-    std::string m_rowId;       ///< name of the row's number
-    Statement m_details;       ///< gives types, numbers and NULL of one row
+    std::string m_rowId; ///< name of the row's number
+    Statement m_details; ///< gives types, numbers and NULL of one row
+    bool m_hasRowIds = false;
     bool m_hasDetails = false; ///< m_details stands on the current row
 };
 

@@ -1,8 +1,10 @@
 #include "Statistics.h"
 
 #include "CellText.h"
+#include "Messages.h"
 #include "Process.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 
@@ -47,8 +49,11 @@ Totals AddUp(const ResultSet& result) {
     return totals;
 }
 
-void PrintLine(const char* what, const std::string& figure) {
-    std::fprintf(stderr, "%-18s %s\n", what, figure.c_str());
+void PrintLine(UINT label, const std::string& figure) {
+    constexpr std::size_t kLabelWidth = 18;
+    std::string text = Text(label);
+    text.append(kLabelWidth - std::min(kLabelWidth, DisplayWidth(text)), ' ');
+    std::fprintf(stderr, "%s %s\n", text.c_str(), figure.c_str());
 }
 
 std::string DescribePages(ULONGLONG pages) {
@@ -59,22 +64,23 @@ std::string DescribePages(ULONGLONG pages) {
 
 void PrintStatistics(const ResultSet& result) {
     const Totals totals = AddUp(result);
-    PrintLine("rows", GroupDigits(result.GetRowCount()));
-    PrintLine("values", GroupDigits(totals.shortValues + totals.inMemory + totals.inStores) + ": " +
-                            GroupDigits(totals.shortValues) + " short, " +
-                            GroupDigits(totals.inMemory) + " in a block of memory, " +
-                            GroupDigits(totals.inStores) + " in a paged store");
-    PrintLine("bytes held", GroupDigits(totals.bytes) + " (" + FormatSize(totals.bytes) + ")");
-    PrintLine("pages in memory", DescribePages(totals.residentPages));
-    PrintLine("pages swapped", DescribePages(totals.swappedPages));
+    PrintLine(IDS_VQ_STAT_ROWS, GroupDigits(result.GetRowCount()));
+    PrintLine(IDS_VQ_STAT_VALUES,
+              Text(IDS_VQ_STAT_VALUES_FIGURES,
+                   {GroupDigits(totals.shortValues + totals.inMemory + totals.inStores),
+                    GroupDigits(totals.shortValues), GroupDigits(totals.inMemory),
+                    GroupDigits(totals.inStores)}));
+    PrintLine(IDS_VQ_STAT_BYTES, GroupDigits(totals.bytes) + " (" + FormatSize(totals.bytes) + ")");
+    PrintLine(IDS_VQ_STAT_RESIDENT, DescribePages(totals.residentPages));
+    PrintLine(IDS_VQ_STAT_SWAPPED, DescribePages(totals.swappedPages));
     for (const SwapFile& file : totals.files) {
         std::error_code error;
         const auto size = std::filesystem::file_size(file.name, error);
-        PrintLine("swap file", file.name + ", " + (error ? "?" : FormatSize(size)) + ": " +
-                                   file.cell + ", " + FormatSize(file.length));
+        PrintLine(IDS_VQ_STAT_SWAP_FILE, file.name + ", " + (error ? "?" : FormatSize(size)) +
+                                             ": " + file.cell + ", " + FormatSize(file.length));
     }
     if (const std::uint64_t peak = GetPeakMemory())
-        PrintLine("peak memory", FormatSize(peak));
+        PrintLine(IDS_VQ_STAT_PEAK, FormatSize(peak));
 }
 
 } // namespace vnquery

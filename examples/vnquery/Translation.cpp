@@ -1,21 +1,21 @@
 #include "Translation.h"
 
 #include "Failure.h"
+#include "Messages.h"
 #include "StoreFile.h"
 
 namespace vnquery {
 
 void TranslateFile(WORD fromCcsid, WORD toCcsid, const std::string& from, const std::string& to) {
-    const std::string pair = std::to_string(fromCcsid) + " to CCSID " + std::to_string(toCcsid);
     CByteStore text;
     CByteStore translated;
-    WithMessage("cannot read " + from, [&] { OpenAsStore(text, from); });
-    WithMessage("cannot translate " + from, [&] {
+    WithMessage(Text(IDS_VQ_CANNOT_READ_FILE, {from}), [&] { OpenAsStore(text, from); });
+    WithMessage(Text(IDS_VQ_CANNOT_TRANSLATE, {from}), [&] {
         if (!text.TranslateCCSID(fromCcsid, toCcsid, translated))
-            throw Failure(kBadUsage, "cannot translate " + from + " from CCSID " + pair +
-                                         ": one of the two is not known.");
+            throw Failure(kBadUsage, Text(IDS_VQ_UNKNOWN_CCSIDS, {from, std::to_string(fromCcsid),
+                                                                  std::to_string(toCcsid)}));
     });
-    WithMessage("cannot write " + to, [&] { SaveStore(translated, to); });
+    WithMessage(Text(IDS_VQ_CANNOT_WRITE_FILE, {to}), [&] { SaveStore(translated, to); });
 }
 
 } // namespace vnquery

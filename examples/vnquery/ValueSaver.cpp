@@ -1,6 +1,8 @@
 #include "ValueSaver.h"
 
 #include "Failure.h"
+#include "Messages.h"
+#include "Progress.h"
 #include "TargetFile.h"
 
 #include <cstdio>
@@ -26,14 +28,15 @@ void SaveBytes(Value& value, const std::string& file, bool isLastUse) {
 
 void SaveValue(ResultSet& result, std::size_t row, std::size_t column, const std::string& file,
                const ExportFormat& format, bool isLastUse) {
-    const std::string what = "cannot save " + CellName(row, column) + " to " + file;
+    const std::string what = Text(IDS_VQ_CANNOT_SAVE, {CellName(row, column), file});
     if (row >= result.GetRowCount() || column >= result.GetColumnCount())
-        throw Failure(kBadUsage, what + ": the result has " + std::to_string(result.GetRowCount()) +
-                                     " rows and " + std::to_string(result.GetColumnCount()) +
-                                     " columns. Rows and columns count from 1.");
+        throw Failure(kBadUsage,
+                      what + ": " +
+                          Text(IDS_VQ_SAVE_OUTSIDE, {std::to_string(result.GetRowCount()),
+                                                     std::to_string(result.GetColumnCount())}));
     Value& value = result.At(row, column);
     if (value.IsNull())
-        throw Failure(kBadUsage, what + ": the value is NULL, so there is nothing to save.");
+        throw Failure(kBadUsage, what + ": " + Text(IDS_VQ_SAVE_NULL));
     WithMessage(what, [&] {
         if (format.ccsid == 0 || value.GetType() == Value::Type::Binary) {
             SaveBytes(value, file, isLastUse);
@@ -47,13 +50,21 @@ void SaveValue(ResultSet& result, std::size_t row, std::size_t column, const std
     });
 }
 
+void SaveValueBytes(const Value& value, const std::string& cell, const std::string& file,
+                    Progress& progress) {
+    WithMessage(Text(IDS_VQ_CANNOT_SAVE, {cell, file}), [&] {
+        TargetFile target(file);
+        value.ForEachPiece([&](std::span<const BYTE> piece) {
+            target.Write(piece.data(), static_cast<UINT>(piece.size()));
+            progress.AddBytes(piece.size());
+        });
+        target.Commit();
+    });
+}
+
 void ReportLosses(const std::string& file, const std::string& losses) {
     if (!losses.empty())
-        std::fprintf(
-            stderr,
-            "vnquery: warning: %s has substitution characters for %s. With --strict such a text "
-            "is refused.\n",
-            file.c_str(), losses.c_str());
+        std::fprintf(stderr, "vnquery: %s\n", Text(IDS_VQ_LOSSES_WARNING, {file, losses}).c_str());
 }
 
 } // namespace vnquery

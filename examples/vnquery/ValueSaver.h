@@ -14,6 +14,11 @@ namespace vnquery {
 void SaveValue(ResultSet& result, std::size_t row, std::size_t column, const std::string& file,
                const ExportFormat& format, bool isLastUse);
 
+/// Writes a value byte by byte to a file, as a whole or not at all. `cell` is its place, for
+/// messages. Throws Failure and Interrupted.
+void SaveValueBytes(const Value& value, const std::string& cell, const std::string& file,
+                    Progress& progress);
+
 /// Prints a warning with the losses (see Exporter::GetLosses), when there are some.
 void ReportLosses(const std::string& file, const std::string& losses);
 

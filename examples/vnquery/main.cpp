@@ -1,21 +1,23 @@
 // vnquery: runs a query, displays the result, saves and exports it. What it does step by step
 // stands in Run; each step has a file of its own.
 
+#include "Connection.h"
 #include "DesFile.h"
+#include "ExportFile.h"
 #include "Failure.h"
-#include "OdbcSource.h"
+#include "HelpPages.h"
+#include "Messages.h"
 #include "Options.h"
 #include "Process.h"
 #include "Progress.h"
 #include "ResultPrinter.h"
-#include "SqliteSource.h"
 #include "Statistics.h"
-#include "TargetFile.h"
 #include "Translation.h"
 #include "ValueSaver.h"
 
-#include <vnbytstr/HTMLHelp.h>
-#include <vnbytstr/Language.h>
+#ifdef VNQUERY_WINDOW
+#include "window/WindowProgram.h"
+#endif
 
 #include <algorithm>
 #include <cstdio>
@@ -25,35 +27,24 @@ namespace vnquery {
 
 namespace {
 
-std::unique_ptr<RowSource> OpenSource(const Options& options) {
-    if (!options.database.empty())
-        return std::make_unique<SqliteSource>(options.database, options.sql);
-    return std::make_unique<OdbcSource>(options.connection, options.sql);
-}
-
 ResultSet RunQuery(const Options& options) {
-    const std::unique_ptr<RowSource> source = OpenSource(options);
+    const std::unique_ptr<RowSource> source =
+        OpenSource({options.database, options.connection}, options.sql, SourceUse::ReadOnly);
     ResultSet result(source->GetColumns());
-    Progress progress("Reading");
+    TerminalProgress progress(Text(IDS_VQ_READING));
     result.Fetch(*source, progress);
     return result;
 }
 
 void Export(const ResultSet& result, const Options& options) {
     const std::string& name = options.exportFile;
-    WithMessage("cannot write the export " + name, [&] {
-        TargetFile file(name);
-        Exporter exporter(file, options.exportFormat);
-        {
-            Progress progress("Exporting");
-            exporter.WriteResult(result, progress);
-        }
-        file.Commit();
-        ReportLosses(name, exporter.GetLosses());
-        std::fprintf(stderr, "Exported %s rows, %s bytes, to %s\n",
-                     GroupDigits(result.GetRowCount()).c_str(),
-                     GroupDigits(file.GetWritten()).c_str(), name.c_str());
-    });
+    ExportSummary summary;
+    {
+        TerminalProgress progress(Text(IDS_VQ_EXPORTING));
+        summary = ExportToFile(result, name, options.exportFormat, progress);
+    }
+    ReportLosses(name, summary.losses);
+    std::fprintf(stderr, "%s\n", DescribeExport(result.GetRowCount(), summary.bytes, name).c_str());
 }
 
 void SaveValues(ResultSet& result, const std::vector<SaveRequest>& saves,
@@ -67,16 +58,19 @@ void SaveValues(ResultSet& result, const std::vector<SaveRequest>& saves,
     }
 }
 
-/// Opens a help page in the browser of the desktop, or says why it cannot.
-void OpenHelp(DWORD topic) {
-    LoadResourceDLL("vnurc");
-    constexpr UINT kTopicItself = 0;
-    CVNHTMLHelp("xdg-open").DoHtmlHelp(topic, kTopicItself);
+#ifdef VNQUERY_WINDOW
+int OpenWindow(const Options& options, int argc, char** argv) {
+    return RunWindow(argc, argv, {{options.database, options.connection}, options.sql});
 }
+#else
+int OpenWindow(const Options&, int, char**) {
+    throw Failure(kBadUsage, Text(IDS_VQ_CL_NO_WINDOWS));
+}
+#endif
 
 void Run(const Options& options) {
     if (options.helpTopic) {
-        OpenHelp(*options.helpTopic);
+        OpenHelpPage(*options.helpTopic);
         return;
     }
     if (options.translate) {
@@ -111,18 +105,20 @@ int main(int argc, char** argv) {
     using namespace vnquery;
     PrepareProcess();
     try {
-        if (const std::optional<Options> options = ParseOptions(argc, argv))
+        const std::optional<Options> options = ParseOptions(argc, argv);
+        if (options && options->window)
+            return OpenWindow(*options, argc, argv);
+        if (options)
             Run(*options);
         return kOk;
     } catch (const Interrupted&) {
-        return Complain(kInterrupted, "stopped; nothing is left half done."),
-               128 + InterruptingSignal();
+        return Complain(kInterrupted, Text(IDS_VQ_STOPPED)), 128 + InterruptingSignal();
     } catch (const Failure& failure) {
         return Complain(failure.Code(), failure.what());
     } catch (CException* error) {
         return Complain(kFileFailed, TakeMessage(error));
     } catch (const std::bad_alloc&) {
-        return Complain(kFileFailed, "memory ran out. Ask for fewer rows, or for fewer columns.");
+        return Complain(kFileFailed, Text(IDS_VQ_NO_MEMORY));
     } catch (const std::exception& error) {
         return Complain(kFileFailed, error.what());
     }

@@ -174,6 +174,7 @@ private:
     template <class Source>
     bool Parse(Source& source, std::size_t size);
     bool FindImplementation();
+    bool CanBeWritten(const XMLNode& node) const;
     void DropBuilder() noexcept;
     void Fail(const char* place, const CString& message);
     void Check() const noexcept;

@@ -105,8 +105,8 @@ BOOL CDialog::Build(CWnd* parent) {
 
 BOOL CDialog::MakeItems() {
     for (const CDialogTemplate::Item& item : m_template.items) {
-        CRect place(item.x, item.y, item.x + item.cx, item.y + item.cy);
-        MapDialogRect(place);
+        RECT place{item.x, item.y, item.x + item.cx, item.y + item.cy};
+        MapDialogRect(&place);
         CREATESTRUCT create{};
         create.lpszClass = item.className;
         create.lpszName = item.text;
@@ -114,8 +114,8 @@ BOOL CDialog::MakeItems() {
         create.dwExStyle = item.exStyle;
         create.x = place.left;
         create.y = place.top;
-        create.cx = place.Width();
-        create.cy = place.Height();
+        create.cx = place.right - place.left;
+        create.cy = place.bottom - place.top;
         create.hwndParent = m_hWnd;
         create.hMenu = reinterpret_cast<HMENU>(static_cast<std::uintptr_t>(item.id));
         Window* const control = Window::Create(create, nullptr, nullptr);

@@ -324,9 +324,7 @@ std::optional<LRESULT> EditControl::LineProc(UINT message, WPARAM wParam, LPARAM
         std::memcpy(&size, buffer, sizeof size);
         const int line = static_cast<int>(wParam);
         const std::string text = Wire(m_field->Text().section(u'\n', line, line));
-        const std::size_t count = std::min<std::size_t>(text.size(), size);
-        std::memcpy(buffer, text.data(), count);
-        return static_cast<LRESULT>(count);
+        return static_cast<LRESULT>(text.copy(buffer, size)); // no NUL, as callers know it
     }
     case EM_GETFIRSTVISIBLELINE:
         return m_field->FirstVisibleLine();

@@ -10,7 +10,6 @@ using vnbytstr::detail::MenuBarControl;
 using vnbytstr::detail::MenuData;
 using vnbytstr::detail::MenuItem;
 using vnbytstr::detail::StatusControl;
-using vnbytstr::detail::Window;
 
 IMPLEMENT_DYNAMIC(CFrameWnd, CWnd)
 
@@ -130,14 +129,14 @@ BOOL CFrameWnd::CreateStatusLine(int panes) {
 
 void CFrameWnd::SetPaneText(int pane, LPCTSTR text) {
     if (m_statusLine.m_hWnd != nullptr)
-        m_statusLine.SendMessage(StatusControl::kSetText, static_cast<WPARAM>(pane + 1),
+        m_statusLine.SendMessage(StatusControl::kSetText, static_cast<WPARAM>(pane) + 1,
                                  reinterpret_cast<LPARAM>(text));
 }
 
 CString CFrameWnd::GetPaneText(int pane) const {
     std::string text;
     if (m_statusLine.m_hWnd != nullptr)
-        m_statusLine.SendMessage(StatusControl::kGetText, static_cast<WPARAM>(pane + 1),
+        m_statusLine.SendMessage(StatusControl::kGetText, static_cast<WPARAM>(pane) + 1,
                                  reinterpret_cast<LPARAM>(&text));
     return text.c_str();
 }

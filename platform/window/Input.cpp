@@ -249,10 +249,9 @@ bool PreTranslate(MSG& message, Window& window) {
 
 bool SendKeyEvent(Window& window, QKeyEvent* event) {
     InputState& state = State();
-    const QWidget* receiver =
-        RoutedEvent::Current() != nullptr && RoutedEvent::Current()->Event() == event
-            ? window.Hosted()
-            : window.Widget();
+    RoutedEvent* const routed = RoutedEvent::Current();
+    const bool forHosted = routed != nullptr && routed->Event() == event;
+    const QWidget* receiver = forHosted ? window.Hosted() : window.Widget();
     if (state.lastKey == event && state.lastType == event->type() &&
         state.lastReceiver != receiver && window.Widget()->isAncestorOf(state.lastReceiver))
         return false; // came out of a window inside this one, where nobody wanted it
@@ -284,7 +283,7 @@ bool SendKeyEvent(Window& window, QKeyEvent* event) {
         return SendKeyMessage(handle, system ? WM_SYSKEYUP : WM_KEYUP, static_cast<WPARAM>(vk),
                               flags);
     const std::string text = KeyText(*event, vk);
-    if (RoutedEvent* routed = RoutedEvent::Current(); routed != nullptr && routed->IsFor(&window))
+    if (routed != nullptr && routed->IsFor(&window))
         routed->m_charsToCome = static_cast<int>(text.size());
 
     MSG msg =

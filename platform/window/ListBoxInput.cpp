@@ -16,12 +16,37 @@
 #include "../system/CodePage.h"
 
 #include <algorithm>
+#include <climits>
 
 namespace vnbytstr::detail {
 namespace {
 
 constexpr std::uintptr_t kScrollTimer = 0xFFFFFE01;
 constexpr UINT kScrollEvery = 50; // milliseconds
+
+constexpr int kNoTarget = INT_MIN;
+
+/// Where a key takes the current row; kNoTarget for a key that does not move it.
+int Target(int key, int from, int page, int count) {
+    switch (key) {
+    case VK_UP:
+    case VK_LEFT:
+        return from - 1;
+    case VK_DOWN:
+    case VK_RIGHT:
+        return from + 1;
+    case VK_PRIOR:
+        return from - page;
+    case VK_NEXT:
+        return from + page;
+    case VK_HOME:
+        return 0;
+    case VK_END:
+        return count - 1;
+    default:
+        return kNoTarget;
+    }
+}
 
 bool IsDown(int key) { return GetKeyState(key) < 0; }
 
@@ -147,29 +172,7 @@ bool ListBoxControl::OnKey(int key) {
     const int count = m_rows.Count();
     const int from = std::max(m_caret, IsSingle() ? -1 : 0);
     const int page = std::max(FullyVisible() - 1, 1);
-    int to = from;
-    switch (key) {
-    case VK_UP:
-    case VK_LEFT:
-        to = from - 1;
-        break;
-    case VK_DOWN:
-    case VK_RIGHT:
-        to = from + 1;
-        break;
-    case VK_PRIOR:
-        to = from - page;
-        break;
-    case VK_NEXT:
-        to = from + page;
-        break;
-    case VK_HOME:
-        to = 0;
-        break;
-    case VK_END:
-        to = count - 1;
-        break;
-    case VK_SPACE:
+    if (key == VK_SPACE) {
         if (IsSingle() || !m_rows.Has(m_caret))
             return false;
         if (IsExtended() && !IsDown(VK_CONTROL))
@@ -179,9 +182,10 @@ bool ListBoxControl::OnKey(int key) {
         m_anchor = m_caret;
         Notify(LBN_SELCHANGE);
         return true;
-    default:
-        return false;
     }
+    const int to = Target(key, from, page, count);
+    if (to == kNoTarget)
+        return false;
     if (count > 0 && !Has(LBS_NOSEL))
         MoveCaret(std::clamp(to, 0, count - 1));
     return true;

@@ -220,7 +220,7 @@ void WindowWidget::OnMoved() {
     m_window->Send(WM_WINDOWPOSCHANGING, 0, reinterpret_cast<LPARAM>(&place));
     if (Window::Of(handle) == nullptr)
         return;
-    const CRect wanted(CPoint(place.x, place.y), CSize(place.cx, place.cy));
+    const CRect wanted(place.x, place.y, place.x + place.cx, place.y + place.cy);
     if (!(wanted == now) && (m_window->m_style & WS_CHILD) != 0)
         setGeometry(parent != nullptr
                         ? parent->ToWidget(wanted)

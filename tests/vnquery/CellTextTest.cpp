@@ -1,17 +1,13 @@
 #include "examples/vnquery/CellText.h"
 
+#include "tests/vnquery/MakeValue.h"
+
 #include <gtest/gtest.h>
 
 namespace vnquery {
 namespace {
 
-Value MakeValue(Value::Type type, std::string_view bytes) {
-    Value value;
-    value.Begin(type);
-    value.Append({reinterpret_cast<const BYTE*>(bytes.data()), bytes.size()});
-    value.Complete();
-    return value;
-}
+using test::MakeValue;
 
 TEST(CellText, SizesHaveThreeDigitsAndTheNextUnitInTime) {
     EXPECT_EQ(FormatSize(0), "0 B");

@@ -23,6 +23,7 @@ void Execute(sqlite3* database, const std::string& sql) {
 ProgramTest::ProgramTest() {
     // Constant figures, whatever the machine's settings.
     setenv("VNBYTSTR_PROFILE", File("no-profile.ini").c_str(), 1);
+    setenv("LC_ALL", "C.UTF-8", 1); // English
 }
 
 void ProgramTest::MakeDatabase(const std::string& statements) {

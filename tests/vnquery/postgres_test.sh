@@ -4,6 +4,7 @@
 # is not installed.
 set -euo pipefail
 vnquery=$1
+tests=$2
 
 skip() { echo "skipped: $1"; exit 77; }
 bin=$(ls -d /usr/lib/postgresql/*/bin 2>/dev/null | sort -V | tail -n 1 || true)
@@ -67,6 +68,13 @@ code=0; run --sql "select nothing from doc" || code=$?
 [ $code -eq 1 ] && grep -q 'nothing' "$folder/err" || fail "a wrong query gives code $code"
 code=0; run --sql "create table u(v int)" >/dev/null || code=$?
 [ $code -eq 1 ] || fail "a statement without result gives code $code"
+
+# Cells written back, in portions as above and not.
+sql <<'SQL'
+create table edited(id int primary key, name varchar(40), body text, data bytea, price numeric(10, 2) default 1.5);
+insert into edited values (1, 'one', '', null, 1), (2, 'two', null, null, 2), (3, 'three', 'x', '\x00', 3);
+SQL
+VNQUERY_ODBC=$connection TMPDIR="$folder/tmp" "$tests" --gtest_filter='OdbcEdit*' >"$folder/err" 2>&1 || fail "editing"
 
 # Ctrl-C while the server works.
 TMPDIR="$folder/tmp" "$vnquery" --connect "$connection" --sql "select pg_sleep(100)" 2>"$folder/err" &

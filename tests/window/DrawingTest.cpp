@@ -4,6 +4,7 @@
 #include <QImage>
 #include <QPixmap>
 
+#include <cstdlib>
 #include <functional>
 
 namespace {
@@ -200,4 +201,40 @@ TEST_F(Drawing, ObjectsOutliveTheirMistreatment) {
     EXPECT_TRUE(stock.DeleteObject());
     EXPECT_EQ(GetStockObject(99), nullptr);
     ASSERT_TRUE(stock.CreateStockObject(DEFAULT_GUI_FONT));
+}
+
+// These also run at scale factors of 1.5 and 2.5 (see CMakeLists.txt).
+using Scaled = Drawing;
+
+TEST_F(Scaled, RectanglesAreSharpAndTextIsDrawnAtTheScreensOwnPixels) {
+    Create();
+    const QImage image = Picture([](CDC& dc) {
+        FillWhite(dc);
+        dc.FillSolidRect(CRect(11, 7, 31, 17), kRed);
+        dc.SetBkMode(TRANSPARENT);
+        dc.TextOut(40, 5, "Sharp", 5);
+    });
+    const double scale = m_window.GetWidget()->devicePixelRatioF();
+    ASSERT_EQ(image.size(), QSize(100, 40) * scale);
+    int red = 0;
+    int mixed = 0;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < static_cast<int>(38 * scale); ++x) {
+            const QRgb pixel = image.pixel(x, y);
+            red += pixel == kRedPixel ? 1 : 0;
+            mixed += pixel != kRedPixel && pixel != kWhite ? 1 : 0;
+        }
+    EXPECT_EQ(mixed, 0);
+    EXPECT_NEAR(red, 200 * scale * scale, 30 * scale + 1);
+    if (scale == 1)
+        return;
+    // Text that was drawn small and blown up would look the same when it is made small and large.
+    const QImage blurred =
+        image.scaled(100, 40, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
+            .scaled(image.size(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    double difference = 0;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = static_cast<int>(40 * scale); x < static_cast<int>(80 * scale); ++x)
+            difference += std::abs(qGray(image.pixel(x, y)) - qGray(blurred.pixel(x, y)));
+    EXPECT_GT(difference / (40 * scale * 20 * scale), 5);
 }

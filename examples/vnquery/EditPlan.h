@@ -1,0 +1,43 @@
+// Which cells of a result can be written back, and how a row is found again in its table.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace vnquery {
+
+/// Why a cell is not editable.
+enum class EditBar {
+    None,      ///< it is editable
+    NotATable, ///< the rows are not those of one table
+    NoKey,     ///< the table has no key, or not all columns of it are selected
+    Key,       ///< the column is what the row is found by
+    Computed   ///< no column of the table, or one that the database computes
+};
+
+/// A column of the result and what it is in the table.
+struct EditColumn {
+    std::string name;            ///< in the table; "" for an expression
+    std::string defaultSql;      ///< what the database puts there by itself, as SQL; "" for nothing
+    EditBar bar = EditBar::None; ///< a column of its own is barred with Key or Computed
+    bool isNullable = true;
+    int sqlType = 0; ///< ODBC's, with the size and digits that go with it
+    std::size_t sqlSize = 0;
+    int sqlDigits = 0;
+};
+
+struct EditPlan {
+    EditBar bar = EditBar::NotATable; ///< None: some columns are editable
+    std::string schema;               ///< "" where there is none
+    std::string table;
+    std::string rowIdName;               ///< name of the rows' number; "" when there is none
+    std::vector<std::size_t> keyColumns; ///< without a number: columns of the result that are key
+    std::vector<EditColumn> columns;     ///< as many as the result has, when bar is None
+
+    EditBar GetBar(std::size_t column) const {
+        return bar != EditBar::None ? bar : columns[column].bar;
+    }
+};
+
+} // namespace vnquery

@@ -1,0 +1,34 @@
+// Asks for the file and the form of an export.
+#pragma once
+
+#include "../Exporter.h"
+#include "TextDialog.h"
+
+namespace vnquery {
+
+class ExportDialog : public TextDialog {
+public:
+    ExportDialog(const std::string& file, const ExportFormat& format, CWnd* parent);
+    // After IDOK:
+    const std::string& GetFile() const { return m_file; }
+    const ExportFormat& GetFormat() const { return m_format; }
+
+protected:
+    BOOL OnInitDialog() override;
+    void OnOK() override;
+    void OnBrowse();
+    DECLARE_MESSAGE_MAP()
+
+private:
+    void Fill(int id, std::initializer_list<UINT> texts, int chosen);
+    int Chosen(int id) const;
+    bool ReadFile();
+    bool ReadCcsid();
+    bool ReadLength();
+    void Complain(int id, const std::string& text);
+
+    std::string m_file;
+    ExportFormat m_format;
+};
+
+} // namespace vnquery

@@ -1,0 +1,49 @@
+// Edits the global variables.
+#pragma once
+
+#include "GlobalsList.h"
+#include "TextDialog.h"
+
+namespace vnquery {
+
+/// OK sets and saves what was changed; Cancel changes nothing.
+class GlobalsDialog : public TextDialog {
+public:
+    explicit GlobalsDialog(CWnd* parent);
+    ~GlobalsDialog() override;
+
+protected:
+    BOOL OnInitDialog() override;
+    void OnOK() override;
+    void OnCancel() override;
+    void OnAdd();
+    void OnDelete();
+    LRESULT OnStoreValue(WPARAM column, LPARAM value);
+    LRESULT OnEditorClosed(WPARAM, LPARAM);
+    DECLARE_MESSAGE_MAP()
+
+private:
+    void ReadVariables();
+    bool ApplyChanges();
+
+    std::vector<GlobalsRow> m_rows;
+    std::vector<std::string> m_deleted;
+    GlobalsList m_list;
+};
+
+/// Asks for the name and value of a new variable.
+class NewVariableDialog : public TextDialog {
+public:
+    explicit NewVariableDialog(CWnd* parent);
+    const std::string& GetName() const { return m_name; }
+    const std::string& GetValue() const { return m_value; }
+
+protected:
+    void OnOK() override;
+
+private:
+    std::string m_name;
+    std::string m_value;
+};
+
+} // namespace vnquery

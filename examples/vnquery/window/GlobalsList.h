@@ -1,0 +1,48 @@
+// The list of the global variables: name, value, meaning.
+#pragma once
+
+#include "../VariableKind.h"
+
+#include <vnbytstr/ListBoxEx.h>
+
+#include <string>
+#include <vector>
+
+namespace vnquery {
+
+struct GlobalsRow {
+    std::string name;
+    std::string value;
+    std::string meaning;
+    VariableKind kind;
+    bool isOwn = false;     ///< added by the person
+    bool isChanged = false; ///< or new
+};
+
+/// Edits the value column: switches by choice, numbers with a spinner, others as text; what only
+/// the program sets is grey.
+class GlobalsList : public CListBoxEx {
+public:
+    static constexpr int kValueColumn = 1;
+
+    explicit GlobalsList(std::vector<GlobalsRow>& rows) : m_rows(rows) {}
+
+    BOOL CreateList(CWnd* parent, const RECT& rect, UINT id, UINT headingsId);
+    /// Shows the rows anew and selects one.
+    void ShowRows(int selected);
+    /// What a value looks like: switches with a word beside the digit.
+    static std::string DisplayValue(const GlobalsRow& row);
+    static std::string ValueOfDisplay(const GlobalsRow& row, const std::string& text);
+    BOOL Sort(int) override { return FALSE; }
+    void DrawItem(LPDRAWITEMSTRUCT item) override;
+
+protected:
+    LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
+
+private:
+    void PrepareEditor(int row);
+
+    std::vector<GlobalsRow>& m_rows;
+};
+
+} // namespace vnquery

@@ -1,0 +1,127 @@
+// The main window's contents: connection, query text, progress, result.
+#pragma once
+
+#include "../QueryRun.h"
+#include "../ResultDocument.h"
+#include "ResultList.h"
+#include "ViewLayout.h"
+#include "WindowText.h"
+
+#include <chrono>
+#include <memory>
+
+namespace vnquery {
+
+/// Tells its frame what to show in title and status line.
+class QueryViewHost {
+public:
+    virtual ~QueryViewHost() = default;
+    virtual void ShowStatus(const std::string& text) = 0;
+    /// Connection, rows or changes are others now.
+    virtual void ViewChanged() = 0;
+};
+
+class QueryView : public CWnd {
+public:
+    explicit QueryView(QueryViewHost& host) : m_host(host), m_list(m_document) {}
+    ~QueryView() override;
+
+    BOOL CreateView(CWnd* parent, UINT id);
+
+    // --- state -----------------------------------------------------------------------------------
+    bool IsBusy() const { return m_run != nullptr; }
+    bool HasResult() const { return m_document.HasResult(); }
+    const Connection& GetConnection() const { return m_connection; }
+    ResultDocument& GetDocument() { return m_document; }
+    ResultList& GetList() { return m_list; }
+    /// The current cell of the list, if there is one.
+    bool GetCurrentPlace(CellPlace& place) const;
+    bool IsCurrentEditable() const;
+
+    // --- commands --------------------------------------------------------------------------------
+    void SetConnection(const Connection& connection);
+    void SetSql(const std::string& sql);
+    void Run();
+    void Stop();
+    void Export();
+    /// Writes the changes in a transaction and asks before it commits.
+    void WriteChanges();
+    void DiscardChanges();
+    /// Asks what becomes of changes that are not written. False when the person would rather stay.
+    bool LeaveChanges();
+    void EditCell();
+    void Zoom();
+    void SetNull();
+    void SetDefault();
+    void UndoCell();
+    void LoadCell();
+    void SaveCell();
+    void CopyRows();
+    void FitColumns();
+    void MoveColumn(int by);
+    void SortColumn();
+    void ResetColumns();
+    void GotoSql();
+    void NextPane();
+    /// Keeps how the result is looked at.
+    void StoreLayout();
+    /// The interface has another language now.
+    void Relabel();
+
+    BOOL PreTranslateMessage(MSG* message) override;
+
+protected:
+    int OnCreate(LPCREATESTRUCT create);
+    void OnSize(UINT type, int cx, int cy);
+    void OnTimer(std::uintptr_t id);
+    void OnSetFocus(CWnd* old);
+    HBRUSH OnCtlColor(CDC* dc, CWnd* control, UINT type);
+    void OnSelectionChanged();
+    void OnContextMenu(CWnd* window, CPoint screen);
+    LRESULT OnOpenCell(WPARAM column, LPARAM);
+    LRESULT OnStoreValue(WPARAM column, LPARAM value);
+    LRESULT OnEditorClosed(WPARAM, LPARAM);
+    LRESULT OnLoadDropped(WPARAM, LPARAM);
+    DECLARE_MESSAGE_MAP()
+
+private:
+    bool Refuse(EditBar bar);
+    bool RequireResult();
+    bool RequireCurrent(CellPlace& place);
+    bool RequireEditable(CellPlace& place);
+    void SetCell(CellPlace place, NewValue&& value);
+    void LoadFile(CellPlace place, const std::string& file);
+    bool AskToCommit(const WriteReport& report);
+    std::string DescribeConflicts(const WriteReport& report) const;
+    void TakeRows();
+    void FinishRun();
+    void ReadMarkers();
+    void ShowBusy(bool isBusy);
+    void Layout();
+    ViewMeasures Measure();
+    void Place(CWnd& window, const LayoutRect& rect);
+    void RefreshChanged();
+    std::string CellNameOf(CellPlace place) const;
+
+    QueryViewHost& m_host;
+    Connection m_connection;
+    ResultDocument m_document;
+    std::unique_ptr<QueryRun> m_run;
+    std::chrono::steady_clock::time_point m_started;
+    bool m_isStopping = false;
+    bool m_areWidthsFitted = false;
+
+    CStatic m_databaseLabel;
+    CEdit m_database;
+    CButton m_open;
+    CButton m_connect;
+    CStatic m_sqlLabel;
+    CEdit m_sql;
+    CButton m_runButton;
+    CButton m_stopButton;
+    CProgressCtrl m_progress;
+    ResultList m_list;
+    CFont m_sqlFont;
+};
+
+} // namespace vnquery

@@ -1,0 +1,319 @@
+#include "ResultList.h"
+
+#include "../RowText.h"
+#include "Commands.h"
+#include "WindowText.h"
+
+#include <algorithm>
+#include <memory>
+
+namespace vnquery {
+
+namespace {
+
+constexpr int kMinWidth = 48;
+constexpr int kArrow = 20;     ///< room for the mark of the sort order
+constexpr int kMaxWidth = 320; ///< of a column that nobody has sized
+
+} // namespace
+
+BEGIN_MESSAGE_MAP(ResultList, CListBoxEx)
+ON_WM_LBUTTONDOWN()
+ON_WM_LBUTTONDBLCLK()
+ON_WM_RBUTTONDOWN()
+END_MESSAGE_MAP()
+
+BOOL ResultList::CreateList(CWnd* parent, UINT id, UINT headingsId) {
+    const DWORD style = WS_CHILD | WS_VISIBLE | WS_TABSTOP | WS_VSCROLL | WS_BORDER | LBS_NOTIFY |
+                        LBS_OWNERDRAWFIXED | LBS_HASSTRINGS | LBS_EXTENDEDSEL |
+                        LBS_NOINTEGRALHEIGHT;
+    if (!Create("LISTBOX", Text(IDS_VQ_W_RESULT).c_str(), style, CRect(0, 0, 0, 0), parent, id) ||
+        !CreateHeadingsControl(headingsId))
+        return FALSE;
+    const char separator[] = {kCellSeparator, '\0'};
+    SetSeparator(separator);
+    EnableEditing();
+    EnableSort();
+    EnableCopy();
+    SetPrintInput(TRUE);
+    GetHeadings()->ShowSortArrow();
+    GetHeadings()->EnableKeyboard();
+    return TRUE;
+}
+
+void ResultList::ShowColumns() {
+    ResetContent();
+    const auto count = static_cast<int>(m_document.GetShownColumns());
+    SetNumColumns(count);
+    for (int i = 0; i < count; ++i) {
+        const std::size_t column = m_document.GetLayout().order[static_cast<std::size_t>(i)];
+        SetColumnName(i, MakeVisible(m_document.GetHeading(column)).c_str());
+        const ColumnKind kind = m_document.GetKind(column);
+        SetColumnType(i, kind == ColumnKind::Integer || kind == ColumnKind::Decimal);
+        SetColumnSpacing(i, 4);
+        const int width = m_document.GetLayout().widths[column];
+        SetColumnWidth(i, width);
+        SetEditorType(i, m_document.GetPlan().GetBar(column) == EditBar::None ? kEditorText
+                                                                              : kEditorNone);
+    }
+    m_column = std::clamp(m_column, 0, std::max(count - 1, 0));
+    if (GetHeadings()->GetSafeHwnd())
+        GetHeadings()->Invalidate();
+}
+
+void ResultList::AppendRows(std::size_t count) {
+    const std::size_t end = m_document.GetShownRows();
+    std::string texts;
+    for (std::size_t row = end - count; row < end; ++row)
+        texts.append(m_document.GetRowText(row)).push_back('\0');
+    ListBoxAddRows(m_hWnd, texts.data(), texts.size(), static_cast<int>(count));
+    for (std::size_t row = end - count; row < end; ++row)
+        SetDragDrop(static_cast<int>(row), TRUE);
+}
+
+void ResultList::FitNewColumns() {
+    std::vector<int> fitted;
+    int total = 0;
+    for (int i = 0; i < GetNumColumns(); ++i) {
+        const std::size_t column = m_document.GetLayout().order[static_cast<std::size_t>(i)];
+        if (m_document.GetLayout().widths[column] == 0) {
+            SetColumnWidth(i, 0);
+            AutoFitCol(i);
+            SetColumnWidth(i, std::clamp(GetColumnWidth(i) + kArrow, kMinWidth, kMaxWidth));
+            fitted.push_back(i);
+        }
+        total += GetColumnWidth(i);
+    }
+    CRect client;
+    GetClientRect(client);
+    ShareWidth(fitted, total - client.Width());
+    if (total < client.Width())
+        GetHeadings()->FixLastColWidth();
+    GetHeadings()->Invalidate();
+    Invalidate();
+}
+
+/// The list does not scroll sideways: where the columns do not fit, the widest give way first.
+void ResultList::ShareWidth(std::span<const int> columns, int excess) {
+    while (excess > 0) {
+        const auto widest = std::ranges::max_element(
+            columns, {}, [this](int column) { return GetColumnWidth(column); });
+        if (widest == columns.end() || GetColumnWidth(*widest) <= kMinWidth)
+            return;
+        const int step = std::min({excess, GetColumnWidth(*widest) - kMinWidth, 8});
+        SetColumnWidth(*widest, GetColumnWidth(*widest) - step);
+        excess -= step;
+    }
+}
+
+void ResultList::RefreshRow(std::size_t row) {
+    ListBoxSetRowText(m_hWnd, static_cast<int>(row), m_document.GetRowText(row).c_str());
+    CRect rect;
+    if (SendMessage(LB_GETITEMRECT, row, reinterpret_cast<LPARAM>(&rect)) != LB_ERR)
+        InvalidateRect(rect);
+}
+
+void ResultList::RefreshAll() {
+    for (std::size_t row = 0; row < m_document.GetShownRows(); ++row)
+        ListBoxSetRowText(m_hWnd, static_cast<int>(row), m_document.GetRowText(row).c_str());
+    Invalidate();
+}
+
+void ResultList::StoreWidths() {
+    QueryLayout& layout = m_document.GetLayout();
+    for (int i = 0; i < GetNumColumns() && i < static_cast<int>(layout.order.size()); ++i)
+        layout.widths[layout.order[static_cast<std::size_t>(i)]] =
+            std::clamp(GetColumnWidth(i), 0, 32767);
+}
+
+// --- the current cell ----------------------------------------------------------------------------
+
+int ResultList::GetCurrentRow() const {
+    const auto caret = static_cast<int>(SendMessage(LB_GETCARETINDEX));
+    if (caret >= 0 && SendMessage(LB_GETSEL, static_cast<WPARAM>(caret)) > 0)
+        return caret;
+    return GetFirstSel();
+}
+
+void ResultList::SetCurrentCell(int row, int column) {
+    m_column = std::clamp(column, 0, std::max(GetNumColumns() - 1, 0));
+    if (row >= 0 && row < GetCount()) {
+        SetOnlySel(row);
+        SendMessage(LB_SETCARETINDEX, static_cast<WPARAM>(row));
+    }
+    Invalidate();
+    TellParent();
+}
+
+CRect ResultList::CellRect(int column, const RECT& row) const {
+    int left = 0;
+    for (int i = 0; i < column; ++i)
+        left += GetColumnWidth(i);
+    return {left, static_cast<int>(row.top), left + GetColumnWidth(column),
+            static_cast<int>(row.bottom)};
+}
+
+void ResultList::MoveColumn(int by) {
+    const int column = m_column + by;
+    if (column < 0 || column >= GetNumColumns())
+        return;
+    m_column = column;
+    if (GetCurrentRow() < 0 && GetCount() > 0)
+        SetCurrentCell(0, m_column);
+    Invalidate();
+    TellParent();
+}
+
+void ResultList::TellParent() const {
+    GetParent()->SendMessage(WM_COMMAND, MAKEWPARAM(GetDlgCtrlID(), LBN_SELCHANGE),
+                             reinterpret_cast<LPARAM>(m_hWnd));
+}
+
+void ResultList::TakeColumn(CPoint point) {
+    int row = -1;
+    int column = -1;
+    HitTest(point, row, column);
+    if (column >= 0 && column != m_column) {
+        m_column = column;
+        Invalidate();
+    }
+}
+
+void ResultList::OnLButtonDown(UINT flags, CPoint point) {
+    TakeColumn(point);
+    CListBoxEx::OnLButtonDown(flags, point);
+}
+
+void ResultList::OnLButtonDblClk(UINT flags, CPoint point) {
+    TakeColumn(point);
+    int row = -1;
+    int column = -1;
+    HitTest(point, row, column);
+    if (row >= 0 && column >= 0 && GetEditorType(column) == kEditorNone)
+        RunCommand(kCmdZoom);
+    else
+        CListBoxEx::OnLButtonDblClk(flags, point);
+}
+
+void ResultList::OnRButtonDown(UINT flags, CPoint point) {
+    TakeColumn(point);
+    CListBoxEx::OnRButtonDown(flags, point);
+}
+
+BOOL ResultList::RunCommand(unsigned command) {
+    GetTopLevelParent()->SendMessage(WM_COMMAND, command);
+    return TRUE;
+}
+
+BOOL ResultList::PreTranslateMessage(MSG* message) {
+    if (message->message != WM_KEYDOWN || message->hwnd != m_hWnd || GetActiveEditor())
+        return CListBoxEx::PreTranslateMessage(message);
+    const bool shift = GetKeyState(VK_SHIFT) < 0;
+    const bool control = GetKeyState(VK_CONTROL) < 0;
+    switch (message->wParam) {
+    case VK_LEFT:
+    case VK_RIGHT: {
+        // In a mirrored window the first column is at the right.
+        const bool isMirrored = (GetExStyle() & WS_EX_LAYOUTRTL) != 0;
+        const bool forward = (message->wParam == VK_RIGHT) != isMirrored;
+        if (control && shift)
+            return RunCommand(forward ? kCmdMoveRight : kCmdMoveLeft);
+        MoveColumn(forward ? 1 : -1);
+        return TRUE;
+    }
+    case VK_F2:
+        return RunCommand(shift ? kCmdZoom : kCmdEditCell);
+    case VK_RETURN:
+        return RunCommand(control ? kCmdRun : kCmdZoom);
+    case '0':
+        return control ? RunCommand(kCmdSetNull) : CListBoxEx::PreTranslateMessage(message);
+    default:
+        return CListBoxEx::PreTranslateMessage(message);
+    }
+}
+
+int ResultList::ShowZoom(int, int column, CString&) {
+    m_column = column;
+    RunCommand(kCmdZoom);
+    return IDCANCEL;
+}
+
+void ResultList::DrawItem(LPDRAWITEMSTRUCT item) {
+    CListBoxEx::DrawItem(item);
+    if (item->itemID >= m_document.GetShownRows())
+        return;
+    CDC* const dc = CDC::FromHandle(item->hDC);
+    const bool isSelected = (item->itemState & ODS_SELECTED) != 0;
+    for (int i = 0; i < GetNumColumns() && !m_document.GetEdits().IsEmpty(); ++i) {
+        if (!m_document.GetEdits().Find(
+                m_document.PlaceOf(item->itemID, static_cast<std::size_t>(i))))
+            continue;
+        CRect mark = CellRect(i, item->rcItem);
+        mark.right = mark.left + 3;
+        dc->FillSolidRect(mark, GetSysColor(isSelected ? COLOR_HIGHLIGHTTEXT : COLOR_HIGHLIGHT));
+    }
+    if (static_cast<int>(item->itemID) == GetCurrentRow() && isSelected && !GetActiveEditor()) {
+        CBrush brush(GetSysColor(COLOR_HIGHLIGHTTEXT));
+        CRect cell = CellRect(m_column, item->rcItem);
+        cell.DeflateRect(1, 1);
+        dc->FrameRect(cell, &brush);
+    }
+}
+
+// --- sorting -------------------------------------------------------------------------------------
+
+bool ResultList::SortByTexts(int column) {
+    const std::unique_ptr<SSortItem[]> items(SortInternal(column));
+    if (!items)
+        return false;
+    std::vector<std::uint32_t> order;
+    order.reserve(m_document.GetShownRows());
+    for (std::size_t i = 0; i < m_document.GetShownRows(); ++i)
+        order.push_back(static_cast<std::uint32_t>(items[i].m_nIndex));
+    m_document.Reorder(order);
+    return true;
+}
+
+/// The list's own order of integers takes NULL for 0 and knows no fractions.
+bool ResultList::SortByNumbers(int column) {
+    const bool upwards = m_nSortColumn != column || m_nSortState != 1;
+    const std::vector<std::uint32_t> order = m_document.GetNumberOrder(
+        m_document.GetLayout().order[static_cast<std::size_t>(column)], upwards);
+    if (!ListBoxReorder(m_hWnd, order))
+        return false;
+    m_document.Reorder(order);
+    m_nSortColumn = column;
+    m_nSortState = upwards ? 1 : 2;
+    Invalidate();
+    GetHeadings()->Invalidate();
+    return true;
+}
+
+BOOL ResultList::Sort(int column) {
+    if (column < 0 || column >= GetNumColumns() || !CellEnter(TRUE))
+        return FALSE;
+    const CWaitCursor wait;
+    QueryLayout& layout = m_document.GetLayout();
+    const std::size_t which = layout.order[static_cast<std::size_t>(column)];
+    const ColumnKind kind = m_document.GetKind(which);
+    const bool isNumber = kind == ColumnKind::Integer || kind == ColumnKind::Decimal;
+    if (!(isNumber ? SortByNumbers(column) : SortByTexts(column)))
+        return FALSE;
+    layout.sortColumn = which;
+    layout.sort = m_nSortState == 2 ? QueryLayout::Sort::Descending : QueryLayout::Sort::Ascending;
+    return TRUE;
+}
+
+void ResultList::SortAsKept() {
+    const QueryLayout layout = m_document.GetLayout();
+    m_nSortColumn = -1;
+    m_nSortState = 0;
+    if (layout.sort == QueryLayout::Sort::None)
+        return;
+    const auto column = static_cast<int>(m_document.ShownColumnOf(layout.sortColumn));
+    Sort(column);
+    if (layout.sort == QueryLayout::Sort::Descending)
+        Sort(column);
+}
+
+} // namespace vnquery

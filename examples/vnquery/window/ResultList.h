@@ -1,0 +1,66 @@
+// The list of the result's rows.
+#pragma once
+
+#include "../ResultDocument.h"
+
+#include <vnbytstr/ListBoxEx.h>
+
+#include <span>
+
+namespace vnquery {
+
+/// Shows a document. Besides the row it has a current cell, which the keyboard moves: left and
+/// right go through the columns of the row. Changed cells have a mark at their left edge.
+class ResultList : public CListBoxEx {
+public:
+    explicit ResultList(ResultDocument& document) : m_document(document) {}
+
+    BOOL CreateList(CWnd* parent, UINT id, UINT headingsId);
+
+    /// Begins anew with the document's columns and no rows.
+    void ShowColumns();
+    /// Adds the document's last `count` shown rows.
+    void AppendRows(std::size_t count);
+    /// Makes columns that have no width as wide as their contents, within reason.
+    void FitNewColumns();
+    /// Writes a row, or all rows, anew.
+    void RefreshRow(std::size_t row);
+    void RefreshAll();
+    /// Keeps the columns' widths in the document.
+    void StoreWidths();
+
+    /// -1: none.
+    int GetCurrentRow() const;
+    int GetCurrentColumn() const { return m_column; }
+    void SetCurrentCell(int row, int column);
+    /// The row that a file was dropped on, or whose cell is being opened.
+    int GetOpenedRow() const { return m_nCurRow; }
+
+    BOOL Sort(int column) override;
+    /// As the document's layout has it.
+    void SortAsKept();
+    void DrawItem(LPDRAWITEMSTRUCT item) override;
+    BOOL PreTranslateMessage(MSG* message) override;
+    int ShowZoom(int row, int column, CString& value) override;
+
+protected:
+    void OnLButtonDown(UINT flags, CPoint point);
+    void OnLButtonDblClk(UINT flags, CPoint point);
+    void OnRButtonDown(UINT flags, CPoint point);
+    DECLARE_MESSAGE_MAP()
+
+private:
+    CRect CellRect(int column, const RECT& row) const;
+    void ShareWidth(std::span<const int> columns, int excess);
+    void MoveColumn(int by);
+    void TellParent() const;
+    void TakeColumn(CPoint point);
+    bool SortByNumbers(int column);
+    bool SortByTexts(int column);
+    BOOL RunCommand(unsigned command);
+
+    ResultDocument& m_document;
+    int m_column = 0;
+};
+
+} // namespace vnquery

@@ -1,0 +1,13 @@
+// Saves a value to a file that the person chooses.
+#pragma once
+
+#include "../Value.h"
+#include "WindowText.h"
+
+namespace vnquery {
+
+/// `cell` is the value's place, for messages. Returns the file; "" when it was not saved, which has
+/// been told.
+std::string SaveValueAs(CWnd* parent, const Value& value, const std::string& cell);
+
+} // namespace vnquery

@@ -1,0 +1,44 @@
+#include "WindowProgram.h"
+
+#include "../Failure.h"
+#include "MainWindow.h"
+
+#include <vnbytstr/GlobalVars.h>
+
+#include <cstdlib>
+
+namespace vnquery {
+
+namespace {
+
+bool IsSet(const char* variable) {
+    const char* const value = std::getenv(variable);
+    return value && *value;
+}
+
+/// The window system's library would end the process without a display.
+void RequireDisplay() {
+    if (!IsSet("DISPLAY") && !IsSet("WAYLAND_DISPLAY") && !IsSet("QT_QPA_PLATFORM"))
+        throw Failure(kBadUsage, Text(IDS_VQ_CL_NO_DISPLAY));
+}
+
+} // namespace
+
+int RunWindow(int argc, char** argv, const WindowStart& start) {
+    RequireDisplay();
+    AfxInitWindows(&argc, argv);
+    GetGlobals().Initialize();
+    CWinApp application("vnquery");
+    MainWindow window;
+    application.m_pMainWnd = &window;
+    if (!window.Open())
+        throw Failure(kFileFailed, Text(IDS_VQ_CL_NO_DISPLAY));
+    if (!start.connection.IsEmpty())
+        window.GetView().SetConnection(start.connection);
+    window.GetView().SetSql(start.sql);
+    if (!start.connection.IsEmpty() && !start.sql.empty())
+        window.GetView().Run();
+    return application.Run();
+}
+
+} // namespace vnquery

@@ -1,0 +1,29 @@
+// Texts on their way between the program and its windows.
+#pragma once
+
+#include "../Messages.h"
+
+#include <vnbytstr/Window.h>
+
+#include <string>
+
+namespace vnquery {
+
+inline std::string ToString(const CString& text) { return static_cast<const char*>(text); }
+inline CString ToCString(const std::string& text) { return text.c_str(); }
+
+/// The text of a window or control.
+std::string GetText(const CWnd& window);
+/// The text of a dialog's control.
+std::string GetItemText(const CWnd& dialog, int id);
+
+/// A message box with that text (its first letter made a capital one); returns the button.
+int ShowMessage(const std::string& text, UINT type = MB_OK | MB_ICONEXCLAMATION);
+
+/// WS_EX_LAYOUTRTL when the texts of the interface run from right to left, else 0.
+DWORD LayoutStyle();
+
+/// The text without the ampersands that mark letters, and without the key behind a tab.
+std::string WithoutMarks(const std::string& text);
+
+} // namespace vnquery

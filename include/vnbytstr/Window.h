@@ -1,0 +1,28 @@
+// The window layer, for users of vnbytstr::controls: windows, dialogs, menus, the system's
+// controls, and the program's message loop.
+#pragma once
+
+#include "platform/framework/Module.h"
+#include "platform/system/Interaction.h"
+#include "platform/window/AccessibleTable.h"
+#include "platform/window/Application.h"
+#include "platform/window/Button.h"
+#include "platform/window/CmdTarget.h"
+#include "platform/window/ComboBox.h"
+#include "platform/window/DC.h"
+#include "platform/window/Dialog.h"
+#include "platform/window/DropTarget.h"
+#include "platform/window/Edit.h"
+#include "platform/window/FileDialog.h"
+#include "platform/window/FrameWnd.h"
+#include "platform/window/Gdi.h"
+#include "platform/window/ListBox.h"
+#include "platform/window/Menu.h"
+#include "platform/window/Messages.h"
+#include "platform/window/ProgressBar.h"
+#include "platform/window/SpinButton.h"
+#include "platform/window/Static.h"
+#include "platform/window/ToolTip.h"
+#include "platform/window/WindowFunctions.h"
+#include "platform/window/WindowTypes.h"
+#include "platform/window/Wnd.h"

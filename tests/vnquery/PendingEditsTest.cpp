@@ -1,0 +1,151 @@
+// Edited cells on their way to the table and back.
+#include "examples/vnquery/PendingEdits.h"
+#include "examples/vnquery/CellEdit.h"
+#include "examples/vnquery/Connection.h"
+#include "examples/vnquery/Failure.h"
+#include "examples/vnquery/Progress.h"
+#include "examples/vnquery/RowText.h"
+
+#include "tests/vnquery/MakeValue.h"
+#include "tests/vnquery/ProgramRun.h"
+
+namespace vnquery {
+namespace {
+
+using test::MakeValue;
+
+class Silent : public Progress {
+    void AddRow() override {}
+    void AddBytes(std::uint64_t) override {}
+};
+
+class PendingEditsTest : public test::ProgramTest {
+protected:
+    void Query(const std::string& sql) {
+        m_edits.Clear();
+        const auto source = OpenSource({Database(), ""}, sql, SourceUse::Editing);
+        m_result = ResultSet(source->GetColumns());
+        m_plan = source->GetEditPlan();
+        m_result.Fetch(*source, m_progress);
+    }
+    void Set(std::size_t row, std::size_t column, std::string_view text,
+             Value::Type type = Value::Type::Text) {
+        m_edits.Set({row, column}, {false, MakeValue(type, text)}, m_result);
+    }
+    WriteReport Write(bool commit = true) {
+        const auto writer = OpenWriter({Database(), ""}, m_plan);
+        WriteReport report = WriteEdits(*writer, m_plan, m_result, m_edits, m_progress);
+        if (commit)
+            writer->Commit();
+        return report;
+    }
+    /// The value of a query with one.
+    std::string Ask(const std::string& sql) {
+        const auto source = OpenSource({Database(), ""}, sql, SourceUse::ReadOnly);
+        ResultSet result(source->GetColumns());
+        result.Fetch(*source, m_progress);
+        return result.GetRowCount() == 1 ? FormatCell(result.At(0, 0), {}) : "no row";
+    }
+    Silent m_progress;
+    EditPlan m_plan;
+    ResultSet m_result;
+    PendingEdits m_edits;
+};
+
+constexpr char kFilms[] =
+    "create table film(id integer primary key, title text not null, length int default 90, "
+    "poster blob, double as (length * 2));"
+    "insert into film values (1, 'Brazil', 143, x'00'), (2, 'Das Boot', 149, null),"
+    "(3, 'Alien', 117, null)";
+
+TEST_F(PendingEditsTest, WhatIsEditable) {
+    MakeDatabase(std::string(kFilms) +
+                 ";create view v as select * from film;"
+                 "create table k(a text, b text, v text, primary key (a, b)) without rowid;"
+                 "insert into k values ('a', 'b', 'v');");
+    Query("select id, title, length + 0, double, poster, rowid from film");
+    EXPECT_EQ(m_plan.bar, EditBar::None);
+    const EditBar expected[] = {EditBar::Key,      EditBar::None, EditBar::Computed,
+                                EditBar::Computed, EditBar::None, EditBar::Key};
+    for (std::size_t i = 0; i < std::size(expected); ++i)
+        EXPECT_EQ(m_plan.GetBar(i), expected[i]) << i;
+    EXPECT_FALSE(m_plan.columns[1].isNullable);
+
+    for (const char* sql :
+         {"select * from v", "select title from film union select 'x'",
+          "select a.title from film a, film b", "select count(*) from film", "select 1"}) {
+        Query(sql);
+        EXPECT_NE(m_plan.GetBar(0), EditBar::None) << sql;
+    }
+    Query("select a, v from k");
+    EXPECT_EQ(m_plan.GetBar(1), EditBar::NoKey);
+    Query("select b, v, a from k");
+    EXPECT_EQ(m_plan.GetBar(1), EditBar::None);
+    Set(0, 1, "w");
+    Write();
+    EXPECT_EQ(Ask("select v from k"), "w");
+}
+
+TEST_F(PendingEditsTest, ValuesAreWrittenAndReadBackAsTheTableHasThem) {
+    MakeDatabase(kFilms);
+    Query("select title, length, poster from film order by title desc");
+    Set(1, 0, "Tr\xC3\xA4ume");
+    Set(0, 1, "100"); // a text for an integer column
+    const std::string bytes = test::SomeBytes(3000000, 5);
+    Set(2, 2, bytes, Value::Type::Binary);
+    m_edits.Set({2, 1}, {true, {}}, m_result);
+    Set(0, 0, "Das Boot"); // what it is already
+    EXPECT_EQ(m_edits.GetCount(), 4u);
+    EXPECT_EQ(m_edits.GetRowCount(), 3u);
+    EXPECT_EQ(DisplayRow(m_result, m_edits, 2, {1, 0}, {.defaultText = "+"}),
+              std::string("+") + kCellSeparator + "Alien");
+
+    Write(false);
+    EXPECT_EQ(Ask("select group_concat(title) from film"), "Brazil,Das Boot,Alien");
+    AcceptReport(Write(), m_result, m_edits);
+    EXPECT_TRUE(m_edits.IsEmpty());
+    EXPECT_EQ(Ask("select typeof(length) || length from film where id = 2"), "integer100");
+    EXPECT_EQ(m_result.At(0, 1).GetType(), Value::Type::Number);
+    EXPECT_EQ(m_result.At(2, 1).GetBytes(), "90");
+    EXPECT_EQ(Ask("select title from film where id = 1"), "Tr\xC3\xA4ume");
+    Query("select poster from film where id = 3");
+    EXPECT_EQ(m_result.At(0, 0).GetBytes(), bytes);
+}
+
+TEST_F(PendingEditsTest, WhatSomebodyElseChangedIsNotOverwrittenUnseen) {
+    MakeDatabase(kFilms);
+    Query("select title, poster from film order by id");
+    Set(0, 0, "mine 1");
+    Set(1, 0, "mine 2");
+    Set(2, 0, "mine 3");
+    MakeDatabase("update film set title = 'theirs' where id = 2; delete from film where id = 3");
+    WriteReport report = Write();
+    ASSERT_EQ(report.written.size(), 1u);
+    ASSERT_EQ(report.conflicts.size(), 1u);
+    EXPECT_EQ(report.conflicts[0].now.GetBytes(), "theirs");
+    EXPECT_EQ(report.lostRows, (std::vector<CellPlace>{{2, 0}}));
+    AcceptReport(std::move(report), m_result, m_edits);
+    EXPECT_EQ(Ask("select title from film where id = 2"), "theirs");
+    EXPECT_EQ(m_edits.GetCount(), 1u);
+    report = Write(); // seen, and wanted all the same
+    EXPECT_EQ(report.written.size(), 1u);
+    EXPECT_EQ(Ask("select title from film where id = 2"), "mine 2");
+}
+
+TEST_F(PendingEditsTest, ARefusalUndoesAll) {
+    MakeDatabase(std::string(kFilms) + "; create unique index i on film(title)");
+    Query("select title from film order by id");
+    Set(0, 0, "new");
+    Set(1, 0, "Alien");
+    try {
+        Write();
+        FAIL() << "two films with one title";
+    } catch (const Failure& failure) {
+        EXPECT_NE(std::string(failure.what()).find("UNIQUE"), std::string::npos);
+    }
+    EXPECT_EQ(Ask("select title from film where id = 1"), "Brazil");
+    EXPECT_EQ(m_edits.GetCount(), 2u);
+}
+
+} // namespace
+} // namespace vnquery
