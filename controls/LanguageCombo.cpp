@@ -1,9 +1,6 @@
 #include "vnbytstr/LanguageCombo.h"
 
-#include "locale/ResourceFiles.h"
 #include "vnbytstr/Language.h"
-
-using vnbytstr::detail::InstalledLanguage;
 
 namespace {
 
@@ -22,10 +19,10 @@ void FillUILanguageCombo(CComboBox& combo, const char* prefix) {
     const CString current = GetUILanguage();
     const std::uintptr_t wanted = Packed(current);
     int chosen = -1;
-    for (const InstalledLanguage& language : vnbytstr::detail::ListInstalledLanguages(prefix)) {
-        const int item = combo.AddString(language.name);
+    for (const SInstalledLanguage& language : GetInstalledLanguages(prefix)) {
+        const int item = combo.AddString(language.m_strName);
         if (item >= 0)
-            combo.SetItemData(item, Packed(language.code));
+            combo.SetItemData(item, Packed(language.m_strCode));
     }
     // The combo box may sort: places are final only now.
     for (int item = 0; item < combo.GetCount(); ++item) {

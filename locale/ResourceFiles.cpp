@@ -77,14 +77,18 @@ CString GetResourceDLLName(const char* language, const char* prefix) {
     return ToCString(name);
 }
 
-std::vector<InstalledLanguage> ListInstalledLanguages(const char* prefix) {
+} // namespace vnbytstr::detail
+
+std::vector<SInstalledLanguage> GetInstalledLanguages(const char* prefix) {
+    using namespace vnbytstr;
+    using namespace vnbytstr::detail;
     const std::string folder = ProgramFolder();
     const std::string_view beginning = prefix != nullptr ? prefix : "";
     std::vector<std::string> names;
     if (System::Current().ListFolder(folder.empty() ? "." : folder.c_str(), names) != 0)
         return {};
     std::sort(names.begin(), names.end());
-    std::vector<InstalledLanguage> languages;
+    std::vector<SInstalledLanguage> languages;
     for (const std::string& name : names) {
         if (name.size() != beginning.size() + 3 + kEnding.size() || !name.starts_with(beginning) ||
             !name.ends_with(kEnding))
@@ -94,5 +98,3 @@ std::vector<InstalledLanguage> ListInstalledLanguages(const char* prefix) {
     }
     return languages;
 }
-
-} // namespace vnbytstr::detail

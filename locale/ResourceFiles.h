@@ -1,7 +1,6 @@
 // Where the resource libraries are.
 #pragma once
 
-#include "platform/framework/Export.h"
 #include "platform/framework/String.h"
 #include "platform/framework/Types.h"
 
@@ -22,15 +21,5 @@ CString MapLanguage(std::string_view name, bool isOld);
 
 /// Full name of the resource library of that language; empty when there is none.
 CString GetResourceDLLName(const char* language, const char* prefix);
-
-/// A resource library that is installed.
-struct InstalledLanguage {
-    CString code; ///< what stands between the prefix and ".dll"
-    CString name; ///< as GetLanguageNameFromCode gives it
-    CString file; ///< full name
-};
-/// The libraries with that prefix and a three-letter code in the program's folder, by code. For
-/// lists a person chooses from.
-VNBYTSTR_API std::vector<InstalledLanguage> ListInstalledLanguages(const char* prefix);
 
 } // namespace vnbytstr::detail

@@ -16,6 +16,8 @@
 #include "platform/framework/String.h"
 #include "platform/framework/Types.h"
 
+#include <vector>
+
 /// The language code to use: "UILanguage" under "Options" of the profile (root 3) as it stands
 /// there, without a check; when there is none, the code of the system's locale (LC_ALL,
 /// LC_MESSAGES, LANG), or of the language next to it, or "ENU".
@@ -35,6 +37,16 @@ VNBYTSTR_API int LoadStringA(CString& text, UINT id, HINSTANCE module);
 /// English where the ANSI code page cannot hold that, and the code itself when it is not known. A
 /// null code is empty.
 VNBYTSTR_API CString GetLanguageNameFromCode(const char* code);
+
+/// A resource library that is installed.
+struct SInstalledLanguage {
+    CString m_strCode; ///< what stands between the prefix and ".dll"
+    CString m_strName; ///< as GetLanguageNameFromCode gives it
+    CString m_strFile; ///< full name
+};
+/// The resource libraries with that prefix (null is empty) and a three-letter code in the program's
+/// folder, by code, for lists that a person chooses from; empty when the folder cannot be read.
+VNBYTSTR_API std::vector<SInstalledLanguage> GetInstalledLanguages(const char* prefix);
 
 /// Whether the current resource library is English; also when none was loaded, since texts then
 /// come from the English one.

@@ -253,12 +253,12 @@ TEST_F(LanguageTest, ListsWhatIsInstalled) {
     for (const char* name : {"appENU.dll", "appDEU.dll", "appQQQ.dll", "app.dll", "appEN.dll",
                              "other.dll", "appFRAX.dll", "appFRA.so"})
         folder.Write(name, "");
-    const auto languages = detail::ListInstalledLanguages("app");
+    const auto languages = GetInstalledLanguages("app");
     ASSERT_EQ(languages.size(), 3u);
-    EXPECT_STREQ(languages[0].name, "Deutsch (Deutschland)");
-    EXPECT_STREQ(languages[1].code, "ENU");
-    EXPECT_EQ(std::string(languages[1].file), folder.File("appENU.dll"));
-    EXPECT_STREQ(languages[2].name, "QQQ");
+    EXPECT_STREQ(languages[0].m_strName, "Deutsch (Deutschland)");
+    EXPECT_STREQ(languages[1].m_strCode, "ENU");
+    EXPECT_EQ(std::string(languages[1].m_strFile), folder.File("appENU.dll"));
+    EXPECT_STREQ(languages[2].m_strName, "QQQ");
     EXPECT_STREQ(GetLanguageNameFromCode("ENU"), "English (United States)");
     EXPECT_STREQ(GetLanguageNameFromCode(nullptr), "");
 }
