@@ -8,10 +8,12 @@
 
 #include <QApplication>
 #include <QTest>
+#include <QTimer>
 #include <QWindow>
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -87,6 +89,17 @@ inline void Click(const CWnd& window, CPoint point) {
     QWidget* const top = widget->window();
     QTest::mouseClick(top->windowHandle(), Qt::LeftButton, Qt::NoModifier,
                       widget->mapTo(top, QPoint(point.x, point.y)));
+}
+
+/// Does something once the events that wait have been handled: inside a dialog's or menu's loop.
+inline void DoLater(std::function<void()> what) {
+    auto* const timer = new QTimer(qApp);
+    timer->setSingleShot(true);
+    QObject::connect(timer, &QTimer::timeout, timer, [timer, what = std::move(what)] {
+        timer->deleteLater();
+        what();
+    });
+    timer->start(0);
 }
 
 inline std::string TextOf(const CWnd& window) {

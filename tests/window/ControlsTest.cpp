@@ -12,7 +12,6 @@
 
 #include <QFileDialog>
 #include <QLineEdit>
-#include <QTimer>
 #include <QToolButton>
 
 #include <gmock/gmock.h>
@@ -218,7 +217,7 @@ TEST(FileDialog, AnswersWhatWasChosen) {
     folder.Write("data.one.txt", "x");
     CFileDialog open(TRUE, nullptr, nullptr, OFN_FILEMUSTEXIST, "Text|*.txt||");
     open.SetInitialFolder(folder.Path().c_str());
-    QTimer::singleShot(0, [] {
+    DoLater([] {
         auto* const dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
         ASSERT_NE(dialog, nullptr);
         dialog->findChild<QLineEdit*>("fileNameEdit")->setText("data.one.txt");
@@ -231,7 +230,7 @@ TEST(FileDialog, AnswersWhatWasChosen) {
     EXPECT_STREQ(open.GetFileExt(), "txt");
     CFileDialog save(FALSE, "csv");
     save.SetInitialFolder(folder.Path().c_str());
-    QTimer::singleShot(0, [] { QApplication::activeModalWidget()->close(); });
+    DoLater([] { QApplication::activeModalWidget()->close(); });
     EXPECT_EQ(save.DoModal(), IDCANCEL);
     EXPECT_STREQ(save.GetPathName(), "");
 }

@@ -5,8 +5,6 @@
 #include "platform/window/Dialog.h"
 #include "platform/window/Edit.h"
 
-#include <QTimer>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -39,7 +37,7 @@ public:
     BOOL OnInitDialog() override {
         m_inits++;
         CheckRadioButton(kRed, kBlue, kGreen);
-        QTimer::singleShot(0, GetWidget(), [this] {
+        DoLater([this] {
             Activate(*this);
             m_script(*this);
         });

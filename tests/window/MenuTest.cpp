@@ -6,7 +6,6 @@
 
 #include <QMenu>
 #include <QMenuBar>
-#include <QTimer>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -147,7 +146,7 @@ TEST(Menu, APopupAnswersWhatWasChosen) {
     menu.AppendMenu(MF_STRING, kOpen, "&Open");
     menu.AppendMenu(MF_STRING | MF_GRAYED, kAbout, "&About");
     const auto press = [](int key) {
-        QTimer::singleShot(0, [key] {
+        DoLater([key] {
             QTest::keyClick(QApplication::activePopupWidget(), static_cast<Qt::Key>(key));
             if (QWidget* const open = QApplication::activePopupWidget())
                 open->close();
