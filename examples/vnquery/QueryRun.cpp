@@ -63,6 +63,8 @@ std::optional<ResultShape> QueryRun::TakeShape() {
 std::size_t QueryRun::TakeRows(ResultSet& result, std::size_t maxRows) {
     std::size_t count = 0;
     const std::lock_guard lock(m_mutex);
+    if (m_shape) // came just now: its taker would not know what to do with the rows
+        return 0;
     while (!m_portions.empty() && count + m_portions.front().GetRowCount() <= maxRows) {
         count += m_portions.front().GetRowCount();
         result.Append(std::move(m_portions.front()));

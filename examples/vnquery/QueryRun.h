@@ -35,8 +35,8 @@ public:
     /// The result's columns, once and as soon as they are known.
     std::optional<ResultShape> TakeShape();
     /// Moves rows that have come behind those in `result`, whole portions up to `maxRows` (at
-    /// least kPortion); returns how many. None after the run has ended means that all have been
-    /// taken.
+    /// least kPortion); returns how many. None before the shape has been taken. None after the run
+    /// has ended means that all have been taken.
     std::size_t TakeRows(ResultSet& result, std::size_t maxRows);
 
     static constexpr std::size_t kPortion = 1024; ///< most rows of a portion
