@@ -52,7 +52,7 @@ CFrameWnd::~CFrameWnd() {
 
 BOOL CFrameWnd::Create(LPCTSTR title, DWORD style, LPCRECT rect, CWnd* parent, DWORD exStyle) {
     constexpr int kAny = CW_USEDEFAULT;
-    const RECT place = rect != nullptr ? *rect : RECT{kAny, kAny, 0, 0};
+    const RECT place = rect != nullptr ? *rect : RECT{kAny, kAny, kAny, kAny};
     return CreateEx(exStyle, nullptr, title, style, place, parent, 0);
 }
 

@@ -128,8 +128,7 @@ TEST(Dialog, WithoutWaiting) {
     EXPECT_TRUE(dialog.IsWindowVisible());
     EXPECT_EQ(LOWORD(dialog.GetDefID()), IDOK);
     dialog.SetDefID(IDCANCEL);
-    EXPECT_EQ(static_cast<CButton*>(dialog.GetDlgItem(IDOK))->GetStyle() & BS_TYPEMASK,
-              BS_PUSHBUTTON);
+    EXPECT_EQ(dialog.GetDlgItem(IDOK)->GetStyle() & BS_TYPEMASK, BS_PUSHBUTTON);
     // Sizes follow the font: four units are an average character wide, eight a line high.
     CRect units(0, 0, 4, 8);
     dialog.MapDialogRect(units);
