@@ -6,11 +6,6 @@
 
 #include <memory>
 
-/// fontconfig keeps a little of its own for the life of the process.
-extern "C" [[gnu::visibility("default")]] const char* __lsan_default_suppressions() {
-    return "leak:libfontconfig";
-}
-
 namespace {
 
 constexpr UINT kChildId = 7;

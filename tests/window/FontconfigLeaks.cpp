@@ -1,0 +1,3 @@
+/// fontconfig keeps a little of its own for the life of the process, where nobody sees it.
+extern "C" [[gnu::visibility("default")]] const char* __lsan_default_suppressions();
+const char* __lsan_default_suppressions() { return "leak:libfontconfig"; }
