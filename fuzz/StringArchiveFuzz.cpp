@@ -2,7 +2,6 @@
 // first byte of the input chooses the code page.
 #include "fuzz/FuzzInput.h"
 #include "platform/framework/Exception.h"
-#include "platform/framework/MemFile.h"
 #include "vnbytstr/StringPersistence.h"
 
 using namespace vnbytstr;
@@ -16,9 +15,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const ScopedCodePage page(fuzz::PageOf(*data++));
     --size;
     CMemFile file;
-    if (size > 0)
-        file.Write(data, static_cast<UINT>(size));
-    file.SeekToBegin();
+    fuzz::Fill(file, data, size);
     CArchive archive(&file, CArchive::load, 128);
     for (;;) {
         CString text("before");

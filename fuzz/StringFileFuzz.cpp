@@ -1,7 +1,6 @@
 // ReadStringFromFile on any file: the text is terminated, the length is the file's, and what is not
 // Unicode comes back as it is. The first byte of the input chooses the code page.
 #include "fuzz/FuzzInput.h"
-#include "platform/framework/MemFile.h"
 #include "vnbytstr/StringPersistence.h"
 
 #include <cstring>
@@ -17,9 +16,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const ScopedCodePage page(fuzz::PageOf(*data++));
     --size;
     CMemFile file;
-    if (size > 0)
-        file.Write(data, static_cast<UINT>(size));
-    file.SeekToBegin();
+    fuzz::Fill(file, data, size);
     char* text = nullptr;
     bool converted = false, hadMark = false;
     Require(ReadStringFromFile(file, text, converted, hadMark) == size);

@@ -1,6 +1,7 @@
 // Which cells of a result can be written back, and how a row is found again in its table.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -34,6 +35,24 @@ struct EditPlan {
     std::string rowIdName;               ///< name of the rows' number; "" when there is none
     std::vector<std::size_t> keyColumns; ///< without a number: columns of the result that are key
     std::vector<EditColumn> columns;     ///< as many as the result has, when bar is None
+
+    /// Takes the columns with these names in the table as what a row is found by, when the result
+    /// has all of them. `equal` compares two names.
+    template <typename Equal>
+    void SetKey(const std::vector<std::string>& names, Equal equal) {
+        for (const std::string& name : names) {
+            const auto column =
+                std::find_if(columns.begin(), columns.end(), [&](const EditColumn& candidate) {
+                    return equal(candidate.name, name);
+                });
+            if (column == columns.end())
+                return;
+            column->bar = EditBar::Key;
+            keyColumns.push_back(static_cast<std::size_t>(column - columns.begin()));
+        }
+        if (!keyColumns.empty())
+            bar = EditBar::None;
+    }
 
     EditBar GetBar(std::size_t column) const {
         return bar != EditBar::None ? bar : columns[column].bar;

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
+#include <functional>
 #include <mutex>
 
 namespace vnquery {
@@ -163,16 +164,7 @@ void OdbcSource::PlanEditing(const std::string& sql) {
     if (m_editPlan.table.empty())
         return;
     m_editPlan.bar = EditBar::NoKey;
-    for (const std::string& key : FindPrimaryKey(catalog)) {
-        const auto column = std::ranges::find(m_editPlan.columns, key, &EditColumn::name);
-        if (column == m_editPlan.columns.end())
-            return;
-        column->bar = EditBar::Key;
-        m_editPlan.keyColumns.push_back(
-            static_cast<std::size_t>(column - m_editPlan.columns.begin()));
-    }
-    if (!m_editPlan.keyColumns.empty())
-        m_editPlan.bar = EditBar::None;
+    m_editPlan.SetKey(FindPrimaryKey(catalog), std::equal_to<>());
 }
 
 // --- rows ----------------------------------------------------------------------------------------

@@ -225,20 +225,12 @@ void SqliteSource::PlanKeyColumns() {
         m_database.Prepare("SELECT name FROM pragma_table_xinfo(?2, ?1) WHERE pk > 0");
     sqlite3_bind_text(keys.get(), 1, m_schema.c_str(), -1, SQLITE_TRANSIENT);
     sqlite3_bind_text(keys.get(), 2, m_table.c_str(), -1, SQLITE_TRANSIENT);
-    while (sqlite3_step(keys.get()) == SQLITE_ROW) {
-        const std::string name(SqliteColumnText(keys.get(), 0));
-        const auto column =
-            std::ranges::find_if(m_editPlan.columns, [&](const EditColumn& candidate) {
-                return EqualsNoCase(candidate.name.c_str(), name.c_str());
-            });
-        if (column == m_editPlan.columns.end())
-            return;
-        column->bar = EditBar::Key;
-        m_editPlan.keyColumns.push_back(
-            static_cast<std::size_t>(column - m_editPlan.columns.begin()));
-    }
-    if (!m_editPlan.keyColumns.empty())
-        m_editPlan.bar = EditBar::None;
+    std::vector<std::string> names;
+    while (sqlite3_step(keys.get()) == SQLITE_ROW)
+        names.emplace_back(SqliteColumnText(keys.get(), 0));
+    m_editPlan.SetKey(names, [](const std::string& a, const std::string& b) {
+        return EqualsNoCase(a.c_str(), b.c_str());
+    });
 }
 
 std::optional<long long> SqliteSource::GetRowId() const {
