@@ -91,13 +91,14 @@ TEST_F(PosixSystemTest, SignalsEndNoCall) {
     ::sigaction(SIGALRM, &count, &old);
     const itimerval often = {{0, 2000}, {0, 2000}}, never = {};
     ::setitimer(ITIMER_REAL, &often, nullptr);
-    char byte = 0;
+    std::string read(1, ' ');
     std::size_t done = 0;
-    EXPECT_EQ(m_system.ReadFile(ends[0], &byte, 1, done), 0);
+    EXPECT_EQ(m_system.ReadFile(ends[0], read.data(), 1, done), 0);
     ::setitimer(ITIMER_REAL, &never, nullptr);
     ::sigaction(SIGALRM, &old, nullptr);
     writer.join();
-    EXPECT_EQ(std::string(&byte, done), "x");
+    EXPECT_EQ(done, 1u);
+    EXPECT_EQ(read, "x");
     EXPECT_GT(signals, 0);
     m_system.CloseFile(ends[0]);
     m_system.CloseFile(ends[1]);
