@@ -10,7 +10,8 @@ function(vnbytstr_precompile target)
     endif()
 endfunction()
 
-# A test program is compiled more often than it is run: half-optimised, with its headers ready. All
+# A test program is compiled more often than it is run: hardly optimised, with its headers ready, and
+# under the sanitizers watched for its use of memory only (the code under test is watched in full). All
 # programs that ask for the same headers share those of the first; with others than the test
 # framework's own, those of one folder do.
 function(vnbytstr_compile_test_fast target)
@@ -28,5 +29,9 @@ function(vnbytstr_compile_test_fast target)
     endif()
     # gcc 12 sees strings overflow at -O1 that do not.
     target_compile_options(${target} PRIVATE
-        "$<$<CONFIG:RelWithDebInfo>:-O1;-Wno-array-bounds;-Wno-stringop-overflow>")
+        "$<$<CONFIG:RelWithDebInfo>:-O1;-Wno-array-bounds;-Wno-stringop-overflow>"
+        $<$<CONFIG:Debug>:-O0>)
+    if(VNBYTSTR_SANITIZE MATCHES undefined)
+        target_compile_options(${target} PRIVATE -fno-sanitize=undefined)
+    endif()
 endfunction()
