@@ -4,7 +4,7 @@
 namespace vnquery {
 
 /// Opens a help page by its number in the index, in the interface's language; what goes wrong is
-/// told in a message box, or on a terminal.
-void OpenHelpPage(unsigned topic);
+/// told in a message box, or on a terminal. Whether a page was opened.
+bool OpenHelpPage(unsigned topic);
 
 } // namespace vnquery

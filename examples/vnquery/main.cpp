@@ -68,11 +68,9 @@ int OpenWindow(const Options&, int, char**) {
 }
 #endif
 
+ExitCode OpenHelp(unsigned topic) { return OpenHelpPage(topic) ? kOk : kFileFailed; }
+
 void Run(const Options& options) {
-    if (options.helpTopic) {
-        OpenHelpPage(*options.helpTopic);
-        return;
-    }
     if (options.translate) {
         const TranslateRequest& request = *options.translate;
         TranslateFile(request.from, request.to, request.input, request.output);
@@ -108,6 +106,8 @@ int main(int argc, char** argv) {
         const std::optional<Options> options = ParseOptions(argc, argv);
         if (options && options->window)
             return OpenWindow(*options, argc, argv);
+        if (options && options->helpTopic)
+            return OpenHelp(*options->helpTopic);
         if (options)
             Run(*options);
         return kOk;

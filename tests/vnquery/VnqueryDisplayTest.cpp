@@ -147,6 +147,10 @@ TEST_F(Display, OpensHelpPages) {
         std::filesystem::remove(File("opened"));
     }
     unsetenv("LC_ALL");
+    setenv("PATH", "/nowhere", 1); // no program that shows pages
+    const RunResult run = Run({"--help-topic", "3"});
+    EXPECT_EQ(run.code, 3);
+    EXPECT_NE(run.error.find("xdg-open"), std::string::npos) << run.error;
     setenv("PATH", path.c_str(), 1);
 }
 
