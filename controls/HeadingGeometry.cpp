@@ -10,7 +10,7 @@ bool HeadingGeometry::GetRect(int column, HeadingRect& rect) const {
     rect = {};
     if (column < 0 || static_cast<std::size_t>(column) >= m_columns.size())
         return false;
-    const std::int64_t left = std::int64_t{kFirstLeft} + WidthBefore(m_columns, column);
+    const std::int64_t left = std::int64_t{kFirstLeft} + WidthBefore(m_columns, column) - m_shift;
     const std::int64_t right = left + m_columns[static_cast<std::size_t>(column)].m_nWidth;
     rect = {static_cast<int>(std::min<std::int64_t>(left, INT_MAX)), kTop,
             static_cast<int>(std::min<std::int64_t>(right, m_width - 1)), m_height};
@@ -20,12 +20,12 @@ bool HeadingGeometry::GetRect(int column, HeadingRect& rect) const {
 int HeadingGeometry::HitTest(int x, int y) const {
     if (y < kTop || y >= m_height || x >= m_width - 1)
         return -1;
-    return x < kFirstLeft ? -1 : ColumnAt(m_columns, x - kFirstLeft);
+    return x < kFirstLeft ? -1 : ColumnAt(m_columns, x - kFirstLeft + m_shift);
 }
 
 int HeadingGeometry::SizerHitTest(int x) const {
     const int last = static_cast<int>(m_columns.size()) - 2;
-    const int limit = m_width - 4;
+    const std::int64_t limit = std::int64_t{m_width} - 4 + m_shift;
     int candidate = 0;
     std::int64_t sum = 0;
     while (candidate < last) {
@@ -36,7 +36,7 @@ int HeadingGeometry::SizerHitTest(int x) const {
     }
     if (candidate > last)
         return -1;
-    std::int64_t right = std::int64_t{kFirstLeft} + WidthBefore(m_columns, candidate + 1);
+    std::int64_t right = std::int64_t{kFirstLeft} + WidthBefore(m_columns, candidate + 1) - m_shift;
     for (int column = candidate; column >= 0; --column) {
         const std::int64_t distance = x - std::min<std::int64_t>(right, m_width - 1);
         if (distance >= -kGrabLeft && distance <= kGrabRight)
@@ -49,7 +49,8 @@ int HeadingGeometry::SizerHitTest(int x) const {
 int HeadingGeometry::FixedLastWidth() const {
     HeadingRect rect;
     const int last = static_cast<int>(m_columns.size()) - 1;
-    return GetRect(last, rect) ? m_width - rect.left : -1;
+    return HeadingGeometry(m_columns, m_width, m_height).GetRect(last, rect) ? m_width - rect.left
+                                                                             : -1;
 }
 
 HeadingLines LayOutHeading(const HeadingRect& rect, bool pressed) {

@@ -22,8 +22,9 @@ public:
     static constexpr int kGrabLeft = 5;  ///< a boundary is grabbed from this far left of it
     static constexpr int kGrabRight = 3; ///< to this far right of it, both included
 
-    HeadingGeometry(Columns columns, int clientWidth, int clientHeight)
-        : m_columns(columns), m_width(clientWidth), m_height(clientHeight) {}
+    /// `shift`: pixels that the list hides at its left.
+    HeadingGeometry(Columns columns, int clientWidth, int clientHeight, int shift = 0)
+        : m_columns(columns), m_width(clientWidth), m_height(clientHeight), m_shift(shift) {}
 
     /// The heading's rectangle; false when its left edge lies outside of the strip, or there is no
     /// such column.
@@ -34,14 +35,15 @@ public:
     /// the zones of two boundaries overlap the right one is taken, so that a column dragged to
     /// nothing can be dragged open again.
     int SizerHitTest(int x) const;
-    /// The width that makes the last column end at the strip's right edge; -1 when it begins at or
-    /// right of that edge, or there is no column.
+    /// The width that makes the last column end at the strip's right edge when nothing is hidden;
+    /// -1 when it begins at or right of that edge, or there is no column.
     int FixedLastWidth() const;
 
 private:
     Columns m_columns;
     int m_width;
     int m_height;
+    int m_shift;
 };
 
 /// Where the lines and the text of one heading lie. A line is drawn without its last point.

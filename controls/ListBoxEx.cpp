@@ -30,6 +30,7 @@ ON_WM_PAINT()
 ON_WM_SIZE()
 ON_WM_WINDOWPOSCHANGING()
 ON_WM_VSCROLL()
+ON_WM_HSCROLL()
 ON_WM_CHAR()
 ON_WM_GETDLGCODE()
 ON_WM_LBUTTONDOWN()
@@ -124,6 +125,8 @@ void CListBoxEx::SetNumColumns(int count) {
     m_nSortColumn = -1;
     m_nSortState = 0;
     m_nCurColumn = -1;
+    m_nLastOwnWidth = 0;
+    UpdateExtent();
     RedrawAll();
     if (GetSafeHwnd() != nullptr)
         NotifyAccessibility(m_hWnd, AccessibleChange::Columns);
@@ -144,6 +147,9 @@ void CListBoxEx::SetColumnWidth(int column, int width) {
     if (!IsColumn(column))
         return;
     m_pColumns[static_cast<std::size_t>(column)].m_nWidth = std::max(width, 0);
+    if (column == m_nColumns - 1)
+        m_nLastOwnWidth = std::max(width, 0);
+    UpdateExtent();
     RedrawAll();
 }
 
@@ -251,6 +257,9 @@ void CListBoxEx::SetWidths() {
                       ? std::span<const int>(m_pFractionalWidths.get(), count)
                       : std::span<const int>(),
                   usable);
+    if (m_nLastOwnWidth == 0)
+        m_nLastOwnWidth = GetColumnWidth(m_nColumns - 1);
+    UpdateExtent();
     if (m_pHeadings != nullptr)
         m_pHeadings->FixLastColWidth();
 }

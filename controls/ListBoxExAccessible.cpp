@@ -1,6 +1,8 @@
 // CListBoxEx: what screen readers see.
 #include "controls/ListBoxExInternal.h"
 #include "controls/ListColumns.h"
+#include "resources/ResourceIds.h"
+#include "vnbytstr/Language.h"
 
 #include <algorithm>
 
@@ -24,6 +26,14 @@ CAccessibleTable::Sort CListBoxEx::Accessible::GetAccessibleSort(int column) con
     if (column != m_list.m_nSortColumn || m_list.m_nSortState == 0)
         return Sort::None;
     return m_list.m_nSortState == 1 ? Sort::Ascending : Sort::Descending;
+}
+
+CString CListBoxEx::Accessible::GetAccessibleSortText(Sort sort) const {
+    CString text;
+    const UINT id = sort == Sort::Ascending ? IDS_SORTED_ASCENDING : IDS_SORTED_DESCENDING;
+    if (sort == Sort::None || LoadStringA(text, id, nullptr) > 0)
+        return text;
+    return CAccessibleTable::GetAccessibleSortText(sort);
 }
 
 bool CListBoxEx::Accessible::IsAccessibleRowSelected(int row) const {
@@ -68,8 +78,8 @@ CRect CListBoxEx::Accessible::GetAccessibleCellRect(int row, int column) const {
     if (m_list.m_nColumns > 0) {
         const PixelSpan span = CellSpan(
             {m_list.m_pColumns.get(), static_cast<std::size_t>(m_list.m_nColumns)}, column);
-        rect.left = span.left;
-        rect.right = span.right;
+        rect.left = span.left - m_list.GetSideShift();
+        rect.right = span.right - m_list.GetSideShift();
     }
     CRect seen;
     seen.IntersectRect(rect, client);

@@ -126,9 +126,13 @@ void CListBoxEx::DrawColumns(CDC* dc, CRect rect, LPCTSTR text) {
     }
     const UINT flags = DT_SINGLELINE | DT_NOPREFIX | DT_END_ELLIPSIS |
                        static_cast<UINT>(m_bRightAligned ? DT_RIGHT : DT_LEFT);
+    CRect seenArea(rect);
+    if (m_bSideScroll)
+        dc->GetClipBox(seenArea); // no time for what is scrolled out
     LayOutRow({m_pColumns.get(), static_cast<std::size_t>(m_nColumns)}, row, ViewOf(m_strSeparator),
               {rect.left, rect.right}, m_nOffset, [&](const DrawnCell& cell) {
-                  if (cell.span.IsEmpty() || cell.text.empty())
+                  if (cell.span.IsEmpty() || cell.text.empty() ||
+                      cell.span.right <= seenArea.left || cell.span.left >= seenArea.right)
                       return;
                   CRect place(cell.span.left, rect.top, cell.span.right, rect.bottom);
                   const std::string_view seen = Visible(cell.text, place.Width());

@@ -36,13 +36,14 @@ BOOL CListBoxEx::PlaceCell(int row, int column, CellPlace& place) {
     CRect client;
     GetClientRect(client);
     const bool scrolls = (GetStyle() & WS_VSCROLL) != 0;
+    const int shift = GetSideShift();
     const PixelSpan span = CellSpan({m_pColumns.get(), static_cast<std::size_t>(m_nColumns)},
-                                    column, scrolls ? std::max<int>(client.right, 0) : -1);
+                                    column, scrolls ? std::max<int>(client.right, 0) + shift : -1);
     if (scrolls && span.IsEmpty())
         return FALSE;
     const int height = static_cast<int>(SendMessage(LB_GETITEMHEIGHT));
     const int top = (row - static_cast<int>(SendMessage(LB_GETTOPINDEX))) * height;
-    place.m_rect = CRect(span.left, top, span.right, top + height);
+    place.m_rect = CRect(span.left - shift, top, span.right - shift, top + height);
     if (place.m_nType <= kEditorNumber)
         place.m_rect.bottom = top + ((HIWORD(static_cast<DWORD>(GetDialogBaseUnits())) * 10) >> 3);
     else // room for the list that drops down
@@ -62,6 +63,7 @@ void CListBoxEx::StartEditing(int row, int column) {
     CellCancel();
     SetWidths();
     SetOnlySel(row);
+    ShowColumn(column);
     CellPlace place;
     if (!PlaceCell(row, column, place))
         return;

@@ -83,7 +83,8 @@ HeadingGeometry CListBoxExHeadings::Geometry() const {
     Columns columns;
     if (m_pList != nullptr)
         columns = {m_pList->m_pColumns.get(), static_cast<std::size_t>(m_pList->m_nColumns)};
-    return {columns, client.Width(), client.Height()};
+    return {columns, client.Width(), client.Height(),
+            m_pList != nullptr ? m_pList->GetSideShift() : 0};
 }
 
 BOOL CListBoxExHeadings::GetRect(int column, CRect* rect) {
@@ -98,9 +99,8 @@ int CListBoxExHeadings::HitTest(CPoint point) { return Geometry().HitTest(point.
 int CListBoxExHeadings::SizerHitTest(CPoint point) { return Geometry().SizerHitTest(point.x); }
 
 void CListBoxExHeadings::FixLastColWidth() {
-    const int width = Geometry().FixedLastWidth();
-    if (width >= 0)
-        m_pList->m_pColumns[static_cast<std::size_t>(m_pList->m_nColumns - 1)].m_nWidth = width;
+    if (m_pList != nullptr)
+        m_pList->FillLastColumn(Geometry().FixedLastWidth());
 }
 
 CFont* CListBoxExHeadings::GetActiveFont() {
@@ -227,6 +227,8 @@ void CListBoxExHeadings::OnPaint() {
     dc.SetTextColor(GetSysColor(IsWindowEnabled() ? COLOR_BTNTEXT : COLOR_GRAYTEXT));
     CRect rect;
     for (int column = 0; column < m_pList->m_nColumns && GetRect(column, &rect); ++column) {
+        if (rect.right <= 0)
+            continue; // scrolled out
         DrawHeading(&dc, m_pList->m_pColumns[static_cast<std::size_t>(column)].m_strHeading, rect,
                     m_bPressedLook && column == m_nPressedHeading);
         if (m_bSortArrow && column == m_pList->m_nSortColumn)

@@ -65,6 +65,7 @@ public:
     CString GetAccessibleCellText(int row, int column) const override;
     CString GetAccessibleHeading(int column) const override;
     Sort GetAccessibleSort(int column) const override;
+    CString GetAccessibleSortText(Sort sort) const override;
     bool IsAccessibleRowSelected(int row) const override;
     bool SelectAccessibleRow(int row, bool on) override;
     int GetAccessibleFocusRow() const override;

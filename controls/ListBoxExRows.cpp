@@ -191,7 +191,8 @@ void CListBoxEx::HitTest(CPoint point, int& row, int& column) {
     SetWidths();
     row = RowAt(point.y, static_cast<int>(SendMessage(LB_GETTOPINDEX)),
                 static_cast<int>(SendMessage(LB_GETITEMHEIGHT)), GetCount());
-    column = ColumnAt({m_pColumns.get(), static_cast<std::size_t>(m_nColumns)}, point.x);
+    column = ColumnAt({m_pColumns.get(), static_cast<std::size_t>(m_nColumns)},
+                      point.x + GetSideShift());
 }
 
 // --- what belongs to a row -----------------------------------------------------------------------
@@ -326,9 +327,11 @@ LRESULT CListBoxEx::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     const LRESULT result = CWnd::WindowProc(message, wParam, lParam);
     if (!life.Holds())
         return result;
-    if (message == LB_RESETCONTENT)
+    if (message == LB_RESETCONTENT) {
         ForgetRows();
-    else if (message == LB_DELETESTRING && result != LB_ERR)
+        if (m_bSideScroll)
+            SideShiftChanged(); // it stands at the left again
+    } else if (message == LB_DELETESTRING && result != LB_ERR)
         RowDeleted(static_cast<int>(wParam));
     else if (message == LB_INSERTSTRING && result >= 0)
         RowsInserted(static_cast<int>(result));

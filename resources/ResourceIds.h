@@ -161,6 +161,8 @@
 #define IDS_NO_FILE_NAME 40043
 #define IDS_ZOOM_TITLE 40060
 #define IDS_ZOOM_TITLE_CUT 40061
+#define IDS_SORTED_ASCENDING 40062
+#define IDS_SORTED_DESCENDING 40063
 
 /* vnquery.rc: what goes wrong with a database or a query */
 #define IDS_VQ_NO_MEMORY 41000

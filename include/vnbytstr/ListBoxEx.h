@@ -218,6 +218,16 @@ public:
     void EnableSetNull(BOOL on = TRUE) { m_bSetNull = on; }
     /// Ctrl+C without an editor copies the selected rows, with headings, to the clipboard.
     void EnableCopy(BOOL on = TRUE) { m_bCopy = on; }
+    /// Where the columns do not fit, the list scrolls sideways, its headings with it; the last
+    /// column keeps its width and only grows to fill the strip. For a list made with WS_HSCROLL.
+    /// (Usually columns past the right edge cannot be seen.)
+    void EnableSideScroll(BOOL on = TRUE);
+    /// Pixels hidden at the left (in a mirrored list: right) of the list.
+    int GetSideShift() const;
+    /// Scrolls sideways until the column is in view; of one that is too wide the beginning is.
+    void ShowColumn(int column);
+    /// A column's width without what the last one has grown by; in pixels.
+    int GetOwnColumnWidth(int column) const;
     /// The selected rows as displayed: values apart by tabs, lines ended by CR LF; a value that
     /// holds one of these or a quote stands in double quotes, its quotes doubled.
     CString GetSelectionText(BOOL withHeadings) const;
@@ -230,6 +240,7 @@ protected:
     void OnSize(UINT type, int cx, int cy);
     void OnWindowPosChanging(WINDOWPOS* place);
     void OnVScroll(UINT code, UINT position, CWnd* bar);
+    void OnHScroll(UINT code, UINT position, CWnd* bar);
     void OnChar(UINT ch, UINT repeat, UINT flags);
     UINT OnGetDlgCode();
     void OnLButtonDown(UINT flags, CPoint point);
@@ -319,6 +330,9 @@ private:
     void RowsInserted(int row);
     void RowDeleted(int row);
     void FollowEditedRow();
+    void UpdateExtent();
+    void SideShiftChanged();
+    void FillLastColumn(int width);
     void RefocusEditor();
     void ForgetRows();
     void ApplyOrder(const std::vector<DWORD>& order, const SSortItem* items);
@@ -330,7 +344,9 @@ private:
     BOOL m_bSortValuesAlways = FALSE;
     BOOL m_bSetNull = FALSE;
     BOOL m_bCopy = FALSE;
-    int m_nItemHeight = 0; ///< the answer of MeasureItem; 0: not measured yet
+    BOOL m_bSideScroll = FALSE;
+    int m_nLastOwnWidth = 0; ///< of the last column, before it was made to fill the strip
+    int m_nItemHeight = 0;   ///< the answer of MeasureItem; 0: not measured yet
     Lifeline* m_pLifeline = nullptr;
     std::unique_ptr<Accessible> m_pAccessible;
 };

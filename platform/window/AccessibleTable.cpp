@@ -105,14 +105,7 @@ public:
                 return ToQText(m_row < 0 ? table.GetAccessibleHeading(m_column)
                                          : table.GetAccessibleCellText(m_row, m_column));
             if (what == QAccessible::Description && m_row < 0)
-                switch (table.GetAccessibleSort(m_column)) {
-                case CAccessibleTable::Sort::Ascending:
-                    return QStringLiteral("sorted ascending");
-                case CAccessibleTable::Sort::Descending:
-                    return QStringLiteral("sorted descending");
-                case CAccessibleTable::Sort::None:
-                    break;
-                }
+                return ToQText(table.GetAccessibleSortText(table.GetAccessibleSort(m_column)));
             return QString();
         });
     }
@@ -406,6 +399,18 @@ void NotifyTable(HWND handle, AccessibleChange change, int row, int column) {
 }
 
 } // namespace vnbytstr::detail
+
+CString CAccessibleTable::GetAccessibleSortText(Sort sort) const {
+    switch (sort) {
+    case Sort::Ascending:
+        return "sorted ascending";
+    case Sort::Descending:
+        return "sorted descending";
+    case Sort::None:
+        break;
+    }
+    return {};
+}
 
 void NotifyAccessibility(HWND window, AccessibleChange change, int row, int column) {
     vnbytstr::detail::NotifyTable(window, change, row, column);

@@ -20,6 +20,8 @@ public:
     virtual CString GetAccessibleCellText(int row, int column) const = 0;
     virtual CString GetAccessibleHeading(int column) const = 0;
     virtual Sort GetAccessibleSort(int column) const = 0;
+    /// What to say of a column sorted like that, in the user's language; English unless overridden.
+    virtual CString GetAccessibleSortText(Sort sort) const;
     virtual bool IsAccessibleRowSelected(int row) const = 0;
     /// Selects (or deselects) a row as the user would. Returns whether that was possible.
     virtual bool SelectAccessibleRow(int row, bool on) = 0;

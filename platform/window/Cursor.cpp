@@ -112,9 +112,7 @@ HCURSOR SetCursor(HCURSOR cursor) {
     return reinterpret_cast<HCURSOR>(static_cast<std::uintptr_t>(before));
 }
 
-HCURSOR GetCursor() {
-    return reinterpret_cast<HCURSOR>(static_cast<std::uintptr_t>(State().id));
-}
+HCURSOR GetCursor() { return reinterpret_cast<HCURSOR>(static_cast<std::uintptr_t>(State().id)); }
 
 HCURSOR LoadCursor(HINSTANCE /*instance*/, int id) {
     const bool known = (id >= IDC_ARROW && id <= IDC_UPARROW) ||

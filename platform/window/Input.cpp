@@ -5,17 +5,13 @@
 #include "Wnd.h"
 
 #include <QApplication>
-#include <QClipboard>
-#include <QCursor>
 #include <QKeyEvent>
 #include <QMouseEvent>
-#include <QScreen>
 #include <QStyleHints>
 #include <QWheelEvent>
 
 #include <algorithm>
 #include <bitset>
-#include <optional>
 
 namespace vnbytstr::detail {
 namespace {
@@ -27,9 +23,6 @@ struct InputState {
     HWND capture = nullptr;
     HWND focus = nullptr;
     HWND lastFocus = nullptr;
-    HWND cursorWindow = nullptr;
-    int cursor = IDC_ARROW;
-    std::optional<QRect> clip;
     Qt::KeyboardModifiers modifiers;
     Qt::MouseButtons buttons;
     std::bitset<kKeys> down;
@@ -318,18 +311,13 @@ bool SendMouseEvent(Window& window, QWidget* receiver, QMouseEvent* event) {
     InputState& state = State();
     state.modifiers = event->modifiers();
     state.buttons = event->buttons();
-    QPoint global = receiver->mapToGlobal(event->position().toPoint());
-    if (state.clip) {
-        const QRect& clip = *state.clip;
-        global.setX(std::clamp(global.x(), clip.left(), std::max(clip.left(), clip.right())));
-        global.setY(std::clamp(global.y(), clip.top(), std::max(clip.top(), clip.bottom())));
-    }
+    const QPoint global = ConfineToClip(receiver->mapToGlobal(event->position().toPoint()));
     Window* target = Window::Of(state.capture);
     const bool captured = target != nullptr;
     if (!captured)
         target = &window;
     HWND handle = target->Handle();
-    state.cursorWindow = handle;
+    SetCursorWindow(handle);
     UINT message = WM_MOUSEMOVE;
     if (event->type() != QEvent::MouseMove)
         message = ButtonMessage(*event, (target->Class().info.style & CS_DBLCLKS) != 0);
@@ -423,12 +411,10 @@ void ForgetWindow(Window& window) {
     HWND handle = window.Handle();
     if (state.capture == handle)
         ReleaseCapture();
-    for (HWND* place : {&state.focus, &state.lastFocus, &state.cursorWindow})
+    for (HWND* place : {&state.focus, &state.lastFocus})
         if (*place == handle)
             *place = nullptr;
 }
-
-Window* CursorWindow() { return Window::Of(State().cursorWindow); }
 
 void CancelCapture() {
     HWND capture = State().capture;
@@ -532,120 +518,4 @@ short GetKeyState(int key) {
 DWORD GetDoubleClickTime() {
     AfxInitWindows();
     return static_cast<DWORD>(QGuiApplication::styleHints()->mouseDoubleClickInterval());
-}
-
-BOOL GetCursorPos(LPPOINT point) {
-    if (point == nullptr)
-        return FALSE;
-    AfxInitWindows();
-    const QPoint at = QCursor::pos();
-    *point = CPoint(at.x(), at.y());
-    return TRUE;
-}
-
-BOOL SetCursorPos(int x, int y) {
-    AfxInitWindows();
-    QCursor::setPos(x, y);
-    return TRUE;
-}
-
-HCURSOR SetCursor(HCURSOR cursor) {
-    AfxInitWindows();
-    const int before =
-        std::exchange(State().cursor, static_cast<int>(reinterpret_cast<std::uintptr_t>(cursor)));
-    Qt::CursorShape shape = Qt::ArrowCursor;
-    switch (State().cursor) {
-    case 0:
-        shape = Qt::BlankCursor;
-        break;
-    case IDC_IBEAM:
-        shape = Qt::IBeamCursor;
-        break;
-    case IDC_WAIT:
-        shape = Qt::WaitCursor;
-        break;
-    case IDC_CROSS:
-        shape = Qt::CrossCursor;
-        break;
-    case IDC_UPARROW:
-        shape = Qt::UpArrowCursor;
-        break;
-    case IDC_SIZENWSE:
-        shape = Qt::SizeFDiagCursor;
-        break;
-    case IDC_SIZENESW:
-        shape = Qt::SizeBDiagCursor;
-        break;
-    case IDC_SIZEWE:
-        shape = Qt::SizeHorCursor;
-        break;
-    case IDC_SIZENS:
-        shape = Qt::SizeVerCursor;
-        break;
-    case IDC_SIZEALL:
-        shape = Qt::SizeAllCursor;
-        break;
-    case IDC_NO:
-        shape = Qt::ForbiddenCursor;
-        break;
-    case IDC_HAND:
-        shape = Qt::PointingHandCursor;
-        break;
-    case IDC_APPSTARTING:
-        shape = Qt::BusyCursor;
-        break;
-    default:
-        break;
-    }
-    Window* window = vnbytstr::detail::CursorWindow();
-    if (window != nullptr && window->Widget()->cursor().shape() != shape)
-        window->Widget()->setCursor(shape);
-    return reinterpret_cast<HCURSOR>(static_cast<std::uintptr_t>(before));
-}
-
-HCURSOR GetCursor() {
-    return reinterpret_cast<HCURSOR>(static_cast<std::uintptr_t>(State().cursor));
-}
-
-HCURSOR LoadCursor(HINSTANCE /*instance*/, int id) {
-    const bool known = (id >= IDC_ARROW && id <= IDC_UPARROW) ||
-                       (id >= IDC_SIZENWSE && id <= IDC_SIZEALL) || id == IDC_NO ||
-                       id == IDC_HAND || id == IDC_APPSTARTING;
-    return known ? reinterpret_cast<HCURSOR>(static_cast<std::uintptr_t>(id)) : nullptr;
-}
-
-BOOL ClipCursor(LPCRECT rect) {
-    if (rect == nullptr)
-        State().clip.reset();
-    else
-        State().clip = QRect(rect->left, rect->top, std::max(rect->right - rect->left, 1),
-                             std::max(rect->bottom - rect->top, 1));
-    return TRUE;
-}
-
-BOOL GetClipCursor(LPRECT rect) {
-    if (rect == nullptr)
-        return FALSE;
-    AfxInitWindows();
-    const QScreen* screen = QGuiApplication::primaryScreen();
-    const QRect clip = State().clip        ? *State().clip
-                       : screen != nullptr ? screen->virtualGeometry()
-                                           : QRect();
-    *rect = CRect(clip.x(), clip.y(), clip.x() + clip.width(), clip.y() + clip.height());
-    return TRUE;
-}
-
-BOOL SetClipboardText(LPCSTR text) {
-    if (text == nullptr)
-        return FALSE;
-    AfxInitWindows();
-    QGuiApplication::clipboard()->setText(vnbytstr::detail::ToQString(text));
-    return TRUE;
-}
-
-BOOL GetClipboardText(CString& text) {
-    AfxInitWindows();
-    const QString found = QGuiApplication::clipboard()->text();
-    text = vnbytstr::detail::FromQString(found).c_str();
-    return !found.isEmpty();
 }

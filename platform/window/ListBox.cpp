@@ -152,6 +152,16 @@ BOOL ListBoxReorder(HWND list, std::span<const DWORD> order) {
     return control != nullptr && control->Reorder(order);
 }
 
+int ListBoxSideShift(HWND list) {
+    const ListBoxControl* control = ListBoxControl::Of(list);
+    return control != nullptr ? control->Shift() : 0;
+}
+
+void ListBoxSetSideShift(HWND list, int pixels) {
+    if (ListBoxControl* control = ListBoxControl::Of(list))
+        control->ShiftTo(pixels);
+}
+
 BOOL ListBoxSetRowText(HWND list, int row, LPCSTR text) {
     ListBoxControl* control = ListBoxControl::Of(list);
     return control != nullptr && text != nullptr && control->SetRowText(row, text);

@@ -73,5 +73,10 @@ VNBYTSTR_API int ListBoxAddRows(HWND list, LPCSTR texts, std::size_t bytes, int 
 /// selection go along; caret and current row stay with their row; the view stays where it is. FALSE
 /// when `order` is no permutation of the rows (nothing changed).
 VNBYTSTR_API BOOL ListBoxReorder(HWND list, std::span<const DWORD> order);
+/// How many pixels a list that scrolls sideways (WS_HSCROLL, LB_SETHORIZONTALEXTENT) hides at its
+/// left; 0 for any other window. In a mirrored list: at its right.
+VNBYTSTR_API int ListBoxSideShift(HWND list);
+/// Scrolls it sideways, as far as there is something to see.
+VNBYTSTR_API void ListBoxSetSideShift(HWND list, int pixels);
 /// Replaces a row's text in place; data, selection and place stay (an LBS_SORT list too).
 VNBYTSTR_API BOOL ListBoxSetRowText(HWND list, int row, LPCSTR text);

@@ -15,6 +15,9 @@ public:
     static ListBoxControl* Of(HWND window);
 
     ListBoxRows& Rows() { return m_rows; }
+    /// Pixels that are hidden at the left.
+    int Shift() const { return m_shift; }
+    void ShiftTo(int pixels);
     int AddMany(std::string_view texts, int count);
     bool Reorder(std::span<const DWORD> order);
     bool SetRowText(int row, std::string_view text);

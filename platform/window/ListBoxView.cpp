@@ -143,11 +143,19 @@ void ListBoxControl::OnScroll(int bar, UINT code) {
     at = std::clamp(at, 0, last);
     if (vertical) {
         ScrollTo(at);
-    } else if (at != m_shift) {
-        m_shift = at;
-        UpdateScrollBars();
-        m_window.Invalidate(nullptr);
+    } else {
+        ShiftTo(at);
     }
+}
+
+void ListBoxControl::ShiftTo(int pixels) {
+    pixels = std::clamp(pixels, 0, std::max<int>(0, m_extent - m_client.cx));
+    if (pixels == m_shift)
+        return;
+    m_shift = pixels;
+    m_barsStale = true;
+    UpdateScrollBars();
+    m_window.Invalidate(nullptr);
 }
 
 int ListBoxControl::RowFromPoint(CPoint point, bool& outside) const {

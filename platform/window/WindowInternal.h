@@ -175,7 +175,7 @@ private:
     void OnWidgetEnds();
     void PlaceFirst(const CREATESTRUCT& create);
     bool FinishCreation(CREATESTRUCT& create);
-    LRESULT DefaultWheel(WPARAM wParam, LPARAM lParam);
+    LRESULT DefaultWheel(UINT message, WPARAM wParam, LPARAM lParam);
     LRESULT DefaultSetCursor(WPARAM wParam, LPARAM lParam);
 
     const WindowClass* m_class;

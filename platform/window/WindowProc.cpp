@@ -124,10 +124,8 @@ LRESULT Window::GenericProc(UINT message, WPARAM wParam, LPARAM lParam) {
             ReleaseCapture();
         return 0;
     case WM_MOUSEWHEEL:
-        return DefaultWheel(wParam, lParam);
     case WM_MOUSEHWHEEL:
-        MarkKeyUnused();
-        return 0;
+        return DefaultWheel(message, wParam, lParam);
     case WM_CONTEXTMENU: {
         Window* parent = (m_style & WS_CHILD) != 0 ? Parent() : nullptr;
         return parent != nullptr ? parent->Send(message, wParam, lParam) : 0;
@@ -155,20 +153,24 @@ LRESULT Window::DefaultSetCursor(WPARAM wParam, LPARAM lParam) {
     return 1;
 }
 
-LRESULT Window::DefaultWheel(WPARAM wParam, LPARAM lParam) {
-    if ((m_style & WS_VSCROLL) != 0 && m_bars[1] != nullptr && m_bars[1]->isEnabled()) {
+LRESULT Window::DefaultWheel(UINT message, WPARAM wParam, LPARAM lParam) {
+    const bool vertical = message == WM_MOUSEWHEEL;
+    const QScrollBar* bar = m_bars[vertical ? SB_VERT : SB_HORZ];
+    if ((m_style & (vertical ? WS_VSCROLL : WS_HSCROLL)) != 0 && bar != nullptr &&
+        bar->isEnabled()) {
         // Fine wheels and touch pads turn by less than a notch at a time.
         m_wheelRest += GET_WHEEL_DELTA_WPARAM(wParam) * QApplication::wheelScrollLines();
         const int lines = m_wheelRest / WHEEL_DELTA;
         m_wheelRest -= lines * WHEEL_DELTA;
         HWND handle = Handle();
         for (int i = 0; i < std::abs(lines) && Of(handle) != nullptr; ++i)
-            Send(WM_VSCROLL, lines > 0 ? SB_LINEUP : SB_LINEDOWN, 0);
+            Send(vertical ? WM_VSCROLL : WM_HSCROLL,
+                 (lines > 0) == vertical ? SB_LINEUP : SB_LINEDOWN, 0);
         return 0;
     }
     Window* parent = (m_style & WS_CHILD) != 0 ? Parent() : nullptr;
     if (parent != nullptr)
-        return parent->Send(WM_MOUSEWHEEL, wParam, lParam);
+        return parent->Send(message, wParam, lParam);
     MarkKeyUnused();
     return 0;
 }

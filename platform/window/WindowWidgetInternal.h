@@ -120,9 +120,13 @@ void SendFocusOut(Window& window, Qt::FocusReason reason);
 void SendMouseLeave(Window& window);
 /// The window is ending: it has neither mouse nor focus any longer.
 void ForgetWindow(Window& window);
-/// Which window SetCursor is about.
-Window* CursorWindow();
-/// Whether a default treatment was reached while the key event was handled.
+/// A default treatment was reached while the key event was handled.
 void MarkKeyUnused();
+
+// --- the pointer (Cursor.cpp) ----------------------------------------------------------------
+/// Which window SetCursor is about.
+void SetCursorWindow(HWND window);
+/// The nearest point inside what the pointer is confined to.
+QPoint ConfineToClip(QPoint global);
 
 } // namespace vnbytstr::detail

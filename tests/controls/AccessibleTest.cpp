@@ -1,6 +1,9 @@
 // What screen readers are told.
 #include "ListFixture.h"
 
+#include "platform/framework/Module.h"
+#include "vnbytstr/Language.h"
+
 #include <QAccessible>
 #include <QAccessibleInterface>
 
@@ -59,6 +62,27 @@ TEST_F(AccessibleList, CellsHaveTheirPlaces) {
     list->ClientToScreen(&origin);
     const QRect place = table->cellAt(2, 1)->rect();
     EXPECT_EQ(place, QRect(origin.x + 100, origin.y + 2 * RowHeight(), 100, RowHeight()));
+}
+
+TEST_F(AccessibleList, HeadingsTellTheSortInTheUsersLanguage) {
+    QAccessibleInterface* root = QAccessible::queryAccessibleInterface(Widget());
+    ASSERT_NE(root, nullptr);
+    const auto said = [&] {
+        std::vector<std::string> texts;
+        for (int column = 0; column < 3; ++column)
+            texts.push_back(root->child(column)->text(QAccessible::Description).toStdString());
+        return texts;
+    };
+    EXPECT_EQ(said(), (std::vector<std::string>{"", "", ""}));
+    list->Sort(1);
+    EXPECT_EQ(said(), (std::vector<std::string>{"", "sorted ascending", ""}));
+    const HINSTANCE before = AfxGetResourceHandle();
+    ::setenv("LC_ALL", "de_DE.UTF-8", 1);
+    EXPECT_NE(LoadResourceDLL("vnurc"), nullptr);
+    ::unsetenv("LC_ALL");
+    list->Sort(1);
+    EXPECT_EQ(said(), (std::vector<std::string>{"", "absteigend sortiert", ""}));
+    AfxSetResourceHandle(before);
 }
 
 } // namespace

@@ -24,8 +24,8 @@ ON_WM_RBUTTONDOWN()
 END_MESSAGE_MAP()
 
 BOOL ResultList::CreateList(CWnd* parent, UINT id, UINT headingsId) {
-    const DWORD style = WS_CHILD | WS_VISIBLE | WS_TABSTOP | WS_VSCROLL | WS_BORDER | LBS_NOTIFY |
-                        LBS_OWNERDRAWFIXED | LBS_HASSTRINGS | LBS_EXTENDEDSEL |
+    const DWORD style = WS_CHILD | WS_VISIBLE | WS_TABSTOP | WS_VSCROLL | WS_HSCROLL | WS_BORDER |
+                        LBS_NOTIFY | LBS_OWNERDRAWFIXED | LBS_HASSTRINGS | LBS_EXTENDEDSEL |
                         LBS_NOINTEGRALHEIGHT;
     if (!Create("LISTBOX", Text(IDS_VQ_W_RESULT).c_str(), style, CRect(0, 0, 0, 0), parent, id) ||
         !CreateHeadingsControl(headingsId))
@@ -35,6 +35,7 @@ BOOL ResultList::CreateList(CWnd* parent, UINT id, UINT headingsId) {
     EnableEditing();
     EnableSort();
     EnableCopy();
+    EnableSideScroll();
     SetPrintInput(TRUE);
     GetHeadings()->ShowSortArrow();
     GetHeadings()->EnableKeyboard();
@@ -72,38 +73,17 @@ void ResultList::AppendRows(std::size_t count) {
 }
 
 void ResultList::FitNewColumns() {
-    std::vector<int> fitted;
-    int total = 0;
     for (int i = 0; i < GetNumColumns(); ++i) {
         const std::size_t column = m_document.GetLayout().order[static_cast<std::size_t>(i)];
         if (m_document.GetLayout().widths[column] == 0) {
             SetColumnWidth(i, 0);
             AutoFitCol(i);
             SetColumnWidth(i, std::clamp(GetColumnWidth(i) + kArrow, kMinWidth, kMaxWidth));
-            fitted.push_back(i);
         }
-        total += GetColumnWidth(i);
     }
-    CRect client;
-    GetClientRect(client);
-    ShareWidth(fitted, total - client.Width());
-    if (total < client.Width())
-        GetHeadings()->FixLastColWidth();
+    GetHeadings()->FixLastColWidth();
     GetHeadings()->Invalidate();
     Invalidate();
-}
-
-/// The list does not scroll sideways: where the columns do not fit, the widest give way first.
-void ResultList::ShareWidth(std::span<const int> columns, int excess) {
-    while (excess > 0) {
-        const auto widest = std::ranges::max_element(
-            columns, {}, [this](int column) { return GetColumnWidth(column); });
-        if (widest == columns.end() || GetColumnWidth(*widest) <= kMinWidth)
-            return;
-        const int step = std::min({excess, GetColumnWidth(*widest) - kMinWidth, 8});
-        SetColumnWidth(*widest, GetColumnWidth(*widest) - step);
-        excess -= step;
-    }
 }
 
 void ResultList::RefreshRow(std::size_t row) {
@@ -123,7 +103,7 @@ void ResultList::StoreWidths() {
     QueryLayout& layout = m_document.GetLayout();
     for (int i = 0; i < GetNumColumns() && i < static_cast<int>(layout.order.size()); ++i)
         layout.widths[layout.order[static_cast<std::size_t>(i)]] =
-            std::clamp(GetColumnWidth(i), 0, 32767);
+            std::clamp(GetOwnColumnWidth(i), 0, 32767);
 }
 
 // --- the current cell ----------------------------------------------------------------------------
@@ -137,6 +117,7 @@ int ResultList::GetCurrentRow() const {
 
 void ResultList::SetCurrentCell(int row, int column) {
     m_column = std::clamp(column, 0, std::max(GetNumColumns() - 1, 0));
+    ShowColumn(m_column);
     if (row >= 0 && row < GetCount()) {
         SetOnlySel(row);
         SendMessage(LB_SETCARETINDEX, static_cast<WPARAM>(row));
@@ -146,7 +127,7 @@ void ResultList::SetCurrentCell(int row, int column) {
 }
 
 CRect ResultList::CellRect(int column, const RECT& row) const {
-    int left = 0;
+    int left = static_cast<int>(row.left);
     for (int i = 0; i < column; ++i)
         left += GetColumnWidth(i);
     return {left, static_cast<int>(row.top), left + GetColumnWidth(column),
@@ -158,6 +139,7 @@ void ResultList::MoveColumn(int by) {
     if (column < 0 || column >= GetNumColumns())
         return;
     m_column = column;
+    ShowColumn(column);
     if (GetCurrentRow() < 0 && GetCount() > 0)
         SetCurrentCell(0, m_column);
     Invalidate();

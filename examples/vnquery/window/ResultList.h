@@ -5,8 +5,6 @@
 
 #include <vnbytstr/ListBoxEx.h>
 
-#include <span>
-
 namespace vnquery {
 
 /// Shows a document. Besides the row it has a current cell, which the keyboard moves: left and
@@ -51,7 +49,6 @@ protected:
 
 private:
     CRect CellRect(int column, const RECT& row) const;
-    void ShareWidth(std::span<const int> columns, int excess);
     void MoveColumn(int by);
     void TellParent() const;
     void TakeColumn(CPoint point);
