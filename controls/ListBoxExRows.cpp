@@ -327,15 +327,16 @@ LRESULT CListBoxEx::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     const LRESULT result = CWnd::WindowProc(message, wParam, lParam);
     if (!life.Holds())
         return result;
+    const bool isPlaced =
+        message == LB_INSERTSTRING || (message == LB_ADDSTRING && (GetStyle() & LBS_SORT) != 0);
     if (message == LB_RESETCONTENT) {
         ForgetRows();
         if (m_bSideScroll)
             SideShiftChanged(); // it stands at the left again
-    } else if (message == LB_DELETESTRING && result != LB_ERR)
+    } else if (message == LB_DELETESTRING && result != LB_ERR) {
         RowDeleted(static_cast<int>(wParam));
-    else if (message == LB_INSERTSTRING && result >= 0)
+    } else if (isPlaced && result >= 0) {
         RowsInserted(static_cast<int>(result));
-    else if (message == LB_ADDSTRING && result >= 0 && (GetStyle() & LBS_SORT) != 0)
-        RowsInserted(static_cast<int>(result));
+    }
     return result;
 }

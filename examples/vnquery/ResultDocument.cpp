@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <numeric>
+#include <tuple>
 
 namespace vnquery {
 
@@ -12,9 +14,11 @@ namespace {
 
 /// How a value is ordered among numbers.
 struct NumberKey {
-    int rank = 0; ///< NULL, number, anything else
+    int rank = 0; ///< NULL, number, anything else ("nan", too: it has no place among numbers)
     long double number = 0;
-    auto operator<=>(const NumberKey&) const = default;
+    bool operator<(const NumberKey& other) const {
+        return std::tie(rank, number) < std::tie(other.rank, other.number);
+    }
 };
 
 NumberKey KeyOf(const Value& value) {
@@ -23,7 +27,8 @@ NumberKey KeyOf(const Value& value) {
     const std::string_view text = value.GetShort();
     NumberKey key{1, 0};
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), key.number);
-    if (value.GetStream() || error != std::errc() || end != text.data() + text.size())
+    if (value.GetStream() || error != std::errc() || end != text.data() + text.size() ||
+        std::isnan(key.number))
         return {2, 0};
     return key;
 }
@@ -103,8 +108,8 @@ std::vector<std::uint32_t> ResultDocument::GetNumberOrder(std::size_t column, bo
         keys.push_back(KeyOf(GetValue({row, column})));
     std::vector<std::uint32_t> order(m_rows.size());
     std::iota(order.begin(), order.end(), 0u);
-    std::ranges::stable_sort(order, std::ranges::less{},
-                             [&](std::uint32_t row) { return keys[row]; });
+    std::ranges::stable_sort(
+        order, [&](std::uint32_t left, std::uint32_t right) { return keys[left] < keys[right]; });
     if (!upwards)
         std::ranges::reverse(order);
     return order;

@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cmath>
 #include <cstring>
 #include <unordered_set>
 
@@ -78,7 +79,7 @@ void SetLineHeight(QFont& font, int height) {
     font.setPixelSize(std::max(height, 1));
     const double line = QFontMetricsF(font).height();
     if (line > 0)
-        font.setPixelSize(std::max(1, static_cast<int>(height * height / line + 0.5)));
+        font.setPixelSize(std::max(1, static_cast<int>(std::lround(height * height / line))));
 }
 
 QFont MakeFont(const LOGFONT& description) {

@@ -245,11 +245,12 @@ bool SendKeyEvent(Window& window, QKeyEvent* event) {
     RoutedEvent* const routed = RoutedEvent::Current();
     const bool forHosted = routed != nullptr && routed->Event() == event;
     const QWidget* receiver = forHosted ? window.Hosted() : window.Widget();
-    if (state.lastKey == event && state.lastType == event->type() &&
-        state.lastReceiver != receiver && window.Widget()->isAncestorOf(state.lastReceiver))
+    const QEvent::Type type = event->type();
+    if (state.lastKey == event && state.lastType == type && state.lastReceiver != receiver &&
+        window.Widget()->isAncestorOf(state.lastReceiver))
         return false; // came out of a window inside this one, where nobody wanted it
     state.lastKey = event;
-    state.lastType = event->type();
+    state.lastType = type;
     state.lastReceiver = receiver;
 
     HWND handle = window.Handle();

@@ -79,21 +79,28 @@ constexpr BYTE GetRValue(COLORREF color) { return static_cast<BYTE>(color); }
 constexpr BYTE GetGValue(COLORREF color) { return static_cast<BYTE>(color >> 8); }
 constexpr BYTE GetBValue(COLORREF color) { return static_cast<BYTE>(color >> 16); }
 
+// Edges are set in the constructors' bodies: braces around a base are lost on the static analyzer.
 class CSize : public SIZE {
 public:
-    constexpr CSize() : SIZE{0, 0} {}
-    constexpr CSize(int width, int height) : SIZE{width, height} {}
+    constexpr CSize() : CSize(0, 0) {}
+    constexpr CSize(int width, int height) : SIZE() {
+        cx = width;
+        cy = height;
+    }
     constexpr CSize(SIZE size) : SIZE(size) {}
     constexpr bool operator==(const CSize& other) const { return cx == other.cx && cy == other.cy; }
 };
 
 class CPoint : public POINT {
 public:
-    constexpr CPoint() : POINT{0, 0} {}
-    constexpr CPoint(int left, int top) : POINT{left, top} {}
+    constexpr CPoint() : CPoint(0, 0) {}
+    constexpr CPoint(int left, int top) : POINT() {
+        x = left;
+        y = top;
+    }
     constexpr CPoint(POINT point) : POINT(point) {}
     /// The point in a mouse message's lParam.
-    constexpr explicit CPoint(LPARAM packed) : POINT{GET_X_LPARAM(packed), GET_Y_LPARAM(packed)} {}
+    constexpr explicit CPoint(LPARAM packed) : CPoint(GET_X_LPARAM(packed), GET_Y_LPARAM(packed)) {}
     constexpr void Offset(int dx, int dy) {
         x += dx;
         y += dy;
@@ -106,11 +113,16 @@ public:
 
 class CRect : public RECT {
 public:
-    constexpr CRect() : RECT{0, 0, 0, 0} {}
-    constexpr CRect(int l, int t, int r, int b) : RECT{l, t, r, b} {}
+    constexpr CRect() : CRect(0, 0, 0, 0) {}
+    constexpr CRect(int l, int t, int r, int b) : RECT() {
+        left = l;
+        top = t;
+        right = r;
+        bottom = b;
+    }
     constexpr CRect(const RECT& rect) : RECT(rect) {}
     constexpr CRect(POINT point, SIZE size)
-        : RECT{point.x, point.y, point.x + size.cx, point.y + size.cy} {}
+        : CRect(point.x, point.y, point.x + size.cx, point.y + size.cy) {}
 
     constexpr int Width() const { return right - left; }
     constexpr int Height() const { return bottom - top; }

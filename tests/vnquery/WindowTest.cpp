@@ -51,6 +51,11 @@ TEST_F(WindowTest, ColumnsSortByTheirTypes) {
     EXPECT_EQ(Document().GetRowText(3), "10\x1F"
                                         "2.5\x1F"
                                         "b");
+    // Texts in a column of numbers come last, those among them that a reader of numbers would take.
+    MakeDatabase("create table m(i integer); insert into m values (3), ('nan'), (1), ('x'), (2)");
+    Open("select i from m");
+    List().Sort(0);
+    EXPECT_EQ(column(0), "1 2 3 nan x ");
 }
 
 /// Widths, order and sort come back with the query, in a new window too.
