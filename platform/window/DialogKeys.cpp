@@ -6,8 +6,11 @@
 #include "Wnd.h"
 
 #include "../framework/MessageBoxTypes.h"
+#include "../system/CodePage.h"
 
 #include <algorithm>
+#include <string>
+#include <utility>
 
 namespace vnbytstr::detail {
 
@@ -97,7 +100,11 @@ bool HasLetter(const Window& control, QChar letter) {
 }
 
 bool GoToLetter(Window& dialog, char byte) {
-    const QString typed = ToQString(std::string_view(&byte, 1));
+    static std::string bytes; // of a letter: those of one that has several come one by one
+    bytes.push_back(byte);
+    if (CodePage::Ansi().IsCutShort(bytes.data(), bytes.data() + bytes.size()))
+        return false;
+    const QString typed = ToQString(std::exchange(bytes, {}));
     if (typed.isEmpty() || !typed.front().isLetterOrNumber())
         return false;
     for (Window* const control : ChildrenOf(dialog)) {

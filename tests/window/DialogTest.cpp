@@ -1,6 +1,7 @@
 #include "ControlHost.h"
 
 #include "platform/framework/MessageBoxTypes.h"
+#include "platform/system/CodePage.h"
 #include "platform/window/Button.h"
 #include "platform/window/Dialog.h"
 #include "platform/window/Edit.h"
@@ -111,6 +112,17 @@ TEST(Dialog, TabArrowsAndLetters) {
         PressKey(Qt::Key_Tab);
         PressKey(Qt::Key_Return); // ES_WANTRETURN keeps it
         EXPECT_EQ(TextOf(*self.GetDlgItem(kNotes)), "\r\n");
+        const vnbytstr::ScopedCodePage utf8(65001); // where a Hebrew letter has two bytes
+        self.SetDlgItemText(kCheck, "&\u05D4\u05D3");
+        const auto he = [](Qt::KeyboardModifiers keys) {
+            QTest::sendKeyEvent(QTest::Click, QApplication::focusWindow(), Qt::Key(0x05D4),
+                                QStringLiteral(u"\u05D4"), keys);
+        };
+        self.GotoDlgCtrl(self.GetDlgItem(kRed));
+        he(Qt::NoModifier);
+        EXPECT_EQ(self.IsDlgButtonChecked(kCheck), static_cast<UINT>(BST_UNCHECKED));
+        he(Qt::AltModifier);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return self.IsDlgButtonChecked(kCheck) != 0; }));
         self.GotoDlgCtrl(self.GetDlgItem(IDCANCEL));
         PressKey(Qt::Key_Return); // a button with the focus is pressed instead of the default one
     });
