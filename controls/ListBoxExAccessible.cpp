@@ -76,8 +76,7 @@ CRect CListBoxEx::Accessible::GetAccessibleCellRect(int row, int column) const {
     CRect client;
     m_list.GetClientRect(client);
     if (m_list.m_nColumns > 0) {
-        const PixelSpan span = CellSpan(
-            {m_list.m_pColumns.get(), static_cast<std::size_t>(m_list.m_nColumns)}, column);
+        const PixelSpan span = CellSpan(m_list.ColumnSpan(), column);
         rect.left = span.left - m_list.GetSideShift();
         rect.right = span.right - m_list.GetSideShift();
     }

@@ -37,8 +37,8 @@ BOOL CListBoxEx::PlaceCell(int row, int column, CellPlace& place) {
     GetClientRect(client);
     const bool scrolls = (GetStyle() & WS_VSCROLL) != 0;
     const int shift = GetSideShift();
-    const PixelSpan span = CellSpan({m_pColumns.get(), static_cast<std::size_t>(m_nColumns)},
-                                    column, scrolls ? std::max<int>(client.right, 0) + shift : -1);
+    const PixelSpan span =
+        CellSpan(ColumnSpan(), column, scrolls ? std::max<int>(client.right, 0) + shift : -1);
     if (scrolls && span.IsEmpty())
         return FALSE;
     const int height = static_cast<int>(SendMessage(LB_GETITEMHEIGHT));

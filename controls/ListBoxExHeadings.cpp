@@ -82,7 +82,7 @@ HeadingGeometry CListBoxExHeadings::Geometry() const {
         GetClientRect(client);
     Columns columns;
     if (m_pList != nullptr)
-        columns = {m_pList->m_pColumns.get(), static_cast<std::size_t>(m_pList->m_nColumns)};
+        columns = m_pList->ColumnSpan();
     return {columns, client.Width(), client.Height(),
             m_pList != nullptr ? m_pList->GetSideShift() : 0};
 }

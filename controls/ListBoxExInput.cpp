@@ -268,8 +268,7 @@ void CListBoxEx::MoveToNextCell(BOOL forward) {
 }
 
 void CListBoxEx::EditNextCell(const CellAddress& from, bool forward) {
-    const auto next = FindEditable({m_pColumns.get(), static_cast<std::size_t>(m_nColumns)}, from,
-                                   forward, GetCount());
+    const auto next = FindEditable(ColumnSpan(), from, forward, GetCount());
     if (next)
         StartEditing(next->row, next->column);
 }

@@ -191,8 +191,7 @@ void CListBoxEx::HitTest(CPoint point, int& row, int& column) {
     SetWidths();
     row = RowAt(point.y, static_cast<int>(SendMessage(LB_GETTOPINDEX)),
                 static_cast<int>(SendMessage(LB_GETITEMHEIGHT)), GetCount());
-    column = ColumnAt({m_pColumns.get(), static_cast<std::size_t>(m_nColumns)},
-                      point.x + GetSideShift());
+    column = ColumnAt(ColumnSpan(), point.x + GetSideShift());
 }
 
 // --- what belongs to a row -----------------------------------------------------------------------

@@ -69,8 +69,7 @@ BOOL CListBoxEx::ZoomCell() {
         if (!life.Holds())
             return TRUE;
     } else {
-        const auto cell = FindEditable({m_pColumns.get(), static_cast<std::size_t>(m_nColumns)},
-                                       {row, 0}, true, GetCount());
+        const auto cell = FindEditable(ColumnSpan(), {row, 0}, true, GetCount());
         if (!cell || cell->row != row)
             return FALSE;
         column = cell->column;

@@ -12,7 +12,9 @@
 #include "vnbytstr/ListDropTarget.h"
 
 #include <cstdarg>
+#include <cstddef>
 #include <memory>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -303,6 +305,9 @@ private:
     void Prepare();
     void CheckInvariants() const;
     void RedrawAll();
+    std::span<const SListColumn> ColumnSpan() const {
+        return {m_pColumns.get(), static_cast<std::size_t>(m_nColumns)};
+    }
     BOOL IsColumn(int column) const { return column >= 0 && column < m_nColumns; }
     BOOL IsRow(int row) const { return row >= 0 && row < GetCount(); }
     BOOL HasManySelected() const;

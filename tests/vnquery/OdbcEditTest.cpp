@@ -4,10 +4,10 @@
 #include "examples/vnquery/Connection.h"
 #include "examples/vnquery/Failure.h"
 #include "examples/vnquery/PendingEdits.h"
-#include "examples/vnquery/Progress.h"
 
 #include "tests/vnquery/MakeValue.h"
 #include "tests/vnquery/ProgramRun.h"
+#include "tests/vnquery/SilentProgress.h"
 
 #include <cstdlib>
 
@@ -15,11 +15,7 @@ namespace vnquery {
 namespace {
 
 using test::MakeValue;
-
-class Silent : public Progress {
-    void AddRow() override {}
-    void AddBytes(std::uint64_t) override {}
-};
+using test::SilentProgress;
 
 class OdbcEditTest : public ::testing::Test {
 protected:
@@ -48,7 +44,7 @@ protected:
         return report;
     }
     Connection m_connection;
-    Silent m_progress;
+    SilentProgress m_progress;
     EditPlan m_plan;
     std::vector<ColumnKind> m_kinds;
     ResultSet m_result;

@@ -3,21 +3,17 @@
 #include "examples/vnquery/CellEdit.h"
 #include "examples/vnquery/Connection.h"
 #include "examples/vnquery/Failure.h"
-#include "examples/vnquery/Progress.h"
 #include "examples/vnquery/RowText.h"
 
 #include "tests/vnquery/MakeValue.h"
 #include "tests/vnquery/ProgramRun.h"
+#include "tests/vnquery/SilentProgress.h"
 
 namespace vnquery {
 namespace {
 
 using test::MakeValue;
-
-class Silent : public Progress {
-    void AddRow() override {}
-    void AddBytes(std::uint64_t) override {}
-};
+using test::SilentProgress;
 
 class PendingEditsTest : public test::ProgramTest {
 protected:
@@ -46,7 +42,7 @@ protected:
         result.Fetch(*source, m_progress);
         return result.GetRowCount() == 1 ? FormatCell(result.At(0, 0), {}) : "no row";
     }
-    Silent m_progress;
+    SilentProgress m_progress;
     EditPlan m_plan;
     ResultSet m_result;
     PendingEdits m_edits;

@@ -1,0 +1,13 @@
+// A progress that nobody looks at.
+#pragma once
+
+#include "examples/vnquery/Progress.h"
+
+namespace vnquery::test {
+
+class SilentProgress : public Progress {
+    void AddRow() override {}
+    void AddBytes(std::uint64_t) override {}
+};
+
+} // namespace vnquery::test
