@@ -43,7 +43,7 @@ struct Fault {
                             ///< off; Throw: memory runs out (CMemoryException)
 };
 
-class TestSystem final : public System {
+class TestSystem : public System {
 public:
     TestSystem() : m_real(System::Current()) {}
 

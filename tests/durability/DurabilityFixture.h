@@ -1,0 +1,59 @@
+// Folders for one try of a save, watched by a system.
+#pragma once
+
+#include "platform/system/CodePage.h"
+#include "tests/durability/SaveScenarios.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestSystem.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace vnbytstr::test {
+
+/// A home and a temporary folder.
+class PlaceForTest {
+public:
+    PlaceForTest() : m_place{m_root.Path() + "home/", m_root.Path() + "tmp/"} {
+        std::filesystem::create_directory(m_place.home);
+        std::filesystem::create_directory(m_place.temporary);
+    }
+    std::string Root() const { return m_root.Path(); }
+    operator const Place&() const { return m_place; }
+    std::string Read(const std::string& name) const { return m_root.Read("home/" + name); }
+
+    /// Names of the files that nobody ordered.
+    std::vector<std::string> LeftOvers(const SaveScenario& scenario) const {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(m_root.Path())) {
+            const std::string name = entry.path().filename().string();
+            const bool isKnown = entry.is_directory() || name == scenario.target ||
+                                 name == "link" || name == "part" || name == "profile.ini.lock";
+            if (!isKnown)
+                names.push_back(name);
+        }
+        return names;
+    }
+
+private:
+    TemporaryFolder m_root;
+    Place m_place;
+};
+
+/// Installs a system that works on that place, with 16 pages in memory and the ANSI page 1252.
+class Session {
+public:
+    Session(TestSystem& system, const Place& place) : m_system(system) {
+        system.SetTemporaryFolder(place.temporary);
+        system.SetEnvironment("VNBYTSTR_PROFILE", place.home + "profile.ini");
+        system.SetMemoryLoad(100);
+    }
+
+private:
+    ScopedSystem m_system;
+    ScopedCodePage m_page{1252};
+};
+
+} // namespace vnbytstr::test
