@@ -3,21 +3,18 @@
 // Invariants, checked by CheckInvariants in debug builds after every change:
 //  1. m_dwStart <= m_dwLength.
 //  2. The pages in m_arrPages, in order of creation, have distinct numbers, and no more of them
-//  exist
-//     than m_nMaxPages (one new page at least).
+//     exist than m_nMaxPages (one new page at least).
 //  3. m_arrLoaded[n] is the page in m_arrPages with the number n and m_bMustRead clear, or null
-//  when
-//     there is none. A page with m_bMustRead set is one whose reading failed; it is read again on
-//     the next access.
+//     when there is none. A page with m_bMustRead set is one whose reading failed; it is read again
+//     on the next access.
 //  4. m_arrLoaded covers every page below the length.
 //  5. m_arrOnFile[n] tells that the swap file holds bytes of page n, or will once m_pPending has
-//  been
-//     written; m_dwPagesOnFile counts them; there are none while the swap file is closed.
+//     been written; m_dwPagesOnFile counts them; there are none while the swap file is closed.
 //     m_pPending is written before anything else is.
 //  6. A byte of the valid range that was ever stored is in its resident page; when the page is not
 //     resident, in m_pPending; when it is not there either, in the swap file.
 //  7. A resident page with m_bMustWrite clear equals its place in m_pPending or else in the swap
-//  file.
+//     file.
 
 #include "bytestore/ByteStoreInternal.h"
 

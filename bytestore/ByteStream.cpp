@@ -2,16 +2,14 @@
 //
 // Invariants, checked by CheckInvariants in debug builds after every change:
 //  1. With m_pStore set, the content lies there; m_pBuffer is null, the mode internal, m_dwLength
-//  and
-//     m_dwAllocated are 0, m_dwStart and m_dwCurrent not used.
+//     and m_dwAllocated are 0, m_dwStart and m_dwCurrent not used.
 //  2. Without it, m_pBuffer holds m_dwLength bytes of m_dwAllocated; it is null only when both are
-//  0 (or
-//     an external buffer is).
+//     0 (or an external buffer is).
 //  3. An internal buffer is the stream's own, from malloc; a block of capacity c was zero when it
-//  came.
+//     came.
 //  4. m_dwStart <= m_dwLength.
 //  5. On a read-only buffer m_dwAllocated equals m_dwLength, so that there is never room to write
-//  into.
+//     into.
 
 #include "bytestore/ByteStreamInternal.h"
 

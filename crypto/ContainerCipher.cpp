@@ -72,9 +72,7 @@ int CByteStore::Encipher(bool encrypt, CDES& cipher, CByteStore& destination) {
     Piece piece;
     DWORD index = m_dwStart;
     do {
-        DWORD number, position;
-        GetPageNumFromIndex(index, number, position);
-        const DWORD count = std::min(m_dwLength - index, kPiece - position);
+        const DWORD count = std::min(m_dwLength - index, kPiece);
         // A partial last block is read as a whole one, so a copy with room behind it.
         std::array<BYTE, kPiece + 8> bytes;
         if (count > 0)
@@ -111,7 +109,7 @@ int CByteStream::Encipher(bool encrypt, CDES& cipher) {
     CByteStream result;
     DWORD index = GetStart();
     do {
-        const DWORD count = std::min(GetLength() - index, kPiece - index % kPiece);
+        const DWORD count = std::min(GetLength() - index, kPiece);
         std::array<BYTE, kPiece + 8> bytes;
         if (count > 0)
             CopyTo(index, bytes.data(), count, count);

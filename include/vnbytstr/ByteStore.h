@@ -301,18 +301,16 @@ public:
 
     // --- encryption ------------------------------------------------------------------------------
     // Single DES, for existing peers; it protects nothing today (see DES.h). The first 8 bytes of
-    // key and initialization vector count. The content goes page by page, 32768 bytes at a time,
-    // through one CDES object that is not segmented, into a buffer of 32768 bytes. This means:
-    //  - Electronic code book without padding is the cipher over the whole content. It suits stores
-    //  of any
-    //    size, if their length is a multiple of 8; the rest of a partial last block is cut off, so
-    //    that the last length % 8 bytes do not come back.
-    //  - Chained mode starts again with the initialization vector at every page. Decrypt does the
-    //  same, so
-    //    what Encrypt made comes back; a peer must chain in pieces of 32768 bytes too.
-    //  - Padding needs 32776 bytes for a full page, so with `pad` a store of 32768 bytes or more
-    //  cannot be
-    //    enciphered: the result is 0. Decrypt takes the padding off every page.
+    // key and initialization vector count. The bytes from the start to the end go in pieces of
+    // 32768, counted from the start, through one CDES object that is not segmented. The result
+    // begins at index 0. This means:
+    //  - Electronic code book without padding is the cipher over the whole content. It suits
+    //    contents of any size, if that is a multiple of 8; the rest of a partial last block is cut
+    //    off, so that the last size % 8 bytes do not come back.
+    //  - Chained mode starts again with the initialization vector at every piece. Decrypt does the
+    //    same, so what Encrypt made comes back; a peer must chain in pieces of 32768 bytes too.
+    //  - Padding needs 32776 bytes for a full piece, so with `pad` a content of 32768 bytes or more
+    //    cannot be enciphered: the result is 0. Decrypt takes the padding off every piece.
 
     /// Enciphers the content into `destination`, which is emptied first. 1, or 0 with an empty
     /// destination.

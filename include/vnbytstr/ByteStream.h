@@ -52,8 +52,7 @@ public:
     /// FALSE once the content lies in a store.
     BOOL IsAllInBuffer() const { return m_pStore == nullptr; }
 
-    // --- the content as memory (cause 2 when it lies in a store)
-    // -----------------------------------
+    // --- the content as memory (cause 2 when it lies in a store) ---------------------------------
     /// Null when the stream never held anything. Valid until the next change.
     operator const BYTE*() const;
     /// A buffer of at least `size` bytes that begins with the content. To be written up to `size`,
@@ -68,8 +67,7 @@ public:
     /// Sets the length, at most the buffer's size; 0 keeps it. Cause 4 in a store.
     void ReleaseBuffer(DWORD length = 0);
 
-    // --- size, range, cursor
-    // -----------------------------------------------------------------------
+    // --- size, range, cursor ---------------------------------------------------------------------
     DWORD GetLength() const { return m_pStore ? m_pStore->GetLength() : m_dwLength; }
     void GetRange(DWORD& start, DWORD& end) const;
     BOOL IsByteAvailable(DWORD index) const { return GetStart() <= index && index < GetLength(); }
@@ -85,8 +83,7 @@ public:
     void SkipByte() { Cursor() += 1; }
     void SkipWord() { Cursor() += 2; }
 
-    // --- typed access, big-endian
-    // ------------------------------------------------------------------
+    // --- typed access, big-endian ----------------------------------------------------------------
     BYTE GetByte(DWORD index) const;
     WORD GetWord(DWORD index) const;
     DWORD GetDWord(DWORD index) const;
@@ -112,8 +109,7 @@ public:
     void SetCurrentInt48(LONGLONG value) { SetInt48(GetCurrentOffset(), value); }
     void SetCurrentInt64(LONGLONG value) { SetInt64(GetCurrentOffset(), value); }
 
-    // --- appending
-    // ---------------------------------------------------------------------------------
+    // --- appending -------------------------------------------------------------------------------
     /// Appending keeps the cursor, also when it moves the content into a store.
     void Concat(const BYTE* bytes, DWORD count) { CopyFrom(GetLength(), bytes, count); }
     void Concat(const CByteStream& source);
@@ -128,8 +124,7 @@ public:
     CByteStream& operator+=(BYTE value);
     CByteStream& operator+=(WORD value);
 
-    // --- copying
-    // -----------------------------------------------------------------------------------
+    // --- copying ---------------------------------------------------------------------------------
     void CopyFrom(DWORD index, const BYTE* bytes, DWORD count);
     void CopyFrom(DWORD index, const CByteStream& source, DWORD sourceIndex = 0, DWORD count = 0);
     void CopyFrom(DWORD index, CByteStore& source, DWORD sourceIndex = 0, DWORD count = 0);
@@ -153,8 +148,7 @@ public:
     void CopyToHex(DWORD index, char* destination, DWORD count, DWORD size) const;
     void CopyToHex(DWORD index, CString& destination, DWORD count) const;
 
-    // --- slices, search, comparison
-    // ----------------------------------------------------------------
+    // --- slices, search, comparison --------------------------------------------------------------
     CByteStream Mid(DWORD first, DWORD count) const;
     CByteStream Mid(DWORD first) const { return Mid(first, 0xFFFFFFFF); }
     CByteStream Left(DWORD count) const { return Mid(0, count); }
@@ -166,14 +160,12 @@ public:
     BOOL operator!=(const CByteStream& other) const { return !(*this == other); }
     BOOL operator!=(const char* hex) const { return !(*this == hex); }
 
-    // --- moving and discarding
-    // ---------------------------------------------------------------------
+    // --- moving and discarding -------------------------------------------------------------------
     void Shift(DWORD to, DWORD from);
     void ShiftCurrent();
     void DiscardUpTo(DWORD index);
 
-    // --- the whole stream
-    // --------------------------------------------------------------------------
+    // --- the whole stream ------------------------------------------------------------------------
     /// Length and cursor become 0. With `freeBuffer` a block of the stream's own is freed, and the
     /// complete flag cleared. A store stays attached, empty.
     void Empty(int freeBuffer = 0);
@@ -195,8 +187,7 @@ public:
     /// The first page in a store, the whole buffer in memory.
     BYTE* GetFirstPage();
 
-    // --- translation: as in CByteStore, and in place
-    // -------------------------------------------------
+    // --- translation: as in CByteStore, and in place ---------------------------------------------
     /// Replaces the content by its translation; the cursor becomes 0. 0, with the content as it
     /// was, when the pair cannot be translated.
     int TranslateCCSID(WORD from, WORD to, STranslationReport* report = nullptr);
@@ -208,10 +199,10 @@ public:
                        STranslationReport* report = nullptr) const;
     int TranslateCCSID(WORD from, CString& text, STranslationReport* report = nullptr) const;
 
-    // --- encryption, in place
-    // ------------------------------------------------------------------------ In pieces of 32768
-    // bytes as in CByteStore, wherever the content lies; see there for what that means for chained
-    // mode and for padding. The cursor becomes 0.
+    // --- encryption, in place --------------------------------------------------------------------
+    // In pieces of 32768 bytes counted from the start, as in CByteStore, wherever the content lies;
+    // see there for what that means for chained mode and for padding. The start and the cursor
+    // become 0.
 
     /// 1, or 0 with the content as it was.
     int Encrypt(const CByteStream& key, const CByteStream& vector, CDES::EMode mode, bool pad);

@@ -13,7 +13,7 @@ namespace {
 
 class ContainerCipherTest : public StoreFixture {
 protected:
-    /// OpenSSL over whole blocks: on the whole, or chained anew for every page.
+    /// OpenSSL over whole blocks: on the whole, or chained anew for every 32768 bytes.
     static Bytes Oracle(Bytes in, const char* key, const char* iv) {
         DES_cblock keyBlock{}, chain{};
         DES_key_schedule schedule;
@@ -65,6 +65,43 @@ TEST_F(ContainerCipherTest, WithoutPaddingOverManyPages) {
             ASSERT_EQ(store.Encrypt(m_key, m_vector, mode, false, store), 1);
             EXPECT_TRUE(store == cipher);
         }
+    }
+}
+
+/// Contents of all sizes, with and without discarded bytes before them, in memory and in a store.
+TEST_F(ContainerCipherTest, RandomContentsComeBackWhereverTheyStart) {
+    std::minstd_rand random(5);
+    const auto below = [&](DWORD bound) { return static_cast<DWORD>(random() % bound); };
+    const Bytes all = Pattern(5 * kPage);
+    for (int round = 0; round < 10000; ++round) {
+        const DWORD most = round % 100 == 0 ? 4 * kPage : round % 20 == 0 ? kPage : 100;
+        const DWORD size = below(most) / 8 * 8;
+        const DWORD start = below(3) == 0 ? 0 : below(round % 50 == 0 ? kPage : 40);
+        const CDES::EMode mode = below(2) ? CDES::eCBC : CDES::eECB;
+        const bool pad = size + 8 <= kPage && below(3) == 0;
+        Bytes plain(all.begin() + start, all.begin() + start + size);
+        Bytes padded = plain;
+        if (pad)
+            padded.resize(size + 8, 8);
+        const Bytes expected =
+            Oracle(padded, "12345678", mode == CDES::eCBC ? "ABCDEFGH" : nullptr);
+
+        CByteStream stream(all.data(), start + size);
+        stream.DiscardUpTo(start);
+        CByteStore store(all.data(), start + size), cipher, back;
+        store.DiscardUpTo(start);
+        ASSERT_EQ(store.Encrypt(m_key, m_vector, mode, pad, cipher), 1);
+        ASSERT_EQ(Content(cipher), expected) << "from " << start << ", " << size << " bytes";
+        ASSERT_EQ(cipher.Decrypt(m_key, m_vector, mode, pad, back), 1);
+        ASSERT_EQ(Content(back), plain);
+        ASSERT_EQ(stream.Encrypt(m_key, m_vector, mode, pad), 1);
+        ASSERT_EQ(Content(stream), expected);
+        // What was enciphered may have bytes before it as well.
+        CByteStream moved(all.data(), 13);
+        moved.Concat(stream);
+        moved.DiscardUpTo(13);
+        ASSERT_EQ(moved.Decrypt(m_key, m_vector, mode, pad), 1);
+        ASSERT_EQ(Content(moved), plain);
     }
 }
 
