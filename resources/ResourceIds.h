@@ -199,6 +199,7 @@
 #define IDS_VQ_CANNOT_PASS 41031
 #define IDS_VQ_CANNOT_CHANGE 41032
 #define IDS_VQ_ROW_GONE 41033
+#define IDS_VQ_NOT_A_QUERY 41034
 
 /* vnquery.rc: what goes wrong with files and exports */
 #define IDS_VQ_CANNOT_READ_FILE 41050

@@ -30,8 +30,9 @@ std::string Diagnose(SQLSMALLINT type, SQLHANDLE handle) {
     return text;
 }
 
-void SetAttribute(SQLHANDLE connection, SQLINTEGER attribute, std::uintptr_t value) {
-    SQLSetConnectAttr(connection, attribute, reinterpret_cast<SQLPOINTER>(value), 0);
+bool SetAttribute(SQLHANDLE connection, SQLINTEGER attribute, std::uintptr_t value) {
+    return SQL_SUCCEEDED(
+        SQLSetConnectAttr(connection, attribute, reinterpret_cast<SQLPOINTER>(value), 0));
 }
 
 } // namespace
@@ -50,16 +51,39 @@ OdbcHandle::OdbcHandle(SQLSMALLINT type, SQLHANDLE parent) : m_type(type) {
                       0);
 }
 
+std::string OdbcState(SQLSMALLINT type, SQLHANDLE handle) {
+    SQLWCHAR state[6] = {};
+    SQLWCHAR message[2] = {};
+    SQLINTEGER number = 0;
+    SQLSMALLINT length = 0;
+    return SQL_SUCCEEDED(SQLGetDiagRecW(type, handle, 1, state, &number, message,
+                                        std::size(message), &length))
+               ? FromWide(state, 5)
+               : std::string();
+}
+
 OdbcConnection::OdbcConnection(const std::string& connection, Access access)
-    : m_environment(SQL_HANDLE_ENV, SQL_NULL_HANDLE), m_handle(SQL_HANDLE_DBC, m_environment.Get()),
-      m_isWriting(access == Access::Write) {
-    if (m_isWriting) {
-        SetAttribute(m_handle.Get(), SQL_ATTR_AUTOCOMMIT, SQL_AUTOCOMMIT_OFF);
+    : m_environment(SQL_HANDLE_ENV, SQL_NULL_HANDLE),
+      m_handle(SQL_HANDLE_DBC, m_environment.Get()) {
+    Connect(connection, access);
+    try {
+        if (!SetAttribute(m_handle.Get(), SQL_ATTR_AUTOCOMMIT, SQL_AUTOCOMMIT_OFF) &&
+            access == Access::Write)
+            OdbcFail(Text(IDS_VQ_CANNOT_PREPARE_TRANSACTION), SQL_HANDLE_DBC, m_handle.Get());
+        if (access == Access::Read)
+            MakeReadOnly();
+    } catch (...) {
+        SQLDisconnect(m_handle.Get());
+        throw;
+    }
+}
+
+void OdbcConnection::Connect(const std::string& connection, Access access) {
+    if (access == Access::Write)
         // So that nobody changes a value between the look at it and its update.
         SetAttribute(m_handle.Get(), SQL_ATTR_TXN_ISOLATION, SQL_TXN_SERIALIZABLE);
-    } else {
+    else
         SetAttribute(m_handle.Get(), SQL_ATTR_ACCESS_MODE, SQL_MODE_READ_ONLY); // a hint
-    }
     std::vector<SQLWCHAR> text = ToWide(connection);
     const SQLRETURN result = SQLDriverConnectW(m_handle.Get(), nullptr, text.data(), SQL_NTS,
                                                nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT);
@@ -67,10 +91,27 @@ OdbcConnection::OdbcConnection(const std::string& connection, Access access)
         OdbcFail(Text(IDS_VQ_CANNOT_CONNECT), SQL_HANDLE_DBC, m_handle.Get());
 }
 
+/// For this transaction alone: a session may be lent to somebody else after us, by a pool.
+void OdbcConnection::MakeReadOnly() {
+    std::vector<SQLWCHAR> text = ToWide("SET TRANSACTION READ ONLY");
+    const std::unique_ptr<OdbcHandle> statement = NewStatement();
+    if (!SQL_SUCCEEDED(SQLExecDirectW(statement->Get(), text.data(), SQL_NTS)))
+        SQLEndTran(SQL_HANDLE_DBC, m_handle.Get(), SQL_ROLLBACK); // no such statement there
+}
+
 OdbcConnection::~OdbcConnection() {
-    if (m_isWriting)
-        SQLEndTran(SQL_HANDLE_DBC, m_handle.Get(), SQL_ROLLBACK);
+    SQLEndTran(SQL_HANDLE_DBC, m_handle.Get(), SQL_ROLLBACK);
     SQLDisconnect(m_handle.Get());
+}
+
+SqlServer OdbcConnection::GetServer() const {
+    SQLWCHAR name[64] = {};
+    SQLSMALLINT bytes = 0;
+    if (!SQL_SUCCEEDED(SQLGetInfoW(m_handle.Get(), SQL_DBMS_NAME, name, sizeof name, &bytes)))
+        return SqlServer::Other;
+    return ServerOf(FromWide(
+        name, std::min(static_cast<std::size_t>(std::max<SQLSMALLINT>(bytes, 0)) / sizeof(SQLWCHAR),
+                       std::size(name) - 1)));
 }
 
 std::unique_ptr<OdbcHandle> OdbcConnection::NewStatement() const {

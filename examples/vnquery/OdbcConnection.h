@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Odbc.h"
+#include "QueryGuard.h"
 
 #include <memory>
 #include <string>
@@ -27,23 +28,34 @@ class OdbcConnection {
 public:
     enum class Access { Read, Write };
 
-    /// Write begins a transaction; nothing is committed by itself. Throws Failure.
+    /// Everything runs in a transaction; nothing is committed by itself. With Read that is one in
+    /// which the server itself refuses changes, if it has such (PostgreSQL, MariaDB and MySQL,
+    /// Oracle), else one that is only undone. What a function of the server does outside of its
+    /// transactions (files, other servers) is beyond both. Throws Failure; so does Write on a
+    /// driver without transactions.
     OdbcConnection(const std::string& connection, Access access);
     ~OdbcConnection();
     OdbcConnection(const OdbcConnection&) = delete;
     OdbcConnection& operator=(const OdbcConnection&) = delete;
 
     std::unique_ptr<OdbcHandle> NewStatement() const;
+    /// How the server reads SQL text.
+    SqlServer GetServer() const;
     /// What the server wants around names; "" for nothing.
     std::string GetNameQuote() const;
     /// SQL_COMMIT or SQL_ROLLBACK. Throws Failure.
     void EndTransaction(SQLSMALLINT how);
 
 private:
+    void Connect(const std::string& connection, Access access);
+    void MakeReadOnly();
+
     OdbcHandle m_environment;
     OdbcHandle m_handle;
-    bool m_isWriting;
 };
+
+/// The SQLSTATE of the handle's first message; "" without one.
+std::string OdbcState(SQLSMALLINT type, SQLHANDLE handle);
 
 /// Throws Failure with what was tried and the driver's own words, or Interrupted.
 [[noreturn]] void OdbcFail(const std::string& what, SQLSMALLINT type, SQLHANDLE handle);

@@ -44,11 +44,12 @@ ColumnKind KindOf(SQLSMALLINT sqlType) {
 OdbcSource::OdbcSource(const std::string& connection, const std::string& sql, SourceUse use)
     : m_connection(std::make_unique<OdbcConnection>(connection, OdbcConnection::Access::Read)),
       m_statement(m_connection->NewStatement()), m_reader(m_statement->Get()) {
-    std::vector<SQLWCHAR> text = ToWide(sql);
+    Refuse(sql);
     m_watcher = std::jthread([this, asked = CurrentStop()](const std::stop_token& stop) {
         CancelWhenAsked(stop, asked);
     });
-    const SQLRETURN result = SQLExecDirectW(m_statement->Get(), text.data(), SQL_NTS);
+    Prepare(sql);
+    const SQLRETURN result = SQLExecute(m_statement->Get());
     if (result != SQL_NO_DATA)
         Check(result, IDS_VQ_CANNOT_RUN);
     DescribeColumns();
@@ -57,6 +58,34 @@ OdbcSource::OdbcSource(const std::string& connection, const std::string& sql, So
 }
 
 OdbcSource::~OdbcSource() = default;
+
+void OdbcSource::Refuse(const std::string& sql) const {
+    const std::optional<QueryRefusal> refusal = FindRefusal(sql, m_connection->GetServer());
+    if (!refusal)
+        return;
+    switch (refusal->reason) {
+    case QueryRefusal::Reason::Empty:
+        throw Failure(kQueryFailed, Text(IDS_VQ_NO_QUERY));
+    case QueryRefusal::Reason::Several:
+        throw Failure(kQueryFailed, Text(IDS_VQ_MORE_STATEMENTS));
+    case QueryRefusal::Reason::NotAQuery:
+        throw Failure(kQueryFailed, Text(IDS_VQ_NOT_A_QUERY, {refusal->word}));
+    }
+}
+
+/// Asks the driver, before anything runs, whether there will be columns.
+void OdbcSource::Prepare(const std::string& sql) {
+    std::vector<SQLWCHAR> text = ToWide(sql);
+    Check(SQLPrepareW(m_statement->Get(), text.data(), SQL_NTS), IDS_VQ_CANNOT_RUN);
+    SQLSMALLINT count = 0;
+    if (!SQL_SUCCEEDED(SQLNumResultCols(m_statement->Get(), &count))) {
+        const std::string state = OdbcState(SQL_HANDLE_STMT, m_statement->Get());
+        if (state != "HY010" && state != "HYC00" && state != "IM001") // a driver that cannot tell
+            Check(SQL_ERROR, IDS_VQ_CANNOT_RUN);
+    } else if (count == 0) {
+        throw Failure(kQueryFailed, Text(IDS_VQ_NO_RESULT));
+    }
+}
 
 void OdbcSource::CancelWhenAsked(const std::stop_token& stop, const std::stop_token& asked) {
     std::mutex mutex;

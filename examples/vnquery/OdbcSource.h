@@ -12,9 +12,10 @@
 
 namespace vnquery {
 
-/// Runs one query on the server that an ODBC connection string names. Values come in pieces, texts
-/// as UTF-16. What the driver has in memory of the result is the driver's choice: for PostgreSQL,
-/// "UseDeclareFetch=1" in the connection string makes it fetch rows in portions.
+/// Runs one query on the server that an ODBC connection string names. Nothing but a query is ever
+/// run, see FindRefusal and OdbcConnection. Values come in pieces, texts as UTF-16. What the driver
+/// has in memory of the result is the driver's choice: for PostgreSQL, "UseDeclareFetch=1" in the
+/// connection string makes it fetch rows in portions.
 class OdbcSource : public RowSource {
 public:
     OdbcSource(const std::string& connection, const std::string& sql,
@@ -28,6 +29,8 @@ public:
     void Read(std::size_t column, ValueSink& sink) override;
 
 private:
+    void Refuse(const std::string& sql) const;
+    void Prepare(const std::string& sql);
     void DescribeColumns();
     void PlanEditing(const std::string& sql);
     std::string GetAttribute(std::size_t column, SQLUSMALLINT attribute) const;

@@ -18,6 +18,11 @@ namespace {
 
 bool EqualsNoCase(const char* a, const char* b) { return sqlite3_stricmp(a, b) == 0; }
 
+std::string FirstWord(const std::string& sql) {
+    const std::string words = NormaliseSql(sql);
+    return words.substr(0, words.find(' '));
+}
+
 } // namespace
 
 SqliteSource::SqliteSource(const std::string& file, const std::string& sql, SourceUse use)
@@ -31,6 +36,10 @@ SqliteSource::SqliteSource(const std::string& file, const std::string& sql, Sour
     const int count = sqlite3_column_count(m_statement.get());
     if (count == 0)
         throw Failure(kQueryFailed, Text(IDS_VQ_NO_RESULT));
+    // The database is open for reading only; this says so before anything runs, and keeps other
+    // files that a statement could name from being written, too.
+    if (!sqlite3_stmt_readonly(m_statement.get()))
+        throw Failure(kQueryFailed, Text(IDS_VQ_NOT_A_QUERY, {FirstWord(sql)}));
     for (int i = 0; i < count; ++i) {
         m_names.emplace_back(sqlite3_column_name(m_statement.get(), i));
         const char* type = sqlite3_column_decltype(m_statement.get(), i);
@@ -42,8 +51,7 @@ SqliteSource::SqliteSource(const std::string& file, const std::string& sql, Sour
 
 SqliteSource::~SqliteSource() = default;
 
-// --- queries of one table
-// -------------------------------------------------------------------------
+// --- queries of one table ------------------------------------------------------------------------
 
 /// Neither a view nor a virtual table.
 bool SqliteSource::IsPlainTable(const char* schema, const char* table) {

@@ -71,6 +71,13 @@ TEST_F(Faults, DatabasesAndQueries) {
     ExpectFailure(1, {"--db", db, "--sql", "select 1; select 2"}, {"more than one"});
     ExpectFailure(1, {"--db", db, "--sql", "delete from t"}, {"changes nothing"});
     ExpectFailure(1, {"--db", db, "--sql", "select abs(-9223372036854775808)"}, {"overflow"});
+    ExpectFailure(1, {"--db", db, "--sql", "delete from t returning v"}, {"not run", "DELETE"});
+    ExpectFailure(1, {"--db", db, "--sql", "pragma journal_mode = wal"}, {"not run", "PRAGMA"});
+    for (const std::string& sql :
+         {"vacuum into '" + File("other") + "'", "attach '" + File("other") + "' as other"})
+        ExpectFailure(1, {"--db", db, "--sql", sql}, {"changes nothing"});
+    EXPECT_NE(Query("select count(*) || ' row' from t").out.find("1 row"), std::string::npos);
+    EXPECT_FALSE(std::filesystem::exists(File("other")));
     ExpectFailure(1, {"--connect", "DSN=no such source", "--sql", "select 1"},
                   {"cannot connect", "IM002"});
 }

@@ -66,8 +66,41 @@ od -An -v -tx1 "$folder/data.out" | tr -d ' \n' | cmp - "$folder/hex.expected" |
 
 code=0; run --sql "select nothing from doc" || code=$?
 [ $code -eq 1 ] && grep -q 'nothing' "$folder/err" || fail "a wrong query gives code $code"
-code=0; run --sql "create table u(v int)" >/dev/null || code=$?
-[ $code -eq 1 ] || fail "a statement without result gives code $code"
+
+# Nothing but a query runs, whatever stands in it, and nothing that a query calls changes anything.
+sql <<'SQL'
+create table victim(a int);
+insert into victim values (1), (2), (3);
+create sequence numbers;
+create function harm() returns int language sql as 'delete from victim returning a';
+create function sly() returns int language plpgsql as
+    $$ begin perform set_config('transaction_read_only', 'off', false);
+       delete from victim; return 1; end $$;
+SQL
+before=$(sql -c "select (select count(*) from victim), (select last_value from numbers), (select count(*) from pg_class)")
+for portions in "" ";UseDeclareFetch=1" ";UseServerSidePrepare=0"; do
+    while IFS='|' read -r statement reason; do
+        code=0
+        "$vnquery" --connect "$connection$portions" --sql "$statement" >"$folder/out" 2>"$folder/err" || code=$?
+        [ $code -eq 1 ] && grep -q "$reason" "$folder/err" || fail "$statement gives code $code"
+        after=$(sql -c "select (select count(*) from victim), (select last_value from numbers), (select count(*) from pg_class)")
+        [ "$before" = "$after" ] || fail "$statement changed something"
+    done <<'STATEMENTS'
+delete from victim|not run
+drop table victim|not run
+update victim set a = 1|not run
+insert into victim values (4)|not run
+delete from victim returning a|not run
+with gone as (delete from victim returning a) select * from gone|not run
+select * into copied from victim|not run
+create table copied(a int)|not run
+select 1; delete from victim|more than one
+select 1; commit; delete from victim|more than one
+select harm()|read-only
+select sly()|read
+select nextval('numbers')|read-only
+STATEMENTS
+done
 
 # Cells written back, in portions as above and not.
 sql <<'SQL'
