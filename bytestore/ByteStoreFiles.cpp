@@ -87,8 +87,11 @@ void CByteStore::Flush(int fromCurrent) {
         const DWORD used = m_dwLength - GetIndexFromPageNum(page->GetPageNum());
         if (used >= kPageSize && WriteRun(page))
             continue;
+        const ULONGLONG end = m_ullImageEnd;
         page->SwapOut(m_file, std::min(used, kPageSize), 0);
         SetOnFile(page->GetPageNum(), true);
+        // The last page is stored up to the length only, and is short when it is read back.
+        m_ullImageEnd = std::max(end, ULONGLONG{m_dwLength} - used + std::min(used, kPageSize));
     }
     try {
         // A last page that left memory was written whole, and the end may never have been stored.
@@ -183,6 +186,8 @@ bool CByteStore::RenameImageTo(const char* name) {
     System& system = System::Current();
     vnbytstr::FileStatus target;
     const int missing = system.GetFileStatus(name, target);
+    if (missing != ENOENT)
+        ThrowIf(missing, name); // it may be a link, which is not to be replaced
     if (missing == 0 && (target.isLink || !target.isRegular || target.isReadOnly))
         return false;
     ThrowIf(system.SyncFile(m_file.m_hFile), m_strFileName);

@@ -6,7 +6,9 @@
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestSystem.h"
 
-#include <algorithm>
+#include <gtest/gtest.h>
+
+#include <cctype>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -45,15 +47,28 @@ private:
 /// Installs a system that works on that place, with 16 pages in memory and the ANSI page 1252.
 class Session {
 public:
-    Session(TestSystem& system, const Place& place) : m_system(system) {
+    Session(TestSystem& system, const Place& place, const SaveScenario& scenario)
+        : m_system(system) {
         system.SetTemporaryFolder(place.temporary);
         system.SetEnvironment("VNBYTSTR_PROFILE", place.home + "profile.ini");
         system.SetMemoryLoad(100);
+        system.SetSyncsNothing();
+        if (scenario.isOtherDevice)
+            system.SetOtherDevice(place.home);
     }
 
 private:
     ScopedSystem m_system;
     ScopedCodePage m_page{1252};
 };
+
+inline std::string TestName(const ::testing::TestParamInfo<SaveScenario>& info) {
+    std::string name = info.param.name;
+    for (char& c : name) {
+        if (!std::isalnum(static_cast<unsigned char>(c)))
+            c = '_';
+    }
+    return name;
+}
 
 } // namespace vnbytstr::test

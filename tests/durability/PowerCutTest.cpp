@@ -20,12 +20,9 @@ protected:
     void Run() {
         Prepare(GetParam(), m_place);
         m_system.emplace(m_place.Root());
-        const Session session(*m_system, m_place);
+        const Session session(*m_system, m_place, GetParam());
         const Saving saving = GetParam().begin(m_place, 1);
-        if (GetParam().isOtherDevice)
-            m_system->Inject(Fault{.call = Call::Rename, .error = EXDEV});
         saving.save();
-        m_system->Inject(std::nullopt);
     }
     std::string TargetName() const { return "home/" + GetParam().target; }
     /// What a target's content is, in a word.
@@ -74,14 +71,6 @@ TEST_P(PowerCut, LeavesTheOldFileOrTheNewOne) {
     }
 }
 
-std::string TestName(const ::testing::TestParamInfo<SaveScenario>& info) {
-    std::string name = info.param.name;
-    for (char& c : name) {
-        if (!std::isalnum(static_cast<unsigned char>(c)))
-            c = '_';
-    }
-    return name;
-}
 INSTANTIATE_TEST_SUITE_P(Saves, PowerCut, ::testing::ValuesIn(SaveScenarios()), TestName);
 
 /// The model itself: what is lost and what is not.

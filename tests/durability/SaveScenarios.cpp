@@ -30,8 +30,15 @@ std::string Random(std::size_t size, unsigned seed) {
     return bytes;
 }
 
-std::string LargeText(unsigned version) { return Random(17 * kPage + 5 + version, version); }
-std::string SmallText(unsigned version) { return Random(70000 + version, version); }
+// Made once each: they are asked for at every turn.
+const std::string& LargeText(unsigned version) {
+    static const std::string texts[] = {"", Random(17 * kPage + 6, 1), Random(17 * kPage + 7, 2)};
+    return texts[version];
+}
+const std::string& SmallText(unsigned version) {
+    static const std::string texts[] = {"", Random(70001, 1), Random(70002, 2)};
+    return texts[version];
+}
 /// Of the first page the end is left out, as a page is written before the beginning of the file.
 std::string Shifted(const std::string& text) {
     return text.substr(0, kPage - kShift) + text.substr(kPage);

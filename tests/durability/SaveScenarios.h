@@ -41,7 +41,7 @@ struct SaveScenario {
     /// Makes what must be there besides the target, such as links.
     std::function<void(const Place& place)> prepare = nullptr;
     Keeps keeps = PowerCut;
-    bool isOtherDevice = false; ///< the first rename fails with EXDEV
+    bool isOtherDevice = false; ///< the home folder is on a device of its own
 };
 
 const std::vector<SaveScenario>& SaveScenarios();

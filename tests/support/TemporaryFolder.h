@@ -4,9 +4,10 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vnbytstr::test {
@@ -36,7 +37,9 @@ public:
     }
     std::string Read(const std::string& name) const {
         std::ifstream file(File(name), std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
+        std::ostringstream content;
+        content << file.rdbuf();
+        return std::move(content).str();
     }
     /// Names of what the folder holds.
     std::vector<std::string> Names() const {

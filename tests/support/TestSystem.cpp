@@ -3,6 +3,7 @@
 #include "platform/framework/Exception.h"
 
 #include <numeric>
+#include <string_view>
 
 namespace vnbytstr::test {
 
@@ -114,7 +115,7 @@ int TestSystem::SetFileLength(FileHandle handle, std::uint64_t length) {
 
 int TestSystem::SyncFile(FileHandle handle) {
     const int error = Failure(Call::Sync);
-    return error ? error : m_real.SyncFile(handle);
+    return error || m_syncsNothing ? error : m_real.SyncFile(handle);
 }
 
 int TestSystem::LockFile(FileHandle handle, bool exclusive, bool wait) {
@@ -140,8 +141,10 @@ int TestSystem::RemoveFile(const char* name) {
 }
 
 int TestSystem::RenameFile(const char* from, const char* to, bool replace) {
-    const int error = Failure(Call::Rename);
-    return error ? error : m_real.RenameFile(from, to, replace);
+    if (const int error = Failure(Call::Rename))
+        return error;
+    const auto isThere = [&](std::string_view name) { return name.starts_with(m_otherDevice); };
+    return isThere(from) != isThere(to) ? EXDEV : m_real.RenameFile(from, to, replace);
 }
 
 int TestSystem::ReleaseScratch(FileHandle handle) {
@@ -156,7 +159,7 @@ int TestSystem::CopyPermissions(const char* from, FileHandle handle) {
 
 int TestSystem::SyncFolder(const char* folder) {
     const int error = Failure(Call::SyncFolder);
-    return error ? error : m_real.SyncFolder(folder);
+    return error || m_syncsNothing ? error : m_real.SyncFolder(folder);
 }
 
 int TestSystem::MakeFolder(const char* folder) {

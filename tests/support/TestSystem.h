@@ -64,6 +64,11 @@ public:
     /// What MatchFontFamily answers.
     void SetFontFamily(const std::string& family) { m_fontFamily = family; }
     void SetVersion(SystemVersion version) { m_version = version; }
+    /// Puts that folder (with a slash at its end) on a device of its own: no file is renamed into
+    /// it or out of it.
+    void SetOtherDevice(const std::string& folder) { m_otherDevice = folder; }
+    /// Lets syncing succeed without waiting for the disk.
+    void SetSyncsNothing() { m_syncsNothing = true; }
 
     /// Sets the one fault, counting from now; none takes it away.
     void Inject(std::optional<Fault> fault);
@@ -138,6 +143,8 @@ private:
     std::optional<bool> m_dbcs, m_middleEast;
     std::optional<SystemVersion> m_version;
     std::map<std::string, std::string> m_environment;
+    std::string m_otherDevice;
+    bool m_syncsNothing = false;
     std::optional<Fault> m_fault;
     unsigned m_seen = 0, m_hits = 0;
     std::array<unsigned, static_cast<std::size_t>(Call::Any)> m_counts{};
