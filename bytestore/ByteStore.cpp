@@ -26,30 +26,33 @@
 #include <array>
 #include <cassert>
 #include <cstring>
+#include <utility>
 
 namespace {
 constexpr int kInitialMaxPages = 64;
 constexpr DWORD kPageSize = CBytePage::m_dwPageSize;
 } // namespace
 
-CByteStore::CByteStore() { Init(); }
+CByteStore::CByteStore() noexcept { Init(); }
 
 // A constructor that ends in an exception runs no destructor of its own, so the content is filled
 // in by a store that is complete already.
 CByteStore::CByteStore(CByteStore& source) : CByteStore() {
     m_nMaxPages = source.m_nMaxPages;
-    CopyFrom(0, source, 0, 0);
+    CopyRetained(source);
 }
 
-CByteStore::CByteStore(CByteStream& source) : CByteStore() { CopyFrom(0, source, 0, 0); }
+CByteStore::CByteStore(const CByteStream& source) : CByteStore() { CopyRetained(source); }
 
 CByteStore::CByteStore(const BYTE* bytes, DWORD count) : CByteStore() { CopyFrom(0, bytes, count); }
 
 CByteStore::CByteStore(const char* hex) : CByteStore() { CopyFromHex(0, hex); }
 
+CByteStore::CByteStore(CByteStore&& source) noexcept : CByteStore() { Swap(source); }
+
 CByteStore::~CByteStore() { Empty(); }
 
-void CByteStore::Init() {
+void CByteStore::Init() noexcept {
     m_bComplete = FALSE;
     m_dwLength = m_dwStart = m_dwCurrent = 0;
     m_nMaxPages = kInitialMaxPages;
@@ -62,24 +65,81 @@ void CByteStore::Init() {
 
 CByteStore& CByteStore::operator=(CByteStore& source) {
     if (&source != this) {
-        Empty();
-        CopyFrom(0, source, 0, 0);
+        CByteStore copy;
+        copy.m_nMaxPages = m_nMaxPages;
+        copy.CopyRetained(source);
+        TakeContent(copy);
     }
     return *this;
 }
 
-CByteStore& CByteStore::operator=(CByteStream& source) {
+CByteStore& CByteStore::operator=(const CByteStream& source) {
     if (source.m_pStore != this) {
-        Empty();
-        CopyFrom(0, source, 0, 0);
+        CByteStore copy;
+        copy.m_nMaxPages = m_nMaxPages;
+        copy.CopyRetained(source);
+        TakeContent(copy);
     }
     return *this;
 }
 
 CByteStore& CByteStore::operator=(const char* hex) {
-    Empty();
-    CopyFromHex(0, hex);
+    CByteStore copy(hex);
+    TakeContent(copy);
     return *this;
+}
+
+CByteStore& CByteStore::operator=(CByteStore&& source) noexcept {
+    if (&source != this) {
+        CByteStore old(std::move(*this));
+        Swap(source);
+    }
+    return *this;
+}
+
+void CByteStore::Swap(CByteStore& other) noexcept {
+    std::swap(m_bComplete, other.m_bComplete);
+    std::swap(m_dwLength, other.m_dwLength);
+    std::swap(m_dwStart, other.m_dwStart);
+    std::swap(m_dwCurrent, other.m_dwCurrent);
+    std::swap(m_nMaxPages, other.m_nMaxPages);
+    m_arrPages.Swap(other.m_arrPages);
+    std::swap(m_strFileName, other.m_strFileName);
+    m_file.Swap(other.m_file);
+    std::swap(m_bAutoDelete, other.m_bAutoDelete);
+    m_arrLoaded.swap(other.m_arrLoaded);
+    m_arrOnFile.swap(other.m_arrOnFile);
+    std::swap(m_dwPagesOnFile, other.m_dwPagesOnFile);
+    m_pPending.swap(other.m_pPending);
+    std::swap(m_ullImageEnd, other.m_ullImageEnd);
+    std::swap(m_dwTouches, other.m_dwTouches);
+    std::swap(m_bNameIsOurs, other.m_bNameIsOurs);
+    std::swap(m_bReadFailed, other.m_bReadFailed);
+    std::swap(m_bImageHasName, other.m_bImageHasName);
+}
+
+/// Drops the content as Empty does and takes that of `result`, a store of its own that is not
+/// needed any more. What the user set stays: the auto-delete flag and, while the new content has no
+/// swap file, the name of the last one.
+void CByteStore::TakeContent(CByteStore& result) noexcept {
+    Swap(result);
+    m_bAutoDelete = result.m_bAutoDelete;
+    result.Empty();
+    if (m_strFileName.IsEmpty())
+        std::swap(m_strFileName, result.m_strFileName);
+    CheckInvariants();
+}
+
+/// Puts what the source still holds into this store, which is empty, at the same indexes.
+void CByteStore::CopyRetained(CByteStore& source) {
+    Concat(source.m_dwStart);
+    CopyFrom(m_dwLength, source, source.m_dwStart, 0);
+}
+
+void CByteStore::CopyRetained(const CByteStream& source) {
+    const DWORD start = source.GetStart();
+    Concat(start);
+    CopyFrom(m_dwLength, source, start, 0);
 }
 
 void CByteStore::CheckLength(ULONGLONG length) {

@@ -25,6 +25,23 @@ private:
     bool m_bKept = false;
 };
 
+/// Empties a destination, and once more unless Keep was called.
+class CByteStore::EmptyGuard {
+public:
+    explicit EmptyGuard(CByteStore& store) : m_store(store) { m_store.Empty(); }
+    ~EmptyGuard() {
+        if (!m_bKept)
+            m_store.Empty();
+    }
+    EmptyGuard(const EmptyGuard&) = delete;
+    EmptyGuard& operator=(const EmptyGuard&) = delete;
+    void Keep() { m_bKept = true; }
+
+private:
+    CByteStore& m_store;
+    bool m_bKept = false;
+};
+
 namespace vnbytstr::detail {
 /// Most bytes that go through an intermediate buffer at once.
 inline constexpr DWORD kChunk = 65536;

@@ -84,28 +84,28 @@ int CByteStore::MemCmp(CByteStore& other) {
     return 0;
 }
 
-BOOL CByteStore::operator==(CByteStore& other) {
+bool CByteStore::operator==(CByteStore& other) {
     return &other == this || (m_dwLength == other.m_dwLength && MemCmp(other) == 0);
 }
 
-BOOL CByteStore::operator==(const CByteStream& other) {
+bool CByteStore::operator==(const CByteStream& other) {
     if (other.m_pStore)
         return *this == *other.m_pStore;
     if (m_dwLength != other.m_dwLength)
-        return FALSE;
+        return false;
     for (DWORD index = std::max(m_dwStart, other.m_dwStart); index < m_dwLength;) {
         DWORD number, position;
         GetPageNumFromIndex(index, number, position);
         const DWORD taken = std::min(m_dwLength - index, kPageSize - position);
         const BYTE* ours = GetPageFromPageNum(number)->GetData() + position;
         if (std::memcmp(ours, other.m_pBuffer + index, taken) != 0)
-            return FALSE;
+            return false;
         index += taken;
     }
-    return TRUE;
+    return true;
 }
 
-BOOL CByteStore::operator==(const char* hex) {
+bool CByteStore::operator==(const char* hex) {
     CByteStore other(hex);
     return *this == other;
 }

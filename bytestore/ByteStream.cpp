@@ -24,13 +24,25 @@
 #include <cstring>
 #include <functional>
 #include <memory>
+#include <utility>
 #include <vector>
 
 DWORD CByteStream::m_dwMaxSizeInMemory = 0;
 
 // Constructors fill in the content through a stream that is complete already, so that an exception
 // frees it.
-CByteStream::CByteStream(const CByteStream& other) : CByteStream() { CopyFrom(0, other, 0, 0); }
+CByteStream::CByteStream(const CByteStream& other) : CByteStream() { CopyRetained(other); }
+
+CByteStream::CByteStream(CByteStore& store) : CByteStream() { CopyRetained(store); }
+
+CByteStream::CByteStream(CByteStore&& store) : CByteStream() {
+    if (store.GetLength() > GetMaxSizeInMemory())
+        m_pStore = new CByteStore(std::move(store));
+    else
+        CopyRetained(store);
+}
+
+CByteStream::CByteStream(CByteStream&& other) noexcept : CByteStream() { Swap(other); }
 
 CByteStream::CByteStream(const BYTE* bytes, DWORD count) : CByteStream() {
     CopyFrom(0, bytes, count);
@@ -40,7 +52,7 @@ CByteStream::CByteStream(const char* hex) : CByteStream() { CopyFromHex(0, hex);
 
 CByteStream::~CByteStream() { FreeContent(); }
 
-void CByteStream::Init() {
+void CByteStream::Init() noexcept {
     m_pBuffer = nullptr;
     m_dwLength = m_dwAllocated = m_dwCurrent = m_dwStart = 0;
     m_nBufferMode = kInternal;
@@ -49,7 +61,7 @@ void CByteStream::Init() {
     m_bAutoDelete = TRUE;
 }
 
-void CByteStream::FreeContent() {
+void CByteStream::FreeContent() noexcept {
     if (m_nBufferMode == kInternal)
         std::free(m_pBuffer);
     delete m_pStore;
@@ -57,20 +69,124 @@ void CByteStream::FreeContent() {
     m_pStore = nullptr;
 }
 
+void CByteStream::Swap(CByteStream& other) noexcept {
+    std::swap(m_pBuffer, other.m_pBuffer);
+    std::swap(m_dwLength, other.m_dwLength);
+    std::swap(m_dwAllocated, other.m_dwAllocated);
+    std::swap(m_nBufferMode, other.m_nBufferMode);
+    std::swap(m_dwCurrent, other.m_dwCurrent);
+    std::swap(m_pStore, other.m_pStore);
+    std::swap(m_bComplete, other.m_bComplete);
+    std::swap(m_dwStart, other.m_dwStart);
+    std::swap(m_bAutoDelete, other.m_bAutoDelete);
+}
+
+// --- assignment ----------------------------------------------------------------------------------
+
 CByteStream& CByteStream::operator=(const CByteStream& other) {
-    if (&other != this) {
-        CheckWritable();
-        Empty(0);
-        CopyFrom(0, other, 0, 0);
+    if (&other == this)
+        return *this;
+    CheckWritable();
+    const bool fits = !m_pStore && !other.m_pStore && other.m_dwLength <= m_dwAllocated;
+    if (m_nBufferMode == kWritable || fits) {
+        PutIntoBuffer(other);
+        return *this;
     }
+    const bool inStore = m_pStore != nullptr;
+    CByteStream copy;
+    copy.LieAs(*this);
+    copy.CopyRetained(other);
+    TakeContent(copy);
+    if (inStore)
+        m_pStore->SetComplete(FALSE);
     return *this;
 }
 
 CByteStream& CByteStream::operator=(const char* hex) {
     CheckWritable();
-    Empty(0);
-    CopyFromHex(0, hex);
+    const CByteStream bytes(hex);
+    return *this = bytes;
+}
+
+CByteStream& CByteStream::operator=(CByteStream&& other) noexcept {
+    if (&other == this)
+        return *this;
+    if (m_nBufferMode == kWritable && other.m_nBufferMode == kInternal && !other.m_pStore &&
+        other.m_dwLength <= m_dwAllocated) {
+        PutIntoBuffer(other);
+        return *this;
+    }
+    CByteStream old(std::move(*this));
+    Swap(other);
     return *this;
+}
+
+/// Makes an empty stream one that lies in a store, if `other` does.
+void CByteStream::LieAs(const CByteStream& other) {
+    if (other.m_pStore)
+        m_pStore = new CByteStore;
+}
+
+/// Puts what the source still holds into this stream, which is empty, at the same indexes.
+template <class Source>
+void CByteStream::CopyRetained(Source& source) {
+    DWORD start, end;
+    source.GetRange(start, end);
+    if (!m_pStore) {
+        if (end > GetMaxSizeInMemory())
+            m_pStore = new CByteStore;
+        else
+            AllocTo(end); // by its least size it may pass the limit
+    }
+    if (m_pStore) {
+        m_pStore->CopyRetained(source);
+        return;
+    }
+    if (end > start)
+        source.CopyTo(start, m_pBuffer + start, end - start, end - start);
+    m_dwLength = end;
+    m_dwStart = start;
+    CheckInvariants();
+}
+
+/// Copies what the source still holds into the buffer, at the same indexes; it may lie in that
+/// buffer. Cause 3 when the buffer is too small. Nothing has changed after an exception, and there
+/// is none when the source is in memory and fits.
+void CByteStream::PutIntoBuffer(const CByteStream& source) {
+    const DWORD start = source.GetStart();
+    const DWORD end = source.GetLength();
+    if (end > m_dwAllocated)
+        throw new CCacheException(CCacheException::kReadOnly);
+    if (source.m_pStore && end > start) {
+        std::vector<BYTE> bytes(end - start); // a page may be past reading
+        source.CopyTo(start, bytes.data(), end - start, end - start);
+        std::memcpy(m_pBuffer + start, bytes.data(), bytes.size());
+    } else if (end > start) {
+        std::memmove(m_pBuffer + start, source.m_pBuffer + start, end - start);
+    }
+    m_dwLength = end;
+    m_dwStart = start;
+    m_dwCurrent = 0;
+    CheckInvariants();
+}
+
+/// The content becomes that of `result`, a stream that LieAs and CopyRetained or appending have
+/// made, and that is not needed any more.
+void CByteStream::TakeContent(CByteStream& result) {
+    if (m_nBufferMode == kWritable) {
+        PutIntoBuffer(result);
+        return;
+    }
+    const BOOL complete = GetComplete();
+    if (m_pStore) {
+        m_pStore->TakeContent(*result.m_pStore);
+    } else {
+        const BOOL autoDelete = m_bAutoDelete;
+        Swap(result);
+        SetAutoDelete(autoDelete);
+    }
+    SetComplete(complete);
+    CheckInvariants();
 }
 
 // --- buffers -------------------------------------------------------------------------------------

@@ -251,13 +251,13 @@ DWORD CByteStream::Find(const CByteStream& pattern, DWORD start) const {
     return found ? static_cast<DWORD>(*found) : kNotFound;
 }
 
-BOOL CByteStream::operator==(const CByteStream& other) const {
+bool CByteStream::operator==(const CByteStream& other) const {
     if (this == &other)
-        return TRUE;
+        return true;
     if (GetLength() != other.GetLength())
-        return FALSE;
+        return false;
     if (GetLength() == 0)
-        return TRUE;
+        return true;
     if (m_pStore)
         return *m_pStore == other;
     if (other.m_pStore)
@@ -267,7 +267,7 @@ BOOL CByteStream::operator==(const CByteStream& other) const {
            std::memcmp(m_pBuffer + start, other.m_pBuffer + start, m_dwLength - start) == 0;
 }
 
-BOOL CByteStream::operator==(const char* hex) const { return *this == CByteStream(hex); }
+bool CByteStream::operator==(const char* hex) const { return *this == CByteStream(hex); }
 
 // --- moving --------------------------------------------------------------------------------------
 

@@ -4,6 +4,23 @@
 #include "bytestore/ByteStoreInternal.h"
 #include "vnbytstr/ByteStream.h"
 
+/// Empties a destination, and once more unless Keep was called.
+class CByteStream::EmptyGuard {
+public:
+    explicit EmptyGuard(CByteStream& stream) : m_stream(stream) { m_stream.Empty(0); }
+    ~EmptyGuard() {
+        if (!m_bKept)
+            m_stream.Empty(0);
+    }
+    EmptyGuard(const EmptyGuard&) = delete;
+    EmptyGuard& operator=(const EmptyGuard&) = delete;
+    void Keep() { m_bKept = true; }
+
+private:
+    CByteStream& m_stream;
+    bool m_bKept = false;
+};
+
 /// Gives the content the length back that it had when the guard was made, unless Keep was called.
 class CByteStream::LengthGuard {
 public:

@@ -68,12 +68,14 @@ bool CByteStore::TranslateRange(SliceTranslator& translator, DWORD index, DWORD 
 int CByteStore::TranslateCCSID(WORD from, WORD to, CByteStore& destination,
                                STranslationReport* report) {
     if (&destination == this) {
-        CByteStore copy;
-        const int result = TranslateCCSID(from, to, copy, report);
-        *this = copy;
-        return result;
+        CByteStore translated;
+        translated.m_nMaxPages = m_nMaxPages;
+        if (!TranslateCCSID(from, to, translated, report))
+            return 0;
+        TakeContent(translated);
+        return 1;
     }
-    destination.Empty();
+    EmptyGuard guard(destination);
     SliceTranslator translator(from, to);
     if (!translator.IsValid())
         return 0;
@@ -81,7 +83,10 @@ int CByteStore::TranslateCCSID(WORD from, WORD to, CByteStore& destination,
         TranslateRange(translator, m_dwStart, m_dwLength - m_dwStart,
                        [&](const BYTE* bytes, DWORD count) { destination.Concat(bytes, count); });
     translator.Report(report);
-    return done ? 1 : 0;
+    if (!done)
+        return 0;
+    guard.Keep();
+    return 1;
 }
 
 int CByteStore::TranslateCCSID(DWORD index, DWORD count, BYTE* out, DWORD* outLength, WORD from,
@@ -135,7 +140,7 @@ int CByteStream::TranslateCCSID(WORD from, WORD to, CByteStream& destination,
     if (&destination == this)
         return destination.TranslateCCSID(from, to, report);
     destination.CheckWritable();
-    destination.Empty(0);
+    EmptyGuard guard(destination);
     SliceTranslator translator(from, to);
     if (!translator.IsValid())
         return 0;
@@ -143,39 +148,20 @@ int CByteStream::TranslateCCSID(WORD from, WORD to, CByteStream& destination,
         TranslateRange(translator, GetStart(), GetLength() - GetStart(),
                        [&](const BYTE* bytes, DWORD count) { destination.Concat(bytes, count); });
     translator.Report(report);
-    return done ? 1 : 0;
+    if (!done)
+        return 0;
+    guard.Keep();
+    return 1;
 }
 
 int CByteStream::TranslateCCSID(WORD from, WORD to, STranslationReport* report) {
     CheckWritable();
     CByteStream translated;
+    translated.LieAs(*this);
     if (!static_cast<const CByteStream&>(*this).TranslateCCSID(from, to, translated, report))
         return 0;
     TakeContent(translated);
     return 1;
-}
-
-/// The content becomes that of `other`, a stream with a block or store of its own that is not
-/// needed any more.
-void CByteStream::TakeContent(CByteStream& other) {
-    if (m_nBufferMode == kWritable) {
-        if (other.GetLength() > m_dwAllocated)
-            throw new CCacheException(CCacheException::kReadOnly);
-        other.CopyTo(0, m_pBuffer, 0, other.GetLength());
-        m_dwLength = other.GetLength();
-        m_dwCurrent = m_dwStart = 0;
-        return;
-    }
-    const BOOL complete = GetComplete();
-    const BOOL autoDelete = GetAutoDelete();
-    std::swap(m_pBuffer, other.m_pBuffer);
-    std::swap(m_dwAllocated, other.m_dwAllocated);
-    std::swap(m_pStore, other.m_pStore);
-    m_dwLength = other.m_dwLength;
-    m_dwCurrent = m_dwStart = 0;
-    SetComplete(complete);
-    SetAutoDelete(autoDelete);
-    CheckInvariants();
 }
 
 int CByteStream::TranslateCCSID(DWORD index, DWORD count, BYTE* out, DWORD* outLength, WORD from,

@@ -1,6 +1,6 @@
 // The Encrypt and Decrypt members of CByteStore and CByteStream.
 
-#include "vnbytstr/ByteStream.h"
+#include "bytestore/ByteStreamInternal.h"
 #include "vnbytstr/CryptoException.h"
 #include "vnbytstr/DES.h"
 
@@ -64,11 +64,13 @@ private:
 int CByteStore::Encipher(bool encrypt, CDES& cipher, CByteStore& destination) {
     if (&destination == this) {
         CByteStore result;
-        const int done = Encipher(encrypt, cipher, result);
-        *this = result;
-        return done;
+        result.m_nMaxPages = m_nMaxPages;
+        if (!Encipher(encrypt, cipher, result))
+            return 0;
+        TakeContent(result);
+        return 1;
     }
-    destination.Empty();
+    EmptyGuard guard(destination);
     Piece piece;
     DWORD index = m_dwStart;
     do {
@@ -79,13 +81,12 @@ int CByteStore::Encipher(bool encrypt, CDES& cipher, CByteStore& destination) {
             CopyTo(index, bytes.data(), count, count);
         std::fill_n(bytes.begin() + count, 8, BYTE{0});
         const std::optional<DWORD> length = piece.Run(cipher, encrypt, bytes.data(), count);
-        if (!length) {
-            destination.Empty();
+        if (!length)
             return 0;
-        }
         destination.Concat(piece.Result(), *length);
         index += count;
     } while (index < m_dwLength);
+    guard.Keep();
     return 1;
 }
 
@@ -107,6 +108,7 @@ int CByteStream::Encipher(bool encrypt, CDES& cipher) {
     CheckWritable();
     Piece piece;
     CByteStream result;
+    result.LieAs(*this);
     DWORD index = GetStart();
     do {
         const DWORD count = std::min(GetLength() - index, kPiece);

@@ -8,8 +8,7 @@
 
 void CDiffieHellman::Assign(CByteStream& stream, const BYTE* bytes, WORD length) {
     const CByteStream copy(bytes, length); // they may be the stream's own
-    stream.Empty(0);
-    stream.Concat(copy);
+    stream = copy;
 }
 
 CByteStream CDiffieHellman::Take(const CByteStream& value, int length) {

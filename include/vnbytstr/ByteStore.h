@@ -99,20 +99,31 @@ public:
     static constexpr DWORD kNotFound = 0xFFFFFFFF; ///< Find: the pattern does not occur
 
     /// Empty, in memory only.
-    CByteStore();
-    /// A copy (not of the start: a source with discarded bytes throws cause 0).
+    CByteStore() noexcept;
+    /// A copy of the bytes that the source still holds, at their indexes; the start is copied too.
+    /// The source is not const, since reading brings its pages into memory: a const store can be
+    /// neither read nor copied.
     CByteStore(CByteStore& source);
-    explicit CByteStore(CByteStream& source);
+    CByteStore(const CByteStream& source);
     CByteStore(const BYTE* bytes, DWORD count);
     /// From hex text, as CopyFromHex reads it.
-    explicit CByteStore(const char* hex);
+    CByteStore(const char* hex);
+    /// Takes all that the source has, its swap file, flags and cursor too, and leaves it as a new
+    /// store is.
+    CByteStore(CByteStore&& source) noexcept;
     /// Deletes the swap file when auto-delete is on.
     ~CByteStore() override;
 
-    /// Replaces the content by a copy. Assigning an object to itself changes nothing.
+    /// Replaces the content by a copy, made as the constructors make it. The old content is dropped
+    /// once the copy is complete, as Empty drops it, so that it is still there after an exception;
+    /// for a moment there is need of room for both. The auto-delete flag stays: when it is off, the
+    /// old file stays too, and so will a swap file that the copy needs. The complete flag and the
+    /// cursor become 0. Assigning an object to itself changes nothing.
     CByteStore& operator=(CByteStore& source);
-    CByteStore& operator=(CByteStream& source);
+    CByteStore& operator=(const CByteStream& source);
     CByteStore& operator=(const char* hex);
+    /// Empties this store and takes all that the source has, its flags too; see the constructor.
+    CByteStore& operator=(CByteStore&& source) noexcept;
 
     // --- size, range, cursor ---------------------------------------------------------------------
     /// One past the last index.
@@ -175,7 +186,7 @@ public:
     /// Appends hex text, as CopyFromHex reads it.
     void Concat(const char* hex);
     /// Stores nothing: accounts for `count` bytes that were consumed elsewhere, by adding to both
-    /// the length and the start.
+    /// the length and the start. A literal 0 is ambiguous, being a null text too: DWORD{0}.
     void Concat(DWORD count);
 
     // --- copying ---------------------------------------------------------------------------------
@@ -232,12 +243,12 @@ public:
     DWORD Find(const CByteStream& pattern, DWORD start = 0);
 
     /// Same length and same bytes (those that both sides still hold).
-    BOOL operator==(CByteStore& other);
-    BOOL operator==(const CByteStream& other);
-    BOOL operator==(const char* hex);
-    BOOL operator!=(CByteStore& other) { return !(*this == other); }
-    BOOL operator!=(const CByteStream& other) { return !(*this == other); }
-    BOOL operator!=(const char* hex) { return !(*this == hex); }
+    bool operator==(CByteStore& other);
+    bool operator==(const CByteStream& other);
+    bool operator==(const char* hex);
+    bool operator!=(CByteStore& other) { return !(*this == other); }
+    bool operator!=(const CByteStream& other) { return !(*this == other); }
+    bool operator!=(const char* hex) { return !(*this == hex); }
 
     // --- moving and discarding -------------------------------------------------------------------
     /// Moves the bytes from `from` to the end down to `to` (to <= from; anything else does nothing)
@@ -286,7 +297,9 @@ public:
     // A character may lie across pages.
 
     /// Translates the whole content from one coded character set to another into `destination`,
-    /// which is emptied first. 1, or 0 when the pair cannot be translated.
+    /// which is emptied first. 1, or 0 when the pair cannot be translated; `destination` is then
+    /// empty, as it is after an exception. It may be this store: its content is replaced as by an
+    /// assignment when the result is complete, and else stays.
     int TranslateCCSID(WORD from, WORD to, CByteStore& destination,
                        STranslationReport* report = nullptr);
     /// Translates a range (count 0, or too long: up to the end) into `out`; `*outLength` is its
@@ -312,8 +325,9 @@ public:
     //  - Padding needs 32776 bytes for a full piece, so with `pad` a content of 32768 bytes or more
     //    cannot be enciphered: the result is 0. Decrypt takes the padding off every piece.
 
-    /// Enciphers the content into `destination`, which is emptied first. 1, or 0 with an empty
-    /// destination.
+    /// Enciphers the content into `destination`, which is emptied first. 1, or 0; `destination` is
+    /// then empty, as it is after an exception. It may be this store: its content is replaced as by
+    /// an assignment when the result is complete, and else stays.
     int Encrypt(const CByteStream& key, const CByteStream& vector, CDES::EMode mode, bool pad,
                 CByteStore& destination);
     /// Deciphers it. Padding is not checked; where it would take more than there is, the result is
@@ -330,7 +344,7 @@ public:
     DWORD GetSwappedPageCount() const { return m_dwPagesOnFile; }
 
 protected:
-    void Init();
+    void Init() noexcept;
     int GetMaxPages() const { return m_nMaxPages; }
     /// Gives pages back until at most `count` are resident.
     void SetMaxPages(int count);
@@ -355,7 +369,12 @@ protected:
 private:
     friend class CByteStream;
     class LengthGuard;
+    class EmptyGuard;
 
+    void Swap(CByteStore& other) noexcept;
+    void TakeContent(CByteStore& result) noexcept;
+    void CopyRetained(CByteStore& source);
+    void CopyRetained(const CByteStream& source);
     CBytePage* LoadedPage(DWORD number) const {
         return number < m_arrLoaded.size() ? m_arrLoaded[number] : nullptr;
     }
@@ -404,6 +423,7 @@ private:
     void CheckInvariants() const {}
 #endif
 
+    // Swap exchanges every one of these.
     BOOL m_bComplete;
     DWORD m_dwLength;
     DWORD m_dwStart;

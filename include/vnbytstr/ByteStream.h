@@ -28,17 +28,32 @@ public:
     static constexpr DWORD kNotFound = CByteStore::kNotFound;
 
     /// Empty, with a block of its own to come.
-    CByteStream() { Init(); }
+    CByteStream() noexcept { Init(); }
+    /// A copy, in a block or a store of its own, of the bytes that the source still holds, at their
+    /// indexes; the start is copied too.
     CByteStream(const CByteStream& other);
+    CByteStream(CByteStore& store);
+    /// Becomes the store, unless its bytes suit a block.
+    CByteStream(CByteStore&& store);
     CByteStream(const BYTE* bytes, DWORD count);
     /// From hex text, as CopyFromHex reads it.
-    explicit CByteStream(const char* hex);
+    CByteStream(const char* hex);
+    /// Takes all that the other has, flags, cursor and the binding to a caller's buffer too, and
+    /// leaves it as a new stream is.
+    CByteStream(CByteStream&& other) noexcept;
     /// Frees the block and the store, never a caller's buffer.
     ~CByteStream() override;
 
-    /// Replaces the content by a copy. Where the content lies does not change, but for growth.
+    /// Replaces the content by a copy, made as the constructors make it. Where the content lies
+    /// does not change, but for growth; the auto-delete flag stays; the cursor becomes 0. After an
+    /// exception (cause 3 when a caller's buffer is too small) the old content is still there; for
+    /// a moment there is need of room for both.
     CByteStream& operator=(const CByteStream& other);
     CByteStream& operator=(const char* hex);
+    /// Drops the content and takes all that the other has; see the constructor. With one exception:
+    /// a stream on a caller's writable buffer that has room for the bytes of a stream's own block
+    /// gets a copy of them into that buffer, as by the other assignments.
+    CByteStream& operator=(CByteStream&& other) noexcept;
 
     // --- binding to a caller's buffer ------------------------------------------------------------
     /// The stream's content becomes the `length` bytes at `bytes`, not copied, never written. They
@@ -155,10 +170,12 @@ public:
     CByteStream Right(DWORD count) const;
     DWORD Find(const CByteStream& pattern, DWORD start = 0) const;
 
-    BOOL operator==(const CByteStream& other) const;
-    BOOL operator==(const char* hex) const;
-    BOOL operator!=(const CByteStream& other) const { return !(*this == other); }
-    BOOL operator!=(const char* hex) const { return !(*this == hex); }
+    bool operator==(const CByteStream& other) const;
+    bool operator==(CByteStore& store) const { return store == *this; }
+    bool operator==(const char* hex) const;
+    bool operator!=(const CByteStream& other) const { return !(*this == other); }
+    bool operator!=(CByteStore& store) const { return !(store == *this); }
+    bool operator!=(const char* hex) const { return !(*this == hex); }
 
     // --- moving and discarding -------------------------------------------------------------------
     void Shift(DWORD to, DWORD from);
@@ -217,7 +234,7 @@ public:
     const CByteStore* GetStore() const { return m_pStore; }
 
 protected:
-    void Init();
+    void Init() noexcept;
     void AllocTo(DWORD capacity);
     void ExtendTo(DWORD length);
 
@@ -225,14 +242,20 @@ private:
     friend class CByteStore;
     enum Mode { kInternal = 0, kReadOnly = 1, kWritable = 2 };
     class LengthGuard;
+    class EmptyGuard;
 
+    void Swap(CByteStream& other) noexcept;
     DWORD GetStart() const { return m_pStore ? m_pStore->m_dwStart : m_dwStart; }
     DWORD& Cursor() { return m_pStore ? m_pStore->m_dwCurrent : m_dwCurrent; }
     void CheckWritable() const;
     void CheckRange(DWORD index, DWORD count) const;
     DWORD CheckCopy(DWORD index, DWORD count) const;
     void MoveToStore(bool withCursor);
-    void FreeContent();
+    void FreeContent() noexcept;
+    void LieAs(const CByteStream& other);
+    template <class Source>
+    void CopyRetained(Source& source);
+    void PutIntoBuffer(const CByteStream& source);
     BYTE GetByteSlow(DWORD index) const;
     template <std::size_t Width>
     ULONGLONG GetWide(DWORD index) const;

@@ -28,7 +28,7 @@ public:
         kTooLong = 6
     };
 
-    explicit CCacheException(int cause = 0) : m_nCause(cause) {}
+    CCacheException(int cause = 0) : m_nCause(cause) {}
 
     /// Says what the cause means and what to do. The exception knows no file name.
     BOOL GetErrorMessage(char* buffer, UINT size, UINT* helpContext = nullptr) const override;

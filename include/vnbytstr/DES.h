@@ -21,7 +21,7 @@ public:
     /// Key, initialization vector and mode zero; no padding, not segmented.
     CDES() { Init(); }
     CDES(const BYTE* key, int length);
-    explicit CDES(const char* key);
+    CDES(const char* key);
 
     /// Takes the first 8 bytes of the key (zeros for those missing; a negative length is 8; parity
     /// bits do not matter). Ends a segmented run and clears the segmented flag.

@@ -22,13 +22,16 @@ class VNBYTSTR_API CFixedBinary {
 public:
     /// Empty.
     CFixedBinary() = default;
-    /// Zero in `blocks` blocks; empty for 0 or less.
+    /// Zero in `blocks` blocks; empty for 0 or less. Explicit, since in `value + 1` or `value == 1`
+    /// the 1 would be a count of blocks.
     explicit CFixedBinary(int blocks);
-    /// As SetBytes. A stream whose content lies in a store throws CCacheException(2).
+    /// As SetBytes. A stream whose content lies in a store throws CCacheException(2). Explicit,
+    /// since operators between streams (`a < b`, which compares their buffers' addresses) would
+    /// become ambiguous, or calculate.
     explicit CFixedBinary(const CByteStream& bytes);
     CFixedBinary(const BYTE* bytes, int count);
     /// From hex text (see CByteStream::CopyFromHex), as SetBytes takes its bytes.
-    explicit CFixedBinary(const char* hex);
+    CFixedBinary(const char* hex);
 
     int GetLength() const { return m_nLength; }
     /// A smaller length keeps the low blocks. A larger one gives zero: the old value is dropped.

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <utility>
 #include <vector>
 
 namespace vnbytstr::detail {
@@ -56,6 +57,11 @@ public:
         const int first = GetSize();
         InsertAt(first, &other);
         return first;
+    }
+    /// Exchanges the elements of two arrays. Extension.
+    void Swap(ArrayBase& other) noexcept {
+        m_elements.swap(other.m_elements);
+        std::swap(m_growBy, other.m_growBy);
     }
     /// Makes this array equal to `other`.
     void Copy(const ArrayBase& other) {

@@ -4,6 +4,7 @@
 #include <array>
 #include <cerrno>
 #include <string>
+#include <utility>
 
 using vnbytstr::FileHandle;
 using vnbytstr::FileStatus;
@@ -153,6 +154,12 @@ BOOL CFile::Open(const char* name, UINT flags, CFileException* error) {
                                       : fail(CFileException::OsErrorToException(osError), osError);
     }
     return TRUE;
+}
+
+void CFile::Swap(CFile& other) noexcept {
+    std::swap(m_hFile, other.m_hFile);
+    std::swap(m_strFileName, other.m_strFileName);
+    std::swap(m_bCloseOnDelete, other.m_bCloseOnDelete);
 }
 
 void CFile::Close() {

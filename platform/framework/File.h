@@ -81,6 +81,9 @@ public:
     /// Closes the file and throws nothing.
     virtual void Abort() noexcept;
 
+    /// Exchanges the open files of two objects. Extension.
+    void Swap(CFile& other) noexcept;
+
     /// Reads up to `count` bytes at the position; returns how many there were: fewer only at the
     /// end of the file. After an error the position is past what was read.
     virtual UINT Read(void* buffer, UINT count);

@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 #include <string>
 #include <vector>
@@ -36,9 +37,20 @@ protected:
     /// Files in the folder, without those that tests made by other means.
     std::size_t FileCount() const { return m_folder.Names().size(); }
 
+    /// Appends page by page while the clock goes on, so that pages leave in the order of their
+    /// numbers.
+    void AppendPages(CByteStore& store, const Bytes& bytes) {
+        for (std::size_t done = 0; done < bytes.size(); done += kPage) {
+            m_system.SetTick(++m_tick);
+            store.Concat(bytes.data() + done,
+                         static_cast<DWORD>(std::min<std::size_t>(kPage, bytes.size() - done)));
+        }
+    }
+
     TemporaryFolder m_folder;
     TestSystem m_system;
     ScopedSystem m_scope;
+    DWORD m_tick = 1000;
 
 private:
     DWORD m_oldLimit;
