@@ -15,10 +15,17 @@
 //     resident, in m_pPending; when it is not there either, in the swap file.
 //  7. A resident page with m_bMustWrite clear equals its place in m_pPending or else in the swap
 //     file.
+//  8. m_pImage is there while the swap file is open. Of files only those are ever removed, cut or
+//     replaced that it knows by their identity: the open swap file, and the one under m_strFileName
+//     while that is m_pImage->named. In another process than m_pImage->process (a forked child)
+//     nothing is: the child reads what its parent wrote, and writes a file of its own.
+//  9. m_arrOnFile has the checksum of every page that the store wrote. A page that comes back
+//     different is an error (cause 2), never data.
 
 #include "bytestore/ByteStoreInternal.h"
 
 #include "bytestore/BigEndian.h"
+#include "bytestore/SwapImage.h"
 #include "bytestore/WriteBehind.h"
 #include "vnbytstr/ByteStream.h"
 
@@ -52,6 +59,10 @@ CByteStore::CByteStore(CByteStore&& source) noexcept : CByteStore() { Swap(sourc
 
 CByteStore::~CByteStore() { Empty(); }
 
+bool CByteStore::IsOnFile(DWORD number) const {
+    return number < m_arrOnFile.size() && m_arrOnFile[number].IsPresent();
+}
+
 void CByteStore::Init() noexcept {
     m_bComplete = FALSE;
     m_dwLength = m_dwStart = m_dwCurrent = 0;
@@ -60,7 +71,7 @@ void CByteStore::Init() noexcept {
     m_dwPagesOnFile = 0;
     m_ullImageEnd = 0;
     m_dwTouches = 1;
-    m_bNameIsOurs = m_bImageHasName = m_bReadFailed = false;
+    m_bReadFailed = false;
 }
 
 CByteStore& CByteStore::operator=(CByteStore& source) {
@@ -113,9 +124,8 @@ void CByteStore::Swap(CByteStore& other) noexcept {
     m_pPending.swap(other.m_pPending);
     std::swap(m_ullImageEnd, other.m_ullImageEnd);
     std::swap(m_dwTouches, other.m_dwTouches);
-    std::swap(m_bNameIsOurs, other.m_bNameIsOurs);
+    m_pImage.swap(other.m_pImage);
     std::swap(m_bReadFailed, other.m_bReadFailed);
-    std::swap(m_bImageHasName, other.m_bImageHasName);
 }
 
 /// Drops the content as Empty does and takes that of `result`, a store of its own that is not
@@ -123,7 +133,7 @@ void CByteStore::Swap(CByteStore& other) noexcept {
 /// swap file, the name of the last one.
 void CByteStore::TakeContent(CByteStore& result) noexcept {
     Swap(result);
-    m_bAutoDelete = result.m_bAutoDelete;
+    SetAutoDelete(result.m_bAutoDelete);
     result.Empty();
     if (m_strFileName.IsEmpty())
         std::swap(m_strFileName, result.m_strFileName);
@@ -336,10 +346,13 @@ void CByteStore::CheckInvariants() const {
         assert(static_cast<std::size_t>(std::count_if(m_arrLoaded.begin(), m_arrLoaded.end(),
                                                       [](const CBytePage* p) { return p; })) ==
                loaded);
-        assert(static_cast<std::size_t>(std::count(m_arrOnFile.begin(), m_arrOnFile.end(), true)) ==
-               m_dwPagesOnFile);
+        assert(static_cast<std::size_t>(
+                   std::count_if(m_arrOnFile.begin(), m_arrOnFile.end(), [](const auto& page) {
+                       return page.IsPresent();
+                   })) == m_dwPagesOnFile);
     }
     assert(m_arrLoaded.size() >= (m_dwLength + (kPageSize - 1ull)) / kPageSize);
     assert(m_dwPagesOnFile == 0 || m_file.m_hFile != CFile::hFileNull);
+    assert((m_file.m_hFile != CFile::hFileNull) == (m_pImage != nullptr));
 }
 #endif

@@ -1,33 +1,33 @@
-// CByteStore: emptying, saving, and existing files as content.
+// CByteStore: flushing, copying to files and saving.
 
 #include "bytestore/ByteStoreInternal.h"
 
-#include "bytestore/SwapSweep.h"
+#include "bytestore/SwapImage.h"
 #include "bytestore/WriteBehind.h"
 #include "platform/system/FileReplacement.h"
-#include "vnbytstr/TempFileName.h"
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <memory>
+#include <utility>
 
+using vnbytstr::FileHandle;
+using vnbytstr::FileIdentity;
 using vnbytstr::FileReplacement;
+using vnbytstr::LeadsTo;
 using vnbytstr::System;
+using vnbytstr::detail::PageOnFile;
+using vnbytstr::detail::ThrowIf;
 
 namespace {
 
 constexpr DWORD kPageSize = CBytePage::m_dwPageSize;
 
-void ThrowIf(int error, const char* name) {
-    if (error != 0)
-        CFileException::ThrowOsError(error, name);
-}
-
-/// A CFile on a handle that somebody else closes.
+/// A CFile on a handle that somebody else closes; errors name the file.
 class BorrowedFile {
 public:
-    explicit BorrowedFile(vnbytstr::FileHandle handle) : m_file(handle) {}
+    BorrowedFile(FileHandle handle, const char* name) : m_file(handle) { m_file.SetFilePath(name); }
     ~BorrowedFile() { m_file.m_hFile = CFile::hFileNull; }
     BorrowedFile(const BorrowedFile&) = delete;
     BorrowedFile& operator=(const BorrowedFile&) = delete;
@@ -36,6 +36,8 @@ public:
 private:
     CFile m_file;
 };
+
+std::size_t PageCount(DWORD length) { return (length + (kPageSize - 1ull)) / kPageSize; }
 
 } // namespace
 
@@ -50,30 +52,21 @@ void CByteStore::Empty() {
     CheckInvariants();
 }
 
-void CByteStore::CloseImage() noexcept {
-    const bool wasOpen = m_file.m_hFile != CFile::hFileNull;
-    if (m_bNameIsOurs && !m_strFileName.IsEmpty()) {
-        if (m_bAutoDelete)
-            System::Current().RemoveFile(m_strFileName); // while it is locked, so nobody else does
-        else if (wasOpen)
-            System::Current().ReleaseScratch(
-                m_file.m_hFile); // kept on purpose: not to be swept away
-    }
-    if (wasOpen)
-        m_file.Abort();
-    m_arrOnFile.clear();
-    m_pPending.reset();
-    m_dwPagesOnFile = 0;
-    m_ullImageEnd = 0;
-    m_bNameIsOurs = m_bImageHasName = false;
-}
-
 // --- the swap file as an image of the store ------------------------------------------------------
 
 void CByteStore::Flush(int fromCurrent) {
-    if (m_file.m_hFile == CFile::hFileNull)
-        CreateSwapFile();
+    FlushImage();
+    if (fromCurrent && m_dwCurrent != 0)
+        WriteShiftedFlush();
+    else if (m_pImage->named.IsKnown() && m_pImage->named != m_pImage->image)
+        PutImageUnderName();
+}
+
+/// Brings all pages to the open swap file, and cuts it at the length.
+void CByteStore::FlushImage() {
+    WriteImage();
     WritePending();
+    MarkCutPage();
     std::vector<CBytePage*> pages;
     pages.reserve(GetResidentPageCount());
     for (int i = 0; i < m_arrPages.GetSize(); ++i)
@@ -82,16 +75,14 @@ void CByteStore::Flush(int fromCurrent) {
         return a->GetPageNum() < b->GetPageNum();
     });
     for (CBytePage* page : pages) {
-        if (!page->GetMustWrite())
+        const DWORD begin = GetIndexFromPageNum(page->GetPageNum());
+        if (!page->GetMustWrite() || begin >= m_dwLength)
             continue;
-        const DWORD used = m_dwLength - GetIndexFromPageNum(page->GetPageNum());
-        if (used >= kPageSize && WriteRun(page))
+        const DWORD used = std::min(m_dwLength - begin, kPageSize);
+        if (used == kPageSize && WriteRun(page))
             continue;
-        const ULONGLONG end = m_ullImageEnd;
-        page->SwapOut(m_file, std::min(used, kPageSize), 0);
-        SetOnFile(page->GetPageNum(), true);
-        // The last page is stored up to the length only, and is short when it is read back.
-        m_ullImageEnd = std::max(end, ULONGLONG{m_dwLength} - used + std::min(used, kPageSize));
+        page->SwapOut(m_file, used, 0);
+        NoteOnFile(page->GetPageNum(), {page->m_pData, used});
     }
     try {
         // A last page that left memory was written whole, and the end may never have been stored.
@@ -102,8 +93,16 @@ void CByteStore::Flush(int fromCurrent) {
         throw new CCacheException(CCacheException::kWriteFailed);
     }
     m_ullImageEnd = m_dwLength;
-    if (fromCurrent && m_dwCurrent != 0)
-        WriteShiftedFlush();
+}
+
+/// The last page was written longer than it is now: to be written again, with another checksum,
+/// before the file is cut.
+void CByteStore::MarkCutPage() {
+    if (m_dwLength == 0)
+        return;
+    const DWORD last = (m_dwLength - 1) / kPageSize;
+    if (IsOnFile(last) && m_arrOnFile[last].GetCount() > m_dwLength - GetIndexFromPageNum(last))
+        GetPageFromPageNum(last)->SetMustWrite(TRUE);
 }
 
 void CByteStore::ReleasePages() {
@@ -120,139 +119,203 @@ void CByteStore::ReleasePages() {
 /// Puts the shifted image under the swap file's name. The store's own image must not be written
 /// over, so it goes on living in the open file, which has no name from then on.
 void CByteStore::WriteShiftedFlush() {
-    CString name;
-    GenerateTempFileName(name, vnbytstr::detail::kShiftedPrefix, nullptr);
-    FileReplacement shifted;
-    ThrowIf(shifted.Open(name), name);
-    BorrowedFile file(shifted.Handle());
-    WriteShiftedImage(file.File(), m_dwCurrent);
-    ThrowIf(shifted.Commit(), name);
-    if (const int error = System::Current().RenameFile(name, m_strFileName, true)) {
-        System::Current().RemoveFile(name);
-        CFileException::ThrowOsError(error, m_strFileName);
+    vnbytstr::FileStatus status;
+    if (!LeadsTo(m_strFileName, m_pImage->named)) {
+        const int missing = System::Current().GetFileStatus(m_strFileName, status);
+        ThrowIf(missing != 0 ? missing : EEXIST, m_strFileName); // somebody else's, or gone
     }
-    m_bImageHasName = false;
+    FileReplacement target;
+    ThrowIf(target.Open(m_strFileName), m_strFileName);
+    PutShifted(target, m_strFileName, m_dwCurrent);
 }
 
-/// Writes every page as CBytePage::SwapOut places it.
-void CByteStore::WriteShiftedImage(CFile& file, DWORD shift) {
+/// Makes the shifted image the file under the store's name.
+void CByteStore::PutShifted(FileReplacement& target, const char* name, DWORD shift) {
+    // A file that the store did not make may have to be written over.
+    if (!m_pImage->isGenerated && m_pImage->named == m_pImage->image)
+        DetachImage();
+    {
+        BorrowedFile file(target.Handle(), name);
+        WritePages(file.File(), shift, nullptr);
+    }
+    FileHandle kept = vnbytstr::kNoFile; // the lock keeps the sweep away from a scratch file
+    ThrowIf(target.Commit(m_pImage->isGenerated ? &kept : nullptr), name);
+    if (m_pImage->shifted != vnbytstr::kNoFile)
+        System::Current().CloseFile(m_pImage->shifted);
+    m_pImage->shifted = kept;
+    m_pImage->named = target.Committed();
+}
+
+/// Puts the whole image back under the store's name, where a shifted one has been.
+void CByteStore::PutImageUnderName() {
+    if (!LeadsTo(m_strFileName, m_pImage->named))
+        return; // not the store's any more
+    FileReplacement target;
+    ThrowIf(target.Open(m_strFileName), m_strFileName);
+    std::vector<PageOnFile> written;
+    CopyImage(target, m_strFileName, &written);
+    FileHandle kept;
+    ThrowIf(target.Commit(&kept), m_strFileName);
+    if (kept != vnbytstr::kNoFile)
+        BindImage(kept, written);
+}
+
+/// Writes every page as CBytePage::SwapOut places it, from the beginning of the file to its end:
+/// the file may be a pipe. `written`, when not null, gets the pages' checksums.
+void CByteStore::WritePages(CFile& file, DWORD shift, std::vector<PageOnFile>* written) {
+    static constexpr std::array<BYTE, 4096> kZeros{};
+    if (written)
+        written->resize(PageCount(m_dwLength));
+    ULONGLONG position = 0;
     for (ULONGLONG begin = 0; begin < m_dwLength; begin += kPageSize) {
-        CBytePage* page = GetPageFromPageNum(static_cast<DWORD>(begin / kPageSize));
-        page->GetData();
-        const BOOL mustWrite = page->GetMustWrite();
-        page->SetMustWrite(TRUE);
-        try {
-            page->SwapOut(file,
-                          static_cast<DWORD>(std::min<ULONGLONG>(m_dwLength - begin, kPageSize)),
-                          shift);
-        } catch (CException*) {
-            page->SetMustWrite(mustWrite);
-            throw;
+        const auto number = static_cast<DWORD>(begin / kPageSize);
+        const BYTE* data = GetPageFromPageNum(number)->GetData();
+        auto count = static_cast<DWORD>(std::min<ULONGLONG>(m_dwLength - begin, kPageSize));
+        if (begin < shift)
+            count -= std::min(count, shift);
+        for (const ULONGLONG place = begin < shift ? begin : begin - shift;
+             count > 0 && position < place;) {
+            const auto gap =
+                static_cast<UINT>(std::min<ULONGLONG>(place - position, kZeros.size()));
+            file.Write(kZeros.data(), gap);
+            position += gap;
         }
-        page->SetMustWrite(mustWrite);
+        if (count > 0)
+            file.Write(data, count);
+        position += count;
+        if (written)
+            (*written)[number].SetWritten({data, count});
     }
 }
 
-// --- saving --------------------------------------------------------------------------------------
+// --- copying and saving --------------------------------------------------------------------------
 
 void CByteStore::CopyToFile(const char* name, int fromCurrent) {
+    const DWORD shift = fromCurrent ? m_dwCurrent : 0;
+    ReadImage();
     FileReplacement target;
     ThrowIf(target.Open(name), name);
-    {
-        BorrowedFile file(target.Handle());
-        WriteShiftedImage(file.File(), fromCurrent ? m_dwCurrent : 0);
+    const bool isOwn = m_pImage && target.Replaces(m_pImage->named);
+    if (isOwn && shift != 0) {
+        PutShifted(target, name, shift);
+        return;
     }
-    ThrowIf(target.Commit(), name);
-    if (m_strFileName == name)
-        m_bImageHasName = false; // the store's own image was there; it goes on without a name
+    std::vector<PageOnFile> written;
+    {
+        BorrowedFile file(target.Handle(), name);
+        WritePages(file.File(), shift, isOwn ? &written : nullptr);
+    }
+    FileHandle kept = vnbytstr::kNoFile;
+    ThrowIf(target.Commit(isOwn ? &kept : nullptr), name);
+    if (kept != vnbytstr::kNoFile)
+        BindImage(kept, written); // the store stays bound to what its name leads to
 }
 
 void CByteStore::SaveToFile(const char* name, int fromCurrent) {
-    const bool isInMemory = m_file.m_hFile == CFile::hFileNull;
-    if (isInMemory || (fromCurrent && m_dwCurrent != 0)) {
-        CopyToFile(name, fromCurrent);
-        if (m_strFileName == name)
-            m_bNameIsOurs = false;
+    const DWORD shift = fromCurrent ? m_dwCurrent : 0;
+    ReadImage();
+    FileReplacement target;
+    ThrowIf(target.Open(name), name);
+    FileIdentity saved;
+    if (!m_pImage || shift != 0) {
+        {
+            BorrowedFile file(target.Handle(), name);
+            WritePages(file.File(), shift, nullptr);
+        }
+        ThrowIf(target.Commit(), name);
+        saved = target.Committed();
     } else {
-        Flush(0);
-        MoveImageTo(name);
+        FlushImage();
+        saved = MoveImage(target, name);
     }
+    if (m_pImage && LeadsTo(m_strFileName, saved))
+        m_pImage->named = {}; // the saved file is not the store's to delete
     Empty();
 }
 
-/// Gives the swap file the name `name`; false when that cannot be done by a rename: on another file
-/// system, onto a link, a device or a pipe, or a file that may not be written.
-bool CByteStore::RenameImageTo(const char* name) {
+/// Makes the swap file, which is an image of the whole store, what `target` leads to; the identity
+/// of that file.
+FileIdentity CByteStore::MoveImage(FileReplacement& target, const char* name) {
+    if (target.Replaces(m_pImage->image) && !m_pImage->isSuspect) {
+        SyncImage(name); // it is there already
+        if (m_pImage->isGenerated)
+            System::Current().ReleaseScratch(m_file.m_hFile);
+        return m_pImage->image;
+    }
+    if (RenameImage(target, name))
+        return target.Committed().IsKnown() ? target.Committed() : m_pImage->image;
+    CopyImage(target, name, nullptr);
+    ThrowIf(target.Commit(), name);
+    // As the rename would have done; but what was written over in place is the saved file.
+    if (m_pImage->named.IsKnown() && m_pImage->named != target.Committed() &&
+        LeadsTo(m_strFileName, m_pImage->named))
+        System::Current().RemoveFile(m_strFileName);
+    return target.Committed();
+}
+
+void CByteStore::SyncImage(const char* name) {
+    if (const int error = System::Current().SyncFile(m_file.m_hFile)) {
+        m_pImage->isSuspect = true; // the next save writes everything again
+        ThrowIf(error, name);
+    }
+}
+
+/// Moves the swap file to its new name; false, with nothing changed, when a rename does not do it.
+bool CByteStore::RenameImage(FileReplacement& target, const char* name) {
+    if (m_pImage->isSuspect || m_pImage->named != m_pImage->image || target.IsDirect())
+        return false;
+    if (m_pImage->isGenerated) {
+        if (target.Adopt(m_file.m_hFile, m_strFileName) != 0)
+            return false;
+        if (const int error = target.Commit()) {
+            m_pImage->isSuspect = true;
+            ThrowIf(error, name);
+        }
+        // It may have been written over in place, from the swap file, which then has its name back.
+        if (target.Committed() == m_pImage->image)
+            m_pImage->named = {};
+        return true;
+    }
+    // A file of the user's is never without a name of its own: one step, or a copy.
     System& system = System::Current();
-    vnbytstr::FileStatus target;
-    const int missing = system.GetFileStatus(name, target);
-    if (missing != ENOENT)
-        ThrowIf(missing, name); // it may be a link, which is not to be replaced
-    if (missing == 0 && (target.isLink || !target.isRegular || target.isReadOnly))
+    vnbytstr::FileStatus named;
+    if (!target.IsNew() || system.GetFileStatus(m_strFileName, named) != 0 || named.isLink ||
+        named.identity != m_pImage->image)
         return false;
-    ThrowIf(system.SyncFile(m_file.m_hFile), m_strFileName);
-    ThrowIf(missing == 0 ? system.CopyPermissions(name, m_file.m_hFile)
-                         : system.ReleaseScratch(m_file.m_hFile),
-            m_strFileName);
-    const int error = system.RenameFile(m_strFileName, name, true);
-    if (error == EXDEV)
+    SyncImage(name);
+    if (system.RenameFile(m_strFileName, target.Target().c_str(), false) != 0)
         return false;
-    ThrowIf(error, name);
-    system.SyncFolder(vnbytstr::FolderOf(name).c_str()); // the file is there; nothing to undo
+    m_pImage->named = {};
+    system.SyncFolder(vnbytstr::FolderOf(target.Target()).c_str());
     return true;
 }
 
-/// Makes the swap file, which is an image of the whole store, the file `name`.
-void CByteStore::MoveImageTo(const char* name) {
-    if (m_bImageHasName && RenameImageTo(name)) {
-        m_bNameIsOurs = false;
-        return;
-    }
-    FileReplacement target;
-    ThrowIf(target.Open(name), name);
-    {
-        BorrowedFile file(target.Handle());
-        CopyImage(file.File());
-    }
-    ThrowIf(target.Commit(), name);
-    if (m_strFileName == name)
-        m_bNameIsOurs = false;
-}
-
-void CByteStore::CopyImage(CFile& file) {
-    constexpr std::size_t kBytes = 1 << 18;
-    const auto buffer = std::make_unique<BYTE[]>(kBytes);
+/// Writes the swap file, an image of the whole store, to `target`, and looks at every page's
+/// checksum on the way. `written`, when not null, gets the checksums.
+void CByteStore::CopyImage(FileReplacement& target, const char* name,
+                           std::vector<PageOnFile>* written) {
+    BorrowedFile file(target.Handle(), name);
+    const auto buffer = std::make_unique_for_overwrite<BYTE[]>(kPageSize);
+    if (written)
+        written->resize(PageCount(m_dwLength));
     CBytePage::SeekTo(m_file, 0);
-    for (ULONGLONG left = m_dwLength; left > 0;) {
-        const auto wanted = static_cast<UINT>(std::min<ULONGLONG>(left, kBytes));
-        if (m_file.Read(buffer.get(), wanted) != wanted)
+    for (DWORD number = 0, left = m_dwLength; left > 0; ++number) {
+        const DWORD wanted = std::min(left, kPageSize);
+        if (ReadPiece(buffer.get(), wanted) != wanted ||
+            !m_arrOnFile[number].Matches({buffer.get(), wanted}))
             throw new CCacheException(CCacheException::kShortRead);
-        file.Write(buffer.get(), wanted);
+        file.File().Write(buffer.get(), wanted);
+        if (written)
+            (*written)[number].SetWritten({buffer.get(), wanted});
         left -= wanted;
     }
 }
 
-// --- an existing file as content -----------------------------------------------------------------
-
-void CByteStore::SetFileName(const char* name) {
-    const CString file(name); // `name` may be this store's own
-    Empty();
-    m_strFileName = file;
-    CFileException error;
-    if (!m_file.Open(m_strFileName, CFile::modeReadWrite, &error))
-        throw new CFileException(error.m_cause, error.m_lOsError, m_strFileName);
-    ULONGLONG length = 0;
-    const int failure = System::Current().GetFileLength(m_file.m_hFile, length);
-    if (failure != 0 || length > 0xFFFFFFFFu) {
-        m_file.Abort();
-        ThrowIf(failure, m_strFileName);
-        throw new CCacheException(CCacheException::kTooLong);
+DWORD CByteStore::ReadPiece(BYTE* bytes, DWORD count) {
+    try {
+        return m_file.Read(bytes, count);
+    } catch (CFileException* error) {
+        error->Delete();
+        throw new CCacheException(CCacheException::kShortRead);
     }
-    GrowPageTable(static_cast<DWORD>(length));
-    m_dwLength = static_cast<DWORD>(length);
-    for (std::size_t number = 0; number < m_arrLoaded.size(); ++number)
-        SetOnFile(static_cast<DWORD>(number), true);
-    m_ullImageEnd = length;
-    m_bNameIsOurs = m_bImageHasName = true;
-    CheckInvariants();
 }

@@ -43,6 +43,12 @@ private:
 };
 
 namespace vnbytstr::detail {
+/// Throws the CFileException for a system error number; nothing for 0.
+inline void ThrowIf(int error, const char* name) {
+    if (error != 0)
+        CFileException::ThrowOsError(error, name);
+}
+
 /// Most bytes that go through an intermediate buffer at once.
 inline constexpr DWORD kChunk = 65536;
 

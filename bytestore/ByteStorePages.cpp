@@ -2,7 +2,7 @@
 
 #include "bytestore/ByteStoreInternal.h"
 
-#include "bytestore/SwapSweep.h"
+#include "bytestore/SwapImage.h"
 #include "bytestore/WriteBehind.h"
 #include "platform/companion/Profile.h"
 #include "vnbytstr/TempFileName.h"
@@ -58,10 +58,13 @@ void CByteStore::LoadPage(CBytePage* page, DWORD number) {
         std::memcpy(page->m_pData, pending, kPageSize); // on its way to the file, and stays so
         page->SetMustRead(FALSE);
     } else if (IsOnFile(number)) {
+        ReadImage();
         page->SwapIn(m_file, number);
-        // Fewer bytes than were written mean that somebody cut the file.
+        // Fewer bytes than were written mean that somebody cut the file; others, that somebody or
+        // the disk changed them.
         const ULONGLONG position = static_cast<ULONGLONG>(number) * kPageSize;
-        if (page->m_dwRead < std::min<ULONGLONG>(m_ullImageEnd - position, kPageSize)) {
+        if (page->m_dwRead < std::min<ULONGLONG>(m_ullImageEnd - position, kPageSize) ||
+            !m_arrOnFile[number].Matches({page->m_pData, page->m_dwRead})) {
             page->SetMustRead(TRUE);
             throw new CCacheException(CCacheException::kShortRead);
         }
@@ -94,16 +97,20 @@ void CByteStore::GrowPageTable(DWORD length) {
         m_arrOnFile.reserve(std::max(pages, 2 * m_arrOnFile.capacity()));
 }
 
-void CByteStore::SetOnFile(DWORD number, bool onFile) {
-    if (onFile) {
-        if (number >= m_arrOnFile.size())
-            m_arrOnFile.resize(static_cast<std::size_t>(number) + 1, false);
-        m_ullImageEnd = std::max<ULONGLONG>(m_ullImageEnd, (number + 1ull) * kPageSize);
-    }
-    if (IsOnFile(number) == onFile)
-        return;
-    m_arrOnFile[number] = onFile;
-    m_dwPagesOnFile += onFile ? 1u : ~0u;
+/// The swap file has (or will have, once what is pending is written) these bytes of the page.
+void CByteStore::NoteOnFile(DWORD number, std::span<const BYTE> written) {
+    if (number >= m_arrOnFile.size())
+        m_arrOnFile.resize(static_cast<std::size_t>(number) + 1);
+    m_dwPagesOnFile += m_arrOnFile[number].IsPresent() ? 0 : 1;
+    m_arrOnFile[number].SetWritten(written);
+    const ULONGLONG position = static_cast<ULONGLONG>(number) * kPageSize;
+    m_ullImageEnd = std::max<ULONGLONG>(m_ullImageEnd, position + written.size());
+}
+
+void CByteStore::NoteNotOnFile(DWORD number) noexcept {
+    m_dwPagesOnFile -= IsOnFile(number) ? 1 : 0;
+    if (number < m_arrOnFile.size())
+        m_arrOnFile[number].SetAbsent();
 }
 
 // --- pages coming and going ----------------------------------------------------------------------
@@ -138,7 +145,7 @@ void CByteStore::DropPagesFrom(DWORD number) noexcept {
     if (m_pPending)
         m_pPending->DropFrom(number);
     for (std::size_t n = number; n < m_arrOnFile.size(); ++n)
-        SetOnFile(static_cast<DWORD>(n), false);
+        NoteNotOnFile(static_cast<DWORD>(n));
     if (m_arrOnFile.size() > number)
         m_arrOnFile.resize(number);
 }
@@ -185,11 +192,11 @@ void CByteStore::SetMaxPages(int count) {
 void CByteStore::WriteVictim(CBytePage* page) {
     if (!page->GetMustWrite())
         return;
-    if (m_file.m_hFile == CFile::hFileNull)
-        CreateSwapFile();
+    WriteImage();
     const DWORD number = page->GetPageNum();
     if (WriteRun(page))
         return;
+    const std::span<const BYTE> bytes(page->m_pData, kPageSize);
     if (!m_pPending)
         m_pPending = std::make_unique<vnbytstr::detail::WriteBehind>();
     if (m_pPending->IsFull() || (!m_pPending->IsEmpty() &&
@@ -199,7 +206,7 @@ void CByteStore::WriteVictim(CBytePage* page) {
         page->SetMustWrite(FALSE);
     else
         page->SwapOut(m_file, 0, 0);
-    SetOnFile(number, true);
+    NoteOnFile(number, bytes);
 }
 
 /// Writes the pages that have left the cache already. After a failure they wait on.
@@ -243,23 +250,7 @@ bool CByteStore::WriteRun(CBytePage* first) {
     for (std::size_t i = 0; i < count; ++i) {
         const auto written = static_cast<DWORD>(number + i);
         LoadedPage(written)->SetMustWrite(FALSE);
-        SetOnFile(written, true);
+        NoteOnFile(written, buffers[i]);
     }
     return true;
-}
-
-void CByteStore::CreateSwapFile() {
-    vnbytstr::detail::SweepSwapFilesOnce();
-    CFileException error;
-    for (;;) {
-        GenerateTempFileName(m_strFileName, vnbytstr::detail::kSwapPrefix, nullptr);
-        if (m_file.Open(m_strFileName,
-                        CFile::modeCreate | CFile::modeReadWrite | CFile::modeExclusive |
-                            CFile::modeScratch,
-                        &error))
-            break;
-        if (error.m_lOsError != EEXIST) // taken meanwhile: the next counter value is free
-            throw new CFileException(error.m_cause, error.m_lOsError, m_strFileName);
-    }
-    m_bNameIsOurs = m_bImageHasName = true;
 }

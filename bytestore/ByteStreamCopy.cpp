@@ -5,7 +5,7 @@
 #include "bytestore/BigEndian.h"
 
 #include "bytestore/ByteSearch.h"
-#include "platform/system/FileReplacement.h"
+#include "platform/framework/ReplacementFile.h"
 #include "platform/system/HexTextInternal.h"
 
 #include <algorithm>
@@ -320,20 +320,9 @@ void CByteStream::CopyToFile(const char* name, int fromCurrent) {
         store.CopyToFile(name, fromCurrent);
         return;
     }
-    vnbytstr::FileReplacement target;
-    if (const int error = target.Open(name))
-        CFileException::ThrowOsError(error, name);
-    CFile file(target.Handle());
-    try {
-        file.Write(m_pBuffer, m_dwLength);
-    } catch (CFileException* error) {
-        file.m_hFile = CFile::hFileNull;
-        error->Delete();
-        throw new CCacheException(CCacheException::kWriteFailed); // as a store puts it
-    }
-    file.m_hFile = CFile::hFileNull;
-    if (const int error = target.Commit())
-        CFileException::ThrowOsError(error, name);
+    CReplacementFile target(name);
+    target.Write(m_pBuffer, m_dwLength);
+    target.Commit();
 }
 
 void CByteStream::SaveToFile(const char* name, int fromCurrent) {

@@ -6,6 +6,7 @@
 #include "platform/framework/File.h"
 #include "platform/framework/Object.h"
 #include "platform/framework/String.h"
+#include "platform/system/FileIdentity.h"
 #include "platform/system/System.h"
 #include "vnbytstr/CacheException.h"
 #include "vnbytstr/DES.h"
@@ -17,9 +18,14 @@
 class CByteStream;
 struct STranslationReport;
 
+namespace vnbytstr {
+class FileReplacement;
+}
 namespace vnbytstr::detail {
+class PageOnFile;
 class SliceTranslator;
 class WriteBehind;
+struct SwapImage;
 } // namespace vnbytstr::detail
 
 /// One resident page of a store.
@@ -287,7 +293,9 @@ public:
     /// Name of the swap file, of the last one after Empty, "" before the first.
     const char* GetFileName() const { return m_strFileName; }
     BOOL GetAutoDelete() const { return m_bAutoDelete; }
-    void SetAutoDelete(BOOL autoDelete) { m_bAutoDelete = autoDelete; }
+    /// Off: the swap file stays when the store goes, cut at the length, and is an ordinary file
+    /// from now on that no sweep of left-overs touches. Call Flush before, so that all is in it.
+    void SetAutoDelete(BOOL autoDelete);
     /// The 32768 bytes of page 0, made resident. Valid until the next operation.
     BYTE* GetFirstPage();
 
@@ -378,8 +386,9 @@ private:
     CBytePage* LoadedPage(DWORD number) const {
         return number < m_arrLoaded.size() ? m_arrLoaded[number] : nullptr;
     }
-    bool IsOnFile(DWORD number) const { return number < m_arrOnFile.size() && m_arrOnFile[number]; }
-    void SetOnFile(DWORD number, bool onFile);
+    bool IsOnFile(DWORD number) const;
+    void NoteOnFile(DWORD number, std::span<const BYTE> written);
+    void NoteNotOnFile(DWORD number) noexcept;
     void GrowPageTable(DWORD length);
     BYTE* Touch(CBytePage* page);
     BYTE GetByteSlow(DWORD index);
@@ -409,11 +418,22 @@ private:
     bool TranslateRange(vnbytstr::detail::SliceTranslator& translator, DWORD index, DWORD count,
                         Take take);
     int Encipher(bool encrypt, CDES& cipher, CByteStore& destination);
-    void WriteShiftedImage(CFile& file, DWORD shift);
-    void CopyImage(CFile& file);
-    bool RenameImageTo(const char* name);
-    void MoveImageTo(const char* name);
+    void WritePages(CFile& file, DWORD shift, std::vector<vnbytstr::detail::PageOnFile>* written);
+    void CopyImage(vnbytstr::FileReplacement& target, const char* name,
+                   std::vector<vnbytstr::detail::PageOnFile>* written);
+    DWORD ReadPiece(BYTE* bytes, DWORD count);
+    void SyncImage(const char* name);
+    vnbytstr::FileIdentity MoveImage(vnbytstr::FileReplacement& target, const char* name);
+    bool RenameImage(vnbytstr::FileReplacement& target, const char* name);
+    void FlushImage();
+    void MarkCutPage();
     void WriteShiftedFlush();
+    void PutShifted(vnbytstr::FileReplacement& target, const char* name, DWORD shift);
+    void PutImageUnderName();
+    void BindImage(vnbytstr::FileHandle handle, std::vector<vnbytstr::detail::PageOnFile>& written);
+    void ReadImage();
+    void WriteImage();
+    void DetachImage();
     void CloseImage() noexcept;
     static void CheckLength(ULONGLONG length);
     static void CheckHexRoom(ULONGLONG digits, DWORD size);
@@ -435,16 +455,16 @@ private:
     BOOL m_bAutoDelete;
 
     std::vector<CBytePage*>
-        m_arrLoaded;               ///< by page number: the resident page with valid bytes, or null
-    std::vector<bool> m_arrOnFile; ///< by page number: the swap file has bytes of it
+        m_arrLoaded; ///< by page number: the resident page with valid bytes, or null
+    std::vector<vnbytstr::detail::PageOnFile>
+        m_arrOnFile; ///< by page number: what the swap file has of it
     DWORD m_dwPagesOnFile;
+    std::unique_ptr<vnbytstr::detail::SwapImage> m_pImage; ///< made with the swap file
     std::unique_ptr<vnbytstr::detail::WriteBehind>
         m_pPending;          ///< made with the first page that leaves
     ULONGLONG m_ullImageEnd; ///< where the bytes written to the swap file end
     DWORD m_dwTouches;       ///< one-byte accesses until the clock is read again
-    bool m_bNameIsOurs;      ///< a file under m_strFileName is this store's to delete
     bool m_bReadFailed;      ///< a page in m_arrPages may be one whose reading failed
-    bool m_bImageHasName;    ///< the open swap file is the one under m_strFileName
 };
 
 inline BYTE* CByteStore::Touch(CBytePage* page) {

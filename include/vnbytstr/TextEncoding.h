@@ -29,10 +29,8 @@ VNBYTSTR_API int IsUnicodeText(const unsigned char* buffer, DWORD length, int& b
 /// that is done, also for an empty file, which is left alone; 0 when it cannot be: no such file,
 /// read-only, unreadable, a full disk. Throws nothing.
 ///
-/// The new text is written to a file beside it, which takes the old one's name and permissions when
-/// it is complete and on the disk; after a failure the file is as it was. (A hard link keeps the
-/// old text.) In a folder that takes no new file the text is written in place, what the file grows
-/// by first, so that a full disk loses nothing there either.
+/// The file is replaced as CReplacementFile does it: after a failure or a kill it is as it was.
+/// What is no plain file is not converted.
 ///
 /// Bytes that are no character of the code page become U+FFFD, so that the result is always valid.
 /// When UTF-8 is the ANSI code page, valid text stays byte for byte.

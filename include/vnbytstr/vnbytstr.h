@@ -15,6 +15,7 @@
 #include "vnbytstr/Messages.h"
 #include "vnbytstr/MultibyteText.h"
 #include "vnbytstr/OutputStreamWriter.h"
+#include "vnbytstr/ReplacementFile.h"
 #include "vnbytstr/StrX.h"
 #include "vnbytstr/StringPersistence.h"
 #include "vnbytstr/TempFileName.h"

@@ -34,7 +34,8 @@ private:
     struct Stamp {
         std::string path; ///< empty: there is no place for a profile
         int error = 0;    ///< why it cannot be looked at; ENOENT: there is none
-        std::uint64_t identity = 0, length = 0;
+        FileIdentity identity;
+        std::uint64_t length = 0;
         std::int64_t seconds = 0;
         std::int32_t nanoseconds = 0;
         UINT codePage = 0;

@@ -1,5 +1,8 @@
 #include "platform/framework/File.h"
 
+#include "platform/system/FileIdentity.h"
+#include "platform/system/ScratchFile.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -51,31 +54,7 @@ unsigned SystemFlags(UINT flags) {
     return result;
 }
 
-// Some file systems have no locks, or none for this kind of open.
-bool LocksAreMissing(int error) {
-    return error == ENOLCK || error == EOPNOTSUPP || error == ENOSYS || error == EINVAL ||
-           error == EBADF;
-}
-
-// Whether `name` still stands for the open file: 0, EEXIST when it does not, else another error.
-int CheckName(const char* name, FileHandle handle) {
-    FileStatus byHandle;
-    FileStatus byName;
-    if (const int error = System::Current().GetFileStatus(handle, byHandle))
-        return error;
-    if (const int error = System::Current().GetFileStatus(name, byName))
-        return error == ENOENT ? EEXIST : error;
-    return !byName.isLink && byName.identity == byHandle.identity ? 0 : EEXIST;
-}
-
-CString FullName(const char* name) {
-    std::string folder;
-    if (*name == '/' || *name == '\0' || System::Current().ResolveName(".", folder) != 0)
-        return name;
-    if (folder.back() != '/')
-        folder += '/';
-    return CString(folder.c_str()) + name;
-}
+CString FullName(const char* name) { return vnbytstr::AbsoluteName(name).c_str(); }
 
 void FillStatus(const FileStatus& from, CFileStatus& status) {
     status.m_mtime = from.modifiedSeconds;
@@ -102,18 +81,13 @@ void CFile::ThrowError(int osError) const { CFileException::ThrowOsError(osError
 // Takes the lock that `flags` ask for on the file just opened; an error number, or 0.
 int CFile::TakeLock(const char* name, UINT flags) {
     System& system = System::Current();
-    if (flags & modeScratch) {
-        const int error = system.LockFile(m_hFile, true, false);
-        // Between the making and the locking, the sweep may have taken the file for a dead one.
-        if (error == EWOULDBLOCK)
-            return EEXIST;
-        return error == 0 || LocksAreMissing(error) ? CheckName(name, m_hFile) : error;
-    }
+    if (flags & modeScratch)
+        return vnbytstr::LockScratch(name, m_hFile);
     const ShareLock lock = LockOf(flags);
     if (lock == ShareLock::None)
         return 0;
     const int error = system.LockFile(m_hFile, lock == ShareLock::Exclusive, false);
-    if (error != 0 && !LocksAreMissing(error))
+    if (error != 0 && !vnbytstr::LocksAreMissing(error))
         return error;
     if ((flags & modeCreate) && !(flags & modeNoTruncate))
         return system.SetFileLength(m_hFile, 0);
@@ -317,7 +291,7 @@ BOOL CFile::GetStatus(const char* name, CFileStatus& status) {
     FileStatus found;
     if (name == nullptr || System::Current().GetFileStatus(name, found) != 0)
         return FALSE;
-    if (found.isLink && found.identity == 0)
+    if (found.isLink && !found.identity.IsKnown())
         return FALSE; // a link that points nowhere
     FillStatus(found, status);
     status.m_szFullName = FullName(name);

@@ -32,13 +32,22 @@ enum OpenFlags : unsigned {
                               ///< be it by a link that points nowhere
     kOpenScratch = 1u << 5,   ///< for this user alone (mode 0600), never through a symbolic link,
                               ///< and marked as one the sweep of dead processes' files may remove
+    kOpenInherit = 1u << 6,   ///< child processes inherit the handle (by default they do not)
     kOpenPrivate = 1u << 7,   ///< a new file is for this user alone (mode 0600); never through a
                               ///< symbolic link
-    kOpenInherit =
-        1u << 6, ///< child processes inherit the handle (the default is that they do not)
 };
 
 enum class SeekOrigin { Begin, Current, End };
+
+/// Tells a file from every other one that exists at the same time, whatever its names are. A
+/// number is used again once its file is gone and nobody has it open.
+struct FileIdentity {
+    std::uint64_t device = 0;
+    std::uint64_t file = 0;
+
+    bool IsKnown() const noexcept { return device != 0 || file != 0; }
+    friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
+};
 
 struct FileStatus {
     bool isFolder = false;
@@ -51,7 +60,10 @@ struct FileStatus {
     std::uint64_t length = 0;         ///< bytes
     std::int64_t modifiedSeconds = 0; ///< since 1970-01-01 UTC
     std::int32_t modifiedNanoseconds = 0;
-    std::uint64_t identity = 0; ///< differs between two files that exist at the same time
+    FileIdentity identity;   ///< unknown for a link that points nowhere
+    std::uint64_t names = 0; ///< how many names (hard links) the file has
+    DWORD mode = 0; ///< permission bits, with set-user, set-group and sticky (at most 07777)
+    DWORD owner = 0, group = 0; ///< the system's numbers of them
 };
 
 /// What the system calls itself.
@@ -91,14 +103,16 @@ public:
                          std::uint64_t& position) = 0;
     virtual int GetFileLength(FileHandle handle, std::uint64_t& length) = 0;
     virtual int SetFileLength(FileHandle handle, std::uint64_t length) = 0;
-    /// Returns when the file's content is on the disk.
+    /// Returns when the file's content and its permissions are on the disk.
     virtual int SyncFile(FileHandle handle) = 0;
     /// Takes the file's advisory lock for this process; `wait` false gives EWOULDBLOCK at once when
     /// another one holds it. Closing the handle, or the end of the process, releases it.
     virtual int LockFile(FileHandle handle, bool exclusive, bool wait) = 0;
     virtual int UnlockFile(FileHandle handle) = 0;
-    /// Status of an open file.
+    /// Status of an open file (isReadOnly is a matter of a name, and false).
     virtual int GetFileStatus(FileHandle handle, FileStatus& status) = 0;
+    /// Opens an open file once more, with a position of its own; it need not have a name any more.
+    virtual int ReopenFile(FileHandle handle, unsigned flags, FileHandle& reopened) = 0;
 
     /// Status of a name; ENOENT when there is none. A link that points nowhere exists.
     virtual int GetFileStatus(const char* name, FileStatus& status) = 0;
@@ -109,10 +123,25 @@ public:
     /// Takes the scratch mark of kOpenScratch off: the file now has the permissions of any new
     /// file. Does nothing to a file without the mark.
     virtual int ReleaseScratch(FileHandle handle) = 0;
-    /// Gives an open file the permissions of the file `from`, and its owner where that is allowed.
-    virtual int CopyPermissions(const char* from, FileHandle handle) = 0;
-    /// The name with every symbolic link in it followed; the file must exist.
+    /// The permission bits of a file that this process makes without saying more (0666 less the
+    /// process's mask).
+    virtual DWORD GetNewFileMode() = 0;
+    /// Sets an open file's permission bits (at most 07777).
+    virtual int SetFileMode(FileHandle handle, DWORD mode) = 0;
+    /// Gives an open file another owner and group; EPERM where that is not this process's to do.
+    virtual int SetFileOwner(FileHandle handle, DWORD owner, DWORD group) = 0;
+    /// Gives an open file the access control lists and extended attributes of the file `from`. What
+    /// only the system itself may set is left out.
+    virtual int CopyFileAttributes(const char* from, FileHandle handle) = 0;
+    /// The full name with every symbolic link in it followed; the file must exist. A link in a
+    /// folder where everyone may put one (a sticky, world-writable folder) is refused with EACCES
+    /// unless it is the folder owner's or one's own. A link to one of a process's open files
+    /// (/dev/stdout) that comes last is not followed, since it need not lead to a name.
     virtual int ResolveName(const char* name, std::string& resolved) = 0;
+    /// Opens for writing what `name` leads to when that is one of this process's own open files
+    /// (/dev/stdout and its kin): a second handle that shares its position, so that what others
+    /// wrote there stays. ENOENT when it is not.
+    virtual int OpenOwnStream(const char* name, FileHandle& handle) = 0;
     /// Returns when a rename, creation or removal in `folder` is on the disk.
     virtual int SyncFolder(const char* folder) = 0;
     /// Makes a folder for this user alone, and the missing ones above it; 0 when it is there
@@ -126,6 +155,8 @@ public:
     /// not belong in a /tmp that may be memory).
     virtual std::string GetTemporaryFolder() = 0;
     virtual DWORD GetProcessId() = 0;
+    /// Whether this process may act on every user's files.
+    virtual bool IsPrivileged() = 0;
     /// False only when it is certain that no process of that number runs.
     virtual bool IsProcessAlive(DWORD processId) = 0;
     /// Milliseconds of a clock that never goes back; wraps after 49.7 days. Also refreshes

@@ -9,9 +9,9 @@ namespace vnbytstr::test {
 
 const char* CallName(Call call) {
     constexpr std::array kNames = {
-        "open",       "close",       "read",        "write",       "seek",   "length",
-        "set length", "sync",        "lock",        "status",      "remove", "rename",
-        "release",    "sync folder", "make folder", "list folder", "any"};
+        "open",       "close",   "read",        "write",       "seek",        "length",
+        "set length", "sync",    "lock",        "status",      "remove",      "rename",
+        "release",    "resolve", "sync folder", "make folder", "list folder", "any"};
     return kNames[static_cast<std::size_t>(call)];
 }
 
@@ -152,9 +152,40 @@ int TestSystem::ReleaseScratch(FileHandle handle) {
     return error ? error : m_real.ReleaseScratch(handle);
 }
 
-int TestSystem::CopyPermissions(const char* from, FileHandle handle) {
+int TestSystem::SetFileMode(FileHandle handle, DWORD mode) {
     const int error = Failure(Call::Release);
-    return error ? error : m_real.CopyPermissions(from, handle);
+    return error ? error : m_real.SetFileMode(handle, mode);
+}
+
+int TestSystem::SetFileOwner(FileHandle handle, DWORD owner, DWORD group) {
+    const int error = Failure(Call::Release);
+    return error ? error : m_real.SetFileOwner(handle, owner, group);
+}
+
+int TestSystem::CopyFileAttributes(const char* from, FileHandle handle) {
+    const int error = Failure(Call::Release);
+    return error ? error : m_real.CopyFileAttributes(from, handle);
+}
+
+int TestSystem::ResolveName(const char* name, std::string& resolved) {
+    const int error = Failure(Call::Resolve);
+    return error ? error : m_real.ResolveName(name, resolved);
+}
+
+int TestSystem::OpenOwnStream(const char* name, FileHandle& handle) {
+    const int error = m_real.OpenOwnStream(name, handle);
+    if (error == 0)
+        m_open.insert(handle);
+    return error;
+}
+
+int TestSystem::ReopenFile(FileHandle handle, unsigned flags, FileHandle& reopened) {
+    if (const int error = Failure(Call::Open))
+        return error;
+    const int error = m_real.ReopenFile(handle, flags, reopened);
+    if (error == 0)
+        m_open.insert(reopened);
+    return error;
 }
 
 int TestSystem::SyncFolder(const char* folder) {

@@ -25,7 +25,8 @@ enum class Call : unsigned char {
     Status,
     Remove,
     Rename,
-    Release,
+    Release, ///< permissions, owner and attributes too
+    Resolve,
     SyncFolder,
     MakeFolder,
     ListFolder,
@@ -95,20 +96,24 @@ public:
     int LockFile(FileHandle handle, bool exclusive, bool wait) override;
     int UnlockFile(FileHandle handle) override;
     int GetFileStatus(FileHandle handle, FileStatus& status) override;
+    int ReopenFile(FileHandle handle, unsigned flags, FileHandle& reopened) override;
     int GetFileStatus(const char* name, FileStatus& status) override;
     int RemoveFile(const char* name) override;
     int RenameFile(const char* from, const char* to, bool replace) override;
     int ReleaseScratch(FileHandle handle) override;
-    int CopyPermissions(const char* from, FileHandle handle) override;
-    int ResolveName(const char* name, std::string& resolved) override {
-        return m_real.ResolveName(name, resolved);
-    }
+    DWORD GetNewFileMode() override { return m_real.GetNewFileMode(); }
+    int SetFileMode(FileHandle handle, DWORD mode) override;
+    int SetFileOwner(FileHandle handle, DWORD owner, DWORD group) override;
+    int CopyFileAttributes(const char* from, FileHandle handle) override;
+    int ResolveName(const char* name, std::string& resolved) override;
+    int OpenOwnStream(const char* name, FileHandle& handle) override;
     int SyncFolder(const char* folder) override;
     int MakeFolder(const char* folder) override;
     int ListFolder(const char* folder, std::vector<std::string>& names) override;
 
     std::string GetTemporaryFolder() override;
     DWORD GetProcessId() override;
+    bool IsPrivileged() override { return m_real.IsPrivileged(); }
     bool IsProcessAlive(DWORD processId) override { return m_real.IsProcessAlive(processId); }
     DWORD GetTickCount() override;
     DWORD GetTime() override { return m_time ? *m_time : m_real.GetTime(); }

@@ -1,0 +1,39 @@
+#include "platform/system/FileIdentity.h"
+
+namespace vnbytstr {
+
+bool LeadsTo(const char* name, const FileIdentity& identity) {
+    FileStatus status;
+    return identity.IsKnown() && System::Current().GetFileStatus(name, status) == 0 &&
+           status.identity == identity;
+}
+
+bool LeadsTo(const char* name, FileHandle handle) { return LeadsTo(name, IdentityOf(handle)); }
+
+bool IsSameFile(const char* a, const char* b) {
+    FileStatus status;
+    return System::Current().GetFileStatus(a, status) == 0 && LeadsTo(b, status.identity);
+}
+
+FileIdentity IdentityOf(FileHandle handle) {
+    FileStatus status;
+    return System::Current().GetFileStatus(handle, status) == 0 ? status.identity : FileIdentity{};
+}
+
+std::string AbsoluteName(const char* name) {
+    std::string folder;
+    if (*name == '/' || *name == '\0' || System::Current().ResolveName(".", folder) != 0)
+        return name;
+    if (folder.back() != '/')
+        folder += '/';
+    return folder + name;
+}
+
+std::string FolderOf(const std::string& name) {
+    const std::size_t slash = name.rfind('/');
+    if (slash == std::string::npos)
+        return ".";
+    return slash == 0 ? "/" : name.substr(0, slash);
+}
+
+} // namespace vnbytstr

@@ -1,0 +1,335 @@
+// The order of a write in place, each step on the disk before the next:
+//  1. The scratch file has the old content, then the checksums of the new content's blocks, the
+//     target's name, and a trailer that says how long they are. Until the trailer is there the
+//     target is untouched.
+//  2. The target grows by what the new content has more. Only that needs room on the disk.
+//  3. The rest is written over, and what is too long is cut.
+//  4. The scratch file goes.
+// After a failure in 2 or 3 the old content is put back and the scratch file goes; after a kill
+// RecoverInPlace does both.
+#include "platform/system/InPlaceWrite.h"
+
+#include "platform/system/Crc32c.h"
+#include "platform/system/FileIdentity.h"
+#include "platform/system/ScratchFile.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <utility>
+#include <vector>
+
+namespace vnbytstr {
+
+namespace {
+
+constexpr std::size_t kChunk = 1 << 18;
+constexpr std::size_t kBlock = 4096;
+constexpr std::uint64_t kMagic = 0x31646C6F74737662; // the trailer's last 8 bytes
+// Blocks of neither content that a kill can leave: the one that was being written, and the one
+// where the old content ends and the new one goes on.
+constexpr std::size_t kMaxMixedBlocks = 2;
+constexpr std::uint64_t kMaxLength = 0xFFFFFFFFFFull; // of a trailer that makes sense
+constexpr std::uint64_t kMaxName = 1 << 16;
+
+struct Trailer {
+    std::uint64_t oldLength = 0, newLength = 0;
+    FileIdentity target;
+    std::uint64_t nameLength = 0;
+    std::uint64_t checksum = 0; ///< of the blocks' checksums and the name
+    std::uint64_t magic = kMagic;
+};
+
+/// Closes a handle unless it is let go.
+class OpenHandle {
+public:
+    OpenHandle() = default;
+    ~OpenHandle() { Close(); }
+    OpenHandle(const OpenHandle&) = delete;
+    OpenHandle& operator=(const OpenHandle&) = delete;
+    int Close() {
+        return handle == kNoFile ? 0 : System::Current().CloseFile(std::exchange(handle, kNoFile));
+    }
+    FileHandle handle = kNoFile;
+};
+
+int Seek(FileHandle file, std::uint64_t position) {
+    std::uint64_t landed = 0;
+    const int error = System::Current().SeekFile(file, static_cast<std::int64_t>(position),
+                                                 SeekOrigin::Begin, landed);
+    return error != 0 || landed == position ? error : EIO;
+}
+
+/// Reads all of `bytes`, or gives EIO.
+int ReadAt(FileHandle file, std::uint64_t position, std::span<BYTE> bytes) {
+    if (const int error = Seek(file, position))
+        return error;
+    while (!bytes.empty()) {
+        std::size_t done = 0;
+        if (const int error = System::Current().ReadFile(file, bytes.data(), bytes.size(), done))
+            return error;
+        if (done == 0)
+            return EIO;
+        bytes = bytes.subspan(done);
+    }
+    return 0;
+}
+
+int WriteAt(FileHandle file, std::uint64_t position, std::span<const BYTE> bytes) {
+    if (const int error = Seek(file, position))
+        return error;
+    while (!bytes.empty()) {
+        std::size_t done = 0;
+        if (const int error = System::Current().WriteFile(file, bytes.data(), bytes.size(), done))
+            return error;
+        if (done == 0)
+            return ENOSPC;
+        bytes = bytes.subspan(done);
+    }
+    return 0;
+}
+
+/// Calls `take(offset, bytes)` for the bytes [begin, end) of a file, piece by piece.
+template <class Take>
+int ForEachChunk(FileHandle file, std::uint64_t begin, std::uint64_t end, Take take) {
+    std::vector<BYTE> buffer(
+        static_cast<std::size_t>(std::min<std::uint64_t>(kChunk, end > begin ? end - begin : 0)));
+    for (std::uint64_t at = begin; at < end;) {
+        const std::span<BYTE> bytes = std::span(buffer).first(
+            static_cast<std::size_t>(std::min<std::uint64_t>(buffer.size(), end - at)));
+        if (const int error = ReadAt(file, at, bytes))
+            return error;
+        if (const int error = take(at, std::span<const BYTE>(bytes)))
+            return error;
+        at += bytes.size();
+    }
+    return 0;
+}
+
+int CopyRange(FileHandle from, FileHandle to, std::uint64_t begin, std::uint64_t end) {
+    return ForEachChunk(from, begin, end, [&](std::uint64_t at, std::span<const BYTE> bytes) {
+        return WriteAt(to, at, bytes);
+    });
+}
+
+int BlockChecksums(FileHandle file, std::uint64_t length, std::vector<DWORD>& checksums) {
+    return ForEachChunk(file, 0, length, [&](std::uint64_t, std::span<const BYTE> bytes) {
+        for (; !bytes.empty(); bytes = bytes.subspan(std::min(kBlock, bytes.size())))
+            checksums.push_back(Crc32c(bytes.first(std::min(kBlock, bytes.size()))));
+        return 0;
+    });
+}
+
+std::span<const BYTE> BytesOf(const void* data, std::size_t size) {
+    return {static_cast<const BYTE*>(data), size};
+}
+
+DWORD ChecksumOf(const std::vector<DWORD>& blocks, const std::string& name) {
+    return Crc32c(BytesOf(name.data(), name.size()),
+                  Crc32c(BytesOf(blocks.data(), blocks.size() * sizeof(DWORD))));
+}
+
+// --- the old content -----------------------------------------------------------------------------
+
+/// Writes what the scratch file `undo` is to hold (step 1).
+int WriteUndo(FileHandle undo, FileHandle target, const std::string& name, FileHandle source,
+              Trailer trailer) {
+    std::vector<DWORD> blocks;
+    if (const int error = BlockChecksums(source, trailer.newLength, blocks))
+        return error;
+    if (const int error = CopyRange(target, undo, 0, trailer.oldLength))
+        return error;
+    trailer.nameLength = name.size();
+    trailer.checksum = ChecksumOf(blocks, name);
+    std::uint64_t at = trailer.oldLength;
+    for (const std::span<const BYTE> part :
+         {BytesOf(blocks.data(), blocks.size() * sizeof(DWORD)), BytesOf(name.data(), name.size()),
+          BytesOf(&trailer, sizeof trailer)}) {
+        if (const int error = WriteAt(undo, at, part))
+            return error;
+        at += part.size();
+    }
+    return System::Current().SyncFile(undo);
+}
+
+int ReadUndo(FileHandle undo, Trailer& trailer, std::vector<DWORD>& blocks, std::string& name) {
+    std::uint64_t length = 0;
+    if (const int error = System::Current().GetFileLength(undo, length))
+        return error;
+    if (length < sizeof trailer)
+        return EINVAL;
+    if (const int error = ReadAt(undo, length - sizeof trailer,
+                                 {reinterpret_cast<BYTE*>(&trailer), sizeof trailer}))
+        return error;
+    if (trailer.magic != kMagic || std::max(trailer.oldLength, trailer.newLength) > kMaxLength ||
+        trailer.nameLength > kMaxName)
+        return EINVAL;
+    blocks.resize(static_cast<std::size_t>((trailer.newLength + kBlock - 1) / kBlock));
+    name.resize(static_cast<std::size_t>(trailer.nameLength));
+    const std::uint64_t bytes = blocks.size() * sizeof(DWORD);
+    if (length != trailer.oldLength + bytes + name.size() + sizeof trailer)
+        return EINVAL;
+    if (const int error =
+            ReadAt(undo, trailer.oldLength,
+                   {reinterpret_cast<BYTE*>(blocks.data()), static_cast<std::size_t>(bytes)}))
+        return error;
+    if (const int error = ReadAt(undo, trailer.oldLength + bytes,
+                                 {reinterpret_cast<BYTE*>(name.data()), name.size()}))
+        return error;
+    return trailer.checksum == ChecksumOf(blocks, name) ? 0 : EINVAL;
+}
+
+/// Puts the old content back where it differs: a place that could not be written has it still.
+int Restore(FileHandle target, FileHandle undo, std::uint64_t oldLength) {
+    System& system = System::Current();
+    std::uint64_t length = 0;
+    if (const int error = system.GetFileLength(target, length))
+        return error;
+    std::vector<BYTE> now;
+    const auto putBack = [&](std::uint64_t at, std::span<const BYTE> old) {
+        for (; !old.empty();
+             at += std::min(kBlock, old.size()), old = old.subspan(std::min(kBlock, old.size()))) {
+            const std::span<const BYTE> block = old.first(std::min(kBlock, old.size()));
+            now.resize(block.size());
+            if (at + block.size() <= length && ReadAt(target, at, now) == 0 &&
+                std::equal(now.begin(), now.end(), block.begin()))
+                continue;
+            if (const int error = WriteAt(target, at, block))
+                return error;
+        }
+        return 0;
+    };
+    int error = length > oldLength ? system.SetFileLength(target, oldLength) : 0;
+    length = std::min(length, oldLength);
+    if (error == 0)
+        error = ForEachChunk(undo, 0, oldLength, putBack);
+    return error != 0 ? error : system.SyncFile(target);
+}
+
+/// Whether the target holds nothing but blocks of the old and the new content.
+bool IsMixture(FileHandle target, FileHandle undo, const Trailer& trailer,
+               const std::vector<DWORD>& blocks) {
+    std::uint64_t length = 0;
+    if (System::Current().GetFileLength(target, length) != 0 ||
+        length < std::min(trailer.oldLength, trailer.newLength) ||
+        length > std::max(trailer.oldLength, trailer.newLength))
+        return false;
+    std::size_t mixed = 0;
+    std::vector<BYTE> old;
+    const auto look = [&](std::uint64_t at, std::span<const BYTE> bytes) {
+        for (; !bytes.empty(); at += std::min(kBlock, bytes.size()),
+                               bytes = bytes.subspan(std::min(kBlock, bytes.size()))) {
+            const std::span<const BYTE> block = bytes.first(std::min(kBlock, bytes.size()));
+            const auto number = static_cast<std::size_t>(at / kBlock);
+            if (number < blocks.size() && Crc32c(block) == blocks[number])
+                continue;
+            old.resize(block.size());
+            if (at + block.size() <= trailer.oldLength && ReadAt(undo, at, old) == 0 &&
+                std::equal(old.begin(), old.end(), block.begin()))
+                continue;
+            if (++mixed > kMaxMixedBlocks)
+                return EINVAL;
+        }
+        return 0;
+    };
+    return ForEachChunk(target, 0, length, look) == 0;
+}
+
+// --- the new content -----------------------------------------------------------------------------
+
+/// Steps 2 and 3.
+int Overwrite(FileHandle target, FileHandle source, const Trailer& trailer) {
+    System& system = System::Current();
+    const std::uint64_t head = std::min(trailer.oldLength, trailer.newLength);
+    if (trailer.newLength > trailer.oldLength) {
+        int error = CopyRange(source, target, head, trailer.newLength);
+        if (error == 0)
+            error = system.SyncFile(target);
+        if (error != 0)
+            return error;
+    }
+    if (const int error = CopyRange(source, target, 0, head))
+        return error;
+    if (trailer.newLength < trailer.oldLength) {
+        if (const int error = system.SetFileLength(target, trailer.newLength))
+            return error;
+    }
+    return system.SyncFile(target);
+}
+
+int WriteMissing(FileHandle source, std::uint64_t length, const std::string& name) {
+    System& system = System::Current();
+    OpenHandle target;
+    if (const int error = system.OpenFile(
+            name.c_str(), kOpenRead | kOpenWrite | kOpenCreate | kOpenExclusive, target.handle))
+        return error;
+    int error = CopyRange(source, target.handle, 0, length);
+    if (error == 0)
+        error = system.SyncFile(target.handle);
+    const int closed = target.Close();
+    if (error == 0)
+        error = closed;
+    if (error != 0)
+        system.RemoveFile(name.c_str());
+    else
+        system.SyncFolder(FolderOf(name).c_str());
+    return error;
+}
+
+/// Makes the scratch file for the old content, beside the target or else in the temporary folder.
+int MakeUndo(const std::string& target, std::string& name, FileHandle& handle) {
+    const int error = MakeScratch(ScratchUse::Old, FolderOf(target), name, handle);
+    if (error != EACCES && error != EPERM && error != EROFS && error != ENAMETOOLONG)
+        return error;
+    return MakeScratch(ScratchUse::Old, System::Current().GetTemporaryFolder(), name, handle);
+}
+
+} // namespace
+
+int WriteInPlace(FileHandle source, std::uint64_t length, const std::string& name) {
+    System& system = System::Current();
+    OpenHandle target;
+    int error = system.OpenFile(name.c_str(), kOpenRead | kOpenWrite, target.handle);
+    if (error == ENOENT)
+        return WriteMissing(source, length, name);
+    FileStatus status;
+    if (error == 0)
+        error = system.GetFileStatus(target.handle, status);
+    if (error != 0)
+        return error;
+    const Trailer trailer{
+        .oldLength = status.length, .newLength = length, .target = status.identity};
+    std::string undoName;
+    OpenHandle undo;
+    if ((error = MakeUndo(name, undoName, undo.handle)) != 0)
+        return error;
+    bool isUndoNeeded = false;
+    error = WriteUndo(undo.handle, target.handle, name, source, trailer);
+    if (error == 0) {
+        system.SyncFolder(FolderOf(undoName).c_str());
+        error = Overwrite(target.handle, source, trailer);
+        // What cannot even be put back stays where the next sweep finds it.
+        isUndoNeeded = error != 0 && Restore(target.handle, undo.handle, trailer.oldLength) != 0;
+    }
+    if (!isUndoNeeded)
+        system.RemoveFile(undoName.c_str());
+    return error;
+}
+
+bool RecoverInPlace(FileHandle undo) {
+    Trailer trailer;
+    std::vector<DWORD> blocks;
+    std::string name;
+    if (const int error = ReadUndo(undo, trailer, blocks, name))
+        return error == EINVAL; // the target was not touched yet
+    OpenHandle target;
+    if (const int error = System::Current().OpenFile(
+            name.c_str(), kOpenRead | kOpenWrite | kOpenPrivate, target.handle))
+        return error == ENOENT;
+    if (IdentityOf(target.handle) != trailer.target ||
+        !IsMixture(target.handle, undo, trailer, blocks))
+        return true; // somebody has put something else there since
+    return Restore(target.handle, undo, trailer.oldLength) == 0;
+}
+
+} // namespace vnbytstr

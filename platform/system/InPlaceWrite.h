@@ -1,0 +1,26 @@
+// Writes a file over without giving it another identity, for files that cannot be replaced by a
+// rename: ones with several names, or whose owner a new file could not be given.
+#pragma once
+
+#include "System.h"
+
+#include <string>
+
+namespace vnbytstr {
+
+/// Makes the first `length` bytes of the open file `source` the content of the file `target`, which
+/// is made when it is missing. 0 or an error number; after an error the target has its old content.
+///
+/// What needs room on the disk comes first. The old content is kept in a scratch file until all is
+/// on the disk, so that a process that is killed meanwhile, or a disk that fails, does not leave a
+/// part of each: RecoverInPlace puts the old content back. The scratch file stands beside the
+/// target, or in the temporary folder where the target's folder takes no new names.
+int WriteInPlace(FileHandle source, std::uint64_t length, const std::string& target);
+
+/// Takes an old-content file that a killed process left behind (open for reading, its lock held),
+/// and puts that content back into the file it came from, if that file is the same still and holds
+/// nothing but parts of the old and the new content. True when the scratch file is not needed any
+/// more.
+bool RecoverInPlace(FileHandle undo);
+
+} // namespace vnbytstr
