@@ -399,6 +399,7 @@
 #define IDS_VQ_T_LOADING 41323
 #define IDS_VQ_T_PROGRESS 41324
 #define IDS_VQ_T_PROGRESS_BYTES 41325
+#define IDS_VQ_E_OTHER_DATABASE 41326
 
 /* vnquery.rc: the value window */
 #define IDS_VQ_V_TITLE 41360

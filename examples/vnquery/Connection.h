@@ -15,6 +15,7 @@ struct Connection {
     std::string file;       ///< SQLite; "" when there is a data source
     std::string dataSource; ///< ODBC connection string
 
+    bool operator==(const Connection&) const = default;
     bool IsEmpty() const { return file.empty() && dataSource.empty(); }
     /// What people may see of it: the file, or the string without its password.
     std::string GetDisplayName() const;

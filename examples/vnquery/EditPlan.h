@@ -10,11 +10,12 @@ namespace vnquery {
 
 /// Why a cell is not editable.
 enum class EditBar {
-    None,      ///< it is editable
-    NotATable, ///< the rows are not those of one table
-    NoKey,     ///< the table has no key, or not all columns of it are selected
-    Key,       ///< the column is what the row is found by
-    Computed   ///< no column of the table, or one that the database computes
+    None,         ///< it is editable
+    NotATable,    ///< the rows are not those of one table
+    NoKey,        ///< the table has no key, or not all columns of it are selected
+    Key,          ///< the column is what the row is found by
+    Computed,     ///< no column of the table, or one that the database computes
+    OtherDatabase ///< another database has been opened since the query
 };
 
 /// A column of the result and what it is in the table.

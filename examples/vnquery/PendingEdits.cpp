@@ -38,8 +38,12 @@ const NewValue* PendingEdits::Find(CellPlace place) const {
     return edit == m_edits.end() ? nullptr : &edit->second;
 }
 
-WriteReport WriteEdits(TableWriter& writer, const EditPlan& plan, const ResultSet& result,
-                       const PendingEdits& edits, Progress& progress) {
+namespace {
+
+/// What is the same for looking and for writing: `write` gets the cells that have the old value.
+template <typename Write>
+WriteReport ForEachEdit(TableWriter& writer, const EditPlan& plan, const ResultSet& result,
+                        const PendingEdits& edits, Progress& progress, Write&& write) {
     WriteReport report;
     for (const auto& [place, edit] : edits.GetAll()) {
         const auto [row, column] = place;
@@ -49,18 +53,34 @@ WriteReport WriteEdits(TableWriter& writer, const EditPlan& plan, const ResultSe
             report.lostRows.push_back(place);
         } else if (!AreSame(*now, result.At(row, column))) {
             report.conflicts.push_back({place, std::move(*now)});
+        } else if (write(key, column, edit, now)) {
+            report.written.push_back({place, std::move(*now)});
         } else {
-            writer.Update(key, column, edit, progress);
-            // The table may have made another value of it: a number of a text, a default.
-            now = writer.Read(key, column, progress);
-            if (now)
-                report.written.push_back({place, std::move(*now)});
-            else
-                report.lostRows.push_back(place);
+            report.lostRows.push_back(place);
         }
         progress.AddRow();
     }
     return report;
+}
+
+} // namespace
+
+WriteReport CompareEdits(TableWriter& writer, const EditPlan& plan, const ResultSet& result,
+                         const PendingEdits& edits, Progress& progress) {
+    return ForEachEdit(writer, plan, result, edits, progress, [](const auto&...) { return true; });
+}
+
+WriteReport WriteEdits(TableWriter& writer, const EditPlan& plan, const ResultSet& result,
+                       const PendingEdits& edits, Progress& progress) {
+    return ForEachEdit(writer, plan, result, edits, progress,
+                       [&](const RowKey& key, std::size_t column, const NewValue& edit,
+                           std::optional<Value>& now) {
+                           writer.Update(key, column, edit, progress);
+                           // The table may have made another value of it: a number of a text, a
+                           // default.
+                           now = writer.Read(key, column, progress);
+                           return now.has_value();
+                       });
 }
 
 void AcceptReport(WriteReport&& report, ResultSet& result, PendingEdits& edits) {

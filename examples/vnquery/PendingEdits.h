@@ -41,6 +41,11 @@ struct WriteReport {
     std::vector<CellPlace> lostRows; ///< the row is gone
 };
 
+/// Finds out which of the edits WriteEdits would leave out, and writes nothing: `written` has the
+/// cells that it would write, with their old values. Throws Failure and Interrupted.
+WriteReport CompareEdits(TableWriter& writer, const EditPlan& plan, const ResultSet& result,
+                         const PendingEdits& edits, Progress& progress);
+
 /// Writes the edits of cells whose values in the table are still those of the result. Commits
 /// nothing. Throws Failure and Interrupted.
 WriteReport WriteEdits(TableWriter& writer, const EditPlan& plan, const ResultSet& result,

@@ -29,6 +29,8 @@ public:
     TaskState GetState() const { return m_task->GetState(); }
     const std::string& GetMessage() const { return m_task->GetMessage(); }
     const TaskProgress& GetProgress() const { return m_task->GetProgress(); }
+    const Connection& GetConnection() const { return m_connection; }
+    const std::string& GetSql() const { return m_sql; }
     /// The rows that have come stay.
     void Cancel();
 

@@ -39,8 +39,11 @@ bool IsInteger(std::string_view number) {
 
 } // namespace
 
-void ResultDocument::Begin(ResultShape&& shape, const std::string& sql) {
+void ResultDocument::Begin(ResultShape&& shape, const std::string& sql,
+                           const Connection& connection) {
     m_sql = sql;
+    m_connection = connection;
+    m_isDetached = false;
     m_layout = LoadLayout(sql, shape.columns.size());
     m_result = ResultSet(std::move(shape.columns));
     m_kinds = std::move(shape.kinds);
@@ -96,7 +99,7 @@ const Value& ResultDocument::GetValue(CellPlace place) const {
 }
 
 EditBar ResultDocument::GetBar(CellPlace place) const {
-    const EditBar bar = m_plan.GetBar(place.second);
+    const EditBar bar = GetBar(place.second);
     const bool isLost = !m_plan.rowIdName.empty() && !m_result.GetRowId(place.first);
     return bar == EditBar::None && isLost ? EditBar::NoKey : bar;
 }

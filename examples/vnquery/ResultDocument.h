@@ -15,8 +15,15 @@ namespace vnquery {
 /// "Shown" rows and columns count as displayed, from 0; others as the database gave them.
 class ResultDocument {
 public:
-    /// Begins an empty result with the layout that its query had last time.
-    void Begin(ResultShape&& shape, const std::string& sql);
+    /// Begins an empty result with the layout that its query had last time. It is bound to the
+    /// connection it comes from: nothing of it is ever written to another one.
+    void Begin(ResultShape&& shape, const std::string& sql, const Connection& connection);
+    const Connection& GetConnection() const { return m_connection; }
+    /// The database that is open now: with another one than its own the result cannot be edited.
+    void SetOpenDatabase(const Connection& connection) {
+        m_isDetached = connection != m_connection;
+    }
+    bool IsDetached() const { return m_isDetached; }
     bool HasResult() const { return m_result.GetColumnCount() > 0; }
 
     ResultSet& GetResult() { return m_result; }
@@ -52,6 +59,10 @@ public:
     const Value& GetValue(CellPlace place) const;
     /// Why the cell cannot be edited; also NoKey for a row that is none of the table.
     EditBar GetBar(CellPlace place) const;
+    /// The same for all cells of a column.
+    EditBar GetBar(std::size_t column) const {
+        return m_isDetached ? EditBar::OtherDatabase : m_plan.GetBar(column);
+    }
 
     /// The shown rows in the order of a column of numbers: order[i] is the one to come to i. NULL
     /// comes first, text last; equal ones keep their order. Downwards is the reverse in all.
@@ -63,6 +74,8 @@ public:
 
 private:
     std::string m_sql;
+    Connection m_connection;
+    bool m_isDetached = false;
     ResultSet m_result;
     std::vector<ColumnKind> m_kinds;
     EditPlan m_plan;

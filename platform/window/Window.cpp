@@ -119,6 +119,8 @@ Window* Window::Create(CREATESTRUCT& create, CWnd* object, QWidget* host) {
         object->m_hWnd = window->Handle();
         object->PreSubclassWindow();
     }
+    if ((create.style & (WS_CHILD | WS_VISIBLE)) == WS_CHILD)
+        window->m_widget->hide(); // else it would appear with its parent
     if (!window->FinishCreation(create)) {
         if (Of(reinterpret_cast<HWND>(window)) != nullptr)
             window->Destroy();

@@ -25,9 +25,7 @@ protected:
 
 TEST_F(WindowEdit, AValueIsTypedAndCommitted) {
     OpenFilms();
-    ClickCell(1, 1);
-    EXPECT_EQ(List().GetActiveEditor(), nullptr) << "a first click selects";
-    ClickCell(1, 1);
+    ClickCell(1, 1, true);
     ASSERT_NE(List().GetActiveEditor(), nullptr);
     Type("The Boat");
     Key(Qt::Key_Return);
@@ -149,9 +147,81 @@ TEST_F(WindowEdit, LeavingAsksForWhatIsNotWritten) {
     m_answers.m_answers = {IDCANCEL};
     Window().SendMessage(WM_CLOSE);
     EXPECT_NE(Window().GetSafeHwnd(), nullptr);
-    m_answers.m_answers = {IDYES, IDYES};
+    m_answers.m_answers = {IDYES};
     RunQuery("select 1");
     EXPECT_EQ(Ask("select title from film where id = 1"), "new");
+}
+
+/// Rows of one database are never written to another one.
+TEST_F(WindowEdit, AResultBelongsToItsDatabase) {
+    OpenFilms();
+    std::filesystem::copy_file(Database(), File("other.sqlite"));
+    List().SetCurrentCell(0, 1);
+    Key(Qt::Key_F2);
+    Type("mine");
+    Key(Qt::Key_Return);
+    m_answers.m_answers = {IDCANCEL}; // stays, with the change
+    Window().Connect({File("other.sqlite"), ""});
+    EXPECT_EQ(GetText(Window()), Database() + " - vnquery");
+    m_answers.m_answers = {IDNO};
+    Window().Connect({File("other.sqlite"), ""});
+    EXPECT_EQ(Cell(0, 1), "Brazil");
+    List().SetCurrentCell(0, 1);
+    const std::size_t before = m_answers.m_texts.size();
+    m_answers.m_answers = {IDOK, IDOK, IDOK, IDOK};
+    Key(Qt::Key_F2);
+    EXPECT_EQ(List().GetActiveEditor(), nullptr);
+    WithDialog([&] { ClickCell(0, 1, true); }, // shows the value, and no more
+               [](CWnd& zoom) { zoom.SendMessage(WM_COMMAND, IDOK); });
+    Key(Qt::Key_0, Qt::ControlModifier);
+    Key(Qt::Key_D, Qt::ControlModifier);
+    m_answers.m_answers.clear();
+    ASSERT_GT(m_answers.m_texts.size(), before);
+    EXPECT_NE(m_answers.m_texts[before].find("read from " + Database()), std::string::npos);
+    EXPECT_TRUE(Document().GetEdits().IsEmpty());
+
+    RunQuery(kQuery);
+    List().SetCurrentCell(0, 1);
+    Key(Qt::Key_F2);
+    Type("theirs");
+    Key(Qt::Key_Return);
+    m_answers.m_answers = {IDYES};
+    View().WriteChanges();
+    EXPECT_EQ(Ask("select title from film where id = 1"), "Brazil");
+    m_window.reset();
+    std::filesystem::rename(File("other.sqlite"), Database());
+    EXPECT_EQ(Ask("select title from film where id = 1"), "theirs");
+}
+
+/// The database is everybody's while a question waits for its answer.
+TEST_F(WindowEdit, QuestionsHoldNoLock) {
+    OpenFilms();
+    const auto edit = [&](const char* text) {
+        List().SetCurrentCell(0, 1);
+        Key(Qt::Key_F2);
+        Type(text);
+        Key(Qt::Key_Return);
+    };
+    edit("mine");
+    int boxes = 0;
+    m_answers.m_meanwhile = [&] {
+        MakeDatabase("pragma busy_timeout = 0; update film set length = length + 1 where id = 2");
+        ++boxes;
+    };
+    m_answers.m_answers = {IDYES};
+    View().WriteChanges();
+    EXPECT_EQ(boxes, 1);
+    EXPECT_EQ(Ask("select title || length from film where id = 2"), "Das Boot150");
+    EXPECT_EQ(Ask("select title from film where id = 1"), "mine");
+
+    // Somebody changes the very value while the question waits: told after it, and not overwritten.
+    edit("again");
+    m_answers.m_meanwhile = [&] { MakeDatabase("update film set title = 'theirs' where id = 1"); };
+    m_answers.m_answers = {IDYES, IDOK};
+    View().WriteChanges();
+    EXPECT_EQ(Ask("select title from film where id = 1"), "theirs");
+    EXPECT_NE(m_answers.m_texts.back().find("theirs"), std::string::npos);
+    EXPECT_EQ(Changes(), "1 change not written");
 }
 
 TEST_F(WindowEdit, JoinsAreReadOnlyAndSayWhy) {

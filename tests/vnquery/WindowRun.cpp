@@ -22,6 +22,8 @@ bool IsShown(HWND window) { return CWnd::FromHandle(window)->IsWindowVisible() !
 
 int Answers::MessageBox(const char* text, const char*, UINT, UINT) {
     m_texts.emplace_back(text ? text : "");
+    if (m_meanwhile)
+        m_meanwhile();
     if (m_answers.empty()) {
         ADD_FAILURE() << "an unexpected message: " << text;
         return IDCANCEL;
@@ -107,6 +109,15 @@ void WindowTest::ClickCell(int row, int column, bool twice) {
         QTest::mouseDClick(under, Qt::LeftButton, {}, local);
     else
         QTest::mouseClick(under, Qt::LeftButton, {}, local);
+    Pump();
+}
+
+void WindowTest::ClickControl(int id) {
+    CWnd* const control = View().GetDlgItem(id);
+    ASSERT_NE(control, nullptr);
+    QWidget* const around = control->GetWidget();
+    QWidget* const inner = around->childAt(around->rect().center()); // of the window system
+    QTest::mouseClick(inner ? inner : around, Qt::LeftButton);
     Pump();
 }
 

@@ -18,6 +18,7 @@ public:
                      int show) override;
 
     std::deque<int> m_answers;         ///< to the next boxes
+    std::function<void()> m_meanwhile; ///< what happens while a box waits for its answer
     std::vector<std::string> m_texts;  ///< of the boxes that came
     std::vector<std::string> m_opened; ///< parameters of programs that were started
 };
@@ -39,6 +40,8 @@ protected:
     void Type(const std::string& text);
     /// Clicks on a cell of the result.
     void ClickCell(int row, int column, bool twice = false);
+    /// Presses a child of the view with the mouse.
+    void ClickControl(int id);
     /// What the list shows.
     std::string Cell(int row, int column);
     std::string Status();

@@ -43,6 +43,17 @@ BOOL QueryView::CreateView(CWnd* parent, UINT id) {
                     CRect(0, 0, 0, 0), parent, id);
 }
 
+/// The buttons give commands of the frame, as its menu and keys do.
+BOOL QueryView::OnCommand(WPARAM wParam, LPARAM lParam) {
+    const auto sender = reinterpret_cast<HWND>(lParam);
+    for (const CButton* button : {&m_open, &m_connect, &m_runButton, &m_stopButton})
+        if (sender != nullptr && sender == button->GetSafeHwnd() && HIWORD(wParam) == BN_CLICKED) {
+            GetTopLevelParent()->SendMessage(WM_COMMAND, LOWORD(wParam));
+            return TRUE;
+        }
+    return CWnd::OnCommand(wParam, lParam);
+}
+
 int QueryView::OnCreate(LPCREATESTRUCT create) {
     if (CWnd::OnCreate(create) == -1)
         return -1;
@@ -189,6 +200,8 @@ BOOL QueryView::PreTranslateMessage(MSG* message) {
 
 void QueryView::SetConnection(const Connection& connection) {
     m_connection = connection;
+    m_document.SetOpenDatabase(connection);
+    m_list.ShowEditors();
     m_database.SetWindowText(connection.GetDisplayName().c_str());
     m_host.ShowStatus(Text(IDS_VQ_W_TYPE));
     m_host.ViewChanged();
@@ -198,6 +211,9 @@ void QueryView::SetConnection(const Connection& connection) {
 void QueryView::SetSql(const std::string& sql) { m_sql.SetWindowText(sql.c_str()); }
 
 void QueryView::ShowBusy(bool isBusy) {
+    // A button that becomes grey would take the focus, and the keys, with it.
+    if (isBusy || CWnd::GetFocus() == &m_stopButton)
+        m_sql.SetFocus();
     m_runButton.EnableWindow(!isBusy);
     m_stopButton.EnableWindow(isBusy);
     m_open.EnableWindow(!isBusy);
@@ -219,7 +235,7 @@ void QueryView::Run() {
         return;
     StoreLayout();
     ReadMarkers();
-    m_document.Begin({}, {});
+    m_document.Begin({}, {}, {});
     m_list.ShowColumns();
     m_isStopping = false;
     m_areWidthsFitted = false;
@@ -250,7 +266,7 @@ void QueryView::OnTimer(std::uintptr_t id) {
 void QueryView::TakeRows() {
     const bool hasEnded = m_run->GetState() != TaskState::Running;
     if (std::optional<ResultShape> shape = m_run->TakeShape()) {
-        m_document.Begin(std::move(*shape), GetText(m_sql));
+        m_document.Begin(std::move(*shape), m_run->GetSql(), m_run->GetConnection());
         m_list.ShowColumns();
     }
     const auto end = std::chrono::steady_clock::now() + kSlice;

@@ -44,8 +44,8 @@ public:
     void Run();
     void Stop();
     void Export();
-    /// Writes the changes in a transaction and asks before it commits.
-    void WriteChanges();
+    /// Asks, then writes the changes in a transaction. False when something is not written.
+    bool WriteChanges();
     void DiscardChanges();
     /// Asks what becomes of changes that are not written. False when the person would rather stay.
     bool LeaveChanges();
@@ -71,6 +71,7 @@ public:
     BOOL PreTranslateMessage(MSG* message) override;
 
 protected:
+    BOOL OnCommand(WPARAM wParam, LPARAM lParam) override;
     int OnCreate(LPCREATESTRUCT create);
     void OnSize(UINT type, int cx, int cy);
     void OnTimer(std::uintptr_t id);
@@ -91,7 +92,10 @@ private:
     bool RequireEditable(CellPlace& place);
     void SetCell(CellPlace place, NewValue&& value);
     void LoadFile(CellPlace place, const std::string& file);
-    bool AskToCommit(const WriteReport& report);
+    bool CompareChanges(WriteReport& report);
+    bool AskToWrite(const WriteReport& report);
+    bool CommitChanges();
+    void AcceptChanges(WriteReport&& report);
     std::string DescribeConflicts(const WriteReport& report) const;
     void TakeRows();
     void FinishRun();

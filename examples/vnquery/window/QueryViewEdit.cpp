@@ -71,7 +71,9 @@ bool QueryView::RequireCurrent(CellPlace& place) {
 bool QueryView::Refuse(EditBar bar) {
     if (bar == EditBar::None)
         return false;
-    ShowMessage(Text(TextOfBar(bar)));
+    ShowMessage(bar == EditBar::OtherDatabase
+                    ? Text(IDS_VQ_E_OTHER_DATABASE, {m_document.GetConnection().GetDisplayName()})
+                    : Text(TextOfBar(bar)));
     return true;
 }
 
@@ -292,11 +294,11 @@ std::string QueryView::DescribeConflicts(const WriteReport& report) const {
     return text;
 }
 
-bool QueryView::AskToCommit(const WriteReport& report) {
+bool QueryView::AskToWrite(const WriteReport& report) {
     const std::string others = DescribeConflicts(report);
     if (report.written.empty()) {
         ShowMessage(Text(IDS_VQ_Q_NOTHING_LEFT) + others);
-        return true; // nothing to commit, but what was learnt counts
+        return false;
     }
     std::vector<std::size_t> rows;
     for (const WriteReport::Cell& cell : report.written)
@@ -310,26 +312,60 @@ bool QueryView::AskToCommit(const WriteReport& report) {
     return ShowMessage(question + others, MB_YESNO | MB_ICONQUESTION) == IDYES;
 }
 
-void QueryView::WriteChanges() {
+/// Looks in a transaction of its own, which is over before anybody is asked.
+bool QueryView::CompareChanges(WriteReport& report) {
+    return RunTask(this, IDS_VQ_T_WRITING, [&](Progress& progress) {
+        const auto writer = OpenWriter(m_document.GetConnection(), m_document.GetPlan());
+        report = CompareEdits(*writer, m_document.GetPlan(), m_document.GetResult(),
+                              m_document.GetEdits(), progress);
+    });
+}
+
+bool QueryView::WriteChanges() {
     if (!RequireResult() || !m_list.CellEnter(TRUE))
-        return;
+        return false;
     if (m_document.GetEdits().IsEmpty()) {
         m_host.ShowStatus(Text(IDS_VQ_W_NO_CHANGES));
-        return;
+        return true;
     }
-    std::unique_ptr<TableWriter> writer; // undoes everything unless it commits
     WriteReport report;
-    const bool isDone = RunTask(this, IDS_VQ_T_WRITING, [&](Progress& progress) {
-        writer = OpenWriter(m_connection, m_document.GetPlan());
-        report = WriteEdits(*writer, m_document.GetPlan(), m_document.GetResult(),
-                            m_document.GetEdits(), progress);
-    });
-    if (!isDone || !AskToCommit(report)) {
+    if (Refuse(m_document.IsDetached() ? EditBar::OtherDatabase : EditBar::None) ||
+        !CompareChanges(report)) {
         m_host.ShowStatus(Text(IDS_VQ_W_UNDONE));
-        return;
+        return false;
     }
-    if (!RunTask(this, IDS_VQ_T_WRITING, [&](Progress&) { writer->Commit(); }))
-        return;
+    if (report.written.empty()) {
+        AskToWrite(report);
+        AcceptChanges(std::move(report)); // nothing is written, but what was learnt counts
+        return m_document.GetEdits().IsEmpty();
+    }
+    if (!AskToWrite(report)) {
+        m_host.ShowStatus(Text(IDS_VQ_W_UNDONE));
+        return false;
+    }
+    return CommitChanges();
+}
+
+/// Writes without a question. What somebody has changed since is left out, and told afterwards.
+bool QueryView::CommitChanges() {
+    WriteReport report;
+    if (!RunTask(this, IDS_VQ_T_WRITING, [&](Progress& progress) {
+            const auto writer = OpenWriter(m_document.GetConnection(), m_document.GetPlan());
+            report = WriteEdits(*writer, m_document.GetPlan(), m_document.GetResult(),
+                                m_document.GetEdits(), progress);
+            writer->Commit();
+        })) {
+        m_host.ShowStatus(Text(IDS_VQ_W_UNDONE));
+        return false;
+    }
+    const std::string others = DescribeConflicts(report);
+    AcceptChanges(std::move(report));
+    if (!others.empty())
+        ShowMessage(others.substr(others.find_first_not_of('\n')));
+    return m_document.GetEdits().IsEmpty();
+}
+
+void QueryView::AcceptChanges(WriteReport&& report) {
     const std::size_t written = report.written.size();
     AcceptReport(std::move(report), m_document.GetResult(), m_document.GetEdits());
     m_list.RefreshAll();
@@ -362,8 +398,7 @@ bool QueryView::LeaveChanges() {
         count == 1 ? Text(IDS_VQ_Q_UNWRITTEN_ONE) : Text(IDS_VQ_Q_UNWRITTEN, {GroupDigits(count)});
     switch (ShowMessage(question, MB_YESNOCANCEL | MB_ICONQUESTION)) {
     case IDYES:
-        WriteChanges();
-        return m_document.GetEdits().IsEmpty();
+        return CommitChanges();
     case IDNO:
         m_document.GetEdits().Clear();
         m_list.RefreshAll();

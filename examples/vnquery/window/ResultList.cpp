@@ -54,12 +54,20 @@ void ResultList::ShowColumns() {
         SetColumnSpacing(i, 4);
         const int width = m_document.GetLayout().widths[column];
         SetColumnWidth(i, width);
-        SetEditorType(i, m_document.GetPlan().GetBar(column) == EditBar::None ? kEditorText
-                                                                              : kEditorNone);
     }
+    ShowEditors();
     m_column = std::clamp(m_column, 0, std::max(count - 1, 0));
     if (GetHeadings()->GetSafeHwnd())
         GetHeadings()->Invalidate();
+}
+
+void ResultList::ShowEditors() {
+    for (int i = 0; i < GetNumColumns() && i < static_cast<int>(m_document.GetShownColumns()); ++i)
+        SetEditorType(
+            i, m_document.GetBar(m_document.GetLayout().order[static_cast<std::size_t>(i)]) ==
+                       EditBar::None
+                   ? kEditorText
+                   : kEditorNone);
 }
 
 void ResultList::AppendRows(std::size_t count) {
@@ -161,9 +169,13 @@ void ResultList::TakeColumn(CPoint point) {
     }
 }
 
+/// A click chooses a cell, also in the row that is selected; it takes a double click to open it.
 void ResultList::OnLButtonDown(UINT flags, CPoint point) {
     TakeColumn(point);
+    EnableEditing(FALSE);
     CListBoxEx::OnLButtonDown(flags, point);
+    if (m_hWnd != nullptr)
+        EnableEditing();
 }
 
 void ResultList::OnLButtonDblClk(UINT flags, CPoint point) {

@@ -17,6 +17,8 @@ public:
 
     /// Begins anew with the document's columns and no rows.
     void ShowColumns();
+    /// Cells open where the document lets them be edited.
+    void ShowEditors();
     /// Adds the document's last `count` shown rows.
     void AppendRows(std::size_t count);
     /// Makes columns that have no width as wide as their contents, within reason.

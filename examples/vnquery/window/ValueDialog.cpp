@@ -116,7 +116,19 @@ BOOL ValueDialog::OnInitDialog() {
     m_buttonHeight = button.Height();
     m_isReady = true;
     ShowValue();
-    return CDialog::OnInitDialog();
+    CDialog::OnInitDialog();
+    FocusView();
+    return FALSE; // the focus is where it belongs
+}
+
+/// Nothing is selected, so that a key pressed too often replaces nothing.
+void ValueDialog::FocusView() {
+    CWnd* const view = GetDlgItem(m_view == View::Picture ? kIdAs
+                                  : m_view == View::Bytes ? kIdBytes
+                                                          : kIdText);
+    view->SetFocus();
+    if (m_view != View::Picture)
+        view->SendMessage(EM_SETSEL, 0, 0);
 }
 
 void ValueDialog::SetInfo(const std::string& text) { SetDlgItemText(kIdInfo, text.c_str()); }
@@ -186,6 +198,7 @@ void ValueDialog::ShowPicture() {
 void ValueDialog::ShowView(View view) {
     const Value& value = Shown();
     const bool isBytes = view == View::Bytes;
+    m_view = view;
     GetDlgItem(kIdText)->ShowWindow(view == View::Text ? SW_SHOW : SW_HIDE);
     GetDlgItem(kIdBytes)->ShowWindow(isBytes ? SW_SHOW : SW_HIDE);
     GetDlgItem(kIdPicture)->ShowWindow(view == View::Picture ? SW_SHOW : SW_HIDE);
@@ -340,7 +353,7 @@ void ValueDialog::Layout() {
     Place(kIdSave, 2 * kGap + width, buttons, width, height);
     Place(IDOK, right - 2 * width - kGap, buttons, width, height);
     Place(IDCANCEL, right - width, buttons, width, height);
-    const bool isBytes = GetDlgItem(kIdBytes)->IsWindowVisible() != FALSE;
+    const bool isBytes = m_view == View::Bytes;
     const int pages = buttons - kGap - height;
     Place(kIdPrevious, kGap, pages, width, height);
     Place(kIdNext, 2 * kGap + width, pages, width, height);

@@ -52,6 +52,7 @@ private:
     void ShowPicture();
     void ShowView(View view);
     void SetInfo(const std::string& text);
+    void FocusView();
     void Layout();
     void Place(int id, int left, int top, int width, int height);
     bool IsTextEdited() const;
@@ -59,6 +60,7 @@ private:
     ValueSubject m_subject;
     std::optional<Value> m_loaded; ///< from a file, in the place of the subject's value
     std::optional<NewValue> m_newValue;
+    View m_view = View::Text;
     std::vector<View> m_views; ///< the choices of the combo box
     std::string m_original;    ///< the text as it stood in the edit field first
     DWORD m_firstLine = 0;     ///< of the page of bytes
