@@ -206,7 +206,8 @@ int Restore(FileHandle target, FileHandle undo, std::uint64_t oldLength) {
     return error != 0 ? error : system.SyncFile(target);
 }
 
-/// Whether the target holds nothing but blocks of the old and the new content.
+/// Whether the target holds nothing but blocks of the old and the new content, and not the new one
+/// whole: that write was complete, though the scratch file did not go.
 bool IsMixture(FileHandle target, FileHandle undo, const Trailer& trailer,
                const std::vector<DWORD>& blocks) {
     std::uint64_t length = 0;
@@ -214,15 +215,17 @@ bool IsMixture(FileHandle target, FileHandle undo, const Trailer& trailer,
         length < std::min(trailer.oldLength, trailer.newLength) ||
         length > std::max(trailer.oldLength, trailer.newLength))
         return false;
-    std::size_t mixed = 0;
+    std::size_t mixed = 0, complete = 0;
     std::vector<BYTE> old;
     const auto look = [&](std::uint64_t at, std::span<const BYTE> bytes) {
         for (; !bytes.empty(); at += std::min(kBlock, bytes.size()),
                                bytes = bytes.subspan(std::min(kBlock, bytes.size()))) {
             const std::span<const BYTE> block = bytes.first(std::min(kBlock, bytes.size()));
             const auto number = static_cast<std::size_t>(at / kBlock);
-            if (number < blocks.size() && Crc32c(block) == blocks[number])
+            if (number < blocks.size() && Crc32c(block) == blocks[number]) {
+                ++complete;
                 continue;
+            }
             old.resize(block.size());
             if (at + block.size() <= trailer.oldLength && ReadAt(undo, at, old) == 0 &&
                 std::equal(old.begin(), old.end(), block.begin()))
@@ -232,7 +235,9 @@ bool IsMixture(FileHandle target, FileHandle undo, const Trailer& trailer,
         }
         return 0;
     };
-    return ForEachChunk(target, 0, length, look) == 0;
+    if (ForEachChunk(target, 0, length, look) != 0)
+        return false;
+    return length != trailer.newLength || complete != blocks.size();
 }
 
 // --- the new content -----------------------------------------------------------------------------

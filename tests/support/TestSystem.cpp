@@ -2,6 +2,7 @@
 
 #include "platform/framework/Exception.h"
 
+#include <cstdlib>
 #include <numeric>
 #include <string_view>
 
@@ -34,6 +35,8 @@ std::optional<Fault> TestSystem::Take(Call call) {
     if (m_seen != m_fault->at && !(m_fault->fromThenOn && m_seen > m_fault->at))
         return std::nullopt;
     ++m_hits;
+    if (m_fault->kind == Fault::Kind::Kill)
+        std::_Exit(Fault::kKilled);
     if (m_fault->kind == Fault::Kind::Throw)
         AfxThrowMemoryException();
     return m_fault;

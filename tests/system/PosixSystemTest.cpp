@@ -1,6 +1,5 @@
 // The POSIX system: what the layers above rely on.
 #include "platform/system/PosixSystem.h"
-#include "platform/system/FileReplacement.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestSystem.h"
 
@@ -149,50 +148,6 @@ TEST_F(PosixSystemTest, KnowsTheProcess) {
     const DWORD tick = m_system.GetTickCount();
     EXPECT_LT(m_system.GetTickCount() - tick, 60000u);
     EXPECT_LE(m_system.GetMemoryLoad(), 100u);
-}
-
-/// Every outcome of a replacement, and every call in it failing in turn.
-TEST_F(PosixSystemTest, ReplacedFilesAreOldOrNew) {
-    test::TestSystem faulty;
-    const ScopedSystem scope(faulty);
-    const auto replace = [&](const std::string& name) {
-        FileReplacement target;
-        int error = target.Open(m_folder.File(name).c_str());
-        std::size_t done;
-        if (error == 0)
-            error = System::Current().WriteFile(target.Handle(), "new", 3, done);
-        return error == 0 ? target.Commit() : error;
-    };
-    for (const char* name : {"plain", "absent"}) {
-        for (unsigned at = 1;; ++at) {
-            m_folder.Write("plain", "old");
-            ::unlink(m_folder.File("absent").c_str());
-            faulty.Inject(test::Fault{.at = at, .error = ENOSPC});
-            const int error = replace(name);
-            const bool hit = faulty.Hits() > 0;
-            faulty.Inject(std::nullopt);
-            const std::string content = m_folder.Read(name);
-            EXPECT_TRUE(error == 0 ? content == "new" : (content == "old" || content.empty()))
-                << at << " " << content;
-            EXPECT_TRUE(faulty.OpenHandles().empty());
-            EXPECT_LE(m_folder.Names().size(), 2u);
-            if (!hit)
-                break;
-        }
-    }
-    // A link stays a link, permissions stay, and a read-only file is refused.
-    ASSERT_EQ(::chmod(m_folder.File("plain").c_str(), 0640), 0);
-    ASSERT_EQ(::symlink("plain", m_folder.File("link").c_str()), 0);
-    EXPECT_EQ(replace("link"), 0);
-    struct stat info;
-    ASSERT_EQ(::lstat(m_folder.File("link").c_str(), &info), 0);
-    EXPECT_TRUE(S_ISLNK(info.st_mode));
-    ASSERT_EQ(::stat(m_folder.File("plain").c_str(), &info), 0);
-    EXPECT_EQ(info.st_mode & 0777, 0640u);
-    // What is no plain file is written directly.
-    FileReplacement sink;
-    EXPECT_EQ(sink.Open("/dev/null"), 0);
-    EXPECT_EQ(sink.Commit(), 0);
 }
 
 TEST(PosixSystem, FontsThatAreThereAreTheirOwnMatch) {
