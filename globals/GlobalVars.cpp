@@ -20,6 +20,7 @@ using vnbytstr::detail::FindBuiltIn;
 using vnbytstr::detail::FindKnownName;
 using vnbytstr::detail::KnownName;
 using vnbytstr::detail::ViewOf;
+using vnbytstr::detail::WithMemoryException;
 
 IMPLEMENT_DYNAMIC(CGlobalVar, CObject)
 IMPLEMENT_DYNAMIC(CGlobalVars, CObject)
@@ -53,12 +54,13 @@ int LoadDescription(UINT base, int id, CString& text) {
 
 } // namespace
 
-CGlobalVars::CGlobalVars() : m_pIndex(std::make_unique<SIndex>()) {}
+CGlobalVars::CGlobalVars()
+    : m_pIndex(WithMemoryException([] { return std::make_unique<SIndex>(); })) {}
 CGlobalVars::~CGlobalVars() { DeleteAll(); }
 
 CGlobalVars& CGlobalVars::Get() {
     if (!m_Singleton)
-        m_Singleton = new CGlobalVars; // for the life of the process
+        WithMemoryException([] { m_Singleton = new CGlobalVars; }); // for the life of the process
     return *m_Singleton;
 }
 
@@ -74,6 +76,7 @@ void CGlobalVars::DeleteAll() noexcept {
     for (int i = 0; i < GetSize(); ++i)
         m_pIndex->pool.Destroy(At(i)->m_dwNumber);
     m_arrVars.RemoveAll();
+    m_pIndex->Clear();
 }
 
 CGlobalVar* CGlobalVars::At(int index) const {
@@ -104,15 +107,18 @@ int CGlobalVars::Position(const CGlobalVar& var) const {
 }
 
 int CGlobalVars::Append(const CString& name, const CString& value) {
-    const auto [var, number] = m_pIndex->pool.Make(name, value);
+    const auto [var, number] =
+        WithMemoryException([&] { return m_pIndex->pool.Make(name, value); });
     var->m_dwNumber = number;
     var->m_dwSerial = m_dwNextSerial;
     int index = -1;
     try {
         index = m_arrVars.Add(var);
         if (!name.IsEmpty()) {
-            var->m_key.Set(m_pIndex->KeyOf(ViewOf(name)));
-            m_pIndex->Insert(*var);
+            WithMemoryException([&] {
+                var->m_key.Set(m_pIndex->KeyOf(ViewOf(name)));
+                m_pIndex->Insert(*var);
+            });
         }
     } catch (...) {
         if (index >= 0)
@@ -300,6 +306,7 @@ void CGlobalVars::ParseGlobal(CString& value) {
         return;
     const char closing = text.front() == '(' ? ')' : '\'';
     std::string content;
+    WithMemoryException([&] { content.reserve(text.size()); });
     int depth = 0; // of parentheses within
     for (std::size_t i = 1; i < text.size(); ++i) {
         const bool isDoubled = closing == '\'' && text.substr(i, 2) == "''";
@@ -314,11 +321,13 @@ void CGlobalVars::ParseGlobal(CString& value) {
 }
 
 void CGlobalVars::Convert(CString& value) {
-    std::string literal = "'";
-    for (const char c : ViewOf(value))
-        literal.append(c == '\'' ? 2u : 1u, c);
-    literal += '\'';
-    value = CString(literal.data(), static_cast<int>(literal.size()));
+    WithMemoryException([&] {
+        std::string literal = "'";
+        for (const char c : ViewOf(value))
+            literal.append(c == '\'' ? 2u : 1u, c);
+        literal += '\'';
+        value = CString(literal.data(), static_cast<int>(literal.size()));
+    });
 }
 
 /// The whole check costs as much as the table is long, so a long one is checked in proportion

@@ -1,5 +1,6 @@
 #include "globals/GlobalVarsInternal.h"
 
+#include <algorithm>
 #include <cassert>
 #include <cstring>
 #include <functional>
@@ -52,11 +53,12 @@ CGlobalVar::Key::~Key() {
         delete[] Long();
 }
 
-void CGlobalVars::SIndex::Clear() {
-    m_collation = &vnbytstr::Collation::Current();
-    m_slots.assign(64, {});
+void CGlobalVars::SIndex::Clear() noexcept {
+    std::fill(m_slots.begin(), m_slots.end(), Slot{});
     m_count = 0;
 }
+
+void CGlobalVars::SIndex::LearnRules() { m_collation = &vnbytstr::Collation::Current(); }
 
 CGlobalVar* CGlobalVars::SIndex::Find(std::string_view key) const noexcept {
     const DWORD hash = HashOf(key);

@@ -5,6 +5,7 @@
 
 #include "vnbytstr/GlobalVars.h"
 
+#include "platform/framework/Exception.h"
 #include "platform/system/Collation.h"
 
 #include <cstddef>
@@ -49,14 +50,16 @@ private:
 /// the other.
 struct CGlobalVars::SIndex {
 public:
-    SIndex() { Clear(); }
+    SIndex() : m_slots(64) { LearnRules(); }
 
-    /// Forgets all; names are matched by the rules of the system's locale as it is now.
-    void Clear();
+    /// Forgets all.
+    void Clear() noexcept;
+    /// From now on names are matched by the rules of the system's locale. Of an empty index only.
+    void LearnRules();
     /// The key of a name, valid until the next call.
     std::string_view KeyOf(std::string_view name) const {
         m_key.clear();
-        m_collation->AppendKey(name, m_key);
+        vnbytstr::detail::WithMemoryException([&] { m_collation->AppendKey(name, m_key); });
         return m_key;
     }
     CGlobalVar* Find(std::string_view key) const noexcept;

@@ -18,6 +18,7 @@ using vnbytstr::detail::FindKnownName;
 using vnbytstr::detail::kBuiltInCount;
 using vnbytstr::detail::ReportFont;
 using vnbytstr::detail::ViewOf;
+using vnbytstr::detail::WithMemoryException;
 
 namespace {
 
@@ -62,12 +63,19 @@ CString FontValue(int id) {
 
 int CGlobalVars::Initialize() {
     DeleteAll();
-    m_pIndex->Clear();
-    LoadStringA(m_strings.m_strLanguage, IDS_GLOBALS_LANGUAGE, nullptr);
-    LoadStringA(m_strings.m_strHTMLReference, IDS_GLOBALS_HTML_REFERENCE, nullptr);
-    AddBuiltIns();
-    if (AreUserVariablesKept())
-        AddSavedVariables();
+    try {
+        WithMemoryException([&] {
+            m_pIndex->LearnRules();
+            LoadStringA(m_strings.m_strLanguage, IDS_GLOBALS_LANGUAGE, nullptr);
+            LoadStringA(m_strings.m_strHTMLReference, IDS_GLOBALS_HTML_REFERENCE, nullptr);
+            AddBuiltIns();
+            if (AreUserVariablesKept())
+                AddSavedVariables();
+        });
+    } catch (CException*) {
+        DeleteAll(); // a part of a table would be saved for the whole one
+        throw;
+    }
     Check();
     return Success;
 }

@@ -1,5 +1,6 @@
 // Invariants of ParserMemory:
-//   1. Every block begins with a header that names its region, null for one from malloc.
+//   1. Every block begins with a header that names its region or its reserve, null for one from
+//      malloc.
 //   2. A region's blocks fill it without gaps from its beginning to m_used.
 //   3. A region's m_live counts its blocks that are in use; with none, m_used is 0 and no block is
 //      listed as free.
@@ -14,6 +15,7 @@
 #include <algorithm>
 #include <array>
 #include <cassert>
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <new>
@@ -28,17 +30,32 @@ constexpr std::size_t kSmallest = 8192; // less comes from malloc
 constexpr std::size_t kMostPages = 256; // more comes from malloc, too; documents take 129 at once
 constexpr std::size_t kRegionSize = 8u << 20;
 constexpr std::size_t kKeptRegions = 64;
+constexpr std::uint32_t kOfReserve = 1; // in place of a number of pages
 
 } // namespace
 
 struct alignas(16) ParserMemory::Header {
-    Region* region;      // null: from malloc
-    std::uint32_t pages; // of a region
+    union {
+        Region* region; // null: from malloc
+        Reserve* reserve;
+    };
+    std::uint32_t pages; // of a region; kOfReserve: of a reserve
 
     void* Block() { return this + 1; }
     static Header* Of(void* block) { return static_cast<Header*>(block) - 1; }
     /// Of a free block: the next one of its size.
     Header*& Next() { return *static_cast<Header**>(Block()); }
+};
+
+/// Stands at the beginning of its memory.
+struct alignas(16) ParserMemory::Reserve {
+    std::size_t size, used; // in bytes
+    std::size_t live;       // blocks in use, and one for the time until EndReserve
+
+    void Release() noexcept {
+        if (--live == 0)
+            std::free(this);
+    }
 };
 
 struct ParserMemory::Region {
@@ -56,7 +73,7 @@ struct ParserMemory::Region {
             if (kRegionSize - m_used < pages * kPage)
                 return nullptr;
             header = reinterpret_cast<Header*>(m_memory + m_used);
-            *header = {this, static_cast<std::uint32_t>(pages)};
+            *header = {{this}, static_cast<std::uint32_t>(pages)};
             m_used += pages * kPage;
         }
         ++m_live;
@@ -74,7 +91,8 @@ ParserMemory::ParserMemory() = default;
 ParserMemory::~ParserMemory() = default;
 
 ParserMemory& ParserMemory::Process() {
-    static ParserMemory* const memory = new ParserMemory;
+    alignas(ParserMemory) static std::byte place[sizeof(ParserMemory)];
+    static ParserMemory* const memory = new (place) ParserMemory;
     return *memory;
 }
 
@@ -83,14 +101,14 @@ void* ParserMemory::allocate(XMLSize_t size) {
         throw xercesc::OutOfMemoryException();
     const std::size_t whole = size + sizeof(Header);
     const std::size_t pages = (whole + kPage - 1) / kPage;
-    Header* header = nullptr;
-    if (whole >= kSmallest && pages <= kMostPages)
+    Header* header = AllocateFromReserve(whole);
+    if (header == nullptr && whole >= kSmallest && pages <= kMostPages)
         header = AllocateFromRegions(pages);
     if (header == nullptr) {
         header = static_cast<Header*>(std::malloc(whole));
         if (header == nullptr)
             throw xercesc::OutOfMemoryException();
-        *header = {nullptr, 0};
+        *header = {{nullptr}, 0};
     }
     return header->Block();
 }
@@ -116,11 +134,47 @@ ParserMemory::Header* ParserMemory::AllocateFromRegions(std::size_t pages) {
     return m_regions.back()->Take(pages);
 }
 
+ParserMemory::Header* ParserMemory::AllocateFromReserve(std::size_t whole) noexcept {
+    if (m_reserve.load(std::memory_order_relaxed) == nullptr) // as good as always
+        return nullptr;
+    const std::lock_guard lock(m_mutex);
+    Reserve* const reserve = m_reserve;
+    const std::size_t size = (whole + alignof(Header) - 1) / alignof(Header) * alignof(Header);
+    if (reserve == nullptr || size > reserve->size - reserve->used)
+        return nullptr;
+    auto* const header =
+        reinterpret_cast<Header*>(reinterpret_cast<char*>(reserve) + reserve->used);
+    header->reserve = reserve;
+    header->pages = kOfReserve;
+    reserve->used += size;
+    ++reserve->live;
+    return header;
+}
+
+bool ParserMemory::BeginReserve(std::size_t size) noexcept {
+    const std::lock_guard lock(m_mutex);
+    void* const memory = std::malloc(size);
+    if (memory != nullptr)
+        m_reserve = new (memory) Reserve{size, sizeof(Reserve), 1};
+    return memory != nullptr;
+}
+
+void ParserMemory::EndReserve() noexcept {
+    const std::lock_guard lock(m_mutex);
+    if (Reserve* const reserve = m_reserve.exchange(nullptr))
+        reserve->Release();
+}
+
 void ParserMemory::deallocate(void* block) {
     if (block == nullptr)
         return;
     Header* const header = Header::Of(block);
     Region* const region = header->region;
+    if (header->pages == kOfReserve) {
+        const std::lock_guard lock(m_mutex);
+        header->reserve->Release();
+        return;
+    }
     if (region == nullptr) {
         std::free(header);
         return;

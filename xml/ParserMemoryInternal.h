@@ -3,6 +3,7 @@
 
 #include <xercesc/framework/MemoryManager.hpp>
 
+#include <atomic>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -31,6 +32,11 @@ public:
     void deallocate(void* block) override;
     xercesc::MemoryManager* getExceptionMemoryManager() override;
 
+    /// From now on blocks come from memory set aside here, `size` bytes altogether, before they
+    /// come from elsewhere. False when there is none.
+    bool BeginReserve(std::size_t size) noexcept;
+    /// Ends that. What was set aside is given back with the last block from it.
+    void EndReserve() noexcept;
     /// Gives back every region that nothing uses.
     void Trim() noexcept;
     /// Bytes of regions held, and how many blocks in them are in use.
@@ -40,13 +46,16 @@ public:
 private:
     struct Region;
     struct Header;
+    struct Reserve;
 
     Header* AllocateFromRegions(std::size_t pages);
+    Header* AllocateFromReserve(std::size_t whole) noexcept;
     void Empty(Region& region) noexcept;
     void Check() const noexcept;
 
     mutable std::mutex m_mutex;
     std::vector<std::unique_ptr<Region>> m_regions; // the last one was added last
+    std::atomic<Reserve*> m_reserve{nullptr};
 };
 
 /// What a parse may take: this, and so much for each byte of the document (an element takes some

@@ -27,11 +27,15 @@ namespace {
 constexpr char kDeclarationFormat[] = "version=\"1.0\" encoding=\"%s\"";
 constexpr char16_t kNewLine[] = u"\r\n";
 
-/// For what the parser makes and takes back by release().
+/// For what the parser makes and takes back by release(). That takes memory itself; what it has
+/// none for goes with the document.
 struct Releaser {
     template <class Object>
-    void operator()(Object* object) const {
-        object->release();
+    void operator()(Object* object) const noexcept {
+        try {
+            object->release();
+        } catch (...) {
+        }
     }
 };
 template <class Object>

@@ -67,14 +67,27 @@ std::string InUtf8(std::string_view text) {
 
 } // namespace
 
-CXercesWrapper::CXercesWrapper() {
+CXercesWrapper::CXercesWrapper() { Begin(); }
+
+/// Counts this wrapper, if that has not been done. False when the parser cannot begin for want of
+/// memory; another time it may.
+bool CXercesWrapper::Begin() noexcept {
+    if (m_initialized)
+        return true;
     const std::lock_guard lock(CounterMutex());
     m_initialized = Attempt([&] {
-        m_state = std::make_unique<XercesState>();
+        if (m_state == nullptr)
+            m_state = std::make_unique<XercesState>();
         return m_iInstanceCounter > 0 || BeginParserPlatform();
     });
     if (m_initialized)
         ++m_iInstanceCounter;
+    else
+        Attempt([&] {
+            Fail("", "The parser could not be made");
+            return true;
+        });
+    return m_initialized;
 }
 
 CXercesWrapper::~CXercesWrapper() {
@@ -119,7 +132,7 @@ void CXercesWrapper::DropBuilder() noexcept {
 }
 
 bool CXercesWrapper::Create(const char* rootName) {
-    if (!m_initialized)
+    if (!Begin())
         return false;
     return Attempt([&] {
         Free();
@@ -158,7 +171,7 @@ void CXercesWrapper::Free() {
 }
 
 bool CXercesWrapper::LoadFile(const char* path) {
-    if (!m_initialized)
+    if (!Begin())
         return false;
     return Attempt([&] {
         FileInput source(path != nullptr ? FileNameOf(path) : std::string(), m_state->budget);
@@ -172,7 +185,7 @@ bool CXercesWrapper::LoadFile(const char* path) {
 }
 
 bool CXercesWrapper::LoadXML(const CString& text) {
-    if (!m_initialized)
+    if (!Begin())
         return false;
     return Attempt([&] {
         std::string_view bytes(static_cast<const char*>(text)); // up to the first NUL

@@ -163,7 +163,8 @@ public:
     /// Makes the table anew: the built-in variables with the values the profile has (one that
     /// Validate refuses counts as missing) or their defaults, and, when the number "SaveGlobals"
     /// under "Options" (profile root 3) is not 0, the user's variables in "Global Variables".
-    /// Returns Success. Takes time in proportion to the size of that section.
+    /// Returns Success. Takes time in proportion to the size of that section. After an exception
+    /// the table is empty, as before the first call, and nothing of it is saved.
     int Initialize();
 
     /// The value of a variable of the process's table, without a copy; m_strEmptyValue when there

@@ -54,7 +54,8 @@ struct SEnumString {
 class VNBYTSTR_API CXercesWrapper : public CXMLParserWrapper {
 public:
     /// The first living wrapper initialises the parser platform, the last one terminates it. An
-    /// application may have initialised it before, or may do so while wrappers live.
+    /// application may have initialised it before, or may do so while wrappers live. When memory is
+    /// too short for that, Create and the loads try it again.
     CXercesWrapper();
     ~CXercesWrapper() override;
 
@@ -168,6 +169,7 @@ protected:
     xercesc_3_2::DOMLSParser* GetDOMBuilder();
 
 private:
+    bool Begin() noexcept;
     enum Origin : int { kCreated = 0, kLoaded = 1, kNone = 2 };
 
     class Mutation;

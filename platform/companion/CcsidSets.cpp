@@ -4,6 +4,7 @@
 #include <mutex>
 #include <string>
 #include <tuple>
+#include <utility>
 
 namespace vnbytstr::detail {
 
@@ -57,10 +58,13 @@ public:
 
     const CcsidPair* Find(WORD from, WORD to, bool swapNewLine) {
         const std::lock_guard lock(m_mutex);
-        const auto [place, isNew] = m_pairs.try_emplace({from, to, swapNewLine});
-        if (isNew)
-            place->second = Make(from, to, swapNewLine);
-        return place->second.get();
+        const std::tuple key(from, to, swapNewLine);
+        const auto known = m_pairs.find(key);
+        if (known != m_pairs.end())
+            return known->second.get();
+        // Only what was made is kept: a lack of memory passes, and of unknown sets there is no end.
+        std::unique_ptr<CcsidPair> pair = Make(from, to, swapNewLine);
+        return pair ? m_pairs.emplace(key, std::move(pair)).first->second.get() : nullptr;
     }
 
 private:
@@ -82,17 +86,18 @@ private:
     }
 
     ConverterPool* Pool(WORD ccsid, bool swapNewLine) {
-        const auto [place, isNew] = m_pools.try_emplace({ccsid, swapNewLine});
-        if (isNew) {
-            std::string name = ConverterName(ccsid);
-            const ConverterPtr converter = OpenConverter(name.c_str());
-            if (!converter)
-                return nullptr; // the null entry remembers it
-            if (swapNewLine && IsEbcdic(converter.get()))
-                name += ",swaplfnl";
-            place->second = std::make_unique<ConverterPool>(std::move(name));
-        }
-        return place->second.get();
+        const std::pair key(ccsid, swapNewLine);
+        const auto known = m_pools.find(key);
+        if (known != m_pools.end())
+            return known->second.get();
+        std::string name = ConverterName(ccsid);
+        const ConverterPtr converter = OpenConverter(name.c_str());
+        if (!converter)
+            return nullptr;
+        if (swapNewLine && IsEbcdic(converter.get()))
+            name += ",swaplfnl";
+        auto pool = std::make_unique<ConverterPool>(std::move(name));
+        return m_pools.emplace(key, std::move(pool)).first->second.get();
     }
 
     std::mutex m_mutex;

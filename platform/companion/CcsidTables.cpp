@@ -9,8 +9,11 @@
 
 #include <algorithm>
 #include <map>
+#include <memory>
 #include <mutex>
+#include <new>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace vnbytstr::detail {
@@ -27,8 +30,13 @@ bool IsSingleByte(const UConverter* converter) {
 /// kernel, which sees one at a time.
 bool HasSequences(const UConverter* converter) {
     UErrorCode error = U_ZERO_ERROR;
-    USet* set = uset_openEmpty();
+    const std::unique_ptr<USet, decltype(&uset_close)> owner(uset_openEmpty(), &uset_close);
+    USet* const set = owner.get();
+    if (set == nullptr)
+        throw std::bad_alloc();
     ucnv_getUnicodeSet(converter, set, UCNV_ROUNDTRIP_AND_FALLBACK_SET, &error);
+    if (error == U_MEMORY_ALLOCATION_ERROR)
+        throw std::bad_alloc();
     bool found = U_FAILURE(error);
     const int32_t count = uset_getItemCount(set);
     for (int32_t i = 0; i < count && !found; ++i) {
@@ -37,7 +45,6 @@ bool HasSequences(const UConverter* converter) {
         error = U_ZERO_ERROR;
         found = uset_getItem(set, i, &start, &end, text, 32, &error) >= 2;
     }
-    uset_close(set);
     return found;
 }
 

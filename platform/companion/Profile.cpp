@@ -1,6 +1,7 @@
 #include "platform/companion/Profile.h"
 
 #include "platform/companion/ProfileStoreInternal.h"
+#include "platform/framework/Exception.h"
 
 #include <charconv>
 #include <optional>
@@ -8,6 +9,7 @@
 
 using vnbytstr::detail::ProfileFile;
 using vnbytstr::detail::ProfileStore;
+using vnbytstr::detail::WithMemoryException;
 
 namespace {
 
@@ -29,13 +31,19 @@ std::optional<DWORD> ReadNumber(std::string_view text) {
     return number;
 }
 
+/// What `read` makes of the file as it is.
+template <class Read>
+auto Look(Read read) {
+    return WithMemoryException([&] { return ProfileStore::Get().Look(read); });
+}
+
 } // namespace
 
 DWORD VNGetProfileDWORD(UINT root, const char* section, const char* name, DWORD defaultValue,
                         UINT) {
     if (!section || !name)
         return defaultValue;
-    return ProfileStore::Get().Look([&](const ProfileFile& file) {
+    return Look([&](const ProfileFile& file) {
         const std::string* value = file.Find(root, section, name);
         return value ? ReadNumber(*value).value_or(defaultValue) : defaultValue;
     });
@@ -45,7 +53,7 @@ CString VNGetProfileString(UINT root, const char* section, const char* name,
                            const char* defaultValue, UINT) {
     if (!section || !name)
         return CString(defaultValue);
-    return ProfileStore::Get().Look([&](const ProfileFile& file) {
+    return Look([&](const ProfileFile& file) {
         const std::string* value = file.Find(root, section, name);
         return value ? CString(value->c_str()) : CString(defaultValue);
     });
@@ -67,7 +75,7 @@ BOOL VNWriteProfileString(UINT root, const char* section, const char* name, cons
 BOOL VNIsProfileValue(UINT root, const char* section, const char* name) {
     if (!section || !name)
         return FALSE;
-    return ProfileStore::Get().Look(
+    return Look(
         [&](const ProfileFile& file) { return file.Find(root, section, name) ? TRUE : FALSE; });
 }
 
@@ -83,7 +91,7 @@ BOOL VNGetProfileSectionKey(UINT root, const char* section, CProfileSectionKey& 
     key.m_values.clear();
     if (!section)
         return FALSE;
-    ProfileStore::Get().Look([&](const ProfileFile& file) {
+    Look([&](const ProfileFile& file) {
         file.ForEach(root, section, [&](const std::string& name, const std::string& value) {
             key.m_values.emplace_back(name.c_str(), value.c_str());
         });
@@ -98,17 +106,21 @@ void CProfileBatch::WriteDWORD(UINT root, const char* section, const char* name,
 void CProfileBatch::WriteString(UINT root, const char* section, const char* name,
                                 const char* value) {
     if (section && name)
-        m_changes.push_back(
-            {value ? EKind::Set : EKind::Remove, root, section, name, value ? value : ""});
+        WithMemoryException([&] {
+            m_changes.push_back(
+                {value ? EKind::Set : EKind::Remove, root, section, name, value ? value : ""});
+        });
 }
 
 void CProfileBatch::DeleteSection(UINT root, const char* section) {
     if (section)
-        m_changes.push_back({EKind::RemoveSection, root, section, {}, {}});
+        WithMemoryException([&] {
+            m_changes.push_back({EKind::RemoveSection, root, section, {}, {}});
+        });
 }
 
 BOOL CProfileBatch::Commit() {
-    const bool saved = ProfileStore::Get().Change([this](ProfileFile& file) {
+    const auto apply = [this](ProfileFile& file) {
         bool changed = false;
         for (const SChange& change : m_changes) {
             switch (change.eKind) {
@@ -125,7 +137,8 @@ BOOL CProfileBatch::Commit() {
             }
         }
         return changed;
-    });
+    };
+    const bool saved = WithMemoryException([&] { return ProfileStore::Get().Change(apply); });
     if (saved)
         m_changes.clear();
     return saved ? TRUE : FALSE;

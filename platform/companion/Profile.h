@@ -22,8 +22,8 @@
 // used as far as it can be read, with a message; before it is first changed it is kept beside the
 // new one as profile.ini.damaged-1 (or the next free number).
 //
-// All functions may be called from every thread. None throws but CMemoryException's cause, a lack
-// of memory. A null section or name gives the default, or FALSE.
+// All functions may be called from every thread. None throws but CMemoryException; a change is then
+// not saved. A null section or name gives the default, or FALSE.
 #pragma once
 
 #include "../framework/Export.h"

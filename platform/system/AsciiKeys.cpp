@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#include <new>
 
 namespace vnbytstr::detail {
 
@@ -49,8 +50,8 @@ void AppendIcuKey(const UCollator& collator, std::u16string_view text, std::stri
         }
         room = needed;
     }
-    if (keys.size() == start) // ICU gave up
-        keys.push_back('\0');
+    if (keys.size() == start) // ICU gave up, for which it has no other reason
+        throw std::bad_alloc();
 }
 
 AsciiKeys::AsciiKeys(const UCollator& collator) {

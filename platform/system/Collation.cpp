@@ -9,6 +9,7 @@
 #include <climits>
 #include <map>
 #include <mutex>
+#include <new>
 #include <stdexcept>
 
 namespace vnbytstr {
@@ -30,6 +31,8 @@ std::string IcuName(std::string_view locale) {
 detail::CollatorPtr OpenCollator(const std::string& locale) {
     UErrorCode error = U_ZERO_ERROR;
     detail::CollatorPtr collator(ucol_open(locale.c_str(), &error));
+    if (error == U_MEMORY_ALLOCATION_ERROR)
+        throw std::bad_alloc();
     if (U_FAILURE(error) || !collator) {
         error = U_ZERO_ERROR;
         collator.reset(ucol_open("", &error));
@@ -42,6 +45,8 @@ detail::CollatorPtr OpenCollator(const std::string& locale) {
         // Thai rules would ignore punctuation, and make one name of many.
         ucol_setAttribute(collator.get(), UCOL_ALTERNATE_HANDLING, UCOL_NON_IGNORABLE, &error);
     }
+    if (error == U_MEMORY_ALLOCATION_ERROR)
+        throw std::bad_alloc();
     if (U_FAILURE(error) || !collator)
         throw std::runtime_error("ICU has no collation data; install its data library");
     return collator;
@@ -89,8 +94,11 @@ int Collation::Compare(std::string_view left, std::string_view right) const {
     const CodePage& page = CodePage::Ansi();
     if (page.IsUtf8()) {
         UErrorCode error = U_ZERO_ERROR;
-        return ucol_strcollUTF8(m_rules->collator.get(), left.data(), LengthOf(left), right.data(),
-                                LengthOf(right), &error);
+        const int order = ucol_strcollUTF8(m_rules->collator.get(), left.data(), LengthOf(left),
+                                           right.data(), LengthOf(right), &error);
+        if (error == U_MEMORY_ALLOCATION_ERROR)
+            throw std::bad_alloc();
+        return order;
     }
     const std::u16string wideLeft = page.ToWide(left), wideRight = page.ToWide(right);
     return ucol_strcoll(m_rules->collator.get(), wideLeft.data(), LengthOf(wideLeft),

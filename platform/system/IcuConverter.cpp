@@ -1,14 +1,14 @@
 #include "platform/system/IcuConverterInternal.h"
 
-namespace vnbytstr::detail {
+#include <new>
 
-namespace {
-constexpr std::size_t kMostIdle = 8; // what one program's threads use at a time
-}
+namespace vnbytstr::detail {
 
 ConverterPtr OpenConverter(const char* name) {
     UErrorCode error = U_ZERO_ERROR;
     ConverterPtr converter(ucnv_open(name, &error));
+    if (error == U_MEMORY_ALLOCATION_ERROR)
+        throw std::bad_alloc();
     if (U_FAILURE(error))
         converter.reset();
     return converter;
@@ -17,11 +17,8 @@ ConverterPtr OpenConverter(const char* name) {
 ConverterPool::Lease ConverterPool::Borrow() {
     {
         const std::lock_guard lock(m_mutex);
-        if (!m_idle.empty()) {
-            ConverterPtr converter = std::move(m_idle.back());
-            m_idle.pop_back();
-            return {*this, std::move(converter)};
-        }
+        if (m_idleCount > 0)
+            return {*this, std::move(m_idle[--m_idleCount])};
     }
     ConverterPtr converter = OpenConverter(m_name.c_str());
     if (converter && m_prepare)
@@ -29,11 +26,11 @@ ConverterPool::Lease ConverterPool::Borrow() {
     return {*this, std::move(converter)};
 }
 
-void ConverterPool::Return(ConverterPtr converter) {
+void ConverterPool::Return(ConverterPtr converter) noexcept {
     ucnv_reset(converter.get());
     const std::lock_guard lock(m_mutex);
-    if (m_idle.size() < kMostIdle)
-        m_idle.push_back(std::move(converter));
+    if (m_idleCount < kMostIdle)
+        m_idle[m_idleCount++] = std::move(converter);
 }
 
 } // namespace vnbytstr::detail

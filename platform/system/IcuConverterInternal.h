@@ -3,11 +3,12 @@
 
 #include <unicode/ucnv.h>
 
+#include <array>
+#include <cstddef>
 #include <memory>
 #include <mutex>
 #include <string>
 #include <utility>
-#include <vector>
 
 namespace vnbytstr::detail {
 
@@ -16,7 +17,7 @@ struct ConverterCloser {
 };
 using ConverterPtr = std::unique_ptr<UConverter, ConverterCloser>;
 
-/// The converter of that name, null when ICU has none.
+/// The converter of that name, null when ICU has none. A lack of memory throws std::bad_alloc.
 ConverterPtr OpenConverter(const char* name);
 
 /// Idle converters of one character set. A lease takes one out (a fresh one when all are in use)
@@ -41,7 +42,7 @@ public:
         Lease(const Lease&) = delete;
         Lease& operator=(const Lease&) = delete;
 
-        /// Null when ICU could not open the converter.
+        /// Null when ICU has no such converter.
         UConverter* get() const noexcept { return m_converter.get(); }
 
     private:
@@ -53,12 +54,15 @@ public:
     const std::string& Name() const noexcept { return m_name; }
 
 private:
-    void Return(ConverterPtr converter);
+    static constexpr std::size_t kMostIdle = 8; // what one program's threads use at a time
+
+    void Return(ConverterPtr converter) noexcept;
 
     std::string m_name;
     void (*m_prepare)(UConverter*);
     std::mutex m_mutex;
-    std::vector<ConverterPtr> m_idle;
+    std::array<ConverterPtr, kMostIdle> m_idle; // the first m_idleCount of them
+    std::size_t m_idleCount = 0;
 };
 
 } // namespace vnbytstr::detail

@@ -2,6 +2,8 @@
 
 #include "platform/system/PosixSystem.h"
 
+#include <new>
+
 namespace vnbytstr {
 
 namespace {
@@ -14,10 +16,10 @@ std::atomic<DWORD> System::s_recentTick{0};
 System& System::Current() noexcept {
     if (System* installed = g_installed.load(std::memory_order_acquire))
         return *installed;
-    // Never destroyed: objects with static lifetime may still delete their files at exit.
-    // Without it nothing can go on.
-    // NOLINTNEXTLINE(bugprone-unhandled-exception-at-new)
-    static System* const posix = new PosixSystem;
+    // Never destroyed: objects with static lifetime may still delete their files at exit. It takes
+    // no memory that there might be none of.
+    alignas(PosixSystem) static std::byte place[sizeof(PosixSystem)];
+    static System* const posix = new (place) PosixSystem;
     return *posix;
 }
 
