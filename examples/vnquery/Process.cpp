@@ -32,9 +32,13 @@ void Handle(int number, void (*handler)(int), int flags) {
 
 } // namespace
 
-void PrepareProcess() {
+void AwaitSignals() {
     for (const int number : {SIGINT, SIGTERM, SIGHUP})
         Handle(number, RememberSignal, static_cast<int>(SA_RESETHAND));
+}
+
+void PrepareProcess() {
+    AwaitSignals();
     for (const int number : {SIGPIPE, SIGXFSZ})
         Handle(number, SIG_IGN, 0);
     setenv("VNBYTSTR_CODEPAGE", "65001", 1);
@@ -46,6 +50,13 @@ void PrepareProcess() {
 }
 
 int InterruptingSignal() noexcept { return interruptingSignal; }
+
+int TakeInterruptingSignal() noexcept {
+    const int number = interruptingSignal;
+    if (number != 0)
+        interruptingSignal = 0;
+    return number;
+}
 
 bool IsInterrupted() noexcept { return interruptingSignal != 0 || currentStop.stop_requested(); }
 

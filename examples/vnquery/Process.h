@@ -15,6 +15,10 @@ void PrepareProcess();
 
 /// Number of the signal that asked to end, 0 when none did.
 int InterruptingSignal() noexcept;
+/// The same, and forgets it: for a window, which asks what is to become of changes and may stay
+/// open. The next signal still ends the process at once; AwaitSignals makes it be remembered again.
+int TakeInterruptingSignal() noexcept;
+void AwaitSignals();
 /// Whether a signal asked to end, or the scope that the thread works in was asked to stop.
 bool IsInterrupted() noexcept;
 /// Throws Interrupted when IsInterrupted says so.

@@ -1,7 +1,11 @@
 // What a person's hand does to the window: its buttons, clicks on cells, the zoom as it opens.
 #include "tests/vnquery/WindowRun.h"
 
+#include "examples/vnquery/Process.h"
 #include "examples/vnquery/window/Commands.h"
+
+#include <csignal>
+#include <thread>
 
 #include <QApplication>
 #include <QDialog>
@@ -101,6 +105,50 @@ TEST_F(WindowControls, AClickOpensNoEditor) {
     ClickCell(1, 0, true);
     EXPECT_NE(List().GetActiveEditor(), nullptr);
     Key(Qt::Key_Escape);
+}
+
+/// A signal closes dialogs and the window, after what is not written has been asked for.
+TEST_F(WindowControls, SignalsEndTheWindowInOrder) {
+    PrepareProcess();
+    OpenNotes();
+    List().SetCurrentCell(0, 0);
+    m_answers.m_answers = {IDCANCEL};
+    QTimer::singleShot(300, [&] {
+        Type("new ");
+        std::raise(SIGTERM);
+    });
+    View().Zoom(); // ends by itself
+    WaitFor([&] { return m_answers.m_answers.empty(); });
+    EXPECT_NE(Window().GetSafeHwnd(), nullptr); // Cancel
+    EXPECT_EQ(Cell(0, 0), "new one");
+    for (const int number : {SIGHUP, SIGINT, SIGTERM}) {
+        m_answers.m_answers = {number == SIGTERM ? IDYES : IDCANCEL};
+        std::raise(number);
+        WaitFor([&] { return m_answers.m_answers.empty(); });
+    }
+    WaitFor([&] { return Window().GetSafeHwnd() == nullptr; });
+    EXPECT_EQ(Window().GetEndingSignal(), SIGTERM);
+    EXPECT_EQ(Ask("select t from note where id = 1"), "new one");
+    EXPECT_EQ(InterruptingSignal(), 0);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP})
+        std::signal(number, SIG_DFL);
+}
+
+/// The program as a whole, while it reads: it says so with its exit code and leaves no file.
+TEST_F(WindowControls, ASignalEndsTheProgram) {
+    MakeDatabase(kNotes);
+    // Else Qt makes itself a folder among the temporary files.
+    std::filesystem::permissions(m_files.Path(), std::filesystem::perms::owner_all);
+    setenv("XDG_RUNTIME_DIR", m_files.Path().c_str(), 1);
+    const pid_t process =
+        Start({VNQUERY_PROGRAM, "--window", "--db", Database(), "--sql",
+               "select zeroblob(6000000) union all select * from (" + std::string(kEndless) + ")"});
+    while (m_temporary.Names().empty())
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    std::this_thread::sleep_for(std::chrono::milliseconds(500)); // till its loop runs
+    kill(process, SIGTERM);
+    EXPECT_EQ(Wait(process).code, 128 + SIGTERM);
+    EXPECT_TRUE(m_temporary.Names().empty());
 }
 
 TEST_F(WindowControls, TheZoomOpensWithNothingSelected) {

@@ -169,6 +169,65 @@ TEST_F(WindowDialogs, GlobalVariablesAreEditedByTheirKind) {
     View().SetSql("");
 }
 
+/// What another program has saved is shown, not overwritten; what no profile has stays.
+TEST_F(WindowDialogs, GlobalVariablesAreReadAnewAndSavedAfterAChangeOnly) {
+    MakeDatabase("create table t(v)");
+    Open("select 1 union select 2");
+    const auto saved = [](const char* name) {
+        return ToString(VNGetProfileString(3, "Global Variables", name, "none"));
+    };
+    const auto elsewhere = [](const char* name, const char* value) {
+        ASSERT_TRUE(VNWriteProfileString(3, "Global Variables", name, value));
+    };
+    VNWriteProfileDWORD(3, "Options", "SaveGlobals", 0);
+    GetGlobals().Initialize();
+    const CString own("MINE");
+    const CString value("here only");
+    int added = 0;
+    GetGlobals().AddGlobalVariable(&own, &value, added);
+    const CString fetched("7");
+    GetGlobals().SetGlobalVarValue(CGlobalVars::TLXAO_NUM_FETCHED, &fetched);
+    elsewhere("TLXCP_TENULL", "theirs");
+    const auto rows = [](CWnd& window) {
+        return dynamic_cast<CListBoxEx*>(FindChild(window, "LISTBOX"));
+    };
+    const auto valueOf = [](CListBoxEx& list, const char* name, bool edit, const char* text = "") {
+        CString cell;
+        for (int row = 0; row < list.GetCount(); ++row) {
+            if (!list.GetStringItem(row, 0, cell) || cell != name)
+                continue;
+            if (edit) {
+                list.EditColumn(row, 1);
+                list.GetActiveEditor()->SetWindowText(text);
+                list.CellEnter(TRUE);
+            }
+            list.GetStringItem(row, 1, cell);
+            return ToString(cell);
+        }
+        return std::string("missing");
+    };
+    for (const bool change : {false, true}) {
+        GlobalsDialog dialog(&Window());
+        WithDialog([&] { dialog.DoModal(); },
+                   [&](CWnd& window) {
+                       CListBoxEx* const list = rows(window);
+                       ASSERT_NE(list, nullptr);
+                       EXPECT_EQ(valueOf(*list, "TLXCP_TENULL", false), "theirs");
+                       EXPECT_EQ(valueOf(*list, "MINE", false), "here only");
+                       EXPECT_EQ(valueOf(*list, "TLXAO_NUM_FETCHED", false), "7");
+                       if (change)
+                           valueOf(*list, "TLXDC_CURRENCY", true, "EUR");
+                       elsewhere("TLXCP_TEDFLT", change ? "later" : "soon"); // while it is open
+                       Press(window, IDOK);
+                   });
+        EXPECT_EQ(saved("TLXDC_CURRENCY"), change ? "EUR" : "none");
+        EXPECT_EQ(saved("TLXCP_TEDFLT"), change ? "later" : "soon");
+        EXPECT_EQ(saved("TLXCP_TENULL"), "theirs");
+    }
+    VNWriteProfileString(3, "Global Variables", nullptr, nullptr);
+    GetGlobals().Initialize();
+}
+
 TEST_F(WindowDialogs, AnotherLanguageChangesEveryText) {
     MakeDatabase("create table t(v)");
     Open();

@@ -46,6 +46,41 @@ std::string MeaningOf(const std::string& name) {
                                                                                : Text(IDS_VQ_G_OWN);
 }
 
+bool AreOwnKept() { return VNGetProfileDWORD(kOptionsRoot, "Options", "SaveGlobals", 0) != 0; }
+
+/// Values that could not be saved are only here: they must not be read over.
+bool hasUnsaved = false;
+
+/// Reads the table anew. What no profile has stays as it is: the values that the program sets, and
+/// the person's own variables where they are not kept.
+void ReadSaved() {
+    if (hasUnsaved)
+        return;
+    CGlobalVars& globals = GetGlobals();
+    const int first = AreOwnKept() ? 1 : kBuiltIns;
+    std::vector<std::pair<CString, CString>> own;
+    std::vector<std::pair<CString, CString>> programs;
+    CString name;
+    CString value;
+    for (int i = 1; i < globals.GetSize(); ++i) {
+        globals.GetGlobalVariable(i, name, value);
+        if (i >= kBuiltIns) {
+            if (first == kBuiltIns)
+                own.emplace_back(name, value);
+        } else if (!VNIsProfileValue(kOptionsRoot, "Global Variables", name)) {
+            programs.emplace_back(name, value);
+        }
+    }
+    globals.Initialize();
+    for (const auto& [variable, text] : programs)
+        globals.SetGlobalVarValue(&variable, &text);
+    for (const auto& [variable, text] : own) {
+        int added = 0;
+        globals.AddGlobalVariable(&variable, &text, added);
+        globals.SetGlobalVarValue(&variable, &text); // as it is, also a lone apostrophe
+    }
+}
+
 } // namespace
 
 BEGIN_MESSAGE_MAP(GlobalsDialog, CDialog)
@@ -68,6 +103,7 @@ GlobalsDialog::GlobalsDialog(CWnd* parent)
 GlobalsDialog::~GlobalsDialog() = default;
 
 void GlobalsDialog::ReadVariables() {
+    ReadSaved();
     m_rows.clear();
     for (int i = 0; i < GetGlobals().GetSize(); ++i) {
         CString name;
@@ -96,7 +132,7 @@ BOOL GlobalsDialog::OnInitDialog() {
     m_list.SetRightAligned(LayoutStyle() != 0);
     m_list.ShowRows(0);
     m_list.PositionHeadings();
-    CheckDlgButton(kIdKeep, VNGetProfileDWORD(kOptionsRoot, "Options", "SaveGlobals", 0) != 0);
+    CheckDlgButton(kIdKeep, AreOwnKept());
     m_list.SetFocus();
     return FALSE;
 }
@@ -161,7 +197,13 @@ void GlobalsDialog::OnDelete() {
     m_list.SetFocus();
 }
 
+bool GlobalsDialog::HasChanges() const {
+    return !m_deleted.empty() || std::ranges::any_of(m_rows, &GlobalsRow::isChanged) ||
+           (IsDlgButtonChecked(kIdKeep) != 0) != AreOwnKept();
+}
+
 bool GlobalsDialog::ApplyChanges() {
+    ReadSaved();
     CGlobalVars& globals = GetGlobals();
     for (const std::string& name : m_deleted) {
         const CString variable(name.c_str());
@@ -178,16 +220,17 @@ bool GlobalsDialog::ApplyChanges() {
         if (!added)
             globals.SetGlobalVarValue(&name, &value);
     }
-    const DWORD keep = IsDlgButtonChecked(kIdKeep) ? 1 : 0;
-    const bool isKept = VNGetProfileDWORD(kOptionsRoot, "Options", "SaveGlobals", 0) == keep ||
-                        VNWriteProfileDWORD(kOptionsRoot, "Options", "SaveGlobals", keep);
-    return globals.SaveToRegistry() == CGlobalVars::Success && isKept;
+    const bool keep = IsDlgButtonChecked(kIdKeep) != 0;
+    const bool isKept = AreOwnKept() == keep ||
+                        VNWriteProfileDWORD(kOptionsRoot, "Options", "SaveGlobals", keep ? 1 : 0);
+    hasUnsaved = globals.SaveToRegistry() != CGlobalVars::Success;
+    return !hasUnsaved && isKept;
 }
 
 void GlobalsDialog::OnOK() {
     if (!m_list.CellEnter(TRUE))
         return;
-    if (!ApplyChanges())
+    if (HasChanges() && !ApplyChanges())
         ShowMessage(Text(IDS_VQ_G_NOT_SAVED));
     CDialog::OnOK();
 }

@@ -6,7 +6,9 @@
 
 namespace vnquery {
 
-/// OK sets and saves what was changed; Cancel changes nothing.
+/// Shows what is saved now, also what other programs have saved since this one began. OK sets what
+/// was changed, on top of what is saved by then, and saves it; without a change it saves nothing.
+/// Cancel changes nothing.
 class GlobalsDialog : public TextDialog {
 public:
     explicit GlobalsDialog(CWnd* parent);
@@ -24,6 +26,7 @@ protected:
 
 private:
     void ReadVariables();
+    bool HasChanges() const;
     bool ApplyChanges();
 
     std::vector<GlobalsRow> m_rows;

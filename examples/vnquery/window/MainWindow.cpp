@@ -4,6 +4,9 @@
 #include "ConnectDialog.h"
 #include "GlobalsDialog.h"
 #include "LanguageDialog.h"
+#include "ValueDialog.h"
+
+#include "../Process.h"
 
 #include <vnbytstr/GlobalVars.h>
 
@@ -16,6 +19,8 @@ namespace {
 
 constexpr int kWidth = 960;
 constexpr int kHeight = 640;
+constexpr UINT kSignalTimer = 1;
+constexpr UINT kSignalInterval = 200; ///< milliseconds between two looks for a signal
 
 enum Pane { kPaneRows, kPaneChanges, kPanes };
 
@@ -86,6 +91,7 @@ void AddMenu(CMenu& bar, UINT text, std::span<const Item> items) {
 
 BEGIN_MESSAGE_MAP(MainWindow, CFrameWnd)
 ON_WM_CLOSE()
+ON_WM_TIMER()
 ON_WM_DROPFILES()
 ON_COMMAND(kCmdOpen, OnOpen)
 ON_COMMAND(kCmdConnect, OnConnect)
@@ -155,6 +161,7 @@ BOOL MainWindow::Open() {
     ShowStatus(Text(IDS_VQ_W_READY));
     ViewChanged();
     m_view.SetFocus();
+    SetTimer(kSignalTimer, kSignalInterval);
     return TRUE;
 }
 
@@ -257,6 +264,35 @@ void MainWindow::OnClose() {
         return;
     m_view.StoreLayout();
     DestroyWindow();
+}
+
+void MainWindow::OnTimer(std::uintptr_t id) {
+    if (id == kSignalTimer)
+        LookForSignals();
+    else
+        CFrameWnd::OnTimer(id);
+}
+
+/// A signal to end closes the window as a person would. Dialogs go first, one at each look, since
+/// each has to return to what opened it; what was typed into a zoom becomes a change. What is not
+/// written is asked for, and Cancel keeps the window. A message box has to be answered.
+void MainWindow::LookForSignals() {
+    if (m_isAsking || InterruptingSignal() == 0)
+        return;
+    CWnd* const active = CWnd::GetActiveWindow();
+    if (auto* const dialog = dynamic_cast<CDialog*>(active)) {
+        const bool isZoom = dynamic_cast<ValueDialog*>(active) != nullptr;
+        dialog->PostMessage(WM_COMMAND, isZoom ? IDOK : IDCANCEL);
+        return;
+    }
+    m_isAsking = true;
+    m_endingSignal = TakeInterruptingSignal();
+    SendMessage(WM_CLOSE);
+    m_isAsking = false;
+    if (GetSafeHwnd() != nullptr) {
+        m_endingSignal = 0;
+        AwaitSignals();
+    }
 }
 
 void MainWindow::OnExit() { PostMessage(WM_CLOSE); }

@@ -14,6 +14,8 @@ public:
     /// Makes and shows the window.
     BOOL Open();
     QueryView& GetView() { return m_view; }
+    /// The signal that ended the window, 0 when a person did.
+    int GetEndingSignal() const { return m_endingSignal; }
     /// Another database, after what is to become of changes has been asked.
     void Connect(const Connection& connection);
 
@@ -21,6 +23,7 @@ public:
 
 protected:
     void OnClose();
+    void OnTimer(std::uintptr_t id);
     void OnDropFiles(HDROP drop);
     void OnOpen();
     void OnConnect();
@@ -61,11 +64,14 @@ private:
     void ShowStatus(const std::string& text) override;
     void ViewChanged() override;
     void MakeMenu();
+    void LookForSignals();
     bool RequireIdle();
 
     QueryView m_view;
     CAcceleratorTable m_keys;
     std::string m_dataSource; ///< used last in this run
+    int m_endingSignal = 0;
+    bool m_isAsking = false; ///< what is to become of changes, since a signal came
 };
 
 } // namespace vnquery

@@ -38,7 +38,8 @@ int RunWindow(int argc, char** argv, const WindowStart& start) {
     window.GetView().SetSql(start.sql);
     if (!start.connection.IsEmpty() && !start.sql.empty())
         window.GetView().Run();
-    return application.Run();
+    const int result = application.Run();
+    return window.GetEndingSignal() != 0 ? 128 + window.GetEndingSignal() : result;
 }
 
 } // namespace vnquery
