@@ -9,7 +9,8 @@
 namespace vnbytstr {
 
 /// Makes the first `length` bytes of the open file `source` the content of the file `target`, which
-/// is made when it is missing. 0 or an error number; after an error the target has its old content.
+/// is made when it is missing. 0 or an error number; after an error the target has its old content
+/// (on a disk that does not take even that, from the next RecoverInPlace on).
 ///
 /// What needs room on the disk comes first. The old content is kept in a scratch file until all is
 /// on the disk, so that a process that is killed meanwhile, or a disk that fails, does not leave a
@@ -19,7 +20,7 @@ int WriteInPlace(FileHandle source, std::uint64_t length, const std::string& tar
 
 /// Takes an old-content file that a killed process left behind (open for reading, its lock held),
 /// and puts that content back into the file it came from, if that file is the same still and holds
-/// nothing but parts of the old and the new content. True when the scratch file is not needed any
+/// parts of the old and the new content and nothing else. True when the scratch file is not needed any
 /// more.
 bool RecoverInPlace(FileHandle undo);
 
