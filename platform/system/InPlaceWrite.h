@@ -20,8 +20,8 @@ int WriteInPlace(FileHandle source, std::uint64_t length, const std::string& tar
 
 /// Takes an old-content file that a killed process left behind (open for reading, its lock held),
 /// and puts that content back into the file it came from, if that file is the same still and holds
-/// parts of the old and the new content and nothing else. True when the scratch file is not needed any
-/// more.
+/// parts of the old and the new content and nothing else. True when the scratch file is not needed
+/// any more.
 bool RecoverInPlace(FileHandle undo);
 
 } // namespace vnbytstr
