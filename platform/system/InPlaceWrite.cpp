@@ -230,6 +230,10 @@ bool IsMixture(FileHandle target, FileHandle undo, const Trailer& trailer,
             if (at + block.size() <= trailer.oldLength && ReadAt(undo, at, old) == 0 &&
                 std::equal(old.begin(), old.end(), block.begin()))
                 continue;
+            // Where the file has grown, a power cut may have kept the length alone.
+            if (at >= trailer.oldLength &&
+                std::all_of(block.begin(), block.end(), [](BYTE byte) { return byte == 0; }))
+                continue;
             if (++mixed > kMaxMixedBlocks)
                 return EINVAL;
         }

@@ -53,6 +53,8 @@ public:
         system.SetEnvironment("VNBYTSTR_PROFILE", place.home + "profile.ini");
         system.SetMemoryLoad(100);
         system.SetSyncsNothing();
+        if (scenario.isClosed)
+            system.SetClosedFolder(place.home);
         if (scenario.isOtherDevice)
             system.SetOtherDevice(place.home);
     }

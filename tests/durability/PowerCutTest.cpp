@@ -1,11 +1,14 @@
 // Every save is cut short at every point, by a power cut and by the end of the process: the file is
 // the old one or the whole new one.
+#include "platform/system/LeftoverSweep.h"
 #include "tests/durability/DurabilityFixture.h"
 #include "tests/support/PowerCutSystem.h"
 
 #include <gtest/gtest.h>
 
-#include <cctype>
+#include <sys/stat.h>
+
+#include <fstream>
 #include <optional>
 #include <set>
 
@@ -19,6 +22,9 @@ protected:
     /// Prepares and saves version 1.
     void Run() {
         Prepare(GetParam(), m_place);
+        if (GetParam().before)
+            std::filesystem::permissions(m_place.Root() + TargetName(),
+                                         static_cast<std::filesystem::perms>(m_mode));
         m_system.emplace(m_place.Root());
         const Session session(*m_system, m_place, GetParam());
         const Saving saving = GetParam().begin(m_place, 1);
@@ -36,6 +42,25 @@ protected:
                    : "between, " + std::to_string(content->size()) + " bytes";
     }
 
+    /// Makes the folders what they are after a cut. Files that are there stay the same ones.
+    void Restore(const PowerCutSystem::Disk& disk) {
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(m_place.Root())) {
+            const std::string name = entry.path().string().substr(m_place.Root().size());
+            if (!entry.is_directory() && !disk.contains(name))
+                std::filesystem::remove(entry.path());
+        }
+        for (const auto& [name, content] : disk) {
+            if (content->starts_with("-> "))
+                continue;
+            const std::string file = m_place.Root() + name;
+            const bool isNew = !std::filesystem::exists(file);
+            std::ofstream(file, std::ios::binary) << *content;
+            if (isNew) // a scratch file
+                ::chmod(file.c_str(), 01600);
+        }
+    }
+
+    mode_t m_mode = 0644; ///< of the target at the beginning
     PlaceForTest m_place;
     std::optional<PowerCutSystem> m_system;
     const std::string m_new = GetParam().text(1);
@@ -43,6 +68,8 @@ protected:
 
 TEST_P(PowerCut, LeavesTheOldFileOrTheNewOne) {
     Run();
+    if (GetParam().isWrittenOver)
+        return; // see ComesBackAfterASweep
     const auto& moments = m_system->Moments();
     ASSERT_GT(moments.size(), 2u);
     bool wasNew = false;
@@ -68,6 +95,61 @@ TEST_P(PowerCut, LeavesTheOldFileOrTheNewOne) {
         });
         if (HasFailure())
             return;
+    }
+}
+
+/// What is written over needs the copy of the old content that lies beside it.
+TEST_P(PowerCut, ComesBackAfterASweep) {
+    if (!GetParam().isWrittenOver)
+        return;
+    Run();
+    const auto moments = m_system->Moments();
+    std::size_t swept = 0;
+    for (const Moment& moment : moments) {
+        const bool isEnd = &moment == &moments.back();
+        PowerCutSystem::ForEachCut(
+            moment, [&](const PowerCutSystem::Disk& disk, const std::string& what) {
+                if (HasFailure())
+                    return;
+                std::string state = Describe(disk.at(TargetName()).get());
+                if (state != "old" && state != "new") {
+                    Restore(disk);
+                    SweepLeftovers(static_cast<const Place&>(m_place).home);
+                    SweepLeftovers(static_cast<const Place&>(m_place).temporary);
+                    const std::string content = m_place.Read(GetParam().target);
+                    state = Describe(&content);
+                    ++swept;
+                }
+                EXPECT_TRUE(state == "new" || (state == "old" && !isEnd))
+                    << state << " " << what << (isEnd ? " at the end" : "");
+            });
+    }
+    EXPECT_GT(swept, 0u);
+}
+
+/// Who can read the target may read the new content, when it is complete; nobody else ever.
+TEST_P(PowerCut, ShowsNothingToOthers) {
+    for (const mode_t mode : {0600, 0640, 0644}) {
+        if (!GetParam().before && mode != 0644)
+            continue;
+        m_mode = mode;
+        Run();
+        const auto& moments = m_system->Moments();
+        for (const Moment& moment : moments) {
+            for (const auto& [name, id] : moment.names) {
+                const PowerCutSystem::File& file = moment.files.at(id);
+                if (moments.front().files.contains(id) || file.now->empty())
+                    continue;
+                EXPECT_EQ(file.mode & ~mode, 0u) << name << " after " << moment.call;
+                if ((file.mode & 077) != 0) {
+                    EXPECT_EQ(Describe(file.now.get()), "new") << name << " after " << moment.call;
+                }
+            }
+            ASSERT_FALSE(HasFailure());
+        }
+        // Settings are their owner's alone in any case.
+        const bool isProfile = GetParam().target == "profile.ini";
+        EXPECT_EQ(moments.back().Find(TargetName())->mode, isProfile ? 0600 : mode);
     }
 }
 

@@ -117,6 +117,24 @@ SaveScenario FromOtherDevice(const std::string& title, bool isNew) {
     return scenario;
 }
 
+/// Onto a file with a second name, which is written over. The new content is shorter or longer.
+SaveScenario WrittenOver(const std::string& title, How how, bool isLarge) {
+    SaveScenario scenario = FromStore(title, how, isLarge, false);
+    scenario.before = Random(200000, 7);
+    scenario.isWrittenOver = true;
+    scenario.prepare = [](const Place& place) {
+        std::filesystem::remove(place.home + "link");
+        std::filesystem::create_hard_link(place.home + "target", place.home + "link");
+    };
+    return scenario;
+}
+
+SaveScenario InClosedFolder(SaveScenario scenario) {
+    scenario.name += ", in a closed folder";
+    scenario.isWrittenOver = scenario.isClosed = true;
+    return scenario;
+}
+
 /// The file of a store, shifted, under its own name.
 SaveScenario OntoOwnFile(const std::string& title, How how) {
     SaveScenario scenario;
@@ -236,6 +254,13 @@ const std::vector<SaveScenario>& SaveScenarios() {
         OntoLink("CopyToFile through a link", How::Copy, true),
         XmlDocument("an XML document, new", true),
         XmlDocument("an XML document over a file", false),
+        WrittenOver("SaveToFile of a spilled store over a file of two names", How::Save, true),
+        WrittenOver("CopyToFile over a file of two names", How::Copy, false),
+        InClosedFolder(FromStore("SaveToFile of a spilled store", How::Save, true, false)),
+        InClosedFolder(FromStore("SaveToFile of a store in memory", How::Save, false, false)),
+        InClosedFolder(FromStore("CopyToFile", How::Copy, true, false)),
+        InClosedFolder(XmlDocument("an XML document", false)),
+        InClosedFolder(Utf8()),
         Profile(),
         Utf8(),
     };

@@ -41,6 +41,8 @@ struct SaveScenario {
     /// Makes what must be there besides the target, such as links.
     std::function<void(const Place& place)> prepare = nullptr;
     Keeps keeps = PowerCut;
+    bool isWrittenOver = false; ///< in place: a sweep comes first after a failure
+    bool isClosed = false;      ///< the home folder takes no new names
     bool isOtherDevice = false; ///< the home folder is on a device of its own
 };
 

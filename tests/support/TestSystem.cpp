@@ -50,6 +50,9 @@ int TestSystem::Failure(Call call) {
 int TestSystem::OpenFile(const char* name, unsigned flags, FileHandle& handle) {
     if (const int error = Failure(Call::Open))
         return error;
+    FileStatus status;
+    if ((flags & kOpenCreate) && IsClosed(name) && m_real.GetFileStatus(name, status) == ENOENT)
+        return EACCES;
     const int error = m_real.OpenFile(name, flags, handle);
     if (error == 0)
         m_open.insert(handle);
@@ -139,13 +142,16 @@ int TestSystem::GetFileStatus(const char* name, FileStatus& status) {
 }
 
 int TestSystem::RemoveFile(const char* name) {
-    const int error = Failure(Call::Remove);
-    return error ? error : m_real.RemoveFile(name);
+    if (const int error = Failure(Call::Remove))
+        return error;
+    return IsClosed(name) ? EACCES : m_real.RemoveFile(name);
 }
 
 int TestSystem::RenameFile(const char* from, const char* to, bool replace) {
     if (const int error = Failure(Call::Rename))
         return error;
+    if (IsClosed(from) || IsClosed(to))
+        return EACCES;
     const auto isThere = [&](std::string_view name) { return name.starts_with(m_otherDevice); };
     return isThere(from) != isThere(to) ? EXDEV : m_real.RenameFile(from, to, replace);
 }

@@ -9,6 +9,7 @@
 #include <map>
 #include <optional>
 #include <set>
+#include <string_view>
 
 namespace vnbytstr::test {
 
@@ -70,6 +71,8 @@ public:
     /// Puts that folder (with a slash at its end) on a device of its own: no file is renamed into
     /// it or out of it.
     void SetOtherDevice(const std::string& folder) { m_otherDevice = folder; }
+    /// That folder (with a slash at its end) takes no new names and keeps those it has.
+    void SetClosedFolder(const std::string& folder) { m_closedFolder = folder; }
     /// Lets syncing succeed without waiting for the disk.
     void SetSyncsNothing() { m_syncsNothing = true; }
 
@@ -150,7 +153,12 @@ private:
     std::optional<bool> m_dbcs, m_middleEast;
     std::optional<SystemVersion> m_version;
     std::map<std::string, std::string> m_environment;
-    std::string m_otherDevice;
+    /// Whether the name is one that a closed folder does not take.
+    bool IsClosed(std::string_view name) const {
+        return !m_closedFolder.empty() && name.starts_with(m_closedFolder);
+    }
+
+    std::string m_otherDevice, m_closedFolder;
     bool m_syncsNothing = false;
     std::optional<Fault> m_fault;
     unsigned m_seen = 0, m_hits = 0;
