@@ -21,6 +21,8 @@
 //     nothing is: the child reads what its parent wrote, and writes a file of its own.
 //  9. m_arrOnFile has the checksum of every page that the store wrote. A page that comes back
 //     different is an error (cause 2), never data.
+// 10. m_llUse of a page is not 0 only within a run, and tells the order of its pages; all of them
+//     were used after all others. m_pRunPage is then in m_arrLoaded, and else null.
 
 #include "bytestore/ByteStoreInternal.h"
 
@@ -37,6 +39,7 @@
 
 namespace {
 constexpr int kInitialMaxPages = 64;
+using vnbytstr::detail::kStampsBeforeRun;
 constexpr DWORD kPageSize = CBytePage::m_dwPageSize;
 } // namespace
 
@@ -70,7 +73,9 @@ void CByteStore::Init() noexcept {
     m_bAutoDelete = TRUE;
     m_dwPagesOnFile = 0;
     m_ullImageEnd = 0;
-    m_dwTouches = 1;
+    m_pRunPage = nullptr;
+    m_llUses = -kStampsBeforeRun;
+    m_dwRunTick = 0;
     m_bReadFailed = false;
 }
 
@@ -123,8 +128,10 @@ void CByteStore::Swap(CByteStore& other) noexcept {
     std::swap(m_dwPagesOnFile, other.m_dwPagesOnFile);
     m_pPending.swap(other.m_pPending);
     std::swap(m_ullImageEnd, other.m_ullImageEnd);
-    std::swap(m_dwTouches, other.m_dwTouches);
     m_pImage.swap(other.m_pImage);
+    std::swap(m_pRunPage, other.m_pRunPage);
+    std::swap(m_llUses, other.m_llUses);
+    std::swap(m_dwRunTick, other.m_dwRunTick);
     std::swap(m_bReadFailed, other.m_bReadFailed);
 }
 
@@ -166,7 +173,7 @@ void CByteStore::Concat(const BYTE* bytes, DWORD count) {
     std::vector<BYTE> copy;
     if (AppendEvicts(count) && HoldsAddress(bytes)) {
         // The source is a page of this store that may leave memory on the way.
-        copy.assign(bytes, bytes + count);
+        vnbytstr::detail::WithMemoryException([&] { copy.assign(bytes, bytes + count); });
         bytes = copy.data();
     }
     LengthGuard guard(*this);
@@ -352,6 +359,7 @@ void CByteStore::CheckInvariants() const {
                    })) == m_dwPagesOnFile);
     }
     assert(m_arrLoaded.size() >= (m_dwLength + (kPageSize - 1ull)) / kPageSize);
+    assert(!m_pRunPage || LoadedPage(m_pRunPage->GetPageNum()) == m_pRunPage);
     assert(m_dwPagesOnFile == 0 || m_file.m_hFile != CFile::hFileNull);
     assert((m_file.m_hFile != CFile::hFileNull) == (m_pImage != nullptr));
 }

@@ -29,7 +29,8 @@ void CByteStore::CopyFrom(DWORD index, const BYTE* bytes, DWORD count) {
     CheckLength(static_cast<ULONGLONG>(index) + count);
     std::vector<BYTE> copy;
     if (count > 0 && HoldsAddress(bytes)) {
-        copy.assign(bytes, bytes + count); // its page may leave memory on the way
+        // Its page may leave memory on the way.
+        vnbytstr::detail::WithMemoryException([&] { copy.assign(bytes, bytes + count); });
         bytes = copy.data();
     }
     LengthGuard guard(*this);

@@ -45,6 +45,8 @@ void CByteStore::Empty() {
     for (int i = 0; i < m_arrPages.GetSize(); ++i)
         delete static_cast<CBytePage*>(m_arrPages[i]);
     m_arrPages.RemoveAll();
+    m_pRunPage = nullptr;
+    m_llUses = -vnbytstr::detail::kStampsBeforeRun;
     std::vector<CBytePage*>().swap(m_arrLoaded);
     CloseImage();
     m_bComplete = FALSE;

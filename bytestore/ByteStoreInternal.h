@@ -51,6 +51,8 @@ inline void ThrowIf(int error, const char* name) {
 
 /// Most bytes that go through an intermediate buffer at once.
 inline constexpr DWORD kChunk = 65536;
+/// Accesses in a row that read the clock before a run does without.
+inline constexpr int kStampsBeforeRun = 16;
 
 /// Decodes hex text (null is empty) in pieces; `take(bytes, count)` gets each.
 template <class Take>

@@ -14,6 +14,8 @@
 #include <memory>
 #include <utility>
 
+using vnbytstr::detail::WithMemoryException;
+
 namespace {
 
 constexpr DWORD kPageSize = CBytePage::m_dwPageSize;
@@ -24,7 +26,8 @@ constexpr std::size_t kRunPages = vnbytstr::detail::WriteBehind::kMost;
 
 int CByteStore::GetTargetMaxPages() {
     const DWORD load = vnbytstr::System::Current().GetMemoryLoad();
-    const DWORD pages = VNGetProfileDWORD(3, "Options", "MaxCachePages", 64, 0);
+    const DWORD pages =
+        WithMemoryException([] { return VNGetProfileDWORD(3, "Options", "MaxCachePages", 64, 0); });
     const DWORD target = pages * (100 - load) / 100;
     return static_cast<int>(std::clamp<DWORD>(target, kFewestPages, 0x7FFFFFFF));
 }
@@ -32,6 +35,7 @@ int CByteStore::GetTargetMaxPages() {
 // --- lookup --------------------------------------------------------------------------------------
 
 CBytePage* CByteStore::GetPageFromPageNum(DWORD number) {
+    EndRun();
     if (CBytePage* page = LoadedPage(number))
         return page;
     GrowPageTable(GetIndexFromPageNum(number) + 1);
@@ -43,7 +47,7 @@ CBytePage* CByteStore::GetPageFromPageNum(DWORD number) {
     }
     if (!page)
         page = RoomForPage() ? AddPage() : SwapOutAPage();
-    LoadPage(page, number);
+    WithMemoryException([&] { LoadPage(page, number); });
     CheckInvariants();
     return page;
 }
@@ -78,6 +82,7 @@ void CByteStore::LoadPage(CBytePage* page, DWORD number) {
 }
 
 CBytePage* CByteStore::PageForAppend(DWORD number) {
+    EndRun();
     for (int i = 0; i < m_arrPages.GetSize(); ++i) {
         auto* page = static_cast<CBytePage*>(m_arrPages[i]);
         if (page->GetPageNum() == number)
@@ -90,11 +95,13 @@ BYTE* CByteStore::GetFirstPage() { return GetPageFromPageNum(0)->GetData(); }
 
 void CByteStore::GrowPageTable(DWORD length) {
     const std::size_t pages = (length + (kPageSize - 1ull)) / kPageSize;
-    if (pages > m_arrLoaded.size())
-        m_arrLoaded.resize(pages, nullptr);
-    // Room is made beforehand: what has been written must be noted without fail.
-    if (pages > m_arrOnFile.capacity())
-        m_arrOnFile.reserve(std::max(pages, 2 * m_arrOnFile.capacity()));
+    WithMemoryException([&] {
+        if (pages > m_arrLoaded.size())
+            m_arrLoaded.resize(pages, nullptr);
+        // Room is made beforehand: what has been written must be noted without fail.
+        if (pages > m_arrOnFile.capacity())
+            m_arrOnFile.reserve(std::max(pages, 2 * m_arrOnFile.capacity()));
+    });
 }
 
 /// The swap file has (or will have, once what is pending is written) these bytes of the page.
@@ -113,10 +120,37 @@ void CByteStore::NoteNotOnFile(DWORD number) noexcept {
         m_arrOnFile[number].SetAbsent();
 }
 
+// --- access times --------------------------------------------------------------------------------
+
+/// Reading the clock costs ten times the byte that is read, so many accesses in a row do without.
+/// The first ones read it all the same, which makes scattered accesses exact.
+void CByteStore::StampNow(CBytePage* page) {
+    page->GetData();
+    m_dwRunTick = page->m_dwLastAccess;
+}
+
+/// Gives the pages of a run the times that they would have had, had it gone on steadily: after the
+/// pages used before it, before the one that is used now, and in their order.
+void CByteStore::EndRun() const noexcept {
+    const LONGLONG uses = std::exchange(m_llUses, -vnbytstr::detail::kStampsBeforeRun);
+    if (uses <= 0)
+        return;
+    const DWORD passed = vnbytstr::System::Current().GetTickCount() - m_dwRunTick;
+    for (int i = 0; i < m_arrPages.GetSize(); ++i) {
+        auto* page = static_cast<CBytePage*>(m_arrPages[i]);
+        if (page->m_llUse == 0)
+            continue;
+        const double part = static_cast<double>(page->m_llUse) / static_cast<double>(uses + 1);
+        page->m_dwLastAccess = m_dwRunTick + static_cast<DWORD>(passed * part);
+        page->m_llUse = 0;
+    }
+    m_pRunPage = nullptr;
+}
+
 // --- pages coming and going ----------------------------------------------------------------------
 
 CBytePage* CByteStore::AddPage() {
-    auto page = std::make_unique<CBytePage>();
+    auto page = WithMemoryException([] { return std::make_unique<CBytePage>(); });
     page->SetPageNum(0xFFFFFFFF); // none of the store's, until the caller gives it one
     page->SetMustWrite(FALSE);
     m_arrPages.Add(page.get());
@@ -132,6 +166,8 @@ void CByteStore::RemovePage(CBytePage* page) {
     }
     if (LoadedPage(page->GetPageNum()) == page)
         m_arrLoaded[page->GetPageNum()] = nullptr;
+    if (m_pRunPage == page)
+        m_pRunPage = nullptr;
     delete page;
 }
 
@@ -160,6 +196,7 @@ void CByteStore::Truncate(DWORD length) noexcept {
 }
 
 CBytePage* CByteStore::GetPageToDiscard() const {
+    EndRun();
     CBytePage* oldest = nullptr;
     for (int i = 0; i < m_arrPages.GetSize(); ++i) {
         auto* page = static_cast<CBytePage*>(m_arrPages[i]);
@@ -173,7 +210,7 @@ CBytePage* CByteStore::SwapOutAPage() {
     CBytePage* page = GetPageToDiscard();
     const ULONGLONG end = static_cast<ULONGLONG>(page->GetPageNum()) * kPageSize + kPageSize;
     if (m_dwStart <= end)
-        WriteVictim(page);
+        WithMemoryException([&] { WriteVictim(page); });
     if (LoadedPage(page->GetPageNum()) == page)
         m_arrLoaded[page->GetPageNum()] = nullptr;
     page->SetMustRead(TRUE);

@@ -11,6 +11,7 @@
 #include <cstring>
 
 using vnbytstr::detail::kChunk;
+using vnbytstr::detail::WithMemoryException;
 
 namespace {
 constexpr DWORD kPageSize = CBytePage::m_dwPageSize;
@@ -22,7 +23,8 @@ DWORD CByteStore::Find(const CByteStream& pattern, DWORD start) {
     start = std::max(start, m_dwStart);
     const DWORD length = pattern.GetLength();
     // A pattern may be as long as a store; only its beginning is held in memory.
-    std::vector<BYTE> prefix(std::min(length, kChunk));
+    std::vector<BYTE> prefix =
+        WithMemoryException([&] { return std::vector<BYTE>(std::min(length, kChunk)); });
     if (start <= m_dwLength && length <= m_dwLength - start && length > 0)
         pattern.CopyTo(0, prefix.data(), static_cast<DWORD>(prefix.size()),
                        static_cast<DWORD>(prefix.size()));
@@ -39,13 +41,14 @@ DWORD CByteStore::Find(const CByteStream& pattern, DWORD start) {
 }
 
 DWORD CByteStore::FindPrefix(std::span<const BYTE> prefix, DWORD start) {
-    vnbytstr::detail::ByteSearcher searcher(prefix);
+    auto searcher = WithMemoryException([&] { return vnbytstr::detail::ByteSearcher(prefix); });
     for (DWORD index = start; index < m_dwLength;) {
         DWORD number, position;
         GetPageNumFromIndex(index, number, position);
         const DWORD taken = std::min(m_dwLength - index, kPageSize - position);
         const BYTE* data = GetPageFromPageNum(number)->GetData() + position;
-        if (const auto offset = searcher.Feed({data, taken}))
+        const auto offset = WithMemoryException([&] { return searcher.Feed({data, taken}); });
+        if (offset)
             return static_cast<DWORD>(start + *offset);
         index += taken;
     }

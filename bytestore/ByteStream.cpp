@@ -19,6 +19,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cassert>
 #include <cstdlib>
 #include <cstring>
@@ -26,6 +27,8 @@
 #include <memory>
 #include <utility>
 #include <vector>
+
+using vnbytstr::detail::WithMemoryException;
 
 DWORD CByteStream::m_dwMaxSizeInMemory = 0;
 
@@ -37,7 +40,7 @@ CByteStream::CByteStream(CByteStore& store) : CByteStream() { CopyRetained(store
 
 CByteStream::CByteStream(CByteStore&& store) : CByteStream() {
     if (store.GetLength() > GetMaxSizeInMemory())
-        m_pStore = new CByteStore(std::move(store));
+        m_pStore = WithMemoryException([&] { return new CByteStore(std::move(store)); });
     else
         CopyRetained(store);
 }
@@ -124,7 +127,7 @@ CByteStream& CByteStream::operator=(CByteStream&& other) noexcept {
 /// Makes an empty stream one that lies in a store, if `other` does.
 void CByteStream::LieAs(const CByteStream& other) {
     if (other.m_pStore)
-        m_pStore = new CByteStore;
+        m_pStore = WithMemoryException([] { return new CByteStore; });
 }
 
 /// Puts what the source still holds into this stream, which is empty, at the same indexes.
@@ -134,7 +137,7 @@ void CByteStream::CopyRetained(Source& source) {
     source.GetRange(start, end);
     if (!m_pStore) {
         if (end > GetMaxSizeInMemory())
-            m_pStore = new CByteStore;
+            m_pStore = WithMemoryException([] { return new CByteStore; });
         else
             AllocTo(end); // by its least size it may pass the limit
     }
@@ -158,7 +161,8 @@ void CByteStream::PutIntoBuffer(const CByteStream& source) {
     if (end > m_dwAllocated)
         throw new CCacheException(CCacheException::kReadOnly);
     if (source.m_pStore && end > start) {
-        std::vector<BYTE> bytes(end - start); // a page may be past reading
+        // A page may be past reading.
+        auto bytes = WithMemoryException([&] { return std::vector<BYTE>(end - start); });
         source.CopyTo(start, bytes.data(), end - start, end - start);
         std::memcpy(m_pBuffer + start, bytes.data(), bytes.size());
     } else if (end > start) {
@@ -283,9 +287,15 @@ void CByteStream::Empty(int freeBuffer) {
 // --- growth --------------------------------------------------------------------------------------
 
 DWORD CByteStream::GetMaxSizeInMemory() {
-    if (m_dwMaxSizeInMemory == 0)
-        m_dwMaxSizeInMemory = VNGetProfileDWORD(3, "Options", "MaxCacheBlock", 0x40000, 0);
-    return m_dwMaxSizeInMemory;
+    // Streams of several threads may be the first; all of them read the same setting.
+    const std::atomic_ref<DWORD> limit(m_dwMaxSizeInMemory);
+    DWORD size = limit.load(std::memory_order_relaxed);
+    if (size == 0) {
+        size = WithMemoryException(
+            [] { return VNGetProfileDWORD(3, "Options", "MaxCacheBlock", 0x40000, 0); });
+        limit.store(size, std::memory_order_relaxed);
+    }
+    return size;
 }
 
 void CByteStream::AllocTo(DWORD size) {
@@ -324,7 +334,8 @@ void CByteStream::ExtendTo(DWORD length) {
 }
 
 void CByteStream::MoveToStore(bool withCursor) {
-    auto store = std::make_unique<CByteStore>(m_pBuffer, m_dwLength);
+    auto store =
+        WithMemoryException([&] { return std::make_unique<CByteStore>(m_pBuffer, m_dwLength); });
     store->SetComplete(m_bComplete);
     store->SetAutoDelete(m_bAutoDelete);
     store->DiscardUpTo(m_dwStart);

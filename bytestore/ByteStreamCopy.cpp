@@ -16,6 +16,7 @@
 #include <vector>
 
 using vnbytstr::detail::kChunk;
+using vnbytstr::detail::WithMemoryException;
 
 // --- appending -----------------------------------------------------------------------------------
 
@@ -73,7 +74,8 @@ void CByteStream::CopyFrom(DWORD index, const BYTE* bytes, DWORD count) {
     const bool isOwn = count > 0 && std::less_equal<>()(m_pBuffer, bytes) &&
                        std::less<>()(bytes, m_pBuffer + m_dwAllocated);
     if (moves && isOwn) {
-        const std::vector<BYTE> copy(bytes, bytes + count); // the buffer is about to go away
+        const auto copy = WithMemoryException( // the buffer is about to go away
+            [&] { return std::vector<BYTE>(bytes, bytes + count); });
         CopyWithin(index, copy.data(), count);
     } else {
         CopyWithin(index, bytes, count);
@@ -240,7 +242,8 @@ DWORD CByteStream::Find(const CByteStream& pattern, DWORD start) const {
     std::vector<BYTE> copy;
     std::span<const BYTE> bytes(pattern.m_pBuffer, pattern.m_pStore ? 0 : length);
     if (pattern.m_pStore) {
-        copy.resize(length); // no longer than this stream, which is in memory
+        // No longer than this stream, which is in memory.
+        WithMemoryException([&] { copy.resize(length); });
         if (length > 0)
             pattern.CopyTo(0, copy.data(), length, length);
         bytes = copy;
@@ -337,7 +340,7 @@ void CByteStream::SaveToFile(const char* name, int fromCurrent) {
 
 void CByteStream::SetFileName(const char* name) {
     if (!m_pStore) {
-        auto store = std::make_unique<CByteStore>();
+        auto store = WithMemoryException([] { return std::make_unique<CByteStore>(); });
         store->SetAutoDelete(m_bAutoDelete);
         store->SetFileName(name); // on failure the content is as it was
         FreeContent();

@@ -11,6 +11,7 @@
 
 using vnbytstr::CodePage;
 using vnbytstr::detail::SliceTranslator;
+using vnbytstr::detail::WithMemoryException;
 
 namespace {
 
@@ -62,11 +63,11 @@ void COutputStreamWriter::Write(const char* text) {
             piece.clear();
             WriteText(rest.substr(0, run));
         } else {
-            piece += rest.substr(0, run);
+            WithMemoryException([&] { piece += rest.substr(0, run); });
         }
         rest.remove_prefix(run);
         if (!rest.empty()) {
-            piece += EntityFor(rest.front());
+            WithMemoryException([&] { piece += EntityFor(rest.front()); });
             rest.remove_prefix(1);
         }
         if (piece.size() >= kPiece) {

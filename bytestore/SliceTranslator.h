@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/companion/Ccsid.h"
+#include "platform/framework/Exception.h"
 
 #include <array>
 #include <memory>
@@ -13,7 +14,8 @@ public:
     static constexpr DWORD kSlice = 16384;  ///< most input bytes at a time
     static constexpr DWORD kOutput = 32768; ///< room for output; a slice may need it several times
 
-    SliceTranslator(WORD from, WORD to) : m_translation(TranslateBeginEx(from, to)) {}
+    SliceTranslator(WORD from, WORD to)
+        : m_translation(WithMemoryException([=] { return TranslateBeginEx(from, to); })) {}
 
     /// False when the pair cannot be translated.
     bool IsValid() const { return m_translation != nullptr; }
@@ -25,8 +27,10 @@ public:
         for (;;) {
             DWORD consumed = count;
             DWORD produced = kOutput;
-            const ETranslation result = TranslateCCSIDEx(m_translation.get(), bytes, &consumed,
-                                                         m_output.data(), &produced, last);
+            const ETranslation result = WithMemoryException([&] {
+                return TranslateCCSIDEx(m_translation.get(), bytes, &consumed, m_output.data(),
+                                        &produced, last);
+            });
             if (produced > 0)
                 take(m_output.data(), produced);
             if (result != translationMore)

@@ -1,5 +1,6 @@
 #include "vnbytstr/TempFileName.h"
 
+#include "platform/framework/Exception.h"
 #include "platform/system/System.h"
 
 #include <atomic>
@@ -13,7 +14,8 @@ std::atomic<DWORD> g_counter{0};
 
 void GenerateTempFileName(CString& out, const char* prefix, const char* extension) {
     System& system = System::Current();
-    const std::string folder = system.GetTemporaryFolder();
+    const std::string folder =
+        vnbytstr::detail::WithMemoryException([&] { return system.GetTemporaryFolder(); });
     FileStatus status;
     do {
         out.Format("%s~%s-%u-%u.%s", folder.c_str(), prefix ? prefix : "tmp", system.GetProcessId(),
@@ -23,4 +25,8 @@ void GenerateTempFileName(CString& out, const char* prefix, const char* extensio
 
 void GenerateLOBFileName(CString& out) { GenerateTempFileName(out, nullptr, "lob"); }
 
-void GetTemporaryPath(CString& out) { out = System::Current().GetTemporaryFolder().c_str(); }
+void GetTemporaryPath(CString& out) {
+    out = vnbytstr::detail::WithMemoryException([] {
+              return System::Current().GetTemporaryFolder();
+          }).c_str();
+}

@@ -8,11 +8,13 @@
 #include <array>
 #include <climits>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 namespace {
 
 using vnbytstr::detail::DesBlock;
+using vnbytstr::detail::WithMemoryException;
 
 constexpr int kBlock = 8;
 // What the message of a too small output buffer names.
@@ -166,24 +168,29 @@ namespace {
 /// Runs one direction over a stream, with lengths modulo 65536 as ever.
 template <class Direction>
 void OverStream(CByteStream& stream, Direction direction) {
-    const BYTE* data = stream;
+    constexpr DWORD kLengths = 65536;
     const auto length = static_cast<int>(std::min<DWORD>(stream.GetLength(), INT_MAX));
     int needed = 0;
-    direction(data, length, nullptr, needed);
-    std::vector<BYTE> whole; // a partial last block is read as a whole one
-    if (length % kBlock != 0) {
-        whole.assign(data, data + length);
-        whole.resize(static_cast<std::size_t>(length) + kBlock);
-        data = whole.data();
+    direction(nullptr, length, nullptr, needed);
+    // One that is too long fails whatever its bytes are, so they are not copied out of a store.
+    std::vector<BYTE> copy;
+    const BYTE* data = nullptr;
+    if (stream.IsAllInBuffer() || stream.GetLength() >= kLengths)
+        data = stream;
+    if (!data || length % kBlock != 0) { // a partial last block is read as a whole one
+        WithMemoryException([&] { copy.resize(static_cast<std::size_t>(length) + kBlock); });
+        if (length > 0)
+            stream.CopyTo(0, copy.data(), static_cast<DWORD>(length), static_cast<DWORD>(length));
+        data = copy.data();
     }
     const WORD room = static_cast<WORD>(needed);
-    CByteStream result;
-    BYTE nothing[kBlock];
-    BYTE* buffer = result.GetBuffer(room);
+    auto result =
+        WithMemoryException([=] { return std::vector<BYTE>(room + std::size_t{kBlock}); });
     int resultLength = room;
-    direction(data, length, buffer ? buffer : nothing, resultLength);
-    result.ReleaseBuffer(std::min(static_cast<WORD>(resultLength), room));
-    stream = result;
+    direction(data, length, result.data(), resultLength);
+    CByteStream made;
+    made.SetReadOnlyBuffer(result.data(), std::min(static_cast<WORD>(resultLength), room));
+    stream = std::as_const(made);
 }
 
 } // namespace

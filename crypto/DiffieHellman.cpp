@@ -4,7 +4,7 @@
 #include "vnbytstr/FixedBinary.h"
 
 #include <cstdlib>
-#include <vector>
+#include <utility>
 
 void CDiffieHellman::Assign(CByteStream& stream, const BYTE* bytes, WORD length) {
     const CByteStream copy(bytes, length); // they may be the stream's own
@@ -29,18 +29,20 @@ int CDiffieHellman::GenerateX() {
     std::srand(vnbytstr::System::Current().GetTime());
     const auto random = [] { return static_cast<BYTE>(std::rand()); };
     const int bytes = m_nExponentLength / 8 + (m_nExponentLength % 8 != 0);
-    CByteStream exponent(m_x); // grows in one step, or not at all
+    CByteStream exponent(m_x);
     for (int filler = (4 - bytes % 4) % 4; filler > 0; --filler)
         exponent.ConcatByte(0);
     int written = 0;
-    if (const int excess = bytes * 8 - m_nExponentLength; excess > 0) {
+    if (const int excess = (8 - m_nExponentLength % 8) % 8; excess > 0) {
         exponent.ConcatByte(static_cast<BYTE>(random() >> excess));
         ++written;
     }
     for (; written < bytes; ++written)
         exponent.ConcatByte(random());
-    m_x = exponent;
-    m_X = CFixedBinary(m_G).ExpMod(CFixedBinary(m_x), CFixedBinary(m_N)).GetBytes(-1);
+    CByteStream own =
+        CFixedBinary(m_G).ExpMod(CFixedBinary(exponent), CFixedBinary(m_N)).GetBytes(-1);
+    m_x = std::move(exponent); // both or neither
+    m_X = std::move(own);
     return 1;
 }
 

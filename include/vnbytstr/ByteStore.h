@@ -73,7 +73,8 @@ private:
     BYTE* m_pData;
     BOOL m_bMustRead = TRUE;
     BOOL m_bMustWrite = TRUE;
-    DWORD m_dwRead = 0; ///< bytes that the last SwapIn found in the file
+    DWORD m_dwRead = 0;   ///< bytes that the last SwapIn found in the file
+    LONGLONG m_llUse = 0; ///< the last use's place in a run of the store's, 0 outside of one
 };
 
 /// Byte sequence in pages of 32768 bytes. At most GetTargetMaxPages() pages stay in memory; the
@@ -84,7 +85,8 @@ private:
 ///
 /// Threads: one at a time.
 ///
-/// Exceptions: CCacheException (see there), CFileException when the swap file or a target file
+/// Exceptions: CCacheException (see there; 6 also when a page's memory is not to be had),
+/// CMemoryException when other memory runs out, CFileException when the swap file or a target file
 /// cannot be opened, renamed or synced. After one the store has the length it had before the call,
 /// every byte it held outside the range that the call was to change, and can be used on: once the
 /// disk has room again, the same call succeeds. (A failed Shift or overwriting copy may have moved
@@ -96,10 +98,11 @@ private:
 /// that were accounted for by Concat(DWORD) but never stored, are undefined; nothing is read out of
 /// bounds.
 ///
-/// Replacement: the page with the smallest access time leaves first, the oldest-made of equals. The
-/// one-byte accessors stamp pages with a tick count that may be up to 64 such accesses old; every
-/// other operation reads the clock. Up to 8 pages that have left are gathered before they are
-/// written together, in 256 KiB beside the cache.
+/// Replacement: the page with the smallest access time leaves first, the oldest-made of equals.
+/// Every access stamps its page with the clock, but for a run of accesses of one or two bytes to
+/// pages in memory: after the first 16 only their order is kept, and the time between the run's
+/// ends is divided among them before a page has to leave or any other operation follows. Up to 8
+/// pages that have left are gathered before they are written together, in 256 KiB beside the cache.
 class VNBYTSTR_API CByteStore : public CObject {
 public:
     static constexpr DWORD kNotFound = 0xFFFFFFFF; ///< Find: the pattern does not occur
@@ -391,6 +394,8 @@ private:
     void NoteNotOnFile(DWORD number) noexcept;
     void GrowPageTable(DWORD length);
     BYTE* Touch(CBytePage* page);
+    void StampNow(CBytePage* page);
+    void EndRun() const noexcept;
     BYTE GetByteSlow(DWORD index);
     template <std::size_t Width>
     ULONGLONG GetWide(DWORD index);
@@ -461,18 +466,23 @@ private:
     DWORD m_dwPagesOnFile;
     std::unique_ptr<vnbytstr::detail::SwapImage> m_pImage; ///< made with the swap file
     std::unique_ptr<vnbytstr::detail::WriteBehind>
-        m_pPending;          ///< made with the first page that leaves
-    ULONGLONG m_ullImageEnd; ///< where the bytes written to the swap file end
-    DWORD m_dwTouches;       ///< one-byte accesses until the clock is read again
-    bool m_bReadFailed;      ///< a page in m_arrPages may be one whose reading failed
+        m_pPending;                ///< made with the first page that leaves
+    ULONGLONG m_ullImageEnd;       ///< where the bytes written to the swap file end
+    mutable CBytePage* m_pRunPage; ///< the page used last in a run, null outside of one
+    mutable LONGLONG m_llUses;     ///< changes of the page in a run, negative before it begins
+    DWORD m_dwRunTick;             ///< the clock as it was read last before a run
+    bool m_bReadFailed;            ///< a page in m_arrPages may be one whose reading failed
 };
 
 inline BYTE* CByteStore::Touch(CBytePage* page) {
-    if (--m_dwTouches == 0) [[unlikely]] {
-        vnbytstr::System::Current().GetTickCount();
-        m_dwTouches = 64;
+    if (page != m_pRunPage) {
+        if (++m_llUses <= 0) [[unlikely]] {
+            StampNow(page);
+        } else {
+            page->m_llUse = m_llUses;
+            m_pRunPage = page;
+        }
     }
-    page->m_dwLastAccess = vnbytstr::System::RecentTick();
     return page->m_pData;
 }
 

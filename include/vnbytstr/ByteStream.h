@@ -18,8 +18,8 @@
 ///
 /// Exceptions: CCacheException with the causes of CByteStore and, of its own, 2 (a pointer to
 /// content in a store was asked for), 3 (the buffer is read-only, or external and full), 4
-/// (ReleaseBuffer of content in a store), 6 (past 4 GiB - 1); CMemoryException when the block
-/// cannot be had.
+/// (ReleaseBuffer of content in a store), 6 (past 4 GiB - 1); CMemoryException when memory runs
+/// out.
 ///
 /// Threads: one at a time.
 class VNBYTSTR_API CByteStream : public CObject {

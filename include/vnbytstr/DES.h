@@ -62,11 +62,11 @@ public:
     /// as a whole one, so `input` needs room up to a multiple of 8. Errors as with Encrypt.
     void Decrypt(const BYTE* input, int length, BYTE* output, int& outputLength);
 
-    /// Replaces the content of the stream, which must be in memory (CCacheException(2)). Lengths
-    /// are taken modulo 65536, so these are for results below 65536 bytes: longer ones give
-    /// CCryptoException with code 0, and the stream as it was. Use the Encrypt and Decrypt of
-    /// CByteStream for those. Without padding the rest of a partial last block is cut off, and
-    /// Decrypt refuses such a length with code 0: encipher whole blocks, or pad.
+    /// Replaces the content of the stream, wherever it lies. Lengths are taken modulo 65536, so
+    /// these are for results below 65536 bytes: longer ones give CCryptoException with code 0, or
+    /// CCacheException(2) from a stream in a store, and the stream as it was. Use the Encrypt and
+    /// Decrypt of CByteStream for those. Without padding the rest of a partial last block is cut
+    /// off, and Decrypt refuses such a length with code 0: encipher whole blocks, or pad.
     void Encrypt(CByteStream& stream);
     void Decrypt(CByteStream& stream);
 

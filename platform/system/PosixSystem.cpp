@@ -29,10 +29,8 @@ bool PosixSystem::IsProcessAlive(DWORD processId) {
 DWORD PosixSystem::GetTickCount() {
     timespec now;
     ::clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
-    const auto tick = static_cast<DWORD>(static_cast<std::uint64_t>(now.tv_sec) * 1000u +
-                                         static_cast<std::uint64_t>(now.tv_nsec) / 1000000u);
-    SetRecentTick(tick);
-    return tick;
+    return static_cast<DWORD>(static_cast<std::uint64_t>(now.tv_sec) * 1000u +
+                              static_cast<std::uint64_t>(now.tv_nsec) / 1000000u);
 }
 
 DWORD PosixSystem::GetTime() { return static_cast<DWORD>(::time(nullptr)); }

@@ -2,6 +2,7 @@
 
 #include "platform/system/PosixSystem.h"
 
+#include <atomic>
 #include <new>
 
 namespace vnbytstr {
@@ -10,8 +11,6 @@ namespace {
 std::atomic<System*> g_installed{nullptr};
 std::atomic<unsigned> g_installCount{0};
 } // namespace
-
-std::atomic<DWORD> System::s_recentTick{0};
 
 System& System::Current() noexcept {
     if (System* installed = g_installed.load(std::memory_order_acquire))
@@ -26,7 +25,6 @@ System& System::Current() noexcept {
 System* System::Install(System* system) noexcept {
     System* previous = g_installed.exchange(system, std::memory_order_acq_rel);
     g_installCount.fetch_add(1, std::memory_order_relaxed);
-    Current().GetTickCount(); // so that RecentTick is this system's
     return previous;
 }
 

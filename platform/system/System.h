@@ -9,7 +9,6 @@
 #include "../framework/Export.h"
 #include "../framework/Types.h"
 
-#include <atomic>
 #include <cstddef>
 #include <span>
 #include <string>
@@ -159,8 +158,7 @@ public:
     virtual bool IsPrivileged() = 0;
     /// False only when it is certain that no process of that number runs.
     virtual bool IsProcessAlive(DWORD processId) = 0;
-    /// Milliseconds of a clock that never goes back; wraps after 49.7 days. Also refreshes
-    /// RecentTick.
+    /// Milliseconds of a clock that never goes back; wraps after 49.7 days.
     virtual DWORD GetTickCount() = 0;
     /// Seconds since 1970-01-01 UTC; wraps in 2106.
     virtual DWORD GetTime() = 0;
@@ -190,18 +188,6 @@ public:
     virtual std::string MatchFontFamily(const std::string& family) = 0;
     /// Writes a line for the person at the terminal to standard error.
     virtual void WriteDiagnostic(const char* text) = 0;
-
-    /// The tick count as it was when GetTickCount last ran. A hot path stamps with it for the price
-    /// of one load; whoever uses it sees to it that GetTickCount runs often enough.
-    static DWORD RecentTick() noexcept { return s_recentTick.load(std::memory_order_relaxed); }
-
-protected:
-    static void SetRecentTick(DWORD tick) noexcept {
-        s_recentTick.store(tick, std::memory_order_relaxed);
-    }
-
-private:
-    static std::atomic<DWORD> s_recentTick;
 };
 
 /// Makes a system current for the life of this object.

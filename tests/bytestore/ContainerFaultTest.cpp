@@ -1,12 +1,101 @@
 // Stores and streams when system calls fail.
 #include "tests/bytestore/StoreFixture.h"
 
+#include "platform/companion/Ccsid.h"
+
 #include <unistd.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <new>
+#include <thread>
+
+namespace {
+std::atomic<int> g_allocationsLeft{-1}; ///< the one after so many fails, once; negative: none does
+} // namespace
+
+void* operator new(std::size_t size) {
+    if (g_allocationsLeft.load() >= 0 && g_allocationsLeft.fetch_sub(1) == 0)
+        throw std::bad_alloc();
+    if (void* block = std::malloc(size > 0 ? size : 1))
+        return block;
+    throw std::bad_alloc();
+}
+void operator delete(void* block) noexcept { std::free(block); }
+void operator delete(void* block, std::size_t) noexcept { std::free(block); }
 
 namespace vnbytstr::test {
 namespace {
 
 class ContainerFaultTest : public StoreFixture {};
+
+/// Every allocation of each operation fails in turn: that is an exception of the framework, the
+/// content is as it was, and the operation succeeds afterwards.
+TEST_F(ContainerFaultTest, MemoryThatRunsOutIsAnExceptionOfTheFramework) {
+    const Bytes bytes = Pattern(20 * kPage), small = Pattern(300, 2);
+    const CByteStream key("0102030405060708"), pattern(bytes.data() + 1000, 50);
+    using Operation = std::function<void(CByteStream&, CByteStore&)>;
+    const std::vector<Operation> operations = {
+        [](CByteStream& stream, CByteStore&) { stream.Concat(stream); },
+        [](CByteStream&, CByteStore& store) { store.Concat(store.GetFirstPage(), 3); },
+        [](CByteStream&, CByteStore& store) { store.CopyFrom(5, store.GetFirstPage(), 30); },
+        [](CByteStream&, CByteStore& store) { store.SetByte(40 * kPage, 1); },
+        [](CByteStream& stream, CByteStore& store) { stream = store; },
+        [](CByteStream& stream, CByteStore& store) { store = stream; },
+        [](CByteStream& stream, CByteStore& store) { stream.Concat(store); },
+        [&](CByteStream& stream, CByteStore& store) {
+            store.Find(pattern, 20);
+            stream.Find(pattern);
+        },
+        [](CByteStream& stream, CByteStore&) { CDES("key").Encrypt(stream); },
+        [&](CByteStream& stream, CByteStore& store) {
+            stream.Encrypt(key, key, CDES::eCBC, false);
+            store.Decrypt(key, key, CDES::eCBC, false, store);
+        },
+        [](CByteStream& stream, CByteStore& store) {
+            stream.TranslateCCSID(819, 1200);
+            store.TranslateCCSID(819, 1200, store);
+        },
+    };
+    constexpr std::size_t kTwoSteps =
+        8; // from here on the stream may be done before the store fails
+    for (std::size_t which = 0; which < operations.size(); ++which) {
+        for (int at = 0;; ++at) {
+            SCOPED_TRACE(testing::Message() << "operation " << which << ", allocation " << at);
+            CByteStream stream(small.data(), 300);
+            CByteStore store(bytes.data(), 20 * kPage);
+            bool failed = false;
+            g_allocationsLeft = at;
+            try {
+                operations[which](stream, store);
+            } catch (CException* error) {
+                failed = true;
+                error->Delete();
+            } catch (const std::bad_alloc&) {
+                ADD_FAILURE() << "not an exception of the framework";
+            }
+            const bool hit = g_allocationsLeft.exchange(-1) < 0;
+            if (failed) {
+                EXPECT_EQ(Content(store), bytes);
+                if (which < kTwoSteps) {
+                    EXPECT_EQ(Content(stream), small);
+                }
+                operations[which](stream, store);
+            }
+            if (!hit)
+                break;
+        }
+    }
+}
+
+TEST_F(ContainerFaultTest, LimitIsReadByManyThreads) {
+    CByteStream::m_dwMaxSizeInMemory = 0;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i)
+        threads.emplace_back([] { EXPECT_EQ(CByteStream::GetMaxSizeInMemory(), 0x40000u); });
+    for (std::thread& thread : threads)
+        thread.join();
+}
 
 TEST_F(ContainerFaultTest, FullDiskLosesNothing) {
     CByteStore store;

@@ -127,6 +127,24 @@ TEST_F(ContainerCipherTest, PaddingSuitsLessThanAPage) {
     }
 }
 
+TEST_F(ContainerCipherTest, CipherOfAStreamSuitsAnyLimit) {
+    const Bytes bytes = Pattern(1024);
+    CDES cipher("12345678");
+    cipher.SetPad(true);
+    CByteStream expected(bytes.data(), 1024);
+    cipher.Encrypt(expected);
+    for (const DWORD limit : {1u, 1023u, 1024u, 1031u}) {
+        CByteStream::m_dwMaxSizeInMemory = limit;
+        CByteStream stream(bytes.data(), 1024);
+        cipher.Encrypt(stream);
+        EXPECT_TRUE(stream == expected) << limit;
+        cipher.Decrypt(stream);
+        EXPECT_EQ(Content(stream), bytes);
+        CByteStream large(Pattern(65536).data(), 65536);
+        EXPECT_EQ(CauseOf([&] { cipher.Encrypt(large); }), 2); // as ever
+    }
+}
+
 // --- Diffie-Hellman ------------------------------------------------------------------------------
 
 std::string Hex(const CByteStream& value) {
@@ -227,6 +245,24 @@ TEST_F(DiffieHellmanTest, DrawsFromTheSeededGenerator) {
     side.SetG(CByteStream("03"));
     ASSERT_EQ(side.GenerateX(), 1);
     EXPECT_EQ(Hex(side.GetX(-1)), "00000000");
+    // The bytes may be the stream's own; a part of it, too.
+    const CByteStream generator("0000000300000005");
+    side.SetG(generator);
+    side.SetG(static_cast<const BYTE*>(side.GetG()) + 4, 4);
+    EXPECT_EQ(Hex(side.GetG()), "00000005");
+    side.SetY(generator, 8);
+    EXPECT_EQ(Hex(side.GetY(-1)), Hex(generator));
+    side.SetN(static_cast<const BYTE*>(generator), 4);
+    EXPECT_EQ(Hex(side.GetN()), "00000003");
+    // The longest exponent there is, on a disk that takes none of it: x stays what it was.
+    const std::string before = Hex(side.GetX(-1));
+    side.SetExponentLength(0x7FFFFFFF);
+    m_system.Inject(Fault{.call = Call::Write, .fromThenOn = true});
+    EXPECT_EQ(CauseOf([&] { side.GenerateX(); }), 4);
+    m_system.Inject(std::nullopt);
+    EXPECT_EQ(Hex(side.GetX(-1)), before);
+    side.SetExponentLength(12);
+    side.SetG(CByteStream("03"));
     // A zero modulus ends with zero.
     side.SetN(CByteStream("00000000"));
     ASSERT_EQ(side.GenerateX(), 1);

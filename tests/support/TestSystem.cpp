@@ -218,12 +218,7 @@ std::string TestSystem::GetTemporaryFolder() {
 
 DWORD TestSystem::GetProcessId() { return m_processId ? *m_processId : m_real.GetProcessId(); }
 
-DWORD TestSystem::GetTickCount() {
-    if (!m_tick)
-        return m_real.GetTickCount();
-    SetRecentTick(*m_tick);
-    return *m_tick;
-}
+DWORD TestSystem::GetTickCount() { return m_tick ? *m_tick : m_real.GetTickCount(); }
 
 DWORD TestSystem::GetMemoryLoad() { return m_memoryLoad ? *m_memoryLoad : m_real.GetMemoryLoad(); }
 

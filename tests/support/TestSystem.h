@@ -51,10 +51,7 @@ class TestSystem : public System {
 public:
     TestSystem() : m_real(System::Current()) {}
 
-    void SetTick(DWORD tick) {
-        m_tick = tick;
-        SetRecentTick(tick);
-    }
+    void SetTick(DWORD tick) { m_tick = tick; }
     void SetTime(DWORD seconds) { m_time = seconds; }
     void SetMemoryLoad(DWORD percent) { m_memoryLoad = percent; }
     void SetEnvironment(const std::string& name, const std::string& value) {
