@@ -92,6 +92,18 @@ private:
 /// disk has room again, the same call succeeds. (A failed Shift or overwriting copy may have moved
 /// part of its bytes.)
 ///
+/// Files: a store knows its files by their identity, not by their names. It removes, cuts or
+/// replaces the file under GetFileName() only while that is the one that it made, opened or put
+/// there; what another program has put under the name is left alone. Names are made full at once,
+/// so a program may change its folder. A page that comes back from the swap file other than it was
+/// written is cause 2, never data: its checksum (CRC-32C) is kept in memory. Pages of a file opened
+/// with SetFileName have none until the store writes them, and SaveToFile does not read what it
+/// renames.
+///
+/// Forked children: a child reads what its parent's store holds and may change it; it goes on in a
+/// swap file of its own, and its parent's files are left alone. A page that the parent changes
+/// after the fork, and that the child does not have in memory, is cause 2 in the child.
+///
 /// Reading past the end: the one- and two-byte forms give zero bytes there. The wider ones throw
 /// CCacheException(0) when they start past the end; one that starts at the end gives 0, and one
 /// that runs past it has zeros for the missing low-order bytes. Bytes below the start, and bytes
@@ -270,22 +282,31 @@ public:
     void DiscardUpTo(DWORD index);
 
     // --- the whole store -------------------------------------------------------------------------
-    /// Drops the content, closes the swap file, and deletes it when auto-delete is on. Never
-    /// throws.
+    /// Drops the content, closes the swap file, and deletes it when auto-delete is on (a device or
+    /// a pipe is not deleted). Never throws.
     void Empty();
     /// Writes what is in memory to the swap file (made if needed), which then is an image of the
-    /// store: byte i at position i, nothing behind the end. With `fromCurrent`, the file under
-    /// GetFileName() is the shifted image of CopyToFile instead; the store keeps its own.
+    /// store: byte i at position i, nothing after the end. With `fromCurrent`, the file under
+    /// GetFileName() is the shifted image of CopyToFile instead, until the next Flush without; the
+    /// store keeps its own image in a file without a name. Does not wait for the disk.
+    /// CCacheException(4) when a page cannot be written; CFileException (EEXIST, ENOENT) when the
+    /// shifted image is to go under a name that is not the store's any more.
     void Flush(int fromCurrent = 0);
     /// As Flush, and gives the memory of all pages back; a page comes back when it is next needed.
     /// For a value that is kept but not in use: many of them would each hold their pages.
     /// Extension.
     void ReleasePages();
-    /// Makes the content the file `name`, in place of any that is there, and empties the store. On
-    /// failure (CFileException) the store has its content still and an old `name` is as it was.
+    /// Makes the content the file `name`, in place of any that is there, and empties the store.
+    /// Returns when the content is on the disk. On failure the store has its content still and an
+    /// old `name` is as it was; when it was the disk's sync that failed, the next save writes
+    /// everything again. The file is replaced as CReplacementFile does it; without copying where a
+    /// swap file on the same file system can be renamed. A file opened with SetFileName is moved.
+    /// CFileException with the target's name for what is wrong with the target (a null name, no
+    /// room), CCacheException for what is wrong with the swap file.
     void SaveToFile(const char* name, int fromCurrent = 0);
-    /// Writes the content to the file `name`; the store keeps it. On failure an old `name` is as it
-    /// was. With `fromCurrent` every page is placed lower by the cursor's offset, by the rule of
+    /// Writes the content to the file `name`; the store keeps it. Otherwise as SaveToFile. When
+    /// `name` is the store's own file, by whatever spelling, the store stays bound to it. With
+    /// `fromCurrent` every page is placed lower by the cursor's offset, by the rule of
     /// CBytePage::SwapOut: the page that straddles the cursor is cut at its end.
     void CopyToFile(const char* name, int fromCurrent = 0);
     /// Empties the store and opens an existing file as its content (and swap file: changes go to

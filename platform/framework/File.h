@@ -24,6 +24,9 @@ struct VNBYTSTR_API CFileStatus {
 /// system's error number and the name, except where a function returns a BOOL. Nothing is buffered:
 /// what Write took, the system has. A file that is not open gives cause invalidFile. One object,
 /// one thread at a time.
+///
+/// The position is the system's own: reading, writing and seeking on m_hFile by other means,
+/// another CFile on the same handle, and a forked child that inherits the file all share it.
 class VNBYTSTR_API CFile : public CObject {
     DECLARE_DYNAMIC(CFile)
 public:
