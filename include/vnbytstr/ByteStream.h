@@ -112,7 +112,8 @@ public:
     LONGLONG GetCurrentInt64() const { return GetInt64(GetCurrentOffset()); }
 
     /// On a read-only buffer cause 3, whatever the index. At or past the end the content is
-    /// extended first. When that moves it into a store, the cursor is 0 afterwards.
+    /// extended first. When it moves into a store since the new length passes the limit, the cursor
+    /// is 0 afterwards; when only the block's growth by doubling would pass it, the cursor stays.
     void SetByte(DWORD index, BYTE value);
     void SetWord(DWORD index, WORD value);
     void SetDWord(DWORD index, DWORD value);

@@ -10,13 +10,6 @@ namespace {
 
 class ByteStreamTest : public StoreFixture {};
 
-/// Shows the capacity: the room that an append of nothing but the size check leaves.
-class OpenStream : public CByteStream {
-public:
-    using CByteStream::AllocTo;
-    using CByteStream::ExtendTo;
-};
-
 TEST_F(ByteStreamTest, MovesIntoAStoreWhenItOutgrowsTheLimit) {
     CByteStream stream;
     stream.SetComplete(1);
@@ -53,10 +46,9 @@ TEST_F(ByteStreamTest, CursorStaysBehindWhenASetMovesTheContent) {
         if (doubles) {
             // An exact block first, so that the next step doubles.
             EXPECT_EQ(stream.GetLength(), 262113u);
-        } else {
-            EXPECT_FALSE(stream.IsAllInBuffer());
-            EXPECT_EQ(stream.GetCO(), 0u);
         }
+        EXPECT_FALSE(stream.IsAllInBuffer());
+        EXPECT_EQ(stream.GetCO(), doubles ? 10u : 0u);
         EXPECT_EQ(stream.GetByte(index), 3);
         EXPECT_EQ(stream.GetByte(50), Pattern(100)[50]);
     }
@@ -71,6 +63,79 @@ TEST_F(ByteStreamTest, CursorStaysBehindWhenASetMovesTheContent) {
     stream.GetRange(start, end);
     EXPECT_EQ(start, 5u);
     EXPECT_EQ(end, 0x40069u);
+}
+
+TEST_F(ByteStreamTest, BlockGrowsByDoublingAnd32) {
+    const auto capacity = [](CByteStream& stream) {
+        const DWORD length = stream.GetLength();
+        stream.ReleaseBuffer(0xFFFFFFFF); // cut to the block's size
+        const DWORD size = stream.GetLength();
+        stream.ReleaseBuffer(length);
+        return size;
+    };
+    CByteStream stream;
+    std::vector<DWORD> capacities;
+    while (stream.GetLength() < 300) {
+        stream.ConcatByte(1);
+        if (capacities.empty() || capacity(stream) != capacities.back())
+            capacities.push_back(capacity(stream));
+    }
+    EXPECT_EQ(capacities, (std::vector<DWORD>{32, 96, 224, 480}));
+    stream.GetBuffer(600); // more than the least step: as much as asked for
+    EXPECT_EQ(capacity(stream), 600u);
+}
+
+/// The cursor forms of every kind, and what they leave where it is.
+TEST_F(ByteStreamTest, CursorForms) {
+    const auto check = [](auto& value) {
+        value.CopyFromHex(0, "000102030405060708090A0B0C0D0E0F");
+        value.Skip(3);
+        value.SkipByte();
+        EXPECT_EQ(value.GetCurrentByte(), 4);
+        value.SkipWord();
+        EXPECT_EQ(value.GetCurrentOffset(), 6u);
+        EXPECT_EQ(value.GetRemaining(), 10u);
+        EXPECT_EQ(value.GetCurrentWord(), 0x0607);
+        EXPECT_EQ(value.GetCurrentDWord(), 0x06070809u);
+        EXPECT_EQ(value.GetCurrentInt48(), 0x060708090A0B);
+        EXPECT_EQ(value.GetCurrentInt64(), 0x060708090A0B0C0D);
+        Bytes bytes(4);
+        value.CopyCurrentTo(bytes.data(), 2, 4);
+        EXPECT_EQ(bytes, (Bytes{6, 7, 0, 0}));
+        CByteStream stream("FF");
+        value.CopyCurrentTo(stream, 1, 2);
+        EXPECT_TRUE(stream == "FF0607");
+        CByteStore store("FF");
+        value.CopyCurrentTo(store, 2, 2);
+        EXPECT_TRUE(store == "FF000607");
+        value.CopyTo(0, store, 0, 1);
+        EXPECT_TRUE(store == "00000607");
+        EXPECT_TRUE(value.Left(2) == "0001" && value.Right(2) == "0E0F" &&
+                    value.Mid(13) == "0D0E0F");
+        EXPECT_TRUE(value.Right(99) == value && value.Right(0).IsEmpty());
+        EXPECT_EQ(value.GetFirstPage()[5], 5);
+        value.SetCurrentByte(0x11);
+        EXPECT_EQ(value.GetCurrentWord(), 0x1107);
+        value.SetCurrentWord(0x2122);
+        EXPECT_EQ(value.GetCurrentDWord(), 0x21220809u);
+        value.SetCurrentDWord(0x31323334);
+        EXPECT_EQ(value.GetCurrentInt48(), 0x313233340A0B);
+        value.SetCurrentInt48(0x414243444546);
+        EXPECT_EQ(value.GetCurrentInt64(), 0x4142434445460C0D);
+        value.SetCurrentInt64(0x5152535455565758);
+        EXPECT_EQ(value.GetInt64(6), 0x5152535455565758);
+        EXPECT_EQ(value.GetCO(), 6u);
+        value.CopyFromHex(0, CString("AA"));
+        EXPECT_EQ(value[16], 0xAA);
+    };
+    CByteStream stream, spilled;
+    spilled.SetComplete(1);
+    EXPECT_EQ(CauseOf([&] { spilled.GetBuffer(0x40001); }), 2);
+    ASSERT_FALSE(spilled.IsAllInBuffer());
+    CByteStore store;
+    check(stream);
+    check(spilled);
+    check(store);
 }
 
 TEST_F(ByteStreamTest, ReadOnlyBufferIsNeverWritten) {
