@@ -14,6 +14,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <filesystem>
@@ -84,6 +85,7 @@ protected:
             if (name.find('~') != std::string::npos || name.ends_with(".new"))
                 names.push_back(name);
         }
+        std::sort(names.begin(), names.end());
         return names;
     }
 
@@ -115,6 +117,9 @@ TEST_P(Killed, LeavesWholeFilesAndNothingElse) {
     char byte = 0;
     ASSERT_EQ(::read(ready[0], &byte, 1), 1);
 
+    const std::vector<std::string> living = LeftOvers();
+    EXPECT_FALSE(living.empty());
+
     std::minstd_rand random(std::random_device{}());
     for (unsigned i = 0; i < KillCount() && !HasFailure(); ++i) {
         const std::array<pid_t, 2> children{Fork([&] { return SaveForEver(m_first); }),
@@ -142,8 +147,9 @@ TEST_P(Killed, LeavesWholeFilesAndNothingElse) {
         EXPECT_EQ(m_root.Read((place.home + GetParam().target).substr(m_root.Path().size())),
                   m_texts[0]);
     }
+    EXPECT_EQ(LeftOvers(), living) << "a living store's file was swept, or a dead one's was not";
     ::close(end[1]);
-    EXPECT_TRUE(Ends(witness)) << "a living store was swept away";
+    EXPECT_TRUE(Ends(witness));
     ::close(ready[0]);
     ::close(ready[1]);
     EXPECT_THAT(LeftOvers(), ::testing::IsEmpty());

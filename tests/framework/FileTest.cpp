@@ -213,6 +213,19 @@ TEST_F(FileTest, TransfersCutShortAreCompleted) {
     file.WriteGather(parts);
     EXPECT_EQ(m_folder.Read("a"), content + content.substr(300));
 
+    // A system that takes nothing and reports nothing is not asked for ever.
+    for (const bool gather : {false, true}) {
+        m_system.Inject(Fault{.call = Call::Write, .kind = Fault::Kind::Nothing});
+        try {
+            gather ? file.WriteGather(parts) : file.Write("abc", 3);
+            ADD_FAILURE();
+        } catch (CFileException* error) {
+            EXPECT_EQ(error->m_cause, CFileException::diskFull);
+            error->Delete();
+        }
+    }
+    m_system.Inject(std::nullopt);
+
     file.SetLength(1000);
     file.SeekToBegin();
     m_system.Inject(Fault{.call = Call::Read, .kind = Fault::Kind::Shorten});

@@ -71,7 +71,7 @@ int TestSystem::ReadFile(FileHandle handle, void* buffer, std::size_t size, std:
     if (const std::optional<Fault> fault = Take(Call::Read)) {
         if (fault->kind == Fault::Kind::Fail)
             return fault->error;
-        size /= 2;
+        size = fault->kind == Fault::Kind::Nothing ? 0 : size / 2;
     }
     return m_real.ReadFile(handle, buffer, size, done);
 }
@@ -82,6 +82,8 @@ int TestSystem::WriteFile(FileHandle handle, const void* buffer, std::size_t siz
     if (const std::optional<Fault> fault = Take(Call::Write)) {
         if (fault->kind == Fault::Kind::Fail)
             return fault->error;
+        if (fault->kind == Fault::Kind::Nothing)
+            return 0;
         size = (size + 1) / 2;
     }
     return m_real.WriteFile(handle, buffer, size, done);
@@ -93,6 +95,8 @@ int TestSystem::WriteFileGather(FileHandle handle, std::span<const std::span<con
     if (const std::optional<Fault> fault = Take(Call::Write)) {
         if (fault->kind == Fault::Kind::Fail)
             return fault->error;
+        if (fault->kind == Fault::Kind::Nothing)
+            return 0;
         const std::span<const BYTE> half = buffers[0].first((buffers[0].size() + 1) / 2);
         return m_real.WriteFile(handle, half.data(), half.size(), done);
     }

@@ -36,15 +36,15 @@ enum class Call : unsigned char {
 const char* CallName(Call call);
 
 struct Fault {
-    enum class Kind { Fail, Shorten, Misplace, Throw, Kill };
+    enum class Kind { Fail, Shorten, Nothing, Misplace, Throw, Kill };
     static constexpr int kKilled = 77; ///< exit status of a process that Kill has ended
     Call call = Call::Any;
     unsigned at = 1;         ///< which of the matching calls, counted from 1 at Inject
     bool fromThenOn = false; ///< that one and all after it, not that one alone
     int error = EIO;
-    Kind kind = Kind::Fail; ///< Shorten: a read or write moves half; Misplace: a seek lands one
-                            ///< off; Throw: memory runs out (CMemoryException);
-                            ///< Kill: the process ends at once
+    Kind kind = Kind::Fail; ///< Shorten: a read or write moves half; Nothing: it moves none;
+                            ///< Misplace: a seek lands one off; Throw: memory runs out
+                            ///< (CMemoryException); Kill: the process ends at once
 };
 
 class TestSystem : public System {

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <sys/time.h>
@@ -124,6 +125,21 @@ TEST_F(PosixSystemTest, ScratchFilesAreOnesOwnAndLocked) {
     m_system.CloseFile(handle);
     EXPECT_EQ(m_system.LockFile(other, true, false), 0);
     m_system.CloseFile(other);
+}
+
+TEST_F(PosixSystemTest, PrivateFilesAreNotOpenedThroughLinksNorInherited) {
+    m_folder.Write("plain", "content");
+    ASSERT_EQ(::symlink("plain", m_folder.File("link").c_str()), 0);
+    for (const unsigned flag : {kOpenPrivate, kOpenScratch})
+        for (const unsigned create : {0u, static_cast<unsigned>(kOpenCreate)})
+            Open(m_folder.File("link"), kOpenRead | kOpenWrite | create | flag, ELOOP);
+    EXPECT_EQ(m_folder.Read("plain"), "content");
+    const FileHandle through = Open(m_folder.File("link"), kOpenRead);
+    const FileHandle inherited = Open(m_folder.File("plain"), kOpenRead | kOpenInherit);
+    EXPECT_NE(::fcntl(static_cast<int>(through), F_GETFD) & FD_CLOEXEC, 0);
+    EXPECT_EQ(::fcntl(static_cast<int>(inherited), F_GETFD) & FD_CLOEXEC, 0);
+    m_system.CloseFile(through);
+    m_system.CloseFile(inherited);
 }
 
 TEST_F(PosixSystemTest, RenamesWithAndWithoutReplacing) {
