@@ -112,14 +112,20 @@ constexpr const char* kReservedNames[] = {
     "TLXQC_QRY_COUNT",   "TLXQC_QRY_LANG",    "TLXQC_QRY_TYPE",    "TLXQC_RESULT",
 };
 
+std::string NameKey(const Collation& collation, std::string_view name) {
+    std::string key;
+    AppendNameKey(collation, name, key);
+    return key;
+}
+
 using NameTable = std::unordered_map<std::string, KnownName>;
 
 NameTable MakeNames(const Collation& collation) {
     NameTable names;
     for (int id = 1; id < kBuiltInCount; ++id)
-        names.emplace(collation.FoldKey(FindBuiltIn(id)->name), KnownName{id, false});
+        names.emplace(NameKey(collation, FindBuiltIn(id)->name), KnownName{id, false});
     for (const char* name : kReservedNames)
-        names.emplace(collation.FoldKey(name), KnownName{0, true});
+        names.emplace(NameKey(collation, name), KnownName{0, true});
     return names;
 }
 
@@ -139,10 +145,24 @@ const BuiltInVar* FindBuiltIn(int id) noexcept {
     return id > 0 && id < kBuiltInCount ? &kBuiltIns[id - 1] : nullptr;
 }
 
+void AppendNameKey(const Collation& collation, std::string_view name, std::string& key) {
+    if (name.find('i') == std::string_view::npos) { // the one letter that is upper-cased otherwise
+        collation.AppendKey(name, key);
+        return;
+    }
+    const CodePage& page = CodePage::Ansi();
+    std::string upper(name);
+    char* const end = upper.data() + upper.size();
+    for (char* p = upper.data(); p < end; p += page.CharLength(p, end))
+        if (*p == 'i') // not the second byte of a character
+            *p = 'I';
+    collation.AppendKey(upper, key);
+}
+
 KnownName FindKnownName(std::string_view name) {
     const Collation& collation = Collation::Current();
     const NameTable& names = NamesOf(collation);
-    const auto found = names.find(collation.FoldKey(name));
+    const auto found = names.find(NameKey(collation, name));
     return found != names.end() ? found->second : KnownName{};
 }
 

@@ -4,7 +4,12 @@
 #include "platform/framework/String.h"
 #include "platform/framework/Types.h"
 
+#include <string>
 #include <string_view>
+
+namespace vnbytstr {
+class Collation;
+}
 
 namespace vnbytstr::detail {
 
@@ -31,6 +36,10 @@ inline constexpr int kBuiltInCount = 60;
 
 /// The built-in variable of an id; null for the placeholder's and all that is none.
 const BuiltInVar* FindBuiltIn(int id) noexcept;
+
+/// Appends a name's key: names that are one have one key. They are upper-cased in ASCII first: to
+/// the rules of Turkish and Azeri i and I are two letters, to variables they are not.
+void AppendNameKey(const Collation& collation, std::string_view name, std::string& key);
 
 /// What a name stands for by the system locale's rules.
 struct KnownName {

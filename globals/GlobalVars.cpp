@@ -55,7 +55,8 @@ int LoadDescription(UINT base, int id, CString& text) {
 } // namespace
 
 CGlobalVars::CGlobalVars()
-    : m_pIndex(WithMemoryException([] { return std::make_unique<SIndex>(); })) {}
+    : m_pIndex(WithMemoryException([] { return std::make_unique<SIndex>(); })),
+      m_pUnread(WithMemoryException([] { return std::make_unique<SUnread>(); })) {}
 CGlobalVars::~CGlobalVars() { DeleteAll(); }
 
 CGlobalVars& CGlobalVars::Get() {
@@ -77,6 +78,7 @@ void CGlobalVars::DeleteAll() noexcept {
         m_pIndex->pool.Destroy(At(i)->m_dwNumber);
     m_arrVars.RemoveAll();
     m_pIndex->Clear();
+    m_pUnread->Clear();
 }
 
 CGlobalVar* CGlobalVars::At(int index) const {

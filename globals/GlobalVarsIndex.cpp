@@ -1,3 +1,4 @@
+#include "globals/BuiltInVars.h"
 #include "globals/GlobalVarsInternal.h"
 
 #include <algorithm>
@@ -59,6 +60,15 @@ void CGlobalVars::SIndex::Clear() noexcept {
 }
 
 void CGlobalVars::SIndex::LearnRules() { m_collation = &vnbytstr::Collation::Current(); }
+
+/// Each thread has its own place for keys: threads that only read a table change nothing.
+std::string_view CGlobalVars::SIndex::KeyOf(std::string_view name) const {
+    static thread_local std::string key;
+    key.clear();
+    vnbytstr::detail::WithMemoryException(
+        [&] { vnbytstr::detail::AppendNameKey(*m_collation, name, key); });
+    return key;
+}
 
 CGlobalVar* CGlobalVars::SIndex::Find(std::string_view key) const noexcept {
     const DWORD hash = HashOf(key);

@@ -9,8 +9,10 @@
 #include "platform/system/Collation.h"
 
 #include <cstddef>
+#include <map>
 #include <memory>
 #include <new>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -46,6 +48,25 @@ private:
 
 } // namespace vnbytstr::detail
 
+/// What the profile has and the table has not, as it was at Initialize.
+struct CGlobalVars::SUnread {
+    struct SValue {
+        CString given;                  ///< what the variable was given instead
+        std::optional<CString> refused; ///< what the profile has, when it was read
+    };
+    const SValue* Find(int id) const {
+        const auto found = values.find(id);
+        return found == values.end() ? nullptr : &found->second;
+    }
+    void Clear() noexcept {
+        isSection = false;
+        values.clear();
+    }
+
+    bool isSection = false; ///< the profile could not be read at all
+    std::map<int, SValue> values;
+};
+
 /// A hash table of the ordinary variables by the keys of their names. Slots are probed one after
 /// the other.
 struct CGlobalVars::SIndex {
@@ -56,12 +77,8 @@ public:
     void Clear() noexcept;
     /// From now on names are matched by the rules of the system's locale. Of an empty index only.
     void LearnRules();
-    /// The key of a name, valid until the next call.
-    std::string_view KeyOf(std::string_view name) const {
-        m_key.clear();
-        vnbytstr::detail::WithMemoryException([&] { m_collation->AppendKey(name, m_key); });
-        return m_key;
-    }
+    /// The key of a name, valid until the thread's next call for any table.
+    std::string_view KeyOf(std::string_view name) const;
     CGlobalVar* Find(std::string_view key) const noexcept;
     /// False when there is one of an equal name already.
     bool Insert(const CGlobalVar& var);
@@ -82,5 +99,4 @@ private:
     const vnbytstr::Collation* m_collation = nullptr;
     std::vector<Slot> m_slots; // a power of two of them, an eighth at least free
     std::size_t m_count = 0;
-    mutable std::string m_key;
 };

@@ -66,6 +66,7 @@ int CGlobalVars::Initialize() {
     try {
         WithMemoryException([&] {
             m_pIndex->LearnRules();
+            m_pUnread->isSection = VNGetProfileStatus() == ProfileUnreadable;
             LoadStringA(m_strings.m_strLanguage, IDS_GLOBALS_LANGUAGE, nullptr);
             LoadStringA(m_strings.m_strHTMLReference, IDS_GLOBALS_HTML_REFERENCE, nullptr);
             AddBuiltIns();
@@ -84,13 +85,16 @@ void CGlobalVars::AddBuiltIns() {
     Append(CString(), CString());
     for (int id = 1; id < kBuiltInCount; ++id) {
         const BuiltInVar& var = *FindBuiltIn(id);
-        std::optional<CString> value;
+        std::optional<CString> value, refused;
         if (var.isKept && VNIsProfileValue(kRoot, kSection, var.name)) {
             value = VNGetProfileString(kRoot, kSection, var.name, "", 0);
             if (!Fits(var, *value) || (id == TLXQW_HTML_REFTXT && value->IsEmpty()))
-                value.reset();
+                refused.swap(value);
         }
-        Append(var.name, value ? *value : InitialValue(id));
+        const CString given = value ? *value : InitialValue(id);
+        Append(var.name, given);
+        if (var.isKept && (refused || m_pUnread->isSection))
+            m_pUnread->values.emplace(id, SUnread::SValue{given, refused});
     }
 }
 
@@ -127,8 +131,13 @@ int CGlobalVars::SaveToRegistry() const {
     if (GetSize() == 0)
         return NotInitialized;
     CProfileBatch batch;
-    if (AreUserVariablesKept()) {
+    // While it cannot be read nobody knows whether the user's variables are kept.
+    if (VNGetProfileStatus() == ProfileUnreadable && !batch.Commit())
+        return NotSaved;
+    const bool isAnew = AreUserVariablesKept() && !m_pUnread->isSection;
+    if (isAnew)
         batch.DeleteSection(kRoot, kSection);
+    if (AreUserVariablesKept()) {
         for (int i = kBuiltInCount; i < GetSize(); ++i) {
             const CGlobalVar& var = *At(i);
             // One set aside must not take the place of the ordinary one of its name.
@@ -136,8 +145,15 @@ int CGlobalVars::SaveToRegistry() const {
                 batch.WriteString(kRoot, kSection, var.GetName(), var.GetValue());
         }
     }
-    for (int id = 1; id < kBuiltInCount; ++id)
-        if (FindBuiltIn(id)->isKept)
-            batch.WriteString(kRoot, kSection, FindBuiltIn(id)->name, At(id)->GetValue());
+    for (int id = 1; id < kBuiltInCount; ++id) {
+        const BuiltInVar& var = *FindBuiltIn(id);
+        if (!var.isKept)
+            continue;
+        const SUnread::SValue* const unread = m_pUnread->Find(id);
+        if (!unread || ViewOf(unread->given) != ViewOf(At(id)->GetValue()))
+            batch.WriteString(kRoot, kSection, var.name, At(id)->GetValue());
+        else if (isAnew && unread->refused)
+            batch.WriteString(kRoot, kSection, var.name, *unread->refused);
+    }
     return batch.Commit() ? Success : NotSaved;
 }

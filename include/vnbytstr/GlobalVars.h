@@ -5,9 +5,9 @@
 // entry's index is its id), and those that the user adds come behind them, in the order they were
 // added. docs/global-variables.md has all built-in ones with their defaults and ranges.
 //
-// Names are matched by the system locale's rules ignoring case, kana type and width. Every value is
-// a text of any bytes; what a built-in variable takes is said at Validate. Values are kept in the
-// profile up to their first NUL.
+// Names are matched by the system locale's rules ignoring case, kana type and width; i and I are
+// one letter in every locale. Every value is a text of any bytes; what a built-in variable takes is
+// said at Validate. Values are kept in the profile up to their first NUL.
 //
 // The functions answer with a status and show nothing; none throws but CMemoryException. The table
 // is not locked: all calls belong to one thread.
@@ -237,7 +237,10 @@ public:
 
     /// Saves to "Global Variables" (profile root 3): when "SaveGlobals" under "Options" is not 0,
     /// the section is emptied and the user's variables are written; in any case the built-in ones
-    /// that are kept. The profile file changes in one step, or, with NotSaved, not at all.
+    /// that are kept. A value that Initialize found in the profile and refused stays there until
+    /// the variable is changed. After an Initialize that could not read the profile the section is
+    /// not emptied, and of the built-in variables only those that were changed since are written.
+    /// The profile file changes in one step, or, with NotSaved, not at all.
     int SaveToRegistry() const;
 
     /// What a quoted or parenthesised value stands for. Behind an apostrophe: what follows, up to
@@ -257,6 +260,7 @@ public:
 private:
     friend VNBYTSTR_API bool IsNullValue(const char* text);
     struct SIndex;
+    struct SUnread;
 
     CGlobalVar* At(int index) const;
     CGlobalVar* Find(std::string_view name) const;
@@ -275,6 +279,7 @@ private:
     CObArray m_arrVars; ///< CGlobalVar objects, owned
     SGlobalStrings m_strings;
     std::unique_ptr<SIndex> m_pIndex;
+    std::unique_ptr<SUnread> m_pUnread;
     DWORD m_dwNextSerial = 0;
     int m_nChanges = 0;
 

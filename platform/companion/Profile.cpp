@@ -8,6 +8,7 @@
 #include <string_view>
 
 using vnbytstr::detail::ProfileFile;
+using vnbytstr::detail::ProfileNotices;
 using vnbytstr::detail::ProfileStore;
 using vnbytstr::detail::WithMemoryException;
 
@@ -97,6 +98,20 @@ BOOL VNGetProfileSectionKey(UINT root, const char* section, CProfileSectionKey& 
         });
     });
     return key.m_values.empty() ? FALSE : TRUE;
+}
+
+EProfileStatus VNGetProfileStatus(CString* text) {
+    return WithMemoryException([&] {
+        std::string trouble;
+        const EProfileStatus status = ProfileStore::Get().GetStatus(trouble);
+        if (text)
+            *text = ProfileNotices::ToAnsi(trouble).c_str();
+        return status;
+    });
+}
+
+void VNSetProfileHandler(VNProfileHandler handler, void* context) {
+    ProfileNotices::SetHandler(handler, context);
 }
 
 void CProfileBatch::WriteDWORD(UINT root, const char* section, const char* name, DWORD value) {

@@ -1,11 +1,15 @@
-// Invariants: m_sections[0] has no header; every index in m_byName is that of a section with that
-// name, every index in a section's byName that of a living entry with that name, and each name has
-// one living entry at the most.
+// Invariants:
+//  1. m_sections[0] has no header.
+//  2. Every index in m_byName is that of a section with that name.
+//  3. Every index in a section's byName is that of a living entry with that name, which is not
+//     hidden; each name has one such entry at the most.
+//  4. Every index in a section's removed is that of a dead entry with that name.
 #include "platform/companion/ProfileFileInternal.h"
 
 #include <algorithm>
 #include <charconv>
 #include <optional>
+#include <utility>
 
 namespace vnbytstr::detail {
 
@@ -50,6 +54,12 @@ std::optional<Header> ReadHeader(std::string_view line) {
     return Header{root, Trimmed(line.substr(slash + 1))};
 }
 
+/// The name in an entry's line, as it is written.
+std::string_view NameIn(std::string_view line) {
+    const std::string_view text = Trimmed(line);
+    return Trimmed(text.substr(0, text.find('=')));
+}
+
 } // namespace
 
 ProfileFile::ProfileFile(const CodePage& page) : m_page(&page), m_sections(1) {}
@@ -87,11 +97,16 @@ void ProfileFile::Read(std::string_view text) {
 std::size_t ProfileFile::ReadSection(std::string_view raw, bool& isKnown) {
     const std::optional<Header> header = ReadHeader(Trimmed(raw));
     isKnown = header.has_value();
-    if (isKnown) {
-        const auto [place, isNew] = m_byName.try_emplace(
-            {header->root, DecodeProfileText(header->name, *m_page)}, m_sections.size());
-        if (!isNew)
+    bool isWhole = false;
+    std::string name;
+    if (isKnown)
+        name = DecodeProfileText(header->name, *m_page, &isWhole);
+    if (isWhole) {
+        const auto [place, isNew] =
+            m_byName.try_emplace({header->root, std::move(name)}, m_sections.size());
+        if (!isNew && Trimmed(m_sections[place->second].header) == Trimmed(raw))
             return place->second;
+        // One that another code page tells from the first stays apart, and the first one counts.
     }
     m_sections.emplace_back().header = raw;
     return m_sections.size() - 1;
@@ -105,14 +120,20 @@ void ProfileFile::ReadLine(Section& section, std::string_view raw) {
     if (equals == std::string_view::npos || section.header.empty() || text[0] == ';' ||
         text[0] == '#')
         return;
-    line.isEntry = true;
-    line.name = DecodeProfileText(Trimmed(text.substr(0, equals)), *m_page);
+    const std::string_view name = Trimmed(text.substr(0, equals));
+    line.name = DecodeProfileText(name, *m_page, &line.isEntry);
+    if (!line.isEntry)
+        return;
     line.value = DecodeProfileText(Trimmed(text.substr(equals + 1)), *m_page);
     const std::size_t index = section.lines.size() - 1;
     const auto [place, isNew] = section.byName.try_emplace(line.name, index);
     if (!isNew) {
-        section.lines[place->second].isDead = true;
-        place->second = index;
+        const std::size_t earlier = std::exchange(place->second, index);
+        Line& before = section.lines[earlier];
+        before.isDead = NameIn(before.raw) == name;
+        before.isHidden = !before.isDead;
+        if (before.isHidden)
+            section.hidden.push_back(earlier);
     }
 }
 
@@ -157,7 +178,7 @@ void ProfileFile::ForEach(
     if (!found)
         return;
     for (const Line& line : found->lines) {
-        if (line.isEntry && !line.isDead)
+        if (line.isEntry && !line.isDead && !line.isHidden)
             visit(line.name, line.value);
     }
 }
@@ -179,7 +200,20 @@ ProfileFile::Section& ProfileFile::MakeSection(UINT root, std::string_view secti
             '[' + std::to_string(root) + '/' +
             EncodeProfileText(section, ProfileToken::Section, *m_page) + ']';
     }
-    return m_sections[place->second];
+    Section& made = m_sections[place->second];
+    made.isDead = false;
+    return made;
+}
+
+/// Before the blank lines at the section's end; those are no entries, so no index moves.
+void ProfileFile::Append(Section& section, Line line) {
+    std::size_t index = section.lines.size();
+    while (index > 0 && !section.lines[index - 1].isEntry &&
+           Trimmed(section.lines[index - 1].raw).empty())
+        --index;
+    section.byName.emplace(line.name, index);
+    section.lines.insert(section.lines.begin() + static_cast<std::ptrdiff_t>(index),
+                         std::move(line));
 }
 
 bool ProfileFile::Set(UINT root, std::string_view section, std::string_view name,
@@ -193,19 +227,23 @@ bool ProfileFile::Set(UINT root, std::string_view section, std::string_view name
         line.raw = Raw(name, value);
         return true;
     }
-    // Before the blank lines at the section's end; those are no entries, so no index moves.
-    std::size_t index = target.lines.size();
-    while (index > 0 && !target.lines[index - 1].isEntry &&
-           Trimmed(target.lines[index - 1].raw).empty())
-        --index;
     Line line;
-    line.raw = Raw(name, value);
     line.name = name;
     line.value = value;
     line.isEntry = true;
-    target.lines.insert(target.lines.begin() + static_cast<std::ptrdiff_t>(index), std::move(line));
-    target.byName.emplace(name, index);
+    if (const auto removed = target.removed.find(name);
+        removed != target.removed.end() && target.lines[removed->second].value == value)
+        line.raw = target.lines[removed->second].raw;
+    else
+        line.raw = Raw(name, value);
+    Append(target, std::move(line));
     return true;
+}
+
+/// No line of that name may come to light when the one that counts goes.
+void ProfileFile::RemoveHidden(Section& section, std::string_view name) {
+    for (const std::size_t index : section.hidden)
+        section.lines[index].isDead |= section.lines[index].name == name;
 }
 
 bool ProfileFile::Remove(UINT root, std::string_view section, std::string_view name) {
@@ -218,6 +256,7 @@ bool ProfileFile::Remove(UINT root, std::string_view section, std::string_view n
         return false;
     target.lines[entry->second].isDead = true;
     target.byName.erase(entry);
+    RemoveHidden(target, name);
     return true;
 }
 
@@ -235,12 +274,11 @@ bool ProfileFile::RemoveSection(UINT root, std::string_view section) {
             hasText |= !Trimmed(line.raw).empty();
         }
     }
+    for (const auto& [name, index] : target.byName)
+        target.removed.insert_or_assign(name, index);
     target.byName.clear();
-    if (hasText)
-        return changed;
-    target.isDead = true;
-    m_byName.erase(place);
-    return true;
+    target.isDead = !hasText;
+    return changed;
 }
 
 } // namespace vnbytstr::detail

@@ -8,6 +8,11 @@
 // written as ProfileText says; blanks around them do not count. Of two lines with one name the
 // later one counts; two sections with one name are one. Lines of any other form, comments among
 // them, are kept.
+//
+// Names are told apart as they are written, not by what is left of them in the code page. A name
+// that the page cannot show whole is not found, listed or removed, nor is anything in such a
+// section: it is kept for those who can show it. A value that is set to what it is already keeps
+// the form in which it is written, also when its section was removed in between.
 #pragma once
 
 #include "platform/companion/ProfileTextInternal.h"
@@ -36,7 +41,7 @@ public:
     /// The whole text, for the disk.
     std::string Text() const;
 
-    /// The value, null when there is none. Valid until the next change.
+    /// The value in the code page, null when there is none. Valid until the next change.
     const std::string* Find(UINT root, std::string_view section, std::string_view name) const;
     bool HasSection(UINT root, std::string_view section) const;
     /// Calls `visit` with each name and value of a section, in the file's order.
@@ -46,15 +51,16 @@ public:
     /// Each returns whether anything changed.
     bool Set(UINT root, std::string_view section, std::string_view name, std::string_view value);
     bool Remove(UINT root, std::string_view section, std::string_view name);
-    /// Comments of the section stay.
+    /// Comments of the section stay, and so do names that the page cannot show.
     bool RemoveSection(UINT root, std::string_view section);
 
 private:
     struct Line {
         std::string raw;
-        std::string name, value;
-        bool isEntry = false; ///< else only `raw` counts
-        bool isDead = false;
+        std::string name, value; ///< in the code page
+        bool isEntry = false;    ///< else only `raw` counts
+        bool isDead = false;     ///< not in the text any more
+        bool isHidden = false;   ///< a later line of that name, spelt otherwise, counts
     };
     struct StringHash {
         using is_transparent = void;
@@ -62,11 +68,14 @@ private:
             return std::hash<std::string_view>()(text);
         }
     };
+    using LineMap = std::unordered_map<std::string, std::size_t, StringHash, std::equal_to<>>;
     struct Section {
         std::string header; ///< empty for what stands before the first one
         bool isDead = false;
         std::vector<Line> lines;
-        std::unordered_map<std::string, std::size_t, StringHash, std::equal_to<>> byName;
+        LineMap byName;
+        std::vector<std::size_t> hidden; ///< the lines with isHidden
+        LineMap removed;                 ///< the entries, dead now, that RemoveSection took
     };
     struct SectionName {
         UINT root;
@@ -96,6 +105,8 @@ private:
     const Section* FindSection(UINT root, std::string_view section) const;
     Section& MakeSection(UINT root, std::string_view section);
     std::string Raw(std::string_view name, std::string_view value) const;
+    static void Append(Section& section, Line line);
+    static void RemoveHidden(Section& section, std::string_view name);
 
     const CodePage* m_page;
     std::vector<Section> m_sections; // [0] is what stands before the first header

@@ -81,8 +81,10 @@ std::string EncodeProfileText(std::string_view bytes, ProfileToken token, const 
     return out;
 }
 
-std::string DecodeProfileText(std::string_view text, const CodePage& page) {
+std::string DecodeProfileText(std::string_view text, const CodePage& page, bool* isWhole) {
     std::string out;
+    if (isWhole)
+        *isWhole = true;
     out.reserve(text.size());
     for (std::size_t i = 0; i < text.size();) {
         const bool isEscape = text[i] == '%' && i + 2 < text.size() && HexDigit(text[i + 1]) >= 0 &&
@@ -96,7 +98,11 @@ std::string DecodeProfileText(std::string_view text, const CodePage& page) {
             std::size_t end = i;
             while (end < text.size() && static_cast<BYTE>(text[end]) >= 0x80)
                 ++end;
-            out += page.FromWide(Utf8().ToWide(text.substr(i, end - i)));
+            const std::u16string wide = Utf8().ToWide(text.substr(i, end - i));
+            const std::string bytes = page.FromWide(wide);
+            if (isWhole)
+                *isWhole &= page.ToWide(bytes) == wide;
+            out += bytes;
             i = end;
         }
     }

@@ -15,7 +15,9 @@ enum class ProfileToken { Section, Name, Value };
 /// string comes back whole.
 std::string EncodeProfileText(std::string_view bytes, ProfileToken token, const CodePage& page);
 
-/// The reverse. A '%' without two hexadecimal digits behind it stands for itself.
-std::string DecodeProfileText(std::string_view text, const CodePage& page);
+/// The reverse. A '%' without two hexadecimal digits after it stands for itself. `isWhole`, when it
+/// is not null, receives whether the page has every character of the text; the others become what
+/// the page has for missing ones.
+std::string DecodeProfileText(std::string_view text, const CodePage& page, bool* isWhole = nullptr);
 
 } // namespace vnbytstr::detail

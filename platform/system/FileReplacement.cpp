@@ -156,7 +156,8 @@ int FileReplacement::GiveAttributes() {
         if (error != 0 && error != ENOENT) // it may have gone since
             return EXDEV;
     }
-    const int error = system.SetFileMode(m_handle, isNew ? system.GetNewFileMode() : m_old.mode);
+    const DWORD newMode = m_isPrivate ? 0600 : system.GetNewFileMode();
+    const int error = system.SetFileMode(m_handle, isNew ? newMode : m_old.mode);
     return IsModeRefusal(error) ? 0 : error;
 }
 

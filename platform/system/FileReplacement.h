@@ -39,6 +39,9 @@ public:
     /// sticky folder leads to which belongs neither to the folder's owner nor to this user; ENOENT
     /// for a link that leads nowhere. With `plainOnly` what would be written directly is EINVAL.
     int Open(const char* name, bool plainOnly = false);
+    /// A file that did not exist before is for its owner alone (mode 0600), instead of having the
+    /// mode of any new file. To be called before Commit.
+    void SetPrivate() noexcept { m_isPrivate = true; }
     /// Where to write; open for reading as well unless IsDirect.
     FileHandle Handle() const { return m_handle; }
     /// Whether what is written goes to the target at once.
@@ -92,6 +95,7 @@ private:
     FileStatus m_old;      ///< of the target at Open; its identity is unknown when it did not exist
     FileIdentity m_committed;
     DWORD m_process = 0; ///< the one that opened
+    bool m_isPrivate = false;
 };
 
 } // namespace vnbytstr

@@ -192,8 +192,35 @@ TEST(ProfileFile, TextIsTheSameInEveryCodePage) {
                               "e=12 \xE2\x82\xAC\n");
     ProfileFile japanese("[3/S]\nname=\xE3\x82\xBD\xEF\xBC\x9D\n\xC3\xA4=1\n", Page(932));
     EXPECT_EQ(*japanese.Find(3, "S", "name"), "\x83\x5C\x81\x81");
-    japanese.Set(3, "S", "x", "1"); // what this page cannot show stays in the file
-    EXPECT_EQ(japanese.Text(), "[3/S]\nname=\xE3\x82\xBD\xEF\xBC\x9D\n\xC3\xA4=1\nx=1\n");
+}
+
+TEST(ProfileFile, WhatThePageCannotShowStays) {
+    // Two names, and two sections, that all read "?" in the western page.
+    const std::string others = "\xE3\x81\x82=1\n\xE3\x81\x84=2\n",
+                      money = "MONEY=\xE6\x97\xA5\xE6\x9C\xAC \xE2\x82\xAC 5\n",
+                      sections = "[3/\xE3\x81\x82]\na=1\n[3/\xE3\x81\x84]\nb=2\n";
+    ProfileFile file("[3/S]\n" + others + money + sections, Page(1252));
+    EXPECT_EQ(EntriesOf(file, 3, "S"), (Entries{{"MONEY", "?? \x80 5"}}));
+    EXPECT_EQ(file.Find(3, "S", "?"), nullptr);
+    EXPECT_FALSE(file.HasSection(3, "?"));
+    EXPECT_FALSE(file.Set(3, "S", "MONEY", "?? \x80 5")); // nothing has changed
+    EXPECT_TRUE(file.Set(3, "S", "?", "x"));
+    EXPECT_TRUE(file.RemoveSection(3, "S"));
+    EXPECT_EQ(file.Text(), "[3/S]\n" + others + sections);
+    EXPECT_TRUE(file.Set(3, "S", "MONEY", "?? \x80 5")); // as it was before the section went
+    EXPECT_TRUE(file.Set(3, "S", "?", "y"));
+    EXPECT_EQ(file.Text(), "[3/S]\n" + others + money + "?=y\n" + sections);
+    EXPECT_TRUE(file.Set(3, "S", "MONEY", "5"));
+    EXPECT_EQ(file.Text(), "[3/S]\n" + others + "MONEY=5\n?=y\n" + sections);
+    // One name here, two in UTF-8: the later line counts, and no line is lost but by removal.
+    ProfileFile bytes("[3/S]\n%FF=1\n\xC3\xBF=2\n[3/%FF]\na=1\n[3/\xC3\xBF]\na=2\n", Page(1252));
+    EXPECT_EQ(*bytes.Find(3, "S", "\xFF"), "2");
+    EXPECT_EQ(*bytes.Find(3, "\xFF", "a"), "1");
+    EXPECT_EQ(EntriesOf(bytes, 3, "S").size(), 1u);
+    EXPECT_TRUE(bytes.Set(3, "S", "\xFF", "3"));
+    EXPECT_EQ(bytes.Text(), "[3/S]\n%FF=1\n\xC3\xBF=3\n[3/%FF]\na=1\n[3/\xC3\xBF]\na=2\n");
+    EXPECT_TRUE(bytes.Remove(3, "S", "\xFF"));
+    EXPECT_EQ(bytes.Text(), "[3/S]\n[3/%FF]\na=1\n[3/\xC3\xBF]\na=2\n");
 }
 
 } // namespace

@@ -1,11 +1,15 @@
 // The settings on the disk: faults, other processes, processes that die.
 #include "platform/companion/Profile.h"
 #include "platform/system/CodePage.h"
+#include "platform/system/LeftoverSweep.h"
+#include "tests/support/ChildProcess.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestSystem.h"
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -14,8 +18,11 @@
 #include <random>
 
 using vnbytstr::ScopedSystem;
+using vnbytstr::test::AsNobody;
 using vnbytstr::test::Call;
+using vnbytstr::test::CanBecomeNobody;
 using vnbytstr::test::Fault;
+using vnbytstr::test::kNobody;
 using vnbytstr::test::TemporaryFolder;
 using vnbytstr::test::TestSystem;
 
@@ -206,9 +213,205 @@ TEST_F(Profile, ADamagedFileIsKeptBesideTheNewOne) {
     EXPECT_NE(m_system.Diagnostics().find("profile.ini.damaged-2"), std::string::npos);
     // When it cannot be kept it is not replaced.
     m_folder.Write("profile.ini", damaged + "more");
-    m_system.Inject(Fault{.call = Call::Write, .error = ENOSPC});
-    EXPECT_FALSE(VNWriteProfileDWORD(3, "A", "e", 6));
-    EXPECT_EQ(m_folder.Read("profile.ini"), damaged + "more");
+    for (const Call call : {Call::Write, Call::Sync, Call::Close}) {
+        m_system.Inject(Fault{.call = call, .at = call == Call::Close ? 4u : 1u, .error = ENOSPC});
+        EXPECT_FALSE(VNWriteProfileDWORD(3, "A", "e", 6)) << CallName(call);
+        EXPECT_EQ(m_folder.Read("profile.ini"), damaged + "more");
+        EXPECT_FALSE(Holds("profile.ini.damaged-3"));
+    }
+}
+
+TEST_F(Profile, AFailureToReadPasses) {
+    m_folder.Write("profile.ini", "[3/A]\nb=1\n");
+    const auto breakReading = [&] {
+        m_system.Inject(Fault{.call = Call::Open, .fromThenOn = true, .error = EMFILE});
+    };
+    breakReading();
+    EXPECT_EQ(VNGetProfileDWORD(3, "A", "b", 9), 9u);
+    EXPECT_EQ(VNGetProfileStatus(), ProfileUnreadable);
+    NextTick();
+    EXPECT_EQ(VNGetProfileDWORD(3, "A", "b", 9), 9u);
+    const std::string said = m_system.Diagnostics();
+    EXPECT_EQ(said.find("cannot be read"), said.rfind("cannot be read")); // once
+    m_system.Inject({});
+    NextTick(); // the file is what it was
+    EXPECT_EQ(VNGetProfileDWORD(3, "A", "b", 9), 1u);
+    EXPECT_EQ(VNGetProfileStatus(), ProfileSound);
+    // What was read last is better than defaults, also after a change of one's own.
+    EXPECT_TRUE(VNWriteProfileDWORD(3, "A", "b", 2));
+    EXPECT_EQ(VNGetProfileDWORD(3, "A", "b", 9), 2u);
+    m_folder.Write("profile.ini", "[3/A]\nb=3\nc=1\n");
+    breakReading();
+    EXPECT_FALSE(VNWriteProfileDWORD(3, "A", "c", 4));
+    NextTick();
+    EXPECT_EQ(VNGetProfileDWORD(3, "A", "b", 9), 2u);
+    m_system.Inject({});
+    NextTick();
+    EXPECT_EQ(VNGetProfileDWORD(3, "A", "b", 9), 3u);
+}
+
+TEST_F(Profile, OtherContentOfTheSameLengthAndSecondIsSeen) {
+    m_folder.Write("profile.ini", "[3/A]\nb=1\n");
+    const auto setTime = [&](long nanoseconds) {
+        const timespec times[] = {{1000000000, 0}, {1000000000, nanoseconds}};
+        ASSERT_EQ(::utimensat(AT_FDCWD, m_folder.File("profile.ini").c_str(), times, 0), 0);
+    };
+    setTime(1000);
+    NextTick();
+    EXPECT_EQ(VNGetProfileDWORD(3, "A", "b", 9), 1u);
+    m_folder.Write("profile.ini", "[3/A]\nb=2\n");
+    setTime(2000);
+    NextTick();
+    EXPECT_EQ(VNGetProfileDWORD(3, "A", "b", 9), 2u);
+}
+
+TEST_F(Profile, DevicesPipesAndFoldersAreLeftAlone) {
+    const std::string name = m_folder.File("profile.ini");
+    struct stat before, after;
+    const auto expectUntouched = [&](const std::string& path) {
+        m_system.SetEnvironment("VNBYTSTR_PROFILE", path);
+        NextTick();
+        ASSERT_EQ(::stat(path.c_str(), &before), 0);
+        EXPECT_EQ(VNGetProfileDWORD(3, "A", "b", 7), 7u);
+        const bool isSaved = VNWriteProfileDWORD(3, "A", "b", 1);
+        EXPECT_EQ(isSaved, path == "/dev/null") << path;
+        EXPECT_EQ(VNGetProfileStatus(), isSaved ? ProfileSound : ProfileUnreadable);
+        EXPECT_EQ(m_system.Diagnostics().find(path) == std::string::npos, isSaved);
+        ASSERT_EQ(::stat(path.c_str(), &after), 0);
+        EXPECT_EQ(after.st_mode, before.st_mode);
+        EXPECT_EQ(after.st_ino, before.st_ino);
+        EXPECT_FALSE(std::filesystem::exists(path + ".lock"));
+    };
+    ASSERT_EQ(::mkfifo(name.c_str(), 0666), 0);
+    expectUntouched(name);
+    std::filesystem::remove(name);
+    std::filesystem::create_directory(name);
+    expectUntouched(name);
+    expectUntouched("/dev/zero");
+    expectUntouched("/dev/null"); // no settings, and no word about it
+    EXPECT_EQ(m_folder.Names(), std::vector<std::string>{"profile.ini"});
+    EXPECT_TRUE(m_system.OpenHandles().empty());
+}
+
+TEST_F(Profile, AFileOfAnotherLengthThanSettingsHaveIsNotRead) {
+    m_folder.Write("profile.ini", "[3/A]\nb=1\n");
+    std::filesystem::resize_file(m_folder.File("profile.ini"), std::uintmax_t{1} << 40);
+    EXPECT_EQ(VNGetProfileDWORD(3, "A", "b", 7), 7u);
+    EXPECT_EQ(VNGetProfileStatus(), ProfileUnreadable);
+    EXPECT_FALSE(VNWriteProfileDWORD(3, "A", "b", 1));
+}
+
+TEST_F(Profile, ModeOwnerAndGroupStay) {
+    const std::string name = m_folder.File("profile.ini"), lock = name + ".lock";
+    m_folder.Write("profile.ini", "[3/A]\nb=1\n");
+    ASSERT_EQ(::chmod(name.c_str(), 0664), 0);
+    if (CanBecomeNobody()) {
+        ASSERT_EQ(::chown(name.c_str(), kNobody, 2000), 0);
+        ASSERT_EQ(::chown(m_folder.Path().c_str(), kNobody, 2000), 0);
+    }
+    struct stat before, after;
+    ASSERT_EQ(::stat(name.c_str(), &before), 0);
+    EXPECT_TRUE(VNWriteProfileDWORD(3, "A", "b", 2));
+    for (const std::string& path : {name, lock}) {
+        ASSERT_EQ(::stat(path.c_str(), &after), 0);
+        EXPECT_EQ(after.st_mode, before.st_mode);
+        EXPECT_EQ(after.st_uid, before.st_uid);
+        EXPECT_EQ(after.st_gid, before.st_gid);
+    }
+    if (!CanBecomeNobody())
+        return;
+    // The user goes on with what root has saved, and so with a file that root has made.
+    const auto save = [] { return VNWriteProfileDWORD(3, "A", "b", 3) ? 0 : 1; };
+    EXPECT_EQ(AsNobody(save), 0);
+    std::filesystem::remove(name);
+    std::filesystem::remove(lock);
+    EXPECT_TRUE(VNWriteProfileDWORD(3, "A", "b", 2));
+    ASSERT_EQ(::stat(name.c_str(), &after), 0);
+    EXPECT_EQ(after.st_mode & 0777u, 0600u);
+    EXPECT_EQ(AsNobody(save), 0);
+    // In a folder that takes no new name the profile itself is locked, and written over.
+    std::filesystem::remove(lock);
+    ASSERT_EQ(::chown(m_folder.Path().c_str(), 0, 0), 0);
+    ASSERT_EQ(::chmod(m_folder.Path().c_str(), 0755), 0);
+    m_system.SetTemporaryFolder("/tmp/");
+    EXPECT_EQ(AsNobody(save), 0);
+    EXPECT_EQ(m_folder.Read("profile.ini"), "[3/A]\nb=3\n");
+    EXPECT_EQ(m_folder.Names(), std::vector<std::string>{"profile.ini"});
+}
+
+TEST_F(Profile, ALockIsNotWaitedForWithoutEnd) {
+    const std::string name = m_folder.File("profile.ini.lock");
+    int ready[2];
+    ASSERT_EQ(::pipe(ready), 0);
+    const pid_t holder = ::fork();
+    if (holder == 0) {
+        const int lock = ::open(name.c_str(), O_RDWR | O_CREAT, 0600);
+        ::flock(lock, LOCK_EX);
+        ::write(ready[1], "r", 1);
+        ::pause();
+    }
+    char word;
+    ASSERT_EQ(::read(ready[0], &word, 1), 1);
+    EXPECT_FALSE(VNWriteProfileDWORD(3, "A", "b", 1));
+    EXPECT_NE(m_system.Diagnostics().find("process " + std::to_string(holder) + " (companion_test"),
+              std::string::npos)
+        << m_system.Diagnostics();
+    ::kill(holder, SIGKILL);
+    ::waitpid(holder, nullptr, 0);
+    EXPECT_TRUE(VNWriteProfileDWORD(3, "A", "b", 1));
+    // A file system without locks has none to wait for.
+    for (const int error : {ENOLCK, EOPNOTSUPP, ENOSYS}) {
+        m_system.Inject(Fault{.call = Call::Lock, .fromThenOn = true, .error = error});
+        EXPECT_TRUE(VNWriteProfileDWORD(3, "A", "b", static_cast<DWORD>(error)));
+    }
+}
+
+TEST_F(Profile, AProgramLearnsOfTrouble) {
+    struct Told {
+        std::vector<std::pair<EProfileStatus, std::string>> messages;
+        static void Take(EProfileStatus status, const char* text, void* context) {
+            // A handler may ask for settings.
+            EXPECT_EQ(VNGetProfileDWORD(3, "A", "b", 0), 1u);
+            static_cast<Told*>(context)->messages.emplace_back(status, text);
+        }
+    } told;
+    VNSetProfileHandler(&Told::Take, &told);
+    m_folder.Write("profile.ini", "[3/A]\nb=1\n\xFF\n");
+    CString text;
+    EXPECT_EQ(VNGetProfileStatus(&text), ProfileDamaged);
+    ASSERT_EQ(told.messages.size(), 1u);
+    EXPECT_EQ(told.messages[0].second, std::string(text));
+    m_system.Inject(Fault{.call = Call::Rename, .error = EROFS});
+    EXPECT_FALSE(VNWriteProfileDWORD(3, "A", "c", 1));
+    m_system.Inject({});
+    EXPECT_EQ(VNGetProfileStatus(&text), ProfileNotSaved);
+    EXPECT_EQ(told.messages.back(), std::pair(ProfileNotSaved, std::string(text)));
+    EXPECT_NE(text.Find("profile.ini"), -1);
+    EXPECT_TRUE(VNWriteProfileDWORD(3, "A", "c", 1));
+    EXPECT_EQ(VNGetProfileStatus(&text), ProfileSound);
+    EXPECT_TRUE(text.IsEmpty());
+    EXPECT_EQ(m_system.Diagnostics(), "");
+    VNSetProfileHandler(nullptr);
+}
+
+/// Notes how files are opened.
+class FlagSystem : public TestSystem {
+public:
+    int OpenFile(const char* name, unsigned flags, vnbytstr::FileHandle& handle) override {
+        m_flags |= flags;
+        return TestSystem::OpenFile(name, flags, handle);
+    }
+    unsigned m_flags = 0;
+};
+
+TEST_F(Profile, ProgramsStartedMeanwhileInheritNothing) {
+    FlagSystem system;
+    system.SetEnvironment("VNBYTSTR_PROFILE", m_folder.File("profile.ini"));
+    const ScopedSystem scope(system);
+    EXPECT_TRUE(VNWriteProfileDWORD(3, "A", "b", 1));
+    EXPECT_EQ(VNGetProfileDWORD(3, "A", "b", 0), 1u);
+    EXPECT_NE(system.m_flags & vnbytstr::kOpenCreate, 0u);
+    EXPECT_EQ(system.m_flags & vnbytstr::kOpenInherit, 0u);
 }
 
 TEST_F(Profile, ALinkStaysOne) {
@@ -313,7 +516,8 @@ TEST_F(ProfileProcesses, AKillLeavesWhatWasSavedAndNoLock) {
         }
         EXPECT_TRUE(VNWriteProfileDWORD(3, "After", "round", static_cast<DWORD>(round)));
     }
-    // What the killed left beside the file is gone with the next save.
+    // What the killed left beside the file goes with the first save of another program.
+    vnbytstr::SweepLeftovers(m_folder.Path());
     auto names = m_folder.Names();
     std::sort(names.begin(), names.end());
     EXPECT_EQ(names, (std::vector<std::string>{"profile.ini", "profile.ini.lock"}));

@@ -1,4 +1,5 @@
 // Defaults, what the profile keeps, and texts from the resource libraries.
+#include "platform/system/CodePage.h"
 #include "tests/globals/TableFixture.h"
 #include "vnbytstr/Language.h"
 
@@ -241,20 +242,22 @@ TEST_F(GlobalVarsProfile, AKilledSaveLeavesTheOldFileOrTheNew) {
     }
 }
 
-TEST_F(GlobalVarsProfile, TwoProcessesSavingAtOnceLoseNothing) {
+TEST_F(GlobalVarsProfile, OfTwoProcessesThatSaveTheLaterOnesTableStays) {
+    KeepUserVariables();
     CGlobalVars table;
     table.Initialize();
     constexpr int kRounds = 100;
+    const std::vector<std::string> names = {"TLXDC_CURRENCY", "TLXQW_PRINT_OUTPUT"};
     std::vector<pid_t> children;
-    for (const char* own : {"TLXDC_CURRENCY", "TLXQW_PRINT_OUTPUT"}) {
+    for (const std::string& own : names) {
         children.push_back(::fork());
         ASSERT_GE(children.back(), 0);
         if (children.back() == 0) {
-            bool saved = true;
+            bool saved = Add(table, ("OWN" + own.substr(3)).c_str(), "1") == Success;
             for (int i = 0; i < kRounds; ++i) {
                 const std::string key = own + std::to_string(i);
                 saved &= VNWriteProfileDWORD(3, "Keys", key.c_str(), 1) == TRUE;
-                Set(table, own, key.c_str());
+                Set(table, own.c_str(), key.c_str());
                 saved &= table.SaveToRegistry() == Success;
             }
             ::_exit(saved ? 0 : 1);
@@ -268,8 +271,81 @@ TEST_F(GlobalVarsProfile, TwoProcessesSavingAtOnceLoseNothing) {
     NextTick();
     CProfileSectionKey keys;
     VNGetProfileSectionKey(3, "Keys", keys);
-    EXPECT_EQ(keys.GetCount(), 2 * kRounds);
-    EXPECT_EQ(Section().size(), kKept.size());
+    EXPECT_EQ(keys.GetCount(), 2 * kRounds); // single settings are never lost
+    std::vector<std::map<std::string, std::string>> tables;
+    for (const std::string& own : names) {
+        tables.push_back(kKept);
+        tables.back()[own] = own + std::to_string(kRounds - 1);
+        tables.back()["OWN" + own.substr(3)] = "1";
+    }
+    // The whole table of one of the two, its own variables among them.
+    EXPECT_TRUE(Section() == tables[0] || Section() == tables[1]);
+}
+
+TEST_F(GlobalVarsProfile, ValuesOfAnotherVersionStayUntilTheyAreChanged) {
+    const std::map<std::string, std::string> strange = {{"TLXQW_QUERY_LANG", "3"},
+                                                        {"TLXDC_LIST_ORDER", "9"}};
+    for (const bool keepsUsers : {false, true}) {
+        VNWriteProfileDWORD(3, "Options", "SaveGlobals", keepsUsers);
+        for (const auto& [name, value] : strange)
+            VNWriteProfileString(3, "Global Variables", name.c_str(), value.c_str());
+        CGlobalVars table;
+        table.Initialize();
+        EXPECT_EQ(Value(table, "TLXQW_QUERY_LANG"), "0");
+        EXPECT_EQ(Set(table, "TLXDC_LIST_ORDER", "2"), Success);
+        EXPECT_EQ(table.SaveToRegistry(), Success);
+        auto wanted = kKept;
+        wanted["TLXQW_QUERY_LANG"] = "3";
+        wanted["TLXDC_LIST_ORDER"] = "2";
+        EXPECT_EQ(Section(), wanted);
+    }
+}
+
+TEST_F(GlobalVarsProfile, ASectionThatWasNotReadIsNotDeleted) {
+    KeepUserVariables();
+    VNWriteProfileString(3, "Global Variables", "MYREPORT", "1");
+    VNWriteProfileString(3, "Global Variables", "TLXQW_RPT_FONT_SZ", "20");
+    auto wanted = Section();
+    NextTick();
+    m_folder.Write("profile.ini", m_folder.Read("profile.ini") + "; changed\n");
+    m_system.SetEnvironment("VNBYTSTR_PROFILE", m_folder.Path() + "./profile.ini"); // read anew
+    m_system.Inject(Fault{.call = Call::Open, .fromThenOn = true, .error = EMFILE});
+    CGlobalVars table;
+    table.Initialize();
+    EXPECT_EQ(Value(table, "TLXQW_RPT_FONT_SZ"), "10");
+    EXPECT_EQ(Add(table, "MINE", "2"), Success);
+    EXPECT_EQ(Set(table, "TLXCP_TENULL", "NULL"), Success);
+    EXPECT_EQ(table.SaveToRegistry(), NotSaved);
+    EXPECT_NE(m_system.Diagnostics().find("could not be saved"), std::string::npos);
+    m_system.Inject({});
+    EXPECT_EQ(table.SaveToRegistry(), Success); // what was changed, and nothing else
+    wanted["MINE"] = "2";
+    wanted["TLXCP_TENULL"] = "NULL";
+    EXPECT_EQ(Section(), wanted);
+    table.Initialize();
+    EXPECT_EQ(Value(table, "TLXQW_RPT_FONT_SZ"), "20");
+    EXPECT_EQ(Value(table, "MYREPORT"), "1");
+}
+
+TEST_F(GlobalVarsProfile, ValuesThatTheCodePageCannotShowStay) {
+    KeepUserVariables();
+    m_folder.Write("profile.ini", m_folder.Read("profile.ini") +
+                                      "[3/Global Variables]\n\xE6\x97\xA5=1\n"
+                                      "NAME=\xE6\x97\xA5\xE6\x9C\xAC \xE2\x82\xAC\n"
+                                      "TLXDC_CURRENCY=\xE6\x97\xA5\n");
+    NextTick();
+    const vnbytstr::ScopedCodePage western(1252);
+    CGlobalVars table;
+    table.Initialize();
+    EXPECT_EQ(Value(table, "NAME"), "?? \x80");
+    EXPECT_EQ(table.SaveToRegistry(), Success);
+    const std::string text = m_folder.Read("profile.ini");
+    for (const char* line : {"\n\xE6\x97\xA5=1\n", "\nNAME=\xE6\x97\xA5\xE6\x9C\xAC \xE2\x82\xAC\n",
+                             "\nTLXDC_CURRENCY=\xE6\x97\xA5\n"})
+        EXPECT_NE(text.find(line), std::string::npos) << line;
+    Set(table, "NAME", "\x80");
+    EXPECT_EQ(table.SaveToRegistry(), Success);
+    EXPECT_NE(m_folder.Read("profile.ini").find("\nNAME=\xE2\x82\xAC\n"), std::string::npos);
 }
 
 TEST_F(GlobalVarsProfile, EveryVariableIsDescribedInEveryLanguage) {

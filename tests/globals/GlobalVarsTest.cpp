@@ -1,10 +1,13 @@
 // The table: names, values, adding and removing, against a plain model.
+#include "platform/system/CodePage.h"
 #include "tests/globals/TableFixture.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cctype>
 #include <climits>
 #include <random>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -282,6 +285,47 @@ TEST_F(GlobalVars, DoWhatAListOfPairsDoes) {
         EXPECT_EQ(name, model[i].first.c_str());
         EXPECT_EQ(value, model[i].second.c_str());
     }
+}
+
+TEST_F(GlobalVars, LettersAreTheSameInEveryLocale) {
+    for (const char* locale : {"tr_TR.UTF-8", "az_AZ.UTF-8", "lt_LT.UTF-8", "en_US.UTF-8"}) {
+        m_system.SetEnvironment("LC_ALL", locale);
+        CGlobalVars table;
+        table.Initialize();
+        EXPECT_EQ(Add(table, "region", "North"), Success) << locale;
+        EXPECT_EQ(Add(table, "Region"), Duplicate);
+        EXPECT_EQ(Set(table, "regIOn", "South"), Success);
+        EXPECT_EQ(Value(table, "region"), "South");
+        EXPECT_EQ(CGlobalVars::GetIDFromName("tlxao_connect_id"), CGlobalVars::TLXAO_CONNECT_ID);
+        EXPECT_TRUE(CGlobalVars::IsReservedName("tlxap_printer"));
+        const CString name = "ReGiOn";
+        EXPECT_EQ(table.DeleteGlobalVariable(&name), Success);
+    }
+    // The second byte of a character is no letter.
+    const vnbytstr::ScopedCodePage japanese(932);
+    CGlobalVars table;
+    table.Initialize();
+    EXPECT_EQ(Value(table, "\x83\x69"), "");
+}
+
+TEST_F(GlobalVars, ThreadsMayReadAtOnce) {
+    CGlobalVars table;
+    table.Initialize();
+    for (int i = 0; i < 200; ++i)
+        Add(table, ("REGION" + std::to_string(i)).c_str(), std::to_string(i).c_str());
+    std::atomic<int> wrong{0};
+    const auto read = [&] {
+        for (int i = 0; i < 20000; ++i)
+            if (Value(table, ("region" + std::to_string(i % 200)).c_str()) !=
+                std::to_string(i % 200))
+                ++wrong;
+    };
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i)
+        threads.emplace_back(read);
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(wrong, 0);
 }
 
 } // namespace
