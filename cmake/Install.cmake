@@ -1,4 +1,4 @@
-# What `cmake --install` puts in place: library, headers, CMake package, pkg-config file.
+# What `cmake --install` puts in place: libraries, headers, CMake package, pkg-config files.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS vnbytstr EXPORT vnbytstrTargets
@@ -14,6 +14,7 @@ install(DIRECTORY platform/framework platform/system platform/companion
 
 # The window layer and the controls: a component of their own, since only they need Qt.
 if(VNBYTSTR_CONTROLS)
+    set_target_properties(vnbytstr_controls PROPERTIES INSTALL_RPATH "$ORIGIN") # finds the core
     install(TARGETS vnbytstr_controls EXPORT vnbytstrControlsTargets
             LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
             RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
@@ -29,13 +30,29 @@ install(EXPORT vnbytstrTargets NAMESPACE vnbytstr::
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vnbytstr)
 configure_package_config_file(cmake/vnbytstrConfig.cmake.in
     "${PROJECT_BINARY_DIR}/vnbytstrConfig.cmake"
-    INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vnbytstr)
+    INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vnbytstr
+    PATH_VARS VNBYTSTR_DATA_DIR)
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/vnbytstrConfigVersion.cmake"
-    COMPATIBILITY SameMajorVersion)
+    COMPATIBILITY SameMinorVersion)
 install(FILES "${PROJECT_BINARY_DIR}/vnbytstrConfig.cmake"
               "${PROJECT_BINARY_DIR}/vnbytstrConfigVersion.cmake"
+              cmake/vnbytstrResources.cmake
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vnbytstr)
 
-configure_file(cmake/vnbytstr.pc.in "${PROJECT_BINARY_DIR}/vnbytstr.pc" @ONLY)
-install(FILES "${PROJECT_BINARY_DIR}/vnbytstr.pc"
-        DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+# The pkg-config files name the prefix from where they are, so that it may be chosen or moved later.
+if(IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
+    set(VNBYTSTR_PC_PREFIX "${CMAKE_INSTALL_PREFIX}")
+else()
+    cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX
+               BASE_DIRECTORY "${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}/pkgconfig"
+               OUTPUT_VARIABLE up)
+    set(VNBYTSTR_PC_PREFIX "\${pcfiledir}/${up}")
+endif()
+set(pcFiles vnbytstr.pc)
+if(VNBYTSTR_CONTROLS)
+    list(APPEND pcFiles vnbytstr-controls.pc)
+endif()
+foreach(file IN LISTS pcFiles)
+    configure_file(cmake/${file}.in "${PROJECT_BINARY_DIR}/${file}" @ONLY)
+    install(FILES "${PROJECT_BINARY_DIR}/${file}" DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endforeach()

@@ -8,6 +8,7 @@
 #include "vnbytstr/Language.h"
 
 #include <algorithm>
+#include <map>
 
 namespace vnbytstr::detail {
 
@@ -23,11 +24,21 @@ CString ToCString(std::string_view text) {
     return CString(text.data(), static_cast<int>(text.size()));
 }
 
-/// The folder of the program, with its slash.
-std::string ProgramFolder() {
-    std::string name = GetModuleFileName(AfxGetInstanceHandle());
-    name.resize(name.rfind('/') + 1); // none: npos + 1 is 0
-    return name;
+std::string FolderOf(std::string file) {
+    file.resize(file.rfind('/') + 1); // none: npos + 1 is 0
+    return file;
+}
+
+/// Where resource libraries are looked for, in this order, each folder with its slash: beside the
+/// program, beside this library, and in the data folder of its installation.
+std::vector<std::string> ResourceFolders() {
+    std::vector<std::string> folders = {FolderOf(GetModuleFileName(AfxGetInstanceHandle()))};
+    const std::string beside = FolderOf(System::Current().GetLibraryFileName());
+    if (!beside.empty() && beside != folders.front()) {
+        folders.push_back(beside);
+        folders.push_back(beside + VNBYTSTR_DATA_FROM_LIBRARY + "/");
+    }
+    return folders;
 }
 
 } // namespace
@@ -66,15 +77,17 @@ CString GetDefaultUILanguage() {
 
 CString GetResourceDLLName(const char* language, const char* prefix) {
     Trace("Entering GetResourceDLLName(\"%s\", \"%s\")", language, prefix);
-    const std::string name = ProgramFolder() + prefix + language + std::string(kEnding);
-    Trace("\tChecking for %s", name.c_str());
-    FileStatus status;
-    if (System::Current().GetFileStatus(name.c_str(), status) != 0) {
+    for (const std::string& folder : ResourceFolders()) {
+        const std::string name = folder + prefix + language + std::string(kEnding);
+        Trace("\tChecking for %s", name.c_str());
+        FileStatus status;
+        if (System::Current().GetFileStatus(name.c_str(), status) == 0) {
+            Trace("\tFound it");
+            return ToCString(name);
+        }
         Trace("\tDid not find it");
-        return {};
     }
-    Trace("\tFound it");
-    return ToCString(name);
+    return {};
 }
 
 } // namespace vnbytstr::detail
@@ -82,19 +95,21 @@ CString GetResourceDLLName(const char* language, const char* prefix) {
 std::vector<SInstalledLanguage> GetInstalledLanguages(const char* prefix) {
     using namespace vnbytstr;
     using namespace vnbytstr::detail;
-    const std::string folder = ProgramFolder();
     const std::string_view beginning = prefix != nullptr ? prefix : "";
-    std::vector<std::string> names;
-    if (System::Current().ListFolder(folder.empty() ? "." : folder.c_str(), names) != 0)
-        return {};
-    std::sort(names.begin(), names.end());
-    std::vector<SInstalledLanguage> languages;
-    for (const std::string& name : names) {
-        if (name.size() != beginning.size() + 3 + kEnding.size() || !name.starts_with(beginning) ||
-            !name.ends_with(kEnding))
+    std::map<std::string, std::string> found; // by name; the first folder that has it counts
+    for (const std::string& folder : ResourceFolders()) {
+        std::vector<std::string> names;
+        if (System::Current().ListFolder(folder.empty() ? "." : folder.c_str(), names) != 0)
             continue;
+        for (const std::string& name : names)
+            if (name.size() == beginning.size() + 3 + kEnding.size() &&
+                name.starts_with(beginning) && name.ends_with(kEnding))
+                found.emplace(name, folder + name);
+    }
+    std::vector<SInstalledLanguage> languages;
+    for (const auto& [name, file] : found) {
         const CString code = ToCString(std::string_view(name).substr(beginning.size(), 3));
-        languages.push_back({code, GetLanguageNameFromCode(code), ToCString(folder + name)});
+        languages.push_back({code, GetLanguageNameFromCode(code), ToCString(file)});
     }
     return languages;
 }

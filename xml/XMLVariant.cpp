@@ -16,6 +16,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -27,6 +28,36 @@ std::string DecimalSeparator() {
     std::array<char, 32> text{};
     const int length = std::snprintf(text.data(), text.size(), "%.1f", 1.5);
     return length > 2 ? std::string(text.data() + 1, static_cast<std::size_t>(length) - 2) : ".";
+}
+
+/// A number in decimal digits.
+struct Digits {
+    template <class Number>
+    explicit Digits(Number number) {
+        const auto end = std::to_chars(text.data(), text.data() + text.size(), number).ptr;
+        length = static_cast<LONG>(end - text.data());
+    }
+    std::array<char, 24> text{};
+    LONG length = 0;
+};
+
+/// The number that a text is as a whole.
+template <class Number>
+std::optional<Number> WholeNumber(std::string_view text) {
+    Number number{};
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, number);
+    return error == std::errc() && stop == end ? std::optional<Number>(number) : std::nullopt;
+}
+
+/// Integers are compared exactly, what has a fraction or an exponent as double.
+template <class Number>
+bool IsSameInteger(std::string_view text, Number number) {
+    if (const auto whole = WholeNumber<Number>(text))
+        return *whole == number;
+    const bool isPlain = text.find_first_not_of("-0123456789") == std::string_view::npos;
+    const auto real = isPlain ? std::optional<double>() : WholeNumber<double>(text);
+    return real && *real == static_cast<double>(number);
 }
 
 } // namespace
@@ -104,10 +135,17 @@ void CXMLVariant::Set(const CXMLVariant& value) {
 
 void CXMLVariant::Set(const CString& value) { SetText(value, value.GetLength()); }
 
-void CXMLVariant::Set(int value) {
-    std::array<char, 16> text{};
-    const auto end = std::to_chars(text.data(), text.data() + text.size(), value).ptr;
-    SetRawData(text.data(), static_cast<LONG>(end - text.data()));
+void CXMLVariant::Set(int value) { SetInteger(static_cast<long long>(value)); }
+
+void CXMLVariant::SetInteger(long long value) {
+    const Digits digits(value);
+    SetRawData(digits.text.data(), digits.length);
+    m_type = kInteger;
+}
+
+void CXMLVariant::SetInteger(unsigned long long value) {
+    const Digits digits(value);
+    SetRawData(digits.text.data(), digits.length);
     m_type = kInteger;
 }
 
@@ -133,19 +171,47 @@ void CXMLVariant::Set(void* value) {
     m_type = kPointer;
 }
 
-CXMLVariant::operator int() const noexcept {
+int CXMLVariant::ToInt() const noexcept {
     const long value = m_data != nullptr ? std::strtol(m_data, nullptr, 10) : 0;
     return static_cast<int>(std::clamp<long>(value, INT_MIN, INT_MAX));
 }
 
-CXMLVariant::operator DWORD() const noexcept {
+DWORD CXMLVariant::ToDWord() const noexcept {
     if (m_data == nullptr)
         return 0;
     const long long value = std::strtoll(m_data, nullptr, 10);
     return static_cast<DWORD>(std::clamp<long long>(value, -0xFFFFFFFFLL, 0xFFFFFFFFLL));
 }
 
-CXMLVariant::operator double() const {
+long long CXMLVariant::ToLongLong() const noexcept {
+    return m_data != nullptr ? std::strtoll(m_data, nullptr, 10) : 0;
+}
+
+unsigned long long CXMLVariant::ToULongLong() const noexcept {
+    return m_data != nullptr ? std::strtoull(m_data, nullptr, 10) : 0;
+}
+
+bool CXMLVariant::IsText(const char* text, LONG length) const noexcept {
+    return length == m_length &&
+           (length == 0 || std::memcmp(m_data, text, static_cast<std::size_t>(length)) == 0);
+}
+
+bool CXMLVariant::IsNumber(long long number) const noexcept {
+    return m_data != nullptr && IsSameInteger({m_data, static_cast<std::size_t>(m_length)}, number);
+}
+
+bool CXMLVariant::IsNumber(unsigned long long number) const noexcept {
+    return m_data != nullptr && IsSameInteger({m_data, static_cast<std::size_t>(m_length)}, number);
+}
+
+bool CXMLVariant::IsNumber(double number) const {
+    if (m_data == nullptr)
+        return false;
+    const auto real = WholeNumber<double>({m_data, static_cast<std::size_t>(m_length)});
+    return (real && *real == number) || *this == CXMLVariant(number);
+}
+
+double CXMLVariant::ToDouble() const {
     if (m_data == nullptr)
         return 0;
     const std::string separator = DecimalSeparator();
@@ -158,13 +224,13 @@ CXMLVariant::operator double() const {
     return std::strtod(text.c_str(), nullptr);
 }
 
-CXMLVariant::operator bool() const noexcept {
+bool CXMLVariant::ToBool() const noexcept {
     const std::string_view text(m_data != nullptr ? m_data : "",
                                 static_cast<std::size_t>(m_length));
     return !text.empty() && text != "false" && text != "0";
 }
 
-CXMLVariant::operator void*() const noexcept {
+void* CXMLVariant::ToPointer() const noexcept {
     if (m_data == nullptr)
         return nullptr;
     return reinterpret_cast<void*>(static_cast<std::uintptr_t>(std::strtoull(m_data, nullptr, 16)));

@@ -2,7 +2,7 @@
 
 #include "Failure.h"
 #include "Messages.h"
-#include "TargetFile.h"
+#include "OutputFile.h"
 
 namespace vnquery {
 
@@ -10,7 +10,7 @@ ExportSummary ExportToFile(const ResultSet& result, const std::string& name,
                            const ExportFormat& format, Progress& progress) {
     ExportSummary summary;
     WithMessage(Text(IDS_VQ_CANNOT_WRITE_EXPORT, {name}), [&] {
-        TargetFile file(name);
+        OutputFile file(name);
         Exporter exporter(file, format);
         exporter.WriteResult(result, progress);
         file.Commit();

@@ -1,6 +1,6 @@
 #include "StoreFile.h"
 
-#include "TargetFile.h"
+#include "OutputFile.h"
 #include "Value.h"
 
 namespace vnquery {

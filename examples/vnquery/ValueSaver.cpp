@@ -2,8 +2,8 @@
 
 #include "Failure.h"
 #include "Messages.h"
+#include "OutputFile.h"
 #include "Progress.h"
-#include "TargetFile.h"
 
 #include <cstdio>
 
@@ -42,7 +42,7 @@ void SaveValue(ResultSet& result, std::size_t row, std::size_t column, const std
             SaveBytes(value, file, isLastUse);
             return;
         }
-        TargetFile target(file);
+        OutputFile target(file);
         Exporter exporter(target, format);
         exporter.WriteText(value, row, column);
         target.Commit();
@@ -53,7 +53,7 @@ void SaveValue(ResultSet& result, std::size_t row, std::size_t column, const std
 void SaveValueBytes(const Value& value, const std::string& cell, const std::string& file,
                     Progress& progress) {
     WithMessage(Text(IDS_VQ_CANNOT_SAVE, {cell, file}), [&] {
-        TargetFile target(file);
+        OutputFile target(file);
         value.ForEachPiece([&](std::span<const BYTE> piece) {
             target.Write(piece.data(), static_cast<UINT>(piece.size()));
             progress.AddBytes(piece.size());

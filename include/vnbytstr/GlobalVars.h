@@ -181,6 +181,15 @@ public:
                           int* position = nullptr, int checkOnly = 0, int byUser = 0);
     int SetGlobalVarValue(const CString* name, const CString* value, int* changed = nullptr,
                           int* position = nullptr, int checkOnly = 0, int byUser = 0);
+    /// The same with literals and strings as they are.
+    int SetGlobalVarValue(GlobalVarIDs id, const CString& value, int* changed = nullptr,
+                          int* position = nullptr, int checkOnly = 0, int byUser = 0) {
+        return SetGlobalVarValue(id, &value, changed, position, checkOnly, byUser);
+    }
+    int SetGlobalVarValue(const CString& name, const CString& value, int* changed = nullptr,
+                          int* position = nullptr, int checkOnly = 0, int byUser = 0) {
+        return SetGlobalVarValue(&name, &value, changed, position, checkOnly, byUser);
+    }
 
     /// Reads a variable; `asLiteral` other than 0: as Convert makes it. The value is empty when the
     /// answer is UnknownName or ReservedPrefix.
@@ -194,11 +203,19 @@ public:
     /// ParseGlobal first, any other is taken as it is; null is the empty text. `added` receives 1
     /// when it was added or, with `checkOnly` other than 0, which adds nothing, could be; else 0.
     int AddGlobalVariable(const CString* name, const CString* value, int& added, int checkOnly = 0);
+    /// The same with literals and strings as they are.
+    int AddGlobalVariable(const CString& name, const CString& value, int& added,
+                          int checkOnly = 0) {
+        return AddGlobalVariable(&name, &value, added, checkOnly);
+    }
 
     /// Removes a user's variable: BuiltIn for the others. With `checkOnly` other than 0 it stays,
     /// and the answer tells whether it could be removed; with `ignoreMissing` other than 0 it is a
     /// success when there is no such variable.
     int DeleteGlobalVariable(const CString* name, int checkOnly = 0, int ignoreMissing = 0);
+    int DeleteGlobalVariable(const CString& name, int checkOnly = 0, int ignoreMissing = 0) {
+        return DeleteGlobalVariable(&name, checkOnly, ignoreMissing);
+    }
 
     /// Number of entries: 60 and the user's variables; 0 before Initialize.
     int GetSize() const noexcept { return m_arrVars.GetSize(); }
@@ -219,6 +236,9 @@ public:
     /// that does not fit, 0 when the whole value does not (out of range, empty), -1 when all is
     /// well.
     int Validate(const CString* name, const CString* value, int* position) const;
+    int Validate(const CString& name, const CString& value, int* position = nullptr) const {
+        return Validate(&name, &value, position);
+    }
 
     /// The name of a built-in variable; empty when the id is none. GetIDFromName is its reverse: 0
     /// when the name is not that of a built-in variable.

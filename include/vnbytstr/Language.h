@@ -23,9 +23,10 @@
 /// LC_MESSAGES, LANG), or of the language next to it, or "ENU".
 VNBYTSTR_API CString GetUILanguage();
 
-/// Loads the library of the user interface's language, or else the English one, from the program's
-/// folder and makes it the one that resources come from (AfxGetResourceHandle). Returns null when
-/// there is neither, or when it cannot be loaded. It stays loaded. A null prefix is empty.
+/// Loads the library of the user interface's language, or else the English one, and makes it the
+/// one that resources come from (AfxGetResourceHandle). Each is looked for beside the program, then
+/// beside this library, then in the data folder of its installation. Returns null when there is
+/// neither, or when it cannot be loaded. It stays loaded. A null prefix is empty.
 VNBYTSTR_API HINSTANCE LoadResourceDLL(const char* prefix);
 
 /// Loads a string: from the current resource library, else from `module` (unless null or the same),
@@ -44,8 +45,9 @@ struct SInstalledLanguage {
     CString m_strName; ///< as GetLanguageNameFromCode gives it
     CString m_strFile; ///< full name
 };
-/// The resource libraries with that prefix (null is empty) and a three-letter code in the program's
-/// folder, by code, for lists that a person chooses from; empty when the folder cannot be read.
+/// The resource libraries with that prefix (null is empty) and a three-letter code where
+/// LoadResourceDLL looks, the first of each code, by code, for lists that a person chooses from. A
+/// folder that cannot be read counts as empty.
 VNBYTSTR_API std::vector<SInstalledLanguage> GetInstalledLanguages(const char* prefix);
 
 /// Whether the current resource library is English; also when none was loaded, since texts then

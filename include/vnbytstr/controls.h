@@ -10,4 +10,5 @@
 #include "vnbytstr/ListColumn.h"
 #include "vnbytstr/ListDropTarget.h"
 #include "vnbytstr/VNListBox.h"
+#include "vnbytstr/Window.h"
 #include "vnbytstr/ZoomDialog.h"

@@ -1,6 +1,10 @@
 // Everything of the library that needs no window.
 #pragma once
 
+#include "platform/framework/MemFile.h"
+#include "platform/framework/Module.h"
+#include "platform/system/Interaction.h"
+#include "platform/system/ResourceLibrary.h"
 #include "vnbytstr/BidiText.h"
 #include "vnbytstr/ByteStore.h"
 #include "vnbytstr/ByteStream.h"
@@ -15,6 +19,7 @@
 #include "vnbytstr/Messages.h"
 #include "vnbytstr/MultibyteText.h"
 #include "vnbytstr/OutputStreamWriter.h"
+#include "vnbytstr/Profile.h"
 #include "vnbytstr/ReplacementFile.h"
 #include "vnbytstr/StrX.h"
 #include "vnbytstr/StringPersistence.h"

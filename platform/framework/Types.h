@@ -2,6 +2,8 @@
 // A 32-bit unsigned value is a DWORD: `unsigned long` has 64 bits here and is used nowhere.
 #pragma once
 
+#include "Export.h"
+
 #include <cstdint>
 
 using BYTE = std::uint8_t;

@@ -11,8 +11,10 @@
 
 #include <array>
 #include <cerrno>
+#include <charconv>
 #include <climits>
 #include <cstdlib>
+#include <fstream>
 
 namespace vnbytstr {
 
@@ -46,6 +48,27 @@ std::string PosixSystem::GetModuleFileName() {
     std::array<char, PATH_MAX> name;
     const ssize_t length = ::readlink("/proc/self/exe", name.data(), name.size());
     return length > 0 ? std::string(name.data(), static_cast<std::size_t>(length)) : std::string();
+}
+
+/// From the list of what is mapped into the process: the dynamic linker knows the name only as it
+/// was asked for, which may be a relative one.
+std::string PosixSystem::GetLibraryFileName() {
+    static const char here = 0; // part of this library, wherever that is
+    const auto address = reinterpret_cast<std::uintptr_t>(&here);
+    std::ifstream maps("/proc/self/maps");
+    for (std::string line; std::getline(maps, line);) {
+        std::uintptr_t begin = 0;
+        std::uintptr_t end = 0;
+        const char* const text = line.data();
+        const auto first = std::from_chars(text, text + line.size(), begin, 16);
+        if (first.ec != std::errc() || *first.ptr != '-')
+            continue;
+        std::from_chars(first.ptr + 1, text + line.size(), end, 16);
+        const std::size_t name = line.find('/');
+        if (begin <= address && address < end && name != std::string::npos)
+            return line.substr(name);
+    }
+    return {};
 }
 
 std::string PosixSystem::GetLocale(const char* category) {

@@ -47,6 +47,7 @@ public:
     DWORD GetMemoryLoad() override;
     std::string GetEnvironment(const char* name) override;
     std::string GetModuleFileName() override;
+    std::string GetLibraryFileName() override;
     std::string GetTextLocale() override;
     std::string GetMessagesLocale() override;
     bool IsDbcsEnabled() override;

@@ -169,6 +169,9 @@ public:
     virtual std::string GetEnvironment(const char* name) = 0;
     /// Full name of the running program's file.
     virtual std::string GetModuleFileName() = 0;
+    /// Full name of the file that holds this library's code: the shared library's, or the program's
+    /// where the library is linked into it. Empty when the system does not tell.
+    virtual std::string GetLibraryFileName() = 0;
     /// The process's locale for text, such as "de_AT.UTF-8": LC_ALL, LC_CTYPE or LANG, else "C".
     virtual std::string GetTextLocale() = 0;
     /// The locale of the texts that programs show: LC_ALL, LC_MESSAGES or LANG, else "C".

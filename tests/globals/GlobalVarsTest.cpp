@@ -117,6 +117,12 @@ TEST_F(GlobalVars, NamesThatCanBeAdded) {
     EXPECT_EQ(added, 1);
     EXPECT_EQ(table.GetSize(), 66);
     EXPECT_EQ(table.AddGlobalVariable(&name, nullptr, added), Success);
+    EXPECT_EQ(table.AddGlobalVariable("LITERAL", "1", added), Success); // and all that goes with it
+    EXPECT_EQ(table.Validate("LITERAL", "2"), Success);
+    EXPECT_EQ(table.SetGlobalVarValue("LITERAL", "2"), Success);
+    EXPECT_EQ(table.SetGlobalVarValue(CGlobalVars::TLXCP_TENULL, "literal"), Success);
+    EXPECT_EQ(Value(table, "LITERAL") + Value(table, "TLXCP_TENULL"), "2literal");
+    EXPECT_EQ(table.DeleteGlobalVariable("LITERAL"), Success);
     CString storedName, storedValue = "x";
     EXPECT_EQ(table.GetGlobalVariable(66, storedName, storedValue), Success);
     EXPECT_EQ(storedName, "FRESH");

@@ -9,6 +9,8 @@
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestSystem.h"
 
+#include <filesystem>
+
 #include <gtest/gtest.h>
 
 using namespace vnbytstr;
@@ -261,6 +263,36 @@ TEST_F(LanguageTest, ListsWhatIsInstalled) {
     EXPECT_STREQ(languages[2].m_strName, "QQQ");
     EXPECT_STREQ(GetLanguageNameFromCode("ENU"), "English (United States)");
     EXPECT_STREQ(GetLanguageNameFromCode(nullptr), "");
+}
+
+/// Beside the program first, then beside the library, then in its data folder.
+TEST_F(LanguageTest, AnInstalledLibraryFindsItsOwn) {
+    test::TemporaryFolder prefix;
+    const std::string lib = prefix.File("a/b/lib/");
+    const std::string data =
+        std::filesystem::path(lib + VNBYTSTR_DATA_FROM_LIBRARY).lexically_normal().string();
+    std::filesystem::create_directories(lib);
+    std::filesystem::create_directories(data);
+    system.SetLibraryFileName(lib + "libvnbytstr.so.0");
+    const auto nameOf = [](const char* code) {
+        return std::string(vnbytstr::detail::GetResourceDLLName(code, "app"));
+    };
+    const auto put = [&](const std::string& folderName, const char* code) {
+        AddLibrary("made", {{1, u"text"}});
+        std::filesystem::rename(folder.File("made"), folderName + "/app" + code + ".dll");
+    };
+    put(data, "DEU");
+    EXPECT_EQ(std::filesystem::path(nameOf("DEU")).lexically_normal(), data + "/appDEU.dll");
+    put(lib, "DEU");
+    EXPECT_EQ(nameOf("DEU"), lib + "appDEU.dll");
+    put(folder.Path(), "DEU");
+    put(data, "FRA");
+    EXPECT_EQ(nameOf("DEU"), folder.File("appDEU.dll"));
+    EXPECT_EQ(nameOf("ENU"), "");
+    const std::vector<SInstalledLanguage> all = GetInstalledLanguages("app");
+    ASSERT_EQ(all.size(), 2u);
+    EXPECT_EQ(all[0].m_strFile, folder.File("appDEU.dll").c_str());
+    EXPECT_EQ(all[1].m_strCode, "FRA");
 }
 
 } // namespace

@@ -59,6 +59,7 @@ public:
     }
     void SetTemporaryFolder(const std::string& folder) { m_temporaryFolder = folder; }
     void SetModuleFileName(const std::string& name) { m_moduleFileName = name; }
+    void SetLibraryFileName(const std::string& name) { m_libraryFileName = name; }
     void SetProcessId(DWORD id) { m_processId = id; }
     void SetDbcsEnabled(bool enabled) { m_dbcs = enabled; }
     void SetMiddleEastEnabled(bool enabled) { m_middleEast = enabled; }
@@ -121,6 +122,8 @@ public:
     DWORD GetTime() override { return m_time ? *m_time : m_real.GetTime(); }
     DWORD GetMemoryLoad() override;
     std::string GetEnvironment(const char* name) override;
+    /// None, so that what stands beside the test program is not found by chance.
+    std::string GetLibraryFileName() override { return m_libraryFileName; }
     std::string GetModuleFileName() override {
         return m_moduleFileName ? *m_moduleFileName : m_real.GetModuleFileName();
     }
@@ -147,6 +150,7 @@ private:
     System& m_real;
     std::optional<DWORD> m_tick, m_time, m_memoryLoad, m_processId;
     std::optional<std::string> m_temporaryFolder, m_moduleFileName, m_fontFamily;
+    std::string m_libraryFileName;
     std::optional<bool> m_dbcs, m_middleEast;
     std::optional<SystemVersion> m_version;
     std::map<std::string, std::string> m_environment;

@@ -160,6 +160,7 @@ TEST_F(PosixSystemTest, KnowsTheProcess) {
     EXPECT_EQ(m_system.GetProcessId(), static_cast<DWORD>(::getpid()));
     EXPECT_TRUE(m_system.IsProcessAlive(m_system.GetProcessId()));
     EXPECT_TRUE(m_system.GetModuleFileName().ends_with("system_test"));
+    EXPECT_EQ(m_system.GetLibraryFileName(), m_system.GetModuleFileName()); // linked into it
     EXPECT_TRUE(m_system.GetTemporaryFolder().ends_with('/'));
     const DWORD tick = m_system.GetTickCount();
     EXPECT_LT(m_system.GetTickCount() - tick, 60000u);

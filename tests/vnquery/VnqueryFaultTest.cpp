@@ -122,6 +122,25 @@ TEST_F(Faults, FullDisk) {
     }
 }
 
+/// A file that may not be written stays; one that may be, in a folder where none can be made, too.
+TEST_F(Faults, ProtectedTargets) {
+    if (geteuid() == 0)
+        GTEST_SKIP() << "nothing is protected from root";
+    MakeDatabase("text", "new", true);
+    std::filesystem::create_directory(File("folder"));
+    for (const char* name : {"readonly", "folder/old"})
+        m_files.Write(name, "old");
+    std::filesystem::permissions(File("readonly"), std::filesystem::perms::owner_read);
+    std::filesystem::permissions(File("folder"), std::filesystem::perms::owner_read |
+                                                     std::filesystem::perms::owner_exec);
+    ExpectFailure(3, {"--db", Database(), "--sql", "select v from t", "--export", File("readonly")},
+                  {"readonly"});
+    EXPECT_EQ(m_files.Read("readonly"), "old");
+    EXPECT_EQ(Query("select v from t", {"--quiet", "--export", File("folder/old")}).code, 0);
+    EXPECT_EQ(m_files.Read("folder/old"), "new\r\n");
+    std::filesystem::permissions(File("folder"), std::filesystem::perms::owner_all);
+}
+
 TEST_F(Faults, NoRoomForTheSwapFile) {
     MakeDatabase("blob", SomeBytes(6000000, 7), false);
     const RunResult run =

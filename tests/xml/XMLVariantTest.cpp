@@ -52,6 +52,47 @@ TEST(XMLVariantTest, HoldsTheTextOfEachKind) {
     EXPECT_TRUE(CXMLVariant(static_cast<const char*>(nullptr)).IsEmpty());
 }
 
+template <class T>
+constexpr bool kIsTaken =
+    std::is_constructible_v<CXMLVariant, T>&& std::is_assignable_v<CXMLVariant&, T>;
+static_assert(!kIsTaken<const wchar_t*> && !kIsTaken<const char16_t*> && !kIsTaken<const BYTE*> &&
+              !kIsTaken<BYTE*> && !kIsTaken<const int*> && !kIsTaken<char> && !kIsTaken<wchar_t>);
+
+TEST(XMLVariantTest, TakesAndGivesTheEverydayTypes) {
+    CXMLVariant value = 5u;
+    EXPECT_EQ(value.GetType(), CXMLVariant::kInteger);
+    CString text;
+    text = value;
+    text += value;
+    EXPECT_EQ(text, "55");
+    value = 4294967295u;
+    const DWORD dword = value;
+    EXPECT_EQ(dword, 4294967295u);
+    value = -5000000000L;
+    const long number = value;
+    EXPECT_EQ(number, -5000000000L);
+    value = 2.5f;
+    const double real = value;
+    EXPECT_EQ(real, 2.5);
+    value = true;
+    EXPECT_TRUE(value);
+    EXPECT_EQ(value.GetType(), CXMLVariant::kBoolean);
+    value = CXMLVariant::kRaw; // an enumeration
+    EXPECT_EQ(TextOf(value), "4");
+}
+
+TEST(XMLVariantTest, ComparesWithValues) {
+    const CXMLVariant word("word"), empty, one(1), half("0.50"), third(1.0 / 3), yes(true);
+    EXPECT_TRUE(word == "word" && "word" == word && word == CString("word") && word != "Word");
+    EXPECT_TRUE(word != 0 && word != 0.0 && empty != 0 && empty == "" && empty == CString());
+    EXPECT_TRUE(one == 1 && one == 1u && one == 1L && one == 1.0 && one != 2 && 1 == one);
+    EXPECT_TRUE(half == 0.5 && half != 0 && third == 1.0 / 3 && third != 0.25);
+    EXPECT_TRUE(yes == true && yes != false && empty == false && one == true);
+    const CXMLVariant large(18446744073709551615ull), minus("-1");
+    EXPECT_TRUE(large == 18446744073709551615ull && large != -1 && minus != 4294967295u);
+    EXPECT_TRUE(CXMLVariant(CString("a\0b", 3)) != "a");
+}
+
 TEST(XMLVariantTest, ReadsItsTextAsWhatIsAskedFor) {
     struct Case {
         const char* text;
