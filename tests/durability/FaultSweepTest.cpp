@@ -90,8 +90,10 @@ TEST_P(FaultSweep, LosesNothing) {
     TakeContent();
     unsigned met = 0;
     for (auto call = Call::Open; call != Call::Any; call = static_cast<Call>(int(call) + 1)) {
-        for (const Fault::Kind kind : {Fault::Kind::Fail, Fault::Kind::Shorten}) {
-            if (kind == Fault::Kind::Shorten && call != Call::Read && call != Call::Write)
+        for (const Fault::Kind kind :
+             {Fault::Kind::Fail, Fault::Kind::Shorten, Fault::Kind::Nothing}) {
+            const bool isHalf = kind == Fault::Kind::Shorten;
+            if (kind != Fault::Kind::Fail && call != Call::Write && !(isHalf && call == Call::Read))
                 continue;
             for (const bool fromThenOn : {false, true}) {
                 Fault fault{.call = call, .fromThenOn = fromThenOn, .kind = kind};
