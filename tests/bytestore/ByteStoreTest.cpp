@@ -235,6 +235,10 @@ TEST_F(ByteStoreTest, PageSwapsByItsRules) {
     EXPECT_TRUE(page.GetMustRead());
     page.SwapIn(file, 0);
     EXPECT_EQ(page.GetData()[kPage - 40], bytes[0]);
+    std::fill_n(page.GetData(), kPage, BYTE{9});
+    page.SwapIn(file, 1); // what lies past the end of the file is zero
+    EXPECT_EQ(Bytes(page.GetData() + kPage - 40, page.GetData() + kPage), Bytes(40));
+    page.SwapIn(file, 0);
     m_system.SetTick(1234);
     page.GetData();
     EXPECT_EQ(page.GetLastAccessTime(), 1234u);

@@ -127,6 +127,8 @@ TEST_F(ByteStreamTest, CursorForms) {
         EXPECT_EQ(value.GetCO(), 6u);
         value.CopyFromHex(0, CString("AA"));
         EXPECT_EQ(value[16], 0xAA);
+        value.SetByte(0, 0xBB);
+        EXPECT_EQ(value.GetWord(0xFFFFFFFF), 0); // the byte after it is none
     };
     CByteStream stream, spilled;
     spilled.SetComplete(1);
@@ -260,8 +262,9 @@ TEST_F(ByteStreamTest, LimitIsReadOncePerProcess) {
     EXPECT_EQ(limit(0), 0u);
     EXPECT_EQ(limit(1000), 1000u);
     EXPECT_EQ(limit(2000), 1000u);
-    CByteStream stream(Pattern(1001).data(), 1001);
-    EXPECT_FALSE(stream.IsAllInBuffer());
+    const CByteStream most(Pattern(1000).data(), 1000), more(Pattern(1001).data(), 1001);
+    EXPECT_TRUE(most.IsAllInBuffer());
+    EXPECT_FALSE(more.IsAllInBuffer());
 }
 
 } // namespace

@@ -127,6 +127,19 @@ TEST_F(ContainerCipherTest, PaddingSuitsLessThanAPage) {
     }
 }
 
+TEST_F(ContainerCipherTest, MorePaddingThanBytesIsRefused) {
+    const CByteStream plain("00112233445566FF");
+    CByteStream stream(plain);
+    ASSERT_EQ(stream.Encrypt(m_key, m_vector, CDES::eECB, false), 1);
+    CByteStore store(stream), target("01");
+    const CByteStream enciphered(stream);
+    EXPECT_EQ(stream.Decrypt(m_key, m_vector, CDES::eECB, true), 0);
+    EXPECT_EQ(store.Decrypt(m_key, m_vector, CDES::eECB, true, target), 0);
+    EXPECT_TRUE(target.IsEmpty());
+    EXPECT_EQ(store.Decrypt(m_key, m_vector, CDES::eECB, true, store), 0);
+    EXPECT_TRUE(stream == enciphered && store == enciphered); // as they were
+}
+
 TEST_F(ContainerCipherTest, CipherOfAStreamSuitsAnyLimit) {
     const Bytes bytes = Pattern(1024);
     CDES cipher("12345678");
