@@ -192,6 +192,27 @@ TEST_F(ByteStoreTest, VictimIsTheOldestAndTheFirstOfEquals) {
     }
 }
 
+/// The source lies in the very page that has to make room for the last one.
+TEST_F(ByteStoreTest, AppendsFromAPageThatLeaves) {
+    OpenStore store;
+    Bytes bytes = Pattern(20 * kPage + 100);
+    AppendPages(store, bytes);
+    store.Flush();
+    for (DWORD page = 0; page < 16; ++page) {
+        m_system.SetTick(++m_tick);
+        store.GetDWord(page * kPage);
+    }
+    m_system.SetTick(++m_tick);
+    for (DWORD page = 0; page < 16; ++page)
+        store.GetDWord(page * kPage); // all of the same age
+    CBytePage* const page = store.GetPageToDiscard();
+    const auto* const source = bytes.data() + page->GetPageNum() * kPage + 5;
+    const Bytes part(source, source + 10);
+    store.Concat(page->GetData() + 5, 10);
+    bytes.insert(bytes.end(), part.begin(), part.end());
+    EXPECT_TRUE(Content(store) == bytes);
+}
+
 TEST_F(ByteStoreTest, PageBelowTheStartIsDroppedUnwritten) {
     CByteStore store;
     AppendPages(store, Pattern(16 * kPage));

@@ -153,6 +153,19 @@ TEST_F(ContainerFaultTest, PageThatCouldNotBeReadIsReadAgain) {
         EXPECT_EQ(store.GetByte(19 * kPage), bytes[19 * kPage]);
     }
     EXPECT_EQ(Content(store), bytes);
+    // Others may come in between, once there is room for more.
+    for (DWORD page = 20; page-- > 0;) {
+        m_system.SetTick(++m_tick);
+        store.GetDWord(page * kPage);
+    }
+    m_system.Inject(Fault{.call = Call::Read, .fromThenOn = true});
+    EXPECT_GT(CauseOf([&] { store.GetByte(19 * kPage); }), 0);
+    m_system.Inject(std::nullopt);
+    m_system.SetMemoryLoad(0);
+    store.ConcatByte(1); // a new page, for which the number of pages is looked at
+    EXPECT_EQ(store.GetByte(18 * kPage), bytes[18 * kPage]);
+    EXPECT_EQ(store.GetByte(19 * kPage), bytes[19 * kPage]);
+    EXPECT_TRUE(store.Left(20 * kPage) == CByteStream(bytes.data(), 20 * kPage));
 }
 
 TEST_F(ContainerFaultTest, CutOrRemovedSwapFileIsNoticed) {
