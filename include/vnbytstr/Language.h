@@ -1,7 +1,7 @@
 // The language of the user interface, and the texts of its resource libraries.
 //
-// A resource library holds a program's texts in one language. It is a PE file beside the program's
-// executable, named by a prefix, a language code and ".dll" (vnurcDEU.dll). A language code has
+// A resource library holds a program's texts in one language. It is a PE file beside the program,
+// or see LoadResourceDLL, named by a prefix, a language code and ".dll" (vnurcDEU.dll). A code has
 // three capital letters, as Windows abbreviates the names of languages: SVE PTG PTB KOR JPN ITS ITA
 // HEB FRS FRC FRB FRA ESN ENU DEU DES DAN CHT ARE. ENU, English, is what everything falls back to.
 //

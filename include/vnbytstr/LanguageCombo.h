@@ -6,7 +6,7 @@
 #include "platform/window/ComboBox.h"
 
 /// Fills a combo box with the languages whose resource libraries (named by `prefix`, such as
-/// "vnurc") are beside the program, each under its own name, and selects the one in use
+/// "vnurc") are installed, each under its own name, and selects the one in use
 /// (GetUILanguage), English when that is not there.
 VNBYTSTR_API void FillUILanguageCombo(CComboBox& combo, const char* prefix);
 
