@@ -147,6 +147,19 @@ TEST_F(WindowDialogs, GlobalVariablesAreEditedByTheirKind) {
                                return row;
                        return -1;
                    };
+                   const int shown = rowOf("TLXCP_TENULL");
+                   list->SendMessage(LB_SETTOPINDEX, static_cast<WPARAM>(shown));
+                   CRect row;
+                   list->SendMessage(LB_GETITEMRECT, static_cast<WPARAM>(shown),
+                                     reinterpret_cast<LPARAM>(&row));
+                   const LPARAM value = MAKELPARAM(list->GetColumnWidth(0) + 8, row.top + 4);
+                   for (const UINT click : {WM_LBUTTONDOWN, WM_LBUTTONDOWN, WM_LBUTTONDBLCLK}) {
+                       list->SendMessage(click, MK_LBUTTON, value);
+                       list->SendMessage(WM_LBUTTONUP, 0, value);
+                       EXPECT_EQ(list->GetFirstSel(), shown);
+                       EXPECT_EQ(list->GetActiveEditor() != nullptr, click == WM_LBUTTONDBLCLK);
+                   }
+                   list->CellCancel();
                    list->EditColumn(rowOf("TLXQW_STRIP_SPACE"), 1);
                    ASSERT_NE(list->GetActiveEditor(), nullptr);
                    list->GetActiveEditor()->SendMessage(CB_SETCURSEL, 0);

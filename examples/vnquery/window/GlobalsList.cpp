@@ -77,7 +77,15 @@ LRESULT GlobalsList::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     // Before a click or a key opens an editor the row is selected.
     if (message == LB_SETCURSEL)
         PrepareEditor(static_cast<int>(wParam));
+    const HWND window = m_hWnd;
+    const bool isClick = message == WM_LBUTTONDOWN; // chooses; a double click opens
+    if (isClick)
+        EnableEditing(FALSE);
     const LRESULT result = CListBoxEx::WindowProc(message, wParam, lParam);
+    if (!IsWindow(window))
+        return result;
+    if (isClick)
+        EnableEditing();
     if (message == WM_KEYDOWN || message == WM_LBUTTONDOWN)
         PrepareEditor(GetFirstSel());
     return result;
