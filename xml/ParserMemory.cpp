@@ -29,7 +29,7 @@ constexpr std::size_t kPage = 4096;
 constexpr std::size_t kSmallest = 8192; // less comes from malloc
 constexpr std::size_t kMostPages = 256; // more comes from malloc, too; documents take 129 at once
 constexpr std::size_t kRegionSize = 8u << 20;
-constexpr std::size_t kKeptRegions = 64;
+constexpr std::size_t kKeptRegions = 8;
 constexpr std::uint32_t kOfReserve = 1; // in place of a number of pages
 
 } // namespace

@@ -14,7 +14,7 @@ namespace vnbytstr::detail {
 
 /// The parser's memory manager. A document is made of large blocks that come and go together: they
 /// are cut from regions. A freed block is used again. Of the regions in which nothing is in use, up
-/// to 512 MiB are kept for the next document, for as long as any wrapper lives: giving pages back
+/// to 64 MiB are kept for the next document, for as long as any wrapper lives: giving pages back
 /// and getting them again takes far longer than the parser's own freeing. Small blocks, and very
 /// large ones, come from malloc.
 ///

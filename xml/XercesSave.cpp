@@ -13,10 +13,12 @@
 #include <xercesc/dom/DOMLSOutput.hpp>
 #include <xercesc/dom/DOMLSSerializer.hpp>
 #include <xercesc/dom/DOMProcessingInstruction.hpp>
+#include <xercesc/util/XMLChar.hpp>
 #include <xercesc/util/XMLString.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
 #include <memory>
+#include <string>
 #include <string_view>
 
 using namespace vnbytstr::detail;
@@ -87,6 +89,22 @@ bool CanAllBeWritten(const DOMNode* top) {
     }
 }
 
+/// Whether an instruction can be written.
+bool IsInstruction(const CString& target, const CString& data) {
+    using Characters = xercesc::XMLChar1_0;
+    const WideText name(ViewOf(target)), text(ViewOf(data));
+    const std::u16string_view value(text.c_str(), text.size());
+    for (std::size_t i = 0; i < value.size(); ++i) {
+        const bool isPair = i + 1 < value.size() && Characters::isXMLChar(value[i], value[i + 1]);
+        if (!isPair && !Characters::isXMLChar(value[i]))
+            return false;
+        i += isPair ? 1 : 0;
+    }
+    return name.size() > 0 && Characters::isValidName(name.c_str(), name.size()) &&
+           xercesc::XMLString::compareIStringASCII(name.c_str(), u"xml") != 0 &&
+           value.find(u"?>") == std::u16string_view::npos;
+}
+
 xercesc::DOMImplementationLS* Implementation() {
     return xercesc::DOMImplementationRegistry::getDOMImplementation(u"LS");
 }
@@ -112,7 +130,8 @@ bool WriteInstruction(xercesc::DOMDocument& document, xercesc::DOMLSSerializer& 
 
 bool CXercesWrapper::AddProcessingInstruction(const CString& target, const CString& data) {
     return Attempt([&] {
-        return target != kDeclarationFormat && m_instructions.try_emplace(target, data).second;
+        return target != kDeclarationFormat && IsInstruction(target, data) &&
+               m_instructions.try_emplace(target, data).second;
     });
 }
 
@@ -178,7 +197,13 @@ bool CXercesWrapper::GetXML(const XMLNode& node, CString& text) const {
             serializer->writeToString(top, &ParserMemory::Process()), release);
         if (wide == nullptr)
             return false;
-        text = NarrowText(wide.get()).String();
+        const NarrowText narrow(wide.get());
+        if (top->getNodeType() != DOMNode::ELEMENT_NODE)
+            text = narrow.String();
+        else {
+            const std::string plain = Unmistakable(narrow.View());
+            text = CString(plain.data(), static_cast<int>(plain.size()));
+        }
         return true;
     });
 }

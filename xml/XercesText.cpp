@@ -8,6 +8,7 @@
 #include <climits>
 #include <cstring>
 #include <new>
+#include <utility>
 
 namespace vnbytstr::detail {
 
@@ -64,6 +65,84 @@ NarrowText::NarrowText(const char16_t* text) {
     if (m_long.size() > INT_MAX)
         throw std::bad_alloc();
     m_text = m_long;
+}
+
+bool IsUtf8(std::string_view text) {
+    const CodePage& utf8 = *CodePage::Find(65001);
+    return utf8.FromWide(utf8.ToWide(text)) == text;
+}
+
+namespace {
+
+bool IsMistakable(std::string_view text) {
+    const bool isAscii = std::all_of(text.begin(), text.end(),
+                                     [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+    return !isAscii && IsUtf8(text);
+}
+
+/// Where a piece of markup that begins at `begin` ends; that of a tag, whose attributes may hold
+/// references, is its first quotation mark or its end.
+std::size_t EndOfMarkup(std::u16string_view text, std::size_t begin) {
+    constexpr std::pair<std::u16string_view, std::u16string_view> kWhole[] = {
+        {u"<!--", u"-->"}, {u"<![CDATA[", u"]]>"}, {u"<?", u"?>"}};
+    for (const auto& [opening, closing] : kWhole)
+        if (text.substr(begin).starts_with(opening)) {
+            const std::size_t end = text.find(closing, begin + opening.size());
+            return end == std::u16string_view::npos ? text.size() : end + closing.size();
+        }
+    const std::size_t end = text.find_first_of(u"\"'>", begin);
+    return end == std::u16string_view::npos ? text.size() : end + 1;
+}
+
+/// Writes references for all beyond ASCII in texts and in the values of attributes.
+std::u16string WithReferences(std::u16string_view text) {
+    std::u16string out;
+    bool isInTag = false;
+    char16_t quote = 0; // within the value of an attribute
+    for (std::size_t i = 0; i < text.size();) {
+        const char16_t unit = text[i];
+        if (quote == 0 && (isInTag || unit == u'<')) {
+            const std::size_t end = EndOfMarkup(text, i);
+            out += text.substr(i, end - i);
+            const char16_t last = text[end - 1];
+            quote = last == u'"' || last == u'\'' ? last : u'\0';
+            isInTag = quote != 0;
+            i = end;
+            continue;
+        }
+        ++i;
+        if (unit < 0x80) {
+            out += unit;
+            if (unit == quote)
+                quote = 0;
+            continue;
+        }
+        char32_t character = unit;
+        if (unit >= 0xD800 && unit < 0xDC00 && i < text.size())
+            character = 0x10000 + ((character - 0xD800) << 10) + (text[i++] - 0xDC00);
+        out += u"&#";
+        for (const char digit : std::to_string(static_cast<unsigned long>(character)))
+            out += static_cast<char16_t>(digit);
+        out += u';';
+    }
+    return out;
+}
+
+} // namespace
+
+std::string Unmistakable(std::string_view text) {
+    const CodePage& page = CodePage::Ansi();
+    if (page.IsUtf8() || !IsMistakable(text))
+        return std::string(text);
+    std::string plain = page.FromWide(WithReferences(page.ToWide(text)));
+    for (const std::u16string_view blank : {u"\x3000", u"\xA0"}) {
+        if (!IsMistakable(plain))
+            break;
+        const std::string bytes = page.FromWide(blank);
+        if (!IsUtf8(bytes))
+            plain += "<!--" + bytes + "-->";
+    }
+    return plain;
 }
 
 struct NameCache::Entry {

@@ -57,6 +57,13 @@ private:
     std::string_view m_text;
 };
 
+/// Whether the bytes are valid UTF-8.
+bool IsUtf8(std::string_view text);
+
+/// The text of an XML element, in the ANSI code page, in a form that LoadXML does not take for
+/// UTF-8: as it is unless its bytes are both that and not ASCII.
+std::string Unmistakable(std::string_view text);
+
 /// The UTF-16 forms of the names used last. Programs ask for the same few over and over.
 class NameCache {
 public:

@@ -13,6 +13,7 @@
 #include "xml/FileInputInternal.h"
 #include "xml/ParserMemoryInternal.h"
 #include "xml/ParserPlatformInternal.h"
+#include "xml/TextInputInternal.h"
 #include "xml/XercesStateInternal.h"
 
 #include "platform/system/CodePage.h"
@@ -20,7 +21,6 @@
 #include <xercesc/dom/DOMException.hpp>
 #include <xercesc/dom/DOMImplementation.hpp>
 #include <xercesc/dom/DOMImplementationRegistry.hpp>
-#include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/framework/Wrapper4InputSource.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
 #include <xercesc/util/XMLException.hpp>
@@ -58,11 +58,20 @@ bool NamesEncoding(std::string_view text) {
     return text.substr(0, text.find("?>")).find("encoding") != std::string_view::npos;
 }
 
-/// The bytes of a text without a declared encoding in UTF-8. What is valid in that already stays.
-std::string InUtf8(std::string_view text) {
-    const CodePage* const utf8 = CodePage::Find(65001);
-    std::string same = utf8->FromWide(utf8->ToWide(text));
-    return same == text ? same : utf8->FromWide(CodePage::Ansi().ToWide(text));
+/// The bytes of a text without a declared encoding in UTF-8. What is valid in that already stays;
+/// false when the text is not valid in the ANSI code page either.
+bool ToUtf8(std::string_view text, std::string& converted) {
+    if (IsUtf8(text)) {
+        converted = text;
+        return true;
+    }
+    const CodePage& ansi = CodePage::Ansi();
+    const std::u16string wide = ansi.ToWide(text);
+    // Broken bytes read as U+FFFD; only a page of all Unicode has that for a character, too.
+    if (wide.find(u'\xFFFD') != std::u16string::npos && ansi.FromWide(wide) != text)
+        return false;
+    converted = CodePage::Find(65001)->FromWide(wide);
+    return true;
 }
 
 } // namespace
@@ -175,7 +184,7 @@ bool CXercesWrapper::LoadFile(const char* path) {
         return false;
     return Attempt([&] {
         FileInput source(path != nullptr ? FileNameOf(path) : std::string(), m_state->budget);
-        const bool isLoaded = Parse(source, 0);
+        const bool isLoaded = Parse(source);
         if (!isLoaded || !source.HasFailed())
             return isLoaded;
         Free();
@@ -191,20 +200,22 @@ bool CXercesWrapper::LoadXML(const CString& text) {
         std::string_view bytes(static_cast<const char*>(text)); // up to the first NUL
         std::string converted;
         if (!NamesEncoding(bytes)) {
-            converted = InUtf8(bytes);
+            if (!ToUtf8(bytes, converted)) {
+                Free();
+                m_origin = kLoaded;
+                Fail("prodInfo", "The text is valid neither in UTF-8 nor in the ANSI code page");
+                return false;
+            }
             bytes = converted;
         }
-        xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(bytes.data()),
-                                          bytes.size(), "prodInfo", false,
-                                          &ParserMemory::Process());
-        return Parse(source, bytes.size());
+        TextInput source(bytes, "prodInfo", m_state->budget);
+        return Parse(source);
     });
 }
 
-/// Parses `source` into the open document. `size` is the length of the document as far as it is
-/// known beforehand.
+/// Parses `source` into the open document.
 template <class Source>
-bool CXercesWrapper::Parse(Source& source, std::size_t size) {
+bool CXercesWrapper::Parse(Source& source) {
     xercesc::DOMLSParser* const builder = GetDOMBuilder();
     Free();
     m_origin = kLoaded;
@@ -223,7 +234,6 @@ bool CXercesWrapper::Parse(Source& source, std::size_t size) {
         budget.Begin(kBudgetBase, [parser = static_cast<DocumentParser*>(builder)] {
             parser->Refuse(u"the document asks for far more memory than its size is worth");
         });
-        budget.Add(size * kBudgetPerByte);
         xercesc::Wrapper4InputSource input(&source, false, &ParserMemory::Process());
         document = builder->parse(&input);
         return true;

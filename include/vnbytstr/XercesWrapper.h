@@ -48,9 +48,12 @@ struct SEnumString {
 /// document type is passed over, an external entity in use fails the load. More than 1,000 resolved
 /// entities or 1,000 levels of elements fail it, too, and so does a document that takes far more
 /// memory than its size is worth (256 MiB and 512 times its bytes), or that refers to an entity it
-/// does not declare. Deeper documents can be made, but neither
-/// saved nor turned into text. Namespaces, schemas and validation are off; internal entities are
-/// replaced by their text.
+/// does not declare. So do more than 32,768 different names of elements, or of attributes, or
+/// attributes of one element; 10,000 declarations in the document type; more declared attributes
+/// than 346 of one element or as much work for several; and far more attributes from such
+/// declarations than the document has elements. Deeper documents can be made, but neither saved nor
+/// turned into text. Namespaces, schemas and validation are off; internal entities are replaced by
+/// their text. Of the memory that a document took, 64 MiB at most are kept for the next one.
 class VNBYTSTR_API CXercesWrapper : public CXMLParserWrapper {
 public:
     /// The first living wrapper initialises the parser platform, the last one terminates it. An
@@ -77,9 +80,12 @@ public:
     virtual bool LoadFile(const char* path);
     /// The same with a text, up to its first NUL. Its bytes are what its XML declaration or
     /// byte-order mark says. Without either they are UTF-8; a text that is not valid in that is in
-    /// the ANSI code page, so that what GetXML gave can be loaded.
+    /// the ANSI code page, and one that is not valid in that either is refused.
     virtual bool LoadXML(const CString& text);
-    /// The node and all below it as text, without declaration and line breaks of its own.
+    /// The node and all below it as text in the ANSI code page, without declaration and line breaks
+    /// of its own. LoadXML makes the same elements of it. Where the text's bytes could be taken for
+    /// UTF-8, characters beyond ASCII are written as references; where that is not enough (they
+    /// stand in a name or a comment), a comment with a blank that is no UTF-8 ends the text.
     virtual bool GetXML(const XMLNode& node, CString& text) const;
     /// The same for the root element; false, and `text` untouched, when no document is open.
     virtual bool GetXML(CString& text) const;
@@ -92,7 +98,9 @@ public:
     /// Appends a new element as the last child of a node of the open document.
     virtual bool AppendChildElement(const XMLNode& parent, const char* name, XMLNode& child);
     /// Stores an instruction for Save. False when there is one with that target (the first one
-    /// stays), and for the target "version=\"1.0\" encoding=\"%s\"". It outlives the document.
+    /// stays), for the target "version=\"1.0\" encoding=\"%s\"", and for what could not be written:
+    /// a target that is no name in XML, or "xml" in any case, and data with "?>" or a character
+    /// that XML does not have. It outlives the document.
     virtual bool AddProcessingInstruction(const CString& target, const CString& data);
     /// Appends a comment.
     virtual bool AddCommentNode(const XMLNode& parent, const char* text);
@@ -120,8 +128,9 @@ public:
     virtual bool GetDWORDAttribute(const XMLNode& node, const char* name, DWORD& value);
     virtual bool GetDoubleAttribute(const XMLNode& node, const char* name, double& value);
     virtual bool GetBoolAttribute(const XMLNode& node, const char* name, bool& value);
-    /// A colour's name in any case, or its decimal number. Anything else, an empty or absent
-    /// attribute too, gives false, with `value` set to the number the text begins with, or 0.
+    /// A colour's name in any case, or decimal digits: their number, of which the lowest 32 bits
+    /// count when it has more. Anything else, an empty or absent attribute too, gives false, with
+    /// `value` set to the number the text begins with, or 0.
     virtual bool GetColorAttribute(const XMLNode& node, const char* name, DWORD& value);
     /// The value of the first entry of `table` with that name; case counts.
     virtual bool GetEnumAttribute(const XMLNode& node, const char* name, const SEnumString* table,
@@ -174,7 +183,7 @@ private:
 
     class Mutation;
     template <class Source>
-    bool Parse(Source& source, std::size_t size);
+    bool Parse(Source& source);
     bool FindImplementation();
     bool CanBeWritten(const XMLNode& node) const;
     void DropBuilder() noexcept;

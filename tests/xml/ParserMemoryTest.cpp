@@ -53,7 +53,7 @@ TEST(ParserMemoryTest, BlocksDoNotOverlapAndAreUsedAgain) {
     while (!blocks.empty())
         free(blocks.begin());
     EXPECT_EQ(memory.LiveBlocks(), 0u);
-    EXPECT_LE(memory.RegionBytes(), 512u << 20);
+    EXPECT_LE(memory.RegionBytes(), 64u << 20);
     memory.Trim();
     EXPECT_EQ(memory.RegionBytes(), 0u);
     memory.deallocate(nullptr);

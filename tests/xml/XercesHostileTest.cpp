@@ -2,12 +2,16 @@
 #include "tests/xml/XmlFixture.h"
 
 #include "platform/system/CodePage.h"
+#include "tests/support/ChildProcess.h"
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <fstream>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -222,6 +226,74 @@ TEST_F(XercesHostileTest, DepthEndsAtAThousandLevels) {
                       Times(600, "<a>") + "&e;" + Times(600, "</a>"),
                   "depth from an entity");
     EXPECT_TRUE(Load("<a>" + Times(50000, "<b/>") + "</a>")); // wide is not deep
+}
+
+/// `count` numbered pieces.
+std::string Numbered(int count, const std::string& before, const std::string& after) {
+    std::string all;
+    for (int i = 0; i < count; ++i)
+        all += before + std::to_string(i) + after;
+    return all;
+}
+
+TEST_F(XercesHostileTest, NamesAndDeclarationsEnd) {
+    const auto type = [](const std::string& declarations, int elements) {
+        return "<!DOCTYPE r [" + declarations + "]><q>" +
+               Times(static_cast<std::size_t>(elements), "<r/>") + "</q>";
+    };
+    struct Case {
+        const char* what;
+        int most, more;
+        std::function<std::string(int)> make;
+    };
+    const Case cases[] = {
+        {"names of elements", 32767, 300000,
+         [](int n) { return "<r>" + Numbered(n, "<e", "/>") + "</r>"; }},
+        {"attributes of one element", 32768, 400000,
+         [](int n) { return "<r" + Numbered(n, " a", "=''") + "/>"; }},
+        {"names of attributes", 32000, 400000,
+         [](int n) { return "<r>" + Numbered(n, "<e a", "=''/>") + "</r>"; }},
+        {"entities", 10000, 200000,
+         [&](int n) { return type(Numbered(n, "<!ENTITY e", " 'x'>"), 1); }},
+        {"notations", 10000, 200000,
+         [&](int n) { return type(Numbered(n, "<!NOTATION n", " SYSTEM 'x'>"), 1); }},
+        {"declared elements", 10000, 200000,
+         [&](int n) { return type(Numbered(n, "<!ELEMENT e", " ANY>"), 1); }},
+        {"attributes of many declared elements", 10000, 200000,
+         [&](int n) { return type(Numbered(n, "<!ATTLIST e", " a CDATA #IMPLIED>"), 1); }},
+        {"declared attributes of one element", 346, 20000,
+         [&](int n) { return type(Numbered(n, "<!ATTLIST r a", " CDATA ''>"), 1); }},
+        {"defaults for many elements", 540, 100000,
+         [&](int n) { return type(Numbered(200, "<!ATTLIST r a", " CDATA ''>"), n); }},
+    };
+    for (const Case& each : cases) {
+        EXPECT_TRUE(Load(each.make(each.most))) << each.what;
+        ExpectRefused(each.make(each.more), each.what);
+    }
+}
+
+TEST_F(XercesHostileTest, MemoryEndsWhereItIsPromised) {
+    std::string tenfold = "<!ENTITY l0 'lol'>";
+    for (int i = 1; i < 10; ++i)
+        tenfold += "<!ENTITY l" + std::to_string(i) + " '" +
+                   Times(10, "&l" + std::to_string(i - 1) + ";") + "'>";
+    const std::string bomb = "<!DOCTYPE a [" + tenfold + "<!ATTLIST a x CDATA '&l9;'>]><a/>";
+    const auto padding = [](std::size_t size) { return "<!--" + std::string(size, 'x') + "-->"; };
+    // What lies after the place of refusal lets it take nothing more.
+    for (const std::string& document : {bomb, padding(300000) + bomb, bomb + padding(3u << 20)}) {
+        // Refused for what it asks, before a process that may take 600 MB more runs out of memory.
+        const int result = InChild([&] {
+            std::size_t pages = 0;
+            std::ifstream("/proc/self/statm") >> pages;
+            const rlim_t most = pages * static_cast<rlim_t>(::getpagesize()) + (600u << 20);
+            const rlimit limit{most, most};
+            ::setrlimit(RLIMIT_AS, &limit);
+            const bool isLoaded = Load(document);
+            const CString& message = m_xml.GetLastParseError().m_strMessage;
+            return isLoaded ? 1 : message.Find("far more memory") < 0 ? 2 : 0;
+        });
+        EXPECT_EQ(result, 0) << document.size();
+    }
 }
 
 TEST_F(XercesHostileTest, GiantPieces) {

@@ -95,6 +95,61 @@ TEST_F(XercesLoadTest, TheTextsEncodingIsWhatItSays) {
     EXPECT_TRUE(Load(std::string("<a/>\0<b>", 8))); // up to the NUL
 }
 
+TEST_F(XercesLoadTest, BytesOfNoEncodingAreRefused) {
+    const std::pair<UINT, const char*> broken[] = {{65001, "<a>\xE9t\xE9</a>"},
+                                                   {65001, "<?xml version='1.0'?><a b='\xFF'/>"},
+                                                   {932, "<a>\xFF\xFE</a>"},
+                                                   {932, "<a>\xED\xA0\x80</a>"},
+                                                   {932, "<a>\xF8\x88\x80\x80\x80</a>"},
+                                                   {936, "<a>\x81</a>"}};
+    for (const auto& [number, text] : broken) {
+        const ScopedCodePage page(number);
+        ASSERT_TRUE(m_xml.Create("before"));
+        EXPECT_FALSE(Load(text)) << number << text;
+        EXPECT_NE(m_xml.GetLastParseError().m_strMessage.Find("neither"), -1);
+        EXPECT_EQ(Text(), "");
+    }
+    const ScopedCodePage page(54936); // has a code for the replacement character itself
+    EXPECT_TRUE(Load("<a>\x84\x31\xA4\x37\xB0\xA1</a>"));
+    EXPECT_EQ(Text(), "<a>\x84\x31\xA4\x37\xB0\xA1</a>");
+}
+
+TEST_F(XercesLoadTest, WhatGetXMLGaveLoadsAgain) {
+    CXercesWrapper again;
+    for (const UINT number : {1252u, 1255u, 932u, 936u, 949u, 950u, 54936u, 65001u}) {
+        const ScopedCodePage scoped(number);
+        const CodePage& page = CodePage::Ansi();
+        // Every pair of bytes beyond ASCII that is text in the page, among it all that is UTF-8.
+        for (int pair = 0x8080; pair <= 0xFFFF; pair += (pair & 0xFF) == 0xFF ? 0x81 : 1) {
+            const char bytes[] = {static_cast<char>(pair >> 8), static_cast<char>(pair), '\0'};
+            const std::u16string wide = page.ToWide(bytes);
+            if (wide.find(u'\xFFFD') != std::u16string::npos || page.FromWide(wide) != bytes)
+                continue;
+            ASSERT_TRUE(m_xml.Create("r"));
+            const XMLNode root = Root();
+            m_xml.SetAttribute(root, "a", (std::string("'\"") + bytes).c_str());
+            m_xml.SetNodeValue(root, (std::string("<") + bytes + ">").c_str());
+            if (pair % 16 == 0)
+                m_xml.AddCommentNode(root, bytes); // there are no references in comments
+            CString text, value;
+            ASSERT_TRUE(m_xml.GetXML(text));
+            XMLElement element;
+            ASSERT_TRUE(again.LoadXML(text) && again.GetRootElement(element)) << text;
+            EXPECT_TRUE(again.GetStringAttribute(element, "a", value));
+            EXPECT_EQ(std::string(value), std::string("'\"") + bytes) << number << text;
+            EXPECT_TRUE(again.GetStringNodeValue(element, value));
+            EXPECT_EQ(std::string(value), std::string("<") + bytes + ">");
+            CString second;
+            again.GetXML(second);
+            EXPECT_EQ(second, text);
+        }
+    }
+    const ScopedCodePage page(932);
+    ASSERT_TRUE(m_xml.Create("r"));
+    m_xml.SetNodeValue(Root(), "\xCA\xB2");
+    EXPECT_EQ(Text(), "<r>&#65418;&#65394;</r>");
+}
+
 TEST_F(XercesLoadTest, EntitiesOfTheDocumentItselfAreReplaced) {
     EXPECT_TRUE(Load("<!DOCTYPE a [<!ENTITY e 'deep &amp; <b/>'><!ATTLIST a d CDATA 'default'>]>"
                      "<a x='&lt;'>&e;</a>"));
