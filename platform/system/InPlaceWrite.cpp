@@ -1,7 +1,7 @@
 // The order of a write in place, each step on the disk before the next:
 //  1. The scratch file has the old content, then the checksums of the new content's blocks, the
-//     target's name, and a trailer that says how long they are. Until the trailer is there the
-//     target is untouched.
+//     beginning of the new content, the target's name, and a trailer that says how long they are.
+//     Until the trailer is there the target is untouched.
 //  2. The target grows by what the new content has more. Only that needs room on the disk.
 //  3. The rest is written over, and what is too long is cut.
 //  4. The scratch file goes.
@@ -14,6 +14,7 @@
 #include "platform/system/ScratchFile.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <utility>
@@ -29,6 +30,9 @@ constexpr std::uint64_t kMagic = 0x31646C6F74737662; // the trailer's last 8 byt
 // Blocks of neither content that a kill can leave: the one that was being written, and the one
 // where the old content ends and the new one goes on.
 constexpr std::size_t kMaxMixedBlocks = 2;
+// Bytes of the new content that are kept, so that mixed blocks of a small file can be told from
+// what somebody else wrote.
+constexpr std::uint64_t kBeginning = 1 << 16;
 constexpr std::uint64_t kMaxLength = 0xFFFFFFFFFFull; // of a trailer that makes sense
 constexpr std::uint64_t kMaxName = 1 << 16;
 
@@ -36,7 +40,7 @@ struct Trailer {
     std::uint64_t oldLength = 0, newLength = 0;
     FileIdentity target;
     std::uint64_t nameLength = 0;
-    std::uint64_t checksum = 0; ///< of the blocks' checksums and the name
+    std::uint64_t checksum = 0; ///< of the blocks' checksums, the beginning and the name
     std::uint64_t magic = kMagic;
 };
 
@@ -112,47 +116,71 @@ int CopyRange(FileHandle from, FileHandle to, std::uint64_t begin, std::uint64_t
     });
 }
 
-int BlockChecksums(FileHandle file, std::uint64_t length, std::vector<DWORD>& checksums) {
-    return ForEachChunk(file, 0, length, [&](std::uint64_t, std::span<const BYTE> bytes) {
-        for (; !bytes.empty(); bytes = bytes.subspan(std::min(kBlock, bytes.size())))
-            checksums.push_back(Crc32c(bytes.first(std::min(kBlock, bytes.size()))));
-        return 0;
-    });
-}
-
 std::span<const BYTE> BytesOf(const void* data, std::size_t size) {
     return {static_cast<const BYTE*>(data), size};
 }
 
-DWORD ChecksumOf(const std::vector<DWORD>& blocks, const std::string& name) {
-    return Crc32c(BytesOf(name.data(), name.size()),
-                  Crc32c(BytesOf(blocks.data(), blocks.size() * sizeof(DWORD))));
-}
+/// What a scratch file holds between the old content and the trailer.
+struct Record {
+    std::vector<DWORD> blocks;   ///< checksums of the new content's blocks
+    std::vector<BYTE> beginning; ///< of the new content
+    std::string name;            ///< of the target
+
+    void SetSize(const Trailer& trailer) {
+        blocks.resize(static_cast<std::size_t>((trailer.newLength + kBlock - 1) / kBlock));
+        beginning.resize(static_cast<std::size_t>(std::min(trailer.newLength, kBeginning)));
+        name.resize(static_cast<std::size_t>(trailer.nameLength));
+    }
+    std::array<std::span<BYTE>, 3> Parts() {
+        return {std::span(reinterpret_cast<BYTE*>(blocks.data()), blocks.size() * sizeof(DWORD)),
+                std::span(beginning), std::span(reinterpret_cast<BYTE*>(name.data()), name.size())};
+    }
+    DWORD Checksum() {
+        DWORD checksum = 0;
+        for (const std::span<BYTE> part : Parts())
+            checksum = Crc32c(part, checksum);
+        return checksum;
+    }
+};
 
 // --- the old content -----------------------------------------------------------------------------
+
+int MakeRecord(FileHandle source, std::uint64_t length, const std::string& name, Record& record) {
+    record.name = name;
+    return ForEachChunk(source, 0, length, [&](std::uint64_t at, std::span<const BYTE> bytes) {
+        if (at < kBeginning)
+            record.beginning.assign(
+                bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(std::min<std::uint64_t>(
+                                                   kBeginning, bytes.size())));
+        for (; !bytes.empty(); bytes = bytes.subspan(std::min(kBlock, bytes.size())))
+            record.blocks.push_back(Crc32c(bytes.first(std::min(kBlock, bytes.size()))));
+        return 0;
+    });
+}
 
 /// Writes what the scratch file `undo` is to hold (step 1).
 int WriteUndo(FileHandle undo, FileHandle target, const std::string& name, FileHandle source,
               Trailer trailer) {
-    std::vector<DWORD> blocks;
-    if (const int error = BlockChecksums(source, trailer.newLength, blocks))
+    Record record;
+    if (const int error = MakeRecord(source, trailer.newLength, name, record))
         return error;
     if (const int error = CopyRange(target, undo, 0, trailer.oldLength))
         return error;
     trailer.nameLength = name.size();
-    trailer.checksum = ChecksumOf(blocks, name);
+    trailer.checksum = record.Checksum();
     std::uint64_t at = trailer.oldLength;
-    for (const std::span<const BYTE> part :
-         {BytesOf(blocks.data(), blocks.size() * sizeof(DWORD)), BytesOf(name.data(), name.size()),
-          BytesOf(&trailer, sizeof trailer)}) {
+    for (const std::span<BYTE> part : record.Parts()) {
         if (const int error = WriteAt(undo, at, part))
             return error;
         at += part.size();
     }
+    if (const int error = WriteAt(undo, at, BytesOf(&trailer, sizeof trailer)))
+        return error;
     return System::Current().SyncFile(undo);
 }
 
-int ReadUndo(FileHandle undo, Trailer& trailer, std::vector<DWORD>& blocks, std::string& name) {
+/// EINVAL when the scratch file is not complete.
+int ReadUndo(FileHandle undo, Trailer& trailer, Record& record) {
     std::uint64_t length = 0;
     if (const int error = System::Current().GetFileLength(undo, length))
         return error;
@@ -164,19 +192,19 @@ int ReadUndo(FileHandle undo, Trailer& trailer, std::vector<DWORD>& blocks, std:
     if (trailer.magic != kMagic || std::max(trailer.oldLength, trailer.newLength) > kMaxLength ||
         trailer.nameLength > kMaxName)
         return EINVAL;
-    blocks.resize(static_cast<std::size_t>((trailer.newLength + kBlock - 1) / kBlock));
-    name.resize(static_cast<std::size_t>(trailer.nameLength));
-    const std::uint64_t bytes = blocks.size() * sizeof(DWORD);
-    if (length != trailer.oldLength + bytes + name.size() + sizeof trailer)
+    record.SetSize(trailer);
+    std::uint64_t end = trailer.oldLength + sizeof trailer;
+    for (const std::span<BYTE> part : record.Parts())
+        end += part.size();
+    if (length != end)
         return EINVAL;
-    if (const int error =
-            ReadAt(undo, trailer.oldLength,
-                   {reinterpret_cast<BYTE*>(blocks.data()), static_cast<std::size_t>(bytes)}))
-        return error;
-    if (const int error = ReadAt(undo, trailer.oldLength + bytes,
-                                 {reinterpret_cast<BYTE*>(name.data()), name.size()}))
-        return error;
-    return trailer.checksum == ChecksumOf(blocks, name) ? 0 : EINVAL;
+    std::uint64_t at = trailer.oldLength;
+    for (const std::span<BYTE> part : record.Parts()) {
+        if (const int error = ReadAt(undo, at, part))
+            return error;
+        at += part.size();
+    }
+    return trailer.checksum == record.Checksum() ? 0 : EINVAL;
 }
 
 /// Puts the old content back where it differs: a place that could not be written has it still.
@@ -206,42 +234,77 @@ int Restore(FileHandle target, FileHandle undo, std::uint64_t oldLength) {
     return error != 0 ? error : system.SyncFile(target);
 }
 
-/// Whether the target holds nothing but blocks of the old and the new content, and not the new one
+/// Tells what a target consists of, block by block.
+class Mixture {
+public:
+    Mixture(FileHandle undo, const Trailer& trailer, const Record& record)
+        : m_undo(undo), m_trailer(trailer), m_record(record) {}
+
+    /// 0, or EINVAL when the block is of neither content.
+    int Add(std::uint64_t at, std::span<const BYTE> block) {
+        const auto number = static_cast<std::size_t>(at / kBlock);
+        if (number < m_record.blocks.size() && Crc32c(block) == m_record.blocks[number]) {
+            ++m_new;
+            return 0;
+        }
+        m_old.resize(at < m_trailer.oldLength ? static_cast<std::size_t>(std::min<std::uint64_t>(
+                                                    block.size(), m_trailer.oldLength - at))
+                                              : 0);
+        if (const int error = ReadAt(m_undo, at, m_old))
+            return error;
+        if (m_old.size() == block.size() && std::ranges::equal(m_old, block))
+            return 0;
+        // Where the file has grown, a power cut may have kept the length alone.
+        if (m_old.empty() && std::ranges::all_of(block, [](BYTE byte) { return byte == 0; }))
+            return 0;
+        return ++m_mixed <= kMaxMixedBlocks && IsMixed(at, block) ? 0 : EINVAL;
+    }
+    /// Whether all blocks were those of the new content.
+    bool IsNew() const { return m_new == m_record.blocks.size(); }
+
+private:
+    /// Whether every byte is one of the two, as far as that is known.
+    bool IsMixed(std::uint64_t at, std::span<const BYTE> block) const {
+        for (std::size_t i = 0; i < block.size(); ++i) {
+            if (at + i >= m_record.beginning.size() && at + i < m_trailer.newLength)
+                return true; // not known from here on
+            const bool isNew = at + i < m_trailer.newLength &&
+                               block[i] == m_record.beginning[static_cast<std::size_t>(at + i)];
+            const bool isOld = i < m_old.size() ? block[i] == m_old[i] : block[i] == 0;
+            if (!isNew && !isOld)
+                return false;
+        }
+        return true;
+    }
+
+    const FileHandle m_undo;
+    const Trailer& m_trailer;
+    const Record& m_record;
+    std::vector<BYTE> m_old;
+    std::size_t m_mixed = 0, m_new = 0;
+};
+
+/// Whether the target holds nothing but parts of the old and the new content, and not the new one
 /// whole: that write was complete, though the scratch file did not go.
-bool IsMixture(FileHandle target, FileHandle undo, const Trailer& trailer,
-               const std::vector<DWORD>& blocks) {
+bool IsMixture(FileHandle target, FileHandle undo, const Trailer& trailer, const Record& record) {
     std::uint64_t length = 0;
     if (System::Current().GetFileLength(target, length) != 0 ||
         length < std::min(trailer.oldLength, trailer.newLength) ||
         length > std::max(trailer.oldLength, trailer.newLength))
         return false;
-    std::size_t mixed = 0, complete = 0;
-    std::vector<BYTE> old;
+    Mixture mixture(undo, trailer, record);
     const auto look = [&](std::uint64_t at, std::span<const BYTE> bytes) {
-        for (; !bytes.empty(); at += std::min(kBlock, bytes.size()),
-                               bytes = bytes.subspan(std::min(kBlock, bytes.size()))) {
+        while (!bytes.empty()) {
             const std::span<const BYTE> block = bytes.first(std::min(kBlock, bytes.size()));
-            const auto number = static_cast<std::size_t>(at / kBlock);
-            if (number < blocks.size() && Crc32c(block) == blocks[number]) {
-                ++complete;
-                continue;
-            }
-            old.resize(block.size());
-            if (at + block.size() <= trailer.oldLength && ReadAt(undo, at, old) == 0 &&
-                std::equal(old.begin(), old.end(), block.begin()))
-                continue;
-            // Where the file has grown, a power cut may have kept the length alone.
-            if (at >= trailer.oldLength &&
-                std::all_of(block.begin(), block.end(), [](BYTE byte) { return byte == 0; }))
-                continue;
-            if (++mixed > kMaxMixedBlocks)
-                return EINVAL;
+            if (const int error = mixture.Add(at, block))
+                return error;
+            at += block.size();
+            bytes = bytes.subspan(block.size());
         }
         return 0;
     };
-    if (ForEachChunk(target, 0, length, look) != 0)
-        return false;
-    return length != trailer.newLength || complete != blocks.size();
+    return ForEachChunk(target, 0, length, look) == 0 &&
+           (length != trailer.newLength || !mixture.IsNew());
 }
 
 // --- the new content -----------------------------------------------------------------------------
@@ -327,16 +390,15 @@ int WriteInPlace(FileHandle source, std::uint64_t length, const std::string& nam
 
 bool RecoverInPlace(FileHandle undo) {
     Trailer trailer;
-    std::vector<DWORD> blocks;
-    std::string name;
-    if (const int error = ReadUndo(undo, trailer, blocks, name))
+    Record record;
+    if (const int error = ReadUndo(undo, trailer, record))
         return error == EINVAL; // the target was not touched yet
     OpenHandle target;
     if (const int error = System::Current().OpenFile(
-            name.c_str(), kOpenRead | kOpenWrite | kOpenPrivate, target.handle))
+            record.name.c_str(), kOpenRead | kOpenWrite | kOpenPrivate, target.handle))
         return error == ENOENT;
     if (IdentityOf(target.handle) != trailer.target ||
-        !IsMixture(target.handle, undo, trailer, blocks))
+        !IsMixture(target.handle, undo, trailer, record))
         return true; // somebody has put something else there since
     return Restore(target.handle, undo, trailer.oldLength) == 0;
 }
