@@ -66,8 +66,27 @@ CString TextOf(const CException& error) {
     return text.data();
 }
 
-/// Whether a page's name may be given to a program: a quote would end the argument that it is in.
+constexpr int kMostErrors = 32; // what ShellExecute answers when it started nothing
+
+/// A path as one argument of a program: see Interaction::ShellExecute. The folder that a program is
+/// in may be called anything.
+CString AsArgument(const CString& path) {
+    std::string argument;
+    bool hasBlank = false;
+    for (int i = 0; i < path.GetLength(); ++i) {
+        hasBlank |= path[i] == ' ' || path[i] == '\t';
+        if (path[i] == '"')
+            argument += '\\';
+        argument += path[i];
+    }
+    return (hasBlank ? "\"" + argument + "\"" : argument).c_str();
+}
+
+/// Whether the name of a page that an index gives may be part of an argument: a quote would end it,
+/// and so would a backslash before the closing one hide that.
 bool IsSafe(const CString& page) {
+    if (page.Right(1) == "\\")
+        return false;
     for (int i = 0; i < page.GetLength(); ++i) {
         const auto c = static_cast<unsigned char>(page[i]);
         if (c < 0x20 || c == '"')
@@ -101,11 +120,8 @@ void CVNHTMLHelp::Serve(DWORD data, UINT command) {
         return;
     CString page;
     const DWORD topic = vnbytstr::detail::MapHelpRequest(data, command);
-    const bool isOfOther = command == helpContext && data > 0x20000 && data <= 0x30000;
-    if (FindPage(topic, page) || (isOfOther && FindPage(data - 0x10000, page)) ||
-        FindPage(contents, page))
-        OpenPage(page);
-    else
+    const bool isFound = FindPage(topic, page) || FindPage(contents, page);
+    if (!isFound || !OpenPage(page))
         DisplayMessageBox(IDS_HELP_NOT_AVAILABLE, IDS_HELP_CAPTION, nullptr, MB_OK | MB_ICONSTOP,
                           0);
 }
@@ -118,24 +134,20 @@ bool CVNHTMLHelp::FindPage(DWORD topic, CString& page) const {
     return true;
 }
 
-void CVNHTMLHelp::OpenPage(const CString& page) const {
+/// False when there is no such page, or what shows it cannot be started.
+bool CVNHTMLHelp::OpenPage(const CString& page) const {
     const std::string_view text(page, static_cast<std::size_t>(page.GetLength()));
-    if (vnbytstr::detail::IsAddress(text)) {
-        Interaction::Current().ShellExecute("open", page, nullptr, nullptr, SW_SHOWNORMAL);
-        return;
-    }
+    Interaction& interaction = Interaction::Current();
+    if (vnbytstr::detail::IsAddress(text))
+        return interaction.ShellExecute("open", page, nullptr, nullptr, SW_SHOWNORMAL) >
+               kMostErrors;
     const std::string_view file = vnbytstr::detail::FileOfPage(text);
     const CString fileName = m_strHelpFolder + CString(file.data(), static_cast<int>(file.size()));
     vnbytstr::FileStatus status;
-    if (!IsSafe(page) || vnbytstr::System::Current().GetFileStatus(fileName, status) != 0) {
-        DisplayMessageBox(IDS_HELP_NOT_AVAILABLE, IDS_HELP_CAPTION, nullptr, MB_OK | MB_ICONSTOP,
-                          0);
-        return;
-    }
-    CString path = m_strHelpFolder + page;
-    if (path.Find(' ') >= 0)
-        path = "\"" + path + "\"";
-    Interaction::Current().ShellExecute("open", m_strProgram, path, m_strHelpFolder, SW_SHOWNORMAL);
+    if (!IsSafe(page) || vnbytstr::System::Current().GetFileStatus(fileName, status) != 0)
+        return false;
+    return interaction.ShellExecute("open", m_strProgram, AsArgument(m_strHelpFolder + page),
+                                    m_strHelpFolder, SW_SHOWNORMAL) > kMostErrors;
 }
 
 BOOL CVNHTMLHelp::InitializeHelp() {

@@ -104,6 +104,7 @@ std::span<const BYTE> AnsiToUtf8::ConvertByCharacters(std::span<const BYTE> slic
     if (m_page.GetNumber() == 932 && TranslatePlain932(text))
         return {m_buffer.get(), m_size};
     m_converted = CodePage::Find(65001)->FromWide(m_page.ToWide(text));
+    m_isForeign |= m_page.IsUtf8() && m_converted != text;
     return {reinterpret_cast<const BYTE*>(m_converted.data()), m_converted.size()};
 }
 

@@ -26,6 +26,9 @@ public:
     /// Converts the next slice; `last` says that the text ends with it. The result is valid until
     /// the next call. Memory that cannot be had throws std::bad_alloc.
     std::span<const BYTE> Convert(std::span<const BYTE> slice, bool last);
+    /// Whether the text is in no code page, as far as it has been converted: UTF-8 is the ANSI code
+    /// page, and it is not valid in that.
+    bool IsForeign() const noexcept { return m_isForeign; }
 
 private:
     std::span<const BYTE> Translate(std::span<const BYTE> slice, bool last);
@@ -41,6 +44,7 @@ private:
     std::size_t m_size = 0; ///< of what TranslatePlain932 wrote
     std::string m_pending;  ///< of ConvertByCharacters: the beginning of a character
     std::string m_converted;
+    bool m_isForeign = false;
 };
 
 } // namespace vnbytstr::detail

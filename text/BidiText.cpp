@@ -1,6 +1,5 @@
 #include "vnbytstr/BidiText.h"
 
-#include "platform/companion/Ccsid.h"
 #include "platform/system/CharacterTypes.h"
 #include "platform/system/CodePage.h"
 #include "platform/system/System.h"
@@ -9,6 +8,7 @@
 #include <algorithm>
 #include <new>
 #include <string>
+#include <string_view>
 
 using vnbytstr::CodePage;
 using vnbytstr::System;
@@ -16,9 +16,23 @@ using vnbytstr::SystemVersion;
 
 namespace {
 
-constexpr char kLeftToRightMark = '\xFD';
+constexpr char16_t kLeftToRightMark = 0x200E;
 
-bool IsHebrewOrArabic(UINT page) { return page == 1255 || page == 1256; }
+/// Pages for text in which directions mix.
+bool IsBidirectional(const CodePage& page) {
+    return page.GetNumber() == 1255 || page.GetNumber() == 1256 || page.IsUtf8();
+}
+
+/// The mark in the ANSI code page. Single-byte pages that do not have it are given its byte in the
+/// pages that do; in one of several bytes that would be half a character, so there is no mark.
+std::string Mark() {
+    const CodePage& page = CodePage::Ansi();
+    const std::u16string_view wide(&kLeftToRightMark, 1);
+    std::string mark = page.FromWide(wide);
+    if (page.ToWide(mark) == wide)
+        return mark;
+    return page.IsSingleByte() ? "\xFD" : "";
+}
 
 /// Whether no character has that direction; also when there is no memory to look.
 bool HasNone(const char* text, WORD direction) {
@@ -36,23 +50,26 @@ bool HasNone(const char* text, WORD direction) {
 
 bool IsBIDIWindows() { return vnbytstr::detail::IsMiddleEastEnabledOnce(); }
 
-void SurroundWithLRM(CString& text) { text = kLeftToRightMark + text + kLeftToRightMark; }
+void SurroundWithLRM(CString& text) {
+    const CString mark = Mark().c_str();
+    text = mark + text + mark;
+}
 
 void MaybeAddLRMSuffix(CString& text) {
     System& system = System::Current();
     const SystemVersion version = system.GetVersion();
     if (version.platform != SystemVersion::NtFamily || version.major <= 4 ||
-        !system.IsMiddleEastEnabled() || !IsHebrewOrArabic(CodePage::Ansi().GetNumber()))
+        !system.IsMiddleEastEnabled() || !IsBidirectional(CodePage::Ansi()))
         return;
-    const bool endsWithMark = !text.IsEmpty() && text[text.GetLength() - 1] == kLeftToRightMark;
-    if (!endsWithMark && IsStringAllLTR(text))
-        text += kLeftToRightMark;
+    const CString mark = Mark().c_str();
+    if (text.Right(mark.GetLength()) != mark && IsStringAllLTR(text))
+        text += mark;
 }
 
 bool IsStringAllLTR(const char* text) {
-    return !IsHebrewOrArabic(GetNativeCCSID()) || HasNone(text, vnbytstr::type2::kRightToLeft);
+    return !IsBidirectional(CodePage::Ansi()) || HasNone(text, vnbytstr::type2::kRightToLeft);
 }
 
 bool IsStringAllRTL(const char* text) {
-    return IsHebrewOrArabic(GetNativeCCSID()) && HasNone(text, vnbytstr::type2::kLeftToRight);
+    return IsBidirectional(CodePage::Ansi()) && HasNone(text, vnbytstr::type2::kLeftToRight);
 }

@@ -9,13 +9,17 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
+#include <vector>
 
 using vnbytstr::FormatArgument;
 using vnbytstr::detail::WithoutExceptions;
 
 namespace {
 
-constexpr int kMaxWidth = 1 << 24;
+constexpr int kMaxWidth = 1 << 24; // of a text
+// Of a number: some C libraries make it on the stack, which may be a small one.
+constexpr int kMaxNumberWidth = 16384;
 using Kind = FormatArgument::Kind;
 
 /// One conversion of a format, between its percent sign and its letter.
@@ -206,6 +210,9 @@ private:
     /// Prints one value with the C library.
     template <typename Value>
     bool Print(const Conversion& conversion, const char* modifier, Value value) {
+        if (conversion.width.value_or(0) > kMaxNumberWidth ||
+            conversion.precision.value_or(0) > kMaxNumberWidth)
+            return false;
         std::string format = "%" + conversion.flags;
         if (conversion.width)
             format += std::to_string(*conversion.width);
@@ -227,31 +234,61 @@ private:
     std::string m_text;
 };
 
-/// The format as glibc reads it, with the conversions that have been checked; false when one is
-/// refused.
-bool Rewrite(const char* format, std::string& rewritten) {
-    for (const char* p = format; *p != '\0';) {
-        rewritten += *p;
-        if (*p++ != '%')
-            continue;
-        if (*p == '%') {
-            rewritten += *p++;
+/// The argument pointer of a caller, moved on by what a format says. In an object of its own, since
+/// what may be handed to a function differs between platforms.
+class ArgumentPointer {
+public:
+    explicit ArgumentPointer(std::va_list arguments) { va_copy(m_arguments, arguments); }
+    ~ArgumentPointer() { va_end(m_arguments); }
+    ArgumentPointer(const ArgumentPointer&) = delete;
+    ArgumentPointer& operator=(const ArgumentPointer&) = delete;
+
+    int Star() { return va_arg(m_arguments, int); }
+
+    FormatArgument Next(const Conversion& conversion) {
+        const std::string& modifier = conversion.modifier;
+        if (conversion.Is("s"))
+            return va_arg(m_arguments, const char*);
+        if (conversion.Is("p"))
+            return static_cast<const void*>(va_arg(m_arguments, void*));
+        if (conversion.Is("eEfFgGaA"))
+            return modifier == "L" ? static_cast<double>(va_arg(m_arguments, long double))
+                                   : va_arg(m_arguments, double);
+        const bool isSigned = conversion.Is("dic");
+        if (modifier == "l" || modifier == "z" || modifier == "t")
+            return Integer<long>(isSigned);
+        if (modifier == "ll" || modifier == "j" || modifier == "L")
+            return Integer<long long>(isSigned);
+        return Integer<int>(isSigned);
+    }
+
+private:
+    template <typename Type>
+    FormatArgument Integer(bool isSigned) {
+        static_assert(sizeof(std::size_t) == sizeof(std::ptrdiff_t));
+        if (isSigned)
+            return va_arg(m_arguments, Type);
+        return va_arg(m_arguments, std::make_unsigned_t<Type>);
+    }
+
+    std::va_list m_arguments;
+};
+
+/// The arguments that a format asks for; false when a conversion of it is refused.
+bool Collect(const char* format, ArgumentPointer& pointer, std::vector<FormatArgument>& list) {
+    while ((format = std::strchr(format, '%')) != nullptr) {
+        if (*++format == '%') {
+            ++format;
             continue;
         }
         Conversion conversion;
-        if (!ReadConversion(p, conversion))
+        if (!ReadConversion(format, conversion))
             return false;
-        rewritten += conversion.flags;
         if (conversion.isStarWidth)
-            rewritten += '*';
-        else if (conversion.width)
-            rewritten += std::to_string(*conversion.width);
+            list.emplace_back(pointer.Star());
         if (conversion.isStarPrecision)
-            rewritten += ".*";
-        else if (conversion.precision)
-            rewritten += "." + std::to_string(*conversion.precision);
-        rewritten += conversion.modifier;
-        rewritten += conversion.letter;
+            list.emplace_back(pointer.Star());
+        list.push_back(pointer.Next(conversion));
     }
     return true;
 }
@@ -276,23 +313,14 @@ int vnbytstr::FormatArguments(CString& out, const char* format,
         -1);
 }
 
-int FormatString(CString& out, const char* format, std::va_list arguments) {
+int FormatStringV(CString& out, const char* format, std::va_list arguments) {
     return WithoutExceptions(
         [&] {
-            std::string rewritten;
-            if (!Rewrite(format != nullptr ? format : "", rewritten))
+            ArgumentPointer pointer(arguments);
+            std::vector<FormatArgument> list;
+            if (!Collect(format != nullptr ? format : "", pointer, list))
                 return -1;
-            std::va_list again;
-            va_copy(again, arguments);
-            const int length = std::vsnprintf(nullptr, 0, rewritten.c_str(), again);
-            va_end(again);
-            if (length < 0)
-                return -1;
-            std::string text(static_cast<std::size_t>(length) + 1, '\0');
-            // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): it is the caller's
-            std::vsnprintf(text.data(), text.size(), rewritten.c_str(), arguments);
-            text.pop_back();
-            return Assign(out, text);
+            return vnbytstr::FormatArguments(out, format, list);
         },
         -1);
 }

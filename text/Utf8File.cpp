@@ -18,7 +18,7 @@ using vnbytstr::detail::AnsiToUtf8;
 constexpr DWORD kSlice = 256 * 1024; // in and out stay in the cache together
 
 /// Reads `length` bytes from the beginning of `file` and hands them to `put` as UTF-8. A file that
-/// ends before that throws CUserException.
+/// ends before that, or is not in the ANSI code page, throws CUserException.
 template <class Put>
 void ConvertFile(CFile& file, DWORD length, const Put& put) {
     AnsiToUtf8 converter;
@@ -30,6 +30,8 @@ void ConvertFile(CFile& file, DWORD length, const Put& put) {
             AfxThrowUserException();
         done += wanted;
         put(converter.Convert({slice.get(), wanted}, done == length));
+        if (converter.IsForeign())
+            AfxThrowUserException();
     }
 }
 

@@ -13,18 +13,21 @@
 /// on the first call, kept for the life of the process.
 VNBYTSTR_API bool IsBIDIWindows();
 
-/// Puts a left-to-right mark before and behind the text, whether or not some are there.
+/// Puts a left-to-right mark before and after the text, whether or not some are there. The mark is
+/// the byte FD in single-byte code pages, and E2 80 8E in UTF-8; the double-byte pages have none,
+/// and the text stays as it is.
 VNBYTSTR_API void SurroundWithLRM(CString& text);
 
-/// Puts a left-to-right mark behind a text that has no right-to-left letter and does not end with
+/// Puts a left-to-right mark after a text that has no right-to-left letter and does not end with
 /// the mark: on a system of the NT family of a version above 4 that is made for text from right to
-/// left, and whose ANSI code page is 1255 or 1256. Otherwise does nothing.
+/// left, and whose ANSI code page is 1255, 1256 or UTF-8. Otherwise does nothing.
 VNBYTSTR_API void MaybeAddLRMSuffix(CString& text);
 
 /// True when the text has no right-to-left letter, and for any text when the ANSI code page is
-/// neither 1255 nor 1256.
+/// neither 1255 nor 1256 nor UTF-8.
 VNBYTSTR_API bool IsStringAllLTR(const char* text);
 
 /// True when the text has no left-to-right letter (nor mark); false for any text when the ANSI code
-/// page is neither 1255 nor 1256. An empty text is both all left-to-right and all right-to-left.
+/// page is neither 1255 nor 1256 nor UTF-8. An empty text is both all left-to-right and all
+/// right-to-left.
 VNBYTSTR_API bool IsStringAllRTL(const char* text);

@@ -51,12 +51,12 @@ public:
     ///
     /// helpContents, helpOnHelpCommand and helpPartialKey stand for the topics above. helpContext
     /// makes an identifier of `data`: 0 is 34464; up to 0x10000 it stays; up to 0x20000, 0x30000,
-    /// 0x50000 and above that, 0x10000, 0x20000, 0x30000 and 0x50000 are taken off. (What lies
-    /// between 0x20000 and 0x30000 and is not in the index then is looked up less 0x10000 only:
-    /// there are indexes that count so.) With any other command `data` is the identifier.
+    /// 0x50000 and above that, 0x10000, 0x20000, 0x30000 and 0x50000 are taken off. With any other
+    /// command `data` is the identifier.
     ///
-    /// One that is not in the index opens the contents. Without those, and when the page's file is
-    /// missing, a message box says so. The index is read at the first request that can.
+    /// One that is not in the index opens the contents. Without those, when the page's file is
+    /// missing, and when the program that shows it cannot be started, a message box says that help
+    /// is not available. The index is read at the first request that can.
     void DoHtmlHelp(DWORD data, UINT command);
 
 protected:
@@ -73,7 +73,7 @@ private:
     void OpenIndex(CFile& file);
     void Serve(DWORD data, UINT command);
     bool FindPage(DWORD topic, CString& page) const;
-    void OpenPage(const CString& page) const;
+    bool OpenPage(const CString& page) const;
 
     std::unique_ptr<Topics> m_pTopics; // null until the index was read
     CString m_strHelpFolder;           // with its slash

@@ -13,6 +13,7 @@
 #include <cstddef>
 #include <span>
 #include <type_traits>
+#include <utility>
 
 // --- insertion points ----------------------------------------------------------------------------
 // `%1` to `%9` of the format stand for the texts given, in any order and any number; one without a
@@ -93,6 +94,15 @@ private:
     const void* m_pointer = nullptr;
 };
 
+namespace detail {
+// Declared only: which one a call chooses tells what an argument pointer is.
+std::true_type IsText(char* text);
+std::false_type IsText(const volatile void* other);
+std::false_type IsText(...);
+inline constexpr bool kIsArgumentPointerText =
+    decltype(IsText(std::declval<std::va_list&>()))::value;
+} // namespace detail
+
 /// What FormatString does.
 VNBYTSTR_API int FormatArguments(CString& out, const char* format,
                                  std::span<const FormatArgument> arguments);
@@ -106,7 +116,8 @@ VNBYTSTR_API int FormatArguments(CString& out, const char* format,
 /// The format need not be trusted: what it asks for is compared with the arguments there are. It is
 /// refused, with -1 and `out` as it was, when it asks for more arguments than there are or for one
 /// of another kind, when a conversion is unknown (`%n` is), incomplete or a wide one (`%S`, `%C`,
-/// `%ls`), and when a width or a precision passes 16,777,216. Arguments left over do not count.
+/// `%ls`), and when a width or a precision passes 16,384 (of a text: 16,777,216). Arguments left
+/// over do not count.
 ///
 /// Flags, width and precision (`*` too) are printf's. h and hh cut an integer to 16 or 8 bits; l,
 /// ll, I32, I64, j, t, z and w change nothing, since the argument's own type says how wide it is.
@@ -121,10 +132,16 @@ int FormatString(CString& out, const char* format, const Arguments&... arguments
     }
 }
 /// As above with arguments that nobody can count: `format` must be the program's own. Refused are
-/// unknown conversions, `%n`, wide ones, and widths and precisions that are too large (behind a `*`
-/// whatever the text's length bounds). The widths of integers are this platform's (`%ld` has 64
-/// bits); I64 is ll.
-VNBYTSTR_API int FormatString(CString& out, const char* format, std::va_list arguments);
+/// unknown conversions, `%n`, wide ones, and widths and precisions that are too large. The widths
+/// of integers are this platform's (`%ld` has 64 bits); I64 is ll. A long double is printed as a
+/// double. `arguments` is as it was afterwards where the platform hands it over by value.
+VNBYTSTR_API int FormatStringV(CString& out, const char* format, std::va_list arguments);
+/// The same under the other name, where an argument pointer is a type of its own. Where it is a
+/// char*, that is a text, and FormatStringV takes argument pointers.
+template <bool isText = vnbytstr::detail::kIsArgumentPointerText>
+requires(!isText) int FormatString(CString& out, const char* format, std::va_list arguments) {
+    return FormatStringV(out, format, arguments);
+}
 
 /// Sets the string to the decimal digits of the value, with a minus sign. The string is empty or as
 /// it was when memory runs out.

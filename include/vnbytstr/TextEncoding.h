@@ -27,13 +27,14 @@ VNBYTSTR_API int IsUnicodeText(const unsigned char* buffer, DWORD length, int& b
 
 /// Rewrites a text file in the ANSI code page as UTF-8 without a byte-order mark. Returns 1 when
 /// that is done, also for an empty file, which is left alone; 0 when it cannot be: no such file,
-/// read-only, unreadable, a full disk. Throws nothing.
+/// read-only, unreadable, a full disk, or a text that is not in the ANSI code page: UTF-8 is that
+/// page and the text is not valid in it. Throws nothing.
 ///
-/// The file is replaced as CReplacementFile does it: after a failure or a kill it is as it was.
-/// What is no plain file is not converted.
+/// The file is replaced as every file is (see platform/system/FileReplacement.h): after a failure
+/// or a kill it is as it was. What is no plain file is not converted.
 ///
-/// Bytes that are no character of the code page become U+FFFD, so that the result is always valid.
-/// When UTF-8 is the ANSI code page, valid text stays byte for byte.
+/// Bytes that are no character of another code page become U+FFFD, so that the result is always
+/// valid. When UTF-8 is the ANSI code page, valid text stays byte for byte.
 VNBYTSTR_API int ConvertToUTF8(const char* path);
 
 /// Swaps the two bytes.

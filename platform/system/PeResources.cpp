@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string_view>
 #include <unordered_set>
+#include <utility>
 
 namespace vnbytstr::detail {
 
@@ -117,11 +118,12 @@ bool PeResources::Parse(std::vector<BYTE> file) {
         if (isGood) {
             Walk walk(*this, *section, resources);
             isGood = walk.Run();
+            bool hasVersion = false;
             for (const Leaf& leaf : walk.GetLeaves()) {
                 if (leaf.type == kStringTable)
                     isGood = isGood && AddStrings(leaf);
-                else if (leaf.type == kVersion)
-                    ReadVersion(leaf);
+                else if (leaf.type == kVersion && !std::exchange(hasVersion, true))
+                    ReadVersion(leaf); // any number of leaves may share one block
             }
         }
     }

@@ -44,10 +44,25 @@ std::string PosixSystem::GetEnvironment(const char* name) {
     return value ? value : "";
 }
 
+namespace {
+
+/// The kernel marks the name of a file that is gone, as the old one of a program that was replaced
+/// while it runs. What goes by that name now is what the program's other files belong to.
+std::string WithoutDeletedMark(std::string name) {
+    constexpr std::string_view kMark = " (deleted)";
+    if (name.ends_with(kMark) && ::access(name.c_str(), F_OK) != 0)
+        name.resize(name.size() - kMark.size());
+    return name;
+}
+
+} // namespace
+
 std::string PosixSystem::GetModuleFileName() {
     std::array<char, PATH_MAX> name;
     const ssize_t length = ::readlink("/proc/self/exe", name.data(), name.size());
-    return length > 0 ? std::string(name.data(), static_cast<std::size_t>(length)) : std::string();
+    if (length <= 0)
+        return {};
+    return WithoutDeletedMark(std::string(name.data(), static_cast<std::size_t>(length)));
 }
 
 /// From the list of what is mapped into the process: the dynamic linker knows the name only as it
@@ -66,7 +81,7 @@ std::string PosixSystem::GetLibraryFileName() {
         std::from_chars(first.ptr + 1, text + line.size(), end, 16);
         const std::size_t name = line.find('/');
         if (begin <= address && address < end && name != std::string::npos)
-            return line.substr(name);
+            return WithoutDeletedMark(line.substr(name));
     }
     return {};
 }

@@ -4,6 +4,7 @@
 #include "platform/companion/Profile.h"
 #include "platform/framework/Exception.h"
 #include "platform/framework/Module.h"
+#include "platform/system/ConsoleInteraction.h"
 #include "tests/support/PeFile.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestInteraction.h"
@@ -237,11 +238,44 @@ TEST(HelpRequest, MapsIdentifiers) {
     EXPECT_EQ(detail::MapHelpRequest(0x20005, 2), 0x20005u);
 }
 
-TEST_F(HelpTest, FindsTopicsOfDialogsUnderEitherNumber) {
-    WriteIndex("\n65541,page.htm#counted-on\n6,page.htm#six\n65542,page.htm#other\n");
+TEST_F(HelpTest, TakesEachKindsOwnBaseOff) {
+    WriteIndex("\n100000,contents.htm\n5,page.htm#five\n65542,page.htm#of-another-kind\n");
     AddPage("page.htm");
-    EXPECT_EQ(Opened(0x20005, 1), "page.htm#counted-on");
-    EXPECT_EQ(Opened(0x20006, 1), "page.htm#six");
+    AddPage("contents.htm");
+    EXPECT_EQ(Opened(0x20005, 1), "page.htm#five");
+    EXPECT_EQ(Opened(0x20006, 1), "contents.htm");
+    EXPECT_EQ(Opened(0x40006, 1), "page.htm#of-another-kind");
+}
+
+TEST_F(HelpTest, TellsThatAPageCannotBeOpened) {
+    WriteIndex("\n1,page.htm\n2,http://x/\n3,page.htm#\\\n");
+    AddPage("page.htm");
+    interaction.startResult = kShellFileNotFound;
+    for (const DWORD topic : {1, 2, 3}) {
+        interaction.boxes.clear();
+        help.DoHtmlHelp(topic, 0);
+        ASSERT_EQ(interaction.boxes.size(), 1u) << topic;
+        EXPECT_EQ(interaction.boxes[0].text, "no help");
+        EXPECT_EQ(interaction.boxes[0].caption, "Help");
+    }
+    EXPECT_EQ(interaction.starts.size(), 2u); // what cannot be one argument is not tried
+}
+
+TEST_F(HelpTest, FoldersMayBeCalledAnything) {
+    for (const std::string name : {"with blank", "with\ttab", "with\"quote", "a \"b\" \\c"}) {
+        const std::string path = folder.Path() + name + "/Help/l.DEU/";
+        std::filesystem::create_directories(path);
+        std::ofstream(path + "program.ind") << "\n1,page.htm#part\n";
+        std::ofstream(path + "page.htm") << "";
+        system.SetModuleFileName(folder.Path() + name + "/program");
+        OpenHelp other("browser");
+        interaction.starts.clear();
+        other.DoHtmlHelp(1, 0);
+        ASSERT_EQ(interaction.starts.size(), 1u) << name;
+        EXPECT_EQ(detail::SplitParameters(interaction.starts[0].parameters),
+                  std::vector<std::string>{path + "page.htm#part"});
+        EXPECT_EQ(interaction.starts[0].folder, path);
+    }
 }
 
 TEST(HelpPage, KnowsItsFile) {

@@ -33,12 +33,12 @@ public:
         starts.push_back({Text(verb), Text(file), Text(parameters), Text(folder), show});
         if (duringStart)
             duringStart();
-        return kShellStarted;
+        return startResult;
     }
 
     std::vector<Box> boxes;
     std::vector<Start> starts;
-    int answer = IDOK;
+    int answer = IDOK, startResult = kShellStarted;
     std::function<void()> duringBox, duringStart;
 
 private:

@@ -72,6 +72,7 @@ TEST(PeResources, TakesFilesThatHaveLess) {
         version.SetWord(block, length);
         EXPECT_TRUE(resources.Parse(version.bytes));
         EXPECT_FALSE(resources.GetStringIds().empty());
+        EXPECT_TRUE(resources.GetFileDescription().empty()) << length;
     }
 }
 
@@ -231,6 +232,151 @@ TEST(PeResources, SurvivesAnyBytes) {
             bytes[random() % bytes.size()] = static_cast<BYTE>(random() % 3 ? random() : 0xFF);
         check(std::move(bytes));
     }
+}
+
+// --- files put together by hand, with sound bytes where a broken length leads ------------------
+
+std::string Words(std::initializer_list<unsigned> words) {
+    std::string bytes;
+    for (const unsigned word : words) {
+        bytes += static_cast<char>(word);
+        bytes += static_cast<char>(word >> 8);
+    }
+    return bytes;
+}
+std::string DWords(std::initializer_list<DWORD> dwords) {
+    std::string bytes;
+    for (const DWORD dword : dwords)
+        bytes += Words({dword & 0xFFFF, dword >> 16});
+    return bytes;
+}
+std::string Zeros(std::size_t count) { return std::string(count, '\0'); }
+
+constexpr DWORD kSub = 0x80000000, kAddress = 0x1000;
+
+/// A resource directory of numbered entries, each with an offset.
+std::string Directory(std::initializer_list<std::pair<DWORD, DWORD>> entries) {
+    std::string bytes = Zeros(12) + Words({0, static_cast<unsigned>(entries.size())});
+    for (const auto& [name, offset] : entries)
+        bytes += DWords({name, offset});
+    return bytes;
+}
+
+struct Image {
+    std::string resources; ///< the first section
+    std::string behind{};  ///< bytes of the file after it
+    unsigned sections = 1, optionalLength = 240;
+    DWORD virtualLength = 0;
+    std::string sectionName = ".rsrc...";
+
+    bool IsTaken(PeResources& result) const {
+        constexpr DWORD kOffset = 0x2000;
+        std::string file = "MZ" + Zeros(58) + DWords({0x40, 0x4550}) + Words({0x8664, sections});
+        file += Zeros(12) + Words({optionalLength, 0x2102}) + Words({0x20B}) + Zeros(106) +
+                DWords({16}) + Zeros(16) + DWords({kAddress}) + Zeros(256);
+        file.resize(0x40 + 24 + optionalLength);
+        const auto size = static_cast<DWORD>(resources.size());
+        file += sectionName + DWords({virtualLength, kAddress, size, kOffset}) + Zeros(16);
+        file.resize(kOffset);
+        file += resources + behind;
+        return result.Parse({file.begin(), file.end()});
+    }
+};
+
+/// One table of strings, its data entry with that length.
+std::string Strings(const std::string& data, std::size_t length) {
+    return Directory({{6, kSub | 24}}) + Directory({{1, kSub | 48}}) + Directory({{0, 72}}) +
+           DWords({kAddress + 88, static_cast<DWORD>(length), 0, 0}) + data;
+}
+
+TEST(PeResources, LengthsEndWhereTheyShould) {
+    PeResources resources;
+    const std::string table = Words({2, 'a', 'b'});
+    std::u16string text;
+    Image good{.resources = Strings(table, table.size()), .behind = Zeros(64)};
+    ASSERT_TRUE(good.IsTaken(resources));
+    EXPECT_TRUE(resources.FindString(0, text));
+    EXPECT_EQ(text, u"ab");
+    // Data that begin in the section and end behind it.
+    Image longer{.resources = Strings(table, table.size() + 2), .behind = Zeros(64)};
+    EXPECT_FALSE(longer.IsTaken(resources));
+    // A string of one unit more than its table.
+    Image string{.resources = Strings(table, table.size() - 2)};
+    EXPECT_FALSE(string.IsTaken(resources));
+    // A directory of two entries, of which the section holds one and the file both.
+    Image directory{.resources = Directory({{6, kSub | 24}}) + Directory({{1, kSub | 70}}) +
+                                 DWords({kAddress + 64, 6, 0, 0}) + table +
+                                 Directory({{0, 48}, {1, 48}}),
+                    .behind = Zeros(64)};
+    EXPECT_TRUE(directory.IsTaken(resources));
+    directory.virtualLength = static_cast<DWORD>(directory.resources.size() - 8);
+    EXPECT_FALSE(directory.IsTaken(resources));
+    // The optional header ends before the entry for resources; what follows it looks like one.
+    Image header = good;
+    header.optionalLength = 128;
+    header.sectionName = DWords({kAddress, 0});
+    EXPECT_FALSE(header.IsTaken(resources));
+    for (const unsigned sections : {96u, 97u}) {
+        Image many = good;
+        many.sections = sections;
+        EXPECT_EQ(many.IsTaken(resources), sections == 96);
+    }
+}
+
+TEST(PeResources, EntriesEnd) {
+    // All lead to one data entry of no length.
+    constexpr auto kMost = static_cast<unsigned>(PeResources::kMaxEntries);
+    for (const unsigned count : {kMost - 2, kMost - 1}) {
+        std::string tree = Directory({{16, kSub | 24}}) + Directory({{1, kSub | 64}}) +
+                           DWords({0, 0, 0, 0}) + Zeros(12) + Words({count - 30000, 30000});
+        for (DWORD i = 0; i < count; ++i)
+            tree += DWords({i, 48});
+        PeResources resources;
+        EXPECT_EQ(Image{.resources = tree}.IsTaken(resources), count == kMost - 2);
+    }
+}
+
+TEST(PeResources, TheFirstVersionInformationCounts) {
+    const auto block = [](const std::string& key, const std::string& inner, bool isText) {
+        std::string bytes = key;
+        bytes.resize((bytes.size() + 2 + 6 + 3) / 4 * 4 - 6);
+        bytes += inner;
+        const std::size_t value = isText ? inner.size() / 2 : 0;
+        return Words({static_cast<unsigned>(bytes.size() + 6), static_cast<unsigned>(value),
+                      isText ? 1u : 0u}) +
+               bytes;
+    };
+    const auto wide = [](std::string_view text) {
+        std::string bytes;
+        for (const char c : text)
+            bytes += Words({static_cast<unsigned char>(c)});
+        return bytes;
+    };
+    const auto version = [&](std::string_view description) {
+        return block(wide("VS_VERSION_INFO"),
+                     block(wide("StringFileInfo"),
+                           block(wide("040904B0"),
+                                 block(wide("FileDescription"), wide(description), true), false),
+                           false),
+                     false);
+    };
+    const std::string other = block(wide("VS_VERSION_INFO"), "", false),
+                      described = version("text");
+    PeResources resources;
+    const auto both = [&](const std::string& first, const std::string& second) {
+        const auto begin = static_cast<DWORD>(24 + 24 + 32 + 32);
+        const std::string tree = Directory({{16, kSub | 24}}) + Directory({{1, kSub | 48}}) +
+                                 Directory({{0, 80}, {1, 96}}) +
+                                 DWords({kAddress + begin, static_cast<DWORD>(first.size()), 0, 0,
+                                         kAddress + begin + static_cast<DWORD>(first.size()),
+                                         static_cast<DWORD>(second.size()), 0, 0}) +
+                                 first + second;
+        EXPECT_TRUE(Image{.resources = tree}.IsTaken(resources));
+        return resources.GetFileDescription();
+    };
+    EXPECT_EQ(both(described, other), u"text");
+    // Else any number of leaves that share a long block could be made to be read.
+    EXPECT_EQ(both(other, described), u"");
 }
 
 } // namespace

@@ -13,6 +13,7 @@
 
 #include <cerrno>
 #include <chrono>
+#include <cstdlib>
 #include <thread>
 
 /// fontconfig keeps a little of its own for the life of the process, where nobody sees it.
@@ -35,6 +36,24 @@ protected:
     TemporaryFolder m_folder;
     PosixSystem m_system;
 };
+
+TEST_F(PosixSystemTest, AProgramThatWasReplacedKeepsItsName) {
+    if (const char* const own = std::getenv("VNBYTSTR_TEST_REPLACED")) { // the copy below
+        EXPECT_EQ(m_system.GetModuleFileName(), own);
+        std::filesystem::remove(own);
+        EXPECT_EQ(m_system.GetModuleFileName(), own);
+        const std::string marked = std::string(own) + " (deleted)";
+        std::ofstream(marked) << "a file of that very name";
+        EXPECT_EQ(m_system.GetModuleFileName(), marked);
+        return;
+    }
+    const std::string copy = m_folder.File("program");
+    std::filesystem::copy_file(m_system.GetModuleFileName(), copy);
+    const std::string command = "VNBYTSTR_TEST_REPLACED='" + copy + "' '" + copy +
+                                "' --gtest_filter=*AProgramThatWasReplaced* >/dev/null";
+    EXPECT_EQ(std::system(command.c_str()), 0);
+    EXPECT_EQ(m_folder.Names(), std::vector<std::string>{"program (deleted)"});
+}
 
 TEST_F(PosixSystemTest, MovesInFilesWithAndWithoutTheKernelsPosition) {
     const std::string name = m_folder.File("f");

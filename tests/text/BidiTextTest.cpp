@@ -47,14 +47,49 @@ TEST(BidiText, DirectionsInTheHebrewAndArabicPages) {
     EXPECT_FALSE(IsStringAllLTR("\xC8")); // beh
     EXPECT_TRUE(IsStringAllRTL("\xC8 1\xA1"));
     EXPECT_FALSE(IsStringAllRTL("\xC8\xE9")); // e acute
-    for (const UINT page : {1252u, 65001u, 932u}) {
+    for (const UINT page : {1252u, 932u}) {
         const ScopedCodePage other(page);
         EXPECT_TRUE(IsStringAllLTR("\xF9\xEC"));
         EXPECT_FALSE(IsStringAllRTL("\xF9\xEC"));
     }
 }
 
+TEST(BidiText, Utf8) {
+    const ScopedCodePage scope(65001);
+    const char* const shalom = "\xD7\xA9\xD7\x9C\xD7\x95\xD7\x9D";
+    EXPECT_TRUE(IsStringAllRTL(shalom));
+    EXPECT_FALSE(IsStringAllLTR(shalom));
+    EXPECT_TRUE(IsStringAllLTR("abc 1"));
+    EXPECT_FALSE(IsStringAllRTL("abc 1"));
+    EXPECT_TRUE(IsStringAllLTR("1") && IsStringAllRTL("1"));
+    CString text("abc");
+    SurroundWithLRM(text);
+    EXPECT_STREQ(text, "\xE2\x80\x8E"
+                       "abc\xE2\x80\x8E");
+    TestSystem system;
+    const ScopedSystem systemScope(system);
+    system.SetMiddleEastEnabled(true);
+    EXPECT_EQ(WithSuffix("abc"), "abc\xE2\x80\x8E");
+    EXPECT_EQ(WithSuffix("abc\xE2\x80\x8E"), "abc\xE2\x80\x8E");
+    EXPECT_EQ(WithSuffix(shalom), shalom);
+    system.SetMiddleEastEnabled(false);
+    EXPECT_EQ(WithSuffix("abc"), "abc");
+}
+
+TEST(BidiText, NoMarkBreaksAText) {
+    for (const UINT number :
+         {874u, 932u, 936u, 949u, 950u, 1252u, 1255u, 1256u, 51932u, 54936u, 65001u}) {
+        const ScopedCodePage scope(number);
+        CString text("a");
+        SurroundWithLRM(text);
+        const std::string bytes(text);
+        const vnbytstr::CodePage& page = vnbytstr::CodePage::Ansi();
+        EXPECT_EQ(page.FromWide(page.ToWide(bytes)), bytes) << number;
+    }
+}
+
 TEST(BidiText, SurroundsWithoutLooking) {
+    const ScopedCodePage scope(1255);
     CString text;
     SurroundWithLRM(text);
     EXPECT_STREQ(text, "\xFD\xFD");

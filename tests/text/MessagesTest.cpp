@@ -199,8 +199,10 @@ TEST(FormatString, TakesTextsOfAnyLength) {
     const std::string text(3 << 20, 'x');
     CString out;
     EXPECT_EQ(FormatString(out, "<%s%s>", text.c_str(), text.c_str()), (6 << 20) + 2);
-    EXPECT_EQ(FormatString(out, "%16777216d", 1), 16777216);
-    EXPECT_EQ(FormatString(out, "%.1000000d", 1), 1000000);
+    EXPECT_EQ(FormatString(out, "%16777216s", "x"), 16777216);
+    EXPECT_EQ(FormatString(out, "%16384d%.16384d", 1, 2), 2 * 16384);
+    char letters[] = "letters"; // a text, whatever an argument pointer is
+    EXPECT_EQ(FormatString(out, "%s", letters), 7);
 }
 
 TEST(FormatString, RefusesFormatsThatDoNotFitTheArguments) {
@@ -226,8 +228,9 @@ TEST(FormatString, RefusesFormatsThatDoNotFitTheArguments) {
                                "%ll",
                                "%f",
                                "%p",
-                               "%16777217d",
-                               "%.16777217d",
+                               "%16385d",
+                               "%.16385d",
+                               "%16777216d",
                                "%99999999999999999999d",
                                "%.99999999999999999999d",
                                "%d%",
@@ -238,7 +241,12 @@ TEST(FormatString, RefusesFormatsThatDoNotFitTheArguments) {
     EXPECT_EQ(FormatString(out, "%d", "text"), -1);
     EXPECT_EQ(FormatString(out, "%d", 1.0), -1);
     EXPECT_EQ(FormatString(out, "%s", 1.0), -1);
-    EXPECT_EQ(FormatString(out, "%*d", 1 << 30, 1), -1);
+    for (const int width : {16385, -16385, 1 << 30}) {
+        EXPECT_EQ(FormatString(out, "%*d", width, 1), -1);
+        EXPECT_EQ(FormatString(out, "%*f", width, 1.0), -1);
+    }
+    EXPECT_EQ(FormatString(out, "%.*f", 16385, 1.0), -1);
+    EXPECT_EQ(FormatString(out, "%16777217s", "x"), -1);
     EXPECT_EQ(FormatString(out, "%*d", INT32_MIN, 1), -1);
     EXPECT_EQ(FormatString(out, "%*s", "5", "x"), -1);
     EXPECT_STREQ(out, "as it was");
@@ -261,6 +269,17 @@ TEST(FormatString, TakesAnArgumentPointer) {
         static_cast<int>(std::strlen("a     7 b   |ffffffffff 2.5 c%")));
     for (const char* format : {"%n", "%ls", "%S", "%1$d", "%", "%16777217d", "%y"})
         EXPECT_EQ(FormatList(out, format, 1), -1) << format;
+    EXPECT_EQ(FormatList(out, "%*d", 1 << 30, 1), -1);
+    EXPECT_EQ(FormatList(out, "%.*f", 1 << 30, 1.0), -1);
+    const char* const kinds = "%hhd|%hu|%ld|%lu|%lld|%zu|%jd|%td|%c|%Lg|%g|%x|%-*d|%.*s|%p|%s";
+    const auto expect = [&](auto... arguments) {
+        CString expected;
+        expected.Format(kinds, arguments...);
+        EXPECT_EQ(FormatList(out, kinds, arguments...), expected.GetLength());
+        EXPECT_STREQ(out, expected);
+    };
+    expect(300, 70000u, -1L, ~0UL, -5LL, std::size_t{7}, std::intmax_t{-9}, std::ptrdiff_t{-2}, 'c',
+           2.5L, 0.1, 255u, 6, 1, 2, "abc", static_cast<void*>(&out), "end");
     const std::string text(3 << 20, 'x');
     EXPECT_EQ(FormatList(out, "%s", text.c_str()), 3 << 20);
     EXPECT_EQ(FormatList(out, nullptr), 0);

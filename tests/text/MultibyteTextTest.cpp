@@ -204,6 +204,8 @@ TEST(MultibyteText, IdentifierCharacters) {
         return characters;
     };
     const std::string ascii = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
+    for (const char character : std::string("@#$_09"))
+        EXPECT_FALSE(IsValidIdentifierChar(character)) << character;
     const auto range = [](int first, int last) {
         std::string bytes;
         for (int byte = first; byte <= last; ++byte)

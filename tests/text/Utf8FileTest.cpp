@@ -97,6 +97,20 @@ TEST_F(Utf8File, EveryByteAndEveryPairOfEachPage) {
     }
 }
 
+TEST_F(Utf8File, WhatIsNotUtf8StaysUnderUtf8) {
+    const ScopedCodePage scope(65001);
+    const std::string slice(256 * 1024 - 1, 'x');
+    for (const std::string& text :
+         {std::string("caf\xE9 \xFC"), std::string("\xC3"), slice + "\xC3", slice + "\xC3(",
+          slice + slice + "\xED\xA0\x80"}) {
+        m_folder.Write("text", text);
+        EXPECT_EQ(ConvertToUTF8(m_folder.File("text").c_str()), 0);
+        EXPECT_EQ(m_folder.Read("text"), text);
+    }
+    EXPECT_EQ(m_folder.Names().size(), 1u);
+    EXPECT_EQ(Convert(slice + "\xC3\xA9\xEF\xBF\xBD"), slice + "\xC3\xA9\xEF\xBF\xBD");
+}
+
 TEST_F(Utf8File, BrokenTextIsThatOfTheCodePage) {
     std::mt19937 random(3);
     for (const UINT page :
@@ -134,17 +148,10 @@ TEST_F(Utf8File, CharactersAcrossSlices) {
     }
 }
 
-TEST_F(Utf8File, ControlCharactersOf932AndBrokenUtf8) {
-    {
-        const ScopedCodePage scope(932);
-        EXPECT_EQ(Convert("\x1A\x1C\x7F\x82\xA0\x1A\\"), "\x1A\x1C\x7F\xE3\x81\x82\x1A\\");
-        EXPECT_EQ(Convert("a\x82"), "a\xEF\xBF\xBD"); // a lone lead byte at the end
-    }
-    const ScopedCodePage scope(65001);
-    EXPECT_EQ(Convert("a\xC3\xA4\xFF"
-                      "b\xE3\x81"),
-              "a\xC3\xA4\xEF\xBF\xBD"
-              "b\xEF\xBF\xBD");
+TEST_F(Utf8File, ControlCharactersOf932) {
+    const ScopedCodePage scope(932);
+    EXPECT_EQ(Convert("\x1A\x1C\x7F\x82\xA0\x1A\\"), "\x1A\x1C\x7F\xE3\x81\x82\x1A\\");
+    EXPECT_EQ(Convert("a\x82"), "a\xEF\xBF\xBD"); // a lone lead byte at the end
 }
 
 TEST_F(Utf8File, EmptyAndMissingFiles) {
