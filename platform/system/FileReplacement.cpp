@@ -91,7 +91,8 @@ int FileReplacement::OpenGathering() {
         const std::string folder = System::Current().GetTemporaryFolder();
         SweepLeftoversOnce(folder);
         m_way = Way::InPlace;
-        error = MakeScratch(ScratchUse::New, folder, m_scratch, m_handle);
+        if (MakeScratch(ScratchUse::New, folder, m_scratch, m_handle) == 0)
+            error = 0; // else it is the target's folder that is in the way
     }
     if (error != 0)
         Reset();
@@ -157,7 +158,9 @@ int FileReplacement::GiveAttributes() {
             return EXDEV;
     }
     const DWORD newMode = m_isPrivate ? 0600 : system.GetNewFileMode();
-    const int error = system.SetFileMode(m_handle, isNew ? newMode : m_old.mode);
+    // As any write does, this takes the marks off that give a program its owner's or group's
+    // rights.
+    const int error = system.SetFileMode(m_handle, isNew ? newMode : m_old.mode & 01777);
     return IsModeRefusal(error) ? 0 : error;
 }
 
@@ -184,7 +187,7 @@ int FileReplacement::CommitInPlace() {
     std::uint64_t length = 0;
     if (const int error = System::Current().GetFileLength(m_handle, length))
         return error;
-    if (const int error = WriteInPlace(m_handle, length, m_target))
+    if (const int error = WriteInPlace(m_handle, length, m_target, m_old.identity))
         return error;
     FileStatus status;
     if (System::Current().GetFileStatus(m_target.c_str(), status) == 0)

@@ -18,9 +18,8 @@ namespace vnbytstr {
 ///  - A plain file that a new one cannot stand in for (it has several names; its owner, group or
 ///    attributes cannot be given to another file; its folder takes no new names): it is written
 ///    over at Commit, with a copy of the old content kept until all is on the disk (see
-///    InPlaceWrite.h).
-///  - Anything else (a pipe, a terminal, a device, and what /dev/stdout stands for, be it a file)
-///  is
+///    InPlaceWrite.h). Two processes that do so take turns; EWOULDBLOCK after 2 seconds of waiting.
+///  - Anything else (a pipe, a terminal, a device, and what /dev/stdout stands for, be it a file) is
 ///    opened for writing alone and written to directly, with no promise. A pipe waits for its
 ///    reader.
 ///

@@ -16,7 +16,9 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -348,6 +350,17 @@ int WriteMissing(FileHandle source, std::uint64_t length, const std::string& nam
     return error;
 }
 
+/// Takes the target's lock, waiting for a while.
+int LockInTurn(FileHandle target) {
+    constexpr auto kPause = std::chrono::milliseconds(10);
+    for (auto left = std::chrono::milliseconds(2000);; left -= kPause) {
+        const int error = System::Current().LockFile(target, true, false);
+        if (error != EWOULDBLOCK || left.count() <= 0)
+            return LocksAreMissing(error) ? 0 : error;
+        std::this_thread::sleep_for(kPause);
+    }
+}
+
 /// Makes the scratch file for the old content, beside the target or else in the temporary folder.
 int MakeUndo(const std::string& target, std::string& name, FileHandle& handle) {
     const int error = MakeScratch(ScratchUse::Old, FolderOf(target), name, handle);
@@ -358,15 +371,21 @@ int MakeUndo(const std::string& target, std::string& name, FileHandle& handle) {
 
 } // namespace
 
-int WriteInPlace(FileHandle source, std::uint64_t length, const std::string& name) {
+int WriteInPlace(FileHandle source, std::uint64_t length, const std::string& name,
+                 const FileIdentity& expected) {
     System& system = System::Current();
-    OpenHandle target;
-    int error = system.OpenFile(name.c_str(), kOpenRead | kOpenWrite, target.handle);
-    if (error == ENOENT)
+    if (!expected.IsKnown())
         return WriteMissing(source, length, name);
+    OpenHandle target;
+    // Never through a link: the name has been followed to its end already.
+    int error = system.OpenFile(name.c_str(), kOpenRead | kOpenWrite | kOpenPrivate, target.handle);
+    if (error == 0)
+        error = LockInTurn(target.handle);
     FileStatus status;
     if (error == 0)
         error = system.GetFileStatus(target.handle, status);
+    if (error == 0 && status.identity != expected)
+        error = ESTALE;
     if (error != 0)
         return error;
     const Trailer trailer{
@@ -397,6 +416,8 @@ bool RecoverInPlace(FileHandle undo) {
     if (const int error = System::Current().OpenFile(
             record.name.c_str(), kOpenRead | kOpenWrite | kOpenPrivate, target.handle))
         return error == ENOENT;
+    if (LockInTurn(target.handle) != 0)
+        return false; // it is being written
     if (IdentityOf(target.handle) != trailer.target ||
         !IsMixture(target.handle, undo, trailer, record))
         return true; // somebody has put something else there since

@@ -313,6 +313,28 @@ TEST_F(FileReplacementTest, WhatAKilledProcessWasWritingOverComesBack) {
     }
 }
 
+/// Writing over takes turns, and only the file that was meant is written.
+TEST_F(FileReplacementTest, WritingOverIsForOneAtATime) {
+    Write("a", "old");
+    ASSERT_EQ(::link(Name("a").c_str(), Name("b").c_str()), 0);
+    const int holder = ::open(Name("b").c_str(), O_RDONLY);
+    ASSERT_EQ(m_system.LockFile(holder, true, false), 0);
+    std::thread release([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        ::close(holder);
+    });
+    EXPECT_EQ(Put(Name("a"), "new"), 0);
+    release.join();
+    FileReplacement target;
+    ASSERT_EQ(target.Open(Name("a").c_str()), 0);
+    Write("other", "other");
+    ASSERT_EQ(::link(Name("other").c_str(), Name("more").c_str()), 0);
+    ASSERT_EQ(::rename(Name("other").c_str(), Name("a").c_str()), 0);
+    EXPECT_EQ(target.Commit(), ESTALE);
+    EXPECT_EQ(Read("a"), "other");
+    EXPECT_EQ(Read("b"), "new");
+}
+
 /// Small files: an edit that somebody makes between the kill and the sweep is not undone.
 TEST_F(FileReplacementTest, WhatSomebodyElseWroteSinceStays) {
     Write("two", "color = red\nsize = 10\n");
