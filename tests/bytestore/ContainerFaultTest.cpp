@@ -21,6 +21,8 @@ void* operator new(std::size_t size) {
         return block;
     throw std::bad_alloc();
 }
+// The compiler sees the inlined free, but not that the block came from the operator above.
+#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
 void operator delete(void* block) noexcept { std::free(block); }
 void operator delete(void* block, std::size_t) noexcept { std::free(block); }
 
