@@ -72,6 +72,7 @@ private:
         auto pair = std::make_unique<CcsidPair>();
         pair->from = Pool(from, swapNewLine);
         pair->to = Pool(to, swapNewLine);
+        pair->fromCcsid = from;
         if (!pair->from || !pair->to)
             return nullptr;
         if (from == to) {

@@ -12,6 +12,7 @@ namespace vnbytstr::detail {
 struct CcsidPair {
     ConverterPool* from = nullptr;
     ConverterPool* to = nullptr;
+    WORD fromCcsid = 0;
     std::unique_ptr<CcsidKernel> kernel; ///< null when ICU does it all
 };
 

@@ -23,6 +23,12 @@ constexpr std::size_t kSmallestPiece = 8, kLargestPiece = 4096;
 constexpr std::size_t kWorthwhile =
     256; // bytes a kernel must get through to go on with small pieces
 constexpr std::size_t kLargestSlice = 1u << 30; // ICU counts in signed 32 bits
+
+/// Bytes of a set's units, at whose multiples its characters begin.
+unsigned UnitOf(WORD ccsid) {
+    constexpr WORD kUtf16[] = {1200, 1202, 1204, 13488, 17584};
+    return std::find(std::begin(kUtf16), std::end(kUtf16), ccsid) != std::end(kUtf16) ? 2 : 1;
+}
 } // namespace
 
 /// What ICU calls when something cannot be converted: counts it, notes where it was, and stops or
@@ -42,11 +48,15 @@ struct CcsidTranslator::Callbacks {
             unread = args->sourceLimit - args->source;
         UErrorCode ignored = U_ZERO_ERROR;
         unread += ucnv_toUCountPending(args->converter, &ignored) + length;
+        ULONGLONG position =
+            self.m_decodeStart +
+            static_cast<ULONGLONG>(self.m_decodeReal - self.m_decodeBegin - unread);
+        // When a slice ends within a unit ICU keeps the unit's first byte where nobody sees it.
+        position -= position % UnitOf(self.m_pair.fromCcsid);
+        self.m_malformedEnd = position + static_cast<ULONGLONG>(length);
         STranslationReport& report = self.m_report;
         if (report.ullMalformed++ == 0)
-            report.ullFirstMalformed =
-                self.m_decodeStart +
-                static_cast<ULONGLONG>(self.m_decodeReal - self.m_decodeBegin - unread);
+            report.ullFirstMalformed = position;
         if (self.m_stop)
             return;
         if (args->target >= self.m_pivot.data() && args->target <= self.m_pivot.data() + kPivot)
@@ -227,7 +237,13 @@ ULONGLONG CcsidTranslator::PositionOf(std::ptrdiff_t unit) const {
         return m_lastUnit;
     // Of a character that began in an earlier slice ICU's converters say various things.
     const bool isFirst = unit == 0 || (unit == 1 && U16_IS_LEAD(m_pivot[0]));
-    const int offset = m_offsets[static_cast<std::size_t>(unit)];
+    int offset = m_offsets[static_cast<std::size_t>(unit)];
+    if (offset >= m_decodeEnd - m_decodeBegin) // what ICU says of some bytes that it reads again
+        offset = -1;
+    // What a broken sequence held back may have come in an earlier slice, too: single bytes, and
+    // then a character.
+    if (offset < 0 && !m_replaced.empty() && unit > m_replaced.back())
+        return m_malformedEnd + static_cast<ULONGLONG>(unit - m_replaced.back() - 1);
     return offset < 0 || (isFirst && m_pendingStart < m_decodeStart)
                ? m_pendingStart
                : m_decodeStart + static_cast<ULONGLONG>(offset);

@@ -75,6 +75,7 @@ private:
     const char16_t* m_readyNext = nullptr;  // ... or in the paragraph that is ready
     ULONGLONG m_decodeStart = 0;            // position of the first byte decoded into the pivot
     ULONGLONG m_pendingStart = 0;           // position of the character that began before it
+    ULONGLONG m_malformedEnd = 0;           // where the last broken sequence ended
     ULONGLONG m_lastUnit = 0;               // position of the last unit of the pivot before
     std::vector<std::ptrdiff_t> m_replaced; // units of the pivot that stand for malformed input
 

@@ -180,6 +180,38 @@ TEST_P(Ccsid, SlicesGiveWhatTheWholeGives) {
     }
 }
 
+TEST_P(Ccsid, BrokenTextInSlicesIsReportedAsTheWhole) {
+    std::mt19937 random(5);
+    const WORD sources[] = {1200, 1202, 1204, 13488, 1208, 1232, 932, 930, 1392, 954, 964};
+    const WORD targets[] = {1208, 1252, 37, 930};
+    for (int round = 0; round < 20000; ++round) {
+        const WORD from = sources[random() % std::size(sources)];
+        const WORD to = targets[random() % std::size(targets)];
+        const bool isWide = from == 1200 || from == 1202 || from == 1204 || from == 13488;
+        std::string text;
+        for (auto size = random() % 16; size > 0; --size) {
+            if (isWide) { // lone surrogates, pairs, and others
+                const auto low = static_cast<unsigned>(random() % 1024);
+                const unsigned choices[] = {'A', 0xD800 + low, 0xDC00 + low, 0x3042};
+                const unsigned unit = choices[random() % 4];
+                text += static_cast<char>(from == 1202 ? unit : unit >> 8);
+                text += static_cast<char>(from == 1202 ? unit >> 8 : unit);
+            } else {
+                text += static_cast<char>(random() % 3 == 0 ? 'a' : random());
+            }
+        }
+        text.resize(text.size() - (text.empty() ? 0 : random() % 2)); // cut in a unit
+        const Result whole = Translate(from, to, text);
+        const Result sliced = Translate(from, to, text, 1 + random() % 5, random() % 2 ? 7 : 4096);
+        const std::string what = Name(from, to) + " " + testing::PrintToString(text);
+        ASSERT_EQ(sliced.text, whole.text) << what;
+        ExpectSameReport(sliced.report, whole.report, what);
+        EXPECT_TRUE(!isWide || whole.report.ullMalformed == 0 ||
+                    whole.report.ullFirstMalformed % 2 == 0)
+            << what;
+    }
+}
+
 TEST_P(Ccsid, SingleByteSetsAgreeOnEveryPairOfBytes) {
     std::string pairs;
     for (int first = 0; first < 256; ++first) {
