@@ -109,8 +109,9 @@ int CGlobalVars::Position(const CGlobalVar& var) const {
 }
 
 int CGlobalVars::Append(const CString& name, const CString& value) {
-    const auto [var, number] =
-        WithMemoryException([&] { return m_pIndex->pool.Make(name, value); });
+    const auto made = WithMemoryException([&] { return m_pIndex->pool.Make(name, value); });
+    CGlobalVar* const var = made.first; // not a structured binding: clang 14's lambdas take none
+    const DWORD number = made.second;
     var->m_dwNumber = number;
     var->m_dwSerial = m_dwNextSerial;
     int index = -1;

@@ -30,7 +30,9 @@ void SortRange(Iterator begin, Iterator end, bool ascending) {
 /// Places of `from` in `text`, each where a character begins, none within the one before.
 std::vector<std::size_t> FindAll(std::string_view text, std::string_view from) {
     const CodePage& page = CodePage::Ansi();
-    const bool everyByteMayBegin = page.IsSingleByte() || page.IsUtf8();
+    // In UTF-8 a byte that can go on with a character is the only one that need not begin one.
+    const bool everyByteMayBegin =
+        page.IsSingleByte() || (page.IsUtf8() && (static_cast<BYTE>(from.front()) & 0xC0) != 0x80);
     const char* const end = text.data() + text.size();
     std::vector<std::size_t> places;
     std::size_t begin = 0; // of a character
@@ -98,9 +100,11 @@ void Pad(CString& pattern, int length) {
     if (length <= pattern.GetLength())
         return;
     const std::string_view text = ViewOf(pattern);
-    const bool hasWildcard = CodePage::Ansi().SpanWithout(text, "%_") < text.size();
+    const CodePage& page = CodePage::Ansi();
+    const bool hasWildcard = page.SpanWithout(text, "%_") < text.size();
+    // No character has % for its trail byte, but a broken one may.
     if (!hasWildcard)
         pattern += CString(' ', length - pattern.GetLength());
-    else if (text.back() != '%') // which is no trail byte in any page
+    else if (text.back() != '%' || page.CharStart(text, text.size() - 1) != text.size() - 1)
         pattern += '%';
 }

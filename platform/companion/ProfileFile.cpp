@@ -15,6 +15,8 @@ namespace vnbytstr::detail {
 
 namespace {
 
+constexpr std::string_view kMark = "\xEF\xBB\xBF"; // of UTF-8, which editors put first
+
 std::string_view Trimmed(std::string_view text) {
     const std::size_t first = text.find_first_not_of(" \t\r");
     if (first == std::string_view::npos)
@@ -65,8 +67,8 @@ std::string_view NameIn(std::string_view line) {
 ProfileFile::ProfileFile(const CodePage& page) : m_page(&page), m_sections(1) {}
 
 ProfileFile::ProfileFile(std::string_view text, const CodePage& page) : ProfileFile(page) {
-    if (text.starts_with("\xEF\xBB\xBF"))
-        text.remove_prefix(3);
+    if (text.starts_with(kMark))
+        text.remove_prefix(kMark.size());
     Read(text);
 }
 
@@ -149,6 +151,9 @@ std::string ProfileFile::Text() const {
                 text += line.raw + '\n';
         }
     }
+    // A second mark belongs to its line: it must not be taken for the file's own when it is read.
+    if (text.starts_with(kMark))
+        text.insert(0, kMark);
     return text;
 }
 
