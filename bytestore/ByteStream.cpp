@@ -293,7 +293,8 @@ DWORD CByteStream::GetMaxSizeInMemory() {
     if (size == 0) {
         size = WithMemoryException(
             [] { return VNGetProfileDWORD(3, "Options", "MaxCacheBlock", 0x40000, 0); });
-        limit.store(size, std::memory_order_relaxed);
+        if (VNGetProfileStatus() != ProfileUnreadable) // that may pass
+            limit.store(size, std::memory_order_relaxed);
     }
     return size;
 }

@@ -63,18 +63,17 @@ CFile& FileOf(const CArchive& archive) {
     return *archive.GetFile();
 }
 
-/// `count` bytes of the archive and two zeros.
+/// `count` bytes of the archive.
 std::vector<char> ReadBytes(CArchive& archive, DWORD count) {
     constexpr DWORD kFirstPiece = 65536;
     std::vector<char> bytes;
     for (DWORD done = 0; done < count;) {
         const DWORD piece = std::min(count - done, std::max(kFirstPiece, done));
-        WithMemoryException([&] { bytes.resize(std::size_t{done} + piece + 2); });
+        WithMemoryException([&] { bytes.resize(std::size_t{done} + piece); });
         if (archive.Read(bytes.data() + done, piece) < piece)
             AfxThrowArchiveException(CArchiveException::endOfFile, FileOf(archive).GetFilePath());
         done += piece;
     }
-    bytes[count] = bytes[std::size_t{count} + 1] = '\0';
     return bytes;
 }
 

@@ -282,6 +282,22 @@ TEST_F(GlobalVarsProfile, OfTwoProcessesThatSaveTheLaterOnesTableStays) {
     EXPECT_TRUE(Section() == tables[0] || Section() == tables[1]);
 }
 
+TEST_F(GlobalVarsProfile, OneThatIsSetAsideDoesNotReplaceTheOrdinaryOne) {
+    KeepUserVariables();
+    CGlobalVars table;
+    table.Initialize();
+    Add(table, "TWICE", "ordinary");
+    EXPECT_EQ(table.SetGlobalVariableFlag(60, 1), Success);
+    Add(table, "TWICE", "set aside");
+    EXPECT_EQ(table.SetGlobalVariableFlag(61, 1), Success);
+    EXPECT_EQ(table.SetGlobalVariableFlag(60, 0), Success);
+    Add(table, "ALONE", "set aside");
+    EXPECT_EQ(table.SetGlobalVariableFlag(62, 1), Success);
+    EXPECT_EQ(table.SaveToRegistry(), Success);
+    EXPECT_EQ(Section()["TWICE"], "ordinary");
+    EXPECT_EQ(Section()["ALONE"], "set aside");
+}
+
 TEST_F(GlobalVarsProfile, ValuesOfAnotherVersionStayUntilTheyAreChanged) {
     const std::map<std::string, std::string> strange = {{"TLXQW_QUERY_LANG", "3"},
                                                         {"TLXDC_LIST_ORDER", "9"}};

@@ -6,6 +6,7 @@
 #include "examples/vnquery/window/ExportDialog.h"
 #include "examples/vnquery/window/GlobalsDialog.h"
 #include "examples/vnquery/window/LanguageDialog.h"
+#include "examples/vnquery/window/WindowText.h"
 
 #include <vnbytstr/GlobalVars.h>
 #include <vnbytstr/Language.h>
@@ -13,6 +14,10 @@
 
 #include <QBuffer>
 #include <QImage>
+
+#include <unistd.h>
+
+#include <filesystem>
 
 namespace vnquery::test {
 namespace {
@@ -239,6 +244,27 @@ TEST_F(WindowDialogs, GlobalVariablesAreReadAnewAndSavedAfterAChangeOnly) {
     }
     VNWriteProfileString(3, "Global Variables", nullptr, nullptr);
     GetGlobals().Initialize();
+}
+
+TEST_F(WindowDialogs, TheWindowSaysWhySettingsAreNotSaved) {
+    MakeDatabase("create table t(v)");
+    Open();
+    std::filesystem::create_directory(File("no-profile.ini")); // neither read nor written
+    ::usleep(20000);                                           // more than a tick
+    m_answers.m_answers = {IDOK};
+    GlobalsDialog dialog(&Window());
+    WithDialog([&] { dialog.DoModal(); },
+               [&](CWnd& window) {
+                   dynamic_cast<CDialog&>(window).CheckDlgButton(1004,
+                                                                 1); // keep the user's variables
+                   Press(window, IDOK);
+               });
+    ASSERT_EQ(m_answers.m_texts.size(), 1u);
+    EXPECT_NE(m_answers.m_texts[0].find("no-profile.ini"), std::string::npos);
+    EXPECT_NE(m_answers.m_texts[0].find("not a plain file"), std::string::npos);
+    std::filesystem::remove(File("no-profile.ini"));
+    EXPECT_TRUE(VNWriteProfileString(3, "Options", "Other", "1"));
+    EXPECT_EQ(SettingsTrouble(), "");
 }
 
 TEST_F(WindowDialogs, AnotherLanguageChangesEveryText) {

@@ -231,7 +231,7 @@ void GlobalsDialog::OnOK() {
     if (!m_list.CellEnter(TRUE))
         return;
     if (HasChanges() && !ApplyChanges())
-        ShowMessage(Text(IDS_VQ_G_NOT_SAVED));
+        ShowMessage(Text(IDS_VQ_G_NOT_SAVED) + SettingsTrouble());
     CDialog::OnOK();
 }
 

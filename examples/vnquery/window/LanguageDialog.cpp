@@ -36,9 +36,10 @@ void LanguageDialog::OnOK() {
         return;
     }
     const BOOL isKept = VNWriteProfileString(kOptionsRoot, "Options", "UILanguage", code);
+    const std::string trouble = SettingsTrouble();
     LoadTexts();
     if (!isKept)
-        ShowMessage(Text(IDS_VQ_L_NOT_SAVED));
+        ShowMessage(Text(IDS_VQ_L_NOT_SAVED) + trouble);
     EndDialog(IDOK);
 }
 

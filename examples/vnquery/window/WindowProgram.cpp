@@ -2,8 +2,10 @@
 
 #include "../Failure.h"
 #include "MainWindow.h"
+#include "WindowText.h"
 
 #include <vnbytstr/GlobalVars.h>
+#include <vnbytstr/Profile.h>
 
 #include <cstdlib>
 
@@ -33,6 +35,9 @@ int RunWindow(int argc, char** argv, const WindowStart& start) {
     application.m_pMainWnd = &window;
     if (!window.Open())
         throw Failure(kFileFailed, Text(IDS_VQ_CL_NO_DISPLAY));
+    CString trouble;
+    if (VNGetProfileStatus(&trouble) != ProfileSound)
+        ShowMessage(ToString(trouble));
     if (!start.connection.IsEmpty())
         window.GetView().SetConnection(start.connection);
     window.GetView().SetSql(start.sql);

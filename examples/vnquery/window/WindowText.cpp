@@ -1,6 +1,7 @@
 #include "WindowText.h"
 
 #include <vnbytstr/Language.h>
+#include <vnbytstr/Profile.h>
 
 namespace vnquery {
 
@@ -21,6 +22,11 @@ int ShowMessage(const std::string& text, UINT type) {
     if (!shown.empty() && shown[0] >= 'a' && shown[0] <= 'z')
         shown[0] = static_cast<char>(shown[0] - 'a' + 'A');
     return AfxMessageBox(shown.c_str(), type, 0);
+}
+
+std::string SettingsTrouble() {
+    CString text;
+    return VNGetProfileStatus(&text) == ProfileSound ? "" : "\n\n" + ToString(text);
 }
 
 DWORD LayoutStyle() { return ResourcesAreBiDi() ? WS_EX_LAYOUTRTL : 0; }

@@ -20,6 +20,10 @@ std::string GetItemText(const CWnd& dialog, int id);
 /// A message box with that text (its first letter made a capital one); returns the button.
 int ShowMessage(const std::string& text, UINT type = MB_OK | MB_ICONEXCLAMATION);
 
+/// What there is to say about the settings (damaged, unreadable, not saved) after a blank line, for
+/// the end of a message; empty when all is well with them.
+std::string SettingsTrouble();
+
 /// WS_EX_LAYOUTRTL when the texts of the interface run from right to left, else 0.
 DWORD LayoutStyle();
 
