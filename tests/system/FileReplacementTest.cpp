@@ -379,6 +379,37 @@ TEST_F(FileReplacementTest, TheSweepGoesByTheLockAlone) {
     EXPECT_FALSE(std::filesystem::exists(used));
 }
 
+TEST_F(FileReplacementTest, TheSweepLeavesOtherUsersFilesAndWhatWasKept) {
+    if (!test::CanBecomeNobody())
+        GTEST_SKIP() << "giving a file away needs root";
+    struct Case {
+        const char* name;
+        mode_t mode;
+        bool isOwn, isSwept;
+    };
+    for (const Case& file :
+         {Case{"~dat-9-1.tmp", 01600, true, true},
+          Case{"~dat-9-2.tmp", 0600, true, false}, // kept on purpose
+          Case{"~dat-9-3.tmp", 01600, false, false}, Case{".~new-9-1.tmp", 0644, true, true},
+          Case{".~new-9-2.tmp", 01600, false, true}, // root gave it away
+          Case{".~old-9-1.tmp", 01600, true, true}, Case{".~old-9-2.tmp", 01600, false, false}}) {
+        Write(file.name, "left");
+        ASSERT_EQ(::chown(Name(file.name).c_str(), file.isOwn ? 0 : test::kNobody, 0), 0);
+        ASSERT_EQ(::chmod(Name(file.name).c_str(), file.mode), 0);
+        SweepLeftovers(m_folder.File("at"));
+        EXPECT_EQ(std::filesystem::exists(Name(file.name)), !file.isSwept) << file.name;
+    }
+    // Nor does a user sweep root's.
+    OpenToAll();
+    Write(".~new-9-3.tmp", "left");
+    EXPECT_EQ(test::AsNobody([&] {
+                  SweepLeftovers(m_folder.File("at"));
+                  return 0;
+              }),
+              0);
+    EXPECT_TRUE(std::filesystem::exists(Name(".~new-9-3.tmp")));
+}
+
 TEST_F(FileReplacementTest, AChildGivesNothingUpThatItsParentBegan) {
     FileReplacement target;
     ASSERT_EQ(target.Open(Name("a").c_str()), 0);
