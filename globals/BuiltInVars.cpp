@@ -3,6 +3,7 @@
 #include "platform/system/CodePage.h"
 #include "platform/system/Collation.h"
 
+#include <algorithm>
 #include <charconv>
 #include <limits>
 #include <map>
@@ -146,16 +147,25 @@ const BuiltInVar* FindBuiltIn(int id) noexcept {
 }
 
 void AppendNameKey(const Collation& collation, std::string_view name, std::string& key) {
-    if (name.find('i') == std::string_view::npos) { // the one letter that is upper-cased otherwise
+    const bool isPlain = std::all_of(name.begin(), name.end(), [](char c) {
+        return c != 'i' && static_cast<unsigned char>(c) < 0x80;
+    });
+    if (isPlain) { // no letter that is upper-cased otherwise
         collation.AppendKey(name, key);
         return;
     }
     const CodePage& page = CodePage::Ansi();
-    std::string upper(name);
-    char* const end = upper.data() + upper.size();
-    for (char* p = upper.data(); p < end; p += page.CharLength(p, end))
-        if (*p == 'i') // not the second byte of a character
-            *p = 'I';
+    std::string upper;
+    const char* const end = name.data() + name.size();
+    for (const char* p = name.data(); p < end;) {
+        const std::string_view one(p, page.CharLength(p, end));
+        p += one.size();
+        const std::u16string wide = one.size() > 1 ? page.ToWide(one) : std::u16string();
+        if (one == "i" || wide == u"\xFF49" || wide == u"\xFF29") // in full width, too
+            upper += 'I';
+        else
+            upper += one;
+    }
     collation.AppendKey(upper, key);
 }
 

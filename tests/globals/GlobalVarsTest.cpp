@@ -294,6 +294,7 @@ TEST_F(GlobalVars, DoWhatAListOfPairsDoes) {
 }
 
 TEST_F(GlobalVars, LettersAreTheSameInEveryLocale) {
+    const vnbytstr::ScopedCodePage utf8(65001);
     for (const char* locale : {"tr_TR.UTF-8", "az_AZ.UTF-8", "lt_LT.UTF-8", "en_US.UTF-8"}) {
         m_system.SetEnvironment("LC_ALL", locale);
         CGlobalVars table;
@@ -302,6 +303,7 @@ TEST_F(GlobalVars, LettersAreTheSameInEveryLocale) {
         EXPECT_EQ(Add(table, "Region"), Duplicate);
         EXPECT_EQ(Set(table, "regIOn", "South"), Success);
         EXPECT_EQ(Value(table, "region"), "South");
+        EXPECT_EQ(Value(table, "\xEF\xBD\x92\xEF\xBD\x85\xEF\xBD\x87\xEF\xBD\x89on"), "South");
         EXPECT_EQ(CGlobalVars::GetIDFromName("tlxao_connect_id"), CGlobalVars::TLXAO_CONNECT_ID);
         EXPECT_TRUE(CGlobalVars::IsReservedName("tlxap_printer"));
         const CString name = "ReGiOn";
