@@ -1,4 +1,4 @@
-// Text in slices through a CCSID translation, the output piece by piece to whoever takes it.
+// Text in slices through a CCSID translation, the output piece by piece to a function.
 #pragma once
 
 #include "platform/companion/Ccsid.h"

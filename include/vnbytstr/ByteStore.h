@@ -85,7 +85,7 @@ private:
 ///
 /// Threads: one at a time.
 ///
-/// Exceptions: CCacheException (see there; 6 also when a page's memory is not to be had),
+/// Exceptions: CCacheException (see there; 6 also when there is no memory for a page),
 /// CMemoryException when other memory runs out, CFileException when the swap file or a target file
 /// cannot be opened, renamed or synced. After one the store has the length it had before the call,
 /// every byte it held outside the range that the call was to change, and can be used on: once the

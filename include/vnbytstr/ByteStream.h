@@ -75,7 +75,7 @@ public:
     BYTE* GetBuffer(DWORD size);
     /// The same, and the length becomes `length`.
     BYTE* GetBufferSetLength(DWORD length);
-    /// Room for `size` bytes behind the content.
+    /// Room for `size` bytes after the content.
     BYTE* GetConcatBuffer(DWORD size);
     /// The same, and the length grows by `size`.
     BYTE* GetConcatBufferSetLength(DWORD size);

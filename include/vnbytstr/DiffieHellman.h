@@ -1,8 +1,8 @@
 // CDiffieHellman: one side of a Diffie-Hellman key agreement, for existing peers.
 //
-// Its random numbers come from the C library's rand, seeded with the time in seconds: whoever knows
-// when a key was made knows the key. It is here to talk to existing peers and protects nothing
-// today.
+// Its random numbers come from the C library's rand, seeded with the time in seconds: the
+// key is known to everybody who knows when it was made. It is here to talk to existing peers and
+// protects nothing today.
 #pragma once
 
 #include "vnbytstr/ByteStream.h"

@@ -108,7 +108,7 @@ TEST_F(ContainerFaultTest, FullDiskLosesNothing) {
     EXPECT_EQ(CauseOf([&] { Append(store, more); }), 4);
     EXPECT_EQ(store.GetLength(), bytes.size());
     EXPECT_EQ(Content(store), bytes);
-    m_system.Inject(std::nullopt); // the person made room
+    m_system.Inject(std::nullopt); // there is room again
     Append(store, more);
     Bytes all = bytes;
     all.insert(all.end(), more.begin(), more.end());

@@ -202,6 +202,10 @@ TEST_F(ContainerValueTest, MovesTakeEverything) {
     second = CByteStream("0102030405");
     EXPECT_TRUE(second == "0102030405");
     second.ConcatByte(6);
+    second.SetReadOnlyBuffer(buffer.data(), 4);
+    second = CByteStream("05");
+    EXPECT_TRUE(second == "05" && !second.IsReadOnlyBuffer());
+    EXPECT_EQ(buffer, (Bytes{1, 2, 3, 4}));
 
     std::vector<CByteStream> streams;
     std::vector<CByteStore> stores;
