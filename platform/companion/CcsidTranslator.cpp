@@ -275,6 +275,9 @@ CcsidTranslator::Status CcsidTranslator::Encode(const char16_t*& next, const cha
         if (!m_stop)
             throw std::bad_alloc();
         m_failed = true;
+        // What the decoder saw malformed lies beyond this place: nobody has got that far.
+        m_report.ullMalformed = 0;
+        m_report.ullFirstMalformed = STranslationReport::nowhere;
         return Status::Failed;
     }
     return Status::Done;
