@@ -19,6 +19,7 @@ using vnbytstr::LeadsTo;
 using vnbytstr::System;
 using vnbytstr::detail::PageOnFile;
 using vnbytstr::detail::ThrowIf;
+using vnbytstr::detail::WithMemoryException;
 
 namespace {
 
@@ -57,11 +58,13 @@ void CByteStore::Empty() {
 // --- the swap file as an image of the store ------------------------------------------------------
 
 void CByteStore::Flush(int fromCurrent) {
-    FlushImage();
-    if (fromCurrent && m_dwCurrent != 0)
-        WriteShiftedFlush();
-    else if (m_pImage->named.IsKnown() && m_pImage->named != m_pImage->image)
-        PutImageUnderName();
+    WithMemoryException([&] {
+        FlushImage();
+        if (fromCurrent && m_dwCurrent != 0)
+            WriteShiftedFlush();
+        else if (m_pImage->named.IsKnown() && m_pImage->named != m_pImage->image)
+            PutImageUnderName();
+    });
 }
 
 /// Brings all pages to the open swap file, and cuts it at the length.
@@ -193,6 +196,10 @@ void CByteStore::WritePages(CFile& file, DWORD shift, std::vector<PageOnFile>* w
 // --- copying and saving --------------------------------------------------------------------------
 
 void CByteStore::CopyToFile(const char* name, int fromCurrent) {
+    WithMemoryException([&] { PutCopy(name, fromCurrent); });
+}
+
+void CByteStore::PutCopy(const char* name, int fromCurrent) {
     const DWORD shift = fromCurrent ? m_dwCurrent : 0;
     ReadImage();
     FileReplacement target;
@@ -214,6 +221,11 @@ void CByteStore::CopyToFile(const char* name, int fromCurrent) {
 }
 
 void CByteStore::SaveToFile(const char* name, int fromCurrent) {
+    WithMemoryException([&] { PutContent(name, fromCurrent); });
+    Empty();
+}
+
+void CByteStore::PutContent(const char* name, int fromCurrent) {
     const DWORD shift = fromCurrent ? m_dwCurrent : 0;
     ReadImage();
     FileReplacement target;
@@ -232,7 +244,6 @@ void CByteStore::SaveToFile(const char* name, int fromCurrent) {
     }
     if (m_pImage && LeadsTo(m_strFileName, saved))
         m_pImage->named = {}; // the saved file is not the store's to delete
-    Empty();
 }
 
 /// Makes the swap file, which is an image of the whole store, what `target` leads to; the identity
@@ -284,11 +295,12 @@ bool CByteStore::RenameImage(FileReplacement& target, const char* name) {
     if (!target.IsNew() || system.GetFileStatus(m_strFileName, named) != 0 || named.isLink ||
         named.identity != m_pImage->image)
         return false;
+    const std::string folder = vnbytstr::FolderOf(target.Target());
     SyncImage(name);
     if (system.RenameFile(m_strFileName, target.Target().c_str(), false) != 0)
         return false;
     m_pImage->named = {};
-    system.SyncFolder(vnbytstr::FolderOf(target.Target()).c_str());
+    system.SyncFolder(folder.c_str());
     return true;
 }
 

@@ -73,6 +73,10 @@ void CByteStore::CreateSwapFile() {
 }
 
 void CByteStore::SetFileName(const char* name) {
+    vnbytstr::detail::WithMemoryException([&] { OpenImage(name); });
+}
+
+void CByteStore::OpenImage(const char* name) {
     const CString file(vnbytstr::AbsoluteName(name ? name : "").c_str()); // may be this store's own
     Empty();
     m_strFileName = file;

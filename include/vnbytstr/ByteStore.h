@@ -451,6 +451,9 @@ private:
     void SyncImage(const char* name);
     vnbytstr::FileIdentity MoveImage(vnbytstr::FileReplacement& target, const char* name);
     bool RenameImage(vnbytstr::FileReplacement& target, const char* name);
+    void PutCopy(const char* name, int fromCurrent);
+    void PutContent(const char* name, int fromCurrent);
+    void OpenImage(const char* name);
     void FlushImage();
     void MarkCutPage();
     void WriteShiftedFlush();

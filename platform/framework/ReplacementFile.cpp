@@ -18,6 +18,10 @@ CReplacementFile::CReplacementFile(const char* name) {
 CReplacementFile::~CReplacementFile() { CReplacementFile::Abort(); }
 
 BOOL CReplacementFile::Open(const char* name, UINT, CFileException* error) {
+    return vnbytstr::detail::WithMemoryException([&] { return Begin(name, error); });
+}
+
+BOOL CReplacementFile::Begin(const char* name, CFileException* error) {
     const std::string kept = name ? name : ""; // it may lie in this object
     Abort();
     auto replacement = std::make_unique<vnbytstr::FileReplacement>();
@@ -40,7 +44,8 @@ void CReplacementFile::Commit() {
         ThrowError(EBADF);
     m_hFile = hFileNull;
     const auto replacement = std::move(m_pReplacement);
-    if (const int error = replacement->Commit())
+    if (const int error =
+            vnbytstr::detail::WithMemoryException([&] { return replacement->Commit(); }))
         ThrowError(error);
 }
 

@@ -42,5 +42,7 @@ public:
     void Abort() noexcept override;
 
 private:
+    BOOL Begin(const char* name, CFileException* error);
+
     std::unique_ptr<vnbytstr::FileReplacement> m_pReplacement;
 };

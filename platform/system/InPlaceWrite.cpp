@@ -26,7 +26,8 @@ namespace vnbytstr {
 
 namespace {
 
-constexpr std::size_t kChunk = 1 << 18;
+// On the stack: nothing may run out while a file is being written over.
+constexpr std::size_t kChunk = 1 << 16;
 constexpr std::size_t kBlock = 4096;
 constexpr std::uint64_t kMagic = 0x31646C6F74737662; // the trailer's last 8 bytes
 // Blocks of neither content that a kill can leave: the one that was being written, and the one
@@ -98,8 +99,7 @@ int WriteAt(FileHandle file, std::uint64_t position, std::span<const BYTE> bytes
 /// Calls `take(offset, bytes)` for the bytes [begin, end) of a file, piece by piece.
 template <class Take>
 int ForEachChunk(FileHandle file, std::uint64_t begin, std::uint64_t end, Take take) {
-    std::vector<BYTE> buffer(
-        static_cast<std::size_t>(std::min<std::uint64_t>(kChunk, end > begin ? end - begin : 0)));
+    std::array<BYTE, kChunk> buffer;
     for (std::uint64_t at = begin; at < end;) {
         const std::span<BYTE> bytes = std::span(buffer).first(
             static_cast<std::size_t>(std::min<std::uint64_t>(buffer.size(), end - at)));
@@ -215,14 +215,14 @@ int Restore(FileHandle target, FileHandle undo, std::uint64_t oldLength) {
     std::uint64_t length = 0;
     if (const int error = system.GetFileLength(target, length))
         return error;
-    std::vector<BYTE> now;
+    std::array<BYTE, kBlock> buffer;
     const auto putBack = [&](std::uint64_t at, std::span<const BYTE> old) {
         for (; !old.empty();
              at += std::min(kBlock, old.size()), old = old.subspan(std::min(kBlock, old.size()))) {
             const std::span<const BYTE> block = old.first(std::min(kBlock, old.size()));
-            now.resize(block.size());
+            const std::span<BYTE> now = std::span(buffer).first(block.size());
             if (at + block.size() <= length && ReadAt(target, at, now) == 0 &&
-                std::equal(now.begin(), now.end(), block.begin()))
+                std::ranges::equal(now, block))
                 continue;
             if (const int error = WriteAt(target, at, block))
                 return error;
@@ -333,6 +333,7 @@ int Overwrite(FileHandle target, FileHandle source, const Trailer& trailer) {
 
 int WriteMissing(FileHandle source, std::uint64_t length, const std::string& name) {
     System& system = System::Current();
+    const std::string folder = FolderOf(name);
     OpenHandle target;
     if (const int error = system.OpenFile(
             name.c_str(), kOpenRead | kOpenWrite | kOpenCreate | kOpenExclusive, target.handle))
@@ -346,7 +347,7 @@ int WriteMissing(FileHandle source, std::uint64_t length, const std::string& nam
     if (error != 0)
         system.RemoveFile(name.c_str());
     else
-        system.SyncFolder(FolderOf(name).c_str());
+        system.SyncFolder(folder.c_str());
     return error;
 }
 
@@ -361,13 +362,35 @@ int LockInTurn(FileHandle target) {
     }
 }
 
-/// Makes the scratch file for the old content, beside the target or else in the temporary folder.
-int MakeUndo(const std::string& target, std::string& name, FileHandle& handle) {
-    const int error = MakeScratch(ScratchUse::Old, FolderOf(target), name, handle);
-    if (error != EACCES && error != EPERM && error != EROFS && error != ENAMETOOLONG)
-        return error;
-    return MakeScratch(ScratchUse::Old, System::Current().GetTemporaryFolder(), name, handle);
-}
+/// The scratch file for the old content, which goes with this object unless it is to stay.
+class UndoFile {
+public:
+    UndoFile() = default;
+    ~UndoFile() {
+        if (m_file.handle != kNoFile && !m_stays)
+            System::Current().RemoveFile(m_name.c_str());
+    }
+    UndoFile(const UndoFile&) = delete;
+    UndoFile& operator=(const UndoFile&) = delete;
+
+    /// Makes it beside the target, or else in the temporary folder.
+    int Make(const std::string& target) {
+        m_folder = FolderOf(target);
+        const int error = MakeScratch(ScratchUse::Old, m_folder, m_name, m_file.handle);
+        if (error != EACCES && error != EPERM && error != EROFS && error != ENAMETOOLONG)
+            return error;
+        m_folder = System::Current().GetTemporaryFolder();
+        return MakeScratch(ScratchUse::Old, m_folder, m_name, m_file.handle);
+    }
+    FileHandle Handle() const { return m_file.handle; }
+    const std::string& Folder() const { return m_folder; }
+    void Stay() { m_stays = true; }
+
+private:
+    std::string m_folder, m_name;
+    OpenHandle m_file;
+    bool m_stays = false;
+};
 
 } // namespace
 
@@ -390,20 +413,17 @@ int WriteInPlace(FileHandle source, std::uint64_t length, const std::string& nam
         return error;
     const Trailer trailer{
         .oldLength = status.length, .newLength = length, .target = status.identity};
-    std::string undoName;
-    OpenHandle undo;
-    if ((error = MakeUndo(name, undoName, undo.handle)) != 0)
+    UndoFile undo;
+    error = undo.Make(name);
+    if (error == 0)
+        error = WriteUndo(undo.Handle(), target.handle, name, source, trailer);
+    if (error != 0)
         return error;
-    bool isUndoNeeded = false;
-    error = WriteUndo(undo.handle, target.handle, name, source, trailer);
-    if (error == 0) {
-        system.SyncFolder(FolderOf(undoName).c_str());
-        error = Overwrite(target.handle, source, trailer);
-        // What cannot even be put back stays where the next sweep finds it.
-        isUndoNeeded = error != 0 && Restore(target.handle, undo.handle, trailer.oldLength) != 0;
-    }
-    if (!isUndoNeeded)
-        system.RemoveFile(undoName.c_str());
+    system.SyncFolder(undo.Folder().c_str());
+    error = Overwrite(target.handle, source, trailer);
+    // What cannot even be put back stays where the next sweep finds it.
+    if (error != 0 && Restore(target.handle, undo.Handle(), trailer.oldLength) != 0)
+        undo.Stay();
     return error;
 }
 

@@ -4,6 +4,7 @@
 #include "platform/system/ScratchFile.h"
 
 #include <mutex>
+#include <new>
 #include <vector>
 
 namespace vnbytstr {
@@ -63,7 +64,7 @@ bool IsNewFolder(const std::string& folder) {
 
 } // namespace
 
-void SweepLeftovers(const std::string& folder) {
+void SweepLeftovers(const std::string& folder) try {
     std::vector<std::string> names;
     if (System::Current().ListFolder(folder.c_str(), names) != 0)
         return;
@@ -71,6 +72,8 @@ void SweepLeftovers(const std::string& folder) {
     for (const std::string& name : names)
         if (const std::optional<ScratchUse> use = UseOfScratchName(name))
             SweepFile(*use, before + name);
+} catch (const std::bad_alloc&) {
+    // Another process will do it.
 }
 
 void SweepLeftoversOnce(const std::string& folder) {

@@ -36,8 +36,19 @@ class ContainerFaultTest : public StoreFixture {};
 TEST_F(ContainerFaultTest, MemoryThatRunsOutIsAnExceptionOfTheFramework) {
     const Bytes bytes = Pattern(20 * kPage), small = Pattern(300, 2);
     const CByteStream key("0102030405060708"), pattern(bytes.data() + 1000, 50);
+    m_folder.Write("two", "old"); // a file that is written over, as it has two names
+    const std::string two = m_folder.File("two");
+    ASSERT_EQ(::link(two.c_str(), m_folder.File("names").c_str()), 0);
     using Operation = std::function<void(CByteStream&, CByteStore&)>;
     const std::vector<Operation> operations = {
+        [&](CByteStream&, CByteStore& store) { store.CopyToFile(two.c_str()); },
+        [&](CByteStream&, CByteStore& store) { store.CopyToFile(store.GetFileName()); },
+        [&](CByteStream& stream, CByteStore&) { stream.CopyToFile(two.c_str()); },
+        [](CByteStream&, CByteStore& store) {
+            store.SetCurrentOffset(9);
+            store.Flush(1);
+            store.Flush(0);
+        },
         [](CByteStream& stream, CByteStore&) { stream.Concat(stream); },
         [](CByteStream&, CByteStore& store) { store.Concat(store.GetFirstPage(), 3); },
         [](CByteStream&, CByteStore& store) { store.CopyFrom(5, store.GetFirstPage(), 30); },
@@ -59,11 +70,11 @@ TEST_F(ContainerFaultTest, MemoryThatRunsOutIsAnExceptionOfTheFramework) {
             store.TranslateCCSID(819, 1200, store);
         },
     };
-    constexpr std::size_t kTwoSteps =
-        8; // from here on the stream may be done before the store fails
+    constexpr std::size_t kTwoSteps = 12; // the stream may be done before the store fails
     for (std::size_t which = 0; which < operations.size(); ++which) {
         for (int at = 0;; ++at) {
             SCOPED_TRACE(testing::Message() << "operation " << which << ", allocation " << at);
+            m_folder.Write("two", "old");
             CByteStream stream(small.data(), 300);
             CByteStore store(bytes.data(), 20 * kPage);
             bool failed = false;
@@ -77,6 +88,8 @@ TEST_F(ContainerFaultTest, MemoryThatRunsOutIsAnExceptionOfTheFramework) {
                 ADD_FAILURE() << "not an exception of the framework";
             }
             const bool hit = g_allocationsLeft.exchange(-1) < 0;
+            const std::string saved = m_folder.Read("two");
+            EXPECT_TRUE(saved == "old" || saved == AsText(bytes) || saved == AsText(small));
             if (failed) {
                 EXPECT_EQ(Content(store), bytes);
                 if (which < kTwoSteps) {
