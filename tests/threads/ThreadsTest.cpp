@@ -56,6 +56,11 @@ extern "C" [[gnu::visibility("default")]] const char* __tsan_default_suppression
 }
 #endif
 
+// Fontconfig keeps a little memory for good.
+extern "C" [[gnu::visibility("default")]] const char* __lsan_default_suppressions() {
+    return "leak:libfontconfig";
+}
+
 namespace {
 
 constexpr int kThreads = 4;

@@ -36,7 +36,8 @@ ON_MESSAGE(VNM_EDITORCLOSED, OnEditorClosed)
 ON_MESSAGE(kWmLoadDropped, OnLoadDropped)
 END_MESSAGE_MAP()
 
-QueryView::~QueryView() = default;
+// The children's last messages come while the members that handle them are there.
+QueryView::~QueryView() { DestroyWindow(); }
 
 BOOL QueryView::CreateView(CWnd* parent, UINT id) {
     return CreateEx(WS_EX_CONTROLPARENT | LayoutStyle(), nullptr, "", WS_CHILD | WS_VISIBLE,
