@@ -153,8 +153,8 @@ void CByteStream::CopyRetained(Source& source) {
 }
 
 /// Copies what the source still holds into the buffer, at the same indexes; it may lie in that
-/// buffer. Cause 3 when the buffer is too small. Nothing has changed after an exception, and there
-/// is none when the source is in memory and fits.
+/// buffer. Cause 3 when the buffer is too small. Nothing has changed after an exception. Throws
+/// nothing when the source is in memory and fits.
 void CByteStream::PutIntoBuffer(const CByteStream& source) {
     const DWORD start = source.GetStart();
     const DWORD end = source.GetLength();

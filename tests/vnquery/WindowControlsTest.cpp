@@ -1,4 +1,4 @@
-// What a person's hand does to the window: its buttons, clicks on cells, the zoom as it opens.
+// Mouse and keys in the window: its buttons, clicks on cells, the zoom as it opens.
 #include "tests/vnquery/WindowRun.h"
 
 #include "examples/vnquery/Process.h"

@@ -52,7 +52,7 @@ bool AreOwnKept() { return VNGetProfileDWORD(kOptionsRoot, "Options", "SaveGloba
 bool hasUnsaved = false;
 
 /// Reads the table anew. What no profile has stays as it is: the values that the program sets, and
-/// the person's own variables where they are not kept.
+/// the user's own variables where they are not kept.
 void ReadSaved() {
     if (hasUnsaved)
         return;
