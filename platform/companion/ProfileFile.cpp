@@ -109,6 +109,8 @@ std::size_t ProfileFile::ReadSection(std::string_view raw, bool& isKnown) {
         if (!isNew && Trimmed(m_sections[place->second].header) == Trimmed(raw))
             return place->second;
         // One that another code page tells from the first stays apart, and the first one counts.
+        if (!isNew)
+            m_sections[place->second].hasTwin = true;
     }
     m_sections.emplace_back().header = raw;
     return m_sections.size() - 1;
@@ -282,7 +284,7 @@ bool ProfileFile::RemoveSection(UINT root, std::string_view section) {
     for (const auto& [name, index] : target.byName)
         target.removed.insert_or_assign(name, index);
     target.byName.clear();
-    target.isDead = !hasText;
+    target.isDead = !hasText && !target.hasTwin;
     return changed;
 }
 

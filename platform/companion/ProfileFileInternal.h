@@ -72,6 +72,7 @@ private:
     struct Section {
         std::string header; ///< empty for what stands before the first one
         bool isDead = false;
+        bool hasTwin = false; ///< a later one of the name, spelt otherwise, must not come to light
         std::vector<Line> lines;
         LineMap byName;
         std::vector<std::size_t> hidden; ///< the lines with isHidden
