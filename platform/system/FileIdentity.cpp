@@ -8,13 +8,6 @@ bool LeadsTo(const char* name, const FileIdentity& identity) {
            status.identity == identity;
 }
 
-bool LeadsTo(const char* name, FileHandle handle) { return LeadsTo(name, IdentityOf(handle)); }
-
-bool IsSameFile(const char* a, const char* b) {
-    FileStatus status;
-    return System::Current().GetFileStatus(a, status) == 0 && LeadsTo(b, status.identity);
-}
-
 FileIdentity IdentityOf(FileHandle handle) {
     FileStatus status;
     return System::Current().GetFileStatus(handle, status) == 0 ? status.identity : FileIdentity{};

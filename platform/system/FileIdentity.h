@@ -12,12 +12,6 @@ namespace vnbytstr {
 /// there is no such file, or the identity is not known.
 VNBYTSTR_API bool LeadsTo(const char* name, const FileIdentity& identity);
 
-/// Whether `name` leads to the open file.
-VNBYTSTR_API bool LeadsTo(const char* name, FileHandle handle);
-
-/// Whether two names lead to one file. False when either leads nowhere.
-VNBYTSTR_API bool IsSameFile(const char* a, const char* b);
-
 /// The open file's identity; an unknown one when the system does not tell.
 VNBYTSTR_API FileIdentity IdentityOf(FileHandle handle);
 

@@ -1,4 +1,4 @@
-// Writes a file so that whoever looks sees the old content or the whole new one, never a part, and
+// Writes a file so that every reader sees the old content or the whole new one, never a part, and
 // a failure or a kill leaves one of the two.
 #pragma once
 
