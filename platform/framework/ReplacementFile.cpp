@@ -23,7 +23,7 @@ BOOL CReplacementFile::Open(const char* name, UINT, CFileException* error) {
 
 BOOL CReplacementFile::Begin(const char* name, CFileException* error) {
     const std::string kept = name ? name : ""; // it may lie in this object
-    Abort();
+    CReplacementFile::Abort();
     auto replacement = std::make_unique<vnbytstr::FileReplacement>();
     if (const int osError = name ? replacement->Open(kept.c_str()) : EINVAL) {
         if (error) {
