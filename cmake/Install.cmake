@@ -4,24 +4,15 @@ include(CMakePackageConfigHelpers)
 install(TARGETS vnbytstr EXPORT vnbytstrTargets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
         RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+# What lies under include/ is public, and nothing else is installed.
 install(DIRECTORY include/vnbytstr DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
         FILES_MATCHING PATTERN "*.h")
-# The public headers include these by "platform/..." next to themselves. Headers named *Internal.h
-# stay at home.
-install(DIRECTORY platform/framework platform/system platform/companion
-        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vnbytstr/platform
-        FILES_MATCHING PATTERN "*.h" PATTERN "*Internal.h" EXCLUDE)
-
 # The window layer and the controls: a component of their own, since only they need Qt.
 if(VNBYTSTR_CONTROLS)
     set_target_properties(vnbytstr_controls PROPERTIES INSTALL_RPATH "$ORIGIN") # finds the core
     install(TARGETS vnbytstr_controls EXPORT vnbytstrControlsTargets
             LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
             RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-    install(DIRECTORY platform/window
-            DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vnbytstr/platform
-            FILES_MATCHING PATTERN "*.h" PATTERN "*Internal.h" EXCLUDE
-            REGEX "/(ComboWidgets|FileFilters|LineField|ListBoxRows|SpinCounter|TextField|WidgetDetails)\\.h$" EXCLUDE)
     install(EXPORT vnbytstrControlsTargets NAMESPACE vnbytstr::
             DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vnbytstr)
 endif()

@@ -1,8 +1,8 @@
 // What the fuzz targets share.
 #pragma once
 
-#include "platform/framework/MemFile.h"
-#include "platform/system/CodePage.h"
+#include "src/charset/CodePage.h"
+#include "vnbytstr/framework/MemFile.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
 #include "HelpPages.h"
 
-#include <platform/system/Interaction.h>
+#include <vnbytstr/Interaction.h>
 #include <vnbytstr/HTMLHelp.h>
 
 namespace vnquery {

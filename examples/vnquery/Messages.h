@@ -1,7 +1,7 @@
 // The texts that people see, in the language of the user interface.
 #pragma once
 
-#include "resources/ResourceIds.h"
+#include "messages/ResourceIds.h"
 
 #include <vnbytstr/ByteStream.h>
 

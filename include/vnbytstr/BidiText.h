@@ -6,8 +6,8 @@
 // punctuation and marks have none. A null text is an empty one.
 #pragma once
 
-#include "platform/framework/Export.h"
-#include "platform/framework/String.h"
+#include "vnbytstr/framework/Export.h"
+#include "vnbytstr/framework/String.h"
 
 /// Whether the system is made for text from right to left: its answer (System::IsMiddleEastEnabled)
 /// on the first call, kept for the life of the process.

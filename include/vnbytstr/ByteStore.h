@@ -2,14 +2,12 @@
 // CBytePage: one page of it that is in memory. See ByteStream.h for the type that slices come as.
 #pragma once
 
-#include "platform/framework/Arrays.h"
-#include "platform/framework/File.h"
-#include "platform/framework/Object.h"
-#include "platform/framework/String.h"
-#include "platform/system/FileIdentity.h"
-#include "platform/system/System.h"
 #include "vnbytstr/CacheException.h"
 #include "vnbytstr/DES.h"
+#include "vnbytstr/framework/Arrays.h"
+#include "vnbytstr/framework/File.h"
+#include "vnbytstr/framework/Object.h"
+#include "vnbytstr/framework/String.h"
 
 #include <memory>
 #include <span>

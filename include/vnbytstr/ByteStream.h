@@ -2,10 +2,10 @@
 // caller's buffer, or in a CByteStore once it has grown.
 #pragma once
 
-#include "platform/framework/Object.h"
-#include "platform/framework/String.h"
 #include "vnbytstr/ByteStore.h"
 #include "vnbytstr/CacheException.h"
+#include "vnbytstr/framework/Object.h"
+#include "vnbytstr/framework/String.h"
 
 /// Byte sequence of up to 4 GiB - 1 bytes. Content of up to GetMaxSizeInMemory() bytes stays in one
 /// heap block that grows by doubling; beyond that the stream moves it into a CByteStore of its own

@@ -1,7 +1,7 @@
 // CCacheException, what the byte containers throw.
 #pragma once
 
-#include "platform/framework/Exception.h"
+#include "vnbytstr/framework/Exception.h"
 
 /// Thrown, as a pointer to a heap object, by CByteStore and CByteStream. Callers test m_nCause and
 /// call Delete.

@@ -1,7 +1,7 @@
 // CCryptoException, what the cipher classes throw.
 #pragma once
 
-#include "platform/framework/Exception.h"
+#include "vnbytstr/framework/Exception.h"
 
 /// Thrown, as a pointer to a heap object, by CDES. The catcher calls Delete.
 class VNBYTSTR_API CCryptoException : public CException {

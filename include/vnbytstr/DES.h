@@ -4,8 +4,8 @@
 // peers that speak nothing else, and protects nothing today.
 #pragma once
 
-#include "platform/framework/Export.h"
-#include "platform/framework/Types.h"
+#include "vnbytstr/framework/Export.h"
+#include "vnbytstr/framework/Types.h"
 
 class CByteStream;
 

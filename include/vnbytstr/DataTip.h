@@ -1,9 +1,9 @@
 // CDataTip, a small text beside the pointer.
 #pragma once
 
-#include "platform/framework/Export.h"
-#include "platform/framework/String.h"
-#include "platform/window/Wnd.h"
+#include "vnbytstr/framework/Export.h"
+#include "vnbytstr/framework/String.h"
+#include "vnbytstr/window/Wnd.h"
 
 /// The tip of one window. It goes by itself when the pointer leaves the window, on a click and on a
 /// key. There is one tip on the screen at a time.

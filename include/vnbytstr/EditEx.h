@@ -2,11 +2,11 @@
 // it.
 #pragma once
 
-#include "platform/framework/Export.h"
-#include "platform/framework/String.h"
-#include "platform/window/Button.h"
-#include "platform/window/Edit.h"
-#include "platform/window/SpinButton.h"
+#include "vnbytstr/framework/Export.h"
+#include "vnbytstr/framework/String.h"
+#include "vnbytstr/window/Button.h"
+#include "vnbytstr/window/Edit.h"
+#include "vnbytstr/window/SpinButton.h"
 
 /// Asks the person for a file or a folder with the platform's dialog.
 class VNBYTSTR_API CBrowser {

@@ -13,11 +13,11 @@
 // is not locked: all calls belong to one thread.
 #pragma once
 
-#include "platform/framework/Arrays.h"
-#include "platform/framework/Export.h"
-#include "platform/framework/Object.h"
-#include "platform/framework/String.h"
-#include "platform/framework/Types.h"
+#include "vnbytstr/framework/Arrays.h"
+#include "vnbytstr/framework/Export.h"
+#include "vnbytstr/framework/Object.h"
+#include "vnbytstr/framework/String.h"
+#include "vnbytstr/framework/Types.h"
 
 #include <cstring>
 #include <memory>

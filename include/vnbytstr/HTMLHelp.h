@@ -14,9 +14,9 @@
 // identifier wins. An index may have up to 64 MiB.
 #pragma once
 
-#include "platform/framework/Export.h"
-#include "platform/framework/String.h"
-#include "platform/framework/Types.h"
+#include "vnbytstr/framework/Export.h"
+#include "vnbytstr/framework/String.h"
+#include "vnbytstr/framework/Types.h"
 
 #include <memory>
 #include <unordered_map>

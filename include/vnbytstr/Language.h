@@ -12,9 +12,9 @@
 // is told on standard error.
 #pragma once
 
-#include "platform/framework/Export.h"
-#include "platform/framework/String.h"
-#include "platform/framework/Types.h"
+#include "vnbytstr/framework/Export.h"
+#include "vnbytstr/framework/String.h"
+#include "vnbytstr/framework/Types.h"
 
 #include <vector>
 

@@ -1,9 +1,9 @@
 // The choice of the interface language as a combo box.
 #pragma once
 
-#include "platform/framework/Export.h"
-#include "platform/framework/String.h"
-#include "platform/window/ComboBox.h"
+#include "vnbytstr/framework/Export.h"
+#include "vnbytstr/framework/String.h"
+#include "vnbytstr/window/ComboBox.h"
 
 /// Fills a combo box with the languages whose resource libraries (named by `prefix`, such as
 /// "vnurc") are installed, each under its own name, and selects the one in use

@@ -2,9 +2,9 @@
 // themselves when their window ends.
 #pragma once
 
-#include "platform/framework/Export.h"
-#include "platform/window/Wnd.h"
 #include "vnbytstr/EditEx.h"
+#include "vnbytstr/framework/Export.h"
+#include "vnbytstr/window/Wnd.h"
 
 class CListBoxEx;
 

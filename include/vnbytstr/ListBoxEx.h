@@ -2,14 +2,14 @@
 // search by typing, and files dropped onto cells. docs/list-box.md is the guide.
 #pragma once
 
-#include "platform/framework/Arrays.h"
-#include "platform/framework/Export.h"
-#include "platform/framework/String.h"
-#include "platform/window/AccessibleTable.h"
-#include "platform/window/Wnd.h"
 #include "vnbytstr/ListBoxExHeadings.h"
 #include "vnbytstr/ListColumn.h"
 #include "vnbytstr/ListDropTarget.h"
+#include "vnbytstr/framework/Arrays.h"
+#include "vnbytstr/framework/Export.h"
+#include "vnbytstr/framework/String.h"
+#include "vnbytstr/window/AccessibleTable.h"
+#include "vnbytstr/window/Wnd.h"
 
 #include <cstdarg>
 #include <cstddef>

@@ -2,8 +2,8 @@
 // click, sorts by the heading clicked.
 #pragma once
 
-#include "platform/framework/Export.h"
-#include "platform/window/Wnd.h"
+#include "vnbytstr/framework/Export.h"
+#include "vnbytstr/window/Wnd.h"
 
 namespace vnbytstr::detail {
 class HeadingGeometry;

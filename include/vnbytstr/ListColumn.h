@@ -1,8 +1,8 @@
 // What CListBoxEx knows of one of its columns.
 #pragma once
 
-#include "platform/framework/String.h"
-#include "platform/framework/Types.h"
+#include "vnbytstr/framework/String.h"
+#include "vnbytstr/framework/Types.h"
 
 #include <memory>
 

@@ -1,9 +1,9 @@
 // Lets a file dragged from a file manager be dropped on a cell of a CListBoxEx.
 #pragma once
 
-#include "platform/framework/Export.h"
-#include "platform/framework/String.h"
-#include "platform/window/DropTarget.h"
+#include "vnbytstr/framework/Export.h"
+#include "vnbytstr/framework/String.h"
+#include "vnbytstr/window/DropTarget.h"
 
 class CListBoxEx;
 

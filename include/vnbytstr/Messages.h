@@ -4,10 +4,10 @@
 // Nothing here throws to its caller. Message boxes go through vnbytstr::Interaction::Current().
 #pragma once
 
-#include "platform/framework/Export.h"
-#include "platform/framework/MessageBoxTypes.h"
-#include "platform/framework/String.h"
-#include "platform/framework/Types.h"
+#include "vnbytstr/framework/Export.h"
+#include "vnbytstr/framework/MessageBoxTypes.h"
+#include "vnbytstr/framework/String.h"
+#include "vnbytstr/framework/Types.h"
 
 #include <cstdarg>
 #include <cstddef>

@@ -11,11 +11,11 @@
 // CMemoryException when memory cannot be had, and leaves its arguments as they were.
 #pragma once
 
-#include "platform/framework/Arrays.h"
-#include "platform/framework/Export.h"
-#include "platform/framework/String.h"
-#include "platform/framework/StringList.h"
-#include "platform/framework/Types.h"
+#include "vnbytstr/framework/Arrays.h"
+#include "vnbytstr/framework/Export.h"
+#include "vnbytstr/framework/String.h"
+#include "vnbytstr/framework/StringList.h"
+#include "vnbytstr/framework/Types.h"
 
 /// For a text that is to be cut behind `position`: when that byte belongs to a character that goes
 /// on behind it (in a double-byte page: when it is a lead byte), the character's bytes up to

@@ -1,8 +1,8 @@
 // COutputStreamWriter: text in the process's code page to a file in any CCSID.
 #pragma once
 
-#include "platform/companion/Ccsid.h"
-#include "platform/framework/File.h"
+#include "vnbytstr/Ccsid.h"
+#include "vnbytstr/framework/File.h"
 
 #include <cstddef>
 #include <string_view>

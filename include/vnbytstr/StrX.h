@@ -1,8 +1,8 @@
 // The parser's text as a narrow string.
 #pragma once
 
-#include "platform/framework/Export.h"
-#include "platform/framework/String.h"
+#include "vnbytstr/framework/Export.h"
+#include "vnbytstr/framework/String.h"
 
 /// Converts UTF-16 text (Xerces-C's XMLCh) into the process's ANSI code page and owns the result.
 /// What the page does not hold becomes '?'.

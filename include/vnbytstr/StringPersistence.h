@@ -13,11 +13,11 @@
 // archive pass through; memory that cannot be had throws CMemoryException.
 #pragma once
 
-#include "platform/framework/Archive.h"
-#include "platform/framework/Export.h"
-#include "platform/framework/File.h"
-#include "platform/framework/String.h"
-#include "platform/framework/Types.h"
+#include "vnbytstr/framework/Archive.h"
+#include "vnbytstr/framework/Export.h"
+#include "vnbytstr/framework/File.h"
+#include "vnbytstr/framework/String.h"
+#include "vnbytstr/framework/Types.h"
 
 /// Writes the whole-file form at the file's position.
 VNBYTSTR_API void WriteStringToFile(CFile& file, const CString& text);

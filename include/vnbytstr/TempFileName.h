@@ -1,7 +1,7 @@
 // Names for temporary files.
 #pragma once
 
-#include "platform/framework/String.h"
+#include "vnbytstr/framework/String.h"
 
 /// Puts a name that no file has into `out`: "<folder>~<prefix>-<process id>-<counter>.<extension>",
 /// in the temporary folder (TMPDIR, else /var/tmp). A null prefix or extension is "tmp". The

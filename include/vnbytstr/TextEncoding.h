@@ -5,9 +5,9 @@
 // here may be null, unless a function says otherwise.
 #pragma once
 
-#include "platform/framework/Export.h"
-#include "platform/framework/String.h"
-#include "platform/framework/Types.h"
+#include "vnbytstr/framework/Export.h"
+#include "vnbytstr/framework/String.h"
+#include "vnbytstr/framework/Types.h"
 
 /// 1 when the buffer (at least 2 readable bytes) begins with FF FE, the byte-order mark of UTF-16
 /// little-endian, else 0. Other marks are not recognised.

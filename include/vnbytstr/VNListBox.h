@@ -1,10 +1,10 @@
 // CVNListBox: a CListBoxEx with a tip for each row.
 #pragma once
 
-#include "platform/framework/Arrays.h"
-#include "platform/framework/Export.h"
 #include "vnbytstr/DataTip.h"
 #include "vnbytstr/ListBoxEx.h"
+#include "vnbytstr/framework/Arrays.h"
+#include "vnbytstr/framework/Export.h"
 
 /// Shows the text of the row under the pointer. Tips appear only while every row has one.
 class VNBYTSTR_API CVNListBox : public CListBoxEx {

@@ -1,7 +1,7 @@
 // Handles of nodes in an XML document.
 #pragma once
 
-#include "platform/framework/Export.h"
+#include "vnbytstr/framework/Export.h"
 
 /// Holds a pointer and owns nothing; null means nothing. A copy denotes the same.
 class VNBYTSTR_API CXMLData {

@@ -1,8 +1,8 @@
 // What was wrong with an XML document.
 #pragma once
 
-#include "platform/framework/String.h"
-#include "platform/framework/Types.h"
+#include "vnbytstr/framework/String.h"
+#include "vnbytstr/framework/Types.h"
 
 /// The report that ended a parse.
 struct SXMLParseError {

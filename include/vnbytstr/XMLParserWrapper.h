@@ -1,7 +1,7 @@
 // What every XML document object has: a parser platform, and a document that is open or not.
 #pragma once
 
-#include "platform/framework/Export.h"
+#include "vnbytstr/framework/Export.h"
 
 class VNBYTSTR_API CXMLParserWrapper {
 public:

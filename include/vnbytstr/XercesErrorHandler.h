@@ -3,7 +3,7 @@
 
 #include "vnbytstr/XMLParseError.h"
 
-#include "platform/framework/Export.h"
+#include "vnbytstr/framework/Export.h"
 
 #include <xercesc/dom/DOMErrorHandler.hpp>
 

@@ -6,9 +6,9 @@
 #include "vnbytstr/XMLParserWrapper.h"
 #include "vnbytstr/XMLVariant.h"
 
-#include "platform/framework/Export.h"
-#include "platform/framework/String.h"
-#include "platform/framework/Types.h"
+#include "vnbytstr/framework/Export.h"
+#include "vnbytstr/framework/String.h"
+#include "vnbytstr/framework/Types.h"
 
 #include <cstddef>
 #include <map>

@@ -1,9 +1,9 @@
 // CZoomDialog: shows one value in a window of its own and lets it be changed.
 #pragma once
 
-#include "platform/framework/Export.h"
-#include "platform/framework/String.h"
-#include "platform/window/Dialog.h"
+#include "vnbytstr/framework/Export.h"
+#include "vnbytstr/framework/String.h"
+#include "vnbytstr/window/Dialog.h"
 
 /// A modal dialog with the value in an edit control of many lines, OK and Cancel; Ctrl+Enter is OK.
 /// It can be resized. Its captions come from the resource library, or are English.

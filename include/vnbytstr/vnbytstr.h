@@ -1,10 +1,6 @@
 // Everything of the library that needs no window.
 #pragma once
 
-#include "platform/framework/MemFile.h"
-#include "platform/framework/Module.h"
-#include "platform/system/Interaction.h"
-#include "platform/system/ResourceLibrary.h"
 #include "vnbytstr/BidiText.h"
 #include "vnbytstr/ByteStore.h"
 #include "vnbytstr/ByteStream.h"
@@ -15,12 +11,14 @@
 #include "vnbytstr/FixedBinary.h"
 #include "vnbytstr/GlobalVars.h"
 #include "vnbytstr/HTMLHelp.h"
+#include "vnbytstr/Interaction.h"
 #include "vnbytstr/Language.h"
 #include "vnbytstr/Messages.h"
 #include "vnbytstr/MultibyteText.h"
 #include "vnbytstr/OutputStreamWriter.h"
 #include "vnbytstr/Profile.h"
 #include "vnbytstr/ReplacementFile.h"
+#include "vnbytstr/ResourceLibrary.h"
 #include "vnbytstr/StrX.h"
 #include "vnbytstr/StringPersistence.h"
 #include "vnbytstr/TempFileName.h"
@@ -30,3 +28,5 @@
 #include "vnbytstr/XMLParserWrapper.h"
 #include "vnbytstr/XMLVariant.h"
 #include "vnbytstr/XercesWrapper.h"
+#include "vnbytstr/framework/MemFile.h"
+#include "vnbytstr/framework/Module.h"

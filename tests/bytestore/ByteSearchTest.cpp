@@ -1,4 +1,4 @@
-#include "bytestore/ByteSearch.h"
+#include "src/bytestore/ByteSearch.h"
 
 #include <gtest/gtest.h>
 

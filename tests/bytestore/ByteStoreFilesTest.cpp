@@ -1,7 +1,7 @@
 // CByteStore: its swap file, saving, and files as content.
 #include "tests/bytestore/StoreFixture.h"
 
-#include "platform/system/LeftoverSweep.h"
+#include "src/os/LeftoverSweep.h"
 #include "vnbytstr/TempFileName.h"
 
 #include <sys/stat.h>

@@ -1,7 +1,7 @@
 // CByteStore: values, limits, pages and their replacement.
 #include "tests/bytestore/StoreFixture.h"
 
-#include "platform/companion/Profile.h"
+#include "vnbytstr/Profile.h"
 
 #include <unistd.h>
 

@@ -1,7 +1,7 @@
 // CByteStream: the block, a caller's buffer, and the way into a store.
 #include "tests/bytestore/StoreFixture.h"
 
-#include "platform/companion/Profile.h"
+#include "vnbytstr/Profile.h"
 
 #include <unistd.h>
 

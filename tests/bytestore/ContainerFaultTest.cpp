@@ -1,7 +1,7 @@
 // Stores and streams when system calls fail.
 #include "tests/bytestore/StoreFixture.h"
 
-#include "platform/companion/Ccsid.h"
+#include "vnbytstr/Ccsid.h"
 
 #include <unistd.h>
 

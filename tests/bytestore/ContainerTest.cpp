@@ -1,7 +1,7 @@
 // What stores and streams have in common, wherever the bytes lie, against a plain vector of bytes.
 #include "tests/bytestore/StoreFixture.h"
 
-#include "platform/companion/Ccsid.h"
+#include "vnbytstr/Ccsid.h"
 
 #include <algorithm>
 #include <cstdlib>

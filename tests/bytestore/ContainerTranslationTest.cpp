@@ -1,7 +1,7 @@
 // Translation between coded character sets by stores and streams, and the messages of their errors.
 #include "tests/bytestore/StoreFixture.h"
 
-#include "platform/companion/Ccsid.h"
+#include "vnbytstr/Ccsid.h"
 
 namespace vnbytstr::test {
 namespace {

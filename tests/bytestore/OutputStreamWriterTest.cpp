@@ -1,7 +1,7 @@
 // COutputStreamWriter: what is in the file afterwards.
 #include "tests/bytestore/StoreFixture.h"
 
-#include "platform/system/CodePage.h"
+#include "src/charset/CodePage.h"
 #include "vnbytstr/OutputStreamWriter.h"
 
 #include <climits>

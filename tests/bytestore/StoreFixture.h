@@ -1,11 +1,11 @@
 // What the store and stream tests share: a system with a folder of its own and a cache of 16 pages.
 #pragma once
 
-#include "platform/framework/Exception.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestSystem.h"
 #include "vnbytstr/ByteStore.h"
 #include "vnbytstr/ByteStream.h"
+#include "vnbytstr/framework/Exception.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 #define OPENSSL_SUPPRESS_DEPRECATED // single DES is what is to be compared
 
 #include "vnbytstr/DES.h"
-#include "platform/system/CpuKernel.h"
+#include "src/os/CpuKernel.h"
 #include "vnbytstr/ByteStream.h"
 #include "vnbytstr/CryptoException.h"
 

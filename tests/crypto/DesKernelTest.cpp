@@ -1,9 +1,9 @@
 #define OPENSSL_SUPPRESS_DEPRECATED // single DES is what is to be compared
 
-#include "crypto/DesKernel.h"
+#include "src/crypto/DesKernel.h"
 
-#include "crypto/DesTables.h"
-#include "platform/system/CpuKernel.h"
+#include "src/crypto/DesTables.h"
+#include "src/os/CpuKernel.h"
 
 #include <gtest/gtest.h>
 #include <openssl/des.h>

@@ -3,9 +3,9 @@
 #define OPENSSL_SUPPRESS_DEPRECATED
 #define VNBYTSTR_SIMULATE_AVX512
 #define DesRunAvx512 DesRunAvx512Simulated
-#include "crypto/DesKernelAvx512.cpp"
+#include "src/crypto/DesKernelAvx512.cpp"
 
-#include "crypto/DesKernel.h"
+#include "src/crypto/DesKernel.h"
 
 #include <gtest/gtest.h>
 #include <openssl/des.h>

@@ -2,12 +2,8 @@
 // and in a fresh one: each try ends in an exception or a refusal, and what is tried again
 // afterwards gives the right result. Each process that does so is a child, so that an abort is
 // seen.
-#include "platform/companion/Profile.h"
-#include "platform/framework/Exception.h"
-#include "platform/framework/File.h"
-#include "platform/framework/MemFile.h"
-#include "platform/system/CodePage.h"
-#include "platform/system/Collation.h"
+#include "src/charset/CodePage.h"
+#include "src/charset/Collation.h"
 #include "tests/durability/FailingMemory.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestSystem.h"
@@ -19,9 +15,13 @@
 #include "vnbytstr/Language.h"
 #include "vnbytstr/Messages.h"
 #include "vnbytstr/MultibyteText.h"
+#include "vnbytstr/Profile.h"
 #include "vnbytstr/StringPersistence.h"
 #include "vnbytstr/TextEncoding.h"
 #include "vnbytstr/XercesWrapper.h"
+#include "vnbytstr/framework/Exception.h"
+#include "vnbytstr/framework/File.h"
+#include "vnbytstr/framework/MemFile.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // Folders for one try of a save, watched by a system.
 #pragma once
 
-#include "platform/system/CodePage.h"
+#include "src/charset/CodePage.h"
 #include "tests/durability/SaveScenarios.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestSystem.h"

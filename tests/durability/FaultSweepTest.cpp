@@ -1,7 +1,7 @@
 // Every system call of every save fails in turn, once and from then on: the file is the old one or
 // the whole new one, a success is one, the object that saves keeps what it holds, and a second try
 // saves it.
-#include "platform/system/LeftoverSweep.h"
+#include "src/os/LeftoverSweep.h"
 #include "tests/durability/DurabilityFixture.h"
 
 #include <gmock/gmock.h>

@@ -3,7 +3,7 @@
 // looks on, so that each child is one that has used the library for nothing yet.
 //
 // Each kind of save is killed 24 times; VNBYTSTR_KILLS=100 makes it 200.
-#include "platform/system/LeftoverSweep.h"
+#include "src/os/LeftoverSweep.h"
 #include "tests/durability/DurabilityFixture.h"
 #include "vnbytstr/ByteStore.h"
 

@@ -1,6 +1,6 @@
 // Every save is cut short at every point, by a power cut and by the end of the process: the file is
 // the old one or the whole new one.
-#include "platform/system/LeftoverSweep.h"
+#include "src/os/LeftoverSweep.h"
 #include "tests/durability/DurabilityFixture.h"
 #include "tests/support/PowerCutSystem.h"
 

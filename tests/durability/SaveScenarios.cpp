@@ -1,13 +1,13 @@
 #include "tests/durability/SaveScenarios.h"
 
-#include "platform/companion/Profile.h"
-#include "platform/framework/Exception.h"
-#include "platform/framework/File.h"
 #include "vnbytstr/ByteStore.h"
 #include "vnbytstr/ByteStream.h"
+#include "vnbytstr/Profile.h"
 #include "vnbytstr/StringPersistence.h"
 #include "vnbytstr/TextEncoding.h"
 #include "vnbytstr/XercesWrapper.h"
+#include "vnbytstr/framework/Exception.h"
+#include "vnbytstr/framework/File.h"
 
 #include <filesystem>
 #include <fstream>

@@ -1,6 +1,6 @@
-#include "platform/framework/Archive.h"
+#include "vnbytstr/framework/Archive.h"
 
-#include "platform/framework/MemFile.h"
+#include "vnbytstr/framework/MemFile.h"
 
 #include <gtest/gtest.h>
 

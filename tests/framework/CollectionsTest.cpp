@@ -1,7 +1,7 @@
 // The collections against the standard library's, by random operations.
-#include "platform/framework/Arrays.h"
-#include "platform/framework/Maps.h"
-#include "platform/framework/StringList.h"
+#include "vnbytstr/framework/Arrays.h"
+#include "vnbytstr/framework/Maps.h"
+#include "vnbytstr/framework/StringList.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "platform/framework/Exception.h"
+#include "vnbytstr/framework/Exception.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
-#include "platform/framework/File.h"
+#include "vnbytstr/framework/File.h"
 
-#include "platform/framework/MemFile.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestSystem.h"
+#include "vnbytstr/framework/MemFile.h"
 
 #include <gtest/gtest.h>
 

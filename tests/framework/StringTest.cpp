@@ -1,6 +1,6 @@
-#include "platform/framework/String.h"
+#include "vnbytstr/framework/String.h"
 
-#include "platform/framework/Exception.h"
+#include "vnbytstr/framework/Exception.h"
 
 #include <gtest/gtest.h>
 

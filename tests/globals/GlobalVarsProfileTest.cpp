@@ -1,5 +1,5 @@
 // Defaults, what the profile keeps, and texts from the resource libraries.
-#include "platform/system/CodePage.h"
+#include "src/charset/CodePage.h"
 #include "tests/globals/TableFixture.h"
 #include "vnbytstr/Language.h"
 

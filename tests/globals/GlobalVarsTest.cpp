@@ -1,5 +1,5 @@
 // The table: names, values, adding and removing, against a plain model.
-#include "platform/system/CodePage.h"
+#include "src/charset/CodePage.h"
 #include "tests/globals/TableFixture.h"
 
 #include <algorithm>

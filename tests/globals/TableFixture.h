@@ -1,10 +1,10 @@
 // A table on a profile of its own.
 #pragma once
 
-#include "platform/companion/Profile.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestSystem.h"
 #include "vnbytstr/GlobalVars.h"
+#include "vnbytstr/Profile.h"
 
 #include <gtest/gtest.h>
 

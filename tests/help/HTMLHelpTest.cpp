@@ -1,14 +1,14 @@
 #include "vnbytstr/HTMLHelp.h"
 
-#include "help/HelpIndex.h"
-#include "platform/companion/Profile.h"
-#include "platform/framework/Exception.h"
-#include "platform/framework/Module.h"
-#include "platform/system/ConsoleInteraction.h"
+#include "src/help/HelpIndex.h"
+#include "src/text/ConsoleInteraction.h"
 #include "tests/support/PeFile.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestInteraction.h"
 #include "tests/support/TestSystem.h"
+#include "vnbytstr/Profile.h"
+#include "vnbytstr/framework/Exception.h"
+#include "vnbytstr/framework/Module.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // Makes PE files with string tables, and tells where their parts are.
 #pragma once
 
-#include "platform/framework/Types.h"
+#include "vnbytstr/framework/Types.h"
 
 #include <cstddef>
 #include <map>

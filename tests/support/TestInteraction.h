@@ -1,7 +1,7 @@
 // An Interaction for tests: notes what was shown and started, and answers as it is told.
 #pragma once
 
-#include "platform/system/Interaction.h"
+#include "vnbytstr/Interaction.h"
 
 #include <functional>
 #include <string>

@@ -1,6 +1,6 @@
 #include "tests/support/TestSystem.h"
 
-#include "platform/framework/Exception.h"
+#include "vnbytstr/framework/Exception.h"
 
 #include <cstdlib>
 #include <numeric>

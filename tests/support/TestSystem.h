@@ -2,7 +2,7 @@
 // makes chosen calls fail, fall short or land elsewhere.
 #pragma once
 
-#include "platform/system/System.h"
+#include "src/os/System.h"
 
 #include <array>
 #include <cerrno>

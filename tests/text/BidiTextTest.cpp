@@ -1,9 +1,9 @@
 // Directions and left-to-right marks.
 #include "vnbytstr/BidiText.h"
 
-#include "platform/system/CodePage.h"
+#include "src/charset/CodePage.h"
+#include "src/text/SystemAnswers.h"
 #include "tests/support/TestSystem.h"
-#include "text/SystemAnswersInternal.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 // Which allocator the blocks handed to callers come from, and of what size. This program's operator
 // new marks its blocks, so that a block of malloc given to operator delete, or one of operator new
 // given to free, is found out; and it can fail.
-#include "platform/framework/MemFile.h"
 #include "vnbytstr/StringPersistence.h"
 #include "vnbytstr/TextEncoding.h"
+#include "vnbytstr/framework/MemFile.h"
 
 #include <gtest/gtest.h>
 

@@ -1,13 +1,13 @@
 #include "vnbytstr/Messages.h"
 
-#include "platform/framework/Exception.h"
-#include "platform/framework/Module.h"
-#include "platform/system/ResourceLibrary.h"
-#include "resources/ResourceIds.h"
+#include "messages/ResourceIds.h"
 #include "tests/support/PeFile.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestInteraction.h"
 #include "tests/support/TestSystem.h"
+#include "vnbytstr/ResourceLibrary.h"
+#include "vnbytstr/framework/Exception.h"
+#include "vnbytstr/framework/Module.h"
 
 #include <cmath>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // Sorting, replacing and padding.
 #include "vnbytstr/MultibyteText.h"
 
-#include "platform/system/CodePage.h"
+#include "src/charset/CodePage.h"
 
 #include <gtest/gtest.h>
 

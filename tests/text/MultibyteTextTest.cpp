@@ -1,9 +1,9 @@
 // Characters of several bytes: the oracle is a list of characters, cut and counted as such.
 #include "vnbytstr/MultibyteText.h"
 
-#include "platform/system/CodePage.h"
+#include "src/charset/CodePage.h"
+#include "src/text/SystemAnswers.h"
 #include "tests/support/TestSystem.h"
-#include "text/SystemAnswersInternal.h"
 
 #include <gtest/gtest.h>
 

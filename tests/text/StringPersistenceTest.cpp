@@ -1,10 +1,10 @@
 // Strings in files and archives: exact bytes, round trips in every page, bad input.
 #include "vnbytstr/StringPersistence.h"
 
-#include "platform/framework/Exception.h"
-#include "platform/framework/MemFile.h"
-#include "platform/system/CodePage.h"
+#include "src/charset/CodePage.h"
 #include "tests/support/TestSystem.h"
+#include "vnbytstr/framework/Exception.h"
+#include "vnbytstr/framework/MemFile.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 // Marks, the Unicode statistic, byte order and renderings, against independent one-line oracles.
 #include "vnbytstr/TextEncoding.h"
 
-#include "platform/framework/Exception.h"
-#include "platform/system/CpuKernel.h"
+#include "src/os/CpuKernel.h"
+#include "vnbytstr/framework/Exception.h"
 
 #include <gtest/gtest.h>
 

@@ -1,12 +1,12 @@
 // Conversion of files to UTF-8: ICU, called directly, is the oracle of the text; failing systems
 // show that a file is either converted or as it was.
-#include "platform/framework/Exception.h"
-#include "platform/system/CodePage.h"
-#include "platform/system/CpuKernel.h"
+#include "src/charset/CodePage.h"
+#include "src/os/CpuKernel.h"
+#include "src/text/AnsiToUtf8.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestSystem.h"
-#include "text/AnsiToUtf8Internal.h"
 #include "vnbytstr/TextEncoding.h"
+#include "vnbytstr/framework/Exception.h"
 
 #include <gtest/gtest.h>
 #include <unicode/ucnv.h>

@@ -1,23 +1,23 @@
 // Four threads at a time, each with objects of its own, in every subsystem: what they share behind
 // those (tables made at first use, pools, caches, counters) disturbs none of them. Under the
 // thread sanitizer it also has no races; scripts/check-threads runs it so.
-#include "platform/companion/Ccsid.h"
-#include "platform/companion/Profile.h"
-#include "platform/framework/Archive.h"
-#include "platform/framework/MemFile.h"
-#include "platform/framework/Module.h"
-#include "resources/ResourceIds.h"
+#include "messages/ResourceIds.h"
 #include "tests/support/TemporaryFolder.h"
 #include "vnbytstr/ByteStream.h"
+#include "vnbytstr/Ccsid.h"
 #include "vnbytstr/FixedBinary.h"
 #include "vnbytstr/GlobalVars.h"
 #include "vnbytstr/Language.h"
 #include "vnbytstr/Messages.h"
 #include "vnbytstr/MultibyteText.h"
 #include "vnbytstr/OutputStreamWriter.h"
+#include "vnbytstr/Profile.h"
 #include "vnbytstr/StringPersistence.h"
 #include "vnbytstr/TextEncoding.h"
 #include "vnbytstr/XercesWrapper.h"
+#include "vnbytstr/framework/Archive.h"
+#include "vnbytstr/framework/MemFile.h"
+#include "vnbytstr/framework/Module.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "ProgramRun.h"
+#include "tests/vnquery/ProgramRun.h"
 
 #include <fcntl.h>
 #include <iconv.h>

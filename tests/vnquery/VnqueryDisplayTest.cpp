@@ -1,5 +1,5 @@
 // What vnquery prints, and that values are right whatever way they came in.
-#include "ProgramRun.h"
+#include "tests/vnquery/ProgramRun.h"
 
 #include <array>
 #include <chrono>

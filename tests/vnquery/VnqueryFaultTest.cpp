@@ -1,5 +1,5 @@
 // Wrong input, full disks, Ctrl-C: a message, the right exit code, nothing left behind.
-#include "ProgramRun.h"
+#include "tests/vnquery/ProgramRun.h"
 
 #include <algorithm>
 #include <chrono>

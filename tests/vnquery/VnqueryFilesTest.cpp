@@ -1,5 +1,5 @@
 // Saving values, exporting results, translating files.
-#include "ProgramRun.h"
+#include "tests/vnquery/ProgramRun.h"
 
 namespace vnquery::test {
 namespace {

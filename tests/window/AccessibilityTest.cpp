@@ -1,9 +1,9 @@
 // A walk through what screen readers see, and message boxes.
-#include "WindowFixture.h"
-#include "platform/framework/Module.h"
-#include "platform/system/Interaction.h"
-#include "platform/window/AccessibleTable.h"
-#include "platform/window/ListBox.h"
+#include "tests/window/WindowFixture.h"
+#include "vnbytstr/Interaction.h"
+#include "vnbytstr/framework/Module.h"
+#include "vnbytstr/window/AccessibleTable.h"
+#include "vnbytstr/window/ListBox.h"
 
 #include <QAbstractButton>
 #include <QAccessible>

@@ -1,6 +1,6 @@
-#include "ControlHost.h"
+#include "tests/window/ControlHost.h"
 
-#include "platform/window/ComboBox.h"
+#include "vnbytstr/window/ComboBox.h"
 
 #include <QAbstractItemView>
 #include <QComboBox>

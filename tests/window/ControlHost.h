@@ -1,10 +1,10 @@
 // A top-level window that writes down what its controls tell it.
 #pragma once
 
-#include "platform/window/Application.h"
-#include "platform/window/Messages.h"
-#include "platform/window/SpinButton.h"
-#include "platform/window/Wnd.h"
+#include "vnbytstr/window/Application.h"
+#include "vnbytstr/window/Messages.h"
+#include "vnbytstr/window/SpinButton.h"
+#include "vnbytstr/window/Wnd.h"
 
 #include <QApplication>
 #include <QTest>

@@ -1,14 +1,14 @@
-#include "ControlHost.h"
+#include "tests/window/ControlHost.h"
 
-#include "platform/window/Button.h"
-#include "platform/window/Edit.h"
-#include "platform/window/FileDialog.h"
-#include "platform/window/FileFiltersInternal.h"
-#include "platform/window/ProgressBar.h"
-#include "platform/window/SpinCounterInternal.h"
-#include "platform/window/Static.h"
-#include "platform/window/ToolTip.h"
+#include "src/window/controls/FileFilters.h"
+#include "src/window/controls/SpinCounter.h"
 #include "tests/support/TemporaryFolder.h"
+#include "vnbytstr/window/Button.h"
+#include "vnbytstr/window/Edit.h"
+#include "vnbytstr/window/FileDialog.h"
+#include "vnbytstr/window/ProgressBar.h"
+#include "vnbytstr/window/Static.h"
+#include "vnbytstr/window/ToolTip.h"
 
 #include <QFileDialog>
 #include <QLineEdit>

@@ -1,10 +1,10 @@
-#include "ControlHost.h"
+#include "tests/window/ControlHost.h"
 
-#include "platform/framework/MessageBoxTypes.h"
-#include "platform/system/CodePage.h"
-#include "platform/window/Button.h"
-#include "platform/window/Dialog.h"
-#include "platform/window/Edit.h"
+#include "src/charset/CodePage.h"
+#include "vnbytstr/framework/MessageBoxTypes.h"
+#include "vnbytstr/window/Button.h"
+#include "vnbytstr/window/Dialog.h"
+#include "vnbytstr/window/Edit.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // Drawing: real pixels of real windows.
-#include "WindowFixture.h"
+#include "tests/window/WindowFixture.h"
 
 #include <QImage>
 #include <QPixmap>

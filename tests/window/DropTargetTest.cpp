@@ -1,6 +1,6 @@
-#include "ControlHost.h"
+#include "tests/window/ControlHost.h"
 
-#include "platform/window/DropTarget.h"
+#include "vnbytstr/window/DropTarget.h"
 
 #include <QDragEnterEvent>
 #include <QMimeData>

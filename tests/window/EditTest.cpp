@@ -1,7 +1,7 @@
-#include "ControlHost.h"
+#include "tests/window/ControlHost.h"
 
-#include "platform/system/CodePage.h"
-#include "platform/window/Edit.h"
+#include "src/charset/CodePage.h"
+#include "vnbytstr/window/Edit.h"
 
 #include <QClipboard>
 #include <QInputMethodEvent>

@@ -1,5 +1,5 @@
 // The rows of a list box against a plain model of them.
-#include "platform/window/ListBoxRows.h"
+#include "src/window/controls/ListBoxRows.h"
 
 #include <gtest/gtest.h>
 

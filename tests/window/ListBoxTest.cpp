@@ -1,6 +1,6 @@
 // The list box: messages, selection by mouse and keyboard, owner drawing, scrolling.
-#include "platform/window/ListBox.h"
-#include "WindowFixture.h"
+#include "vnbytstr/window/ListBox.h"
+#include "tests/window/WindowFixture.h"
 
 #include <QScrollBar>
 

@@ -1,8 +1,8 @@
-#include "ControlHost.h"
+#include "tests/window/ControlHost.h"
 
-#include "platform/window/Edit.h"
-#include "platform/window/FrameWnd.h"
-#include "platform/window/Menu.h"
+#include "vnbytstr/window/Edit.h"
+#include "vnbytstr/window/FrameWnd.h"
+#include "vnbytstr/window/Menu.h"
 
 #include <QMenu>
 #include <QMenuBar>

@@ -1,8 +1,8 @@
 // What the tests of windows share: a top-level window that records its messages.
 #pragma once
 
-#include "platform/window/Application.h"
-#include "platform/window/Wnd.h"
+#include "vnbytstr/window/Application.h"
+#include "vnbytstr/window/Wnd.h"
 
 #include <QApplication>
 #include <QTest>

@@ -1,5 +1,5 @@
 // Windows: making and ending, messages, input.
-#include "WindowFixture.h"
+#include "tests/window/WindowFixture.h"
 
 #include <QPointer>
 #include <QVBoxLayout>

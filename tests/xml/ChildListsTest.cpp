@@ -1,7 +1,7 @@
 // Walking: lists by tag, children, and what is remembered between two questions.
 #include "tests/xml/XmlFixture.h"
 
-#include "xml/NodePointersInternal.h"
+#include "src/xml/NodePointers.h"
 
 #include <random>
 #include <vector>

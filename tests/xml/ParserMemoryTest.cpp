@@ -1,6 +1,6 @@
+#include "src/xml/ParserMemory.h"
+#include "src/xml/DocumentParser.h"
 #include "vnbytstr/XercesWrapper.h"
-#include "xml/DocumentParserInternal.h"
-#include "xml/ParserMemoryInternal.h"
 
 #include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/framework/Wrapper4InputSource.hpp>

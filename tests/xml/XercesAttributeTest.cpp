@@ -1,7 +1,7 @@
 // Attributes, texts, colours and enumerations.
 #include "tests/xml/XmlFixture.h"
 
-#include "platform/system/CodePage.h"
+#include "src/charset/CodePage.h"
 
 #include <vector>
 

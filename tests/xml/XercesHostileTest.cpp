@@ -1,7 +1,7 @@
 // Documents that mean harm, or are broken: each must be refused, soon and without a trace.
 #include "tests/xml/XmlFixture.h"
 
-#include "platform/system/CodePage.h"
+#include "src/charset/CodePage.h"
 
 #include <arpa/inet.h>
 #include <netinet/in.h>

@@ -1,10 +1,10 @@
 // Loading, and what is told when it fails.
 #include "tests/xml/XmlFixture.h"
 
-#include "platform/system/CodePage.h"
+#include "src/charset/CodePage.h"
+#include "src/xml/FileInput.h"
 #include "vnbytstr/StrX.h"
 #include "vnbytstr/XercesErrorHandler.h"
-#include "xml/FileInputInternal.h"
 
 namespace vnbytstr::test {
 namespace {

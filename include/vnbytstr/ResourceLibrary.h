@@ -1,0 +1,46 @@
+// Loaded resource libraries: PE files (vnurcENU.dll) whose string tables hold a program's texts in
+// one language. Both 32- and 64-bit ones are read, with the code of neither.
+//
+// A handle stays valid until it was freed as often as it was loaded. A file that is loaded already
+// gives its handle again. All functions may be called from every thread; a handle that is none is
+// refused. What is too long, no PE file or a damaged one is ENOEXEC, in a time that its length
+// bounds.
+#pragma once
+
+#include "vnbytstr/framework/Export.h"
+#include "vnbytstr/framework/String.h"
+#include "vnbytstr/framework/Types.h"
+
+#include <string>
+#include <vector>
+
+namespace vnbytstr {
+
+/// The running program as a module. It has no resources of its own.
+VNBYTSTR_API HINSTANCE GetApplicationInstance() noexcept;
+
+/// Loads a resource library. Returns 0 and its handle, or an errno value and null.
+VNBYTSTR_API int LoadResourceLibrary(const char* file, HINSTANCE& library);
+/// Loads a library anew by the handle it was freed with, without a look at the file. False when it
+/// has been forgotten since.
+VNBYTSTR_API bool ReviveResourceLibrary(HINSTANCE library);
+/// Gives a handle back. False when it is none, or the program's.
+VNBYTSTR_API bool FreeResourceLibrary(HINSTANCE library);
+/// The name `library` was loaded by, or the program's full name; empty when it is no handle.
+VNBYTSTR_API std::string GetModuleFileName(HINSTANCE library);
+
+/// Puts a string, in the ANSI code page, into `text`. False, with `text` as it was, when there is
+/// none or an empty one.
+VNBYTSTR_API bool FindResourceString(HINSTANCE library, UINT id, CString& text);
+/// The ids that have a string, in ascending order.
+VNBYTSTR_API std::vector<UINT> ListResourceStrings(HINSTANCE library);
+
+/// Windows LANGID of a library's strings (1033 for English of the United States; the language is
+/// the lower 10 bits); 0 when it is neutral, unknown or no library.
+VNBYTSTR_API WORD GetResourceLanguage(HINSTANCE library);
+/// Whether the texts of a library run from right to left. The library says so as Windows programs
+/// do, by two left-to-right marks (U+200E) at the beginning of the FileDescription in its version
+/// information; or its language is written that way.
+VNBYTSTR_API bool IsResourceRightToLeft(HINSTANCE library);
+
+} // namespace vnbytstr

@@ -1,0 +1,63 @@
+// CWinApp, the program: its message loop and main window.
+//
+// A framework-style program derives from it and calls Run; a Qt program needs none. The Qt
+// application object is made when the first window is, unless there is one.
+#pragma once
+
+#include "vnbytstr/window/CmdTarget.h"
+#include "vnbytstr/window/Wnd.h"
+
+class VNBYTSTR_API CWinApp : public CCmdTarget {
+    DECLARE_DYNAMIC(CWinApp)
+public:
+    /// At most one at a time.
+    explicit CWinApp(LPCTSTR name = nullptr);
+    ~CWinApp() override;
+
+    /// Makes the main window (m_pMainWnd); FALSE ends the program with ExitInstance.
+    virtual BOOL InitInstance();
+    /// The loop: handles messages until the program is told to quit, then calls ExitInstance.
+    /// Returns its answer.
+    virtual int Run();
+    virtual int ExitInstance();
+    /// Called when there is nothing to do; `count` counts calls since the last message. TRUE: call
+    /// again when there is time.
+    virtual BOOL OnIdle(LONG count);
+    virtual BOOL PreTranslateMessage(MSG* message);
+    /// InitInstance, Run.
+    int Main();
+
+    CWnd* GetMainWnd() const { return m_pMainWnd; }
+    CWnd* m_pMainWnd = nullptr; ///< its end quits the loop
+    CString m_pszAppName;
+
+    BOOL OnCmdMsg(UINT id, int code, void* extra) override;
+
+protected:
+    DECLARE_MESSAGE_MAP()
+};
+
+/// The program's object; null when it has none.
+VNBYTSTR_API CWinApp* AfxGetApp();
+/// The program's main window: CWinApp's, else the window set here, else null.
+VNBYTSTR_API CWnd* AfxGetMainWnd();
+VNBYTSTR_API void AfxSetMainWnd(CWnd* window);
+/// Ends the innermost message loop with that answer.
+VNBYTSTR_API void AfxPostQuitMessage(int exitCode);
+VNBYTSTR_API void PostQuitMessage(int exitCode);
+/// Whether this process can open windows: there is a display, or a Qt platform is chosen
+/// (QT_QPA_PLATFORM). Without, AfxInitWindows would end the process with Qt's message.
+VNBYTSTR_API BOOL AfxCanOpenWindows();
+/// Sees to it that there is a Qt application object. `argc` and `argv` (may be null) are those of
+/// main and must live as long as the program.
+VNBYTSTR_API void AfxInitWindows(int* argc = nullptr, char** argv = nullptr);
+/// Handles messages for that long; 0: those that wait.
+VNBYTSTR_API void AfxPumpMessages(int milliseconds = 50);
+/// Shows the waiting pointer for its life.
+class VNBYTSTR_API CWaitCursor {
+public:
+    CWaitCursor();
+    ~CWaitCursor();
+    CWaitCursor(const CWaitCursor&) = delete;
+    CWaitCursor& operator=(const CWaitCursor&) = delete;
+};

@@ -1,0 +1,58 @@
+// CComboBox, the system's combo box: a drop-down with an edit field (CBS_DROPDOWN), a drop-down
+// list to pick from (CBS_DROPDOWNLIST), or an edit field with the list always below it
+// (CBS_SIMPLE).
+//
+// All of it also goes by CB_ messages, to a window of the class "COMBOBOX". Items count from 0;
+// CB_ERR (-1) answers one that is not there. CBS_SORT keeps the items in the order of the system's
+// collation (ignoring case, kana type and width). The window's height is that of the field and the
+// dropped list together, as callers give it; the field itself takes the height its font needs.
+#pragma once
+
+#include "vnbytstr/window/Wnd.h"
+
+class VNBYTSTR_API CComboBox : public CWnd {
+    DECLARE_DYNAMIC(CComboBox)
+public:
+    CComboBox() = default;
+    /// A child window of class "COMBOBOX". The rectangle's height includes the dropped list.
+    virtual BOOL Create(DWORD style, const RECT& rect, CWnd* parent, UINT id);
+    using CWnd::Create;
+
+    int GetCount() const;
+    int AddString(LPCTSTR text);                 ///< the new item's index
+    int InsertString(int index, LPCTSTR text);   ///< -1: at the end; not sorted in
+    int DeleteString(UINT index);                ///< how many are left
+    void ResetContent();                         ///< empties the field too
+    int GetLBText(int index, LPTSTR text) const; ///< the buffer needs GetLBTextLen + 1 bytes
+    void GetLBText(int index, CString& text) const;
+    int GetLBTextLen(int index) const;
+    /// The next item after `after` (-1: from the first), going round, that begins with (is) a text;
+    /// case does not matter.
+    int FindString(int after, LPCTSTR beginning) const;
+    int FindStringExact(int after, LPCTSTR text) const;
+    /// As FindString, and selects it.
+    int SelectString(int after, LPCTSTR beginning);
+    int GetCurSel() const;
+    /// Selects an item and shows it in the field; -1: none, and empties the field. Sends no
+    /// notification.
+    int SetCurSel(int index);
+    std::uintptr_t GetItemData(int index) const;
+    int SetItemData(int index, std::uintptr_t data);
+    int InitStorage(int items, UINT bytes);
+
+    BOOL LimitText(int bytes); ///< as CEdit::LimitText
+    DWORD GetEditSel() const;
+    BOOL SetEditSel(int first, int end);
+    void Clear();
+    void Copy();
+    void Cut();
+    void Paste();
+
+    void ShowDropDown(BOOL show = TRUE);
+    BOOL GetDroppedState() const;
+    void
+    GetDroppedControlRect(LPRECT rect) const; ///< screen coordinates, the dropped list included
+    /// Heights of the items (index 0) and of the field (index -1).
+    int SetItemHeight(int index, UINT height);
+    int GetItemHeight(int index) const;
+};

@@ -1,0 +1,153 @@
+// CDC and its kin: drawing on a window, or on nothing (for measuring).
+//
+// Coordinates are those of the window's client area (CWindowDC: of its whole rectangle), in
+// device-independent pixels, from its left top; in a window with WS_EX_LAYOUTRTL from its right
+// top, x growing to the left, and text is not mirrored. Text is in the ANSI code page.
+//
+// Drawing inside WM_PAINT (CPaintDC, and the device context of WM_DRAWITEM) goes to the window.
+// Drawing outside goes to a layer over the window and its children, where it stays: filled and
+// written pixels until the window paints that place again, inverted ones (InvertRect,
+// DrawFocusRect) until they are inverted back.
+#pragma once
+
+#include "vnbytstr/framework/Export.h"
+#include "vnbytstr/framework/Object.h"
+#include "vnbytstr/framework/String.h"
+#include "vnbytstr/window/Gdi.h"
+#include "vnbytstr/window/Messages.h"
+
+class CWnd;
+
+class VNBYTSTR_API CDC : public CObject {
+    DECLARE_DYNAMIC(CDC)
+public:
+    CDC() = default;
+    ~CDC() override;
+
+    operator HDC() const { return m_hDC; }
+    HDC GetSafeHdc() const { return m_hDC; }
+    /// Takes a handle over. FALSE when it is null or there is one.
+    BOOL Attach(HDC dc);
+    HDC Detach();
+    /// The object for a handle; null for null. It lives as long as the handle.
+    static CDC* FromHandle(HDC dc);
+    /// Makes a context that draws nothing and measures text as `other` (null: the screen) does.
+    BOOL CreateCompatibleDC(CDC* other);
+    BOOL DeleteDC();
+
+    /// Remembers the state (objects, colours, modes, clipping); returns a number above 0.
+    int SaveDC();
+    /// Goes back to a state; -1 to the last one.
+    BOOL RestoreDC(int saved);
+    /// The window drawn on; null for none.
+    CWnd* GetWindow() const;
+
+    // Objects: each returns the one selected before, null when there was none.
+    CPen* SelectObject(CPen* pen);
+    CBrush* SelectObject(CBrush* brush);
+    CFont* SelectObject(CFont* font);
+    HGDIOBJ SelectObject(HGDIOBJ object);
+    CGdiObject* SelectStockObject(int index);
+    CFont* GetCurrentFont() const;
+
+    // Colours and modes: each returns the value before.
+    COLORREF SetTextColor(COLORREF color);
+    COLORREF GetTextColor() const;
+    COLORREF SetBkColor(COLORREF color);
+    COLORREF GetBkColor() const;
+    int SetBkMode(int mode); ///< TRANSPARENT or OPAQUE (the beginning)
+    int GetBkMode() const;
+    UINT SetTextAlign(UINT flags); ///< TA_*
+    UINT GetTextAlign() const;
+    int SetROP2(int mode); ///< R2_*, of lines
+    /// The colour at a place of the layer over the window; CLR_INVALID where nothing was drawn, and
+    /// inside WM_PAINT.
+    COLORREF GetPixel(int x, int y) const;
+
+    // Shapes. Rectangles exclude their right and bottom edges.
+    CPoint MoveTo(int x, int y);
+    CPoint MoveTo(POINT point) { return MoveTo(point.x, point.y); }
+    /// A line with the selected pen up to, and not including, the point.
+    BOOL LineTo(int x, int y);
+    BOOL LineTo(POINT point) { return LineTo(point.x, point.y); }
+    BOOL Polygon(const POINT* points, int count);
+    BOOL Rectangle(int left, int top, int right, int bottom);
+    BOOL Rectangle(LPCRECT rect) {
+        return Rectangle(rect->left, rect->top, rect->right, rect->bottom);
+    }
+    void FillRect(LPCRECT rect, CBrush* brush);
+    void FillSolidRect(LPCRECT rect, COLORREF color);
+    void FrameRect(LPCRECT rect, CBrush* brush);
+    /// Inverts every pixel; twice is as before.
+    void InvertRect(LPCRECT rect);
+    /// Draws (or, drawn twice, removes) the dotted frame of the focus.
+    void DrawFocusRect(LPCRECT rect);
+    void Draw3dRect(LPCRECT rect, COLORREF leftTop, COLORREF rightBottom);
+    COLORREF SetPixel(int x, int y, COLORREF color);
+    /// Draws a picture scaled into a rectangle.
+    BOOL DrawBitmap(LPCRECT rect, const CBitmap& bitmap);
+
+    // Text.
+    BOOL TextOut(int x, int y, LPCTSTR text, int length);
+    BOOL TextOut(int x, int y, const CString& text) {
+        return TextOut(x, y, text, text.GetLength());
+    }
+    /// `options` ETO_*; `rect` (may be null) is filled or clips; `widths` is not used.
+    BOOL ExtTextOut(int x, int y, UINT options, LPCRECT rect, LPCTSTR text, UINT length,
+                    const int* widths = nullptr);
+    BOOL ExtTextOut(int x, int y, UINT options, LPCRECT rect, const CString& text,
+                    const int* widths = nullptr) {
+        return ExtTextOut(x, y, options, rect, text, static_cast<UINT>(text.GetLength()), widths);
+    }
+    /// `flags` DT_*; `length` -1: up to the NUL. Returns the height of the text. DT_CALCRECT sets
+    /// the rectangle's right and bottom to what the text needs and draws nothing.
+    int DrawText(LPCTSTR text, int length, LPRECT rect, UINT flags);
+    int DrawText(const CString& text, LPRECT rect, UINT flags) {
+        return DrawText(text, text.GetLength(), rect, flags);
+    }
+    CSize GetTextExtent(LPCTSTR text, int length) const;
+    CSize GetTextExtent(const CString& text) const { return GetTextExtent(text, text.GetLength()); }
+    BOOL GetTextMetrics(LPTEXTMETRIC metrics) const;
+
+    // Clipping.
+    int IntersectClipRect(LPCRECT rect);
+    int GetClipBox(LPRECT rect) const;
+    /// Whether any of the rectangle would be drawn.
+    BOOL RectVisible(LPCRECT rect) const;
+
+    HDC m_hDC = nullptr;
+
+protected:
+    BOOL m_owned = FALSE; ///< the destructor frees m_hDC
+};
+
+/// Draws a window in its WM_PAINT handler: the constructor begins painting (erasing the
+/// background), the destructor ends it.
+class VNBYTSTR_API CPaintDC : public CDC {
+    DECLARE_DYNAMIC(CPaintDC)
+public:
+    explicit CPaintDC(CWnd* window);
+    ~CPaintDC() override;
+
+    struct {
+        HDC hdc;
+        BOOL fErase;
+        RECT rcPaint; ///< what has to be painted
+    } m_ps;
+};
+
+/// Draws on a window's client area at any time; null: measures as the screen does.
+class VNBYTSTR_API CClientDC : public CDC {
+    DECLARE_DYNAMIC(CClientDC)
+public:
+    explicit CClientDC(CWnd* window);
+};
+
+/// As CClientDC, with the coordinates of the whole window.
+class VNBYTSTR_API CWindowDC : public CDC {
+    DECLARE_DYNAMIC(CWindowDC)
+public:
+    explicit CWindowDC(CWnd* window);
+};
+
+VNBYTSTR_API BOOL GetTextExtentPoint32(HDC dc, LPCTSTR text, int length, LPSIZE size);

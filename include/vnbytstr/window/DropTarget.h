@@ -1,0 +1,74 @@
+// COleDropTarget and COleDataObject: what is dragged over a window and dropped on it.
+#pragma once
+
+#include "vnbytstr/framework/Arrays.h"
+#include "vnbytstr/window/Wnd.h"
+
+#include <memory>
+
+class QMimeData;
+namespace vnbytstr::detail {
+class TargetSink;
+}
+
+using CLIPFORMAT = WORD;
+using HGLOBAL = void*;
+inline constexpr CLIPFORMAT CF_TEXT = 1;
+inline constexpr CLIPFORMAT CF_HDROP = 15; ///< files
+
+/// What becomes of what was dropped.
+using DROPEFFECT = DWORD;
+inline constexpr DROPEFFECT DROPEFFECT_NONE = 0;
+inline constexpr DROPEFFECT DROPEFFECT_COPY = 1;
+inline constexpr DROPEFFECT DROPEFFECT_MOVE = 2;
+inline constexpr DROPEFFECT DROPEFFECT_LINK = 4;
+
+/// What is being dragged. Good for the call it is given to.
+class VNBYTSTR_API COleDataObject {
+public:
+    COleDataObject();
+    explicit COleDataObject(const QMimeData* data);
+    /// Local files, for programs (and tests) that drop by themselves.
+    explicit COleDataObject(const CStringArray& files);
+    ~COleDataObject();
+    COleDataObject(const COleDataObject&) = delete;
+    COleDataObject& operator=(const COleDataObject&) = delete;
+
+    BOOL IsDataAvailable(CLIPFORMAT format) const;
+    /// CF_HDROP: the local files as an HDROP, for DragQueryFile; it belongs to this object
+    /// (DragFinish does nothing to it). CF_TEXT: a text that ends with NUL, likewise. Null when the
+    /// format is not there.
+    HGLOBAL GetGlobalData(CLIPFORMAT format) const;
+    HDROP GetDrop() const { return static_cast<HDROP>(GetGlobalData(CF_HDROP)); }
+
+private:
+    struct Data;
+    std::unique_ptr<Data> m_data;
+};
+
+/// Takes what is dropped on a window. Points are in the window's client coordinates. What is
+/// dragged by another program is copied, whatever effect is answered: DROPEFFECT_MOVE and
+/// DROPEFFECT_LINK are told to it as a copy, so that it deletes nothing.
+class VNBYTSTR_API COleDropTarget : public CCmdTarget {
+    DECLARE_DYNAMIC(COleDropTarget)
+public:
+    COleDropTarget() = default;
+    ~COleDropTarget() override;
+
+    /// From now on this object is told of drags over `window` (until Revoke, or the window's end).
+    /// FALSE when there is no window, or it has a drop target already.
+    BOOL Register(CWnd* window);
+    virtual void Revoke();
+
+    /// The answers say what a drop would do; DROPEFFECT_NONE refuses. The base refuses.
+    /// `keys`: MK_*.
+    virtual DROPEFFECT OnDragEnter(CWnd* window, COleDataObject* data, DWORD keys, CPoint point);
+    virtual DROPEFFECT OnDragOver(CWnd* window, COleDataObject* data, DWORD keys, CPoint point);
+    virtual BOOL OnDrop(CWnd* window, COleDataObject* data, DROPEFFECT effect, CPoint point);
+    virtual void OnDragLeave(CWnd* window);
+
+    HWND m_hWnd = nullptr;
+
+private:
+    friend class vnbytstr::detail::TargetSink;
+};

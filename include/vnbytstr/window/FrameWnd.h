@@ -1,0 +1,63 @@
+// CFrameWnd, a program's top-level window: menu bar, keys, status line, and a view that fills the
+// rest. Menu bar and status line are child windows inside the client area, which GetPaneRect is
+// what is left of.
+//
+// Commands go to the view first, then to the frame, then to the program.
+#pragma once
+
+#include "vnbytstr/window/Menu.h"
+#include "vnbytstr/window/Wnd.h"
+
+inline constexpr UINT AFX_IDW_STATUS_BAR = 0xE801;
+inline constexpr UINT AFX_IDW_MENU_BAR = 0xE802;
+inline constexpr UINT AFX_IDW_PANE_FIRST = 0xE900; ///< the id of the view
+
+class VNBYTSTR_API CFrameWnd : public CWnd {
+    DECLARE_DYNAMIC(CFrameWnd)
+public:
+    CFrameWnd() = default;
+    ~CFrameWnd() override;
+
+    /// `rect` null: the system's choice of size and place.
+    virtual BOOL Create(LPCTSTR title, DWORD style = WS_OVERLAPPEDWINDOW, LPCRECT rect = nullptr,
+                        CWnd* parent = nullptr, DWORD exStyle = 0);
+    using CWnd::Create;
+
+    /// The menu bar; the menu belongs to the window from there on. Its items ask
+    /// ON_UPDATE_COMMAND_UI when they are shown.
+    /// The menu bar (null: none). The menu belongs to the window from there on, and `menu` lets go
+    /// of it. Its items ask ON_UPDATE_COMMAND_UI when they are shown.
+    BOOL SetMenu(CMenu* menu);
+    CMenu* GetMenu() const;
+    /// To be called after changes of the bar itself; those of its popups are seen when they open.
+    void DrawMenuBar();
+    /// The keys; the table must outlive the window.
+    void SetAccelerators(const CAcceleratorTable* table) { m_accelerators = table; }
+
+    /// A line at the bottom with `panes` fields at its right.
+    BOOL CreateStatusLine(int panes = 0);
+    /// The line's message (pane -1) or a field's text.
+    void SetMessageText(LPCTSTR text) { SetPaneText(-1, text); }
+    void SetPaneText(int pane, LPCTSTR text);
+    CString GetPaneText(int pane) const;
+
+    /// Places the view (the child AFX_IDW_PANE_FIRST) and the status line. Called on WM_SIZE.
+    virtual void RecalcLayout();
+    /// The place the view has, or would have.
+    void GetPaneRect(LPRECT rect) const;
+
+    BOOL PreTranslateMessage(MSG* message) override;
+    BOOL OnCmdMsg(UINT id, int code, void* extra) override;
+
+protected:
+    void OnSize(UINT type, int cx, int cy);
+    void OnSetFocus(CWnd* old);
+    LRESULT OnInitMenuPopup(WPARAM wParam, LPARAM lParam);
+    DECLARE_MESSAGE_MAP()
+
+private:
+    const CAcceleratorTable* m_accelerators = nullptr;
+    HMENU m_menu = nullptr;
+    CWnd m_menuBar;
+    CWnd m_statusLine;
+};

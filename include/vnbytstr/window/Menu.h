@@ -1,0 +1,106 @@
+// CMenu, a menu bar or a menu that pops up, and CAcceleratorTable, the keys of commands.
+//
+// A chosen item sends WM_COMMAND with its id to the window the menu belongs to. Before a menu opens
+// that window gets WM_INITMENUPOPUP, and the handlers of ON_UPDATE_COMMAND_UI set each item's
+// state; an item nobody handles is disabled (CFrameWnd). '&' marks the letter of an item; what
+// follows a tab in its text is shown as its key.
+#pragma once
+
+#include "vnbytstr/window/CmdTarget.h"
+#include "vnbytstr/window/Wnd.h"
+
+#include <memory>
+#include <span>
+
+inline constexpr UINT MF_BYCOMMAND = 0x0000;
+inline constexpr UINT MF_BYPOSITION = 0x0400;
+inline constexpr UINT MF_STRING = 0x0000;
+inline constexpr UINT MF_ENABLED = 0x0000;
+inline constexpr UINT MF_GRAYED = 0x0001;
+inline constexpr UINT MF_DISABLED = 0x0002;
+inline constexpr UINT MF_UNCHECKED = 0x0000;
+inline constexpr UINT MF_CHECKED = 0x0008;
+inline constexpr UINT MF_POPUP = 0x0010;
+inline constexpr UINT MF_SEPARATOR = 0x0800;
+inline constexpr UINT TPM_LEFTALIGN = 0x0000;
+inline constexpr UINT TPM_CENTERALIGN = 0x0004;
+inline constexpr UINT TPM_RIGHTALIGN = 0x0008;
+inline constexpr UINT TPM_NONOTIFY = 0x0080;
+inline constexpr UINT TPM_RETURNCMD = 0x0100;
+
+/// A menu. Whoever creates one destroys it, unless it has become a popup of another menu or the
+/// menu of a window, which then do.
+class VNBYTSTR_API CMenu : public CObject {
+    DECLARE_DYNAMIC(CMenu)
+public:
+    CMenu() = default;
+    ~CMenu() override;
+
+    BOOL CreateMenu();      ///< for a menu bar
+    BOOL CreatePopupMenu(); ///< for a popup
+    BOOL DestroyMenu();     ///< with its popups
+    BOOL Attach(HMENU menu);
+    HMENU Detach();
+    HMENU GetSafeHmenu() const { return m_hMenu; }
+    operator HMENU() const { return m_hMenu; }
+    /// The object for a handle; null for null. It lives as long as the handle.
+    static CMenu* FromHandle(HMENU menu);
+
+    /// `item`: the command's id; with MF_POPUP the popup's HMENU, which then belongs to this menu.
+    BOOL AppendMenu(UINT flags, std::uintptr_t item = 0, LPCTSTR text = nullptr);
+    /// Before the item `before` (MF_BYPOSITION or MF_BYCOMMAND); -1 with MF_BYPOSITION appends.
+    BOOL InsertMenu(UINT before, UINT flags, std::uintptr_t item = 0, LPCTSTR text = nullptr);
+    BOOL ModifyMenu(UINT which, UINT flags, std::uintptr_t item = 0, LPCTSTR text = nullptr);
+    BOOL DeleteMenu(UINT which, UINT flags); ///< destroys its popup
+    BOOL RemoveMenu(UINT which, UINT flags); ///< its popup becomes the caller's
+
+    /// Return the state before as MF_*, -1 when there is no such item. By command they look into
+    /// popups too.
+    UINT CheckMenuItem(UINT which, UINT flags);
+    UINT EnableMenuItem(UINT which, UINT flags);
+    /// Checks one of the items with ids first to last, shown as a choice, and unchecks the others.
+    BOOL CheckMenuRadioItem(UINT first, UINT last, UINT check, UINT flags);
+    BOOL SetDefaultItem(UINT which, BOOL byPosition = FALSE); ///< shown bold
+    UINT GetMenuState(UINT which, UINT flags) const;
+    int GetMenuString(UINT which, CString& text, UINT flags) const;
+    UINT GetMenuItemCount() const;
+    UINT GetMenuItemID(int position) const; ///< 0: a separator; -1: a popup, or no such item
+    CMenu* GetSubMenu(int position) const;
+
+    /// Opens the popup at a place of the screen and waits for a choice, which `owner` gets as
+    /// WM_COMMAND. Returns its id with TPM_RETURNCMD (then no WM_COMMAND comes), else TRUE; 0 when
+    /// nothing was chosen.
+    BOOL TrackPopupMenu(UINT flags, int x, int y, CWnd* owner, LPCRECT rect = nullptr);
+
+    HMENU m_hMenu = nullptr;
+};
+
+inline constexpr BYTE FVIRTKEY = 0x01;
+inline constexpr BYTE FSHIFT = 0x04;
+inline constexpr BYTE FCONTROL = 0x08;
+inline constexpr BYTE FALT = 0x10;
+
+/// A key and its command.
+struct ACCEL {
+    BYTE fVirt; ///< FVIRTKEY with FSHIFT, FCONTROL, FALT; without FVIRTKEY `key` is a character
+    WORD key;   ///< VK_*
+    WORD cmd;
+};
+
+class VNBYTSTR_API CAcceleratorTable {
+public:
+    CAcceleratorTable();
+    explicit CAcceleratorTable(std::span<const ACCEL> keys);
+    ~CAcceleratorTable();
+    CAcceleratorTable(const CAcceleratorTable&) = delete;
+    CAcceleratorTable& operator=(const CAcceleratorTable&) = delete;
+
+    void Set(std::span<const ACCEL> keys);
+    /// TRUE when the message is one of the keys: its command went to `window` as WM_COMMAND, with 1
+    /// in wParam's high word. For PreTranslateMessage.
+    BOOL Translate(CWnd* window, const MSG* message) const;
+
+private:
+    struct Keys;
+    std::unique_ptr<Keys> m_keys;
+};

@@ -1,0 +1,66 @@
+// CSpinButtonCtrl, a pair of arrow buttons that counts up and down, most often beside an edit
+// control (its buddy), whose text it then reads and writes (UDS_SETBUDDYINT).
+//
+// All of it also goes by UDM_ messages, to a window of the class "msctls_updown32". Before the
+// position changes the parent gets UDN_DELTAPOS (WM_NOTIFY with an NM_UPDOWN; a nonzero answer
+// keeps the position), after it WM_VSCROLL (UDS_HORZ: WM_HSCROLL) with SB_THUMBPOSITION and the
+// position in wParam's high word, and SB_ENDSCROLL when the button is let go.
+//
+// "Up" goes towards the range's upper end, which may be the smaller number. The beginning range is
+// 100 (lower) to 0 (upper), as callers know it: set the range.
+#pragma once
+
+#include "vnbytstr/window/Wnd.h"
+
+inline constexpr UINT UDM_SETACCEL = WM_USER + 107;
+inline constexpr UINT UDM_GETACCEL = WM_USER + 108;
+inline constexpr UINT UDM_GETBASE = WM_USER + 110;
+inline constexpr DWORD UDS_HORZ = 0x0040;
+inline constexpr DWORD UDS_HOTTRACK = 0x0100;
+inline constexpr int UD_MAXVAL = 0x7FFF;
+inline constexpr int UD_MINVAL = -UD_MAXVAL;
+
+/// What UDN_DELTAPOS carries. The handler may change iDelta.
+struct NMUPDOWN {
+    NMHDR hdr;
+    int iPos;
+    int iDelta;
+};
+using NM_UPDOWN = NMUPDOWN;
+using LPNMUPDOWN = NMUPDOWN*;
+
+/// One step of the acceleration: after `nSec` seconds of holding a button a step counts `nInc`.
+struct UDACCEL {
+    UINT nSec;
+    UINT nInc;
+};
+
+class VNBYTSTR_API CSpinButtonCtrl : public CWnd {
+    DECLARE_DYNAMIC(CSpinButtonCtrl)
+public:
+    CSpinButtonCtrl() = default;
+    /// A child window of class "msctls_updown32". UDS_AUTOBUDDY takes the sibling before it.
+    virtual BOOL Create(DWORD style, const RECT& rect, CWnd* parent, UINT id);
+    using CWnd::Create;
+
+    /// With UDS_ALIGNRIGHT or UDS_ALIGNLEFT the spin button takes its place at that edge of the
+    /// buddy, which gets narrower by as much; with UDS_ARROWKEYS the buddy's up and down keys
+    /// count. Returns the one before.
+    CWnd* SetBuddy(CWnd* buddy);
+    CWnd* GetBuddy() const;
+    void SetRange(short lower, short upper);
+    void SetRange32(int lower, int upper);
+    void GetRange(int& lower, int& upper) const;
+    void GetRange32(int& lower, int& upper) const { GetRange(lower, upper); }
+    /// Confined to the range. Returns the position before. Sends no notification.
+    int SetPos(int position);
+    int SetPos32(int position) { return SetPos(position); }
+    /// The position, read from the buddy with UDS_SETBUDDYINT; `*error` is set when its text is no
+    /// number in the range.
+    int GetPos(BOOL* error = nullptr) const;
+    int GetPos32(BOOL* error = nullptr) const { return GetPos(error); }
+    BOOL SetAccel(int count, const UDACCEL* steps);
+    UINT GetAccel(int count, UDACCEL* steps) const; ///< returns how many there are
+    int SetBase(int base); ///< 10 or 16, of the buddy's text; returns the one before, 0 for others
+    int GetBase() const;
+};

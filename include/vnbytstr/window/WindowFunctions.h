@@ -1,0 +1,81 @@
+// The window layer's free functions: on windows by handle, the keyboard, the mouse, the clipboard,
+// colours and measures. A handle that names no window is refused with 0.
+#pragma once
+
+#include "vnbytstr/framework/Export.h"
+#include "vnbytstr/framework/String.h"
+#include "vnbytstr/window/Messages.h"
+
+/// Makes a class of windows known under its name (case does not matter). Returns a number above 0;
+/// 0 when the name is empty or taken.
+VNBYTSTR_API WORD RegisterClass(const WNDCLASS* windowClass);
+/// Fills `*windowClass` with the class of that name; FALSE when there is none. `instance` does not
+/// matter: all modules of a process share their classes.
+VNBYTSTR_API BOOL GetClassInfo(HINSTANCE instance, LPCSTR name, WNDCLASS* windowClass);
+VNBYTSTR_API BOOL UnregisterClass(LPCSTR name, HINSTANCE instance);
+
+VNBYTSTR_API BOOL IsWindow(HWND window);
+VNBYTSTR_API LRESULT SendMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+/// The message is handled when the program next waits for events; a window that ends before then
+/// does not get it.
+VNBYTSTR_API BOOL PostMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+/// The default treatment of a message in a window of no class of its own.
+VNBYTSTR_API LRESULT DefWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+VNBYTSTR_API LRESULT CallWindowProc(WNDPROC procedure, HWND window, UINT message, WPARAM wParam,
+                                    LPARAM lParam);
+VNBYTSTR_API BOOL DestroyWindow(HWND window);
+VNBYTSTR_API HWND GetParent(HWND window);
+VNBYTSTR_API HWND GetDlgItem(HWND window, int id);
+VNBYTSTR_API int GetDlgCtrlID(HWND window);
+VNBYTSTR_API int GetClassName(HWND window, LPSTR buffer, int size);
+VNBYTSTR_API HWND GetFocus();
+VNBYTSTR_API HWND SetFocus(HWND window); ///< null: nobody has it
+VNBYTSTR_API HWND GetActiveWindow();
+VNBYTSTR_API HWND GetCapture();
+VNBYTSTR_API HWND SetCapture(HWND window);
+VNBYTSTR_API BOOL ReleaseCapture();
+VNBYTSTR_API HWND WindowFromPoint(POINT screen);
+VNBYTSTR_API BOOL EnableWindow(HWND window, BOOL on);
+VNBYTSTR_API BOOL ShowWindow(HWND window, int command);
+VNBYTSTR_API BOOL InvalidateRect(HWND window, LPCRECT rect, BOOL erase);
+VNBYTSTR_API BOOL GetClientRect(HWND window, LPRECT rect);
+VNBYTSTR_API BOOL GetWindowRect(HWND window, LPRECT rect);
+VNBYTSTR_API LONG GetWindowLong(HWND window, int index); ///< GWL_STYLE, GWL_EXSTYLE
+VNBYTSTR_API LONG SetWindowLong(HWND window, int index, LONG value);
+VNBYTSTR_API BOOL MessageBeep(UINT type);
+
+/// Bit 15 set: the key (VK_*) is down, as far as the messages handled so far tell; bit 0: toggled.
+VNBYTSTR_API short GetKeyState(int key);
+/// Milliseconds, wrapping after 49.7 days (vnbytstr::System's clock).
+VNBYTSTR_API DWORD GetTickCount();
+VNBYTSTR_API DWORD GetDoubleClickTime();
+VNBYTSTR_API BOOL GetCursorPos(LPPOINT point);
+VNBYTSTR_API BOOL SetCursorPos(int x, int y);
+/// Shows a pointer over the window that handles the message; returns the one before.
+VNBYTSTR_API HCURSOR SetCursor(HCURSOR cursor);
+VNBYTSTR_API HCURSOR GetCursor();
+/// The system's pointer of that number (IDC_*); null for an unknown one.
+VNBYTSTR_API HCURSOR LoadCursor(HINSTANCE instance, int id);
+/// Keeps the pointer inside a rectangle of the screen; null lets it go.
+VNBYTSTR_API BOOL ClipCursor(LPCRECT rect);
+/// The rectangle of ClipCursor, else the whole screen.
+VNBYTSTR_API BOOL GetClipCursor(LPRECT rect);
+
+VNBYTSTR_API int GetSystemMetrics(int index); ///< SM_*; 0 for an unknown one
+VNBYTSTR_API COLORREF GetSysColor(int index); ///< COLOR_*; 0 for an unknown one
+/// The low word: average width of a character of the dialog font; the high word: its height.
+VNBYTSTR_API LONG GetDialogBaseUnits();
+/// number * numerator / denominator in 64 bits, rounded to the nearest; -1 when that does not fit
+/// or the denominator is 0.
+VNBYTSTR_API int MulDiv(int number, int numerator, int denominator);
+
+/// The clipboard's text, to and from the ANSI code page.
+VNBYTSTR_API BOOL SetClipboardText(LPCSTR text);
+VNBYTSTR_API BOOL GetClipboardText(CString& text);
+
+/// The files of WM_DROPFILES. `index` 0xFFFFFFFF: their number; else copies the name (at most
+/// `size` bytes with the NUL) and returns its length; with a null buffer the length only; 0 when
+/// there is none.
+VNBYTSTR_API UINT DragQueryFile(HDROP drop, UINT index, LPSTR buffer, UINT size);
+VNBYTSTR_API BOOL DragQueryPoint(HDROP drop, LPPOINT point);
+VNBYTSTR_API void DragFinish(HDROP drop);

@@ -1,0 +1,362 @@
+// The window layer's plain types: opaque handles, points, sizes and rectangles, and the structures
+// that messages carry. Coordinates are device-independent pixels: the window layer scales them to
+// the screen's own pixels.
+#pragma once
+
+#include "vnbytstr/framework/Types.h"
+
+#include <algorithm>
+
+struct HWND__;
+struct HDC__;
+struct HGDIOBJ__;
+struct HCURSOR__;
+struct HMENU__;
+struct HDROP__;
+using HWND = HWND__*;       ///< a window
+using HDC = HDC__*;         ///< a device context
+using HGDIOBJ = HGDIOBJ__*; ///< a font, pen, brush or bitmap
+using HFONT = HGDIOBJ;
+using HPEN = HGDIOBJ;
+using HBRUSH = HGDIOBJ;
+using HBITMAP = HGDIOBJ;
+using HCURSOR = HCURSOR__*; ///< a mouse pointer; nobody frees it
+using HICON = HBITMAP;
+using HMENU = HMENU__*; ///< a menu, or a child window's id cast to it
+using HDROP = HDROP__*; ///< the files of a drop
+
+struct POINT {
+    LONG x;
+    LONG y;
+};
+struct SIZE {
+    LONG cx;
+    LONG cy;
+};
+/// The right and bottom edges lie outside.
+struct RECT {
+    LONG left;
+    LONG top;
+    LONG right;
+    LONG bottom;
+};
+using LPPOINT = POINT*;
+using LPSIZE = SIZE*;
+using LPRECT = RECT*;
+using LPCRECT = const RECT*;
+
+/// The low and high 16 bits, and their composition.
+constexpr WORD LOWORD(std::uintptr_t value) { return static_cast<WORD>(value & 0xFFFF); }
+constexpr WORD HIWORD(std::uintptr_t value) { return static_cast<WORD>((value >> 16) & 0xFFFF); }
+constexpr WORD LOWORD(std::intptr_t value) { return LOWORD(static_cast<std::uintptr_t>(value)); }
+constexpr WORD HIWORD(std::intptr_t value) { return HIWORD(static_cast<std::uintptr_t>(value)); }
+constexpr WORD LOWORD(DWORD value) { return static_cast<WORD>(value & 0xFFFF); }
+constexpr WORD HIWORD(DWORD value) { return static_cast<WORD>(value >> 16); }
+constexpr WORD LOWORD(LONG value) { return LOWORD(static_cast<DWORD>(value)); }
+constexpr WORD HIWORD(LONG value) { return HIWORD(static_cast<DWORD>(value)); }
+constexpr LONG MAKELONG(WORD low, WORD high) {
+    return static_cast<LONG>(static_cast<DWORD>(low) | (static_cast<DWORD>(high) << 16));
+}
+constexpr WPARAM MAKEWPARAM(int low, int high) {
+    return static_cast<DWORD>(MAKELONG(static_cast<WORD>(low), static_cast<WORD>(high)));
+}
+constexpr LPARAM MAKELPARAM(int low, int high) {
+    return static_cast<LPARAM>(MAKEWPARAM(low, high));
+}
+/// The signed coordinates in a mouse message's lParam.
+constexpr int GET_X_LPARAM(LPARAM value) { return static_cast<std::int16_t>(LOWORD(value)); }
+constexpr int GET_Y_LPARAM(LPARAM value) { return static_cast<std::int16_t>(HIWORD(value)); }
+/// The turn of the wheel in a WM_MOUSEWHEEL's wParam; 120 is one notch away from the user.
+constexpr int GET_WHEEL_DELTA_WPARAM(WPARAM value) {
+    return static_cast<std::int16_t>(HIWORD(value));
+}
+
+/// A colour: red in the lowest byte, then green, then blue.
+constexpr COLORREF RGB(int red, int green, int blue) {
+    return static_cast<COLORREF>((red & 0xFF) | ((green & 0xFF) << 8) | ((blue & 0xFF) << 16));
+}
+constexpr BYTE GetRValue(COLORREF color) { return static_cast<BYTE>(color); }
+constexpr BYTE GetGValue(COLORREF color) { return static_cast<BYTE>(color >> 8); }
+constexpr BYTE GetBValue(COLORREF color) { return static_cast<BYTE>(color >> 16); }
+
+// Edges are set in the constructors' bodies: braces around a base are lost on the static analyzer.
+class CSize : public SIZE {
+public:
+    constexpr CSize() : CSize(0, 0) {}
+    constexpr CSize(int width, int height) : SIZE() {
+        cx = width;
+        cy = height;
+    }
+    constexpr CSize(SIZE size) : SIZE(size) {}
+    constexpr bool operator==(const CSize& other) const { return cx == other.cx && cy == other.cy; }
+};
+
+class CPoint : public POINT {
+public:
+    constexpr CPoint() : CPoint(0, 0) {}
+    constexpr CPoint(int left, int top) : POINT() {
+        x = left;
+        y = top;
+    }
+    constexpr CPoint(POINT point) : POINT(point) {}
+    /// The point in a mouse message's lParam.
+    constexpr explicit CPoint(LPARAM packed) : CPoint(GET_X_LPARAM(packed), GET_Y_LPARAM(packed)) {}
+    constexpr void Offset(int dx, int dy) {
+        x += dx;
+        y += dy;
+    }
+    constexpr CPoint operator+(SIZE size) const { return {x + size.cx, y + size.cy}; }
+    constexpr CPoint operator-(SIZE size) const { return {x - size.cx, y - size.cy}; }
+    constexpr CSize operator-(POINT point) const { return {x - point.x, y - point.y}; }
+    constexpr bool operator==(const CPoint& other) const { return x == other.x && y == other.y; }
+};
+
+class CRect : public RECT {
+public:
+    constexpr CRect() : CRect(0, 0, 0, 0) {}
+    constexpr CRect(int l, int t, int r, int b) : RECT() {
+        left = l;
+        top = t;
+        right = r;
+        bottom = b;
+    }
+    constexpr CRect(const RECT& rect) : RECT(rect) {}
+    constexpr CRect(POINT point, SIZE size)
+        : CRect(point.x, point.y, point.x + size.cx, point.y + size.cy) {}
+
+    constexpr int Width() const { return right - left; }
+    constexpr int Height() const { return bottom - top; }
+    constexpr CSize Size() const { return {Width(), Height()}; }
+    constexpr CPoint TopLeft() const { return {left, top}; }
+    constexpr CPoint BottomRight() const { return {right, bottom}; }
+    constexpr CPoint CenterPoint() const { return {(left + right) / 2, (top + bottom) / 2}; }
+    /// No area: a width or height of 0 or less.
+    constexpr BOOL IsRectEmpty() const { return left >= right || top >= bottom; }
+    constexpr BOOL IsRectNull() const { return left == 0 && top == 0 && right == 0 && bottom == 0; }
+    /// The right and bottom edges do not count.
+    constexpr BOOL PtInRect(POINT point) const {
+        return point.x >= left && point.x < right && point.y >= top && point.y < bottom;
+    }
+    constexpr void SetRect(int l, int t, int r, int b) { *this = CRect(l, t, r, b); }
+    constexpr void SetRectEmpty() { *this = CRect(); }
+    constexpr void InflateRect(int dx, int dy) {
+        left -= dx;
+        right += dx;
+        top -= dy;
+        bottom += dy;
+    }
+    constexpr void DeflateRect(int dx, int dy) { InflateRect(-dx, -dy); }
+    constexpr void OffsetRect(int dx, int dy) {
+        left += dx;
+        right += dx;
+        top += dy;
+        bottom += dy;
+    }
+    constexpr void OffsetRect(POINT by) { OffsetRect(by.x, by.y); }
+    /// Swaps edges until neither width nor height is negative.
+    constexpr void NormalizeRect() {
+        if (left > right)
+            std::swap(left, right);
+        if (top > bottom)
+            std::swap(top, bottom);
+    }
+    /// Sets this to what both have in common (all zero when that is nothing). Returns whether there
+    /// is any.
+    constexpr BOOL IntersectRect(LPCRECT a, LPCRECT b) {
+        const CRect common(std::max(a->left, b->left), std::max(a->top, b->top),
+                           std::min(a->right, b->right), std::min(a->bottom, b->bottom));
+        *this = common.IsRectEmpty() ? CRect() : common;
+        return !IsRectEmpty();
+    }
+    /// Sets this to the smallest rectangle around both; an empty one does not count.
+    constexpr BOOL UnionRect(LPCRECT a, LPCRECT b) {
+        const CRect first(*a);
+        const CRect second(*b);
+        if (first.IsRectEmpty() || second.IsRectEmpty())
+            *this = !first.IsRectEmpty() ? first : !second.IsRectEmpty() ? second : CRect();
+        else
+            *this = CRect(std::min(a->left, b->left), std::min(a->top, b->top),
+                          std::max(a->right, b->right), std::max(a->bottom, b->bottom));
+        return !IsRectEmpty();
+    }
+    constexpr operator LPRECT() { return this; }
+    constexpr operator LPCRECT() const { return this; }
+    constexpr bool operator==(const CRect& other) const {
+        return left == other.left && top == other.top && right == other.right &&
+               bottom == other.bottom;
+    }
+};
+
+struct MSG {
+    HWND hwnd;
+    UINT message;
+    WPARAM wParam;
+    LPARAM lParam;
+    DWORD time; ///< tick count when the message was made
+    POINT pt;   ///< the pointer's place on the screen at that time
+};
+using LPMSG = MSG*;
+
+/// What WM_CREATE carries.
+struct CREATESTRUCT {
+    void* lpCreateParams;
+    HINSTANCE hInstance;
+    HMENU hMenu; ///< a child window's id
+    HWND hwndParent;
+    int cy;
+    int cx;
+    int y;
+    int x;
+    DWORD style;
+    LPCSTR lpszName;
+    LPCSTR lpszClass;
+    DWORD dwExStyle;
+};
+using LPCREATESTRUCT = CREATESTRUCT*;
+
+/// What WM_DRAWITEM carries.
+struct DRAWITEMSTRUCT {
+    UINT CtlType; ///< ODT_*
+    UINT CtlID;
+    UINT itemID;     ///< index; 0xFFFFFFFF for the focus of an empty list
+    UINT itemAction; ///< ODA_*
+    UINT itemState;  ///< ODS_*
+    HWND hwndItem;
+    HDC hDC; ///< restored after the message
+    RECT rcItem;
+    std::uintptr_t itemData;
+};
+using LPDRAWITEMSTRUCT = DRAWITEMSTRUCT*;
+
+/// What WM_MEASUREITEM carries.
+struct MEASUREITEMSTRUCT {
+    UINT CtlType;
+    UINT CtlID;
+    UINT itemID;
+    UINT itemWidth;
+    UINT itemHeight; ///< the answer, in pixels; 1 to 255
+    std::uintptr_t itemData;
+};
+using LPMEASUREITEMSTRUCT = MEASUREITEMSTRUCT*;
+
+/// What WM_DELETEITEM carries.
+struct DELETEITEMSTRUCT {
+    UINT CtlType;
+    UINT CtlID;
+    UINT itemID;
+    HWND hwndItem;
+    std::uintptr_t itemData;
+};
+using LPDELETEITEMSTRUCT = DELETEITEMSTRUCT*;
+
+/// What WM_COMPAREITEM carries (a sorted owner-drawn list without strings).
+struct COMPAREITEMSTRUCT {
+    UINT CtlType;
+    UINT CtlID;
+    HWND hwndItem;
+    UINT itemID1;
+    std::uintptr_t itemData1;
+    UINT itemID2;
+    std::uintptr_t itemData2;
+};
+using LPCOMPAREITEMSTRUCT = COMPAREITEMSTRUCT*;
+
+/// What begins every WM_NOTIFY.
+struct NMHDR {
+    HWND hwndFrom;
+    std::uintptr_t idFrom;
+    UINT code;
+};
+
+/// What WM_WINDOWPOSCHANGING and WM_WINDOWPOSCHANGED carry.
+struct WINDOWPOS {
+    HWND hwnd;
+    HWND hwndInsertAfter;
+    int x;
+    int y;
+    int cx;
+    int cy;
+    UINT flags; ///< SWP_*
+};
+using LPWINDOWPOS = WINDOWPOS*;
+
+/// What WM_HELP carries.
+struct HELPINFO {
+    UINT cbSize;
+    int iContextType; ///< 1: a window
+    int iCtrlId;
+    HWND hItemHandle;
+    DWORD dwContextId; ///< the message's help identifier
+    POINT MousePos;
+};
+
+struct MINMAXINFO {
+    POINT ptReserved;
+    POINT ptMaxSize;
+    POINT ptMaxPosition;
+    POINT ptMinTrackSize;
+    POINT ptMaxTrackSize;
+};
+
+struct SCROLLINFO {
+    UINT cbSize;
+    UINT fMask; ///< SIF_*
+    int nMin;
+    int nMax;
+    UINT nPage;
+    int nPos;
+    int nTrackPos;
+};
+
+inline constexpr int LF_FACESIZE = 32;
+struct LOGFONT {
+    LONG lfHeight; ///< above 0: of a line; below 0: of a character, in pixels; 0: the default
+    LONG lfWidth;
+    LONG lfEscapement;
+    LONG lfOrientation;
+    LONG lfWeight; ///< 400 normal, 700 bold
+    BYTE lfItalic;
+    BYTE lfUnderline;
+    BYTE lfStrikeOut;
+    BYTE lfCharSet;
+    BYTE lfOutPrecision;
+    BYTE lfClipPrecision;
+    BYTE lfQuality;
+    BYTE lfPitchAndFamily;
+    char lfFaceName[LF_FACESIZE]; ///< empty: the default face
+};
+
+/// A font's measures, in pixels.
+struct TEXTMETRIC {
+    LONG tmHeight; ///< ascent plus descent
+    LONG tmAscent;
+    LONG tmDescent;
+    LONG tmInternalLeading; ///< the part of the ascent above the letters
+    LONG tmExternalLeading; ///< to be added between lines
+    LONG tmAveCharWidth;
+    LONG tmMaxCharWidth;
+    LONG tmWeight;
+    BYTE tmItalic;
+    BYTE tmUnderlined;
+    BYTE tmStruckOut;
+    BYTE tmPitchAndFamily;
+    BYTE tmCharSet;
+};
+using LPTEXTMETRIC = TEXTMETRIC*;
+
+/// A window procedure.
+using WNDPROC = LRESULT (*)(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+
+/// A window class, as RegisterClass takes it.
+struct WNDCLASS {
+    UINT style; ///< CS_*
+    WNDPROC lpfnWndProc;
+    int cbClsExtra;
+    int cbWndExtra;
+    HINSTANCE hInstance;
+    HICON hIcon;
+    HCURSOR hCursor;
+    HBRUSH hbrBackground; ///< a brush, COLOR_* + 1 cast to one, or null: the window erases itself
+    LPCSTR lpszMenuName;
+    LPCSTR lpszClassName;
+};

@@ -1,0 +1,262 @@
+// CWnd, a window: handles messages through its message map, and has a Qt widget underneath.
+#pragma once
+
+#include "vnbytstr/framework/Arrays.h"
+#include "vnbytstr/framework/Export.h"
+#include "vnbytstr/framework/String.h"
+#include "vnbytstr/window/CmdTarget.h"
+#include "vnbytstr/window/DC.h"
+#include "vnbytstr/window/Gdi.h"
+#include "vnbytstr/window/Messages.h"
+#include "vnbytstr/window/WindowFunctions.h"
+
+class QWidget;
+class CAccessibleTable;
+namespace vnbytstr::detail {
+class Window;
+}
+
+/// A window. The C++ object and the window live separately: Create makes the window, DestroyWindow
+/// (or its parent's end) takes it away, and the object goes on; the object's destructor destroys
+/// the window. PostNcDestroy is the place for `delete this`.
+///
+/// Everything runs on the program's main thread. Coordinates: see DC.h; a child's place is in its
+/// parent's client coordinates.
+class VNBYTSTR_API CWnd : public CCmdTarget {
+    DECLARE_DYNAMIC(CWnd)
+public:
+    CWnd() = default;
+    ~CWnd() override;
+
+    HWND m_hWnd = nullptr;
+    operator HWND() const { return m_hWnd; }
+    HWND GetSafeHwnd() const;
+
+    // --- making and unmaking -----------------------------------------------------------------
+    /// A child window. `className` is a registered or system class ("LISTBOX", "EDIT", "COMBOBOX",
+    /// "BUTTON", "STATIC", "msctls_updown32"; case does not matter); null is a plain window.
+    /// FALSE when the class is unknown, there is no parent, or WM_CREATE was answered with -1.
+    virtual BOOL Create(LPCTSTR className, LPCTSTR windowName, DWORD style, const RECT& rect,
+                        CWnd* parent, UINT id, void* context = nullptr);
+    /// A window of any kind; `parent` may be null (a top-level window), `id` is the child's id.
+    BOOL CreateEx(DWORD exStyle, LPCTSTR className, LPCTSTR windowName, DWORD style,
+                  const RECT& rect, CWnd* parent, UINT id, void* param = nullptr);
+    /// A child window inside any widget of a Qt program. The widget owns it from there on.
+    BOOL CreateInWidget(QWidget* parent, LPCTSTR className, LPCTSTR windowName, DWORD style,
+                        const RECT& rect, UINT id);
+    /// Changes the class, style or place before the window is made; FALSE gives it up.
+    virtual BOOL PreCreateWindow(CREATESTRUCT& create);
+    virtual BOOL DestroyWindow();
+    /// Called last, after WM_NCDESTROY; m_hWnd is null.
+    virtual void PostNcDestroy();
+    /// Connects this object to an existing window, whose messages it gets from now on.
+    BOOL SubclassWindow(HWND window);
+    BOOL SubclassDlgItem(UINT id, CWnd* parent);
+    HWND UnsubclassWindow();
+    /// As SubclassWindow, without taking messages: the handle only.
+    BOOL Attach(HWND window);
+    HWND Detach();
+    virtual void PreSubclassWindow();
+
+    /// The object for a window, made for the time being when there is none; null for null.
+    static CWnd* FromHandle(HWND window);
+    /// As FromHandle; null when nobody attached an object.
+    static CWnd* FromHandlePermanent(HWND window);
+    /// The widget underneath; null when there is no window. For a Qt program that puts the window
+    /// into a layout of its own. A window without Qt parent may be given one with setParent.
+    QWidget* GetWidget() const;
+    /// The window that a widget (or the nearest widget around it) is; null for none.
+    static CWnd* FromWidget(const QWidget* widget);
+
+    // --- messages ----------------------------------------------------------------------------
+    LRESULT SendMessage(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const;
+    BOOL PostMessage(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const;
+    /// Sends to a child by its id.
+    LRESULT SendDlgItemMessage(int id, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const;
+    /// Where every message of the window arrives.
+    virtual LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam);
+    /// What happens to a message that nobody handles: the window class's own behaviour.
+    virtual LRESULT DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam);
+    /// Sees keyboard messages before they go to the window that has the focus, from that window up
+    /// to its top-level window. TRUE: the message goes no further.
+    virtual BOOL PreTranslateMessage(MSG* message);
+    /// The message being handled.
+    static const MSG* GetCurrentMessage();
+
+    // --- place, state, order -----------------------------------------------------------------
+    DWORD GetStyle() const;
+    DWORD GetExStyle() const;
+    /// Changes style bits; TRUE when that changed any. `flags` nonzero: SWP_* for a SetWindowPos.
+    BOOL ModifyStyle(DWORD remove, DWORD add, UINT flags = 0);
+    BOOL ModifyStyleEx(DWORD remove, DWORD add, UINT flags = 0);
+    int GetDlgCtrlID() const;
+    int SetDlgCtrlID(int id);
+    void MoveWindow(int x, int y, int width, int height, BOOL repaint = TRUE);
+    void MoveWindow(LPCRECT rect, BOOL repaint = TRUE) {
+        MoveWindow(rect->left, rect->top, rect->right - rect->left, rect->bottom - rect->top,
+                   repaint);
+    }
+    /// `after`: &wndTop, &wndBottom, or the window to come behind.
+    BOOL SetWindowPos(const CWnd* after, int x, int y, int cx, int cy, UINT flags);
+    static const CWnd wndTop;
+    static const CWnd wndBottom;
+    void BringWindowToTop();
+    void GetWindowRect(LPRECT rect) const; ///< screen coordinates
+    void GetClientRect(LPRECT rect) const; ///< left and top are 0
+    void ClientToScreen(LPPOINT point) const;
+    void ClientToScreen(LPRECT rect) const;
+    void ScreenToClient(LPPOINT point) const;
+    void ScreenToClient(LPRECT rect) const;
+    /// From this window's client coordinates to another's (null: the screen's).
+    void MapWindowPoints(CWnd* to, LPPOINT points, UINT count) const;
+    void MapWindowPoints(CWnd* to, LPRECT rect) const;
+    BOOL ShowWindow(int command); ///< SW_*; TRUE when the window was visible
+    BOOL IsWindowVisible() const;
+    BOOL IsZoomed() const;
+    BOOL IsIconic() const;
+    /// Returns whether the window was disabled before.
+    virtual BOOL EnableWindow(BOOL on = TRUE);
+    BOOL IsWindowEnabled() const;
+    void CenterWindow(CWnd* around = nullptr);
+    /// Confines and returns the scroll bar (SB_VERT, SB_HORZ) of a window with that style.
+    BOOL SetScrollInfo(int bar, const SCROLLINFO* info, BOOL redraw = TRUE);
+    BOOL GetScrollInfo(int bar, SCROLLINFO* info, UINT mask = SIF_ALL) const;
+    int SetScrollPos(int bar, int position, BOOL redraw = TRUE);
+    int GetScrollPos(int bar) const;
+    void SetScrollRange(int bar, int minimum, int maximum, BOOL redraw = TRUE);
+
+    // --- text and font -----------------------------------------------------------------------
+    void SetWindowText(LPCTSTR text);
+    int GetWindowText(LPTSTR buffer, int size) const; ///< bytes copied, without the NUL
+    void GetWindowText(CString& text) const;
+    int GetWindowTextLength() const;
+    void SetFont(CFont* font, BOOL redraw = TRUE);
+    CFont* GetFont() const;
+
+    // --- painting ----------------------------------------------------------------------------
+    void Invalidate(BOOL erase = TRUE);
+    void InvalidateRect(LPCRECT rect, BOOL erase = TRUE);
+    void ValidateRect(LPCRECT rect);
+    /// Paints at once what is invalid.
+    void UpdateWindow();
+    BOOL RedrawWindow(LPCRECT rect = nullptr,
+                      UINT flags = RDW_INVALIDATE | RDW_UPDATENOW | RDW_ERASE);
+    void SetRedraw(BOOL on = TRUE);
+    BOOL GetUpdateRect(LPRECT rect) const;
+    CDC* GetDC(); ///< to be given back with ReleaseDC
+    CDC* GetWindowDC();
+    int ReleaseDC(CDC* dc);
+
+    // --- family ------------------------------------------------------------------------------
+    /// The parent window; of a top-level window its owner. Null when there is none, or it is a
+    /// widget that is no CWnd.
+    CWnd* GetParent() const;
+    CWnd* SetParent(CWnd* parent);
+    CWnd* GetOwner() const;
+    /// Who gets this control's notifications instead of its parent.
+    void SetOwner(CWnd* owner);
+    CWnd* GetTopLevelParent() const;
+    CWnd* GetDlgItem(int id) const; ///< null when there is none
+    void GetDlgItem(int id, HWND* window) const;
+    CWnd* GetWindow(UINT which) const;     ///< GW_*
+    BOOL IsChild(const CWnd* other) const; ///< `other` lies in this window
+    CWnd* ChildWindowFromPoint(POINT point) const;
+    void SetDlgItemText(int id, LPCTSTR text);
+    int GetDlgItemText(int id, CString& text) const;
+    UINT GetDlgItemInt(int id, BOOL* translated = nullptr, BOOL isSigned = TRUE) const;
+    void SetDlgItemInt(int id, UINT value, BOOL isSigned = TRUE);
+    /// The next (or previous) child that Tab goes to.
+    CWnd* GetNextDlgTabItem(CWnd* from, BOOL previous = FALSE) const;
+
+    // --- focus, mouse, time ------------------------------------------------------------------
+    static CWnd* GetFocus();
+    CWnd* SetFocus(); ///< the window that had it
+    static CWnd* GetActiveWindow();
+    CWnd* SetActiveWindow();
+    BOOL SetForegroundWindow();
+    static CWnd* GetCapture();
+    CWnd* SetCapture(); ///< all mouse messages come here until ReleaseCapture
+    /// Calls OnTimer (or sends WM_TIMER) every `milliseconds`; returns `id`, 0 on failure.
+    std::uintptr_t SetTimer(std::uintptr_t id, UINT milliseconds, void* = nullptr);
+    BOOL KillTimer(std::uintptr_t id);
+    int MessageBox(LPCTSTR text, LPCTSTR caption = nullptr, UINT type = 0);
+    void DragAcceptFiles(BOOL accept = TRUE);
+
+    // --- beyond what programs know -----------------------------------------------------------
+    /// What a screen reader is told about a window that draws a table itself. The window does not
+    /// own it; null takes it away. See AccessibleTable.h; after a change call
+    /// NotifyAccessibility.
+    void SetAccessibleTable(CAccessibleTable* table);
+
+    BOOL OnCmdMsg(UINT id, int code, void* extra) override;
+
+protected:
+    virtual BOOL OnCommand(WPARAM wParam, LPARAM lParam);
+    virtual BOOL OnNotify(WPARAM wParam, LPARAM lParam, LRESULT* result);
+    /// A message that this control sent to its parent comes here first. TRUE: handled, the parent
+    /// does not get it.
+    virtual BOOL OnChildNotify(UINT message, WPARAM wParam, LPARAM lParam, LRESULT* result);
+    /// Looks a message up in the map and calls its handler. FALSE when there is none.
+    virtual BOOL OnWndMsg(UINT message, WPARAM wParam, LPARAM lParam, LRESULT* result);
+    /// Gives a child's notification back to it. Called by parents for the messages of children.
+    static BOOL ReflectLastMsg(HWND child, LRESULT* result = nullptr);
+    /// The default treatment of the message being handled.
+    LRESULT Default();
+
+    // Handlers a map may name without a class of its own: each does the default.
+    int OnCreate(LPCREATESTRUCT create);
+    void OnDestroy();
+    void OnNcDestroy();
+    void OnMove(int x, int y);
+    void OnSize(UINT type, int cx, int cy);
+    void OnActivate(UINT state, CWnd* other, BOOL minimized);
+    void OnSetFocus(CWnd* old);
+    void OnKillFocus(CWnd* next);
+    void OnEnable(BOOL on);
+    void OnPaint();
+    void OnClose();
+    BOOL OnEraseBkgnd(CDC* dc);
+    void OnSysColorChange();
+    void OnShowWindow(BOOL show, UINT status);
+    void OnCancelMode();
+    BOOL OnSetCursor(CWnd* window, UINT hitTest, UINT message);
+    void OnDrawItem(int id, LPDRAWITEMSTRUCT item);
+    void OnMeasureItem(int id, LPMEASUREITEMSTRUCT item);
+    void OnDeleteItem(int id, LPDELETEITEMSTRUCT item);
+    void OnWindowPosChanging(WINDOWPOS* place);
+    void OnWindowPosChanged(WINDOWPOS* place);
+    void OnGetMinMaxInfo(MINMAXINFO* info);
+    void OnContextMenu(CWnd* window, CPoint screen);
+    UINT OnGetDlgCode();
+    void OnKeyDown(UINT key, UINT repeat, UINT flags);
+    void OnKeyUp(UINT key, UINT repeat, UINT flags);
+    void OnChar(UINT ch, UINT repeat, UINT flags);
+    void OnSysKeyDown(UINT key, UINT repeat, UINT flags);
+    void OnTimer(std::uintptr_t id);
+    void OnHScroll(UINT code, UINT position, CWnd* bar);
+    void OnVScroll(UINT code, UINT position, CWnd* bar);
+    void OnMouseMove(UINT flags, CPoint point);
+    void OnLButtonDown(UINT flags, CPoint point);
+    void OnLButtonUp(UINT flags, CPoint point);
+    void OnLButtonDblClk(UINT flags, CPoint point);
+    void OnRButtonDown(UINT flags, CPoint point);
+    void OnRButtonUp(UINT flags, CPoint point);
+    void OnRButtonDblClk(UINT flags, CPoint point);
+    BOOL OnMouseWheel(UINT flags, short delta, CPoint screen);
+    void OnMouseLeave();
+    void OnCaptureChanged(CWnd* next);
+    void OnDropFiles(HDROP drop);
+    HBRUSH OnCtlColor(CDC* dc, CWnd* control, UINT type);
+
+    DECLARE_MESSAGE_MAP()
+
+    /// Offers a message that `child` sent to its parent to the child's own object.
+    static BOOL ReflectMessage(HWND child, UINT message, WPARAM wParam, LPARAM lParam,
+                               LRESULT* result);
+
+private:
+    friend class vnbytstr::detail::Window;
+    static LRESULT Dispatch(CWnd& object, UINT message, WPARAM wParam, LPARAM lParam);
+    BOOL ReflectChildNotify(UINT message, WPARAM wParam, LPARAM lParam, LRESULT* result);
+    BOOL m_subclassed = FALSE; ///< takes the window's messages (Create, SubclassWindow)
+};

@@ -1,0 +1,38 @@
+// The order of many texts, as a permutation: which of them stands first, second and so on.
+//
+// Sorting is stable: texts that are equal keep their order. A descending order is the ascending one
+// read from its end, so equal texts come in the reverse of their order there.
+#pragma once
+
+#include "src/charset/Collation.h"
+
+#include "vnbytstr/framework/Export.h"
+#include "vnbytstr/framework/Types.h"
+
+#include <span>
+#include <string_view>
+#include <vector>
+
+namespace vnbytstr {
+
+enum class SortDirection { Ascending, Descending };
+
+/// Indexes into `keys` in the order of the keys. At most 0xFFFFFFFF of them (std::length_error).
+VNBYTSTR_API std::vector<DWORD> SortOrder(const CollationKeys& keys, SortDirection direction);
+
+/// The same for texts, by the rules of the system's locale: ignoring case, kana type and width.
+VNBYTSTR_API std::vector<DWORD> SortOrder(std::span<const std::string_view> texts,
+                                          SortDirection direction);
+
+/// Indexes into `values` in numeric order.
+VNBYTSTR_API std::vector<DWORD> SortOrder(std::span<const LONG> values, SortDirection direction);
+
+/// The number a text begins with, as C's strtol reads it in base 10: blanks, a sign, digits; 0 when
+/// there is none; the nearest 32-bit number when it is too great or too small.
+VNBYTSTR_API LONG LeadingInteger(std::string_view text) noexcept;
+
+/// Indexes into `texts` in the order of their leading integers.
+VNBYTSTR_API std::vector<DWORD> IntegerSortOrder(std::span<const std::string_view> texts,
+                                                 SortDirection direction);
+
+} // namespace vnbytstr

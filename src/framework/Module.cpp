@@ -1,0 +1,63 @@
+#include "vnbytstr/framework/Module.h"
+
+#include "vnbytstr/Interaction.h"
+#include "vnbytstr/ResourceLibrary.h"
+
+#include <atomic>
+#include <string>
+
+namespace {
+std::atomic<HINSTANCE> g_resources{nullptr};
+} // namespace
+
+HINSTANCE AfxGetInstanceHandle() { return vnbytstr::GetApplicationInstance(); }
+
+HINSTANCE AfxGetResourceHandle() {
+    const HINSTANCE resources = g_resources.load(std::memory_order_relaxed);
+    return resources != nullptr ? resources : AfxGetInstanceHandle();
+}
+
+void AfxSetResourceHandle(HINSTANCE module) {
+    g_resources.store(module, std::memory_order_relaxed);
+}
+
+CString AfxGetAppName() {
+    std::string name = vnbytstr::GetModuleFileName(AfxGetInstanceHandle());
+    name.erase(0, name.rfind('/') + 1); // none: npos + 1 is 0
+    if (name.size() > 4 && name.ends_with(".exe"))
+        name.resize(name.size() - 4);
+    return CString(name.data(), static_cast<int>(name.size()));
+}
+
+int AfxLoadString(UINT id, CString& text) {
+    if (!vnbytstr::FindResourceString(AfxGetResourceHandle(), id, text))
+        text.Empty();
+    return text.GetLength();
+}
+
+void AfxFormatStrings(CString& out, const char* format, const char* const* texts, int count) {
+    CString result;
+    // A digit and a percent sign are never a part of a longer character, nor is a digit behind one.
+    for (const char* p = format != nullptr ? format : ""; *p != '\0'; ++p) {
+        if (p[0] != '%' || p[1] < '1' || p[1] > '9') {
+            result += *p;
+            continue;
+        }
+        const int index = *++p - '1';
+        if (index >= count)
+            result += '?';
+        else if (texts[index] != nullptr)
+            result += texts[index];
+    }
+    out = result;
+}
+
+int AfxMessageBox(const char* text, UINT type, UINT helpId) {
+    return vnbytstr::Interaction::Current().MessageBox(text, AfxGetAppName(), type, helpId);
+}
+
+int AfxMessageBox(UINT textId, UINT type, UINT helpId) {
+    CString text;
+    AfxLoadString(textId, text);
+    return AfxMessageBox(text, type, helpId == 0xFFFFFFFF ? textId : helpId);
+}

@@ -1,0 +1,22 @@
+#include "vnbytstr/DataTip.h"
+
+#include "vnbytstr/window/ToolTip.h"
+
+CDataTip::~CDataTip() { Hide(); }
+
+void CDataTip::Set(CPoint point, LPCTSTR text) {
+    const CString tip(text);
+    if (m_pOwner == nullptr || m_pOwner->GetSafeHwnd() == nullptr || tip.IsEmpty()) {
+        Hide();
+        return;
+    }
+    ShowTip(m_pOwner->m_hWnd, point, tip);
+    m_strShown = tip;
+}
+
+void CDataTip::Hide() {
+    // Another window's tip is not this one's to take away.
+    if (!m_strShown.IsEmpty() && GetShownTip() == m_strShown)
+        HideTip();
+    m_strShown.Empty();
+}

@@ -1,0 +1,101 @@
+// CListBoxEx: what screen readers see.
+#include "messages/ResourceIds.h"
+#include "src/lists/ListBoxExInternal.h"
+#include "src/lists/ListColumns.h"
+#include "vnbytstr/Language.h"
+
+#include <algorithm>
+
+using namespace vnbytstr::detail;
+
+int CListBoxEx::Accessible::GetAccessibleRowCount() const { return m_list.GetCount(); }
+
+int CListBoxEx::Accessible::GetAccessibleColumnCount() const {
+    return std::max(1, m_list.m_nColumns);
+}
+
+CString CListBoxEx::Accessible::GetAccessibleCellText(int row, int column) const {
+    return StringOf(m_list.CellOf(row, column));
+}
+
+CString CListBoxEx::Accessible::GetAccessibleHeading(int column) const {
+    return m_list.GetColumnName(column);
+}
+
+CAccessibleTable::Sort CListBoxEx::Accessible::GetAccessibleSort(int column) const {
+    if (column != m_list.m_nSortColumn || m_list.m_nSortState == 0)
+        return Sort::None;
+    return m_list.m_nSortState == 1 ? Sort::Ascending : Sort::Descending;
+}
+
+CString CListBoxEx::Accessible::GetAccessibleSortText(Sort sort) const {
+    CString text;
+    const UINT id = sort == Sort::Ascending ? IDS_SORTED_ASCENDING : IDS_SORTED_DESCENDING;
+    if (sort == Sort::None || LoadStringA(text, id, nullptr) > 0)
+        return text;
+    return CAccessibleTable::GetAccessibleSortText(sort);
+}
+
+bool CListBoxEx::Accessible::IsAccessibleRowSelected(int row) const {
+    return m_list.IsRow(row) && m_list.SendMessage(LB_GETSEL, static_cast<WPARAM>(row)) > 0;
+}
+
+bool CListBoxEx::Accessible::SelectAccessibleRow(int row, bool on) {
+    if (!m_list.IsRow(row) || !m_list.IsWindowEnabled())
+        return false;
+    const Lifeline life(&m_list);
+    if (!m_list.CellEnter(TRUE) || !life.Holds())
+        return false;
+    if (m_list.HasManySelected())
+        m_list.SendMessage(LB_SETSEL, on, row);
+    else
+        m_list.SendMessage(LB_SETCURSEL, static_cast<WPARAM>(on ? row : -1));
+    // As a click does; the list box is silent when a program selects.
+    if (CWnd* parent = m_list.GetParent(); parent != nullptr)
+        parent->SendMessage(WM_COMMAND, MAKEWPARAM(m_list.GetDlgCtrlID(), LBN_SELCHANGE),
+                            reinterpret_cast<LPARAM>(m_list.m_hWnd));
+    return true;
+}
+
+int CListBoxEx::Accessible::GetAccessibleFocusRow() const {
+    if (m_list.m_pActiveEditor != nullptr)
+        return m_list.m_nCurRow;
+    return static_cast<int>(m_list.SendMessage(LB_GETCARETINDEX));
+}
+
+int CListBoxEx::Accessible::GetAccessibleFocusColumn() const {
+    return m_list.m_pActiveEditor != nullptr ? m_list.m_nCurColumn : -1;
+}
+
+CRect CListBoxEx::Accessible::GetAccessibleCellRect(int row, int column) const {
+    CRect rect;
+    if (!m_list.IsRow(row) ||
+        m_list.SendMessage(LB_GETITEMRECT, static_cast<WPARAM>(row),
+                           reinterpret_cast<LPARAM>(static_cast<LPRECT>(rect))) == LB_ERR)
+        return {};
+    CRect client;
+    m_list.GetClientRect(client);
+    if (m_list.m_nColumns > 0) {
+        const PixelSpan span = CellSpan(m_list.ColumnSpan(), column);
+        rect.left = span.left - m_list.GetSideShift();
+        rect.right = span.right - m_list.GetSideShift();
+    }
+    CRect seen;
+    seen.IntersectRect(rect, client);
+    return seen;
+}
+
+CRect CListBoxEx::Accessible::GetAccessibleHeadingRect(int column) const {
+    CListBoxExHeadings* headings = m_list.m_pHeadings;
+    CRect rect;
+    if (headings == nullptr || headings->GetSafeHwnd() == nullptr ||
+        !headings->GetRect(column, &rect))
+        return {};
+    headings->MapWindowPoints(&m_list, rect);
+    return rect;
+}
+
+bool CListBoxEx::Accessible::IsAccessibleCellEditable(int row, int column) const {
+    return m_list.m_bEditing && !m_list.m_bReadOnly &&
+           m_list.EffectiveEditorType(row, column) != kEditorNone;
+}

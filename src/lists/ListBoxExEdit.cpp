@@ -1,0 +1,278 @@
+// CListBoxEx: opening, storing and closing cell editors.
+#include "src/lists/ListBoxExInternal.h"
+#include "src/lists/ListColumns.h"
+
+#include "vnbytstr/ListBoxCellEdit.h"
+
+#include <algorithm>
+
+using namespace vnbytstr::detail;
+
+int CListBoxEx::EffectiveEditorType(int row, int column) const {
+    if (!IsColumn(column))
+        return kEditorNone;
+    const int type = m_pColumns[static_cast<std::size_t>(column)].m_nEditorType;
+    if (type != kEditorText)
+        return type;
+    const short subtype = GetEditSubType(row);
+    return subtype == kEditorFile || subtype == kEditorFolder ? int{subtype} : int{kEditorText};
+}
+
+BOOL CListBoxEx::IsFileCell(int row, int column) const {
+    return EffectiveEditorType(row, column) == kEditorFile;
+}
+
+/// Whether the parent wants to deal with the cell itself.
+BOOL CListBoxEx::ParentTakesCell(int column) {
+    CWnd* parent = GetParent();
+    return parent != nullptr &&
+           parent->SendMessage(VNM_OPENCELL, static_cast<WPARAM>(column), 0) != 0;
+}
+
+BOOL CListBoxEx::PlaceCell(int row, int column, CellPlace& place) {
+    place.m_nType = EffectiveEditorType(row, column);
+    if (place.m_nType == kEditorNone || !IsRow(row))
+        return FALSE;
+    CRect client;
+    GetClientRect(client);
+    const bool scrolls = (GetStyle() & WS_VSCROLL) != 0;
+    const int shift = GetSideShift();
+    const PixelSpan span =
+        CellSpan(ColumnSpan(), column, scrolls ? std::max<int>(client.right, 0) + shift : -1);
+    if (scrolls && span.IsEmpty())
+        return FALSE;
+    const int height = static_cast<int>(SendMessage(LB_GETITEMHEIGHT));
+    const int top = (row - static_cast<int>(SendMessage(LB_GETTOPINDEX))) * height;
+    place.m_rect = CRect(span.left - shift, top, span.right - shift, top + height);
+    if (place.m_nType <= kEditorNumber)
+        place.m_rect.bottom = top + ((HIWORD(static_cast<DWORD>(GetDialogBaseUnits())) * 10) >> 3);
+    else // room for the list that drops down
+        place.m_rect.bottom = 15 * place.m_rect.bottom - 14 * top;
+    return TRUE;
+}
+
+void CListBoxEx::EditColumn(int row, int column) {
+    CellCancel();
+    SetOnlySel(row);
+    StartEditing(row, column);
+}
+
+void CListBoxEx::StartEditing(int row, int column) {
+    if (GetSafeHwnd() == nullptr || !IsRow(row) || !IsColumn(column) || m_bCommitting)
+        return;
+    CellCancel();
+    SetWidths();
+    SetOnlySel(row);
+    ShowColumn(column);
+    CellPlace place;
+    if (!PlaceCell(row, column, place))
+        return;
+    const bool isFile = place.m_nType == kEditorFile;
+    if (isFile || place.m_nType == kEditorText) {
+        const Lifeline life(this);
+        m_nCurRow = row; // follows its row while the parent is asked
+        if (ParentTakesCell(column) || !life.Holds() || m_pActiveEditor != nullptr)
+            return;
+        row = m_nCurRow;
+        if (!IsRow(row) || !IsColumn(column) || !PlaceCell(row, column, place))
+            return;
+    }
+    CString value;
+    if (isFile)
+        value = GetFileName(row);
+    else
+        GetStringItem(row, column, value);
+
+    m_pActiveEditor = place.m_nType <= kEditorNumber
+                          ? MakeEdit(column, place.m_nType, value, place.m_rect)
+                          : MakeCombo(column, place.m_nType, value, place.m_rect);
+    if (m_pActiveEditor == nullptr)
+        return;
+    m_nCurRow = row;
+    m_nCurColumn = column;
+    m_pActiveEditor->SendMessage(WM_SETFONT, static_cast<WPARAM>(SendMessage(WM_GETFONT)), TRUE);
+    m_pActiveEditor->ShowWindow(SW_SHOW);
+    if (auto* edit = DYNAMIC_DOWNCAST(CListBoxCellEdit, m_pActiveEditor))
+        edit->ShowAll(TRUE);
+    m_pActiveEditor->SetFocus();
+    Invalidate();
+    CheckInvariants();
+}
+
+CWnd* CListBoxEx::MakeEdit(int column, int type, LPCTSTR value, const CRect& rect) {
+    auto* edit = new CListBoxCellEdit(type == kEditorFolder ? CBrowser::kFolder : CBrowser::kFile);
+    const SListColumn& record = m_pColumns[static_cast<std::size_t>(column)];
+    if (!edit->CreateCell(WS_CHILD | WS_BORDER | ES_AUTOHSCROLL, rect, this, kCellEditorId)) {
+        delete edit;
+        return nullptr;
+    }
+    if (type == kEditorFile || type == kEditorFolder) {
+        edit->SetType(CEditEx::kBrowse);
+        edit->CreateBrowseButton(&edit->GetBrowser(), kBrowseButtonId);
+    } else if (type == kEditorNumber) {
+        edit->SetType(CEditEx::kInteger);
+        edit->SetOtherCharacters(m_strNull + m_strDefault);
+        edit->SetRange(record.m_lEditorMin, record.m_lEditorMax);
+        edit->CreateSpinner(kSpinnerId);
+    }
+    edit->SendMessage(EM_LIMITTEXT, static_cast<WPARAM>(record.m_nEditorMaxLength));
+    edit->SetWindowText(value);
+    edit->SendMessage(EM_SETSEL, 0, -1);
+    edit->SendMessage(EM_SCROLLCARET);
+    return edit;
+}
+
+CWnd* CListBoxEx::MakeCombo(int column, int type, LPCTSTR value, const CRect& rect) {
+    const bool canType = type == kEditorCombo || type == kEditorSortedCombo;
+    const bool isSorted = type == kEditorSortedCombo || type == kEditorSortedPick;
+    const DWORD style = WS_CHILD | WS_BORDER | WS_VSCROLL | CBS_AUTOHSCROLL |
+                        (canType ? CBS_DROPDOWN : CBS_DROPDOWNLIST) | (isSorted ? CBS_SORT : 0);
+    auto* combo = new CListBoxCellComboBox;
+    if (!combo->CreateCell(style, rect, this, kCellEditorId)) {
+        delete combo;
+        return nullptr;
+    }
+    const SListColumn& record = m_pColumns[static_cast<std::size_t>(column)];
+    int chosen = -1;
+    for (int i = 0; i < record.m_nEditorStrings; ++i) {
+        const CString& text = record.m_pEditorStrings[static_cast<std::size_t>(i)];
+        const auto index = static_cast<int>(combo->SendMessage(
+            CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(static_cast<const char*>(text))));
+        if (chosen >= index && index >= 0 && isSorted)
+            ++chosen; // sorted in before it
+        if (text == value)
+            chosen = index;
+    }
+    if (chosen >= 0)
+        combo->SendMessage(CB_SETCURSEL, static_cast<WPARAM>(chosen));
+    if (canType) {
+        combo->SendMessage(CB_LIMITTEXT, static_cast<WPARAM>(record.m_nEditorMaxLength));
+        combo->SetWindowText(value);
+    }
+    return combo;
+}
+
+void CListBoxEx::FollowEditedRow() {
+    CellPlace place;
+    if (m_pActiveEditor == nullptr || !PlaceCell(m_nCurRow, m_nCurColumn, place))
+        return;
+    if (auto* edit = DYNAMIC_DOWNCAST(CListBoxCellEdit, m_pActiveEditor))
+        edit->PlaceAll(place.m_rect);
+    else
+        m_pActiveEditor->MoveWindow(place.m_rect);
+}
+
+// --- storing -------------------------------------------------------------------------------------
+
+BOOL CListBoxEx::CellEnter(BOOL notify) {
+    if (m_pActiveEditor == nullptr)
+        return TRUE;
+    if (m_bCommitting)
+        return FALSE;
+    const CWnd* const editor = m_pActiveEditor;
+    const int column = m_nCurColumn;
+    const int row = GetFirstSel();
+    CString value;
+    editor->GetWindowText(value);
+    if (IsFileCell(row, column)) {
+        AddFileName(row, value);
+        GetDisplayString(value, row);
+    }
+    if (row >= 0)
+        m_nCurRow = row; // follows its row while the parent is asked
+    CWnd* parent = GetParent();
+    if (notify && parent != nullptr) {
+        const Lifeline life(this);
+        m_bCommitting = TRUE;
+        const LRESULT answer =
+            parent->SendMessage(VNM_STOREVALUE, static_cast<WPARAM>(column),
+                                reinterpret_cast<LPARAM>(static_cast<const char*>(value)));
+        if (!life.Holds())
+            return TRUE;
+        m_bCommitting = FALSE;
+        if (m_pActiveEditor != editor)
+            return TRUE; // the parent closed it, or removed the row: its decision stands
+        if (answer != 0)
+            return FALSE;
+    }
+    UpdateStringItem(row < 0 ? -1 : m_nCurRow, column, value);
+    StopEditing();
+    return TRUE;
+}
+
+void CListBoxEx::CloseEditor() {
+    CWnd* const editor = m_pActiveEditor;
+    const Lifeline life(this);
+    m_pActiveEditor = nullptr; // from here on the editor is closing: its focus matters no more
+    if (editor != nullptr && editor->GetSafeHwnd() != nullptr) {
+        auto* edit = DYNAMIC_DOWNCAST(CListBoxCellEdit, editor);
+        const CWnd* focus = GetFocus();
+        if (focus != nullptr &&
+            (focus == editor || editor->IsChild(focus) || (edit != nullptr && edit->IsPart(focus))))
+            SetFocus();
+        if (!life.Holds())
+            return;
+        if (edit != nullptr)
+            edit->ShowAll(FALSE);
+        else
+            editor->ShowWindow(SW_HIDE);
+        editor->PostMessage(WM_CLOSE);
+    }
+    if (!life.Holds())
+        return;
+    if (CWnd* parent = GetParent(); parent != nullptr)
+        parent->PostMessage(VNM_EDITORCLOSED);
+    Invalidate(TRUE);
+    UpdateWindow();
+}
+
+void CListBoxEx::StopEditing() {
+    if (GetSafeHwnd() != nullptr)
+        CloseEditor();
+}
+
+void CListBoxEx::CellCancel() {
+    if (m_pActiveEditor != nullptr)
+        StopEditing();
+}
+
+/// An editor's window ended, whoever ended it.
+void CListBoxEx::EditorGone(const CWnd* editor) {
+    if (m_pActiveEditor == editor)
+        m_pActiveEditor = nullptr;
+}
+
+void CListBoxEx::OnKillFocusOfEdit() {
+    if (m_pActiveEditor == nullptr || m_bCommitting)
+        return;
+    const CWnd* focus = GetFocus();
+    if (focus == nullptr) // another program's turn: the editor waits
+        return;
+    const auto* edit = DYNAMIC_DOWNCAST(CListBoxCellEdit, m_pActiveEditor);
+    if (focus == m_pActiveEditor || m_pActiveEditor->IsChild(focus) ||
+        (edit != nullptr && edit->IsPart(focus)))
+        return;
+    const Lifeline life(this);
+    if (!CellEnter(TRUE) && life.Holds())
+        PostMessage(kRefocusEditor);
+}
+
+void CListBoxEx::RefocusEditor() {
+    const CWnd* focus = GetFocus();
+    if (m_pActiveEditor != nullptr && !m_bCommitting && focus != nullptr &&
+        focus->GetTopLevelParent() == GetTopLevelParent())
+        m_pActiveEditor->SetFocus();
+}
+
+void CListBoxEx::OnBrowserButtonClicked() {
+    auto* edit =
+        m_pActiveEditor != nullptr ? DYNAMIC_DOWNCAST(CListBoxCellEdit, m_pActiveEditor) : nullptr;
+    if (edit == nullptr || m_bCommitting)
+        return;
+    const Lifeline life(this);
+    edit->Browse();
+    if (life.Holds() && m_pActiveEditor == edit) {
+        edit->SetFocus();
+        edit->SendMessage(EM_SETSEL, 0, -1);
+    }
+}

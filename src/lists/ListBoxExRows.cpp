@@ -1,0 +1,341 @@
+// CListBoxEx: rows, cells, and what belongs to a row.
+#include "src/lists/ListBoxExInternal.h"
+#include "src/lists/ListColumns.h"
+#include "src/lists/RowText.h"
+
+#include "vnbytstr/Messages.h"
+#include "vnbytstr/window/ListBox.h"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+using namespace vnbytstr::detail;
+
+namespace {
+
+/// Rows are joined here, one after the other, so that not each one takes memory anew.
+thread_local std::string rowBuffer;
+constexpr std::size_t kKeptBuffer = 64 * 1024;
+
+template <class Array, class Value>
+void InsertRowInto(Array& array, int row, Value fallback) {
+    if (row < array.GetSize())
+        array.InsertAt(row, fallback);
+}
+
+template <class Array>
+void DeleteRowFrom(Array& array, int row) {
+    if (row < array.GetSize())
+        array.RemoveAt(row);
+}
+
+/// Sets an element; the array grows up to it with `fallback`.
+template <class Array, class Value>
+void SetGrowing(Array& array, int row, Value value, Value fallback) {
+    while (array.GetSize() < row)
+        array.Add(fallback);
+    array.SetAtGrow(row, value);
+}
+
+template <class Array, class Value>
+void ReorderRowsOf(Array& array, const DWORD* order, int count, Value fallback) {
+    if (array.IsEmpty())
+        return;
+    Array sorted;
+    sorted.SetSize(count);
+    for (int i = 0; i < count; ++i) {
+        const int from = static_cast<int>(order[i]);
+        sorted[i] = from < array.GetSize() ? array[from] : fallback;
+    }
+    array.Copy(sorted);
+}
+
+} // namespace
+
+int CListBoxEx::GetCount() const {
+    if (GetSafeHwnd() == nullptr)
+        return 0;
+    return std::max(0, static_cast<int>(SendMessage(LB_GETCOUNT)));
+}
+
+BOOL CListBoxEx::HasManySelected() const {
+    return (GetStyle() & (LBS_MULTIPLESEL | LBS_EXTENDEDSEL)) != 0;
+}
+
+std::string_view CListBoxEx::RowText(int row) const {
+    int length = 0;
+    const char* text = GetSafeHwnd() != nullptr ? ListBoxRowText(m_hWnd, row, &length) : nullptr;
+    return text != nullptr ? std::string_view(text, static_cast<std::size_t>(length))
+                           : std::string_view();
+}
+
+std::string_view CListBoxEx::CellOf(int row, int column) const {
+    const std::string_view text = RowText(row);
+    if (m_nColumns == 0)
+        return column == 0 ? text : std::string_view();
+    return CellText(text, ViewOf(m_strSeparator), column);
+}
+
+int CListBoxEx::SendJoined(UINT message, int row, LPCTSTR first, std::va_list rest) {
+    if (GetSafeHwnd() == nullptr)
+        return LB_ERR;
+    // Taken away for the time being: the list's owner may add rows while it is told of this one.
+    std::string text = std::exchange(rowBuffer, {});
+    text.assign(first != nullptr ? first : "");
+    for (int column = 1; column < m_nColumns; ++column) {
+        const char* value = va_arg(rest, const char*);
+        if (m_strSeparator.GetLength() == 1)
+            text += m_strSeparator[0];
+        else
+            text.append(ViewOf(m_strSeparator));
+        if (value != nullptr)
+            text.append(value);
+    }
+    // At the end of an unsorted list nothing that WindowProc looks after moves: the way through the
+    // messages, which a million rows feel, is left out.
+    const bool isPlainAdd = message == LB_ADDSTRING && (GetStyle() & LBS_SORT) == 0;
+    const auto at = static_cast<WPARAM>(static_cast<std::intptr_t>(row));
+    const auto string = reinterpret_cast<LPARAM>(text.c_str());
+    const LRESULT result =
+        isPlainAdd ? DefWindowProc(message, at, string) : SendMessage(message, at, string);
+    if (text.capacity() <= kKeptBuffer)
+        rowBuffer = std::move(text);
+    return static_cast<int>(result);
+}
+
+int CListBoxEx::AddStringItems(LPCTSTR first, ...) {
+    std::va_list rest;
+    va_start(rest, first);
+    const int row = SendJoined(LB_ADDSTRING, 0, first, rest);
+    va_end(rest);
+    return row;
+}
+
+int CListBoxEx::InsertStringItems(int row, LPCTSTR first, ...) {
+    std::va_list rest;
+    va_start(rest, first);
+    const int at = SendJoined(LB_INSERTSTRING, row, first, rest);
+    va_end(rest);
+    return at;
+}
+
+BOOL CListBoxEx::UpdateStringItem(int row, int column, LPCTSTR text) {
+    if (!IsRow(row) || (!IsColumn(column) && !(m_nColumns == 0 && column == 0)))
+        return FALSE;
+    const char* value = text != nullptr ? text : "";
+    const std::string updated =
+        m_nColumns == 0 ? std::string(value)
+                        : ReplaceCell(RowText(row), ViewOf(m_strSeparator), column, value);
+    if (!ListBoxSetRowText(m_hWnd, row, updated.c_str()))
+        return FALSE;
+    NotifyAccessibility(m_hWnd, AccessibleChange::CellText, row, column);
+    return TRUE;
+}
+
+BOOL CListBoxEx::GetStringItem(int row, int column, CString& text) const {
+    text = StringOf(CellOf(row, column));
+    return IsRow(row) && (IsColumn(column) || (m_nColumns == 0 && column == 0));
+}
+
+BOOL CListBoxEx::GetStringItems(int row, CString* first, ...) const {
+    CellReader reader(RowText(row), m_nColumns > 0 ? ViewOf(m_strSeparator) : std::string_view());
+    std::va_list rest;
+    va_start(rest, first);
+    for (int column = 0; column < std::max(1, m_nColumns); ++column) {
+        CString* target = column == 0 ? first : va_arg(rest, CString*);
+        std::string_view value;
+        if (!reader.Next(value))
+            value = {};
+        if (target != nullptr)
+            *target = StringOf(value);
+    }
+    va_end(rest);
+    return IsRow(row);
+}
+
+void CListBoxEx::ResetContent() {
+    if (GetSafeHwnd() != nullptr)
+        SendMessage(LB_RESETCONTENT);
+}
+
+int CListBoxEx::GetFirstSel() const {
+    if (GetSafeHwnd() == nullptr)
+        return -1;
+    if (!HasManySelected())
+        return static_cast<int>(SendMessage(LB_GETCURSEL));
+    int row = -1;
+    const LRESULT found = SendMessage(LB_GETSELITEMS, 1, reinterpret_cast<LPARAM>(&row));
+    return found > 0 ? row : -1;
+}
+
+void CListBoxEx::SetOnlySel(int row) {
+    if (!IsRow(row))
+        return;
+    if (!HasManySelected()) {
+        SendMessage(LB_SETCURSEL, static_cast<WPARAM>(row));
+        return;
+    }
+    int only = -1;
+    if (SendMessage(LB_GETSELCOUNT) == 1 &&
+        SendMessage(LB_GETSELITEMS, 1, reinterpret_cast<LPARAM>(&only)) == 1 && only == row)
+        return;
+    SendMessage(LB_SETSEL, FALSE, -1);
+    SendMessage(LB_SETSEL, TRUE, row);
+}
+
+void CListBoxEx::HitTest(CPoint point, int& row, int& column) {
+    row = column = -1;
+    if (GetSafeHwnd() == nullptr)
+        return;
+    SetWidths();
+    row = RowAt(point.y, static_cast<int>(SendMessage(LB_GETTOPINDEX)),
+                static_cast<int>(SendMessage(LB_GETITEMHEIGHT)), GetCount());
+    column = ColumnAt(ColumnSpan(), point.x + GetSideShift());
+}
+
+// --- what belongs to a row -----------------------------------------------------------------------
+
+void CListBoxEx::AddFileName(int row, LPCTSTR name) {
+    if (!IsRow(row))
+        return;
+    if (row >= m_FileNames.GetSize())
+        m_FileNames.SetSize(row + 10);
+    m_FileNames[row] = name;
+}
+
+LPCTSTR CListBoxEx::GetFileName(int row) const {
+    if (row < 0 || row >= m_FileNames.GetSize() || m_FileNames[row].IsEmpty())
+        return nullptr;
+    return m_FileNames[row];
+}
+
+BOOL CListBoxEx::GetDragDrop(int row) const {
+    return IsRow(row) && row < m_DragDrop.GetSize() && m_DragDrop[row] == 1;
+}
+
+void CListBoxEx::SetDragDrop(int row, BOOL on) {
+    if (IsRow(row))
+        SetGrowing(m_DragDrop, row, static_cast<BYTE>(on ? 1 : 0), BYTE{0});
+}
+
+short CListBoxEx::GetEditSubType(int row) const {
+    return IsRow(row) && row < m_EditSubTypes.GetSize() ? m_EditSubTypes[row] : short{1};
+}
+
+void CListBoxEx::SetEditSubType(int row, short type) {
+    if (IsRow(row))
+        SetGrowing(m_EditSubTypes, row, static_cast<BYTE>(type), BYTE{1});
+}
+
+short CListBoxEx::GetEditDataType(int row) const {
+    return IsRow(row) && row < m_EditDataTypes.GetSize() ? static_cast<short>(m_EditDataTypes[row])
+                                                         : short{0};
+}
+
+void CListBoxEx::SetEditDataType(int row, short type) {
+    if (IsRow(row))
+        SetGrowing(m_EditDataTypes, row, static_cast<WORD>(type), WORD{0});
+}
+
+void CListBoxEx::GetDisplayString(CString& value, int row) const {
+    if (value.IsEmpty() || value == m_strNull || value == m_strDefault)
+        return;
+    switch (GetEditDataType(row)) {
+    case 404:
+    case 988:
+        value = GetBlobDisplayString();
+        break;
+    case 408:
+        value = GetClobDisplayString();
+        break;
+    case 412:
+        value = GetDBClobDisplayString();
+        break;
+    case 960:
+        value = GetBlobLocatorDisplayString();
+        break;
+    case 964:
+        value = GetClobLocatorDisplayString();
+        break;
+    case 968:
+        value = GetDBClobLocatorDisplayString();
+        break;
+    default:
+        break;
+    }
+}
+
+void CListBoxEx::RowsInserted(int row) {
+    InsertRowInto(m_DragDrop, row, BYTE{0});
+    InsertRowInto(m_EditSubTypes, row, BYTE{1});
+    InsertRowInto(m_EditDataTypes, row, WORD{0});
+    InsertRowInto(m_FileNames, row, CString());
+    if (m_nCurRow >= row) {
+        ++m_nCurRow;
+        FollowEditedRow();
+    }
+    NotifyAccessibility(m_hWnd, AccessibleChange::Rows);
+}
+
+void CListBoxEx::RowDeleted(int row) {
+    DeleteRowFrom(m_DragDrop, row);
+    DeleteRowFrom(m_EditSubTypes, row);
+    DeleteRowFrom(m_EditDataTypes, row);
+    DeleteRowFrom(m_FileNames, row);
+    if (m_nCurRow == row) {
+        m_nCurRow = -1;
+    } else if (m_nCurRow > row) {
+        --m_nCurRow;
+        FollowEditedRow();
+    }
+    NotifyAccessibility(m_hWnd, AccessibleChange::Rows);
+}
+
+void CListBoxEx::ForgetRows() {
+    m_DragDrop.RemoveAll();
+    m_EditSubTypes.RemoveAll();
+    m_EditDataTypes.RemoveAll();
+    m_FileNames.RemoveAll();
+    m_nCurRow = -1;
+    m_nSortColumn = -1;
+    m_nSortState = 0;
+    NotifyAccessibility(m_hWnd, AccessibleChange::Rows);
+}
+
+void CListBoxEx::ReorderRowData(const DWORD* order, int count) {
+    ReorderRowsOf(m_DragDrop, order, count, BYTE{0});
+    ReorderRowsOf(m_EditSubTypes, order, count, BYTE{1});
+    ReorderRowsOf(m_EditDataTypes, order, count, WORD{0});
+    ReorderRowsOf(m_FileNames, order, count, CString());
+    if (m_nCurRow >= 0 && m_nCurRow < count)
+        m_nCurRow = static_cast<int>(
+            std::find(order, order + count, static_cast<DWORD>(m_nCurRow)) - order);
+}
+
+LRESULT CListBoxEx::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
+    // Rows come and go by message; what belongs to them follows.
+    if (m_pActiveEditor != nullptr &&
+        (message == LB_RESETCONTENT ||
+         (message == LB_DELETESTRING && static_cast<int>(wParam) == m_nCurRow)))
+        CellCancel();
+    if (message < LB_ADDSTRING || message > LB_RESETCONTENT)
+        return message == kRefocusEditor ? (RefocusEditor(), 0)
+                                         : CWnd::WindowProc(message, wParam, lParam);
+    const Lifeline life(this);
+    const LRESULT result = CWnd::WindowProc(message, wParam, lParam);
+    if (!life.Holds())
+        return result;
+    const bool isPlaced =
+        message == LB_INSERTSTRING || (message == LB_ADDSTRING && (GetStyle() & LBS_SORT) != 0);
+    if (message == LB_RESETCONTENT) {
+        ForgetRows();
+        if (m_bSideScroll)
+            SideShiftChanged(); // it stands at the left again
+    } else if (message == LB_DELETESTRING && result != LB_ERR) {
+        RowDeleted(static_cast<int>(wParam));
+    } else if (isPlaced && result >= 0) {
+        RowsInserted(static_cast<int>(result));
+    }
+    return result;
+}

@@ -1,0 +1,93 @@
+// CListBoxEx: scrolling sideways.
+#include "src/lists/ListBoxExInternal.h"
+#include "src/lists/ListColumns.h"
+
+#include "vnbytstr/window/ListBox.h"
+
+#include <algorithm>
+
+using namespace vnbytstr::detail;
+
+void CListBoxEx::EnableSideScroll(BOOL on) {
+    m_bSideScroll = on;
+    m_nLastOwnWidth = GetColumnWidth(m_nColumns - 1);
+    if (GetSafeHwnd() == nullptr)
+        return;
+    if (!on)
+        SendMessage(LB_SETHORIZONTALEXTENT, 0);
+    UpdateExtent();
+    SideShiftChanged();
+}
+
+int CListBoxEx::GetSideShift() const {
+    return m_bSideScroll && GetSafeHwnd() != nullptr ? ListBoxSideShift(m_hWnd) : 0;
+}
+
+int CListBoxEx::GetOwnColumnWidth(int column) const {
+    const bool isGrown = m_bSideScroll && IsColumn(column) && column == m_nColumns - 1;
+    return isGrown ? m_nLastOwnWidth : GetColumnWidth(column);
+}
+
+void CListBoxEx::ShowColumn(int column) {
+    if (!m_bSideScroll || !IsColumn(column) || GetSafeHwnd() == nullptr)
+        return;
+    SetWidths();
+    CRect client;
+    GetClientRect(client);
+    const int left = WidthBefore(ColumnSpan(), column);
+    const int end = left + GetOwnColumnWidth(column);
+    const int before = GetSideShift();
+    int shift = before;
+    if (left < shift || end - left > client.Width())
+        shift = left;
+    else if (end - client.Width() > shift)
+        shift = end - client.Width();
+    ListBoxSetSideShift(m_hWnd, shift);
+    if (GetSideShift() != before)
+        SideShiftChanged();
+}
+
+/// Makes the last column end `width` pixels from its beginning, where the strip ends; below 0: it
+/// begins past that.
+void CListBoxEx::FillLastColumn(int width) {
+    if (m_nColumns == 0)
+        return;
+    int& last = m_pColumns[static_cast<std::size_t>(m_nColumns - 1)].m_nWidth;
+    if (m_bSideScroll)
+        last = std::max(m_nLastOwnWidth, width);
+    else if (width >= 0)
+        last = width;
+    UpdateExtent();
+}
+
+/// Widths have changed: there may be more or less to scroll over.
+void CListBoxEx::UpdateExtent() {
+    if (!m_bSideScroll || GetSafeHwnd() == nullptr)
+        return;
+    const int before = WidthBefore(ColumnSpan(), m_nColumns - 1);
+    const int extent = before + GetOwnColumnWidth(m_nColumns - 1);
+    if (SendMessage(LB_GETHORIZONTALEXTENT) == extent)
+        return;
+    const int shift = GetSideShift();
+    SendMessage(LB_SETHORIZONTALEXTENT, static_cast<WPARAM>(extent));
+    if (GetSideShift() != shift)
+        SideShiftChanged();
+}
+
+void CListBoxEx::SideShiftChanged() {
+    if (m_pHeadings != nullptr && m_pHeadings->GetSafeHwnd() != nullptr)
+        m_pHeadings->Invalidate();
+    FollowEditedRow();
+}
+
+void CListBoxEx::OnHScroll(UINT code, UINT position, CWnd* bar) {
+    static_cast<void>(code);
+    static_cast<void>(position);
+    if (bar != nullptr)
+        return; // an editor's spinner
+    const Lifeline life(this);
+    if (!CellEnter(TRUE) || !life.Holds())
+        return;
+    Default();
+    SideShiftChanged();
+}

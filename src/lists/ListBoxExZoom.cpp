@@ -1,0 +1,122 @@
+// CListBoxEx: the zoom on a value, and the file behind a cell.
+#include "src/lists/ListBoxExInternal.h"
+#include "src/lists/ListColumns.h"
+
+#include "messages/ResourceIds.h"
+#include "vnbytstr/Interaction.h"
+#include "vnbytstr/Language.h"
+#include "vnbytstr/Messages.h"
+#include "vnbytstr/ZoomDialog.h"
+#include "vnbytstr/framework/Module.h"
+
+#include <cerrno>
+#include <string>
+#include <system_error>
+
+using namespace vnbytstr::detail;
+
+namespace {
+
+/// The system's text for what kept a file from being opened.
+std::string ShellErrorText(int error) {
+    int number = EIO;
+    switch (error) {
+    case vnbytstr::kShellOutOfMemory:
+    case vnbytstr::kShellNoMemory:
+        number = ENOMEM;
+        break;
+    case vnbytstr::kShellFileNotFound:
+    case vnbytstr::kShellPathNotFound:
+        number = ENOENT;
+        break;
+    case vnbytstr::kShellAccessDenied:
+        number = EACCES;
+        break;
+    case vnbytstr::kShellBadFormat:
+        number = ENOEXEC;
+        break;
+    case vnbytstr::kShellNoAssociation:
+        number = ENOTSUP;
+        break;
+    default:
+        break;
+    }
+    return std::generic_category().message(number);
+}
+
+} // namespace
+
+int CListBoxEx::ShowZoom(int row, int column, CString& value) {
+    static_cast<void>(row);
+    CZoomDialog dialog(value, GetColumnName(column), this);
+    const int answer = dialog.DoModal();
+    if (answer == IDOK)
+        value = dialog.GetValue();
+    return answer;
+}
+
+/// Shift+F2. TRUE: the key was used.
+BOOL CListBoxEx::ZoomCell() {
+    if (!m_bEditing || m_bReadOnly || m_bCommitting)
+        return FALSE;
+    int row = GetFirstSel();
+    int column = m_nCurColumn;
+    CString value;
+    const Lifeline life(this);
+    if (m_pActiveEditor != nullptr) {
+        m_pActiveEditor->GetWindowText(value);
+        CellCancel();
+        if (!life.Holds())
+            return TRUE;
+    } else {
+        const auto cell = FindEditable(ColumnSpan(), {row, 0}, true, GetCount());
+        if (!cell || cell->row != row)
+            return FALSE;
+        column = cell->column;
+        if (IsFileCell(row, column)) {
+            if (ParentTakesCell(column) || !life.Holds())
+                return TRUE;
+            value = GetFileName(row);
+        } else {
+            GetStringItem(row, column, value);
+        }
+    }
+    if (IsFileCell(row, column)) {
+        OpenFile(value);
+        return TRUE;
+    }
+    m_nCurRow = row; // follows its row while the person and the parent are asked
+    while (ShowZoom(row, column, value) == IDOK && life.Holds()) {
+        CWnd* parent = GetParent();
+        m_bCommitting = TRUE;
+        const LRESULT answer =
+            parent == nullptr
+                ? 0
+                : parent->SendMessage(VNM_STOREVALUE, static_cast<WPARAM>(column),
+                                      reinterpret_cast<LPARAM>(static_cast<const char*>(value)));
+        if (!life.Holds())
+            return TRUE;
+        m_bCommitting = FALSE;
+        row = m_nCurRow;
+        if (answer == 0)
+            UpdateStringItem(row, column, value);
+        if (answer == 0 || answer == 2 || row < 0)
+            break;
+    }
+    return TRUE;
+}
+
+/// Opens the file behind a cell in the program it belongs to.
+void CListBoxEx::OpenFile(const CString& name) {
+    if (name.IsEmpty()) {
+        CString text;
+        LoadStringA(text, IDS_NO_FILE_NAME, nullptr);
+        AfxMessageBox(text, MB_OK | MB_ICONEXCLAMATION);
+        return;
+    }
+    const int result = vnbytstr::Interaction::Current().ShellExecute(nullptr, name, nullptr,
+                                                                     nullptr, SW_SHOWNORMAL);
+    if (result <= 32)
+        FormattedMessageBox(IDS_FILE_NOT_OPENED, nullptr, MB_OK | MB_ICONEXCLAMATION,
+                            ShellErrorText(result).c_str());
+}

@@ -1,0 +1,244 @@
+// Montgomery's multiplication with AVX-512 IFMA: eight digits of 52 bits to a register, the low or
+// high 52 bits of eight products added by one instruction.
+//
+// "Almost" Montgomery multiplication (S. Gueron, Efficient software implementations of modular
+// exponentiation, Journal of Cryptographic Engineering 2, 2012): with 4 m <= R the result of
+// operands below 2 m is below 2 m again, so nothing is ever subtracted. The digits' sums stay
+// uncarried in 64 bits until the end.
+//
+// Whether a multiple of m is needed, and which, hangs on the lowest digit of the sum, and going
+// through the vector registers for it would take longer than all the multiplications. So the lowest
+// digit is kept outside of them, and the one above is summed up there as well: what the vectors
+// hold is needed only one turn later. Sums of products with b and with m are apart for short
+// numbers, which shortens their chains of additions.
+//
+// On a processor of the Sapphire Rapids class odd powers are 1.8 times (1024 bits) to 3.8 times
+// (4096 bits) as fast as the faster of OpenSSL and GMP. For machines without AVX-512 a test
+// includes this source with VNBYTSTR_SIMULATE_AVX512 defined, and so tries all but the operations
+// that stand twice below.
+#include "src/numbers/DigitMultiply.h"
+
+#if defined(__x86_64__)
+
+#if defined(VNBYTSTR_SIMULATE_AVX512)
+#define DigitMultiplierAvx512 DigitMultiplierSimulated
+#else
+#include <immintrin.h>
+#if defined(__clang__)
+#pragma clang attribute push(__attribute__((target("avx512f,avx512ifma,bmi2"))),                   \
+                             apply_to = function)
+#else
+#pragma GCC push_options
+#pragma GCC target("avx512f,avx512ifma,bmi2")
+#endif
+#endif
+
+namespace vnbytstr::detail {
+
+namespace {
+
+#define VNBYTSTR_INLINE [[gnu::always_inline]] inline
+
+// So that arrays of vectors become registers.
+#if defined(__clang__)
+#define VNBYTSTR_UNROLL _Pragma("unroll")
+#else
+#define VNBYTSTR_UNROLL _Pragma("GCC unroll 20")
+#endif
+
+constexpr std::size_t kLanes = 8;
+
+using Vector = Word64 __attribute__((vector_size(64)));
+using UnalignedVector = Word64 __attribute__((vector_size(64), aligned(8), may_alias));
+__extension__ using Word128 = unsigned __int128;
+
+// sum + the low, or the high, 52 bits of a * b; only the low 52 bits of a and b count.
+#if defined(VNBYTSTR_SIMULATE_AVX512)
+VNBYTSTR_INLINE Vector AddLow(Vector sum, Vector a, Vector b) {
+    return sum + (((a & kDigitMask) * (b & kDigitMask)) & kDigitMask);
+}
+VNBYTSTR_INLINE Vector AddHigh(Vector sum, Vector a, Vector b) {
+    for (std::size_t i = 0; i < kLanes; ++i)
+        sum[i] +=
+            static_cast<Word64>(Word128{a[i] & kDigitMask} * (b[i] & kDigitMask) >> kDigitBits);
+    return sum;
+}
+// The lanes above a digit's greatest value, those at it, and adding 1 to some lanes.
+VNBYTSTR_INLINE unsigned Above(Vector a) {
+    unsigned lanes = 0;
+    for (std::size_t i = 0; i < kLanes; ++i)
+        lanes |= (a[i] > kDigitMask ? 1u : 0u) << i;
+    return lanes;
+}
+VNBYTSTR_INLINE unsigned Full(Vector a) {
+    unsigned lanes = 0;
+    for (std::size_t i = 0; i < kLanes; ++i)
+        lanes |= (a[i] == kDigitMask ? 1u : 0u) << i;
+    return lanes;
+}
+VNBYTSTR_INLINE Vector Increment(Vector a, unsigned lanes) {
+    for (std::size_t i = 0; i < kLanes; ++i)
+        a[i] += lanes >> i & 1;
+    return a;
+}
+// Lanes 1 to 8, or 7 to 14, of 16.
+VNBYTSTR_INLINE Vector FromOne(Vector low, Vector high) {
+    return __builtin_shufflevector(low, high, 1, 2, 3, 4, 5, 6, 7, 8);
+}
+VNBYTSTR_INLINE Vector FromSeven(Vector low, Vector high) {
+    return __builtin_shufflevector(low, high, 7, 8, 9, 10, 11, 12, 13, 14);
+}
+#else
+VNBYTSTR_INLINE Vector AddLow(Vector sum, Vector a, Vector b) {
+    return (Vector)_mm512_madd52lo_epu64((__m512i)sum, (__m512i)a, (__m512i)b);
+}
+VNBYTSTR_INLINE Vector AddHigh(Vector sum, Vector a, Vector b) {
+    return (Vector)_mm512_madd52hi_epu64((__m512i)sum, (__m512i)a, (__m512i)b);
+}
+VNBYTSTR_INLINE unsigned Above(Vector a) {
+    return _mm512_cmpgt_epu64_mask((__m512i)a, (__m512i)(Vector{} + kDigitMask));
+}
+VNBYTSTR_INLINE unsigned Full(Vector a) {
+    return _mm512_cmpeq_epi64_mask((__m512i)a, (__m512i)(Vector{} + kDigitMask));
+}
+VNBYTSTR_INLINE Vector Increment(Vector a, unsigned lanes) {
+    return (Vector)_mm512_mask_add_epi64((__m512i)a, static_cast<__mmask8>(lanes), (__m512i)a,
+                                         (__m512i)(Vector{} + 1));
+}
+VNBYTSTR_INLINE Vector FromOne(Vector low, Vector high) {
+    return (Vector)_mm512_maskz_alignr_epi64(0xFF, (__m512i)high, (__m512i)low, 1);
+}
+VNBYTSTR_INLINE Vector FromSeven(Vector low, Vector high) {
+    return (Vector)_mm512_maskz_alignr_epi64(0xFF, (__m512i)high, (__m512i)low, 7);
+}
+#endif
+
+VNBYTSTR_INLINE Vector Load(const Word64* p) {
+    return (Vector) * reinterpret_cast<const UnalignedVector*>(p);
+}
+VNBYTSTR_INLINE void Store(Word64* p, Vector a) {
+    *reinterpret_cast<UnalignedVector*>(p) = (UnalignedVector)a;
+}
+
+// All lanes one place down.
+template <std::size_t V>
+VNBYTSTR_INLINE void MoveDown(Vector (&sum)[V]) {
+    VNBYTSTR_UNROLL
+    for (std::size_t k = 0; k < V; ++k) {
+        sum[k] = FromOne(sum[k], k + 1 < V ? sum[k + 1] : Vector{});
+    }
+}
+
+// Carries until every lane is a digit.
+template <std::size_t V>
+VNBYTSTR_INLINE void Normalize(Vector (&sum)[V]) {
+    Vector below{};
+    VNBYTSTR_UNROLL
+    for (std::size_t k = 0; k < V; ++k) {
+        const Vector over = sum[k] >> kDigitBits;
+        sum[k] = (sum[k] & kDigitMask) + FromSeven(below, over);
+        below = over;
+    }
+    // What is left to carry is single ones. The addition of integers with one bit for a lane finds
+    // how far each goes through full lanes.
+    unsigned carry = 0;
+    VNBYTSTR_UNROLL
+    for (std::size_t k = 0; k < V; ++k) {
+        const unsigned full = Full(sum[k]);
+        const unsigned reached = (Above(sum[k]) << 1 | carry) + full;
+        carry = reached >> 8;
+        sum[k] = Increment(sum[k], (reached ^ full) & 0xFF) & kDigitMask;
+    }
+}
+
+template <std::size_t V>
+void Multiply(Word64* r, const Word64* a, const Word64* b, const Word64* m, Word64 negatedInverse,
+              std::size_t digits) {
+    // Where two sets of sums leave registers for the operands.
+    constexpr bool kApart = V <= 5;
+    Vector as[V], ms[V];
+    Vector sum[V] = {}, ofM[kApart ? V : 1] = {}; // the latter for the products with m, if apart
+    VNBYTSTR_UNROLL
+    for (std::size_t k = 0; k < V; ++k) {
+        as[k] = Load(a + kLanes * k);
+        ms[k] = Load(m + kLanes * k);
+    }
+    const Word64 a0 = a[0], a1 = a[1], m0 = m[0], m1 = m[1];
+    Word64 lowest = 0; // the sum's digit 0; lane 0 of the vectors means nothing
+    for (std::size_t i = 0; i < digits; ++i) {
+        const Word64 digit = b[i];
+        const Vector allDigit = Vector{} + digit;
+        Word64 next = sum[0][1];
+        if constexpr (kApart)
+            next += ofM[0][1];
+        Word128 low = Word128{a0} * digit + lowest;
+        const Word64 multiple = static_cast<Word64>(low) * negatedInverse & kDigitMask;
+        const Vector allMultiple = Vector{} + multiple;
+        low += Word128{m0} * multiple;
+        next += (a1 * digit & kDigitMask) + (m1 * multiple & kDigitMask);
+        lowest = next + static_cast<Word64>(low >> kDigitBits);
+
+        VNBYTSTR_UNROLL
+        for (std::size_t k = 0; k < V; ++k)
+            sum[k] = AddLow(sum[k], as[k], allDigit);
+        if constexpr (kApart) {
+            MoveDown(sum);
+            VNBYTSTR_UNROLL
+            for (std::size_t k = 0; k < V; ++k) {
+                sum[k] = AddHigh(sum[k], as[k], allDigit);
+                ofM[k] = AddLow(ofM[k], ms[k], allMultiple);
+            }
+            MoveDown(ofM);
+            VNBYTSTR_UNROLL
+            for (std::size_t k = 0; k < V; ++k)
+                ofM[k] = AddHigh(ofM[k], ms[k], allMultiple);
+        } else {
+            VNBYTSTR_UNROLL
+            for (std::size_t k = 0; k < V; ++k)
+                sum[k] = AddLow(sum[k], ms[k], allMultiple);
+            MoveDown(sum);
+            VNBYTSTR_UNROLL
+            for (std::size_t k = 0; k < V; ++k) {
+                sum[k] = AddHigh(sum[k], as[k], allDigit);
+                sum[k] = AddHigh(sum[k], ms[k], allMultiple);
+            }
+        }
+    }
+    if constexpr (kApart) {
+        VNBYTSTR_UNROLL
+        for (std::size_t k = 0; k < V; ++k)
+            sum[k] += ofM[k];
+    }
+    sum[0][0] = lowest;
+    Normalize(sum);
+    VNBYTSTR_UNROLL
+    for (std::size_t k = 0; k < V; ++k)
+        Store(r + kLanes * k, sum[k]);
+}
+
+} // namespace
+
+DigitMultiplier DigitMultiplierAvx512(std::size_t digits) noexcept {
+    static constexpr DigitMultiplier kAll[] = {
+        {Multiply<2>, 16},  {Multiply<3>, 24},  {Multiply<4>, 32},   {Multiply<5>, 40},
+        {Multiply<6>, 48},  {Multiply<7>, 56},  {Multiply<8>, 64},   {Multiply<9>, 72},
+        {Multiply<10>, 80}, {Multiply<12>, 96}, {Multiply<16>, 128}, {Multiply<20>, 160},
+    };
+    for (const DigitMultiplier& multiplier : kAll) {
+        if (digits <= multiplier.room)
+            return multiplier;
+    }
+    return {};
+}
+
+} // namespace vnbytstr::detail
+
+#if !defined(VNBYTSTR_SIMULATE_AVX512)
+#if defined(__clang__)
+#pragma clang attribute pop
+#else
+#pragma GCC pop_options
+#endif
+#endif
+
+#endif

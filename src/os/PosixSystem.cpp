@@ -1,0 +1,117 @@
+// PosixSystem: the process and the machine. Files are in PosixFiles.cpp, names in PosixNames.cpp.
+#include "src/os/PosixSystem.h"
+
+#include "src/charset/CharacterTypes.h"
+#include "src/charset/CodePage.h"
+
+#include <signal.h>
+#include <sys/stat.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <climits>
+#include <cstdlib>
+#include <fstream>
+
+namespace vnbytstr {
+
+DWORD PosixSystem::GetProcessId() { return static_cast<DWORD>(::getpid()); }
+
+bool PosixSystem::IsPrivileged() { return ::geteuid() == 0; }
+
+bool PosixSystem::IsProcessAlive(DWORD processId) {
+    if (processId == 0 || processId > INT_MAX)
+        return true;
+    return ::kill(static_cast<pid_t>(processId), 0) == 0 || errno != ESRCH;
+}
+
+DWORD PosixSystem::GetTickCount() {
+    timespec now;
+    ::clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+    return static_cast<DWORD>(static_cast<std::uint64_t>(now.tv_sec) * 1000u +
+                              static_cast<std::uint64_t>(now.tv_nsec) / 1000000u);
+}
+
+DWORD PosixSystem::GetTime() { return static_cast<DWORD>(::time(nullptr)); }
+
+DWORD PosixSystem::GetMemoryLoad() { return m_memoryLoad.Load(GetTickCount()); }
+
+std::string PosixSystem::GetEnvironment(const char* name) {
+    const char* value = std::getenv(name);
+    return value ? value : "";
+}
+
+namespace {
+
+/// The kernel marks the name of a file that is gone, as the old one of a program that was replaced
+/// while it runs. What goes by that name now is what the program's other files belong to.
+std::string WithoutDeletedMark(std::string name) {
+    constexpr std::string_view kMark = " (deleted)";
+    if (name.ends_with(kMark) && ::access(name.c_str(), F_OK) != 0)
+        name.resize(name.size() - kMark.size());
+    return name;
+}
+
+} // namespace
+
+std::string PosixSystem::GetModuleFileName() {
+    std::array<char, PATH_MAX> name;
+    const ssize_t length = ::readlink("/proc/self/exe", name.data(), name.size());
+    if (length <= 0)
+        return {};
+    return WithoutDeletedMark(std::string(name.data(), static_cast<std::size_t>(length)));
+}
+
+/// From the list of what is mapped into the process: the dynamic linker knows the name only as it
+/// was asked for, which may be a relative one.
+std::string PosixSystem::GetLibraryFileName() {
+    static const char here = 0; // part of this library, wherever that is
+    const auto address = reinterpret_cast<std::uintptr_t>(&here);
+    std::ifstream maps("/proc/self/maps");
+    for (std::string line; std::getline(maps, line);) {
+        std::uintptr_t begin = 0;
+        std::uintptr_t end = 0;
+        const char* const text = line.data();
+        const auto first = std::from_chars(text, text + line.size(), begin, 16);
+        if (first.ec != std::errc() || *first.ptr != '-')
+            continue;
+        std::from_chars(first.ptr + 1, text + line.size(), end, 16);
+        const std::size_t name = line.find('/');
+        if (begin <= address && address < end && name != std::string::npos)
+            return WithoutDeletedMark(line.substr(name));
+    }
+    return {};
+}
+
+std::string PosixSystem::GetLocale(const char* category) {
+    for (const char* variable : {"LC_ALL", category, "LANG"}) {
+        std::string value = GetEnvironment(variable);
+        if (!value.empty())
+            return value;
+    }
+    return "C";
+}
+
+std::string PosixSystem::GetTextLocale() { return GetLocale("LC_CTYPE"); }
+
+std::string PosixSystem::GetMessagesLocale() { return GetLocale("LC_MESSAGES"); }
+
+bool PosixSystem::IsDbcsEnabled() { return !CodePage::Ansi().IsSingleByte(); }
+
+bool PosixSystem::IsMiddleEastEnabled() {
+    const UINT page = CodePage::Ansi().GetNumber();
+    return page == 1255 || page == 1256 || IsLocaleRightToLeft(System::Current().GetTextLocale());
+}
+
+SystemVersion PosixSystem::GetVersion() { return {SystemVersion::NtFamily, 10, 0}; }
+
+void PosixSystem::WriteDiagnostic(const char* text) {
+    const std::string line = std::string(text) + "\n";
+    // Nowhere is left to report a failure of this to.
+    [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, line.data(), line.size());
+}
+
+} // namespace vnbytstr

@@ -1,0 +1,14 @@
+// The trace of what the choice of language and resources does.
+#pragma once
+
+#include "vnbytstr/framework/String.h"
+
+namespace vnbytstr::detail {
+
+/// Whether trace lines are written (VNBYTSTR_TRACE=1, looked at when the system is installed).
+bool IsTracing();
+
+/// Writes a line through the system when that is wanted; formats as printf does, and only then.
+[[gnu::format(printf, 1, 2)]] void Trace(const char* format, ...);
+
+} // namespace vnbytstr::detail

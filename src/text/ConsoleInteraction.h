@@ -1,0 +1,59 @@
+// The Interaction of programs without windows.
+#pragma once
+
+#include "vnbytstr/Interaction.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vnbytstr {
+
+/// Message boxes are lines on standard error: the caption, the text and, when there is more than
+/// one button, the choice. When standard input is a terminal the person is asked (the first letters
+/// of a button, or Enter for the default button); otherwise, and when the input ends, the default
+/// button is the answer. Nothing is shown differently for right-to-left text: that is the
+/// terminal's work.
+///
+/// ShellExecute starts programs directly. A document, folder or address goes to `xdg-open`. What it
+/// cannot start it says on standard error.
+class VNBYTSTR_API ConsoleInteraction : public Interaction {
+public:
+    int MessageBox(const char* text, const char* caption, UINT type, UINT helpContext) override;
+    int ShellExecute(const char* verb, const char* file, const char* parameters, const char* folder,
+                     int show) override;
+};
+
+namespace detail {
+
+/// One button of a message box.
+struct MessageBoxButton {
+    int answer;        ///< ID value
+    const char* name;  ///< in English
+    std::string label; ///< in the language of the resources
+};
+
+/// The buttons of a box of that type, in their order; one "OK" for a type that there is not.
+std::vector<MessageBoxButton> MessageBoxButtons(UINT type);
+/// Index of the default button among `count`; the first when the type names one past the last.
+std::size_t DefaultButton(UINT type, std::size_t count);
+/// The button whose label or name begins with `answer` (without regard to case and blanks around
+/// it): its index; `byDefault` for an empty answer; -1 when none or more than one fits.
+int ChooseButton(const std::vector<MessageBoxButton>& buttons, std::size_t byDefault,
+                 std::string_view answer);
+
+/// The arguments in a parameter text: parted by blanks and tabs; what stands between double quotes
+/// is one piece, the quotes are dropped; \" is a quote.
+std::vector<std::string> SplitParameters(std::string_view parameters);
+
+/// What xdg-open is given for `argument`: a file with an anchor becomes an address (it would look
+/// for a file of the whole name), a name that begins with a dash is no option.
+std::string DesktopArgument(const std::string& argument);
+
+/// Starts what ShellExecute of the console starts; `program` is the file that was looked for.
+int StartProgram(const char* verb, const char* file, const char* parameters, const char* folder,
+                 std::string& program);
+
+} // namespace detail
+
+} // namespace vnbytstr

@@ -1,0 +1,31 @@
+#include "src/text/SystemAnswers.h"
+
+#include "src/os/System.h"
+
+#include <atomic>
+
+namespace vnbytstr::detail {
+
+namespace {
+
+enum class Answer : unsigned char { None, No, Yes };
+std::atomic<Answer> g_dbcs{Answer::None};
+std::atomic<Answer> g_middleEast{Answer::None};
+
+bool Once(std::atomic<Answer>& kept, bool (System::*question)()) {
+    Answer answer = kept.load(std::memory_order_relaxed);
+    if (answer == Answer::None) {
+        answer = (System::Current().*question)() ? Answer::Yes : Answer::No;
+        kept.store(answer, std::memory_order_relaxed);
+    }
+    return answer == Answer::Yes;
+}
+
+} // namespace
+
+bool IsDbcsEnabledOnce() { return Once(g_dbcs, &System::IsDbcsEnabled); }
+bool IsMiddleEastEnabledOnce() { return Once(g_middleEast, &System::IsMiddleEastEnabled); }
+
+void ForgetSystemAnswers() noexcept { g_dbcs = g_middleEast = Answer::None; }
+
+} // namespace vnbytstr::detail

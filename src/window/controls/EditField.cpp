@@ -1,0 +1,94 @@
+#include "src/window/controls/EditField.h"
+
+#include "src/window/controls/LineField.h"
+#include "src/window/controls/TextField.h"
+#include "src/window/core/WindowInternal.h"
+#include "vnbytstr/window/Wnd.h"
+
+#include <QTextBoundaryFinder>
+
+namespace vnbytstr::detail {
+
+namespace {
+
+/// The longest beginning of whole user-perceived characters that is no longer than `bytes`.
+QString CutToBytes(const EditRules& rules, const QString& text, std::size_t bytes) {
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
+    std::size_t used = 0;
+    qsizetype kept = 0;
+    for (qsizetype next = finder.toNextBoundary(); next > 0; next = finder.toNextBoundary()) {
+        used += rules.Bytes(text.mid(kept, next - kept));
+        if (used > bytes)
+            break;
+        kept = next;
+    }
+    return text.left(kept);
+}
+
+} // namespace
+
+std::size_t EditRules::Bytes(const QString& text) const {
+    return FromQString(text).size() +
+           static_cast<std::size_t>(text.count(u'\n')) * (breakBytes - 1);
+}
+
+QString EditRules::Fit(const QString& text, const QString& removed, QString added,
+                       bool& full) const {
+    if (upper)
+        added = added.toUpper();
+    if (lower)
+        added = added.toLower();
+    if (digits)
+        added.removeIf([](QChar ch) { return ch < u'0' || ch > u'9'; });
+    // No encoding takes more than four bytes for a unit; most often that settles it.
+    const auto units = static_cast<std::size_t>(text.size() + added.size());
+    if (limit >= NoLimit || units * 4 <= limit)
+        return added;
+    const std::size_t used = Bytes(text) - Bytes(removed);
+    const std::size_t space = limit > used ? limit - used : 0;
+    if (Bytes(added) <= space)
+        return added;
+    full = true;
+    return CutToBytes(*this, added, space);
+}
+
+void EditField::InsertFromUser(const QString& text) {
+    if (IsReadOnly())
+        return;
+    bool full = false;
+    const QString fitting = m_rules.Fit(Text(), SelectedText(), text, full);
+    // Nothing that may go in leaves the selection alone, unless nothing is what was to go in.
+    const std::weak_ptr<char> life = m_life;
+    if (!fitting.isEmpty() || text.isEmpty())
+        Insert(fitting);
+    if (full && !life.expired())
+        m_owner.FieldFull();
+}
+
+std::unique_ptr<EditField> MakeEditField(const EditFieldStyle& style, EditFieldOwner& owner,
+                                         QWidget* parent) {
+    if (style.multiline)
+        return std::make_unique<TextField>(owner, style, parent);
+    auto field = std::make_unique<LineField>(owner, parent);
+    field->Line()->setAlignment((style.right    ? Qt::AlignRight
+                                 : style.center ? Qt::AlignHCenter
+                                                : Qt::AlignLeading) |
+                                Qt::AlignVCenter);
+    return field;
+}
+
+std::unique_ptr<EditField> MakeLineField(EditFieldOwner& owner, QLineEdit*& widget) {
+    auto field = std::make_unique<LineField>(owner, nullptr);
+    widget = field->Line();
+    return field;
+}
+
+bool IsTypedText(const QString& text, Qt::KeyboardModifiers modifiers) {
+    // AltGr comes as Control and Alt together on some platforms.
+    const auto command = modifiers & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier);
+    const bool altGr = command == (Qt::ControlModifier | Qt::AltModifier);
+    return !text.isEmpty() && text.front() >= u' ' && text.front() != u'\x7F' &&
+           (command == Qt::NoModifier || altGr);
+}
+
+} // namespace vnbytstr::detail

@@ -1,0 +1,105 @@
+// The Qt widgets that people type into, behind one interface: a line, or several. They apply the
+// limit and the letter rules to all that the user puts in, however it comes: typed, pasted, dropped
+// or composed by an input method. Inside platform/window only.
+#pragma once
+
+#include "vnbytstr/window/WindowTypes.h"
+
+#include <QString>
+
+#include <cstddef>
+#include <memory>
+
+class QLineEdit;
+class QWidget;
+
+namespace vnbytstr::detail {
+
+/// Who is told about a field.
+class EditFieldOwner {
+public:
+    virtual ~EditFieldOwner() = default;
+    virtual void FieldChanged() = 0; ///< by whomever
+    virtual void FieldFull() = 0;    ///< something did not fit
+    /// A key or the menu asks for WM_CUT, WM_COPY, WM_PASTE or WM_UNDO.
+    virtual void FieldCommand(UINT message) = 0;
+};
+
+/// What the user may put into a field.
+struct EditRules {
+    std::size_t limit = NoLimit; ///< bytes of the ANSI code page
+    bool upper = false;
+    bool lower = false;
+    bool digits = false;
+    std::size_t breakBytes = 1; ///< what a line break counts
+
+    static constexpr std::size_t NoLimit = 0x7FFFFFFE;
+    /// As much of `added` as may go into `text` in place of `removed` of its characters; `full`
+    /// becomes true when that is not all because of the limit.
+    QString Fit(const QString& text, const QString& removed, QString added, bool& full) const;
+    std::size_t Bytes(const QString& text) const;
+};
+
+/// Positions count UTF-16 units; a line break counts one.
+class EditField {
+public:
+    virtual ~EditField() = default;
+    virtual QWidget* Widget() const = 0;
+    virtual QString Text() const = 0; ///< line breaks are '\n'
+    /// Sets the text, forgets what could be undone, puts the cursor at the beginning.
+    virtual void SetText(const QString& text) = 0;
+    virtual int Length() const = 0;
+    virtual int SelectionStart() const = 0; ///< the cursor's place when nothing is selected
+    virtual int SelectionEnd() const = 0;
+    virtual int Cursor() const = 0;
+    /// The cursor comes to `cursor`.
+    virtual void Select(int anchor, int cursor, bool scroll) = 0;
+    virtual QString SelectedText() const = 0;
+    virtual void Insert(const QString& text) = 0; ///< replaces the selection; may be undone
+    virtual void DeleteBack() = 0;
+    virtual bool CanUndo() const = 0;
+    virtual void Undo() = 0;
+    virtual void EmptyUndo() = 0;
+    virtual void Copy() const = 0;
+    virtual void SetReadOnly(bool on) = 0;
+    virtual bool IsReadOnly() const = 0;
+    virtual void SetPassword(bool on) = 0; ///< shows bullets
+    virtual void SetCue(const QString& text) = 0;
+    virtual void ScrollToCursor() = 0;
+    virtual void Scroll(int lines, int characters) = 0;
+    virtual int FirstVisibleLine() const = 0;
+    virtual int PositionAt(POINT point) const = 0; ///< point in the widget
+    virtual POINT PointOf(int position) const = 0;
+
+    /// Puts in what the user typed or pasted, as far as the rules allow.
+    void InsertFromUser(const QString& text);
+
+    EditRules m_rules;
+
+protected:
+    explicit EditField(EditFieldOwner& owner) : m_owner(owner) {}
+    EditFieldOwner& m_owner;
+
+private:
+    std::shared_ptr<char> m_life =
+        std::make_shared<char>(); // who holds it weakly learns of the end
+};
+
+struct EditFieldStyle {
+    bool multiline = false;
+    bool wrap = false; ///< long lines, instead of scrolling
+    bool center = false;
+    bool right = false;
+    bool vScroll = false;
+    bool hScroll = false;
+};
+/// The widget belongs to `parent`; the field must end before or with it.
+std::unique_ptr<EditField> MakeEditField(const EditFieldStyle& style, EditFieldOwner& owner,
+                                         QWidget* parent);
+/// A line's widget and field for a combo box. The field ends with its owner.
+std::unique_ptr<EditField> MakeLineField(EditFieldOwner& owner, QLineEdit*& widget);
+
+/// Whether a key's text is put in by WM_CHAR, not by the key itself.
+bool IsTypedText(const QString& text, Qt::KeyboardModifiers modifiers);
+
+} // namespace vnbytstr::detail

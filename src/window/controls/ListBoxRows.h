@@ -1,0 +1,114 @@
+// The rows of a list box: texts, data, selection and heights, apart from any window.
+#pragma once
+
+#include "vnbytstr/framework/Export.h"
+#include "vnbytstr/framework/Types.h"
+
+#include <cstddef>
+#include <memory>
+#include <span>
+#include <string_view>
+#include <vector>
+
+namespace vnbytstr::detail {
+
+/// A list of rows. Indexes count from 0 and must be those of a row, unless said otherwise.
+///
+/// A row costs 16 bytes and its text with a NUL; 8 more when any row has data, 10 more when any row
+/// has a height of its own. Adding at the end takes amortised constant time, inserting and removing
+/// move the rows behind. Memory that cannot be had throws std::bad_alloc and changes nothing.
+class VNBYTSTR_API ListBoxRows {
+public:
+    int Count() const noexcept { return static_cast<int>(m_rows.size()); }
+    bool Has(int row) const noexcept { return row >= 0 && row < Count(); }
+
+    /// The text, with a NUL behind it. Good until a row's text is set or a row removed.
+    std::string_view Text(int row) const noexcept {
+        const Row& entry = m_rows[Index(row)];
+        return {entry.text, entry.length};
+    }
+    /// A text of at most 0x7FFFFFFE bytes; `row` may be Count().
+    void Insert(int row, std::string_view text, std::uintptr_t data = 0);
+    void Add(std::string_view text, std::uintptr_t data = 0) { Insert(Count(), text, data); }
+    /// Adds `count` texts that stand one after the other in `texts`, each with its NUL. False (and
+    /// nothing added) when there are fewer.
+    bool AddMany(std::string_view texts, int count);
+    void SetText(int row, std::string_view text);
+    void Remove(int row);
+    void Clear() noexcept;
+    void Reserve(int rows, std::size_t bytes);
+
+    std::uintptr_t Data(int row) const noexcept { return m_data.empty() ? 0 : m_data[Index(row)]; }
+    void SetData(int row, std::uintptr_t data);
+
+    bool IsSelected(int row) const noexcept { return m_rows[Index(row)].selected != 0; }
+    /// Returns whether that changed anything.
+    bool Select(int row, bool on) noexcept;
+    /// Rows first to last (inclusive).
+    void SelectRange(int first, int last, bool on) noexcept;
+    int SelectedCount() const noexcept { return m_selected; }
+    /// The next selected row at or after `from`; -1 when there is none.
+    int NextSelected(int from) const noexcept;
+
+    /// The first row behind `after`, and from the top again, whose text begins with (is) `text`,
+    /// letters of both cases alike; -1 when there is none. `after` -1 (or no row): from the top.
+    int FindBeginning(int after, std::string_view text) const { return Find(after, text, false); }
+    int FindExact(int after, std::string_view text) const { return Find(after, text, true); }
+
+    /// The row that stood at order[i] comes to i, with all it has. False (and nothing changed) when
+    /// `order` is no permutation.
+    bool Reorder(std::span<const DWORD> order);
+
+    // --- heights, in pixels ---
+    /// The height of every row that has none of its own.
+    void SetHeight(int height);
+    int Height() const noexcept { return m_height; }
+    void SetHeightOf(int row, int height);
+    int HeightOf(int row) const noexcept {
+        return m_heights.empty() ? m_height : m_heights[Index(row)];
+    }
+    /// Where a row begins, from the top of the first; `row` may be Count(). O(log n) after rows
+    /// came and went.
+    std::int64_t TopOf(int row) const;
+    /// The row that the place `y` lies in; -1 above the first, Count() below the last.
+    int RowAt(std::int64_t y) const;
+
+    /// Bytes of memory in use, about.
+    std::size_t MemoryUse() const noexcept;
+
+private:
+    struct Row {
+        char* text;
+        DWORD length : 31;
+        DWORD selected : 1;
+    };
+    struct Chunk {
+        std::unique_ptr<char[]> bytes;
+        std::size_t size = 0;
+        std::size_t used = 0;
+    };
+
+    static std::size_t Index(int row) noexcept {
+        return static_cast<std::size_t>(static_cast<unsigned>(row));
+    }
+    int Find(int after, std::string_view text, bool exact) const;
+    char* Allocate(std::size_t bytes);
+    char* Store(std::string_view text);
+    void Discard(const Row& row);
+    void Compact();
+    void EnsureSums() const;
+    void Check() const noexcept;
+
+    std::vector<Row> m_rows;
+    std::vector<Chunk> m_chunks;
+    std::size_t m_live = 0;    ///< bytes of texts in use, with their NULs
+    std::size_t m_garbage = 0; ///< bytes of texts no longer in use
+    std::vector<std::uintptr_t> m_data;
+    int m_selected = 0;
+    int m_height = 16;
+    std::vector<WORD> m_heights;
+    mutable std::vector<std::int64_t> m_sums; ///< a Fenwick tree over m_heights
+    mutable bool m_sumsValid = false;
+};
+
+} // namespace vnbytstr::detail

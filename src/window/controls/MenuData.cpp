@@ -1,0 +1,151 @@
+#include "src/window/controls/MenuInternal.h"
+
+#include "src/window/core/WindowInternal.h"
+#include "src/window/core/WindowWidget.h"
+#include "vnbytstr/window/WindowFunctions.h"
+
+#include <QActionGroup>
+#include <QMenu>
+#include <QPointer>
+
+#include <unordered_set>
+
+namespace vnbytstr::detail {
+
+namespace {
+
+std::unordered_set<const MenuData*>& LivingMenus() {
+    static auto* const living = new std::unordered_set<const MenuData*>; // outlives every static
+    return *living;
+}
+
+void AddItem(QMenu& widget, MenuItem& item, int position, HWND owner, UINT* chosen) {
+    if ((item.flags & MF_SEPARATOR) != 0) {
+        widget.addSeparator();
+        return;
+    }
+    const QString text = ToQString(item.text);
+    QAction* action = nullptr;
+    if (item.popup != nullptr) {
+        QMenu* popup = nullptr;
+        if (chosen == nullptr) {
+            popup = MakeQMenu(*item.popup, owner, position, &widget);
+        } else {
+            popup = new QMenu(&widget);
+            FillQMenu(*popup, *item.popup, owner, chosen);
+        }
+        popup->setTitle(text);
+        action = widget.addMenu(popup);
+    } else {
+        action = widget.addAction(text);
+        action->setCheckable((item.flags & MF_CHECKED) != 0);
+        action->setChecked((item.flags & MF_CHECKED) != 0);
+        if (item.radio)
+            (new QActionGroup(&widget))->addAction(action); // shown as one of a choice
+        QObject::connect(action, &QAction::triggered, &widget, [owner, chosen, id = item.id] {
+            if (chosen != nullptr)
+                *chosen = id;
+            else
+                PostMessage(owner, WM_COMMAND, id, 0);
+        });
+    }
+    action->setEnabled((item.flags & (MF_GRAYED | MF_DISABLED)) == 0);
+    if (item.isDefault)
+        widget.setDefaultAction(action);
+}
+
+} // namespace
+
+MenuData::MenuData() { LivingMenus().insert(this); }
+
+MenuData::~MenuData() {
+    LivingMenus().erase(this);
+    if (m_temporary != nullptr)
+        m_temporary->m_hMenu = nullptr;
+}
+
+MenuData* MenuData::Of(HMENU menu) {
+    auto* const data = reinterpret_cast<MenuData*>(menu);
+    return LivingMenus().count(data) != 0 ? data : nullptr;
+}
+
+MenuItem* MenuData::Find(UINT which, UINT flags, MenuData** in) {
+    if (in != nullptr)
+        *in = this;
+    if ((flags & MF_BYPOSITION) != 0)
+        return which < m_items.size() ? &m_items[which] : nullptr;
+    for (MenuItem& item : m_items) {
+        if (item.popup == nullptr && (item.flags & MF_SEPARATOR) == 0 && item.id == which)
+            return &item;
+        MenuData* inner = nullptr;
+        MenuItem* const found =
+            item.popup != nullptr ? item.popup->Find(which, flags, &inner) : nullptr;
+        if (found != nullptr) {
+            if (in != nullptr)
+                *in = inner;
+            return found;
+        }
+    }
+    return nullptr;
+}
+
+void FillQMenu(QMenu& widget, MenuData& menu, HWND owner, UINT* chosen) {
+    const auto popups = widget.findChildren<QMenu*>(Qt::FindDirectChildrenOnly);
+    widget.clear();
+    for (QMenu* const popup : popups)
+        popup->deleteLater();
+    int position = 0;
+    for (MenuItem& item : menu.m_items)
+        AddItem(widget, item, position++, owner, chosen);
+}
+
+QMenu* MakeQMenu(MenuData& menu, HWND owner, int index, QWidget* parent) {
+    auto* const widget = new QMenu(parent);
+    const HMENU handle = menu.Handle();
+    QObject::connect(widget, &QMenu::aboutToShow, widget, [widget, handle, owner, index] {
+        const QPointer<QMenu> alive(widget);
+        if (Window* const window = Window::Of(owner))
+            window->Send(WM_INITMENUPOPUP, reinterpret_cast<WPARAM>(handle),
+                         MAKELPARAM(index, FALSE));
+        MenuData* const now = MenuData::Of(handle);
+        if (alive != nullptr && now != nullptr)
+            FillQMenu(*widget, *now, owner, nullptr);
+    });
+    return widget;
+}
+
+} // namespace vnbytstr::detail
+
+BOOL CMenu::TrackPopupMenu(UINT flags, int x, int y, CWnd* owner, LPCRECT) {
+    using namespace vnbytstr::detail;
+    MenuData* const menu = MenuData::Of(m_hMenu);
+    Window* const window = Window::Of(owner);
+    if (menu == nullptr || window == nullptr)
+        return FALSE;
+    const HWND handle = window->Handle();
+    CancelCapture();
+    if ((flags & TPM_NONOTIFY) == 0)
+        window->Send(WM_INITMENUPOPUP, reinterpret_cast<WPARAM>(m_hMenu), 0);
+    if (Window::Of(handle) == nullptr || MenuData::Of(m_hMenu) != menu)
+        return FALSE;
+    UINT chosen = 0;
+    {
+        QMenu widget(window->Widget());
+        widget.setLayoutDirection(window->Widget()->layoutDirection());
+        FillQMenu(widget, *menu, handle, &chosen);
+        const int width = widget.sizeHint().width();
+        const int shift = (flags & TPM_RIGHTALIGN) != 0    ? width
+                          : (flags & TPM_CENTERALIGN) != 0 ? width / 2
+                                                           : 0;
+        const QPointer<QWidget> parent(window->Widget());
+        widget.exec(QPoint(x - shift, y));
+        if (parent == nullptr)
+            return FALSE;
+        widget.setParent(nullptr);
+    }
+    if ((flags & TPM_RETURNCMD) != 0)
+        return static_cast<BOOL>(chosen);
+    if (chosen != 0)
+        ::PostMessage(handle, WM_COMMAND, chosen, 0);
+    return chosen != 0 ? TRUE : FALSE;
+}

@@ -1,0 +1,54 @@
+// What stands behind an HMENU, and how it becomes Qt's. Inside platform/window only.
+#pragma once
+
+#include "vnbytstr/window/Menu.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+class QMenu;
+class QWidget;
+
+namespace vnbytstr::detail {
+
+class MenuData;
+
+struct MenuItem {
+    UINT id = 0;
+    UINT flags = 0; ///< MF_SEPARATOR, MF_GRAYED, MF_DISABLED, MF_CHECKED
+    std::string text;
+    std::unique_ptr<MenuData> popup;
+    bool radio = false;
+    bool isDefault = false;
+};
+
+/// A menu. The pointer is its HMENU as long as the menu lives. A popup belongs to the item it is
+/// in.
+class MenuData {
+public:
+    MenuData();
+    ~MenuData();
+    MenuData(const MenuData&) = delete;
+    MenuData& operator=(const MenuData&) = delete;
+
+    /// Null when the handle names no living menu.
+    static MenuData* Of(HMENU menu);
+    HMENU Handle() { return reinterpret_cast<HMENU>(this); }
+
+    /// The item at a position or with an id, and the menu it is in (popups included); null when
+    /// there is none.
+    MenuItem* Find(UINT which, UINT flags, MenuData** in = nullptr);
+
+    std::vector<MenuItem> m_items;
+    bool m_owned = false; ///< by an item or a window
+    std::unique_ptr<CMenu> m_temporary;
+};
+
+/// A Qt menu that asks `owner` (WM_INITMENUPOPUP) and takes the items over whenever it opens, and
+/// posts WM_COMMAND to it.
+QMenu* MakeQMenu(MenuData& menu, HWND owner, int index, QWidget* parent);
+/// Takes the items over at once. `chosen`, when not null, gets the id instead of WM_COMMAND.
+void FillQMenu(QMenu& widget, MenuData& menu, HWND owner, UINT* chosen);
+
+} // namespace vnbytstr::detail

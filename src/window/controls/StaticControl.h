@@ -1,0 +1,33 @@
+// The system class STATIC. Inside platform/window only.
+#pragma once
+
+#include "src/window/core/WindowInternal.h"
+
+#include <QLabel>
+#include <QPointer>
+
+#include <optional>
+
+namespace vnbytstr::detail {
+
+class LabelWidget;
+
+class StaticControl final : public SystemControl {
+public:
+    explicit StaticControl(Window& window) : SystemControl(window) {}
+    ~StaticControl() override;
+
+    LRESULT Proc(UINT message, WPARAM wParam, LPARAM lParam) override;
+    /// The control that the label stands before gets its letter.
+    void FindPartner();
+
+private:
+    void MakeWidget();
+    void ShowContents();
+    std::optional<LRESULT> StaticProc(UINT message, WPARAM wParam, LPARAM lParam);
+
+    QPointer<LabelWidget> m_label;
+    HBITMAP m_bitmap = nullptr;
+};
+
+} // namespace vnbytstr::detail

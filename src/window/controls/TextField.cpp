@@ -1,0 +1,160 @@
+#include "src/window/controls/TextField.h"
+
+#include "vnbytstr/window/Messages.h"
+
+#include <QInputMethodEvent>
+#include <QKeyEvent>
+#include <QMimeData>
+#include <QScrollBar>
+#include <QTextBlock>
+#include <QTextOption>
+
+namespace vnbytstr::detail {
+
+/// A QPlainTextEdit all of whose input goes through the field.
+class TextFieldWidget final : public QPlainTextEdit {
+public:
+    TextFieldWidget(TextField& field, QWidget* parent) : QPlainTextEdit(parent), m_field(&field) {
+        connect(document(), &QTextDocument::contentsChange, this,
+                [this](int, int removed, int added) {
+                    // A change of format alone says that as many were removed as added.
+                    m_changed = m_changed || removed != 0 || added != 0;
+                });
+        connect(this, &QPlainTextEdit::textChanged, this, [this] {
+            if (m_field != nullptr && std::exchange(m_changed, false))
+                m_field->Owner().FieldChanged();
+        });
+    }
+    void Forget() { m_field = nullptr; }
+
+    using QPlainTextEdit::contentOffset;
+    using QPlainTextEdit::firstVisibleBlock;
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override {
+        if (m_field == nullptr || IsTypedText(event->text(), event->modifiers()))
+            return;
+        if (const UINT command = CommandOf(*event)) {
+            m_field->Owner().FieldCommand(command);
+        } else if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
+            if ((event->modifiers() & (Qt::AltModifier | Qt::MetaModifier)) == 0)
+                m_field->InsertFromUser(QStringLiteral("\n"));
+        } else if (event->key() == Qt::Key_Tab && event->modifiers() == Qt::NoModifier) {
+            m_field->InsertFromUser(QStringLiteral("\t"));
+        } else {
+            QPlainTextEdit::keyPressEvent(event);
+        }
+    }
+    void inputMethodEvent(QInputMethodEvent* event) override {
+        if (m_field == nullptr || event->commitString().isEmpty()) {
+            QPlainTextEdit::inputMethodEvent(event);
+            return;
+        }
+        bool full = false;
+        const QString fitting = m_field->m_rules.Fit(m_field->Text(), m_field->SelectedText(),
+                                                     event->commitString(), full);
+        QInputMethodEvent cut(event->preeditString(), event->attributes());
+        cut.setCommitString(fitting, event->replacementStart(), event->replacementLength());
+        QPlainTextEdit::inputMethodEvent(&cut);
+        if (full && m_field != nullptr)
+            m_field->Owner().FieldFull();
+    }
+    /// Pasting and dropping end here.
+    void insertFromMimeData(const QMimeData* source) override {
+        if (m_field != nullptr && source->hasText())
+            m_field->InsertFromUser(
+                source->text().replace(QStringLiteral("\r\n"), QStringLiteral("\n")));
+    }
+
+private:
+    static UINT CommandOf(const QKeyEvent& event) {
+        return event.matches(QKeySequence::Copy)    ? WM_COPY
+               : event.matches(QKeySequence::Cut)   ? WM_CUT
+               : event.matches(QKeySequence::Paste) ? WM_PASTE
+               : event.matches(QKeySequence::Undo)  ? WM_UNDO
+                                                    : 0;
+    }
+
+    TextField* m_field;
+    bool m_changed = false;
+};
+
+TextField::TextField(EditFieldOwner& owner, const EditFieldStyle& style, QWidget* parent)
+    : EditField(owner), m_edit(new TextFieldWidget(*this, parent)) {
+    m_edit->setLineWrapMode(style.wrap ? QPlainTextEdit::WidgetWidth : QPlainTextEdit::NoWrap);
+    m_edit->setVerticalScrollBarPolicy(style.vScroll ? Qt::ScrollBarAsNeeded
+                                                     : Qt::ScrollBarAlwaysOff);
+    m_edit->setHorizontalScrollBarPolicy(style.hScroll ? Qt::ScrollBarAsNeeded
+                                                       : Qt::ScrollBarAlwaysOff);
+    QTextOption option = m_edit->document()->defaultTextOption();
+    option.setAlignment(style.right    ? Qt::AlignRight
+                        : style.center ? Qt::AlignHCenter
+                                       : Qt::AlignLeading);
+    m_edit->document()->setDefaultTextOption(option);
+}
+
+TextField::~TextField() {
+    if (m_edit != nullptr)
+        m_edit->Forget();
+}
+
+QPlainTextEdit* TextField::Edit() const { return m_edit; }
+
+QString TextField::Text() const {
+    // toPlainText would turn no-break spaces into blanks.
+    QString text = Edit()->document()->toRawText();
+    text.replace(QChar::ParagraphSeparator, u'\n');
+    return text;
+}
+
+QString TextField::SelectedText() const {
+    return Edit()->textCursor().selectedText().replace(QChar::ParagraphSeparator, u'\n');
+}
+
+void TextField::Select(int anchor, int cursor, bool scroll) {
+    QTextCursor place = Edit()->textCursor();
+    place.setPosition(anchor);
+    place.setPosition(cursor, QTextCursor::KeepAnchor);
+    const int x = Edit()->horizontalScrollBar()->value();
+    const int y = Edit()->verticalScrollBar()->value();
+    Edit()->setTextCursor(place);
+    if (!scroll) {
+        Edit()->horizontalScrollBar()->setValue(x);
+        Edit()->verticalScrollBar()->setValue(y);
+    }
+}
+
+void TextField::DeleteBack() {
+    QTextCursor cursor = Edit()->textCursor();
+    cursor.deletePreviousChar();
+    Edit()->setTextCursor(cursor);
+}
+
+void TextField::SetReadOnly(bool on) {
+    Edit()->setReadOnly(on);
+    // A text to be read is still gone through with the keys.
+    if (on)
+        Edit()->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+}
+
+void TextField::Scroll(int lines, int characters) {
+    Edit()->verticalScrollBar()->setValue(Edit()->verticalScrollBar()->value() + lines);
+    QScrollBar* const bar = Edit()->horizontalScrollBar();
+    bar->setValue(bar->value() + characters * Edit()->fontMetrics().averageCharWidth());
+}
+
+int TextField::FirstVisibleLine() const { return m_edit->firstVisibleBlock().blockNumber(); }
+
+int TextField::PositionAt(POINT point) const {
+    const QWidget* const view = Edit()->viewport();
+    return Edit()->cursorForPosition(view->mapFrom(Edit(), QPoint(point.x, point.y))).position();
+}
+
+POINT TextField::PointOf(int position) const {
+    QTextCursor cursor(Edit()->document());
+    cursor.setPosition(position);
+    const QPoint point = Edit()->viewport()->mapTo(Edit(), Edit()->cursorRect(cursor).topLeft());
+    return {point.x(), point.y()};
+}
+
+} // namespace vnbytstr::detail

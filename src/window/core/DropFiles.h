@@ -1,0 +1,17 @@
+// What stands behind an HDROP. Inside platform/window only.
+#pragma once
+
+#include "vnbytstr/window/WindowTypes.h"
+
+#include <string>
+#include <vector>
+
+namespace vnbytstr::detail {
+
+struct DropFiles {
+    std::vector<std::string> names;
+    CPoint point;
+    bool belongsToDataObject = false; ///< DragFinish leaves it alone
+};
+
+} // namespace vnbytstr::detail

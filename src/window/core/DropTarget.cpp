@@ -1,0 +1,171 @@
+#include "vnbytstr/window/DropTarget.h"
+
+#include "src/window/core/DropFiles.h"
+#include "src/window/core/WindowWidget.h"
+
+#include <QDragEnterEvent>
+#include <QMimeData>
+#include <QUrl>
+
+#include <optional>
+
+using vnbytstr::detail::DropFiles;
+using vnbytstr::detail::FromQString;
+using vnbytstr::detail::Window;
+
+// --- the data -----------------------------------------------------------------------------------
+
+struct COleDataObject::Data {
+    DropFiles files;
+    std::optional<std::string> text;
+};
+
+COleDataObject::COleDataObject() : m_data(std::make_unique<Data>()) {
+    m_data->files.belongsToDataObject = true;
+}
+
+COleDataObject::COleDataObject(const QMimeData* data) : COleDataObject() {
+    if (data == nullptr)
+        return;
+    for (const QUrl& url : data->urls())
+        if (url.isLocalFile())
+            m_data->files.names.push_back(FromQString(url.toLocalFile()));
+    if (data->hasText())
+        m_data->text = FromQString(data->text());
+}
+
+COleDataObject::COleDataObject(const CStringArray& files) : COleDataObject() {
+    for (int i = 0; i < files.GetSize(); ++i)
+        m_data->files.names.emplace_back(files[i]);
+}
+
+COleDataObject::~COleDataObject() = default;
+
+BOOL COleDataObject::IsDataAvailable(CLIPFORMAT format) const {
+    return GetGlobalData(format) != nullptr ? TRUE : FALSE;
+}
+
+HGLOBAL COleDataObject::GetGlobalData(CLIPFORMAT format) const {
+    if (format == CF_HDROP && !m_data->files.names.empty())
+        return &m_data->files;
+    if (format == CF_TEXT && m_data->text)
+        return m_data->text->data();
+    return nullptr;
+}
+
+// --- the target ---------------------------------------------------------------------------------
+
+IMPLEMENT_DYNAMIC(COleDropTarget, CCmdTarget)
+
+namespace vnbytstr::detail {
+
+/// Tells a COleDropTarget of Qt's drag events. The window owns it.
+class TargetSink final : public DropSink {
+public:
+    TargetSink(COleDropTarget& target, Window& window) : m_target(&target), m_window(window) {}
+    ~TargetSink() override {
+        if (m_target != nullptr)
+            m_target->m_hWnd = nullptr;
+    }
+    void Forget() { m_target = nullptr; }
+
+    void DragEnter(QDragEnterEvent* event) override {
+        COleDataObject data(event->mimeData());
+        m_effect = m_target->OnDragEnter(Object(), &data, Keys(*event), Point(*event));
+        Answer(*event);
+        // Qt tells of further moves only to who accepts the drag; this one may change its mind.
+        event->accept();
+    }
+    void DragMove(QDragMoveEvent* event) override {
+        COleDataObject data(event->mimeData());
+        m_effect = m_target->OnDragOver(Object(), &data, Keys(*event), Point(*event));
+        Answer(*event);
+    }
+    void DragLeave() override {
+        m_effect = DROPEFFECT_NONE;
+        m_target->OnDragLeave(Object());
+    }
+    void Drop(QDropEvent* event) override {
+        COleDataObject data(event->mimeData());
+        const HWND window = m_window.Handle();
+        m_effect = m_target->OnDragOver(Object(), &data, Keys(*event), Point(*event));
+        if (Window::Of(window) == nullptr || m_window.m_drop.get() != this)
+            return;
+        Answer(*event);
+        if (m_effect == DROPEFFECT_NONE) {
+            m_target->OnDragLeave(Object());
+            return;
+        }
+        const bool taken = m_target->OnDrop(Object(), &data, m_effect, Point(*event)) != FALSE;
+        event->setAccepted(taken);
+    }
+
+private:
+    CWnd* Object() { return m_window.ObjectOrTemporary(); }
+    CPoint Point(const QDropEvent& event) const {
+        return m_window.ToClient(event.position().toPoint());
+    }
+    static DWORD Keys(const QDropEvent& event) {
+        return ((event.buttons() & Qt::LeftButton) != 0 ? MK_LBUTTON : 0) |
+               ((event.buttons() & Qt::RightButton) != 0 ? MK_RBUTTON : 0) |
+               ((event.modifiers() & Qt::ShiftModifier) != 0 ? MK_SHIFT : 0) |
+               ((event.modifiers() & Qt::ControlModifier) != 0 ? MK_CONTROL : 0);
+    }
+    void Answer(QDropEvent& event) const {
+        if (m_effect == DROPEFFECT_NONE) {
+            event.setDropAction(Qt::IgnoreAction);
+            event.ignore();
+            return;
+        }
+        // Another program deletes what it believes to have been moved.
+        Qt::DropAction action = Qt::CopyAction;
+        if (event.source() != nullptr && (m_effect & DROPEFFECT_MOVE) != 0)
+            action = Qt::MoveAction;
+        if ((event.possibleActions() & action) == 0)
+            action = event.proposedAction();
+        event.setDropAction(action);
+        event.accept();
+    }
+
+    COleDropTarget* m_target;
+    Window& m_window;
+    DROPEFFECT m_effect = DROPEFFECT_NONE;
+};
+
+} // namespace vnbytstr::detail
+
+using vnbytstr::detail::TargetSink;
+
+COleDropTarget::~COleDropTarget() { COleDropTarget::Revoke(); }
+
+BOOL COleDropTarget::Register(CWnd* object) {
+    Window* const window = Window::Of(object);
+    if (window == nullptr || window->m_drop != nullptr || m_hWnd != nullptr)
+        return FALSE;
+    window->m_drop = std::make_unique<TargetSink>(*this, *window);
+    window->SetStyles(window->m_style, window->m_exStyle);
+    m_hWnd = window->Handle();
+    return TRUE;
+}
+
+void COleDropTarget::Revoke() {
+    Window* const window = Window::Of(m_hWnd);
+    m_hWnd = nullptr;
+    if (window == nullptr)
+        return;
+    if (auto* const sink = dynamic_cast<TargetSink*>(window->m_drop.get()))
+        sink->Forget();
+    window->m_drop.reset();
+    window->SetStyles(window->m_style, window->m_exStyle);
+}
+
+DROPEFFECT COleDropTarget::OnDragEnter(CWnd*, COleDataObject*, DWORD, CPoint) {
+    return DROPEFFECT_NONE;
+}
+
+DROPEFFECT COleDropTarget::OnDragOver(CWnd*, COleDataObject*, DWORD, CPoint) {
+    return DROPEFFECT_NONE;
+}
+
+BOOL COleDropTarget::OnDrop(CWnd*, COleDataObject*, DROPEFFECT, CPoint) { return FALSE; }
+void COleDropTarget::OnDragLeave(CWnd*) {}

@@ -1,0 +1,522 @@
+// Mouse, keyboard and focus: Qt's events as messages, and the state that goes with them.
+#include "src/window/core/WindowWidget.h"
+#include "vnbytstr/window/Application.h"
+#include "vnbytstr/window/WindowFunctions.h"
+#include "vnbytstr/window/Wnd.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QStyleHints>
+#include <QWheelEvent>
+
+#include <algorithm>
+#include <bitset>
+
+namespace vnbytstr::detail {
+namespace {
+
+constexpr int kKeys = 256;
+
+/// What has the mouse and the focus, and which keys are down.
+struct InputState {
+    HWND capture = nullptr;
+    HWND focus = nullptr;
+    HWND lastFocus = nullptr;
+    Qt::KeyboardModifiers modifiers;
+    Qt::MouseButtons buttons;
+    std::bitset<kKeys> down;
+    std::bitset<kKeys> toggled;
+    bool keyUnused = false;
+    // The key event handled last: Qt offers one that nobody wanted to the widgets around, too.
+    const QKeyEvent* lastKey = nullptr;
+    QEvent::Type lastType = QEvent::None;
+    const QWidget* lastReceiver = nullptr;
+};
+
+InputState& State() {
+    static InputState state;
+    return state;
+}
+
+UINT MouseFlags(Qt::MouseButtons buttons, Qt::KeyboardModifiers modifiers) {
+    UINT flags = 0;
+    flags |= (buttons & Qt::LeftButton) ? MK_LBUTTON : 0;
+    flags |= (buttons & Qt::RightButton) ? MK_RBUTTON : 0;
+    flags |= (buttons & Qt::MiddleButton) ? MK_MBUTTON : 0;
+    flags |= (modifiers & Qt::ShiftModifier) ? MK_SHIFT : 0;
+    flags |= (modifiers & Qt::ControlModifier) ? MK_CONTROL : 0;
+    return flags;
+}
+
+/// The message of a button event; 0 for a button that programs do not know.
+UINT ButtonMessage(const QMouseEvent& event, bool doubleClicks) {
+    UINT base = 0;
+    switch (event.button()) {
+    case Qt::LeftButton:
+        base = WM_LBUTTONDOWN;
+        break;
+    case Qt::RightButton:
+        base = WM_RBUTTONDOWN;
+        break;
+    case Qt::MiddleButton:
+        base = WM_MBUTTONDOWN;
+        break;
+    default:
+        return 0;
+    }
+    if (event.type() == QEvent::MouseButtonRelease)
+        return base + 1;
+    return event.type() == QEvent::MouseButtonDblClick && doubleClicks ? base + 2 : base;
+}
+
+struct KeyPair {
+    int qt;
+    int vk;
+};
+constexpr KeyPair kKeyTable[] = {
+    {Qt::Key_Escape, VK_ESCAPE},
+    {Qt::Key_Tab, VK_TAB},
+    {Qt::Key_Backtab, VK_TAB},
+    {Qt::Key_Backspace, VK_BACK},
+    {Qt::Key_Return, VK_RETURN},
+    {Qt::Key_Enter, VK_RETURN},
+    {Qt::Key_Insert, VK_INSERT},
+    {Qt::Key_Delete, VK_DELETE},
+    {Qt::Key_Pause, VK_PAUSE},
+    {Qt::Key_Print, VK_SNAPSHOT},
+    {Qt::Key_Clear, VK_CLEAR},
+    {Qt::Key_Home, VK_HOME},
+    {Qt::Key_End, VK_END},
+    {Qt::Key_Left, VK_LEFT},
+    {Qt::Key_Up, VK_UP},
+    {Qt::Key_Right, VK_RIGHT},
+    {Qt::Key_Down, VK_DOWN},
+    {Qt::Key_PageUp, VK_PRIOR},
+    {Qt::Key_PageDown, VK_NEXT},
+    {Qt::Key_Shift, VK_SHIFT},
+    {Qt::Key_Control, VK_CONTROL},
+    {Qt::Key_Alt, VK_MENU},
+    {Qt::Key_CapsLock, VK_CAPITAL},
+    {Qt::Key_NumLock, VK_NUMLOCK},
+    {Qt::Key_ScrollLock, VK_SCROLL},
+    {Qt::Key_Menu, VK_APPS},
+    {Qt::Key_Meta, VK_LWIN},
+    {Qt::Key_Help, VK_HELP},
+    {Qt::Key_Space, VK_SPACE},
+    {Qt::Key_Semicolon, VK_OEM_1},
+    {Qt::Key_Equal, VK_OEM_PLUS},
+    {Qt::Key_Plus, VK_OEM_PLUS},
+    {Qt::Key_Comma, VK_OEM_COMMA},
+    {Qt::Key_Minus, VK_OEM_MINUS},
+    {Qt::Key_Period, VK_OEM_PERIOD},
+    {Qt::Key_Slash, VK_OEM_2},
+    {Qt::Key_QuoteLeft, VK_OEM_3},
+    {Qt::Key_BracketLeft, VK_OEM_4},
+    {Qt::Key_Backslash, VK_OEM_5},
+    {Qt::Key_BracketRight, VK_OEM_6},
+    {Qt::Key_Apostrophe, VK_OEM_7},
+};
+
+int VirtualKey(const QKeyEvent& event) {
+    const int key = event.key();
+    if ((event.modifiers() & Qt::KeypadModifier) != 0) {
+        if (key >= Qt::Key_0 && key <= Qt::Key_9)
+            return VK_NUMPAD0 + (key - Qt::Key_0);
+        switch (key) {
+        case Qt::Key_Plus:
+            return VK_ADD;
+        case Qt::Key_Minus:
+            return VK_SUBTRACT;
+        case Qt::Key_Asterisk:
+            return VK_MULTIPLY;
+        case Qt::Key_Slash:
+            return VK_DIVIDE;
+        case Qt::Key_Comma:
+        case Qt::Key_Period:
+            return VK_DECIMAL;
+        default:
+            break;
+        }
+    }
+    if ((key >= Qt::Key_0 && key <= Qt::Key_9) || (key >= Qt::Key_A && key <= Qt::Key_Z))
+        return key;
+    if (key >= Qt::Key_F1 && key <= Qt::Key_F24)
+        return VK_F1 + (key - Qt::Key_F1);
+    const auto* end = std::end(kKeyTable);
+    const auto* found =
+        std::find_if(std::begin(kKeyTable), end, [key](KeyPair pair) { return pair.qt == key; });
+    return found != end ? found->vk : 0;
+}
+
+/// The characters a key makes, as bytes of the ANSI code page.
+std::string KeyText(const QKeyEvent& event, int vk) {
+    const bool control = (event.modifiers() & Qt::ControlModifier) != 0;
+    const bool alt = (event.modifiers() & Qt::AltModifier) != 0;
+    switch (vk) {
+    case VK_BACK:
+        return control ? "\x7F" : "\b";
+    case VK_RETURN:
+        return control ? "\n" : "\r";
+    case VK_TAB:
+        return "\t";
+    case VK_ESCAPE:
+        return "\x1B";
+    case VK_DELETE:
+    case VK_INSERT:
+        return {};
+    default:
+        break;
+    }
+    if (control && !alt) {
+        if (vk >= 'A' && vk <= 'Z')
+            return std::string(1, static_cast<char>(vk - 'A' + 1));
+        if (vk == VK_OEM_5)
+            return "\x1C";
+    }
+    return FromQString(event.text());
+}
+
+LPARAM KeyFlags(const QKeyEvent& event, bool alt) {
+    constexpr LPARAM kAltContext = 1 << 29;
+    constexpr LPARAM kWasDown = 1 << 30;
+    return 1 | (alt ? kAltContext : 0) |
+           (event.isAutoRepeat() || event.type() == QEvent::KeyRelease ? kWasDown : 0);
+}
+
+MSG MakeMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    const QPoint at = QCursor::pos();
+    return {window, message, wParam, lParam, GetTickCount(), {at.x(), at.y()}};
+}
+
+/// PreTranslateMessage, then the window. True when it was not left to nobody.
+bool SendKeyMessage(HWND handle, UINT message, WPARAM wParam, LPARAM lParam) {
+    Window* window = Window::Of(handle);
+    if (window == nullptr)
+        return true;
+    MSG msg = MakeMessage(handle, message, wParam, lParam);
+    if (PreTranslate(msg, *window))
+        return true;
+    window = Window::Of(handle);
+    if (window == nullptr)
+        return true;
+    State().keyUnused = false;
+    window->Send(message, wParam, lParam);
+    return !State().keyUnused;
+}
+
+/// Tab goes to the next window, unless the one with the focus wants it for itself.
+bool TravelByTab(HWND handle, const QKeyEvent& event) {
+    Window* window = Window::Of(handle);
+    if (window == nullptr || (event.modifiers() & (Qt::ControlModifier | Qt::AltModifier)) != 0)
+        return false;
+    const bool back = event.key() == Qt::Key_Backtab || (event.modifiers() & Qt::ShiftModifier);
+    MSG msg = MakeMessage(handle, WM_KEYDOWN, VK_TAB, 1);
+    const LRESULT code = window->Send(WM_GETDLGCODE, VK_TAB, reinterpret_cast<LPARAM>(&msg));
+    if ((code & (DLGC_WANTTAB | DLGC_WANTALLKEYS)) != 0)
+        return (code & DLGC_WANTALLKEYS) != 0 && Window::Of(handle) == nullptr;
+    window = Window::Of(handle);
+    return window == nullptr || window->FocusNext(!back);
+}
+
+void SendCursorMessage(Window& window, UINT mouseMessage) {
+    window.Send(WM_SETCURSOR, reinterpret_cast<WPARAM>(window.Handle()),
+                MAKELPARAM(HTCLIENT, static_cast<int>(mouseMessage)));
+}
+
+} // namespace
+
+void MarkKeyUnused() { State().keyUnused = true; }
+
+bool PreTranslate(MSG& message, Window& window) {
+    HWND handle = window.Handle();
+    while (Window* current = Window::Of(handle)) {
+        const Window* parent = (current->m_style & WS_CHILD) != 0 ? current->Parent() : nullptr;
+        HWND next = parent != nullptr ? const_cast<Window*>(parent)->Handle() : nullptr;
+        if (current->Object() != nullptr && current->Object()->PreTranslateMessage(&message))
+            return true;
+        handle = next;
+    }
+    return AfxGetApp() != nullptr && AfxGetApp()->PreTranslateMessage(&message);
+}
+
+bool SendKeyEvent(Window& window, QKeyEvent* event) {
+    InputState& state = State();
+    RoutedEvent* const routed = RoutedEvent::Current();
+    const bool forHosted = routed != nullptr && routed->Event() == event;
+    const QWidget* receiver = forHosted ? window.Hosted() : window.Widget();
+    const QEvent::Type type = event->type();
+    if (state.lastKey == event && state.lastType == type && state.lastReceiver != receiver &&
+        window.Widget()->isAncestorOf(state.lastReceiver))
+        return false; // came out of a window inside this one, where nobody wanted it
+    state.lastKey = event;
+    state.lastType = type;
+    state.lastReceiver = receiver;
+
+    HWND handle = window.Handle();
+    const int vk = VirtualKey(*event);
+    state.modifiers = event->modifiers();
+    // Of a modifier's own key Qt tells the state before.
+    const Qt::KeyboardModifier own = vk == VK_SHIFT     ? Qt::ShiftModifier
+                                     : vk == VK_CONTROL ? Qt::ControlModifier
+                                     : vk == VK_MENU    ? Qt::AltModifier
+                                                        : Qt::NoModifier;
+    state.modifiers.setFlag(own, event->type() == QEvent::KeyPress && own != Qt::NoModifier);
+    if (vk > 0 && vk < kKeys) {
+        if (event->type() == QEvent::KeyPress && !state.down[static_cast<std::size_t>(vk)])
+            state.toggled.flip(static_cast<std::size_t>(vk));
+        state.down[static_cast<std::size_t>(vk)] = event->type() == QEvent::KeyPress;
+    }
+    const bool press = event->type() == QEvent::KeyPress;
+    // Alt alone makes a system key; with Ctrl it makes characters on many keyboards.
+    const bool alt = (event->modifiers() & Qt::AltModifier) != 0 &&
+                     (event->modifiers() & Qt::ControlModifier) == 0;
+    const bool system = alt || vk == VK_F10;
+    const LPARAM flags = KeyFlags(*event, alt);
+    if (!press)
+        return SendKeyMessage(handle, system ? WM_SYSKEYUP : WM_KEYUP, static_cast<WPARAM>(vk),
+                              flags);
+    const std::string text = KeyText(*event, vk);
+    if (routed != nullptr && routed->IsFor(&window))
+        routed->m_charsToCome = static_cast<int>(text.size());
+
+    MSG msg =
+        MakeMessage(handle, system ? WM_SYSKEYDOWN : WM_KEYDOWN, static_cast<WPARAM>(vk), flags);
+    if (PreTranslate(msg, window))
+        return true;
+    if (vk == VK_TAB && TravelByTab(handle, *event))
+        return true;
+    Window* still = Window::Of(handle);
+    if (still == nullptr)
+        return true;
+    state.keyUnused = false;
+    still->Send(msg.message, msg.wParam, msg.lParam);
+    bool used = !state.keyUnused;
+    for (const char ch : text)
+        used =
+            SendKeyMessage(handle, system ? WM_SYSCHAR : WM_CHAR, static_cast<BYTE>(ch), flags) ||
+            used;
+    return used || Window::Of(handle) == nullptr;
+}
+
+void SendInputText(Window& window, const QString& text) {
+    const std::string bytes = FromQString(text);
+    if (RoutedEvent* routed = RoutedEvent::Current(); routed != nullptr && routed->IsFor(&window))
+        routed->m_charsToCome = static_cast<int>(bytes.size());
+    HWND handle = window.Handle();
+    for (const char ch : bytes)
+        SendKeyMessage(handle, WM_CHAR, static_cast<BYTE>(ch), 1);
+}
+
+bool SendMouseEvent(Window& window, QWidget* receiver, QMouseEvent* event) {
+    InputState& state = State();
+    state.modifiers = event->modifiers();
+    state.buttons = event->buttons();
+    const QPoint global = ConfineToClip(receiver->mapToGlobal(event->position().toPoint()));
+    Window* target = Window::Of(state.capture);
+    const bool captured = target != nullptr;
+    if (!captured)
+        target = &window;
+    HWND handle = target->Handle();
+    SetCursorWindow(handle);
+    UINT message = WM_MOUSEMOVE;
+    if (event->type() != QEvent::MouseMove)
+        message = ButtonMessage(*event, (target->Class().info.style & CS_DBLCLKS) != 0);
+    if (message == 0)
+        return true;
+    if (!captured) {
+        SendCursorMessage(*target, message);
+        target = Window::Of(handle);
+        if (target == nullptr)
+            return true;
+    }
+    const CPoint at = target->GlobalToClient(global);
+    target->Send(message, MouseFlags(state.buttons, state.modifiers), MAKELPARAM(at.x, at.y));
+    return true;
+}
+
+bool SendWheelEvent(Window& window, QWheelEvent* event) {
+    State().modifiers = event->modifiers();
+    const QPoint at = event->globalPosition().toPoint();
+    const QPoint turn = event->angleDelta();
+    const bool horizontal = std::abs(turn.x()) > std::abs(turn.y());
+    const int delta = horizontal ? -turn.x() : turn.y();
+    if (delta == 0)
+        return false;
+    State().keyUnused = false;
+    window.Send(
+        horizontal ? WM_MOUSEHWHEEL : WM_MOUSEWHEEL,
+        MAKEWPARAM(static_cast<int>(MouseFlags(event->buttons(), event->modifiers())), delta),
+        MAKELPARAM(at.x(), at.y()));
+    return !State().keyUnused;
+}
+
+void SendMouseLeave(Window& window) {
+    if (State().capture == nullptr)
+        window.Send(WM_MOUSELEAVE);
+}
+
+void SendFocusIn(Window& window, Qt::FocusReason reason) {
+    InputState& state = State();
+    if (state.focus == window.Handle())
+        return;
+    static_cast<void>(reason);
+    HWND handle = window.Handle();
+    if (Window* borrower = Window::Of(std::exchange(state.focus, nullptr))) {
+        // Its popup had the keys when the focus went on.
+        state.lastFocus = borrower->Handle();
+        borrower->Send(WM_KILLFOCUS, reinterpret_cast<WPARAM>(handle));
+        if (Window::Of(handle) == nullptr || state.focus != nullptr)
+            return;
+    }
+    state.focus = handle;
+    if (window.Hosted() == nullptr) {
+        const LRESULT code = window.Send(WM_GETDLGCODE);
+        if (Window::Of(handle) == nullptr)
+            return;
+        window.Widget()->setAttribute(Qt::WA_InputMethodEnabled,
+                                      (code & (DLGC_WANTCHARS | DLGC_WANTALLKEYS)) != 0);
+    }
+    HWND old = Window::Of(state.lastFocus) != nullptr ? state.lastFocus : nullptr;
+    window.Send(WM_SETFOCUS, reinterpret_cast<WPARAM>(old));
+}
+
+namespace {
+
+/// Whether a widget lies in a popup that belongs to the window: the list of its combo box, say.
+bool IsInPopupOf(const Window& window, const QWidget* widget) {
+    while (widget != nullptr && widget != window.Widget()) {
+        if (widget->isWindow() && widget->windowType() != Qt::Popup)
+            return false;
+        widget = widget->parentWidget();
+    }
+    return widget != nullptr;
+}
+
+} // namespace
+
+void SendFocusOut(Window& window, Qt::FocusReason reason) {
+    InputState& state = State();
+    Window* next = Window::Of(QApplication::focusWidget());
+    // A menu or drop-down list borrows the keys; the window keeps the focus meanwhile.
+    if (reason == Qt::PopupFocusReason || next == &window || state.focus != window.Handle() ||
+        IsInPopupOf(window, QApplication::focusWidget()))
+        return;
+    state.lastFocus = window.Handle();
+    state.focus = nullptr;
+    window.Send(WM_KILLFOCUS, reinterpret_cast<WPARAM>(next != nullptr ? next->Handle() : nullptr));
+}
+
+void ForgetWindow(Window& window) {
+    InputState& state = State();
+    HWND handle = window.Handle();
+    if (state.capture == handle)
+        ReleaseCapture();
+    for (HWND* place : {&state.focus, &state.lastFocus})
+        if (*place == handle)
+            *place = nullptr;
+}
+
+void CancelCapture() {
+    HWND capture = State().capture;
+    if (Window* window = Window::Of(capture))
+        window->Send(WM_CANCELMODE);
+    if (State().capture == capture)
+        ReleaseCapture();
+}
+
+} // namespace vnbytstr::detail
+
+using vnbytstr::detail::State;
+using vnbytstr::detail::Window;
+
+HWND GetFocus() {
+    Window* window = Window::Of(QApplication::focusWidget());
+    return window != nullptr ? window->Handle() : nullptr;
+}
+
+HWND SetFocus(HWND handle) {
+    HWND before = GetFocus();
+    Window* window = Window::Of(handle);
+    if (window != nullptr)
+        window->Widget()->setFocus(Qt::OtherFocusReason);
+    else if (QWidget* focus = QApplication::focusWidget(); focus != nullptr && handle == nullptr)
+        focus->clearFocus();
+    return before;
+}
+
+HWND GetActiveWindow() {
+    Window* window = Window::Of(QApplication::activeWindow());
+    return window != nullptr ? window->Handle() : nullptr;
+}
+
+HWND GetCapture() { return Window::Of(State().capture) != nullptr ? State().capture : nullptr; }
+
+HWND SetCapture(HWND handle) {
+    HWND before = GetCapture();
+    Window* window = Window::Of(handle);
+    if (window == nullptr || before == handle)
+        return before;
+    State().capture = handle;
+    if (Window* old = Window::Of(before))
+        old->Send(WM_CAPTURECHANGED, 0, reinterpret_cast<LPARAM>(handle));
+    // With a button down Qt sends all to one widget anyway.
+    if (Window::Of(handle) != nullptr && State().buttons == Qt::NoButton &&
+        window->Widget()->isVisible())
+        window->Widget()->grabMouse();
+    return before;
+}
+
+BOOL ReleaseCapture() {
+    HWND before = State().capture;
+    State().capture = nullptr;
+    if (QWidget* grabber = QWidget::mouseGrabber(); grabber != nullptr &&
+                                                    Window::Of(grabber) != nullptr &&
+                                                    Window::Of(grabber)->Handle() == before)
+        grabber->releaseMouse();
+    if (Window* old = Window::Of(before))
+        old->Send(WM_CAPTURECHANGED);
+    return TRUE;
+}
+
+HWND WindowFromPoint(POINT screen) {
+    Window* window = Window::Of(QApplication::widgetAt(screen.x, screen.y));
+    return window != nullptr ? window->Handle() : nullptr;
+}
+
+short GetKeyState(int key) {
+    const auto& state = State();
+    bool down = false;
+    switch (key) {
+    case VK_SHIFT:
+        down = (state.modifiers & Qt::ShiftModifier) != 0;
+        break;
+    case VK_CONTROL:
+        down = (state.modifiers & Qt::ControlModifier) != 0;
+        break;
+    case VK_MENU:
+        down = (state.modifiers & Qt::AltModifier) != 0;
+        break;
+    case VK_LBUTTON:
+        down = (state.buttons & Qt::LeftButton) != 0;
+        break;
+    case VK_RBUTTON:
+        down = (state.buttons & Qt::RightButton) != 0;
+        break;
+    case VK_MBUTTON:
+        down = (state.buttons & Qt::MiddleButton) != 0;
+        break;
+    default:
+        if (key <= 0 || key >= vnbytstr::detail::kKeys)
+            return 0;
+        down = state.down[static_cast<std::size_t>(key)];
+    }
+    const bool toggled =
+        key > 0 && key < vnbytstr::detail::kKeys && state.toggled[static_cast<std::size_t>(key)];
+    return static_cast<short>((down ? -0x8000 : 0) | (toggled ? 1 : 0));
+}
+
+DWORD GetDoubleClickTime() {
+    AfxInitWindows();
+    return static_cast<DWORD>(QGuiApplication::styleHints()->mouseDoubleClickInterval());
+}

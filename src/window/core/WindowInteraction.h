@@ -1,0 +1,22 @@
+// The Interaction of programs with windows.
+#pragma once
+
+#include "src/text/ConsoleInteraction.h"
+
+namespace vnbytstr {
+
+/// Message boxes are windows over the active one, in the language of the resources; from another
+/// thread than the main one they are shown there while the caller waits. The Help button sends
+/// WM_HELP with the message's help identifier to the window underneath and leaves the box open.
+/// Before a box opens, the window that has the mouse gets WM_CANCELMODE.
+///
+/// Without a display it is as on the console, and so is ShellExecute.
+class WindowInteraction : public ConsoleInteraction {
+public:
+    int MessageBox(const char* text, const char* caption, UINT type, UINT helpContext) override;
+};
+
+/// Makes the window version current, once, unless another one is installed.
+void InstallWindowInteraction();
+
+} // namespace vnbytstr

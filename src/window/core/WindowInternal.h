@@ -1,0 +1,203 @@
+// What stands behind an HWND: the window's record, its Qt widget, and the seam through which a
+// system class (LISTBOX, EDIT, ...) gives its windows their behaviour. Inside platform/window only.
+#pragma once
+
+#include "vnbytstr/framework/String.h"
+#include "vnbytstr/window/Messages.h"
+
+#include <QPointer>
+#include <QString>
+#include <QWidget>
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+
+class CWnd;
+class CAccessibleTable;
+class QDropEvent;
+class QDragEnterEvent;
+class QDragMoveEvent;
+class QScrollBar;
+
+namespace vnbytstr::detail {
+
+class Overlay;
+class Window;
+class WindowWidget;
+
+/// Text of the ANSI code page to Qt's and back.
+QString ToQString(std::string_view text);
+std::string FromQString(const QString& text);
+
+/// The behaviour of a system class. One object per window, made before WM_NCCREATE and ended after
+/// WM_NCDESTROY.
+class SystemControl {
+public:
+    explicit SystemControl(Window& window) : m_window(window) {}
+    virtual ~SystemControl() = default;
+    SystemControl(const SystemControl&) = delete;
+    SystemControl& operator=(const SystemControl&) = delete;
+
+    /// What the class does with a message that the window's object did not keep. Messages that the
+    /// class has nothing to say about go to Window::GenericProc. WM_CREATE is the place to make the
+    /// hosted widget (Window::Host).
+    virtual LRESULT Proc(UINT message, WPARAM wParam, LPARAM lParam) = 0;
+
+protected:
+    Window& m_window;
+};
+
+/// A class of windows.
+struct WindowClass {
+    std::string name; ///< as registered
+    WNDCLASS info{};
+    std::unique_ptr<SystemControl> (*makeControl)(Window&) = nullptr; ///< null: no system class
+};
+
+/// Makes a system class known. The system classes are registered when the first window (or
+/// GetClassInfo) needs one: see RegisterSystemClasses in Window.cpp, where each class has a line.
+void RegisterSystemClass(const char* name, UINT style,
+                         std::unique_ptr<SystemControl> (*makeControl)(Window&));
+/// As RegisterClass and UnregisterClass.
+bool AddWindowClass(const WNDCLASS& info);
+bool RemoveWindowClass(std::string_view name);
+/// Null when there is none.
+const WindowClass* FindWindowClass(std::string_view name);
+
+/// What takes drops onto a window (COleDropTarget, WM_DROPFILES).
+class DropSink {
+public:
+    virtual ~DropSink() = default;
+    virtual void DragEnter(QDragEnterEvent* event) = 0;
+    virtual void DragMove(QDragMoveEvent* event) = 0;
+    virtual void DragLeave() = 0;
+    virtual void Drop(QDropEvent* event) = 0;
+};
+
+/// One window. The pointer is its HWND. It ends with DestroyWindow, or with its widget.
+class Window {
+public:
+    /// Null when the handle names no living window.
+    static Window* Of(HWND window);
+    static Window* Of(const QWidget* widget); ///< the nearest one around the widget
+    static Window* Of(const CWnd* object);
+    /// The whole of CreateWindowEx: `object` gets the messages from the first one on. Null when the
+    /// class is unknown or WM_NCCREATE or WM_CREATE refuse. `host` is a Qt parent that is no
+    /// Window's widget, or null.
+    static Window* Create(CREATESTRUCT& create, CWnd* object, QWidget* host);
+    void Destroy();
+    ~Window(); ///< DestroyRecords alone does it
+
+    HWND Handle() { return reinterpret_cast<HWND>(this); }
+    WindowWidget* Widget() const { return m_widget; }
+    Window* Parent() const;        ///< parent, of a top-level window its owner; may be null
+    Window* ChildOf(int id) const; ///< direct child by id
+    CWnd* Object() const { return m_object; } ///< null when none is attached
+    CWnd* ObjectOrTemporary();
+    void Attach(CWnd* object) { m_object = object; }
+    const WindowClass& Class() const { return *m_class; }
+    SystemControl* Control() const { return m_control.get(); }
+
+    /// Handles a message: the object, else the class.
+    LRESULT Send(UINT message, WPARAM wParam = 0, LPARAM lParam = 0);
+    /// The class's treatment: system control, class procedure, or GenericProc.
+    LRESULT DefaultProc(UINT message, WPARAM wParam, LPARAM lParam);
+    /// The treatment common to all windows.
+    LRESULT GenericProc(UINT message, WPARAM wParam, LPARAM lParam);
+    /// Sends a notification (WM_COMMAND, WM_NOTIFY, WM_DRAWITEM, WM_CTLCOLOR..., WM_HSCROLL ...) to
+    /// the owner or parent; the parent's CWnd gives it back to this window's object first, as does
+    /// this function when the parent is no CWnd.
+    LRESULT NotifyParent(UINT message, WPARAM wParam, LPARAM lParam);
+    /// WM_COMMAND with this control's id and a notification code.
+    LRESULT NotifyCommand(int code);
+    /// The brush for WM_CTLCOLOR...; never null. The answer may set colours of the context.
+    HBRUSH AskCtlColor(UINT message, HDC dc);
+
+    /// Puts a Qt widget into the client area (it follows its size), makes it the one that gets the
+    /// focus, and routes its key, mouse, focus and input method events through messages: what
+    /// reaches DefaultProc -> GenericProc is given to the widget there and then. A compound
+    /// widget's inner ones (the line edit of a combo box) are routed with RouteEvents.
+    void Host(QWidget* inner);
+    void RouteEvents(QWidget* inner);
+    QWidget* Hosted() const { return m_hosted; }
+
+    // Geometry: the client area in widget coordinates, and x mirrored where the window is.
+    bool IsMirrored() const { return (m_exStyle & WS_EX_LAYOUTRTL) != 0; }
+    QRect ClientArea() const; ///< in widget coordinates
+    QPoint ToWidget(POINT client) const;
+    QRect ToWidget(const RECT& client) const;
+    CPoint ToClient(QPoint widget) const;
+    CRect ToClient(const QRect& widget) const;
+    CPoint GlobalToClient(QPoint global) const;
+    QPoint ClientToGlobal(POINT client) const;
+    /// Applies WM_WINDOWPOSCHANGING and moves the widget; coordinates as for SetWindowPos.
+    bool SetPos(HWND after, int x, int y, int cx, int cy, UINT flags);
+    void Show(int command);
+    /// Lays scroll bars and hosted widget out and sends WM_SIZE when the client area changed.
+    void UpdateLayout();
+    void Invalidate(const RECT* rect); ///< null: all
+    /// Gives the focus to the next (previous) window that Tab goes to; false when there is none.
+    bool FocusNext(bool next);
+
+    // Scroll bars: WS_VSCROLL and WS_HSCROLL in the style tell whether they are shown.
+    void ShowScrollBar(int bar, bool show);
+    void SetScroll(int bar, int minimum, int maximum, int page, int position, bool enabled = true);
+    QScrollBar* ScrollBar(int bar) const { return m_bars[bar == SB_VERT ? 1 : 0]; }
+
+    void SetStyles(DWORD style, DWORD exStyle);
+    void SetEnabled(bool on);
+    void ApplyFont(HFONT font, bool redraw);
+    HFONT Font() const { return m_font; }
+    QFont QtFont() const;  ///< the font set, else the application's
+    Overlay& GetOverlay(); ///< the layer for drawing outside WM_PAINT
+    Overlay* ExistingOverlay() const { return m_overlay; }
+
+    DWORD m_style = 0;
+    DWORD m_exStyle = 0;
+    UINT m_id = 0;
+    std::string m_text;
+    HWND m_owner = nullptr; ///< gets the notifications instead of the parent (SetOwner)
+    HWND m_topLevelOwner = nullptr;
+    CAccessibleTable* m_accessible = nullptr;
+    std::unique_ptr<DropSink> m_drop;
+    std::map<std::uintptr_t, int> m_timers; ///< id -> Qt's timer id
+    bool m_wantsVScroll = false;            ///< the creator's wish
+    bool m_wantsHScroll = false;
+    bool m_dialog = false; ///< Tab and the like travel inside it (CDialog sets it)
+
+private:
+    friend class WindowWidget;
+    explicit Window(const WindowClass& windowClass);
+    void DestroyRecords(bool widgetEnds);
+    void OnWidgetEnds();
+    void PlaceFirst(const CREATESTRUCT& create);
+    bool FinishCreation(CREATESTRUCT& create);
+    LRESULT DefaultWheel(UINT message, WPARAM wParam, LPARAM lParam);
+    LRESULT DefaultSetCursor(WPARAM wParam, LPARAM lParam);
+
+    const WindowClass* m_class;
+    WindowWidget* m_widget = nullptr;
+    CWnd* m_object = nullptr;
+    std::unique_ptr<CWnd> m_temporary;
+    std::unique_ptr<SystemControl> m_control;
+    QPointer<QWidget> m_hosted;
+    QScrollBar* m_bars[2] = {nullptr, nullptr};
+    QPointer<QWidget> m_overlayWidget;
+    Overlay* m_overlay = nullptr;
+    HFONT m_font = nullptr;
+    QSize m_sentSize{-1, -1};
+    bool m_destroying = false;
+    int m_wheelRest = 0;
+};
+
+/// Sees messages before they are handled: keys and the like, from `window` up
+/// (PreTranslateMessage), then the program. True: taken.
+bool PreTranslate(MSG& message, Window& window);
+/// Sends WM_CANCELMODE to the window that has the mouse, when one has (a dialog opens, another
+/// window comes up).
+void CancelCapture();
+
+} // namespace vnbytstr::detail

@@ -1,0 +1,514 @@
+// CWnd: making, placing and asking windows.
+#include "vnbytstr/window/Wnd.h"
+
+#include "src/window/core/WindowWidget.h"
+#include "src/window/draw/DeviceContext.h"
+#include "vnbytstr/window/Application.h"
+#include "vnbytstr/window/WindowFunctions.h"
+
+#include "vnbytstr/Interaction.h"
+
+#include <QApplication>
+#include <QScreen>
+#include <QScrollBar>
+
+#include <algorithm>
+#include <cstdlib>
+#include <string>
+
+using vnbytstr::detail::Window;
+using vnbytstr::detail::WindowWidget;
+
+const CWnd CWnd::wndTop;
+const CWnd CWnd::wndBottom;
+
+namespace {
+
+Window* Of(const CWnd* object) { return Window::Of(object); }
+CWnd* ObjectOf(Window* window) { return window != nullptr ? window->ObjectOrTemporary() : nullptr; }
+
+} // namespace
+
+CWnd::~CWnd() {
+    if (m_hWnd == nullptr)
+        return;
+    if (m_subclassed)
+        CWnd::DestroyWindow();
+    else if (Window* window = Of(this); window != nullptr && window->Object() == this)
+        window->Attach(nullptr);
+}
+
+HWND CWnd::GetSafeHwnd() const { return m_hWnd; }
+
+BOOL CWnd::Create(LPCTSTR className, LPCTSTR windowName, DWORD style, const RECT& rect,
+                  CWnd* parent, UINT id, void* context) {
+    return parent != nullptr &&
+           CreateEx(0, className, windowName, style | WS_CHILD, rect, parent, id, context);
+}
+
+BOOL CWnd::CreateEx(DWORD exStyle, LPCTSTR className, LPCTSTR windowName, DWORD style,
+                    const RECT& rect, CWnd* parent, UINT id, void* param) {
+    if (m_hWnd != nullptr)
+        return FALSE;
+    CREATESTRUCT create{};
+    create.lpCreateParams = param;
+    create.hMenu = reinterpret_cast<HMENU>(static_cast<std::uintptr_t>(id));
+    create.hwndParent = parent != nullptr ? parent->m_hWnd : nullptr;
+    create.x = rect.left;
+    create.y = rect.top;
+    create.cx = rect.right - rect.left;
+    create.cy = rect.bottom - rect.top;
+    create.style = style;
+    create.lpszName = windowName;
+    create.lpszClass = className;
+    create.dwExStyle = exStyle;
+    if (!PreCreateWindow(create)) {
+        PostNcDestroy();
+        return FALSE;
+    }
+    m_subclassed = TRUE;
+    return Window::Create(create, this, nullptr) != nullptr;
+}
+
+BOOL CWnd::CreateInWidget(QWidget* parent, LPCTSTR className, LPCTSTR windowName, DWORD style,
+                          const RECT& rect, UINT id) {
+    if (m_hWnd != nullptr || parent == nullptr)
+        return FALSE;
+    CREATESTRUCT create{};
+    create.hMenu = reinterpret_cast<HMENU>(static_cast<std::uintptr_t>(id));
+    create.x = rect.left;
+    create.y = rect.top;
+    create.cx = rect.right - rect.left;
+    create.cy = rect.bottom - rect.top;
+    create.style = style | WS_CHILD;
+    create.lpszName = windowName;
+    create.lpszClass = className;
+    if (!PreCreateWindow(create)) {
+        PostNcDestroy();
+        return FALSE;
+    }
+    m_subclassed = TRUE;
+    return Window::Create(create, this, parent) != nullptr;
+}
+
+BOOL CWnd::PreCreateWindow(CREATESTRUCT& /*create*/) { return TRUE; }
+
+BOOL CWnd::DestroyWindow() {
+    Window* window = Of(this);
+    if (window == nullptr)
+        return FALSE;
+    window->Destroy();
+    return TRUE;
+}
+
+void CWnd::PostNcDestroy() {}
+void CWnd::PreSubclassWindow() {}
+
+BOOL CWnd::SubclassWindow(HWND handle) {
+    if (!Attach(handle))
+        return FALSE;
+    m_subclassed = TRUE;
+    PreSubclassWindow();
+    return TRUE;
+}
+
+BOOL CWnd::SubclassDlgItem(UINT id, CWnd* parent) {
+    return parent != nullptr && SubclassWindow(::GetDlgItem(parent->m_hWnd, static_cast<int>(id)));
+}
+
+HWND CWnd::UnsubclassWindow() { return Detach(); }
+
+BOOL CWnd::Attach(HWND handle) {
+    Window* window = Window::Of(handle);
+    if (window == nullptr || window->Object() != nullptr || m_hWnd != nullptr)
+        return FALSE;
+    m_hWnd = handle;
+    window->Attach(this);
+    return TRUE;
+}
+
+HWND CWnd::Detach() {
+    HWND handle = m_hWnd;
+    if (Window* window = Of(this); window != nullptr && window->Object() == this)
+        window->Attach(nullptr);
+    m_hWnd = nullptr;
+    m_subclassed = FALSE;
+    return handle;
+}
+
+CWnd* CWnd::FromHandle(HWND handle) { return ObjectOf(Window::Of(handle)); }
+
+CWnd* CWnd::FromHandlePermanent(HWND handle) {
+    Window* window = Window::Of(handle);
+    return window != nullptr ? window->Object() : nullptr;
+}
+
+QWidget* CWnd::GetWidget() const {
+    Window* window = Of(this);
+    return window != nullptr ? window->Widget() : nullptr;
+}
+
+CWnd* CWnd::FromWidget(const QWidget* widget) { return ObjectOf(Window::Of(widget)); }
+
+LRESULT CWnd::SendMessage(UINT message, WPARAM wParam, LPARAM lParam) const {
+    return ::SendMessage(m_hWnd, message, wParam, lParam);
+}
+
+BOOL CWnd::PostMessage(UINT message, WPARAM wParam, LPARAM lParam) const {
+    return ::PostMessage(m_hWnd, message, wParam, lParam);
+}
+
+LRESULT CWnd::SendDlgItemMessage(int id, UINT message, WPARAM wParam, LPARAM lParam) const {
+    return ::SendMessage(::GetDlgItem(m_hWnd, id), message, wParam, lParam);
+}
+
+// --- place, state, order -----------------------------------------------------------------------
+
+DWORD CWnd::GetStyle() const {
+    Window* window = Of(this);
+    return window != nullptr ? window->m_style : 0;
+}
+
+DWORD CWnd::GetExStyle() const {
+    Window* window = Of(this);
+    return window != nullptr ? window->m_exStyle : 0;
+}
+
+BOOL CWnd::ModifyStyle(DWORD remove, DWORD add, UINT flags) {
+    Window* window = Of(this);
+    if (window == nullptr)
+        return FALSE;
+    const DWORD next = (window->m_style & ~remove) | add;
+    if (next == window->m_style)
+        return FALSE;
+    ::SetWindowLong(m_hWnd, GWL_STYLE, static_cast<LONG>(next));
+    if (flags != 0)
+        SetWindowPos(nullptr, 0, 0, 0, 0,
+                     flags | SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+    return TRUE;
+}
+
+BOOL CWnd::ModifyStyleEx(DWORD remove, DWORD add, UINT flags) {
+    Window* window = Of(this);
+    if (window == nullptr)
+        return FALSE;
+    const DWORD next = (window->m_exStyle & ~remove) | add;
+    if (next == window->m_exStyle)
+        return FALSE;
+    ::SetWindowLong(m_hWnd, GWL_EXSTYLE, static_cast<LONG>(next));
+    if (flags != 0)
+        SetWindowPos(nullptr, 0, 0, 0, 0,
+                     flags | SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+    return TRUE;
+}
+
+int CWnd::GetDlgCtrlID() const { return ::GetDlgCtrlID(m_hWnd); }
+
+int CWnd::SetDlgCtrlID(int id) {
+    Window* window = Of(this);
+    return window != nullptr ? static_cast<int>(std::exchange(window->m_id, static_cast<UINT>(id)))
+                             : 0;
+}
+
+void CWnd::MoveWindow(int x, int y, int width, int height, BOOL /*repaint*/) {
+    SetWindowPos(nullptr, x, y, width, height, SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+BOOL CWnd::SetWindowPos(const CWnd* after, int x, int y, int cx, int cy, UINT flags) {
+    Window* window = Of(this);
+    if (window == nullptr)
+        return FALSE;
+    HWND behind = after == &wndBottom ? reinterpret_cast<HWND>(1)
+                  : after != nullptr  ? after->m_hWnd
+                                      : nullptr;
+    return window->SetPos(behind, x, y, cx, cy, flags);
+}
+
+void CWnd::BringWindowToTop() { SetWindowPos(&wndTop, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE); }
+
+void CWnd::GetWindowRect(LPRECT rect) const { ::GetWindowRect(m_hWnd, rect); }
+void CWnd::GetClientRect(LPRECT rect) const { ::GetClientRect(m_hWnd, rect); }
+
+void CWnd::ClientToScreen(LPPOINT point) const {
+    Window* window = Of(this);
+    if (window == nullptr || point == nullptr)
+        return;
+    const QPoint global = window->ClientToGlobal(*point);
+    *point = CPoint(global.x(), global.y());
+}
+
+void CWnd::ClientToScreen(LPRECT rect) const { MapWindowPoints(nullptr, rect); }
+
+void CWnd::ScreenToClient(LPPOINT point) const {
+    Window* window = Of(this);
+    if (window != nullptr && point != nullptr)
+        *point = window->GlobalToClient(QPoint(point->x, point->y));
+}
+
+void CWnd::ScreenToClient(LPRECT rect) const {
+    Window* window = Of(this);
+    if (window == nullptr || rect == nullptr)
+        return;
+    const QPoint origin = window->Widget()->mapFromGlobal(QPoint(rect->left, rect->top));
+    *rect = window->ToClient(
+        QRect(origin.x(), origin.y(), rect->right - rect->left, rect->bottom - rect->top));
+}
+
+void CWnd::MapWindowPoints(CWnd* to, LPPOINT points, UINT count) const {
+    for (UINT i = 0; i < count && points != nullptr; ++i) {
+        ClientToScreen(&points[i]);
+        if (to != nullptr)
+            to->ScreenToClient(&points[i]);
+    }
+}
+
+void CWnd::MapWindowPoints(CWnd* to, LPRECT rect) const {
+    Window* window = Of(this);
+    if (window == nullptr || rect == nullptr)
+        return;
+    const QRect area = window->ToWidget(*rect);
+    const QPoint global = window->Widget()->mapToGlobal(area.topLeft());
+    *rect = CRect(CPoint(global.x(), global.y()), CSize(area.width(), area.height()));
+    if (to != nullptr)
+        to->ScreenToClient(rect);
+}
+
+BOOL CWnd::ShowWindow(int command) { return ::ShowWindow(m_hWnd, command); }
+
+BOOL CWnd::IsWindowVisible() const {
+    const QWidget* widget = GetWidget();
+    return widget != nullptr && widget->isVisible();
+}
+
+BOOL CWnd::IsZoomed() const {
+    const QWidget* widget = GetWidget();
+    return widget != nullptr && widget->isMaximized();
+}
+
+BOOL CWnd::IsIconic() const {
+    const QWidget* widget = GetWidget();
+    return widget != nullptr && widget->isMinimized();
+}
+
+BOOL CWnd::EnableWindow(BOOL on) { return ::EnableWindow(m_hWnd, on); }
+
+BOOL CWnd::IsWindowEnabled() const {
+    Window* window = Of(this);
+    return window != nullptr && (window->m_style & WS_DISABLED) == 0;
+}
+
+void CWnd::CenterWindow(CWnd* around) {
+    const QWidget* widget = GetWidget();
+    if (widget == nullptr)
+        return;
+    const CWnd* middle = around != nullptr ? around : GetParent();
+    CRect place;
+    const bool child = (GetStyle() & WS_CHILD) != 0;
+    if (middle != nullptr && child) {
+        middle->GetClientRect(place);
+    } else if (middle != nullptr) {
+        middle->GetWindowRect(place);
+    } else if (const QScreen* screen = widget->screen()) {
+        const QRect area = screen->availableGeometry();
+        place = CRect(CPoint(area.x(), area.y()), CSize(area.width(), area.height()));
+    }
+    SetWindowPos(nullptr, place.left + (place.Width() - widget->width()) / 2,
+                 place.top + (place.Height() - widget->height()) / 2, 0, 0,
+                 SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+BOOL CWnd::SetScrollInfo(int bar, const SCROLLINFO* info, BOOL /*redraw*/) {
+    Window* window = Of(this);
+    if (window == nullptr || info == nullptr)
+        return FALSE;
+    SCROLLINFO now{};
+    window->ShowScrollBar(bar, true);
+    GetScrollInfo(bar, &now);
+    if ((info->fMask & SIF_RANGE) != 0) {
+        now.nMin = info->nMin;
+        now.nMax = info->nMax;
+    }
+    if ((info->fMask & SIF_PAGE) != 0)
+        now.nPage = info->nPage;
+    if ((info->fMask & SIF_POS) != 0)
+        now.nPos = info->nPos;
+    const int page = static_cast<int>(std::min<UINT>(now.nPage, 0x7FFFFFFF));
+    window->SetScroll(bar, now.nMin, now.nMax, page, now.nPos);
+    window->ShowScrollBar(bar, now.nMax - now.nMin >= std::max(page, 1));
+    return TRUE;
+}
+
+BOOL CWnd::GetScrollInfo(int bar, SCROLLINFO* info, UINT /*mask*/) const {
+    Window* window = Of(this);
+    const QScrollBar* widget = window != nullptr ? window->ScrollBar(bar) : nullptr;
+    if (widget == nullptr || info == nullptr)
+        return FALSE;
+    info->nMin = widget->minimum();
+    info->nMax = widget->maximum() + widget->pageStep() - 1;
+    info->nPage = static_cast<UINT>(widget->pageStep());
+    info->nPos = widget->value();
+    info->nTrackPos = widget->sliderPosition();
+    return TRUE;
+}
+
+int CWnd::SetScrollPos(int bar, int position, BOOL redraw) {
+    const int before = GetScrollPos(bar);
+    SCROLLINFO info{};
+    info.fMask = SIF_POS;
+    info.nPos = position;
+    SetScrollInfo(bar, &info, redraw);
+    return before;
+}
+
+int CWnd::GetScrollPos(int bar) const {
+    SCROLLINFO info{};
+    return GetScrollInfo(bar, &info) ? info.nPos : 0;
+}
+
+void CWnd::SetScrollRange(int bar, int minimum, int maximum, BOOL redraw) {
+    SCROLLINFO info{};
+    info.fMask = SIF_RANGE;
+    info.nMin = minimum;
+    info.nMax = maximum;
+    SetScrollInfo(bar, &info, redraw);
+}
+
+// --- text and font -----------------------------------------------------------------------------
+
+void CWnd::SetWindowText(LPCTSTR text) {
+    SendMessage(WM_SETTEXT, 0, reinterpret_cast<LPARAM>(text != nullptr ? text : ""));
+}
+
+int CWnd::GetWindowText(LPTSTR buffer, int size) const {
+    if (buffer == nullptr || size <= 0)
+        return 0;
+    buffer[0] = '\0';
+    return static_cast<int>(
+        SendMessage(WM_GETTEXT, static_cast<WPARAM>(size), reinterpret_cast<LPARAM>(buffer)));
+}
+
+void CWnd::GetWindowText(CString& text) const {
+    const int length = GetWindowTextLength();
+    char* buffer = text.GetBuffer(length);
+    const int copied = GetWindowText(buffer, length + 1);
+    text.ReleaseBuffer(copied);
+}
+
+int CWnd::GetWindowTextLength() const { return static_cast<int>(SendMessage(WM_GETTEXTLENGTH)); }
+
+void CWnd::SetFont(CFont* font, BOOL redraw) {
+    SendMessage(WM_SETFONT, reinterpret_cast<WPARAM>(font != nullptr ? font->m_hObject : nullptr),
+                redraw != 0 ? 1 : 0);
+}
+
+CFont* CWnd::GetFont() const {
+    return CFont::FromHandle(reinterpret_cast<HFONT>(SendMessage(WM_GETFONT)));
+}
+
+// --- painting ----------------------------------------------------------------------------------
+
+void CWnd::Invalidate(BOOL erase) { ::InvalidateRect(m_hWnd, nullptr, erase); }
+void CWnd::InvalidateRect(LPCRECT rect, BOOL erase) { ::InvalidateRect(m_hWnd, rect, erase); }
+void CWnd::ValidateRect(LPCRECT /*rect*/) {
+    // Qt repaints what it has noted; to paint a place once more does no harm.
+}
+
+void CWnd::UpdateWindow() {
+    // A repaint with an empty region handles what is noted for the window.
+    QWidget* widget = GetWidget();
+    if (widget != nullptr && widget->isVisible())
+        QCoreApplication::sendPostedEvents(widget->window(), QEvent::UpdateRequest);
+}
+
+BOOL CWnd::RedrawWindow(LPCRECT rect, UINT flags) {
+    if ((flags & RDW_INVALIDATE) != 0) {
+        InvalidateRect(rect);
+        if ((flags & RDW_ALLCHILDREN) != 0 && GetWidget() != nullptr)
+            for (WindowWidget* child : GetWidget()->findChildren<WindowWidget*>())
+                child->update();
+    }
+    if ((flags & RDW_UPDATENOW) != 0)
+        UpdateWindow();
+    return m_hWnd != nullptr;
+}
+
+void CWnd::SetRedraw(BOOL on) { SendMessage(WM_SETREDRAW, on != 0 ? 1 : 0); }
+
+BOOL CWnd::GetUpdateRect(LPRECT rect) const {
+    Window* window = Of(this);
+    if (rect != nullptr)
+        *rect = RECT{};
+    if (window == nullptr || window->Widget()->Session() == nullptr)
+        return FALSE;
+    if (rect != nullptr)
+        *rect = window->ToClient(window->Widget()->Session()->region.boundingRect());
+    return TRUE;
+}
+
+CDC* CWnd::GetDC() { return new CClientDC(this); }
+CDC* CWnd::GetWindowDC() { return new CWindowDC(this); }
+
+int CWnd::ReleaseDC(CDC* dc) {
+    const std::unique_ptr<CDC> owner(dc);
+    return dc != nullptr ? 1 : 0;
+}
+
+// --- focus, mouse, time ------------------------------------------------------------------------
+
+CWnd* CWnd::GetFocus() { return FromHandle(::GetFocus()); }
+CWnd* CWnd::SetFocus() { return m_hWnd != nullptr ? FromHandle(::SetFocus(m_hWnd)) : nullptr; }
+CWnd* CWnd::GetActiveWindow() { return FromHandle(::GetActiveWindow()); }
+
+CWnd* CWnd::SetActiveWindow() {
+    CWnd* before = GetActiveWindow();
+    if (QWidget* widget = GetWidget())
+        widget->window()->activateWindow();
+    return before;
+}
+
+BOOL CWnd::SetForegroundWindow() {
+    QWidget* widget = GetWidget();
+    if (widget == nullptr)
+        return FALSE;
+    widget->window()->raise();
+    widget->window()->activateWindow();
+    return TRUE;
+}
+
+CWnd* CWnd::GetCapture() { return FromHandle(::GetCapture()); }
+CWnd* CWnd::SetCapture() { return FromHandle(::SetCapture(m_hWnd)); }
+
+std::uintptr_t CWnd::SetTimer(std::uintptr_t id, UINT milliseconds, void* /*function*/) {
+    Window* window = Of(this);
+    if (window == nullptr)
+        return 0;
+    KillTimer(id);
+    const int shortest = std::max(static_cast<int>(std::min<UINT>(milliseconds, 0x7FFFFFFF)), 1);
+    window->m_timers[id] = window->Widget()->startTimer(shortest);
+    return id != 0 ? id : 1;
+}
+
+BOOL CWnd::KillTimer(std::uintptr_t id) {
+    Window* window = Of(this);
+    if (window == nullptr)
+        return FALSE;
+    const auto found = window->m_timers.find(id);
+    if (found == window->m_timers.end())
+        return FALSE;
+    window->Widget()->killTimer(found->second);
+    window->m_timers.erase(found);
+    return TRUE;
+}
+
+int CWnd::MessageBox(LPCTSTR text, LPCTSTR caption, UINT type) {
+    return vnbytstr::Interaction::Current().MessageBox(text, caption, type, 0);
+}
+
+void CWnd::DragAcceptFiles(BOOL accept) {
+    ModifyStyleEx(accept ? 0 : WS_EX_ACCEPTFILES, accept ? WS_EX_ACCEPTFILES : 0);
+}
+
+void CWnd::SetAccessibleTable(CAccessibleTable* table) {
+    if (Window* window = Of(this))
+        window->m_accessible = table;
+}

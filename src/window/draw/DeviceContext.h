@@ -1,0 +1,101 @@
+// What stands behind an HDC.
+#pragma once
+
+#include "src/window/core/WindowInternal.h"
+#include "vnbytstr/window/DC.h"
+
+#include <QPainter>
+#include <QRegion>
+
+#include <memory>
+#include <vector>
+
+namespace vnbytstr::detail {
+
+class DeviceContext {
+public:
+    enum class Kind {
+        Paint,  ///< on the window, inside its paint event
+        Layer,  ///< on the layer over the window
+        Measure ///< nowhere
+    };
+
+    /// Everything SaveDC keeps.
+    struct State {
+        HPEN pen = nullptr;
+        HBRUSH brush = nullptr;
+        HFONT font = nullptr;
+        COLORREF textColor = 0;
+        COLORREF bkColor = 0xFFFFFF;
+        int bkMode = OPAQUE;
+        UINT align = 0;
+        int rop = R2_COPYPEN;
+        CPoint current;
+        bool clipped = false;
+        QRegion clip; ///< in widget coordinates
+    };
+
+    DeviceContext(Kind kind, Window* window, QPainter* painter, bool wholeWindow = false);
+    ~DeviceContext();
+    DeviceContext(const DeviceContext&) = delete;
+    DeviceContext& operator=(const DeviceContext&) = delete;
+
+    static DeviceContext* Of(HDC dc) { return reinterpret_cast<DeviceContext*>(dc); }
+    HDC Handle() { return reinterpret_cast<HDC>(this); }
+
+    Window* GetWindow() const { return Window::Of(m_window); }
+    QRect ToDevice(const RECT& rect) const;
+    QPoint ToDevice(POINT point) const;
+    CRect FromDevice(const QRect& rect) const;
+    bool IsMirrored() const { return m_mirrorEdge >= 0; }
+    bool IsRtlReading() const { return m_rtlReading; }
+
+    /// Calls `draw(QPainter&)` with the clipping set, unless there is nowhere to draw.
+    template <class Draw>
+    void Paint(const QRect& bounds, Draw&& draw);
+    void Invert(const QRegion& region);
+    /// Room that is drawn to: clipping, and the region being painted.
+    QRect Bounds() const;
+
+    QColor PenColor() const;
+    bool HasPen() const;
+
+    Kind kind;
+    State state;
+    std::vector<State> saved;
+    std::unique_ptr<CDC> object; ///< what CDC::FromHandle gives out
+
+private:
+    void PaintLayer(const QRect& bounds, void (*call)(void*, QPainter&), void* context);
+
+    HWND m_window = nullptr;
+    QPainter* m_painter;
+    QPoint m_origin;
+    int m_mirrorEdge = -1; ///< the right edge of the area in device coordinates; -1: not mirrored
+    QRect m_area;
+    bool m_rtlReading = false;
+    bool m_clipApplied = false;
+};
+
+template <class Draw>
+void DeviceContext::Paint(const QRect& bounds, Draw&& draw) {
+    if (kind == Kind::Paint && m_painter != nullptr) {
+        if (state.clipped)
+            m_painter->setClipRegion(state.clip);
+        else if (m_clipApplied)
+            m_painter->setClipRect(m_area);
+        m_clipApplied = state.clipped;
+        draw(*m_painter);
+    } else if (kind == Kind::Layer) {
+        auto call = [](void* context, QPainter& painter) {
+            (*static_cast<std::remove_reference_t<Draw>*>(context))(painter);
+        };
+        PaintLayer(bounds, call, &draw);
+    }
+}
+
+/// Painting of a window goes on: what CPaintDC draws with. One at a time per window.
+HDC BeginWindowPaint(Window& window, bool& erase, RECT& paint);
+void EndWindowPaint(HDC dc);
+
+} // namespace vnbytstr::detail

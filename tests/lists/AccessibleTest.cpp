@@ -1,0 +1,89 @@
+// What screen readers are told.
+#include "tests/lists/ListFixture.h"
+
+#include "vnbytstr/Language.h"
+#include "vnbytstr/framework/Module.h"
+
+#include <QAccessible>
+#include <QAccessibleInterface>
+
+namespace vnbytstr::test {
+namespace {
+
+class AccessibleList : public ListFixture {
+protected:
+    QAccessibleTableInterface* Table() {
+        QAccessibleInterface* root = QAccessible::queryAccessibleInterface(Widget());
+        return root != nullptr ? Find(root) : nullptr;
+    }
+    static QAccessibleTableInterface* Find(QAccessibleInterface* node) {
+        if (node->tableInterface() != nullptr)
+            return node->tableInterface();
+        for (int i = 0; i < node->childCount(); ++i)
+            if (QAccessibleInterface* child = node->child(i); child != nullptr)
+                if (QAccessibleTableInterface* table = Find(child); table != nullptr)
+                    return table;
+        return nullptr;
+    }
+};
+
+TEST_F(AccessibleList, TellsRowsColumnsAndTexts) {
+    QAccessibleTableInterface* table = Table();
+    ASSERT_NE(table, nullptr);
+    EXPECT_EQ(table->rowCount(), 5);
+    EXPECT_EQ(table->columnCount(), 3);
+    EXPECT_EQ(table->columnDescription(1).toStdString(), "City");
+    for (int row = 0; row < 5; ++row)
+        for (int column = 0; column < 3; ++column) {
+            QAccessibleInterface* cell = table->cellAt(row, column);
+            ASSERT_NE(cell, nullptr);
+            EXPECT_EQ(cell->text(QAccessible::Name).toStdString(), kRows[row][column]);
+        }
+    list->SetEditDataType(0, 404);
+    list->UpdateStringItem(0, 1, "shown");
+    EXPECT_EQ(table->cellAt(0, 1)->text(QAccessible::Name).toStdString(), "shown");
+}
+
+TEST_F(AccessibleList, TellsAndChangesTheSelection) {
+    QAccessibleTableInterface* table = Table();
+    ASSERT_NE(table, nullptr);
+    list->SetOnlySel(3);
+    EXPECT_EQ(table->selectedRows(), QList<int>{3});
+    EXPECT_TRUE(table->isRowSelected(3));
+    EXPECT_FALSE(table->isRowSelected(2));
+    EXPECT_TRUE(table->selectRow(1));
+    EXPECT_EQ(list->GetFirstSel(), 1);
+}
+
+TEST_F(AccessibleList, CellsHaveTheirPlaces) {
+    QAccessibleTableInterface* table = Table();
+    ASSERT_NE(table, nullptr);
+    POINT origin{0, 0};
+    list->ClientToScreen(&origin);
+    const QRect place = table->cellAt(2, 1)->rect();
+    EXPECT_EQ(place, QRect(origin.x + 100, origin.y + 2 * RowHeight(), 100, RowHeight()));
+}
+
+TEST_F(AccessibleList, HeadingsTellTheSortInTheUsersLanguage) {
+    QAccessibleInterface* root = QAccessible::queryAccessibleInterface(Widget());
+    ASSERT_NE(root, nullptr);
+    const auto said = [&] {
+        std::vector<std::string> texts;
+        for (int column = 0; column < 3; ++column)
+            texts.push_back(root->child(column)->text(QAccessible::Description).toStdString());
+        return texts;
+    };
+    EXPECT_EQ(said(), (std::vector<std::string>{"", "", ""}));
+    list->Sort(1);
+    EXPECT_EQ(said(), (std::vector<std::string>{"", "sorted ascending", ""}));
+    const HINSTANCE before = AfxGetResourceHandle();
+    ::setenv("LC_ALL", "de_DE.UTF-8", 1);
+    EXPECT_NE(LoadResourceDLL("vnurc"), nullptr);
+    ::unsetenv("LC_ALL");
+    list->Sort(1);
+    EXPECT_EQ(said(), (std::vector<std::string>{"", "absteigend sortiert", ""}));
+    AfxSetResourceHandle(before);
+}
+
+} // namespace
+} // namespace vnbytstr::test

@@ -1,0 +1,53 @@
+// The arithmetic of the memory load, on texts as kernels write them.
+#include "src/os/MemoryLoad.h"
+
+#include <gtest/gtest.h>
+
+namespace vnbytstr {
+namespace {
+
+TEST(MemoryLoad, OfTheMachine) {
+    EXPECT_EQ(MemoryLoadFromMeminfo("MemTotal:       1000 kB\nMemFree:         100 kB\n"
+                                    "MemAvailable:    250 kB\n"),
+              75u);
+    EXPECT_EQ(MemoryLoadFromMeminfo("MemTotal: 1000 kB\nMemAvailable: 1000 kB\n"), 0u);
+    EXPECT_EQ(MemoryLoadFromMeminfo("MemTotal: 1000 kB\nMemAvailable: 2000 kB\n"), 0u);
+    EXPECT_EQ(MemoryLoadFromMeminfo(""), 0u);
+}
+
+TEST(MemoryLoad, OfAControlGroup) {
+    const char* stat = "anon 400\nfile 300\ninactive_file 100\nactive_file 50\n";
+    EXPECT_EQ(MemoryLoadFromGroup("1000\n", "700\n", stat), 55u); // file cache is given up first
+    EXPECT_EQ(MemoryLoadFromGroup("1000\n", "5000\n", stat), 100u);
+    EXPECT_EQ(MemoryLoadFromGroup("1000\n", "100\n", stat), 0u);
+    EXPECT_EQ(MemoryLoadFromGroup("max\n", "700\n", stat), 0u);
+    EXPECT_EQ(MemoryLoadFromGroup("9223372036854771712\n", "700\n", stat),
+              0u); // version 1's "none"
+    EXPECT_EQ(MemoryLoadFromGroup("1000", "700",
+                                  "active_file 0\ninactive_file 0\ntotal_active_file 100\n"
+                                  "total_inactive_file 100\n"),
+              50u);
+}
+
+TEST(MemoryLoad, FindsTheGroupsOfAProcess) {
+    const ControlGroupFolders two = ControlGroupFoldersOf("0::/user.slice/a.scope\n");
+    EXPECT_TRUE(two.isVersion2);
+    EXPECT_EQ(two.folders,
+              (std::vector<std::string>{"/sys/fs/cgroup/user.slice/a.scope",
+                                        "/sys/fs/cgroup/user.slice", "/sys/fs/cgroup"}));
+    const ControlGroupFolders one =
+        ControlGroupFoldersOf("5:cpu,cpuacct:/x\n4:memory:/docker/1\n0::/\n");
+    EXPECT_FALSE(one.isVersion2);
+    EXPECT_EQ(one.folders.front(), "/sys/fs/cgroup/memory/docker/1");
+    EXPECT_EQ(ControlGroupFoldersOf("rubbish").folders, std::vector<std::string>{"/sys/fs/cgroup"});
+}
+
+TEST(MemoryLoad, IsReadOncePerTick) {
+    MemoryLoadReader reader;
+    const DWORD load = reader.Load(1);
+    EXPECT_LE(load, 100u);
+    EXPECT_EQ(reader.Load(1), load);
+}
+
+} // namespace
+} // namespace vnbytstr

@@ -1,0 +1,382 @@
+#include "src/resources/PeResources.h"
+#include "tests/support/PeFile.h"
+
+#include <functional>
+#include <gtest/gtest.h>
+#include <random>
+
+using vnbytstr::detail::PeResources;
+using vnbytstr::test::MakePeFile;
+using vnbytstr::test::PeContent;
+using vnbytstr::test::PeFile;
+
+namespace {
+
+PeContent Content(bool is64Bit = true) {
+    PeContent content;
+    content.strings = {{1, u"one"},
+                       {15, u"fifteen"},
+                       {16, u"\u05D0\u65E5\U0001F600"},
+                       {34588, u"<BLOB>"},
+                       {65535, u"last"}};
+    content.language = 0x40D;
+    content.is64Bit = is64Bit;
+    content.fileDescription = u"\u200E\u200Edescription";
+    return content;
+}
+
+TEST(PeResources, ReadsBothKindsOfFiles) {
+    for (const bool is64Bit : {true, false}) {
+        PeContent content = Content(is64Bit);
+        PeResources resources;
+        ASSERT_TRUE(resources.Parse(MakePeFile(content).bytes));
+        std::map<UINT, std::u16string> read;
+        for (const UINT id : resources.GetStringIds())
+            ASSERT_TRUE(resources.FindString(id, read[id]));
+        EXPECT_EQ(read, content.strings);
+        EXPECT_EQ(resources.GetLanguage(), 0x40D);
+        EXPECT_EQ(resources.GetFileDescription(), content.fileDescription);
+        std::u16string text = u"as it was";
+        EXPECT_FALSE(resources.FindString(2, text));   // an empty one
+        EXPECT_FALSE(resources.FindString(700, text)); // no table
+        EXPECT_FALSE(resources.FindString(34588 + 65536, text));
+        EXPECT_EQ(text, u"as it was");
+    }
+}
+
+TEST(PeResources, TakesFilesThatHaveLess) {
+    PeResources resources;
+    PeFile none = MakePeFile({});
+    none.SetDWord(none.resourceEntry, 0);
+    EXPECT_TRUE(resources.Parse(none.bytes));
+    EXPECT_TRUE(resources.GetStringIds().empty());
+
+    PeContent versionOnly;
+    versionOnly.fileDescription = u"x";
+    versionOnly.language = 0x411;
+    EXPECT_TRUE(resources.Parse(MakePeFile(versionOnly).bytes));
+    EXPECT_EQ(resources.GetLanguage(), 0x411);
+
+    // A table that ends after its last string.
+    PeContent content;
+    content.strings = {{0, u"ab"}};
+    PeFile file = MakePeFile(content);
+    file.SetDWord(file.dataEntry + 4, 6);
+    EXPECT_TRUE(resources.Parse(file.bytes));
+    EXPECT_EQ(resources.GetStringIds(), std::vector<UINT>{0});
+
+    // Version information that makes no sense does not spoil the strings.
+    PeFile version = MakePeFile(Content());
+    for (const WORD length : std::initializer_list<WORD>{0, 5, 7, 0x7FFF, 0xFFFF}) {
+        const std::size_t block = version.Text().rfind(std::string("V\0S\0_\0", 6)) - 6;
+        version.SetWord(block, length);
+        EXPECT_TRUE(resources.Parse(version.bytes));
+        EXPECT_FALSE(resources.GetStringIds().empty());
+        EXPECT_TRUE(resources.GetFileDescription().empty()) << length;
+    }
+}
+
+struct Damage {
+    const char* what;
+    std::function<void(PeFile&)> apply;
+};
+
+std::function<void(PeFile&)> Cut(std::size_t PeFile::*part, std::ptrdiff_t offset) {
+    return [=](PeFile& file) {
+        file.bytes.resize(
+            static_cast<std::size_t>(static_cast<std::ptrdiff_t>(file.*part) + offset));
+    };
+}
+
+std::function<void(PeFile&)> Word(std::size_t PeFile::*part, std::size_t offset, unsigned value) {
+    return [=](PeFile& file) { file.SetWord(file.*part + offset, static_cast<WORD>(value)); };
+}
+
+std::function<void(PeFile&)> DWord(std::size_t PeFile::*part, std::size_t offset, DWORD value) {
+    return [=](PeFile& file) { file.SetDWord(file.*part + offset, value); };
+}
+
+const std::vector<Damage> kDamages = {
+    {"empty", [](PeFile& file) { file.bytes.clear(); }},
+    {"one byte", [](PeFile& file) { file.bytes.resize(1); }},
+    {"cut in the first header", [](PeFile& file) { file.bytes.resize(63); }},
+    {"cut before the file header", Cut(&PeFile::header, 0)},
+    {"cut in the signature", Cut(&PeFile::header, 3)},
+    {"cut in the file header", Cut(&PeFile::header, 23)},
+    {"cut before the optional header", Cut(&PeFile::optional, 0)},
+    {"cut in the optional header", Cut(&PeFile::optional, 100)},
+    {"cut before the resource entry", Cut(&PeFile::resourceEntry, 0)},
+    {"cut before the section table", Cut(&PeFile::sections, 0)},
+    {"cut in the section table", Cut(&PeFile::sections, 39)},
+    {"cut before the section", Cut(&PeFile::resources, 0)},
+    {"cut in the root directory", Cut(&PeFile::resources, 15)},
+    {"cut in the root's entries", Cut(&PeFile::resources, 20)},
+    {"cut in a type", Cut(&PeFile::typeDirectory, 8)},
+    {"cut in a name", Cut(&PeFile::nameDirectory, 17)},
+    {"cut in a data entry", Cut(&PeFile::dataEntry, 7)},
+    {"cut in a string", Cut(&PeFile::data, 3)},
+    {"cut before the last byte", [](PeFile& file) { file.bytes.pop_back(); }},
+    {"not MZ", [](PeFile& file) { file.bytes[1] = 'z'; }},
+    {"not PE", Word(&PeFile::header, 0, 0x4D5A)},
+    {"file header past the end", [](PeFile& file) { file.SetDWord(0x3C, 0x7FFFFFFF); }},
+    {"file header at the very end", [](PeFile& file) { file.SetDWord(0x3C, 0xFFFFFFFF); }},
+    {"file header in its own field", [](PeFile& file) { file.SetDWord(0x3C, 0x3C); }},
+    {"unknown kind of optional header", Word(&PeFile::optional, 0, 0x107)},
+    {"no optional header", Word(&PeFile::header, 20, 0)},
+    {"optional header of an odd length", Word(&PeFile::header, 20, 111)},
+    {"optional header without the entry", Word(&PeFile::header, 20, 112 + 17)},
+    {"optional header past the end", Word(&PeFile::header, 20, 0xFFFF)},
+    {"too many sections", Word(&PeFile::header, 6, 97)},
+    {"most sections", Word(&PeFile::header, 6, 0xFFFF)},
+    {"no section", Word(&PeFile::header, 6, 0)},
+    {"resources before the section", DWord(&PeFile::resourceEntry, 0, 0xFFF)},
+    {"resources past the section", DWord(&PeFile::resourceEntry, 0, 0x10001000)},
+    {"resources at the last address", DWord(&PeFile::resourceEntry, 0, 0xFFFFFFFF)},
+    {"section past the end", DWord(&PeFile::sections, 20, 0x10000000)},
+    {"section whose end overflows", DWord(&PeFile::sections, 20, 0xFFFFFFFF)},
+    {"section longer than the file", DWord(&PeFile::sections, 16, 0xFFFFFFFF)},
+    {"section of no length", DWord(&PeFile::sections, 16, 0)},
+    {"section of too small a memory", DWord(&PeFile::sections, 8, 20)},
+    {"section at the last address", DWord(&PeFile::sections, 12, 0xFFFFFFFF)},
+    {"most named entries", Word(&PeFile::resources, 12, 0xFFFF)},
+    {"most numbered entries", Word(&PeFile::resources, 14, 0xFFFF)},
+    {"most entries of a type", Word(&PeFile::typeDirectory, 14, 0xFFFF)},
+    {"the root is its own type", DWord(&PeFile::resources, 20, 0x80000000)},
+    {"a type is its own name",
+     [](PeFile& file) {
+         file.SetDWord(file.typeDirectory + 20,
+                       0x80000000 | static_cast<DWORD>(file.typeDirectory - file.resources));
+     }},
+    {"a name leads back to the root", DWord(&PeFile::typeDirectory, 20, 0x80000000)},
+    {"a language leads back to the root", DWord(&PeFile::nameDirectory, 20, 0x80000000)},
+    {"two names share a directory",
+     [](PeFile& file) {
+         file.SetDWord(file.typeDirectory + 28,
+                       0x80000000 | static_cast<DWORD>(file.nameDirectory - file.resources));
+     }},
+    {"a directory past the end", DWord(&PeFile::resources, 20, 0xFFFFFFFF)},
+    {"a directory in the last bytes",
+     [](PeFile& file) {
+         file.SetDWord(file.resources + 20,
+                       0x80000000 | static_cast<DWORD>(file.bytes.size() - file.resources - 8));
+     }},
+    {"a fourth level",
+     [](PeFile& file) {
+         file.SetDWord(file.nameDirectory + 20,
+                       0x80000000 | static_cast<DWORD>(file.data - file.resources));
+     }},
+    {"data in the place of types", DWord(&PeFile::resources, 20, 0x40)},
+    {"data in the place of names", DWord(&PeFile::typeDirectory, 20, 0x40)},
+    {"a data entry past the end", DWord(&PeFile::nameDirectory, 20, 0x7FFFFFF0)},
+    {"data before the section", DWord(&PeFile::dataEntry, 0, 0xFFE)},
+    {"data past the section", DWord(&PeFile::dataEntry, 0, 0xFFFFFFFE)},
+    {"data of too great a length", DWord(&PeFile::dataEntry, 4, 0x7FFFFFFF)},
+    {"data whose end overflows", DWord(&PeFile::dataEntry, 4, 0xFFFFFFFE)},
+    {"a table of an odd length", DWord(&PeFile::dataEntry, 4, 37)},
+    {"a table that ends in a string", DWord(&PeFile::dataEntry, 4, 6)},
+    {"a string that is too long", Word(&PeFile::data, 2, 0xFFFF)},
+    {"table 0", DWord(&PeFile::typeDirectory, 16, 0)},
+    {"table 4097", DWord(&PeFile::typeDirectory, 16, 4097)},
+    {"a table with a name", DWord(&PeFile::typeDirectory, 16, 0x80000000)},
+    {"a name past the end", DWord(&PeFile::typeDirectory, 16, 0xFFFFFFFF)},
+};
+
+TEST(PeResources, RefusesDamagedFiles) {
+    for (const Damage& damage : kDamages) {
+        PeFile file = MakePeFile(Content());
+        damage.apply(file);
+        PeResources resources;
+        EXPECT_FALSE(resources.Parse(file.bytes)) << damage.what;
+        EXPECT_TRUE(resources.GetStringIds().empty()) << damage.what;
+    }
+}
+
+TEST(PeResources, RefusesATreeThatIsTooWide) {
+    // A directory of 65536 empty directories, all different, would be within the file.
+    PeFile file = MakePeFile(Content());
+    const std::size_t root = file.resources;
+    file.bytes.resize(root);
+    file.bytes.resize(root + 16 + 65535 * 8 + 65536 * 16);
+    file.SetWord(root + 12, 1);
+    file.SetWord(root + 14, 0xFFFE);
+    for (DWORD i = 0; i < 0xFFFF; ++i)
+        file.SetDWord(root + 16 + 8 * i + 4, 0x80000000u | (16 + 65535 * 8 + 16 * i));
+    const auto length = static_cast<DWORD>(file.bytes.size() - root);
+    file.SetDWord(file.sections + 8, length);
+    file.SetDWord(file.sections + 16, length);
+    PeResources resources;
+    EXPECT_TRUE(resources.Parse(file.bytes));
+    // One more entry, in one of them, is one too many for all of them together.
+    file.SetWord(root + 16 + 65535 * 8 + 14, 2);
+    EXPECT_FALSE(resources.Parse(file.bytes));
+}
+
+// Whatever the bytes are, what is read lies within them (the sanitizers look) and every string that
+// is listed is there.
+TEST(PeResources, SurvivesAnyBytes) {
+    const PeFile good = MakePeFile(Content(false));
+    const auto check = [](std::vector<BYTE> bytes) {
+        PeResources resources;
+        if (!resources.Parse(std::move(bytes)))
+            return;
+        std::u16string text;
+        for (const UINT id : resources.GetStringIds())
+            ASSERT_TRUE(resources.FindString(id, text));
+    };
+    for (std::size_t length = 0; length < good.bytes.size(); ++length)
+        check({good.bytes.begin(), good.bytes.begin() + static_cast<std::ptrdiff_t>(length)});
+    std::mt19937 random(1);
+    for (int round = 0; round < 20000; ++round) {
+        std::vector<BYTE> bytes = good.bytes;
+        for (unsigned changes = 1 + random() % 4; changes > 0; --changes)
+            bytes[random() % bytes.size()] = static_cast<BYTE>(random() % 3 ? random() : 0xFF);
+        check(std::move(bytes));
+    }
+}
+
+// --- files put together by hand, with sound bytes where a broken length leads ------------------
+
+std::string Words(std::initializer_list<unsigned> words) {
+    std::string bytes;
+    for (const unsigned word : words) {
+        bytes += static_cast<char>(word);
+        bytes += static_cast<char>(word >> 8);
+    }
+    return bytes;
+}
+std::string DWords(std::initializer_list<DWORD> dwords) {
+    std::string bytes;
+    for (const DWORD dword : dwords)
+        bytes += Words({dword & 0xFFFF, dword >> 16});
+    return bytes;
+}
+std::string Zeros(std::size_t count) { return std::string(count, '\0'); }
+
+constexpr DWORD kSub = 0x80000000, kAddress = 0x1000;
+
+/// A resource directory of numbered entries, each with an offset.
+std::string Directory(std::initializer_list<std::pair<DWORD, DWORD>> entries) {
+    std::string bytes = Zeros(12) + Words({0, static_cast<unsigned>(entries.size())});
+    for (const auto& [name, offset] : entries)
+        bytes += DWords({name, offset});
+    return bytes;
+}
+
+struct Image {
+    std::string resources; ///< the first section
+    std::string behind{};  ///< bytes of the file after it
+    unsigned sections = 1, optionalLength = 240;
+    DWORD virtualLength = 0;
+    std::string sectionName = ".rsrc...";
+
+    bool IsTaken(PeResources& result) const {
+        constexpr DWORD kOffset = 0x2000;
+        std::string file = "MZ" + Zeros(58) + DWords({0x40, 0x4550}) + Words({0x8664, sections});
+        file += Zeros(12) + Words({optionalLength, 0x2102}) + Words({0x20B}) + Zeros(106) +
+                DWords({16}) + Zeros(16) + DWords({kAddress}) + Zeros(256);
+        file.resize(0x40 + 24 + optionalLength);
+        const auto size = static_cast<DWORD>(resources.size());
+        file += sectionName + DWords({virtualLength, kAddress, size, kOffset}) + Zeros(16);
+        file.resize(kOffset);
+        file += resources + behind;
+        return result.Parse({file.begin(), file.end()});
+    }
+};
+
+/// One table of strings, its data entry with that length.
+std::string Strings(const std::string& data, std::size_t length) {
+    return Directory({{6, kSub | 24}}) + Directory({{1, kSub | 48}}) + Directory({{0, 72}}) +
+           DWords({kAddress + 88, static_cast<DWORD>(length), 0, 0}) + data;
+}
+
+TEST(PeResources, LengthsEndWhereTheyShould) {
+    PeResources resources;
+    const std::string table = Words({2, 'a', 'b'});
+    std::u16string text;
+    Image good{.resources = Strings(table, table.size()), .behind = Zeros(64)};
+    ASSERT_TRUE(good.IsTaken(resources));
+    EXPECT_TRUE(resources.FindString(0, text));
+    EXPECT_EQ(text, u"ab");
+    // Data that begin in the section and end behind it.
+    Image longer{.resources = Strings(table, table.size() + 2), .behind = Zeros(64)};
+    EXPECT_FALSE(longer.IsTaken(resources));
+    // A string of one unit more than its table.
+    Image string{.resources = Strings(table, table.size() - 2)};
+    EXPECT_FALSE(string.IsTaken(resources));
+    // A directory of two entries, of which the section holds one and the file both.
+    Image directory{.resources = Directory({{6, kSub | 24}}) + Directory({{1, kSub | 70}}) +
+                                 DWords({kAddress + 64, 6, 0, 0}) + table +
+                                 Directory({{0, 48}, {1, 48}}),
+                    .behind = Zeros(64)};
+    EXPECT_TRUE(directory.IsTaken(resources));
+    directory.virtualLength = static_cast<DWORD>(directory.resources.size() - 8);
+    EXPECT_FALSE(directory.IsTaken(resources));
+    // The optional header ends before the entry for resources; what follows it looks like one.
+    Image header = good;
+    header.optionalLength = 128;
+    header.sectionName = DWords({kAddress, 0});
+    EXPECT_FALSE(header.IsTaken(resources));
+    for (const unsigned sections : {96u, 97u}) {
+        Image many = good;
+        many.sections = sections;
+        EXPECT_EQ(many.IsTaken(resources), sections == 96);
+    }
+}
+
+TEST(PeResources, EntriesEnd) {
+    // All lead to one data entry of no length.
+    constexpr auto kMost = static_cast<unsigned>(PeResources::kMaxEntries);
+    for (const unsigned count : {kMost - 2, kMost - 1}) {
+        std::string tree = Directory({{16, kSub | 24}}) + Directory({{1, kSub | 64}}) +
+                           DWords({0, 0, 0, 0}) + Zeros(12) + Words({count - 30000, 30000});
+        for (DWORD i = 0; i < count; ++i)
+            tree += DWords({i, 48});
+        PeResources resources;
+        EXPECT_EQ(Image{.resources = tree}.IsTaken(resources), count == kMost - 2);
+    }
+}
+
+TEST(PeResources, TheFirstVersionInformationCounts) {
+    const auto block = [](const std::string& key, const std::string& inner, bool isText) {
+        std::string bytes = key;
+        bytes.resize((bytes.size() + 2 + 6 + 3) / 4 * 4 - 6);
+        bytes += inner;
+        const std::size_t value = isText ? inner.size() / 2 : 0;
+        return Words({static_cast<unsigned>(bytes.size() + 6), static_cast<unsigned>(value),
+                      isText ? 1u : 0u}) +
+               bytes;
+    };
+    const auto wide = [](std::string_view text) {
+        std::string bytes;
+        for (const char c : text)
+            bytes += Words({static_cast<unsigned char>(c)});
+        return bytes;
+    };
+    const auto version = [&](std::string_view description) {
+        return block(wide("VS_VERSION_INFO"),
+                     block(wide("StringFileInfo"),
+                           block(wide("040904B0"),
+                                 block(wide("FileDescription"), wide(description), true), false),
+                           false),
+                     false);
+    };
+    const std::string other = block(wide("VS_VERSION_INFO"), "", false),
+                      described = version("text");
+    PeResources resources;
+    const auto both = [&](const std::string& first, const std::string& second) {
+        const auto begin = static_cast<DWORD>(24 + 24 + 32 + 32);
+        const std::string tree = Directory({{16, kSub | 24}}) + Directory({{1, kSub | 48}}) +
+                                 Directory({{0, 80}, {1, 96}}) +
+                                 DWords({kAddress + begin, static_cast<DWORD>(first.size()), 0, 0,
+                                         kAddress + begin + static_cast<DWORD>(first.size()),
+                                         static_cast<DWORD>(second.size()), 0, 0}) +
+                                 first + second;
+        EXPECT_TRUE(Image{.resources = tree}.IsTaken(resources));
+        return resources.GetFileDescription();
+    };
+    EXPECT_EQ(both(described, other), u"text");
+    // Else any number of leaves that share a long block could be made to be read.
+    EXPECT_EQ(both(other, described), u"");
+}
+
+} // namespace
