@@ -1,7 +1,7 @@
 #include "HelpPages.h"
 
-#include <vnbytstr/Interaction.h>
 #include <vnbytstr/HTMLHelp.h>
+#include <vnbytstr/Interaction.h>
 
 namespace vnquery {
 

@@ -9,7 +9,7 @@
 #include "vnbytstr/framework/Export.h"
 #include "vnbytstr/framework/String.h"
 
-/// Whether the system is made for text from right to left: its answer (System::IsMiddleEastEnabled)
+/// Whether the system is made for text from right to left: its answer
 /// on the first call, kept for the life of the process.
 VNBYTSTR_API bool IsBIDIWindows();
 

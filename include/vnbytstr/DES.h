@@ -4,6 +4,7 @@
 // peers that speak nothing else, and protects nothing today.
 #pragma once
 
+#include "vnbytstr/DESMode.h"
 #include "vnbytstr/framework/Export.h"
 #include "vnbytstr/framework/Types.h"
 
@@ -16,7 +17,8 @@ class CByteStream;
 class VNBYTSTR_API CDES {
 public:
     /// Every value but eCBC means electronic code book.
-    enum EMode : int { eECB = 0, eCBC = 1 };
+    using EMode = SDESMode::EMode;
+    using enum SDESMode::EMode; // eECB, eCBC
 
     /// Key, initialization vector and mode zero; no padding, not segmented.
     CDES() { Init(); }

@@ -9,18 +9,6 @@
 
 namespace vnbytstr {
 
-/// What ShellExecute returns when it did not start anything; every value above 32 is success.
-enum ShellError : int {
-    kShellOutOfMemory = 0,
-    kShellFileNotFound = 2,
-    kShellPathNotFound = 3,
-    kShellAccessDenied = 5,
-    kShellNoMemory = 8,
-    kShellBadFormat = 11,
-    kShellNoAssociation = 31, ///< there is no program for that kind of file
-    kShellStarted = 33,
-};
-
 class VNBYTSTR_API Interaction {
 public:
     virtual ~Interaction() = default;

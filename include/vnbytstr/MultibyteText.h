@@ -74,7 +74,7 @@ VNBYTSTR_API bool IsValidIdentifierChar(char character);
 /// The text without one pair of quotes around it, both ' or both "; any other text unchanged.
 VNBYTSTR_API CString DequoteString(const CString& source);
 
-/// Whether text may hold characters of several bytes: the system's answer (System::IsDbcsEnabled)
+/// Whether text may hold characters of several bytes: the system's answer
 /// on the first call, kept for the life of the process.
 VNBYTSTR_API bool IsDBCSWindows();
 

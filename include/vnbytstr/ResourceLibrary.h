@@ -8,6 +8,7 @@
 #pragma once
 
 #include "vnbytstr/framework/Export.h"
+#include "vnbytstr/framework/Module.h"
 #include "vnbytstr/framework/String.h"
 #include "vnbytstr/framework/Types.h"
 
@@ -44,3 +45,11 @@ VNBYTSTR_API WORD GetResourceLanguage(HINSTANCE library);
 VNBYTSTR_API bool IsResourceRightToLeft(HINSTANCE library);
 
 } // namespace vnbytstr
+
+/// Loads a string from the module that resources come from. Returns its length in bytes, 0 and an
+/// empty text when there is none.
+VNBYTSTR_API int AfxLoadString(UINT id, CString& text);
+
+/// As AfxMessageBox (Module.h) with a string resource (the empty text when there is none); a `helpId` of 0xFFFFFFFF
+/// is the string's own id.
+VNBYTSTR_API int AfxMessageBox(UINT textId, UINT type = MB_OK, UINT helpId = 0xFFFFFFFF);

@@ -1,6 +1,6 @@
 #include "vnbytstr/Interaction.h"
 
-#include "src/text/ConsoleInteraction.h"
+#include "src/framework/DefaultInteraction.h"
 
 #include <atomic>
 
@@ -13,8 +13,7 @@ std::atomic<Interaction*> g_installed{nullptr};
 Interaction& Interaction::Current() noexcept {
     if (Interaction* installed = g_installed.load(std::memory_order_acquire))
         return *installed;
-    static ConsoleInteraction console;
-    return console;
+    return DefaultInteraction();
 }
 
 Interaction* Interaction::Install(Interaction* interaction) noexcept {

@@ -1,16 +1,17 @@
 #include "vnbytstr/framework/Module.h"
 
+#include "src/os/System.h"
 #include "vnbytstr/Interaction.h"
-#include "vnbytstr/ResourceLibrary.h"
 
 #include <atomic>
 #include <string>
 
 namespace {
 std::atomic<HINSTANCE> g_resources{nullptr};
+int g_program; // its address stands for the program
 } // namespace
 
-HINSTANCE AfxGetInstanceHandle() { return vnbytstr::GetApplicationInstance(); }
+HINSTANCE AfxGetInstanceHandle() { return reinterpret_cast<HINSTANCE>(&g_program); }
 
 HINSTANCE AfxGetResourceHandle() {
     const HINSTANCE resources = g_resources.load(std::memory_order_relaxed);
@@ -22,17 +23,11 @@ void AfxSetResourceHandle(HINSTANCE module) {
 }
 
 CString AfxGetAppName() {
-    std::string name = vnbytstr::GetModuleFileName(AfxGetInstanceHandle());
+    std::string name = vnbytstr::System::Current().GetModuleFileName();
     name.erase(0, name.rfind('/') + 1); // none: npos + 1 is 0
     if (name.size() > 4 && name.ends_with(".exe"))
         name.resize(name.size() - 4);
     return CString(name.data(), static_cast<int>(name.size()));
-}
-
-int AfxLoadString(UINT id, CString& text) {
-    if (!vnbytstr::FindResourceString(AfxGetResourceHandle(), id, text))
-        text.Empty();
-    return text.GetLength();
 }
 
 void AfxFormatStrings(CString& out, const char* format, const char* const* texts, int count) {
@@ -54,10 +49,4 @@ void AfxFormatStrings(CString& out, const char* format, const char* const* texts
 
 int AfxMessageBox(const char* text, UINT type, UINT helpId) {
     return vnbytstr::Interaction::Current().MessageBox(text, AfxGetAppName(), type, helpId);
-}
-
-int AfxMessageBox(UINT textId, UINT type, UINT helpId) {
-    CString text;
-    AfxLoadString(textId, text);
-    return AfxMessageBox(text, type, helpId == 0xFFFFFFFF ? textId : helpId);
 }

@@ -1,4 +1,5 @@
 // Where the values come from at the start, and where they go.
+#include "src/charset/SystemText.h"
 #include "src/globals/BuiltInVars.h"
 #include "src/globals/GlobalVarsInternal.h"
 #include "src/globals/ReportFont.h"
@@ -104,7 +105,7 @@ CString CGlobalVars::InitialValue(int id) const {
         return var.value;
     switch (id) {
     case TLXAO_DBCS:
-        return vnbytstr::System::Current().IsDbcsEnabled() ? "1" : "0";
+        return vnbytstr::IsDbcsEnabled() ? "1" : "0";
     case TLXAO_NLF_LANG:
         return m_strings.m_strLanguage;
     case TLXQW_HTML_REFTXT:

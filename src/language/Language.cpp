@@ -1,6 +1,7 @@
 #include "vnbytstr/Language.h"
 
 #include "src/charset/LanguageNames.h"
+#include "src/language/DefaultLanguage.h"
 #include "src/os/System.h"
 #include "src/resources/ResourceFiles.h"
 #include "src/resources/Trace.h"
@@ -184,4 +185,11 @@ BOOL SystemResourcesAreEnglish() {
             return vnbytstr::AbbreviatedLanguageName(locale).starts_with("EN") ? TRUE : FALSE;
         },
         FALSE);
+}
+
+std::vector<SInstalledLanguage> GetInstalledLanguages(const char* prefix) {
+    std::vector<SInstalledLanguage> languages;
+    for (const auto& [code, file] : vnbytstr::detail::FindResourceFiles(prefix ? prefix : ""))
+        languages.push_back({code.c_str(), GetLanguageNameFromCode(code.c_str()), file.c_str()});
+    return languages;
 }

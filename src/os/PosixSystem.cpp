@@ -1,9 +1,6 @@
 // PosixSystem: the process and the machine. Files are in PosixFiles.cpp, names in PosixNames.cpp.
 #include "src/os/PosixSystem.h"
 
-#include "src/charset/CharacterTypes.h"
-#include "src/charset/CodePage.h"
-
 #include <signal.h>
 #include <sys/stat.h>
 #include <time.h>
@@ -17,6 +14,17 @@
 #include <fstream>
 
 namespace vnbytstr {
+
+namespace {
+
+constexpr std::size_t kMaxAnswer = 4096; // bytes of a line that is typed
+
+void WriteError(const std::string& text) {
+    // Nowhere is left to report a failure of this to.
+    [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
+}
+
+} // namespace
 
 DWORD PosixSystem::GetProcessId() { return static_cast<DWORD>(::getpid()); }
 
@@ -99,19 +107,24 @@ std::string PosixSystem::GetTextLocale() { return GetLocale("LC_CTYPE"); }
 
 std::string PosixSystem::GetMessagesLocale() { return GetLocale("LC_MESSAGES"); }
 
-bool PosixSystem::IsDbcsEnabled() { return !CodePage::Ansi().IsSingleByte(); }
-
-bool PosixSystem::IsMiddleEastEnabled() {
-    const UINT page = CodePage::Ansi().GetNumber();
-    return page == 1255 || page == 1256 || IsLocaleRightToLeft(System::Current().GetTextLocale());
-}
-
 SystemVersion PosixSystem::GetVersion() { return {SystemVersion::NtFamily, 10, 0}; }
 
-void PosixSystem::WriteDiagnostic(const char* text) {
-    const std::string line = std::string(text) + "\n";
-    // Nowhere is left to report a failure of this to.
-    [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, line.data(), line.size());
+void PosixSystem::WriteDiagnostic(const char* text) { WriteError(std::string(text) + "\n"); }
+
+bool PosixSystem::AskAtTerminal(const char* question, std::string& answer) {
+    if (::isatty(STDIN_FILENO) != 1)
+        return false;
+    WriteError(question);
+    answer.clear();
+    std::array<char, 256> piece;
+    for (;;) {
+        const ssize_t size = ::read(STDIN_FILENO, piece.data(), piece.size());
+        if (size <= 0)
+            return false;
+        answer.append(piece.data(), static_cast<std::size_t>(size));
+        if (answer.back() == '\n' || answer.size() > kMaxAnswer)
+            return true;
+    }
 }
 
 } // namespace vnbytstr

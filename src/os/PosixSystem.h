@@ -50,11 +50,10 @@ public:
     std::string GetLibraryFileName() override;
     std::string GetTextLocale() override;
     std::string GetMessagesLocale() override;
-    bool IsDbcsEnabled() override;
-    bool IsMiddleEastEnabled() override;
     SystemVersion GetVersion() override;
     std::string MatchFontFamily(const std::string& family) override;
     void WriteDiagnostic(const char* text) override;
+    bool AskAtTerminal(const char* question, std::string& answer) override;
 
 private:
     std::string GetLocale(const char* category);

@@ -1,5 +1,4 @@
-// Starting other programs, without a shell.
-#include "src/text/ConsoleInteraction.h"
+#include "src/os/StartProgram.h"
 
 #include "src/os/System.h"
 

@@ -162,12 +162,6 @@ public:
     virtual std::string GetTextLocale() = 0;
     /// The locale of the texts that programs show: LC_ALL, LC_MESSAGES or LANG, else "C".
     virtual std::string GetMessagesLocale() = 0;
-    /// Whether text may hold characters of several bytes: the ANSI code page is a double-byte page,
-    /// another multi-byte one, or UTF-8.
-    virtual bool IsDbcsEnabled() = 0;
-    /// Whether the system is made for text from right to left: the ANSI code page is the Hebrew or
-    /// the Arabic one (1255, 1256), or the locale's language is written that way.
-    virtual bool IsMiddleEastEnabled() = 0;
     /// The version whose behaviour programs may count on: the NT family's 10.0 on POSIX machines,
     /// where all that depends on a version is there.
     virtual SystemVersion GetVersion() = 0;
@@ -177,6 +171,9 @@ public:
     virtual std::string MatchFontFamily(const std::string& family) = 0;
     /// Writes a line for the person at the terminal to standard error.
     virtual void WriteDiagnostic(const char* text) = 0;
+    /// Writes `question` to standard error and reads the answer, a line, from standard input. False, and
+    /// nothing is asked, when standard input is no terminal; false when it ends before the line does.
+    virtual bool AskAtTerminal(const char* question, std::string& answer) = 0;
 };
 
 /// Makes a system current for the life of this object.

@@ -179,11 +179,9 @@ bool IsRightToLeftLanguage(WORD language) {
     return std::find(kLanguages.begin(), kLanguages.end(), language & 0x3FF) != kLanguages.end();
 }
 
-char g_application; // its address is the program's handle
-
 } // namespace
 
-HINSTANCE GetApplicationInstance() noexcept { return reinterpret_cast<HINSTANCE>(&g_application); }
+HINSTANCE GetApplicationInstance() noexcept { return AfxGetInstanceHandle(); }
 
 int LoadResourceLibrary(const char* file, HINSTANCE& library) {
     library = nullptr;
@@ -235,3 +233,15 @@ bool IsResourceRightToLeft(HINSTANCE library) {
 }
 
 } // namespace vnbytstr
+
+int AfxLoadString(UINT id, CString& text) {
+    if (!vnbytstr::FindResourceString(AfxGetResourceHandle(), id, text))
+        text.Empty();
+    return text.GetLength();
+}
+
+int AfxMessageBox(UINT textId, UINT type, UINT helpId) {
+    CString text;
+    AfxLoadString(textId, text);
+    return AfxMessageBox(text, type, helpId == 0xFFFFFFFF ? textId : helpId);
+}

@@ -2,6 +2,7 @@
 
 #include "src/charset/CharacterTypes.h"
 #include "src/charset/CodePage.h"
+#include "src/charset/SystemText.h"
 #include "src/os/System.h"
 #include "src/text/SystemAnswers.h"
 
@@ -59,7 +60,7 @@ void MaybeAddLRMSuffix(CString& text) {
     System& system = System::Current();
     const SystemVersion version = system.GetVersion();
     if (version.platform != SystemVersion::NtFamily || version.major <= 4 ||
-        !system.IsMiddleEastEnabled() || !IsBidirectional(CodePage::Ansi()))
+        !vnbytstr::IsMiddleEastEnabled() || !IsBidirectional(CodePage::Ansi()))
         return;
     const CString mark = Mark().c_str();
     if (text.Right(mark.GetLength()) != mark && IsStringAllLTR(text))

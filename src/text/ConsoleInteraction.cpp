@@ -1,14 +1,14 @@
 #include "src/text/ConsoleInteraction.h"
 
 #include "messages/ResourceIds.h"
+#include "src/os/StartProgram.h"
 #include "src/os/System.h"
-#include "vnbytstr/framework/Module.h"
+#include "vnbytstr/ResourceLibrary.h"
 
 #include <algorithm>
-#include <array>
+#include <cstddef>
+#include <new>
 #include <string>
-
-#include <unistd.h>
 
 namespace vnbytstr {
 
@@ -99,25 +99,6 @@ std::string Question(const std::vector<detail::MessageBoxButton>& buttons, std::
     return text + "? ";
 }
 
-void WriteError(const std::string& text) {
-    // Nowhere is left to report a failure of this to.
-    [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
-}
-
-/// Reads a line from the terminal; false at the end of the input.
-bool ReadAnswer(std::string& line) {
-    line.clear();
-    std::array<char, 256> piece;
-    for (;;) {
-        const ssize_t size = ::read(STDIN_FILENO, piece.data(), piece.size());
-        if (size <= 0)
-            return false;
-        line.append(piece.data(), static_cast<std::size_t>(size));
-        if (line.back() == '\n' || line.size() > 4096)
-            return true;
-    }
-}
-
 } // namespace
 
 int ConsoleInteraction::MessageBox(const char* text, const char* caption, UINT type,
@@ -128,17 +109,14 @@ int ConsoleInteraction::MessageBox(const char* text, const char* caption, UINT t
 
     const std::vector<detail::MessageBoxButton> buttons = detail::MessageBoxButtons(type);
     const std::size_t byDefault = detail::DefaultButton(type, buttons.size());
-    if (buttons.size() < 2 || ::isatty(STDIN_FILENO) != 1)
-        return buttons[byDefault].answer;
+    const std::string question = Question(buttons, byDefault);
     std::string line;
-    for (;;) {
-        WriteError(Question(buttons, byDefault));
-        if (!ReadAnswer(line))
-            return buttons[byDefault].answer;
+    while (buttons.size() > 1 && System::Current().AskAtTerminal(question.c_str(), line)) {
         const int chosen = detail::ChooseButton(buttons, byDefault, line);
         if (chosen >= 0)
             return buttons[static_cast<std::size_t>(chosen)].answer;
     }
+    return buttons[byDefault].answer;
 }
 
 int ConsoleInteraction::ShellExecute(const char* verb, const char* file, const char* parameters,
@@ -160,6 +138,13 @@ int ConsoleInteraction::ShellExecute(const char* verb, const char* file, const c
                                               .c_str());
     }
     return result;
+}
+
+Interaction& DefaultInteraction() noexcept {
+    // It takes no memory that there might be none of.
+    alignas(ConsoleInteraction) static std::byte place[sizeof(ConsoleInteraction)];
+    static Interaction* const console = new (place) ConsoleInteraction;
+    return *console;
 }
 
 } // namespace vnbytstr

@@ -1,7 +1,7 @@
 // The Interaction of programs without windows.
 #pragma once
 
-#include "vnbytstr/Interaction.h"
+#include "src/framework/DefaultInteraction.h"
 
 #include <string>
 #include <string_view>
@@ -41,18 +41,6 @@ std::size_t DefaultButton(UINT type, std::size_t count);
 /// it): its index; `byDefault` for an empty answer; -1 when none or more than one fits.
 int ChooseButton(const std::vector<MessageBoxButton>& buttons, std::size_t byDefault,
                  std::string_view answer);
-
-/// The arguments in a parameter text: parted by blanks and tabs; what stands between double quotes
-/// is one piece, the quotes are dropped; \" is a quote.
-std::vector<std::string> SplitParameters(std::string_view parameters);
-
-/// What xdg-open is given for `argument`: a file with an anchor becomes an address (it would look
-/// for a file of the whole name), a name that begins with a dash is no option.
-std::string DesktopArgument(const std::string& argument);
-
-/// Starts what ShellExecute of the console starts; `program` is the file that was looked for.
-int StartProgram(const char* verb, const char* file, const char* parameters, const char* folder,
-                 std::string& program);
 
 } // namespace detail
 

@@ -1,5 +1,7 @@
 #include "vnbytstr/Messages.h"
 
+#include "vnbytstr/ResourceLibrary.h"
+
 #include "messages/ResourceIds.h"
 #include "vnbytstr/Interaction.h"
 #include "vnbytstr/Language.h"

@@ -1,6 +1,6 @@
 #include "src/text/SystemAnswers.h"
 
-#include "src/os/System.h"
+#include "src/charset/SystemText.h"
 
 #include <atomic>
 
@@ -12,10 +12,10 @@ enum class Answer : unsigned char { None, No, Yes };
 std::atomic<Answer> g_dbcs{Answer::None};
 std::atomic<Answer> g_middleEast{Answer::None};
 
-bool Once(std::atomic<Answer>& kept, bool (System::*question)()) {
+bool Once(std::atomic<Answer>& kept, bool (*question)()) {
     Answer answer = kept.load(std::memory_order_relaxed);
     if (answer == Answer::None) {
-        answer = (System::Current().*question)() ? Answer::Yes : Answer::No;
+        answer = question() ? Answer::Yes : Answer::No;
         kept.store(answer, std::memory_order_relaxed);
     }
     return answer == Answer::Yes;
@@ -23,8 +23,8 @@ bool Once(std::atomic<Answer>& kept, bool (System::*question)()) {
 
 } // namespace
 
-bool IsDbcsEnabledOnce() { return Once(g_dbcs, &System::IsDbcsEnabled); }
-bool IsMiddleEastEnabledOnce() { return Once(g_middleEast, &System::IsMiddleEastEnabled); }
+bool IsDbcsEnabledOnce() { return Once(g_dbcs, IsDbcsEnabled); }
+bool IsMiddleEastEnabledOnce() { return Once(g_middleEast, IsMiddleEastEnabled); }
 
 void ForgetSystemAnswers() noexcept { g_dbcs = g_middleEast = Answer::None; }
 

@@ -75,7 +75,7 @@ const std::map<std::string, std::string> kFresh = {
 class GlobalVarsProfile : public vnbytstr::test::TableFixture {
 protected:
     GlobalVarsProfile() {
-        m_system.SetDbcsEnabled(true);
+        m_system.SetEnvironment("VNBYTSTR_CODEPAGE", "932");
         VNWriteProfileString(3, "Options", "UILanguage", "ENU");
     }
     static std::map<std::string, std::string> Section() {
@@ -99,7 +99,7 @@ TEST_F(GlobalVarsProfile, DefaultsAreSavedAndFreshOnesAreNot) {
     EXPECT_EQ(table.GetGlobalStrings().m_strLanguage, "English");
     EXPECT_EQ(table.SaveToRegistry(), Success);
     EXPECT_EQ(Section(), kKept);
-    m_system.SetDbcsEnabled(false);
+    m_system.SetEnvironment("VNBYTSTR_CODEPAGE", "1252");
     table.Initialize();
     EXPECT_EQ(Value(table, "TLXAO_DBCS"), "0");
 }

@@ -1,6 +1,7 @@
 #include "vnbytstr/HTMLHelp.h"
 
 #include "src/help/HelpIndex.h"
+#include "src/os/StartProgram.h"
 #include "src/text/ConsoleInteraction.h"
 #include "tests/support/PeFile.h"
 #include "tests/support/TemporaryFolder.h"

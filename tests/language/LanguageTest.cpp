@@ -1,7 +1,7 @@
 #include "vnbytstr/Language.h"
 
 #include "src/charset/CodePage.h"
-#include "src/resources/ResourceFiles.h"
+#include "src/language/DefaultLanguage.h"
 #include "tests/support/PeFile.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestSystem.h"

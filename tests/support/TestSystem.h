@@ -61,8 +61,6 @@ public:
     void SetModuleFileName(const std::string& name) { m_moduleFileName = name; }
     void SetLibraryFileName(const std::string& name) { m_libraryFileName = name; }
     void SetProcessId(DWORD id) { m_processId = id; }
-    void SetDbcsEnabled(bool enabled) { m_dbcs = enabled; }
-    void SetMiddleEastEnabled(bool enabled) { m_middleEast = enabled; }
     /// What MatchFontFamily answers.
     void SetFontFamily(const std::string& family) { m_fontFamily = family; }
     void SetVersion(SystemVersion version) { m_version = version; }
@@ -129,15 +127,14 @@ public:
     }
     std::string GetTextLocale() override;
     std::string GetMessagesLocale() override;
-    bool IsDbcsEnabled() override { return m_dbcs ? *m_dbcs : m_real.IsDbcsEnabled(); }
-    bool IsMiddleEastEnabled() override {
-        return m_middleEast ? *m_middleEast : m_real.IsMiddleEastEnabled();
-    }
     SystemVersion GetVersion() override { return m_version ? *m_version : m_real.GetVersion(); }
     std::string MatchFontFamily(const std::string& family) override {
         return m_fontFamily ? *m_fontFamily : m_real.MatchFontFamily(family);
     }
     void WriteDiagnostic(const char* text) override { m_diagnostics += std::string(text) + "\n"; }
+    bool AskAtTerminal(const char* question, std::string& answer) override {
+        return m_real.AskAtTerminal(question, answer);
+    }
 
 private:
     /// The locale that the test's environment sets for a category, else empty.
@@ -151,7 +148,6 @@ private:
     std::optional<DWORD> m_tick, m_time, m_memoryLoad, m_processId;
     std::optional<std::string> m_temporaryFolder, m_moduleFileName, m_fontFamily;
     std::string m_libraryFileName;
-    std::optional<bool> m_dbcs, m_middleEast;
     std::optional<SystemVersion> m_version;
     std::map<std::string, std::string> m_environment;
     /// Whether the name is one that a closed folder does not take.

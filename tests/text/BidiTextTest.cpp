@@ -68,11 +68,11 @@ TEST(BidiText, Utf8) {
                        "abc\xE2\x80\x8E");
     TestSystem system;
     const ScopedSystem systemScope(system);
-    system.SetMiddleEastEnabled(true);
+    system.SetEnvironment("LC_ALL", "he_IL.UTF-8");
     EXPECT_EQ(WithSuffix("abc"), "abc\xE2\x80\x8E");
     EXPECT_EQ(WithSuffix("abc\xE2\x80\x8E"), "abc\xE2\x80\x8E");
     EXPECT_EQ(WithSuffix(shalom), shalom);
-    system.SetMiddleEastEnabled(false);
+    system.SetEnvironment("LC_ALL", "C");
     EXPECT_EQ(WithSuffix("abc"), "abc");
 }
 
@@ -103,7 +103,7 @@ TEST(BidiText, SurroundsWithoutLooking) {
 TEST(BidiText, SuffixUnderAllItsConditions) {
     TestSystem system;
     const ScopedSystem scope(system);
-    system.SetMiddleEastEnabled(true);
+    system.SetEnvironment("LC_ALL", "he_IL.UTF-8");
     system.SetVersion({SystemVersion::NtFamily, 5, 0});
     for (const UINT page : {1255u, 1256u}) {
         const ScopedCodePage pageScope(page);
@@ -124,8 +124,6 @@ TEST(BidiText, SuffixUnderAllItsConditions) {
     EXPECT_EQ(WithSuffix("abc"), "abc");
     system.SetVersion({SystemVersion::NtFamily, 10, 0});
     EXPECT_EQ(WithSuffix("abc"), "abc\xFD");
-    system.SetMiddleEastEnabled(false);
-    EXPECT_EQ(WithSuffix("abc"), "abc");
 }
 
 TEST(BidiText, MiddleEastIsAskedOnce) {
@@ -133,9 +131,9 @@ TEST(BidiText, MiddleEastIsAskedOnce) {
     {
         TestSystem system;
         const ScopedSystem scope(system);
-        system.SetMiddleEastEnabled(true);
+        system.SetEnvironment("LC_ALL", "he_IL.UTF-8");
         EXPECT_TRUE(IsBIDIWindows());
-        system.SetMiddleEastEnabled(false);
+        system.SetEnvironment("LC_ALL", "C");
         EXPECT_TRUE(IsBIDIWindows());
     }
     // The real system goes by the code page and the locale.

@@ -1,3 +1,4 @@
+#include "src/os/StartProgram.h"
 #include "src/text/ConsoleInteraction.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestInteraction.h"

@@ -236,9 +236,9 @@ TEST(MultibyteText, TheSystemIsAskedOnce) {
     vnbytstr::detail::ForgetSystemAnswers();
     vnbytstr::test::TestSystem system;
     const ScopedSystem scope(system);
-    system.SetDbcsEnabled(true);
+    system.SetEnvironment("VNBYTSTR_CODEPAGE", "932");
     EXPECT_TRUE(IsDBCSWindows());
-    system.SetDbcsEnabled(false);
+    system.SetEnvironment("VNBYTSTR_CODEPAGE", "1252");
     EXPECT_TRUE(IsDBCSWindows());
     vnbytstr::detail::ForgetSystemAnswers();
     EXPECT_FALSE(IsDBCSWindows());

@@ -1,4 +1,4 @@
-// Flags and answers of message boxes, and how a program's window is to be shown.
+// Flags and answers of message boxes; how a program is started and its window shown.
 #pragma once
 
 #include "vnbytstr/framework/Types.h"
@@ -70,3 +70,19 @@ enum ShowCommand : int {
     SW_RESTORE = 9,
     SW_SHOWDEFAULT = 10,
 };
+
+namespace vnbytstr {
+
+/// What ShellExecute returns when it did not start anything; every value above 32 is success.
+enum ShellError : int {
+    kShellOutOfMemory = 0,
+    kShellFileNotFound = 2,
+    kShellPathNotFound = 3,
+    kShellAccessDenied = 5,
+    kShellNoMemory = 8,
+    kShellBadFormat = 11,
+    kShellNoAssociation = 31, ///< there is no program for that kind of file
+    kShellStarted = 33,
+};
+
+} // namespace vnbytstr

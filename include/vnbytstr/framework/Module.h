@@ -1,5 +1,5 @@
-// The module state: which module is the program, where its resources come from; and what the
-// framework does with texts from resources.
+// The module state: which module is the program, and where its resources come from. What is loaded
+// from there: see ResourceLibrary.h.
 #pragma once
 
 #include "vnbytstr/framework/Export.h"
@@ -20,10 +20,6 @@ VNBYTSTR_API void AfxSetResourceHandle(HINSTANCE module);
 /// Name of the program: that of its file, without folder and without an ending ".exe".
 VNBYTSTR_API CString AfxGetAppName();
 
-/// Loads a string from the module that resources come from. Returns its length in bytes, 0 and an
-/// empty text when there is none.
-VNBYTSTR_API int AfxLoadString(UINT id, CString& text);
-
 /// Puts `format` with its insertion points filled into `out`: `%1` to `%9` stand for the first to
 /// the ninth of the `count` texts, in any order and any number. One past the count gives "?", a
 /// null text nothing. A percent sign before anything else stands for itself. A null format is
@@ -36,6 +32,3 @@ VNBYTSTR_API void AfxFormatStrings(CString& out, const char* format, const char*
 /// identifier, 0 when it has none. Returns the ID value of the button, 0 when there could be no
 /// box.
 VNBYTSTR_API int AfxMessageBox(const char* text, UINT type = MB_OK, UINT helpId = 0);
-/// As above with a string resource (the empty text when there is none); a `helpId` of 0xFFFFFFFF
-/// is the string's own id.
-VNBYTSTR_API int AfxMessageBox(UINT textId, UINT type = MB_OK, UINT helpId = 0xFFFFFFFF);

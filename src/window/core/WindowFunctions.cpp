@@ -1,5 +1,6 @@
 #include "vnbytstr/window/WindowFunctions.h"
 
+#include "src/charset/SystemText.h"
 #include "src/window/core/WindowWidget.h"
 #include "vnbytstr/window/Application.h"
 #include "vnbytstr/window/Wnd.h"
@@ -214,9 +215,9 @@ int GetSystemMetrics(int index) {
     case SM_CYDRAG:
         return 4;
     case SM_DBCSENABLED:
-        return vnbytstr::System::Current().IsDbcsEnabled() ? 1 : 0;
+        return vnbytstr::IsDbcsEnabled() ? 1 : 0;
     case SM_MIDEASTENABLED:
-        return vnbytstr::System::Current().IsMiddleEastEnabled() ? 1 : 0;
+        return vnbytstr::IsMiddleEastEnabled() ? 1 : 0;
     default:
         return 0;
     }

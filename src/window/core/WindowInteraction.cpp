@@ -1,5 +1,7 @@
 #include "src/window/core/WindowInteraction.h"
 
+#include "vnbytstr/ResourceLibrary.h"
+
 #include "src/window/core/WindowInternal.h"
 #include "vnbytstr/window/Application.h"
 #include "vnbytstr/window/Wnd.h"
