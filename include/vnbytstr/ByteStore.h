@@ -1,7 +1,8 @@
-// CByteStore: a byte sequence of up to 4 GiB - 1 bytes, partly in memory, partly in a swap file.
-// CBytePage: one page of it that is in memory. See ByteStream.h for the type that slices come as.
+// CByteStore: a byte sequence of up to 4 GiB - 1 bytes, partly in memory, partly in a swap file. See
+// ByteStream.h for the type that slices come as.
 #pragma once
 
+#include "vnbytstr/BytePage.h"
 #include "vnbytstr/CacheException.h"
 #include "vnbytstr/DESMode.h"
 #include "vnbytstr/framework/Arrays.h"
@@ -22,59 +23,9 @@ class FileReplacement;
 }
 namespace vnbytstr::detail {
 class PageOnFile;
-class SliceTranslator;
 class WriteBehind;
 struct SwapImage;
 } // namespace vnbytstr::detail
-
-/// One resident page of a store.
-class VNBYTSTR_API CBytePage : public CObject {
-public:
-    static constexpr DWORD m_dwPageSize = 0x8000; ///< bytes in a page
-
-    /// Page 0, access time 0, to be read and to be written. The buffer's bytes are undefined.
-    /// Throws CCacheException(6) when there is no memory for it.
-    CBytePage();
-    ~CBytePage() override;
-
-    DWORD GetPageNum() const { return m_dwPageNum; }
-    /// Gives the page another number; a change marks it as to be read.
-    void SetPageNum(DWORD number);
-    /// The page's 32768 bytes. Counts as a use: the access time becomes the tick count.
-    BYTE* GetData();
-    /// Whether the buffer does not hold this page's bytes and must be read before use.
-    BOOL GetMustRead() const { return m_bMustRead; }
-    void SetMustRead(BOOL mustRead) { m_bMustRead = mustRead; }
-    /// Whether the buffer holds bytes that the swap file does not have.
-    BOOL GetMustWrite() const { return m_bMustWrite; }
-    void SetMustWrite(BOOL mustWrite) { m_bMustWrite = mustWrite; }
-    /// Tick count (milliseconds, wraps at 32 bits) of the last use.
-    DWORD GetLastAccessTime() const { return m_dwLastAccess; }
-
-    /// Writes the first `count` bytes (0: all) to the page's place in `file` when the page is to be
-    /// written, then clears that mark. The place is the page's index less `shift`; a page that
-    /// begins below `shift` keeps its place and is cut by `shift` bytes at its end. Throws
-    /// CCacheException: 1 when the seek lands elsewhere, 4 when the write fails; the mark then
-    /// stays.
-    void SwapOut(CFile& file, DWORD count, DWORD shift);
-    /// Makes this page `number` and, when it is to be read, reads it from its place in `file`; what
-    /// lies past the end of the file is zero. Throws CCacheException: 1 when the seek lands
-    /// elsewhere, 2 when fewer bytes come than the file should have; the page then stays to be
-    /// read.
-    void SwapIn(CFile& file, DWORD number);
-
-private:
-    friend class CByteStore;
-    static void SeekTo(CFile& file, ULONGLONG position);
-
-    DWORD m_dwPageNum = 0;
-    DWORD m_dwLastAccess = 0;
-    BYTE* m_pData;
-    BOOL m_bMustRead = TRUE;
-    BOOL m_bMustWrite = TRUE;
-    DWORD m_dwRead = 0;   ///< bytes that the last SwapIn found in the file
-    LONGLONG m_llUse = 0; ///< the last use's place in a run of the store's, 0 outside of one
-};
 
 /// Byte sequence in pages of 32768 bytes. At most GetTargetMaxPages() pages stay in memory; the
 /// least recently used ones go to a swap file in the temporary folder, made when the first page has
@@ -250,6 +201,11 @@ public:
     /// The same into a string of just the digits.
     void CopyToHex(DWORD index, CString& destination, DWORD count);
 
+    /// The bytes from `index` on that lie together in memory: up to the end of their page. Empty at
+    /// the end and past it; cause 0 below the start. Valid until the next operation. With it the
+    /// content can be read piece by piece without a copy. Extension.
+    std::span<const BYTE> GetPiece(DWORD index);
+
     // --- slices, search, comparison --------------------------------------------------------------
     /// Copies of parts; a part that reaches past the end is cut there. Cause 0 below the start.
     CByteStream Mid(DWORD first, DWORD count);
@@ -279,6 +235,9 @@ public:
     void ShiftCurrent();
     /// Raises the start to `index` (at most the length); never lowers it.
     void DiscardUpTo(DWORD index);
+    /// Drops the bytes from `length` on, if there are any. The start is then at most the length; the
+    /// cursor stays. Extension.
+    void Truncate(DWORD length) noexcept;
 
     // --- the whole store -------------------------------------------------------------------------
     /// Drops the content, closes the swap file, and deletes it when auto-delete is on (a device or
@@ -324,7 +283,7 @@ public:
 
     // --- translation -----------------------------------------------------------------------------
     // From the start to the end. Characters that the target lacks are substituted (see
-    // platform/companion/Ccsid.h); `report`, when not null, tells how many and where the first was.
+    // Ccsid.h); `report`, when not null, tells how many and where the first was.
     // A character may lie across pages.
 
     /// Translates the whole content from one coded character set to another into `destination`,
@@ -398,14 +357,8 @@ protected:
     static DWORD GetIndexFromPageNum(DWORD number) { return number * CBytePage::m_dwPageSize; }
 
 private:
-    friend class CByteStream;
-    class LengthGuard;
-    class EmptyGuard;
-
     void Swap(CByteStore& other) noexcept;
     void TakeContent(CByteStore& result) noexcept;
-    void CopyRetained(CByteStore& source);
-    void CopyRetained(const CByteStream& source);
     CBytePage* LoadedPage(DWORD number) const {
         return number < m_arrLoaded.size() ? m_arrLoaded[number] : nullptr;
     }
@@ -417,15 +370,10 @@ private:
     void StampNow(CBytePage* page);
     void EndRun() const noexcept;
     BYTE GetByteSlow(DWORD index);
-    template <std::size_t Width>
-    ULONGLONG GetWide(DWORD index);
-    template <std::size_t Width>
-    void SetWide(DWORD index, ULONGLONG value);
     bool RoomForPage() const { return m_arrPages.GetSize() < (m_nMaxPages > 1 ? m_nMaxPages : 1); }
     CBytePage* AddPage();
     void RemovePage(CBytePage* page);
     void DropPagesFrom(DWORD number) noexcept;
-    void Truncate(DWORD length) noexcept;
     CBytePage* PageForAppend(DWORD number);
     void LoadPage(CBytePage* page, DWORD number);
     void WriteVictim(CBytePage* page);
@@ -439,9 +387,6 @@ private:
     void CopyUpWithin(DWORD index, DWORD sourceIndex, DWORD count);
     bool EqualsAt(DWORD index, const CByteStream& pattern, DWORD from);
     DWORD FindPrefix(std::span<const BYTE> prefix, DWORD start);
-    template <class Take>
-    bool TranslateRange(vnbytstr::detail::SliceTranslator& translator, DWORD index, DWORD count,
-                        Take take);
     int Encipher(bool encrypt, CDES& cipher, CByteStore& destination);
     void WritePages(CFile& file, DWORD shift, std::vector<vnbytstr::detail::PageOnFile>* written);
     void CopyImage(vnbytstr::FileReplacement& target, const char* name,
@@ -463,8 +408,6 @@ private:
     void WriteImage();
     void DetachImage();
     void CloseImage() noexcept;
-    static void CheckLength(ULONGLONG length);
-    static void CheckHexRoom(ULONGLONG digits, DWORD size);
 #ifndef NDEBUG
     void CheckInvariants() const;
 #else
@@ -482,18 +425,17 @@ private:
     CFile m_file;
     BOOL m_bAutoDelete;
 
-    std::vector<CBytePage*>
-        m_arrLoaded; ///< by page number: the resident page with valid bytes, or null
-    std::vector<vnbytstr::detail::PageOnFile>
-        m_arrOnFile; ///< by page number: what the swap file has of it
-    DWORD m_dwPagesOnFile;
-    std::unique_ptr<vnbytstr::detail::SwapImage> m_pImage; ///< made with the swap file
-    std::unique_ptr<vnbytstr::detail::WriteBehind>
-        m_pPending;                ///< made with the first page that leaves
-    ULONGLONG m_ullImageEnd;       ///< where the bytes written to the swap file end
+    /// By page number: the resident page with valid bytes, or null.
+    std::vector<CBytePage*> m_arrLoaded;
+    /// By page number: what the swap file has of it.
+    std::vector<vnbytstr::detail::PageOnFile> m_arrOnFile;
+    DWORD m_dwPagesOnFile; ///< entries of m_arrOnFile that the file has
+    std::unique_ptr<vnbytstr::detail::SwapImage> m_pImage;     ///< made with the swap file
+    std::unique_ptr<vnbytstr::detail::WriteBehind> m_pPending; ///< made when a first page leaves
+    ULONGLONG m_ullImageEnd;       ///< end of what was written to the swap file, in bytes
     mutable CBytePage* m_pRunPage; ///< the page used last in a run, null outside of one
     mutable LONGLONG m_llUses;     ///< changes of the page in a run, negative before it begins
-    DWORD m_dwRunTick;             ///< the clock as it was read last before a run
+    DWORD m_dwRunTick;             ///< the last clock reading before a run
     bool m_bReadFailed;            ///< a page in m_arrPages may be one whose reading failed
 };
 

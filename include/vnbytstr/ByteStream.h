@@ -92,11 +92,11 @@ public:
 
     DWORD GetCurrentOffset() const { return m_pStore ? m_pStore->GetCurrentOffset() : m_dwCurrent; }
     DWORD GetCO() const { return GetCurrentOffset(); }
-    void SetCurrentOffset(DWORD index) { Cursor() = index; }
+    void SetCurrentOffset(DWORD index);
     DWORD GetRemaining() const { return GetLength() - GetCurrentOffset(); }
-    void Skip(DWORD count) { Cursor() += count; }
-    void SkipByte() { Cursor() += 1; }
-    void SkipWord() { Cursor() += 2; }
+    void Skip(DWORD count) { SetCurrentOffset(GetCurrentOffset() + count); }
+    void SkipByte() { Skip(1); }
+    void SkipWord() { Skip(2); }
 
     // --- typed access, big-endian ----------------------------------------------------------------
     BYTE GetByte(DWORD index) const;
@@ -163,6 +163,8 @@ public:
     void CopyFromHex(DWORD index, const CString& text);
     void CopyToHex(DWORD index, char* destination, DWORD count, DWORD size) const;
     void CopyToHex(DWORD index, CString& destination, DWORD count) const;
+    /// In memory, all bytes from `index` on; in a store see there. Extension.
+    std::span<const BYTE> GetPiece(DWORD index) const;
 
     // --- slices, search, comparison --------------------------------------------------------------
     CByteStream Mid(DWORD first, DWORD count) const;
@@ -182,6 +184,8 @@ public:
     void Shift(DWORD to, DWORD from);
     void ShiftCurrent();
     void DiscardUpTo(DWORD index);
+    /// Cause 3 on a read-only buffer. Extension.
+    void Truncate(DWORD length);
 
     // --- the whole stream ------------------------------------------------------------------------
     /// Length and cursor become 0. With `freeBuffer` a block of the stream's own is freed, and the
@@ -240,34 +244,24 @@ protected:
     void ExtendTo(DWORD length);
 
 private:
-    friend class CByteStore;
     enum Mode { kInternal = 0, kReadOnly = 1, kWritable = 2 };
-    class LengthGuard;
-    class EmptyGuard;
 
     void Swap(CByteStream& other) noexcept;
-    DWORD GetStart() const { return m_pStore ? m_pStore->m_dwStart : m_dwStart; }
-    DWORD& Cursor() { return m_pStore ? m_pStore->m_dwCurrent : m_dwCurrent; }
+    DWORD GetStart() const;
     void CheckWritable() const;
     void CheckRange(DWORD index, DWORD count) const;
-    DWORD CheckCopy(DWORD index, DWORD count) const;
     void MoveToStore(bool withCursor);
     void FreeContent() noexcept;
-    void LieAs(const CByteStream& other);
     template <class Source>
     void CopyRetained(Source& source);
     void PutIntoBuffer(const CByteStream& source);
     BYTE GetByteSlow(DWORD index) const;
     template <std::size_t Width>
-    ULONGLONG GetWide(DWORD index) const;
-    template <std::size_t Width>
-    void SetWide(DWORD index, ULONGLONG value);
+    void SetNumber(DWORD index, ULONGLONG value);
     void CopyWithin(DWORD index, const BYTE* bytes, DWORD count);
     void TakeContent(CByteStream& other);
-    int Encipher(bool encrypt, CDES& cipher);
-    template <class Take>
-    bool TranslateRange(vnbytstr::detail::SliceTranslator& translator, DWORD index, DWORD count,
-                        Take take) const;
+    int Encipher(bool encrypt, const CByteStream& key, const CByteStream& vector, CDES::EMode mode,
+                 bool pad);
 #ifndef NDEBUG
     void CheckInvariants() const;
 #else
@@ -284,6 +278,13 @@ private:
     DWORD m_dwStart; ///< first byte not discarded
     BOOL m_bAutoDelete;
 };
+
+inline void CByteStream::SetCurrentOffset(DWORD index) {
+    if (m_pStore)
+        m_pStore->SetCurrentOffset(index);
+    else
+        m_dwCurrent = index;
+}
 
 inline BYTE CByteStream::GetByte(DWORD index) const {
     if (index < m_dwLength) [[likely]] // never in a store, where m_dwLength is 0

@@ -26,10 +26,8 @@
 
 #include "src/bytestore/ByteStoreInternal.h"
 
-#include "src/bytestore/BigEndian.h"
 #include "src/bytestore/SwapImage.h"
 #include "src/bytestore/WriteBehind.h"
-#include "vnbytstr/ByteStream.h"
 
 #include <algorithm>
 #include <array>
@@ -37,9 +35,10 @@
 #include <cstring>
 #include <utility>
 
+using namespace vnbytstr::detail;
+
 namespace {
 constexpr int kInitialMaxPages = 64;
-using vnbytstr::detail::kStampsBeforeRun;
 constexpr DWORD kPageSize = CBytePage::m_dwPageSize;
 } // namespace
 
@@ -49,10 +48,8 @@ CByteStore::CByteStore() noexcept { Init(); }
 // in by a store that is complete already.
 CByteStore::CByteStore(CByteStore& source) : CByteStore() {
     m_nMaxPages = source.m_nMaxPages;
-    CopyRetained(source);
+    CopyRetained(*this, source);
 }
-
-CByteStore::CByteStore(const CByteStream& source) : CByteStore() { CopyRetained(source); }
 
 CByteStore::CByteStore(const BYTE* bytes, DWORD count) : CByteStore() { CopyFrom(0, bytes, count); }
 
@@ -83,17 +80,7 @@ CByteStore& CByteStore::operator=(CByteStore& source) {
     if (&source != this) {
         CByteStore copy;
         copy.m_nMaxPages = m_nMaxPages;
-        copy.CopyRetained(source);
-        TakeContent(copy);
-    }
-    return *this;
-}
-
-CByteStore& CByteStore::operator=(const CByteStream& source) {
-    if (source.m_pStore != this) {
-        CByteStore copy;
-        copy.m_nMaxPages = m_nMaxPages;
-        copy.CopyRetained(source);
+        CopyRetained(copy, source);
         TakeContent(copy);
     }
     return *this;
@@ -147,23 +134,6 @@ void CByteStore::TakeContent(CByteStore& result) noexcept {
     CheckInvariants();
 }
 
-/// Puts what the source still holds into this store, which is empty, at the same indexes.
-void CByteStore::CopyRetained(CByteStore& source) {
-    Concat(source.m_dwStart);
-    CopyFrom(m_dwLength, source, source.m_dwStart, 0);
-}
-
-void CByteStore::CopyRetained(const CByteStream& source) {
-    const DWORD start = source.GetStart();
-    Concat(start);
-    CopyFrom(m_dwLength, source, start, 0);
-}
-
-void CByteStore::CheckLength(ULONGLONG length) {
-    if (length > 0xFFFFFFFFu)
-        throw new CCacheException(CCacheException::kTooLong);
-}
-
 // --- appending -----------------------------------------------------------------------------------
 
 void CByteStore::Concat(const BYTE* bytes, DWORD count) {
@@ -173,7 +143,7 @@ void CByteStore::Concat(const BYTE* bytes, DWORD count) {
     std::vector<BYTE> copy;
     if (AppendEvicts(count) && HoldsAddress(bytes)) {
         // The source is a page of this store that may leave memory on the way.
-        vnbytstr::detail::WithMemoryException([&] { copy.assign(bytes, bytes + count); });
+        WithMemoryException([&] { copy.assign(bytes, bytes + count); });
         bytes = copy.data();
     }
     LengthGuard guard(*this);
@@ -236,15 +206,11 @@ void CByteStore::AppendToNewPages(const BYTE* bytes, DWORD count) {
 }
 
 void CByteStore::ConcatWord(WORD value) {
-    const auto bytes = vnbytstr::detail::ToBigEndian<2>(value);
+    const auto bytes = ToBigEndian<2>(value);
     Concat(bytes.data(), 2);
 }
 
 void CByteStore::Concat(CByteStore& source) { CopyFrom(m_dwLength, source, 0, source.m_dwLength); }
-
-void CByteStore::Concat(const CByteStream& source) {
-    CopyFrom(m_dwLength, source, 0, source.GetLength());
-}
 
 void CByteStore::Concat(const char* hex) { CopyFromHex(m_dwLength, hex); }
 
@@ -257,12 +223,12 @@ void CByteStore::Concat(DWORD count) {
 }
 
 void CByteStore::ExtendTo(DWORD length) {
-    static constexpr std::array<BYTE, vnbytstr::detail::kChunk> kZeros{};
+    static constexpr std::array<BYTE, kChunk> kZeros{};
     if (length <= m_dwLength)
         return;
     LengthGuard guard(*this);
     while (m_dwLength < length)
-        Concat(kZeros.data(), std::min(length - m_dwLength, vnbytstr::detail::kChunk));
+        Concat(kZeros.data(), std::min(length - m_dwLength, kChunk));
     guard.Keep();
 }
 
@@ -276,40 +242,14 @@ BYTE CByteStore::GetByteSlow(DWORD index) {
     return GetPageFromPageNum(number)->GetData()[position];
 }
 
-WORD CByteStore::GetWord(DWORD index) {
-    const BYTE high = GetByte(index);
-    const BYTE low = index == 0xFFFFFFFFu ? BYTE{0} : GetByte(index + 1);
-    return static_cast<WORD>((high << 8) | low);
+WORD CByteStore::GetWord(DWORD index) { return GetTwoBytes(*this, index); }
+DWORD CByteStore::GetDWord(DWORD index) { return static_cast<DWORD>(GetWide<4>(*this, index)); }
+LONGLONG CByteStore::GetInt48(DWORD index) {
+    return static_cast<LONGLONG>(GetWide<6>(*this, index));
 }
-
-template <std::size_t Width>
-ULONGLONG CByteStore::GetWide(DWORD index) {
-    std::array<BYTE, Width> bytes;
-    CopyTo(index, bytes.data(), Width, Width);
-    return vnbytstr::detail::FromBigEndian(bytes);
+LONGLONG CByteStore::GetInt64(DWORD index) {
+    return static_cast<LONGLONG>(GetWide<8>(*this, index));
 }
-
-DWORD CByteStore::GetDWord(DWORD index) { return static_cast<DWORD>(GetWide<4>(index)); }
-LONGLONG CByteStore::GetInt48(DWORD index) { return static_cast<LONGLONG>(GetWide<6>(index)); }
-LONGLONG CByteStore::GetInt64(DWORD index) { return static_cast<LONGLONG>(GetWide<8>(index)); }
-
-template <std::size_t Width>
-void CByteStore::SetWide(DWORD index, ULONGLONG value) {
-    const ULONGLONG end = static_cast<ULONGLONG>(index) + Width;
-    CheckLength(end);
-    const auto bytes = vnbytstr::detail::ToBigEndian<Width>(value);
-    LengthGuard guard(*this);
-    ExtendTo(static_cast<DWORD>(end));
-    Overwrite(index, bytes.data(), Width);
-    guard.Keep();
-}
-
-// CByteStream forwards to these.
-template void CByteStore::SetWide<1>(DWORD, ULONGLONG);
-template void CByteStore::SetWide<2>(DWORD, ULONGLONG);
-template void CByteStore::SetWide<4>(DWORD, ULONGLONG);
-template void CByteStore::SetWide<6>(DWORD, ULONGLONG);
-template void CByteStore::SetWide<8>(DWORD, ULONGLONG);
 
 void CByteStore::SetByte(DWORD index, BYTE value) {
     if (index < m_dwLength) [[likely]] {
@@ -319,16 +259,16 @@ void CByteStore::SetByte(DWORD index, BYTE value) {
             return;
         }
     }
-    SetWide<1>(index, value);
+    SetWide<1>(*this, index, value);
 }
 
-void CByteStore::SetWord(DWORD index, WORD value) { SetWide<2>(index, value); }
-void CByteStore::SetDWord(DWORD index, DWORD value) { SetWide<4>(index, value); }
+void CByteStore::SetWord(DWORD index, WORD value) { SetWide<2>(*this, index, value); }
+void CByteStore::SetDWord(DWORD index, DWORD value) { SetWide<4>(*this, index, value); }
 void CByteStore::SetInt48(DWORD index, LONGLONG value) {
-    SetWide<6>(index, static_cast<ULONGLONG>(value));
+    SetWide<6>(*this, index, static_cast<ULONGLONG>(value));
 }
 void CByteStore::SetInt64(DWORD index, LONGLONG value) {
-    SetWide<8>(index, static_cast<ULONGLONG>(value));
+    SetWide<8>(*this, index, static_cast<ULONGLONG>(value));
 }
 
 // --- invariants ----------------------------------------------------------------------------------

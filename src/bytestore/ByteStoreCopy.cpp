@@ -1,36 +1,29 @@
-// CByteStore: copying in and out, slices, moving and discarding.
+// CByteStore: copying in and out, moving and discarding.
 
 #include "src/bytestore/ByteStoreInternal.h"
-
-#include "vnbytstr/ByteStream.h"
 
 #include <algorithm>
 #include <array>
 #include <cstring>
 
+using namespace vnbytstr::detail;
+
 namespace {
-
-using vnbytstr::detail::kChunk;
 constexpr DWORD kPageSize = CBytePage::m_dwPageSize;
-
-/// How many bytes a copy from a source of `length` bytes means: 0 asks for all from `index` on.
-DWORD BytesToCopy(DWORD length, DWORD index, DWORD count) {
-    if (index >= length)
-        return 0;
-    const DWORD available = length - index;
-    return count == 0 ? available : std::min(count, available);
-}
-
 } // namespace
 
 // --- in ------------------------------------------------------------------------------------------
 
 void CByteStore::CopyFrom(DWORD index, const BYTE* bytes, DWORD count) {
     CheckLength(static_cast<ULONGLONG>(index) + count);
+    // The source may be a page of this store that leaves memory on the way.
+    std::array<BYTE, 16> few;
     std::vector<BYTE> copy;
-    if (count > 0 && HoldsAddress(bytes)) {
-        // Its page may leave memory on the way.
-        vnbytstr::detail::WithMemoryException([&] { copy.assign(bytes, bytes + count); });
+    if (count <= few.size()) { // quicker than to find that out
+        std::copy_n(bytes, count, few.data());
+        bytes = few.data();
+    } else if (HoldsAddress(bytes)) {
+        WithMemoryException([&] { copy.assign(bytes, bytes + count); });
         bytes = copy.data();
     }
     LengthGuard guard(*this);
@@ -58,23 +51,14 @@ void CByteStore::Overwrite(DWORD index, const BYTE* bytes, DWORD count) {
 }
 
 void CByteStore::CopyFrom(DWORD index, CByteStore& source, DWORD sourceIndex, DWORD count) {
-    count = BytesToCopy(source.m_dwLength, sourceIndex, count);
+    count = CountToEnd(source.m_dwLength, sourceIndex, count);
     if (count == 0)
         return;
     CheckLength(static_cast<ULONGLONG>(index) + count);
-    if (&source == this && index > sourceIndex && index - sourceIndex < count) {
+    if (&source == this && index > sourceIndex && index - sourceIndex < count)
         CopyUpWithin(index, sourceIndex, count);
-        return;
-    }
-    LengthGuard guard(*this);
-    std::array<BYTE, kChunk> chunk;
-    for (DWORD done = 0; done < count;) {
-        const DWORD taken = std::min(count - done, kChunk);
-        source.CopyTo(sourceIndex + done, chunk.data(), taken, taken);
-        CopyFrom(index + done, chunk.data(), taken);
-        done += taken;
-    }
-    guard.Keep();
+    else
+        CopyInChunks(*this, index, source, sourceIndex, count);
 }
 
 /// Copies within the store to a higher place that overlaps the source: from the end, so that no
@@ -92,66 +76,22 @@ void CByteStore::CopyUpWithin(DWORD index, DWORD sourceIndex, DWORD count) {
     guard.Keep();
 }
 
-void CByteStore::CopyFrom(DWORD index, const CByteStream& source, DWORD sourceIndex, DWORD count) {
-    if (source.m_pStore) {
-        CopyFrom(index, *source.m_pStore, sourceIndex, count);
-        return;
-    }
-    count = BytesToCopy(source.GetLength(), sourceIndex, count);
-    if (count > 0) {
-        source.CheckRange(sourceIndex, count);
-        CopyFrom(index, source.m_pBuffer + sourceIndex, count);
-    }
-}
-
 // --- out -----------------------------------------------------------------------------------------
 
 void CByteStore::CopyTo(DWORD index, BYTE* destination, DWORD count, DWORD size) {
-    if (index > m_dwLength)
-        throw new CCacheException(CCacheException::kOutOfRange);
-    const DWORD available = m_dwLength - index;
-    if (count == 0 || count > available)
-        count = available;
+    count = CheckedCount(m_dwLength, index, count);
     const DWORD copied = size != 0 ? std::min(count, size) : count;
-    if (copied > 0 && index < m_dwStart)
-        throw new CCacheException(CCacheException::kOutOfRange);
-    DWORD done = 0;
-    while (done < copied) {
-        DWORD number, position;
-        GetPageNumFromIndex(index + done, number, position);
-        const DWORD taken = std::min(copied - done, kPageSize - position);
-        std::memcpy(destination + done, GetPageFromPageNum(number)->GetData() + position, taken);
-        done += taken;
-    }
+    BYTE* out = destination;
+    ForEachPiece(*this, index, copied, [&out](std::span<const BYTE> piece) {
+        out = std::copy(piece.begin(), piece.end(), out);
+        return true;
+    });
     if (size > copied)
         std::memset(destination + copied, 0, size - copied);
 }
 
-void CByteStore::CopyTo(DWORD index, CByteStream& destination, DWORD destinationIndex,
-                        DWORD count) {
-    destination.CopyFrom(destinationIndex, *this, index, count);
-}
-
 void CByteStore::CopyTo(DWORD index, CByteStore& destination, DWORD destinationIndex, DWORD count) {
     destination.CopyFrom(destinationIndex, *this, index, count);
-}
-
-// --- slices --------------------------------------------------------------------------------------
-
-CByteStream CByteStore::Mid(DWORD first, DWORD count) {
-    CByteStream slice;
-    if (count > 0)
-        slice.CopyFrom(0, *this, first, count);
-    return slice;
-}
-
-CByteStream CByteStore::Mid(DWORD first) { return Mid(first, 0xFFFFFFFF); }
-
-CByteStream CByteStore::Left(DWORD count) { return Mid(0, count); }
-
-CByteStream CByteStore::Right(DWORD count) {
-    count = std::min(count, m_dwLength);
-    return Mid(m_dwLength - count, count);
 }
 
 // --- moving and discarding -----------------------------------------------------------------------

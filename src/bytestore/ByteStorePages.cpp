@@ -91,6 +91,17 @@ CBytePage* CByteStore::PageForAppend(DWORD number) {
     return RoomForPage() ? AddPage() : SwapOutAPage();
 }
 
+std::span<const BYTE> CByteStore::GetPiece(DWORD index) {
+    if (index >= m_dwLength)
+        return {};
+    if (index < m_dwStart)
+        throw new CCacheException(CCacheException::kOutOfRange);
+    DWORD number, position;
+    GetPageNumFromIndex(index, number, position);
+    const BYTE* data = GetPageFromPageNum(number)->GetData();
+    return {data + position, std::min(m_dwLength - index, kPageSize - position)};
+}
+
 BYTE* CByteStore::GetFirstPage() { return GetPageFromPageNum(0)->GetData(); }
 
 void CByteStore::GrowPageTable(DWORD length) {
@@ -186,7 +197,6 @@ void CByteStore::DropPagesFrom(DWORD number) noexcept {
         m_arrOnFile.resize(number);
 }
 
-/// Cuts the store to `length` bytes, which it has.
 void CByteStore::Truncate(DWORD length) noexcept {
     if (length >= m_dwLength)
         return;

@@ -11,24 +11,19 @@
 //  5. On a read-only buffer m_dwAllocated equals m_dwLength, so that there is never room to write
 //     into.
 
-#include "src/bytestore/ByteStreamInternal.h"
+#include "src/bytestore/Containers.h"
 
-#include "src/bytestore/BigEndian.h"
-
+#include "vnbytstr/ByteStream.h"
 #include "vnbytstr/Profile.h"
 
-#include <algorithm>
-#include <array>
 #include <atomic>
 #include <cassert>
 #include <cstdlib>
-#include <cstring>
-#include <functional>
 #include <memory>
 #include <utility>
 #include <vector>
 
-using vnbytstr::detail::WithMemoryException;
+using namespace vnbytstr::detail;
 
 DWORD CByteStream::m_dwMaxSizeInMemory = 0;
 
@@ -95,13 +90,13 @@ CByteStream& CByteStream::operator=(const CByteStream& other) {
         PutIntoBuffer(other);
         return *this;
     }
-    const bool inStore = m_pStore != nullptr;
+    if (m_pStore) {
+        *m_pStore = other;
+        return *this;
+    }
     CByteStream copy;
-    copy.LieAs(*this);
     copy.CopyRetained(other);
     TakeContent(copy);
-    if (inStore)
-        m_pStore->SetComplete(FALSE);
     return *this;
 }
 
@@ -124,12 +119,6 @@ CByteStream& CByteStream::operator=(CByteStream&& other) noexcept {
     return *this;
 }
 
-/// Makes an empty stream one that lies in a store, if `other` does.
-void CByteStream::LieAs(const CByteStream& other) {
-    if (other.m_pStore)
-        m_pStore = WithMemoryException([] { return new CByteStore; });
-}
-
 /// Puts what the source still holds into this stream, which is empty, at the same indexes.
 template <class Source>
 void CByteStream::CopyRetained(Source& source) {
@@ -142,7 +131,7 @@ void CByteStream::CopyRetained(Source& source) {
             AllocTo(end); // by its least size it may pass the limit
     }
     if (m_pStore) {
-        m_pStore->CopyRetained(source);
+        vnbytstr::detail::CopyRetained(*m_pStore, source);
         return;
     }
     if (end > start)
@@ -174,21 +163,16 @@ void CByteStream::PutIntoBuffer(const CByteStream& source) {
     CheckInvariants();
 }
 
-/// The content becomes that of `result`, a stream that LieAs and CopyRetained or appending have
-/// made, and that is not needed any more.
+/// The content, which lies in memory, becomes that of `result`, which is not needed any more.
 void CByteStream::TakeContent(CByteStream& result) {
     if (m_nBufferMode == kWritable) {
         PutIntoBuffer(result);
         return;
     }
-    const BOOL complete = GetComplete();
-    if (m_pStore) {
-        m_pStore->TakeContent(*result.m_pStore);
-    } else {
-        const BOOL autoDelete = m_bAutoDelete;
-        Swap(result);
-        SetAutoDelete(autoDelete);
-    }
+    const BOOL complete = m_bComplete;
+    const BOOL autoDelete = m_bAutoDelete;
+    Swap(result);
+    SetAutoDelete(autoDelete);
     SetComplete(complete);
     CheckInvariants();
 }
@@ -245,7 +229,7 @@ BYTE* CByteStream::GetBufferSetLength(DWORD length) {
 
 BYTE* CByteStream::GetConcatBuffer(DWORD size) {
     const ULONGLONG end = static_cast<ULONGLONG>(GetLength()) + size;
-    CByteStore::CheckLength(end);
+    CheckLength(end);
     BYTE* buffer = GetBuffer(static_cast<DWORD>(end));
     return buffer ? buffer + m_dwLength : nullptr;
 }
@@ -351,9 +335,19 @@ void CByteStream::MoveToStore(bool withCursor) {
 
 // --- flags and range -----------------------------------------------------------------------------
 
+DWORD CByteStream::GetStart() const {
+    DWORD start, end;
+    GetRange(start, end);
+    return start;
+}
+
 void CByteStream::GetRange(DWORD& start, DWORD& end) const {
-    start = GetStart();
-    end = GetLength();
+    if (m_pStore) {
+        m_pStore->GetRange(start, end);
+        return;
+    }
+    start = m_dwStart;
+    end = m_dwLength;
 }
 
 void CByteStream::SetComplete(BOOL complete) {
@@ -379,41 +373,30 @@ void CByteStream::DiscardUpTo(DWORD index) {
 
 BYTE CByteStream::GetByteSlow(DWORD index) const { return m_pStore ? m_pStore->GetByte(index) : 0; }
 
-WORD CByteStream::GetWord(DWORD index) const {
-    if (m_pStore)
-        return m_pStore->GetWord(index);
-    const BYTE high = GetByte(index);
-    const BYTE low = index == 0xFFFFFFFFu ? BYTE{0} : GetByte(index + 1);
-    return static_cast<WORD>((high << 8) | low);
+WORD CByteStream::GetWord(DWORD index) const { return GetTwoBytes(*this, index); }
+DWORD CByteStream::GetDWord(DWORD index) const {
+    return static_cast<DWORD>(GetWide<4>(*this, index));
 }
-
-template <std::size_t Width>
-ULONGLONG CByteStream::GetWide(DWORD index) const {
-    std::array<BYTE, Width> bytes;
-    CopyTo(index, bytes.data(), Width, Width);
-    return vnbytstr::detail::FromBigEndian(bytes);
-}
-
-DWORD CByteStream::GetDWord(DWORD index) const { return static_cast<DWORD>(GetWide<4>(index)); }
 LONGLONG CByteStream::GetInt48(DWORD index) const {
-    return static_cast<LONGLONG>(GetWide<6>(index));
+    return static_cast<LONGLONG>(GetWide<6>(*this, index));
 }
 LONGLONG CByteStream::GetInt64(DWORD index) const {
-    return static_cast<LONGLONG>(GetWide<8>(index));
+    return static_cast<LONGLONG>(GetWide<8>(*this, index));
 }
 
+/// Sets a number, after the extension that a Set makes: unlike appending it may lose the cursor.
 template <std::size_t Width>
-void CByteStream::SetWide(DWORD index, ULONGLONG value) {
+void CByteStream::SetNumber(DWORD index, ULONGLONG value) {
     CheckWritable();
     const ULONGLONG end = static_cast<ULONGLONG>(index) + Width;
-    CByteStore::CheckLength(end);
+    CheckLength(end);
     if (!m_pStore)
         ExtendTo(static_cast<DWORD>(end));
     if (m_pStore) {
-        m_pStore->SetWide<Width>(index, value);
+        SetWide<Width>(*m_pStore, index, value);
         return;
     }
-    const auto bytes = vnbytstr::detail::ToBigEndian<Width>(value);
+    const auto bytes = ToBigEndian<Width>(value);
     std::memcpy(m_pBuffer + index, bytes.data(), Width);
 }
 
@@ -421,16 +404,16 @@ void CByteStream::SetByte(DWORD index, BYTE value) {
     if (m_pStore)
         m_pStore->SetByte(index, value);
     else
-        SetWide<1>(index, value);
+        SetNumber<1>(index, value);
 }
 
-void CByteStream::SetWord(DWORD index, WORD value) { SetWide<2>(index, value); }
-void CByteStream::SetDWord(DWORD index, DWORD value) { SetWide<4>(index, value); }
+void CByteStream::SetWord(DWORD index, WORD value) { SetNumber<2>(index, value); }
+void CByteStream::SetDWord(DWORD index, DWORD value) { SetNumber<4>(index, value); }
 void CByteStream::SetInt48(DWORD index, LONGLONG value) {
-    SetWide<6>(index, static_cast<ULONGLONG>(value));
+    SetNumber<6>(index, static_cast<ULONGLONG>(value));
 }
 void CByteStream::SetInt64(DWORD index, LONGLONG value) {
-    SetWide<8>(index, static_cast<ULONGLONG>(value));
+    SetNumber<8>(index, static_cast<ULONGLONG>(value));
 }
 
 // --- invariants ----------------------------------------------------------------------------------

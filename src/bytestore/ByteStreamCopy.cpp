@@ -1,22 +1,16 @@
 // CByteStream: appending, copying, slices, search, comparison, hex text, files.
 
-#include "src/bytestore/ByteStreamInternal.h"
-
-#include "src/bytestore/BigEndian.h"
+#include "src/bytestore/Containers.h"
 
 #include "src/bytestore/ByteSearch.h"
-#include "src/charset/HexText.h"
+#include "vnbytstr/ByteStream.h"
 #include "vnbytstr/ReplacementFile.h"
 
-#include <algorithm>
-#include <array>
-#include <cstring>
 #include <functional>
 #include <memory>
 #include <vector>
 
-using vnbytstr::detail::kChunk;
-using vnbytstr::detail::WithMemoryException;
+using namespace vnbytstr::detail;
 
 // --- appending -----------------------------------------------------------------------------------
 
@@ -29,7 +23,7 @@ void CByteStream::Concat(CByteStore& source) {
 }
 
 void CByteStream::ConcatWord(WORD value) {
-    const auto bytes = vnbytstr::detail::ToBigEndian<2>(value);
+    const auto bytes = ToBigEndian<2>(value);
     Concat(bytes.data(), 2);
 }
 
@@ -39,10 +33,10 @@ void CByteStream::Concat(DWORD count) {
         return;
     }
     const ULONGLONG length = static_cast<ULONGLONG>(m_dwLength) + count;
-    CByteStore::CheckLength(length);
+    CheckLength(length);
     ExtendTo(static_cast<DWORD>(length));
-    if (m_pStore)
-        m_pStore->ExtendTo(static_cast<DWORD>(length));
+    if (m_pStore) // it has moved, and has its old length still
+        m_pStore->SetByte(static_cast<DWORD>(length) - 1, 0);
 }
 
 CByteStream& CByteStream::operator+=(const CByteStream& source) {
@@ -65,7 +59,7 @@ CByteStream& CByteStream::operator+=(WORD value) {
 void CByteStream::CopyFrom(DWORD index, const BYTE* bytes, DWORD count) {
     CheckWritable();
     const ULONGLONG end = static_cast<ULONGLONG>(index) + count;
-    CByteStore::CheckLength(end);
+    CheckLength(end);
     if (m_pStore) {
         m_pStore->CopyFrom(index, bytes, count);
         return;
@@ -106,13 +100,10 @@ void CByteStream::CopyFrom(DWORD index, const CByteStream& source, DWORD sourceI
         return;
     }
     CheckWritable();
-    if (sourceIndex >= source.m_dwLength)
-        return;
-    const DWORD available = source.m_dwLength - sourceIndex;
-    if (count == 0 || count > available)
-        count = available;
+    count = CountToEnd(source.m_dwLength, sourceIndex, count);
     source.CheckRange(sourceIndex, count);
-    CopyFrom(index, source.m_pBuffer + sourceIndex, count);
+    if (count > 0)
+        CopyFrom(index, source.m_pBuffer + sourceIndex, count);
 }
 
 void CByteStream::CopyFrom(DWORD index, CByteStore& source, DWORD sourceIndex, DWORD count) {
@@ -121,21 +112,9 @@ void CByteStream::CopyFrom(DWORD index, CByteStore& source, DWORD sourceIndex, D
         m_pStore->CopyFrom(index, source, sourceIndex, count);
         return;
     }
-    if (sourceIndex >= source.GetLength())
-        return;
-    const DWORD available = source.GetLength() - sourceIndex;
-    if (count == 0 || count > available)
-        count = available;
-    CByteStore::CheckLength(static_cast<ULONGLONG>(index) + count);
-    LengthGuard guard(*this);
-    std::array<BYTE, kChunk> chunk;
-    for (DWORD done = 0; done < count;) {
-        const DWORD taken = std::min(count - done, kChunk);
-        source.CopyTo(sourceIndex + done, chunk.data(), taken, taken);
-        CopyFrom(index + done, chunk.data(), taken);
-        done += taken;
-    }
-    guard.Keep();
+    count = CountToEnd(source.GetLength(), sourceIndex, count);
+    if (count > 0)
+        CopyInChunks(*this, index, source, sourceIndex, count);
 }
 
 // --- copying out ---------------------------------------------------------------------------------
@@ -145,20 +124,12 @@ void CByteStream::CheckRange(DWORD index, DWORD count) const {
         throw new CCacheException(CCacheException::kOutOfRange);
 }
 
-/// The count of a copy out of memory: 0, or too many, means up to the end.
-DWORD CByteStream::CheckCopy(DWORD index, DWORD count) const {
-    if (index > m_dwLength)
-        throw new CCacheException(CCacheException::kOutOfRange);
-    const DWORD available = m_dwLength - index;
-    return count == 0 || count > available ? available : count;
-}
-
 void CByteStream::CopyTo(DWORD index, BYTE* destination, DWORD count, DWORD size) const {
     if (m_pStore) {
         m_pStore->CopyTo(index, destination, count, size);
         return;
     }
-    count = CheckCopy(index, count);
+    count = CheckedCount(m_dwLength, index, count);
     const DWORD copied = size != 0 ? std::min(count, size) : count;
     CheckRange(index, copied);
     if (copied > 0)
@@ -177,6 +148,15 @@ void CByteStream::CopyTo(DWORD index, CByteStore& destination, DWORD destination
     destination.CopyFrom(destinationIndex, *this, index, count);
 }
 
+std::span<const BYTE> CByteStream::GetPiece(DWORD index) const {
+    if (m_pStore)
+        return m_pStore->GetPiece(index);
+    if (index >= m_dwLength)
+        return {};
+    CheckRange(index, 1);
+    return {m_pBuffer + index, m_dwLength - index};
+}
+
 CByteStream CByteStream::Mid(DWORD first, DWORD count) const {
     CByteStream slice;
     if (count > 0)
@@ -193,10 +173,7 @@ CByteStream CByteStream::Right(DWORD count) const {
 
 void CByteStream::CopyFromHex(DWORD, const char* text) {
     CheckWritable();
-    LengthGuard guard(*this);
-    vnbytstr::detail::ForEachHexPiece(
-        text, [this](const BYTE* bytes, DWORD count) { Concat(bytes, count); });
-    guard.Keep();
+    AppendHex(*this, text);
 }
 
 void CByteStream::CopyFromHex(DWORD index, const CString& text) {
@@ -204,30 +181,11 @@ void CByteStream::CopyFromHex(DWORD index, const CString& text) {
 }
 
 void CByteStream::CopyToHex(DWORD index, char* destination, DWORD count, DWORD size) const {
-    if (m_pStore) {
-        m_pStore->CopyToHex(index, destination, count, size);
-        return;
-    }
-    count = CheckCopy(index, count);
-    CheckRange(index, count);
-    const ULONGLONG digits = count * 2ull;
-    CByteStore::CheckHexRoom(digits, size);
-    if (size > digits)
-        destination[digits] = '\0';
-    vnbytstr::detail::EncodeHex({m_pBuffer + index, count}, destination);
+    WriteHex(*this, index, destination, count, size);
 }
 
 void CByteStream::CopyToHex(DWORD index, CString& destination, DWORD count) const {
-    if (m_pStore) {
-        m_pStore->CopyToHex(index, destination, count);
-        return;
-    }
-    count = CheckCopy(index, count);
-    CheckRange(index, count);
-    CByteStore::CheckHexRoom(count * 2ull, 0);
-    const auto digits = static_cast<int>(count * 2);
-    vnbytstr::detail::EncodeHex({m_pBuffer + index, count}, destination.GetBufferSetLength(digits));
-    destination.ReleaseBuffer(digits);
+    WriteHex(*this, index, destination, count);
 }
 
 // --- search and comparison -----------------------------------------------------------------------
@@ -250,24 +208,12 @@ DWORD CByteStream::Find(const CByteStream& pattern, DWORD start) const {
     } else {
         pattern.CheckRange(0, length);
     }
-    const auto found = vnbytstr::detail::FindBytes({m_pBuffer, m_dwLength}, bytes, start);
+    const auto found = FindBytes({m_pBuffer, m_dwLength}, bytes, start);
     return found ? static_cast<DWORD>(*found) : kNotFound;
 }
 
 bool CByteStream::operator==(const CByteStream& other) const {
-    if (this == &other)
-        return true;
-    if (GetLength() != other.GetLength())
-        return false;
-    if (GetLength() == 0)
-        return true;
-    if (m_pStore)
-        return *m_pStore == other;
-    if (other.m_pStore)
-        return *other.m_pStore == *this;
-    const DWORD start = std::max(m_dwStart, other.m_dwStart);
-    return m_pBuffer == other.m_pBuffer ||
-           std::memcmp(m_pBuffer + start, other.m_pBuffer + start, m_dwLength - start) == 0;
+    return this == &other || (GetLength() == other.GetLength() && Compare(*this, other) == 0);
 }
 
 bool CByteStream::operator==(const char* hex) const { return *this == CByteStream(hex); }
@@ -298,6 +244,19 @@ void CByteStream::Shift(DWORD to, DWORD from) {
 void CByteStream::ShiftCurrent() {
     Shift(GetStart(), GetCurrentOffset());
     SetCurrentOffset(GetStart());
+}
+
+void CByteStream::Truncate(DWORD length) {
+    if (length >= GetLength())
+        return;
+    CheckWritable();
+    if (m_pStore) {
+        m_pStore->Truncate(length);
+        return;
+    }
+    m_dwLength = length;
+    m_dwStart = std::min(m_dwStart, length);
+    CheckInvariants();
 }
 
 // --- files ---------------------------------------------------------------------------------------

@@ -54,17 +54,4 @@ private:
     std::array<BYTE, kOutput> m_output;
 };
 
-/// Takes output into a buffer as far as it goes, and counts all of it.
-class BufferTaker {
-public:
-    BufferTaker(BYTE* out, DWORD room) : m_out(out), m_room(room) {}
-    void operator()(const BYTE* bytes, DWORD count);
-    ULONGLONG Total() const { return m_total; }
-
-private:
-    BYTE* m_out;
-    DWORD m_room;
-    ULONGLONG m_total = 0;
-};
-
 } // namespace vnbytstr::detail

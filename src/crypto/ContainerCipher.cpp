@@ -1,6 +1,7 @@
 // The Encrypt and Decrypt members of CByteStore and CByteStream.
 
-#include "src/bytestore/ByteStreamInternal.h"
+#include "src/bytestore/Containers.h"
+#include "vnbytstr/ByteStream.h"
 #include "vnbytstr/CryptoException.h"
 #include "vnbytstr/DES.h"
 
@@ -57,6 +58,28 @@ private:
     std::array<BYTE, kPiece> m_result;
 };
 
+/// Appends the cipher's result for all that `source` holds to `result`; false when there is none.
+template <class Source, class Result>
+bool RunPieces(Source& source, bool encrypt, CDES& cipher, Result& result) {
+    DWORD index, end;
+    source.GetRange(index, end);
+    Piece piece;
+    do {
+        const DWORD count = std::min(end - index, kPiece);
+        // A partial last block is read as a whole one: a copy with zeros after the bytes.
+        std::array<BYTE, kPiece + 8> bytes;
+        if (count > 0)
+            source.CopyTo(index, bytes.data(), count, count);
+        std::fill_n(bytes.begin() + count, 8, BYTE{0});
+        const std::optional<DWORD> length = piece.Run(cipher, encrypt, bytes.data(), count);
+        if (!length)
+            return false;
+        result.Concat(piece.Result(), *length);
+        index += count;
+    } while (index < end);
+    return true;
+}
+
 } // namespace
 
 // --- store ---------------------------------------------------------------------------------------
@@ -65,27 +88,14 @@ int CByteStore::Encipher(bool encrypt, CDES& cipher, CByteStore& destination) {
     if (&destination == this) {
         CByteStore result;
         result.m_nMaxPages = m_nMaxPages;
-        if (!Encipher(encrypt, cipher, result))
+        if (!RunPieces(*this, encrypt, cipher, result))
             return 0;
         TakeContent(result);
         return 1;
     }
-    EmptyGuard guard(destination);
-    Piece piece;
-    DWORD index = m_dwStart;
-    do {
-        const DWORD count = std::min(m_dwLength - index, kPiece);
-        // A partial last block is read as a whole one, so a copy with room behind it.
-        std::array<BYTE, kPiece + 8> bytes;
-        if (count > 0)
-            CopyTo(index, bytes.data(), count, count);
-        std::fill_n(bytes.begin() + count, 8, BYTE{0});
-        const std::optional<DWORD> length = piece.Run(cipher, encrypt, bytes.data(), count);
-        if (!length)
-            return 0;
-        destination.Concat(piece.Result(), *length);
-        index += count;
-    } while (index < m_dwLength);
+    vnbytstr::detail::EmptyGuard guard(destination);
+    if (!RunPieces(*this, encrypt, cipher, destination))
+        return 0;
     guard.Keep();
     return 1;
 }
@@ -104,36 +114,30 @@ int CByteStore::Decrypt(const CByteStream& key, const CByteStream& vector, CDES:
 
 // --- stream --------------------------------------------------------------------------------------
 
-int CByteStream::Encipher(bool encrypt, CDES& cipher) {
+int CByteStream::Encipher(bool encrypt, const CByteStream& key, const CByteStream& vector,
+                          CDES::EMode mode, bool pad) {
+    if (m_pStore) {
+        const auto inPlace = encrypt ? &CByteStore::Encrypt : &CByteStore::Decrypt;
+        const BOOL complete = GetComplete();
+        const int done = (m_pStore->*inPlace)(key, vector, mode, pad, *m_pStore);
+        m_pStore->SetComplete(complete);
+        return done;
+    }
+    CDES cipher = MakeCipher(key, vector, mode, pad);
     CheckWritable();
-    Piece piece;
     CByteStream result;
-    result.LieAs(*this);
-    DWORD index = GetStart();
-    do {
-        const DWORD count = std::min(GetLength() - index, kPiece);
-        std::array<BYTE, kPiece + 8> bytes;
-        if (count > 0)
-            CopyTo(index, bytes.data(), count, count);
-        std::fill_n(bytes.begin() + count, 8, BYTE{0});
-        const std::optional<DWORD> length = piece.Run(cipher, encrypt, bytes.data(), count);
-        if (!length)
-            return 0;
-        result.Concat(piece.Result(), *length);
-        index += count;
-    } while (index < GetLength());
+    if (!RunPieces(*this, encrypt, cipher, result))
+        return 0;
     TakeContent(result);
     return 1;
 }
 
 int CByteStream::Encrypt(const CByteStream& key, const CByteStream& vector, CDES::EMode mode,
                          bool pad) {
-    CDES cipher = MakeCipher(key, vector, mode, pad);
-    return Encipher(true, cipher);
+    return Encipher(true, key, vector, mode, pad);
 }
 
 int CByteStream::Decrypt(const CByteStream& key, const CByteStream& vector, CDES::EMode mode,
                          bool pad) {
-    CDES cipher = MakeCipher(key, vector, mode, pad);
-    return Encipher(false, cipher);
+    return Encipher(false, key, vector, mode, pad);
 }

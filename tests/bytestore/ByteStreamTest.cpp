@@ -152,7 +152,8 @@ TEST_F(ByteStreamTest, ReadOnlyBufferIsNeverWritten) {
              [&] { stream.ConcatByte(1); }, [&] { stream.CopyFromHex(0, "01"); },
              [&] { stream = other; }, [&] { stream.Shift(0, 1); }, [&] { stream.GetBuffer(1); },
              [&] { stream.ReleaseBuffer(1); }, [&] { stream.Concat(DWORD{1}); },
-             [&] { stream.Concat(other); }, [&] { stream.GetConcatBufferSetLength(1); }})
+             [&] { stream.Concat(other); }, [&] { stream.GetConcatBufferSetLength(1); },
+             [&] { stream.Truncate(9); }})
         EXPECT_EQ(CauseOf(change), 3);
     EXPECT_EQ(Content(stream), bytes);
     stream.SetInternalBuffer();

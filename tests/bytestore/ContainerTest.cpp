@@ -36,6 +36,10 @@ struct Model {
         bytes.clear();
         start = cursor = 0;
     }
+    void Truncate(DWORD length) {
+        bytes.resize(std::min(length, Length()));
+        start = std::min(start, Length());
+    }
     /// A block grows to `size` bytes.
     void Allocate(DWORD size) {
         if (limit == 0 || size <= capacity)
@@ -253,6 +257,14 @@ void ContainerTest<Kind>::Read(const Model& model, Value& value) {
     ASSERT_EQ(static_cast<ULONGLONG>(value.GetInt48(index)), model.Wide(index, 6));
     ASSERT_EQ(static_cast<ULONGLONG>(value.GetInt64(index)), model.Wide(index, 8));
     ASSERT_EQ(CauseOf([&] { value.GetDWord(model.Length() + 1); }), 0);
+    for (DWORD at = index; at < model.Length();) {
+        const std::span<const BYTE> piece = value.GetPiece(at);
+        ASSERT_FALSE(piece.empty());
+        ASSERT_LE(at + piece.size(), model.bytes.size());
+        ASSERT_TRUE(std::equal(piece.begin(), piece.end(), model.bytes.begin() + at));
+        at += static_cast<DWORD>(piece.size());
+    }
+    ASSERT_TRUE(value.GetPiece(model.Length()).empty());
 
     const DWORD count = Random(model.Length() - index + 1);
     CByteStream slice = value.Mid(index, count);
@@ -271,6 +283,7 @@ void ContainerTest<Kind>::Read(const Model& model, Value& value) {
     if (model.start > 0) {
         ASSERT_EQ(CauseOf([&] { value.CopyTo(model.start - 1, Bytes(1).data(), 1, 1); }),
                   model.start - 1 < model.Length() ? 0 : -1);
+        ASSERT_EQ(CauseOf([&] { value.GetPiece(model.start - 1); }), 0);
     }
     const CByteStream pattern = Random(3) ? value.Mid(index, Random(6)) : CByteStream("0102030300");
     Bytes bytes(pattern.GetLength());
@@ -411,6 +424,10 @@ TYPED_TEST(ContainerTest, RandomOperationsAgreeWithAModel) {
         case 0: {
             const DWORD to = model.start + this->Random(model.Length() - model.start + 1);
             const DWORD from = to + this->Random(model.Length() - to + 1);
+            if (this->Random(8) == 0) {
+                value.Truncate(from + 1);
+                model.Truncate(from + 1);
+            }
             value.Shift(to, from);
             model.Shift(to, from);
             break;

@@ -1,0 +1,31 @@
+// CByteStore: translation between coded character sets.
+
+#include "src/bytestore/ContainerTranslation.h"
+
+using namespace vnbytstr::detail;
+
+int CByteStore::TranslateCCSID(WORD from, WORD to, CByteStore& destination,
+                               STranslationReport* report) {
+    if (&destination != this)
+        return TranslateTo(*this, from, to, destination, report);
+    CByteStore translated;
+    translated.m_nMaxPages = m_nMaxPages;
+    if (!TranslateTo(*this, from, to, translated, report))
+        return 0;
+    TakeContent(translated);
+    return 1;
+}
+
+int CByteStore::TranslateCCSID(DWORD index, DWORD count, BYTE* out, DWORD* outLength, WORD from,
+                               WORD to, STranslationReport* report) {
+    return TranslateInto(*this, index, count, out, outLength, from, to, report);
+}
+
+int CByteStore::TranslateCCSID(BYTE* out, DWORD* outLength, WORD from, WORD to,
+                               STranslationReport* report) {
+    return TranslateCCSID(m_dwStart, 0, out, outLength, from, to, report);
+}
+
+int CByteStore::TranslateCCSID(WORD from, CString& text, STranslationReport* report) {
+    return TranslateToText(*this, from, text, report);
+}
