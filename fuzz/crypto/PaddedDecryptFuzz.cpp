@@ -4,6 +4,7 @@
 #include "fuzz/FuzzInput.h"
 #include "src/os/CpuKernel.h"
 #include "vnbytstr/ByteStream.h"
+#include "vnbytstr/DES.h"
 
 using namespace vnbytstr;
 using fuzz::Require;

@@ -14,12 +14,8 @@ class CByteStream;
 /// chaining mode (FIPS 81), on request with padding (PKCS #5) and in segments.
 ///
 /// Threads: one at a time.
-class VNBYTSTR_API CDES {
+class VNBYTSTR_API CDES : public SDESMode {
 public:
-    /// Every value but eCBC means electronic code book.
-    using EMode = SDESMode::EMode;
-    using enum SDESMode::EMode; // eECB, eCBC
-
     /// Key, initialization vector and mode zero; no padding, not segmented.
     CDES() { Init(); }
     CDES(const BYTE* key, int length);

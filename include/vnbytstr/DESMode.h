@@ -1,8 +1,9 @@
-// How DES enciphers one block after the other; known to the containers, which need no more of CDES.
+// How DES enciphers one block after another. Apart from DES.h, since the containers need no more.
 #pragma once
 
-/// Holds the type that CDES calls EMode.
+/// A base of CDES, whose mode is this type.
 struct SDESMode {
-    /// Electronic code book: each block alone. Cipher block chaining (FIPS 81).
+    /// Electronic code book (each block by itself) or cipher block chaining (FIPS 81). Every value
+    /// but eCBC means electronic code book.
     enum EMode : int { eECB = 0, eCBC = 1 };
 };

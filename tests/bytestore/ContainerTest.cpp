@@ -2,6 +2,7 @@
 #include "tests/bytestore/StoreFixture.h"
 
 #include "vnbytstr/Ccsid.h"
+#include "vnbytstr/DES.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -1,5 +1,6 @@
 // Stores and streams as values: copies, assignment, moves, and one from the other.
 #include "tests/bytestore/StoreFixture.h"
+#include "vnbytstr/DES.h"
 #include "vnbytstr/FixedBinary.h"
 
 #include <type_traits>

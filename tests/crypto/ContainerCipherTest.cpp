@@ -2,6 +2,7 @@
 #define OPENSSL_SUPPRESS_DEPRECATED
 
 #include "tests/bytestore/StoreFixture.h"
+#include "vnbytstr/DES.h"
 #include "vnbytstr/DiffieHellman.h"
 #include "vnbytstr/FixedBinary.h"
 

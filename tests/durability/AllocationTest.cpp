@@ -10,6 +10,7 @@
 #include "vnbytstr/BidiText.h"
 #include "vnbytstr/ByteStore.h"
 #include "vnbytstr/ByteStream.h"
+#include "vnbytstr/DES.h"
 #include "vnbytstr/DiffieHellman.h"
 #include "vnbytstr/GlobalVars.h"
 #include "vnbytstr/Language.h"

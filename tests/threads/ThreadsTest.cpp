@@ -5,6 +5,7 @@
 #include "tests/support/TemporaryFolder.h"
 #include "vnbytstr/ByteStream.h"
 #include "vnbytstr/Ccsid.h"
+#include "vnbytstr/DES.h"
 #include "vnbytstr/FixedBinary.h"
 #include "vnbytstr/GlobalVars.h"
 #include "vnbytstr/Language.h"
