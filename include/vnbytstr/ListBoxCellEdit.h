@@ -3,6 +3,7 @@
 #pragma once
 
 #include "vnbytstr/EditEx.h"
+#include "vnbytstr/ListParts.h"
 #include "vnbytstr/framework/Export.h"
 #include "vnbytstr/window/Wnd.h"
 
@@ -25,7 +26,7 @@ protected:
 
 private:
     CBrowser m_browser;
-    CListBoxEx* m_pList = nullptr; ///< outlives its children
+    vnbytstr::detail::CellEditorOwner* m_pOwner = nullptr;
     BOOL m_bOwnsItself = FALSE;
 };
 
@@ -45,6 +46,6 @@ protected:
     DECLARE_MESSAGE_MAP()
 
 private:
-    CListBoxEx* m_pList = nullptr; ///< outlives its children
+    vnbytstr::detail::CellEditorOwner* m_pOwner = nullptr;
     BOOL m_bOwnsItself = FALSE;
 };

@@ -5,6 +5,7 @@
 #include "vnbytstr/ListBoxExHeadings.h"
 #include "vnbytstr/ListColumn.h"
 #include "vnbytstr/ListDropTarget.h"
+#include "vnbytstr/ListParts.h"
 #include "vnbytstr/framework/Arrays.h"
 #include "vnbytstr/framework/Export.h"
 #include "vnbytstr/framework/String.h"
@@ -55,7 +56,10 @@ struct SSortItem {
 ///
 /// The parent may do anything while it is asked, also destroy the list and delete this object.
 /// Main thread only.
-class VNBYTSTR_API CListBoxEx : public CWnd {
+class VNBYTSTR_API CListBoxEx : public CWnd,
+                                public vnbytstr::detail::HeadingsOwner,
+                                public vnbytstr::detail::CellEditorOwner,
+                                public vnbytstr::detail::DropOwner {
     DECLARE_DYNAMIC(CListBoxEx)
 public:
     CListBoxEx();
@@ -111,10 +115,10 @@ public:
     virtual SSortItem* SortInternal(int column);
     /// The same without the array. Whether there was a sort. SortInternal leaves the items' values
     /// empty when it is called from here, unless SetSortValues asked for them.
-    virtual BOOL Sort(int column);
+    BOOL Sort(int column) override;
     /// Gives columns without width theirs. Runs once, when the list is first painted, sized or
     /// asked; not before there are columns and the list has a width.
-    virtual void SetWidths();
+    void SetWidths() override;
     /// Answers the height of every row: text height without internal leading, plus 4, measured once
     /// with the list's font of that time.
     virtual void MeasureItem(LPMEASUREITEMSTRUCT item);
@@ -144,11 +148,11 @@ public:
     int GetNumColumns() const { return m_nColumns; }
     int GetColumnWidth(int column) const;
     CString GetColumnName(int column) const;
-    BOOL IsSortEnabled() const { return m_bSortEnabled; }
+    BOOL IsSortEnabled() const override { return m_bSortEnabled; }
     /// -1: not sorted.
-    int GetSortColumn() const { return m_nSortColumn; }
+    int GetSortColumn() const override { return m_nSortColumn; }
     /// 0 not sorted, 1 upwards, 2 downwards.
-    int GetSortState() const { return m_nSortState; }
+    int GetSortState() const override { return m_nSortState; }
     /// Null when there is none.
     CListBoxExHeadings* GetHeadings() const { return m_pHeadings; }
     /// The open editor; null when none is.
@@ -211,7 +215,7 @@ public:
     /// Makes a column as wide as its heading and its widest value, with the gaps of both. The list
     /// is measured in full up to 1000 rows; of more rows the visible ones and those with the
     /// longest texts.
-    void AutoFitCol(int column);
+    void AutoFitCol(int column) override;
 
     // --- beyond the usual, off unless asked for --------------------------------------------------
     /// AutoFitCol for every column.
@@ -225,7 +229,7 @@ public:
     /// (Usually columns past the right edge cannot be seen.)
     void EnableSideScroll(BOOL on = TRUE);
     /// Pixels hidden at the left (in a mirrored list: right) of the list.
-    int GetSideShift() const;
+    int GetSideShift() const override;
     /// Scrolls sideways until the column is in view; of one that is too wide the beginning is.
     void ShowColumn(int column);
     /// A column's width without what the last one has grown by; in pixels.
@@ -271,7 +275,7 @@ protected:
     CListBoxExHeadings* m_pHeadings = nullptr;
     BOOL m_bSortEnabled = FALSE;
     int m_nSortColumn = -1;
-    int m_nSortState = 0;
+    int m_nSortState = kNotSorted;
     BOOL m_bEditing = FALSE;
     int m_nCurRow = -1;
     int m_nCurColumn = -1;
@@ -294,20 +298,23 @@ protected:
     SSortItem* SortForOrder(int column);
 
 private:
-    friend class CListBoxExHeadings;
-    friend class CListDropTarget;
-    friend class CListBoxCellEdit;
-    friend class CListBoxCellComboBox;
     class Lifeline;
     class Accessible;
     struct CellPlace;
 
+    std::span<const SListColumn> GetColumns() const override {
+        return {m_pColumns.get(), static_cast<std::size_t>(m_nColumns)};
+    }
+    void ResizeColumn(int column, int width) override;
+    void FillLastColumn(int width) override;
+    void ColumnsMoved(int left, BOOL erase) override;
+    void EditorDestroyed(const CWnd* editor) override;
+    DROPEFFECT DragOver(CPoint point) override;
+    void DropFile(const CString& name) override;
+
     void Prepare();
     void CheckInvariants() const;
     void RedrawAll();
-    std::span<const SListColumn> ColumnSpan() const {
-        return {m_pColumns.get(), static_cast<std::size_t>(m_nColumns)};
-    }
     BOOL IsColumn(int column) const { return column >= 0 && column < m_nColumns; }
     BOOL IsRow(int row) const { return row >= 0 && row < GetCount(); }
     BOOL HasManySelected() const;
@@ -323,21 +330,17 @@ private:
     BOOL PlaceCell(int row, int column, CellPlace& place);
     CWnd* MakeEdit(int column, int type, LPCTSTR value, const CRect& rect);
     CWnd* MakeCombo(int column, int type, LPCTSTR value, const CRect& rect);
-    void EditorGone(const CWnd* editor);
     void CloseEditor();
     void EditUnder(int row, int column);
     void EditNextCell(const vnbytstr::detail::CellAddress& from, bool forward);
     void MoveToNextCell(BOOL forward);
     BOOL ZoomCell();
     void OpenFile(const CString& name);
-    DROPEFFECT DragOver(CPoint point);
-    void DropFile(const CString& name);
     void RowsInserted(int row);
     void RowDeleted(int row);
     void FollowEditedRow();
     void UpdateExtent();
     void SideShiftChanged();
-    void FillLastColumn(int width);
     void RefocusEditor();
     void ForgetRows();
     void ApplyOrder(const std::vector<DWORD>& order, const SSortItem* items);

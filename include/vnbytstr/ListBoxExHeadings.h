@@ -5,8 +5,11 @@
 #include "vnbytstr/framework/Export.h"
 #include "vnbytstr/window/Wnd.h"
 
+#include <memory>
+
 namespace vnbytstr::detail {
 class HeadingGeometry;
+class HeadingsOwner;
 struct HeadingTracking;
 } // namespace vnbytstr::detail
 
@@ -84,25 +87,21 @@ protected:
     DECLARE_MESSAGE_MAP()
 
     CListBoxEx* m_pList = nullptr;
-    BOOL m_bTracking = FALSE; ///< the mouse is captured for a resize or a press
-    CBrush m_brBackground;    ///< made when first needed, like the pens
+    /// What the pressed mouse does.
+    const std::unique_ptr<vnbytstr::detail::HeadingTracking> m_pTracking;
+    CBrush m_brBackground; ///< made when first needed, like the pens
     CPen m_penFrame;
     CPen m_penHighlight;
     CPen m_penShadow;
-    BOOL m_bPressedLook = FALSE; ///< the pressed heading is drawn sunken
     HCURSOR m_hArrow;
     HCURSOR m_hSize;
     CFont m_font;               ///< the strip's copy of the font of WM_SETFONT
     BOOL m_bSystemFont = FALSE; ///< WM_SETFONT passed no font
-    int m_nSizingColumn = -1;
-    int m_nSizerPosition = 0; ///< x of the moving boundary
-    int m_nGrabOffset = 0;    ///< boundary x minus pointer x at the press
-    int m_nPressedHeading = -1;
 
 private:
+    vnbytstr::detail::HeadingsOwner& Owner() const;
+    int ColumnCount() const;
     vnbytstr::detail::HeadingGeometry Geometry() const;
-    vnbytstr::detail::HeadingTracking Tracking() const;
-    void SetTracking(const vnbytstr::detail::HeadingTracking& tracking);
     void FocusList();
     void BeginResize(int column, CPoint point);
     void ResizeTo(CPoint point, BOOL erase);

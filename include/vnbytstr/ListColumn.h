@@ -19,6 +19,20 @@ enum EListEditor : int {
     kEditorSortedPick = 8,  ///< as 6, the list sorted
 };
 
+/// SQL data types of large objects, as SetEditDataType takes them.
+enum EListDataType : short {
+    kDataBlob = 404,
+    kDataClob = 408,
+    kDataDBClob = 412,
+    kDataBlobLocator = 960,
+    kDataClobLocator = 964,
+    kDataDBClobLocator = 968,
+    kDataXml = 988, ///< shown as a BLOB is
+};
+
+/// What GetSortState of a list answers.
+enum EListSortState : int { kNotSorted = 0, kSortedAscending = 1, kSortedDescending = 2 };
+
 /// One column of a CListBoxEx. Widths and spacings are in pixels.
 struct SListColumn {
     int m_nWidth = 0;   ///< 0: not sized yet

@@ -15,7 +15,7 @@ END_MESSAGE_MAP()
 
 BOOL CListBoxCellEdit::CreateCell(DWORD style, const RECT& rect, CListBoxEx* list, UINT id) {
     m_bOwnsItself = Create(style, rect, list, id);
-    m_pList = list;
+    m_pOwner = list;
     return m_bOwnsItself;
 }
 
@@ -24,13 +24,13 @@ void CListBoxCellEdit::OnClose() { DestroyWindow(); }
 void CListBoxCellEdit::PostNcDestroy() {
     if (!m_bOwnsItself)
         return;
-    m_pList->EditorGone(this);
+    m_pOwner->EditorDestroyed(this);
     delete this;
 }
 
 BOOL CListBoxCellComboBox::CreateCell(DWORD style, const RECT& rect, CListBoxEx* list, UINT id) {
     m_bOwnsItself = CWnd::Create("COMBOBOX", "", style, rect, list, id);
-    m_pList = list;
+    m_pOwner = list;
     return m_bOwnsItself;
 }
 
@@ -39,6 +39,6 @@ void CListBoxCellComboBox::OnClose() { DestroyWindow(); }
 void CListBoxCellComboBox::PostNcDestroy() {
     if (!m_bOwnsItself)
         return;
-    m_pList->EditorGone(this);
+    m_pOwner->EditorDestroyed(this);
     delete this;
 }

@@ -2,7 +2,7 @@
 // 1. m_pColumns holds m_nColumns records, or is null and m_nColumns is 0. m_pFractionalWidths, when
 //    it is not null, has as many elements.
 // 2. The separator is not empty.
-// 3. m_nSortState is 0, 1 or 2, and 0 exactly when m_nSortColumn is -1.
+// 3. m_nSortState is an EListSortState, kNotSorted exactly when m_nSortColumn is -1.
 // 4. While m_pActiveEditor is set it is an editor made by this list that is not closing, and
 //    m_nCurRow, m_nCurColumn name its cell.
 // 5. Entry i of the per-row arrays belongs to row i; rows behind an array's end have the default.
@@ -73,8 +73,8 @@ void CListBoxEx::Init() {
 void CListBoxEx::CheckInvariants() const {
     assert((m_pColumns == nullptr) == (m_nColumns == 0));
     assert(!m_strSeparator.IsEmpty());
-    assert(m_nSortState >= 0 && m_nSortState <= 2);
-    assert((m_nSortState == 0) == (m_nSortColumn == -1));
+    assert(m_nSortState >= kNotSorted && m_nSortState <= kSortedDescending);
+    assert((m_nSortState == kNotSorted) == (m_nSortColumn == -1));
     assert(m_pActiveEditor == nullptr || IsColumn(m_nCurColumn));
 }
 
@@ -123,7 +123,7 @@ void CListBoxEx::SetNumColumns(int count) {
     m_nColumns = columns;
     m_bWidthsComputed = FALSE;
     m_nSortColumn = -1;
-    m_nSortState = 0;
+    m_nSortState = kNotSorted;
     m_nCurColumn = -1;
     m_nLastOwnWidth = 0;
     UpdateExtent();
@@ -151,6 +151,21 @@ void CListBoxEx::SetColumnWidth(int column, int width) {
         m_nLastOwnWidth = std::max(width, 0);
     UpdateExtent();
     RedrawAll();
+}
+
+void CListBoxEx::ResizeColumn(int column, int width) {
+    if (IsColumn(column))
+        m_pColumns[static_cast<std::size_t>(column)].m_nWidth = width;
+}
+
+void CListBoxEx::ColumnsMoved(int left, BOOL erase) {
+    if (GetSafeHwnd() == nullptr)
+        return;
+    CRect rows;
+    GetClientRect(rows);
+    rows.left = left;
+    InvalidateRect(rows, erase);
+    FollowEditedRow();
 }
 
 void CListBoxEx::SetFractionalColumnWidth(int column, int percent) {

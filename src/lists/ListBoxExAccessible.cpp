@@ -23,9 +23,9 @@ CString CListBoxEx::Accessible::GetAccessibleHeading(int column) const {
 }
 
 CAccessibleTable::Sort CListBoxEx::Accessible::GetAccessibleSort(int column) const {
-    if (column != m_list.m_nSortColumn || m_list.m_nSortState == 0)
+    if (column != m_list.m_nSortColumn || m_list.m_nSortState == kNotSorted)
         return Sort::None;
-    return m_list.m_nSortState == 1 ? Sort::Ascending : Sort::Descending;
+    return m_list.m_nSortState == kSortedAscending ? Sort::Ascending : Sort::Descending;
 }
 
 CString CListBoxEx::Accessible::GetAccessibleSortText(Sort sort) const {
@@ -76,7 +76,7 @@ CRect CListBoxEx::Accessible::GetAccessibleCellRect(int row, int column) const {
     CRect client;
     m_list.GetClientRect(client);
     if (m_list.m_nColumns > 0) {
-        const PixelSpan span = CellSpan(m_list.ColumnSpan(), column);
+        const PixelSpan span = CellSpan(m_list.GetColumns(), column);
         rect.left = span.left - m_list.GetSideShift();
         rect.right = span.right - m_list.GetSideShift();
     }

@@ -129,7 +129,7 @@ void CListBoxEx::DrawColumns(CDC* dc, CRect rect, LPCTSTR text) {
     CRect seenArea(rect);
     if (m_bSideScroll)
         dc->GetClipBox(seenArea); // no time for what is scrolled out
-    LayOutRow(ColumnSpan(), row, ViewOf(m_strSeparator), {rect.left, rect.right}, m_nOffset,
+    LayOutRow(GetColumns(), row, ViewOf(m_strSeparator), {rect.left, rect.right}, m_nOffset,
               [&](const DrawnCell& cell) {
                   if (cell.span.IsEmpty() || cell.text.empty() ||
                       cell.span.right <= seenArea.left || cell.span.left >= seenArea.right)

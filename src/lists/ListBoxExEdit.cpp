@@ -38,7 +38,7 @@ BOOL CListBoxEx::PlaceCell(int row, int column, CellPlace& place) {
     const bool scrolls = (GetStyle() & WS_VSCROLL) != 0;
     const int shift = GetSideShift();
     const PixelSpan span =
-        CellSpan(ColumnSpan(), column, scrolls ? std::max<int>(client.right, 0) + shift : -1);
+        CellSpan(GetColumns(), column, scrolls ? std::max<int>(client.right, 0) + shift : -1);
     if (scrolls && span.IsEmpty())
         return FALSE;
     const int height = static_cast<int>(SendMessage(LB_GETITEMHEIGHT));
@@ -236,8 +236,7 @@ void CListBoxEx::CellCancel() {
         StopEditing();
 }
 
-/// An editor's window ended, whoever ended it.
-void CListBoxEx::EditorGone(const CWnd* editor) {
+void CListBoxEx::EditorDestroyed(const CWnd* editor) {
     if (m_pActiveEditor == editor)
         m_pActiveEditor = nullptr;
 }

@@ -43,7 +43,8 @@ ON_WM_KILLFOCUS()
 END_MESSAGE_MAP()
 
 CListBoxExHeadings::CListBoxExHeadings()
-    : m_hArrow(LoadCursor(nullptr, IDC_ARROW)), m_hSize(LoadCursor(nullptr, IDC_SIZEWE)) {}
+    : m_pTracking(std::make_unique<HeadingTracking>()), m_hArrow(LoadCursor(nullptr, IDC_ARROW)),
+      m_hSize(LoadCursor(nullptr, IDC_SIZEWE)) {}
 
 CListBoxExHeadings::~CListBoxExHeadings() {
     if (GetSafeHwnd() != nullptr)
@@ -69,22 +70,27 @@ BOOL CListBoxExHeadings::Create(const RECT& rect, CWnd* parent, UINT id) {
 }
 
 void CListBoxExHeadings::SetListBox(CListBoxEx* list) {
-    if (list != m_pList && m_bTracking)
+    if (list != m_pList && m_pTracking->tracking)
         OnCancelMode();
     m_pList = list;
 }
 
 // --- geometry ------------------------------------------------------------------------------------
 
+/// The list, which must be set, by what headings need of it.
+HeadingsOwner& CListBoxExHeadings::Owner() const { return *m_pList; }
+
+int CListBoxExHeadings::ColumnCount() const {
+    return m_pList != nullptr ? static_cast<int>(Owner().GetColumns().size()) : 0;
+}
+
 HeadingGeometry CListBoxExHeadings::Geometry() const {
     CRect client;
     if (GetSafeHwnd() != nullptr)
         GetClientRect(client);
-    Columns columns;
-    if (m_pList != nullptr)
-        columns = m_pList->ColumnSpan();
-    return {columns, client.Width(), client.Height(),
-            m_pList != nullptr ? m_pList->GetSideShift() : 0};
+    if (m_pList == nullptr)
+        return {{}, client.Width(), client.Height()};
+    return {Owner().GetColumns(), client.Width(), client.Height(), Owner().GetSideShift()};
 }
 
 BOOL CListBoxExHeadings::GetRect(int column, CRect* rect) {
@@ -100,7 +106,7 @@ int CListBoxExHeadings::SizerHitTest(CPoint point) { return Geometry().SizerHitT
 
 void CListBoxExHeadings::FixLastColWidth() {
     if (m_pList != nullptr)
-        m_pList->FillLastColumn(Geometry().FixedLastWidth());
+        Owner().FillLastColumn(Geometry().FixedLastWidth());
 }
 
 CFont* CListBoxExHeadings::GetActiveFont() {
@@ -220,19 +226,19 @@ void CListBoxExHeadings::OnPaint() {
     dc.FillRect(client, &m_brBackground);
     if (m_pList == nullptr)
         return;
-    m_pList->SetWidths();
+    Owner().SetWidths();
     CFont* font = GetActiveFont();
     CFont* old = font != nullptr ? dc.SelectObject(font) : nullptr;
     dc.SetBkMode(TRANSPARENT);
     dc.SetTextColor(GetSysColor(IsWindowEnabled() ? COLOR_BTNTEXT : COLOR_GRAYTEXT));
     CRect rect;
-    for (int column = 0; column < m_pList->m_nColumns && GetRect(column, &rect); ++column) {
+    for (int column = 0; column < ColumnCount() && GetRect(column, &rect); ++column) {
         if (rect.right <= 0)
             continue; // scrolled out
-        DrawHeading(&dc, m_pList->m_pColumns[static_cast<std::size_t>(column)].m_strHeading, rect,
-                    m_bPressedLook && column == m_nPressedHeading);
-        if (m_bSortArrow && column == m_pList->m_nSortColumn)
-            DrawArrow(&dc, rect, m_pList->m_nSortState == 1);
+        DrawHeading(&dc, Owner().GetColumns()[static_cast<std::size_t>(column)].m_strHeading, rect,
+                    m_pTracking->pressedLook && column == m_pTracking->pressedHeading);
+        if (m_bSortArrow && column == Owner().GetSortColumn())
+            DrawArrow(&dc, rect, Owner().GetSortState() == kSortedAscending);
         if (m_bKeyboard && column == m_nFocusColumn && GetFocus() == this) {
             rect.DeflateRect(2, 2);
             dc.DrawFocusRect(rect);
@@ -246,7 +252,7 @@ void CListBoxExHeadings::DrawSizer() {
     CWnd* parent = GetSafeHwnd() != nullptr ? GetParent() : nullptr;
     if (parent == nullptr || m_pList == nullptr || m_pList->GetSafeHwnd() == nullptr)
         return;
-    CRect line(m_nSizerPosition, 0, m_nSizerPosition + 1, 1);
+    CRect line(m_pTracking->sizerPosition, 0, m_pTracking->sizerPosition + 1, 1);
     MapWindowPoints(parent, line);
     CRect list;
     m_pList->GetWindowRect(list);
@@ -263,27 +269,13 @@ void CListBoxExHeadings::OnSysColorChange() {
 }
 
 void CListBoxExHeadings::OnDestroy() {
-    if (m_bTracking)
+    if (m_pTracking->tracking)
         OnCancelMode();
     DeleteDrawingObjects();
     CWnd::OnDestroy();
 }
 
 // --- mouse ---------------------------------------------------------------------------------------
-
-HeadingTracking CListBoxExHeadings::Tracking() const {
-    return {m_bTracking != FALSE, m_bPressedLook != FALSE, m_nSizingColumn,
-            m_nSizerPosition,     m_nGrabOffset,           m_nPressedHeading};
-}
-
-void CListBoxExHeadings::SetTracking(const HeadingTracking& tracking) {
-    m_bTracking = tracking.tracking;
-    m_bPressedLook = tracking.pressedLook;
-    m_nSizingColumn = tracking.sizingColumn;
-    m_nSizerPosition = tracking.sizerPosition;
-    m_nGrabOffset = tracking.grabOffset;
-    m_nPressedHeading = tracking.pressedHeading;
-}
 
 void CListBoxExHeadings::FocusList() {
     if (m_pList != nullptr && m_pList->GetSafeHwnd() != nullptr && m_pList->IsWindowEnabled() &&
@@ -301,11 +293,9 @@ void CListBoxExHeadings::OnLButtonDown(UINT flags, CPoint point) {
         return;
     }
     const int heading = HitTest(point);
-    if (!m_pList->m_bSortEnabled || heading < 0)
+    if (!Owner().IsSortEnabled() || heading < 0)
         return;
-    HeadingTracking tracking = Tracking();
-    tracking.PressHeading(heading);
-    SetTracking(tracking);
+    m_pTracking->PressHeading(heading);
     SetCapture();
     Invalidate();
 }
@@ -313,15 +303,13 @@ void CListBoxExHeadings::OnLButtonDown(UINT flags, CPoint point) {
 void CListBoxExHeadings::BeginResize(int column, CPoint point) {
     CRect rect;
     GetRect(column, &rect);
-    HeadingTracking tracking = Tracking();
-    tracking.PressBoundary(column, rect.right, point.x);
-    SetTracking(tracking);
+    m_pTracking->PressBoundary(column, rect.right, point.x);
 
     const int room =
         (m_pList->GetStyle() & WS_VSCROLL) != 0 ? GetSystemMetrics(SM_CXVSCROLL) + 1 : 0;
     CRect client;
     GetClientRect(client);
-    CRect span(rect.left, 0, client.right - room - m_nGrabOffset, 1);
+    CRect span(rect.left, 0, client.right - room - m_pTracking->grabOffset, 1);
     ClientToScreen(span);
     CRect rows;
     m_pList->GetClientRect(rows);
@@ -335,39 +323,30 @@ void CListBoxExHeadings::BeginResize(int column, CPoint point) {
 
 void CListBoxExHeadings::ResizeTo(CPoint point, BOOL erase) {
     CRect rect;
-    GetRect(m_nSizingColumn, &rect);
-    HeadingTracking tracking = Tracking();
-    const int width = tracking.MoveBoundary(point.x, rect.left);
-    SetTracking(tracking);
-    m_pList->m_pColumns[static_cast<std::size_t>(m_nSizingColumn)].m_nWidth = width;
+    const int column = m_pTracking->sizingColumn;
+    GetRect(column, &rect);
+    Owner().ResizeColumn(column, m_pTracking->MoveBoundary(point.x, rect.left));
     FixLastColWidth();
     Invalidate();
-    CRect rows;
-    m_pList->GetClientRect(rows);
-    rows.left = std::max<LONG>(0, rect.left - HeadingGeometry::kFirstLeft);
-    m_pList->InvalidateRect(rows, erase);
-    m_pList->FollowEditedRow();
+    Owner().ColumnsMoved(std::max<int>(0, rect.left - HeadingGeometry::kFirstLeft), erase);
 }
 
 void CListBoxExHeadings::OnMouseMove(UINT flags, CPoint point) {
     static_cast<void>(flags);
-    HeadingTracking tracking = Tracking();
-    if (tracking.GetPhase() == HeadingTracking::Phase::Idle || m_pList == nullptr) {
+    if (m_pTracking->GetPhase() == HeadingTracking::Phase::Idle || m_pList == nullptr) {
         SetCursor(SizerHitTest(point) >= 0 ? m_hSize : m_hArrow);
         return;
     }
-    if (tracking.GetPhase() == HeadingTracking::Phase::HeadingPressed) {
+    if (m_pTracking->GetPhase() == HeadingTracking::Phase::HeadingPressed) {
         SetCursor(m_hArrow);
-        if (tracking.MoveOver(HitTest(point))) {
-            SetTracking(tracking);
+        if (m_pTracking->MoveOver(HitTest(point)))
             Invalidate();
-        }
         return;
     }
     m_pList->SetFocus();
-    if (GetSafeHwnd() == nullptr || m_pList == nullptr || !m_bTracking ||
-        m_nSizingColumn >= m_pList->m_nColumns)
-        return; // whoever lost the focus had other plans
+    if (GetSafeHwnd() == nullptr || !m_pTracking->tracking ||
+        m_pTracking->sizingColumn >= ColumnCount())
+        return; // the focus change ended the drag, or destroyed the list or its columns
     SetCursor(m_hSize);
     DrawSizer();
     ResizeTo(point, FALSE);
@@ -378,24 +357,21 @@ void CListBoxExHeadings::OnMouseMove(UINT flags, CPoint point) {
 
 void CListBoxExHeadings::OnLButtonUp(UINT flags, CPoint point) {
     static_cast<void>(flags);
-    if (!m_bTracking)
+    if (!m_pTracking->tracking)
         return;
-    HeadingTracking tracking = Tracking();
-    if (tracking.GetPhase() == HeadingTracking::Phase::Resizing) {
+    if (m_pTracking->GetPhase() == HeadingTracking::Phase::Resizing) {
         DrawSizer();
         ClipCursor(nullptr);
-        if (m_pList != nullptr && m_nSizingColumn < m_pList->m_nColumns) {
+        if (m_pTracking->sizingColumn < ColumnCount()) {
             ResizeTo(point, TRUE);
             NotifyAccessibility(m_pList->m_hWnd, AccessibleChange::Columns);
         }
     }
-    const HeadingTracking::Released released = tracking.Release(HitTest(point));
-    tracking.sizerPosition = m_nSizerPosition;
-    SetTracking(tracking);
+    const HeadingTracking::Released released = m_pTracking->Release(HitTest(point));
     ReleaseCapture();
     const HWND window = m_hWnd;
     const BOOL sorted =
-        released.sortColumn >= 0 && m_pList != nullptr && m_pList->Sort(released.sortColumn);
+        released.sortColumn >= 0 && m_pList != nullptr && Owner().Sort(released.sortColumn);
     if (IsWindow(window) && (sorted || released.hadLook))
         Invalidate();
 }
@@ -407,7 +383,7 @@ void CListBoxExHeadings::OnLButtonDblClk(UINT flags, CPoint point) {
         return;
     Default();
     if (const int column = SizerHitTest(point); column >= 0)
-        m_pList->AutoFitCol(column);
+        Owner().AutoFitCol(column);
 }
 
 BOOL CListBoxExHeadings::OnSetCursor(CWnd* window, UINT hitTest, UINT message) {
@@ -417,19 +393,17 @@ BOOL CListBoxExHeadings::OnSetCursor(CWnd* window, UINT hitTest, UINT message) {
     CPoint point;
     GetCursorPos(&point);
     ScreenToClient(&point);
-    SetCursor(m_nPressedHeading < 0 && SizerHitTest(point) >= 0 ? m_hSize : m_hArrow);
+    SetCursor(m_pTracking->pressedHeading < 0 && SizerHitTest(point) >= 0 ? m_hSize : m_hArrow);
     return TRUE;
 }
 
 void CListBoxExHeadings::OnCancelMode() {
-    if (!m_bTracking)
+    if (!m_pTracking->tracking)
         return;
-    HeadingTracking tracking = Tracking();
-    if (tracking.Cancel() == HeadingTracking::Phase::Resizing) {
+    if (m_pTracking->Cancel() == HeadingTracking::Phase::Resizing) {
         DrawSizer();
         ClipCursor(nullptr);
     }
-    SetTracking(tracking);
     ReleaseCapture();
     if (GetSafeHwnd() != nullptr)
         Invalidate(TRUE);
@@ -457,15 +431,15 @@ UINT CListBoxExHeadings::OnGetDlgCode() {
 }
 
 void CListBoxExHeadings::SelectHeading(int column) {
-    if (m_pList == nullptr || m_pList->m_nColumns == 0)
+    if (ColumnCount() == 0)
         return;
-    m_nFocusColumn = std::clamp(column, 0, m_pList->m_nColumns - 1);
+    m_nFocusColumn = std::clamp(column, 0, ColumnCount() - 1);
     Invalidate();
     NotifyAccessibility(m_pList->m_hWnd, AccessibleChange::Focus, -1, m_nFocusColumn);
 }
 
 void CListBoxExHeadings::ResizeByKey(int column, int pixels) {
-    if (!m_pList->IsColumn(column))
+    if (column >= ColumnCount())
         return;
     m_pList->SetColumnWidth(column, m_pList->GetColumnWidth(column) + pixels);
     FixLastColWidth();
@@ -473,7 +447,7 @@ void CListBoxExHeadings::ResizeByKey(int column, int pixels) {
 }
 
 void CListBoxExHeadings::OnKeyDown(UINT key, UINT repeat, UINT flags) {
-    if (!m_bKeyboard || m_pList == nullptr || m_bTracking) {
+    if (!m_bKeyboard || m_pList == nullptr || m_pTracking->tracking) {
         CWnd::OnKeyDown(key, repeat, flags);
         return;
     }
@@ -493,14 +467,14 @@ void CListBoxExHeadings::OnKeyDown(UINT key, UINT repeat, UINT flags) {
         SelectHeading(0);
         break;
     case VK_END:
-        SelectHeading(m_pList->m_nColumns - 1);
+        SelectHeading(ColumnCount() - 1);
         break;
     case VK_RETURN:
     case VK_SPACE:
         if (control)
-            m_pList->AutoFitCol(m_nFocusColumn);
-        else if (m_pList->m_bSortEnabled)
-            m_pList->Sort(m_nFocusColumn);
+            Owner().AutoFitCol(m_nFocusColumn);
+        else if (Owner().IsSortEnabled())
+            Owner().Sort(m_nFocusColumn);
         break;
     case VK_TAB: {
         // Every key comes here; this one goes on.

@@ -268,7 +268,7 @@ void CListBoxEx::MoveToNextCell(BOOL forward) {
 }
 
 void CListBoxEx::EditNextCell(const CellAddress& from, bool forward) {
-    const auto next = FindEditable(ColumnSpan(), from, forward, GetCount());
+    const auto next = FindEditable(GetColumns(), from, forward, GetCount());
     if (next)
         StartEditing(next->row, next->column);
 }

@@ -191,7 +191,7 @@ void CListBoxEx::HitTest(CPoint point, int& row, int& column) {
     SetWidths();
     row = RowAt(point.y, static_cast<int>(SendMessage(LB_GETTOPINDEX)),
                 static_cast<int>(SendMessage(LB_GETITEMHEIGHT)), GetCount());
-    column = ColumnAt(ColumnSpan(), point.x + GetSideShift());
+    column = ColumnAt(GetColumns(), point.x + GetSideShift());
 }
 
 // --- what belongs to a row -----------------------------------------------------------------------
@@ -242,23 +242,23 @@ void CListBoxEx::GetDisplayString(CString& value, int row) const {
     if (value.IsEmpty() || value == m_strNull || value == m_strDefault)
         return;
     switch (GetEditDataType(row)) {
-    case 404:
-    case 988:
+    case kDataBlob:
+    case kDataXml:
         value = GetBlobDisplayString();
         break;
-    case 408:
+    case kDataClob:
         value = GetClobDisplayString();
         break;
-    case 412:
+    case kDataDBClob:
         value = GetDBClobDisplayString();
         break;
-    case 960:
+    case kDataBlobLocator:
         value = GetBlobLocatorDisplayString();
         break;
-    case 964:
+    case kDataClobLocator:
         value = GetClobLocatorDisplayString();
         break;
-    case 968:
+    case kDataDBClobLocator:
         value = GetDBClobLocatorDisplayString();
         break;
     default:
@@ -299,7 +299,7 @@ void CListBoxEx::ForgetRows() {
     m_FileNames.RemoveAll();
     m_nCurRow = -1;
     m_nSortColumn = -1;
-    m_nSortState = 0;
+    m_nSortState = kNotSorted;
     NotifyAccessibility(m_hWnd, AccessibleChange::Rows);
 }
 

@@ -34,7 +34,7 @@ void CListBoxEx::ShowColumn(int column) {
     SetWidths();
     CRect client;
     GetClientRect(client);
-    const int left = WidthBefore(ColumnSpan(), column);
+    const int left = WidthBefore(GetColumns(), column);
     const int end = left + GetOwnColumnWidth(column);
     const int before = GetSideShift();
     int shift = before;
@@ -64,7 +64,7 @@ void CListBoxEx::FillLastColumn(int width) {
 void CListBoxEx::UpdateExtent() {
     if (!m_bSideScroll || GetSafeHwnd() == nullptr)
         return;
-    const int before = WidthBefore(ColumnSpan(), m_nColumns - 1);
+    const int before = WidthBefore(GetColumns(), m_nColumns - 1);
     const int extent = before + GetOwnColumnWidth(m_nColumns - 1);
     if (SendMessage(LB_GETHORIZONTALEXTENT) == extent)
         return;

@@ -23,7 +23,7 @@ SSortItem* CListBoxEx::SortInternal(int column) {
     }
     const int count = GetCount();
     const auto rows = static_cast<std::size_t>(count);
-    const bool descending = column == m_nSortColumn && m_nSortState == 1;
+    const bool descending = column == m_nSortColumn && m_nSortState == kSortedAscending;
 
     std::vector<DWORD> order;
     auto items = std::make_unique<SSortItem[]>(rows);
@@ -46,7 +46,7 @@ SSortItem* CListBoxEx::SortInternal(int column) {
             items[i].m_nIndex = static_cast<int>(from);
         }
     }
-    m_nSortState = descending ? 2 : 1;
+    m_nSortState = descending ? kSortedDescending : kSortedAscending;
     m_nSortColumn = column;
     ApplyOrder(order, items.get());
     CheckInvariants();

@@ -69,7 +69,7 @@ BOOL CListBoxEx::ZoomCell() {
         if (!life.Holds())
             return TRUE;
     } else {
-        const auto cell = FindEditable(ColumnSpan(), {row, 0}, true, GetCount());
+        const auto cell = FindEditable(GetColumns(), {row, 0}, true, GetCount());
         if (!cell || cell->row != row)
             return FALSE;
         column = cell->column;

@@ -17,7 +17,8 @@ DROPEFFECT CListDropTarget::OnDragOver(CWnd* window, COleDataObject* data, DWORD
     static_cast<void>(keys);
     if (!m_bFilesOnOffer || m_pList == nullptr)
         return DROPEFFECT_NONE;
-    return m_pList->DragOver(point);
+    vnbytstr::detail::DropOwner& owner = *m_pList;
+    return owner.DragOver(point);
 }
 
 BOOL CListDropTarget::OnDrop(CWnd* window, COleDataObject* data, DROPEFFECT effect, CPoint point) {
@@ -32,6 +33,7 @@ BOOL CListDropTarget::OnDrop(CWnd* window, COleDataObject* data, DROPEFFECT effe
     char* const buffer = m_strFile.GetBuffer(static_cast<int>(length));
     DragQueryFile(drop, 0, buffer, length + 1);
     m_strFile.ReleaseBuffer();
-    m_pList->DropFile(m_strFile);
+    vnbytstr::detail::DropOwner& owner = *m_pList;
+    owner.DropFile(m_strFile);
     return TRUE;
 }

@@ -1,3 +1,4 @@
+#include "src/lists/HeadingTracking.h"
 #include "tests/lists/ListFixture.h"
 
 namespace vnbytstr::test {
@@ -5,11 +6,9 @@ namespace {
 
 class TestHeadings : public CListBoxExHeadings {
 public:
-    using CListBoxExHeadings::m_bPressedLook;
-    using CListBoxExHeadings::m_bTracking;
     using CListBoxExHeadings::m_hArrow;
     using CListBoxExHeadings::m_hSize;
-    using CListBoxExHeadings::m_nPressedHeading;
+    using CListBoxExHeadings::m_pTracking;
 };
 
 class Headings : public ListFixture {
@@ -76,7 +75,7 @@ TEST_F(Headings, DraggingABoundaryResizesLive) {
     parent.GetWidget()->grab();
     const int all = Width(0) + Width(1) + Width(2);
     Press(97); // 5 left of the boundary at 102
-    EXPECT_TRUE(strip.m_bTracking);
+    EXPECT_TRUE(strip.m_pTracking->tracking);
     EXPECT_EQ(Width(0), 100);
     Move(107);
     EXPECT_EQ(Width(0), 110);                       // while the button is down
@@ -86,7 +85,7 @@ TEST_F(Headings, DraggingABoundaryResizesLive) {
     Move(77);
     Release(77);
     EXPECT_EQ(Width(0), 80);
-    EXPECT_FALSE(strip.m_bTracking);
+    EXPECT_FALSE(strip.m_pTracking->tracking);
     EXPECT_EQ(CWnd::GetFocus(), list.get());
     Move(200);
     EXPECT_EQ(Width(0), 80);
@@ -130,7 +129,7 @@ TEST_F(Headings, AClickSortsOnlyWhereSortingIsOn) {
     EXPECT_EQ(CWnd::GetFocus(), list.get()); // that is all it does
     list->EnableSort();
     Press(40);
-    EXPECT_TRUE(strip.m_bPressedLook);
+    EXPECT_TRUE(strip.m_pTracking->pressedLook);
     Release(40);
     EXPECT_EQ(Column(0), "Alpha bravo charlie delta echo");
     Press(40);
@@ -142,13 +141,13 @@ TEST_F(Headings, ReleasedElsewhereAPressDoesNotSort) {
     list->EnableSort();
     Press(40);
     Move(140);
-    EXPECT_FALSE(strip.m_bPressedLook);
+    EXPECT_FALSE(strip.m_pTracking->pressedLook);
     Move(45);
-    EXPECT_TRUE(strip.m_bPressedLook);
+    EXPECT_TRUE(strip.m_pTracking->pressedLook);
     Move(45, 100);
-    EXPECT_FALSE(strip.m_bPressedLook);
+    EXPECT_FALSE(strip.m_pTracking->pressedLook);
     Release(45, 100);
-    EXPECT_EQ(strip.m_nPressedHeading, -1);
+    EXPECT_EQ(strip.m_pTracking->pressedHeading, -1);
     EXPECT_EQ(list->GetSortState(), 0);
 }
 
@@ -156,7 +155,7 @@ TEST_F(Headings, CancelEndsEitherKindOfPress) {
     list->EnableSort();
     Press(40);
     strip.SendMessage(WM_CANCELMODE);
-    EXPECT_FALSE(strip.m_bTracking);
+    EXPECT_FALSE(strip.m_pTracking->tracking);
     Release(40);
     EXPECT_EQ(list->GetSortState(), 0);
     const QImage before = parent.GetWidget()->grab().toImage();
@@ -284,7 +283,7 @@ TEST_F(Headings, TheParentDestroysAllWhileAHeadingIsPressed) {
     };
     Press(40);
     EXPECT_EQ(strip.GetSafeHwnd(), nullptr);
-    EXPECT_FALSE(strip.m_bTracking);
+    EXPECT_FALSE(strip.m_pTracking->tracking);
 }
 
 } // namespace

@@ -1,0 +1,75 @@
+// What the parts of a CListBoxEx ask of their list: its header control, its cell editors and its
+// drop target. Apart from this they use the list as a window only.
+#pragma once
+
+#include "vnbytstr/ListColumn.h"
+#include "vnbytstr/framework/Export.h"
+#include "vnbytstr/framework/String.h"
+#include "vnbytstr/framework/Types.h"
+#include "vnbytstr/window/DropTarget.h"
+
+#include <span>
+
+class CWnd;
+
+namespace vnbytstr::detail {
+
+/// What CListBoxExHeadings asks. Columns count from 0, widths and positions are in pixels.
+class VNBYTSTR_API HeadingsOwner {
+public:
+    /// The columns from left to right; valid until the number of columns changes.
+    virtual std::span<const SListColumn> GetColumns() const = 0;
+    /// Pixels of the columns that are scrolled out at the left.
+    virtual int GetSideShift() const = 0;
+    /// Gives columns without width theirs; only the first call that can do so has an effect.
+    virtual void SetWidths() = 0;
+
+    /// Changes a width while its divider is dragged; redraws nothing. Out of range: ignored.
+    virtual void ResizeColumn(int column, int width) = 0;
+    /// The last column ends at the header control's right edge if it is `width` wide; negative: it
+    /// begins right of that edge.
+    virtual void FillLastColumn(int width) = 0;
+    /// Columns have been resized and everything from `left` on, a position in the list's client
+    /// area, has moved: redraws that part and takes the open editor along.
+    virtual void ColumnsMoved(int left, BOOL erase) = 0;
+    /// Makes a column as wide as its header and values need.
+    virtual void AutoFitCol(int column) = 0;
+
+    /// Whether a click on a header sorts.
+    virtual BOOL IsSortEnabled() const = 0;
+    /// The column of the last sort; -1: not sorted.
+    virtual int GetSortColumn() const = 0;
+    /// An EListSortState.
+    virtual int GetSortState() const = 0;
+    /// Sorts by a column. The list or the header control may be destroyed meanwhile.
+    virtual BOOL Sort(int column) = 0;
+
+protected:
+    ~HeadingsOwner() = default;
+};
+
+/// What CListBoxCellEdit and CListBoxCellComboBox ask. The owner outlives its editors, since their
+/// windows are its window's children.
+class VNBYTSTR_API CellEditorOwner {
+public:
+    /// The editor's window has been destroyed; its object is deleted after this call.
+    virtual void EditorDestroyed(const CWnd* editor) = 0;
+
+protected:
+    ~CellEditorOwner() = default;
+};
+
+/// What CListDropTarget asks.
+class VNBYTSTR_API DropOwner {
+public:
+    /// Files are dragged over a point of the client area: makes the cell there the current one.
+    /// DROPEFFECT_MOVE when files may be dropped on its row, else DROPEFFECT_NONE.
+    virtual DROPEFFECT DragOver(CPoint point) = 0;
+    /// Stores a file's name with the current row and opens the current cell.
+    virtual void DropFile(const CString& name) = 0;
+
+protected:
+    ~DropOwner() = default;
+};
+
+} // namespace vnbytstr::detail
