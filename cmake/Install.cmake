@@ -27,7 +27,7 @@ write_basic_package_version_file("${PROJECT_BINARY_DIR}/vnbytstrConfigVersion.cm
     COMPATIBILITY SameMinorVersion)
 install(FILES "${PROJECT_BINARY_DIR}/vnbytstrConfig.cmake"
               "${PROJECT_BINARY_DIR}/vnbytstrConfigVersion.cmake"
-              cmake/vnbytstrResources.cmake
+              cmake/vnbytstrResources.cmake cmake/ResourceLibrary.rci
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vnbytstr)
 
 # The pkg-config files name the prefix from where they are, so that it may be chosen or moved later.

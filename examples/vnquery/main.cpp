@@ -1,22 +1,23 @@
 // vnquery: runs a query, displays the result, saves and exports it. What it does step by step
 // stands in Run; each step has a file of its own.
 
-#include "Connection.h"
-#include "DesFile.h"
-#include "ExportFile.h"
-#include "Failure.h"
-#include "HelpPages.h"
-#include "Messages.h"
-#include "Options.h"
-#include "Process.h"
-#include "Progress.h"
-#include "ResultPrinter.h"
-#include "Statistics.h"
-#include "Translation.h"
-#include "ValueSaver.h"
+#include "vnquery/console/Options.h"
+#include "vnquery/console/Process.h"
+#include "vnquery/console/ResultPrinter.h"
+#include "vnquery/console/Statistics.h"
+#include "vnquery/console/TerminalProgress.h"
+#include "vnquery/files/Exporter.h"
+#include "vnquery/files/FileCipher.h"
+#include "vnquery/files/FileTranslation.h"
+#include "vnquery/files/ValueSaver.h"
+#include "vnquery/messages/HelpPages.h"
+#include "vnquery/messages/Messages.h"
+#include "vnquery/sources/Connection.h"
+#include "vnquery/work/Failure.h"
+#include "vnquery/work/Interruption.h"
 
 #ifdef VNQUERY_WINDOW
-#include "window/WindowProgram.h"
+#include "vnquery/window/WindowProgram.h"
 #endif
 
 #include <algorithm>
@@ -77,7 +78,7 @@ void Run(const Options& options) {
         return;
     }
     if (options.des) {
-        RunDes(*options.des);
+        CipherFile(*options.des);
         return;
     }
     ResultSet result = RunQuery(options);

@@ -17,6 +17,7 @@
 #include "vnbytstr/MultibyteText.h"
 #include "vnbytstr/OutputStreamWriter.h"
 #include "vnbytstr/Profile.h"
+#include "vnbytstr/ProgramTexts.h"
 #include "vnbytstr/ReplacementFile.h"
 #include "vnbytstr/ResourceLibrary.h"
 #include "vnbytstr/StrX.h"

@@ -10,19 +10,18 @@
 #include "vnbytstr/framework/Exception.h"
 #include "vnbytstr/framework/Module.h"
 
-#include <cerrno>
-#include <cstring>
 #include <mutex>
 #include <string>
 
 using vnbytstr::System;
 using vnbytstr::detail::GetResourceDLLName;
+using vnbytstr::detail::kEnglish;
+using vnbytstr::detail::LoadResourceFile;
 using vnbytstr::detail::Trace;
 using vnbytstr::detail::WithoutExceptions;
 
 namespace {
 
-constexpr const char* kEnglish = "ENU";
 constexpr const char* kPrefix = "vnurc"; // of the libraries that LoadStringA falls back to
 constexpr WORD kPrimaryLanguage = 0x3FF; // bits of a LANGID
 constexpr WORD kEnglishLanguage = 0x09;
@@ -104,10 +103,6 @@ int LoadWithFallback(CString& text, UINT id, HINSTANCE module) {
     return length;
 }
 
-std::string ErrorText(int error) {
-    return error == ENOEXEC ? "It is no resource library, or a damaged one" : std::strerror(error);
-}
-
 } // namespace
 
 CString GetUILanguage() {
@@ -124,26 +119,13 @@ CString GetUILanguage() {
 }
 
 HINSTANCE LoadResourceDLL(const char* prefix) {
-    const auto load = [prefix = prefix != nullptr ? prefix : ""]() -> HINSTANCE {
+    const auto load = [prefix = prefix != nullptr ? prefix : ""] {
         Trace("Entering LoadResourceDLL(\"%s\")", prefix);
-        const CString language = GetUILanguage();
-        CString name = GetResourceDLLName(language, prefix);
-        if (name.IsEmpty() && language.Compare(kEnglish) != 0) {
-            Trace("\tFalling back to ENU resources");
-            name = GetResourceDLLName(kEnglish, prefix);
+        const HINSTANCE library = LoadResourceFile(GetUILanguage(), prefix);
+        if (library != nullptr) {
+            Trace("\tSetting resource handle");
+            AfxSetResourceHandle(library);
         }
-        if (name.IsEmpty()) {
-            Trace("\tCould not find any language");
-            return nullptr;
-        }
-        HINSTANCE library = nullptr;
-        if (const int error = vnbytstr::LoadResourceLibrary(name, library)) {
-            Trace("\tLoadLibrary(%s) failed: %s", static_cast<const char*>(name),
-                  ErrorText(error).c_str());
-            return nullptr;
-        }
-        Trace("\tSetting resource handle");
-        AfxSetResourceHandle(library);
         return library;
     };
     return WithoutExceptions(load, HINSTANCE{nullptr});

@@ -5,6 +5,8 @@
 #include "vnbytstr/ResourceLibrary.h"
 #include "vnbytstr/framework/Module.h"
 
+#include <cerrno>
+#include <cstring>
 #include <vector>
 
 namespace vnbytstr::detail {
@@ -15,6 +17,10 @@ constexpr std::string_view kEnding = ".dll";
 
 CString ToCString(std::string_view text) {
     return CString(text.data(), static_cast<int>(text.size()));
+}
+
+std::string ErrorText(int error) {
+    return error == ENOEXEC ? "It is no resource library, or a damaged one" : std::strerror(error);
 }
 
 std::string FolderOf(std::string file) {
@@ -49,6 +55,23 @@ CString GetResourceDLLName(const char* language, const char* prefix) {
         Trace("\tDid not find it");
     }
     return {};
+}
+
+HINSTANCE LoadResourceFile(const char* language, const char* prefix) {
+    CString name = GetResourceDLLName(language, prefix);
+    if (name.IsEmpty() && std::string_view(language) != kEnglish) {
+        Trace("\tFalling back to ENU resources");
+        name = GetResourceDLLName(kEnglish, prefix);
+    }
+    if (name.IsEmpty()) {
+        Trace("\tCould not find any language");
+        return nullptr;
+    }
+    HINSTANCE library = nullptr;
+    if (const int error = LoadResourceLibrary(name, library))
+        Trace("\tLoadLibrary(%s) failed: %s", static_cast<const char*>(name),
+              ErrorText(error).c_str());
+    return library;
 }
 
 std::map<std::string, std::string> FindResourceFiles(std::string_view prefix) {

@@ -6,6 +6,7 @@
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestSystem.h"
 #include "vnbytstr/Profile.h"
+#include "vnbytstr/ProgramTexts.h"
 #include "vnbytstr/ResourceLibrary.h"
 #include "vnbytstr/framework/Module.h"
 
@@ -248,6 +249,40 @@ TEST_F(LanguageTest, KnowsWhatTheResourcesAre) {
     EXPECT_TRUE(SystemResourcesAreEnglish());
     SetLocale("C");
     EXPECT_TRUE(SystemResourcesAreEnglish());
+}
+
+TEST_F(LanguageTest, ProgramsHaveTextsOfTheirOwn) {
+    const ScopedCodePage page(65001);
+    CString text = "old";
+    ProgramTexts texts("films"); // there is no library yet
+    EXPECT_FALSE(texts.Find(1, text));
+    EXPECT_STREQ(text, "");
+    AddLibrary("appDEU.dll", {{1, u"app one"}, {3, u"app three"}});
+    const HINSTANCE current = LoadResourceDLL("app");
+    AddLibrary("filmsENU.dll", {{1, u"one"}, {2, u"two"}});
+    AddLibrary("filmsDEU.dll", {{1, u"eins"}}, 0x407);
+    AddLibrary("filmsHEB.dll", {{1, u"\u05D0"}}, 0x40D);
+    // By language, not from what the current library has, and each text with its own fallback.
+    const auto have = [&](const char* language, const char* one, bool isRightToLeft) {
+        SetLanguage(language);
+        EXPECT_TRUE(texts.Load());
+        EXPECT_TRUE(texts.Find(1, text));
+        EXPECT_STREQ(text, one);
+        EXPECT_TRUE(texts.Find(2, text));
+        EXPECT_STREQ(text, "two");
+        EXPECT_FALSE(texts.Find(3, text));
+        EXPECT_EQ(texts.IsRightToLeft(), isRightToLeft);
+    };
+    have("DEU", "eins", false);
+    have("HEB", "\u05D0", true);
+    have("KOR", "one", false);
+    have("ENU", "one", false);
+    EXPECT_EQ(AfxGetResourceHandle(), current);
+    folder.Write("filmsFRA.dll", "damaged");
+    SetLanguage("FRA");
+    EXPECT_FALSE(texts.Load()); // what was there stays
+    EXPECT_TRUE(texts.Find(1, text));
+    EXPECT_STREQ(text, "one");
 }
 
 TEST_F(LanguageTest, ListsWhatIsInstalled) {

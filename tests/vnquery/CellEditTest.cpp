@@ -1,4 +1,4 @@
-#include "examples/vnquery/CellEdit.h"
+#include "examples/vnquery/result/CellEdit.h"
 
 #include "tests/vnquery/MakeValue.h"
 

@@ -1,4 +1,4 @@
-#include "examples/vnquery/CellText.h"
+#include "examples/vnquery/result/CellText.h"
 
 #include "tests/vnquery/MakeValue.h"
 

@@ -1,5 +1,5 @@
-#include "examples/vnquery/HexDump.h"
-#include "examples/vnquery/PictureKind.h"
+#include "examples/vnquery/result/HexDump.h"
+#include "examples/vnquery/result/PictureKind.h"
 
 #include "tests/vnquery/MakeValue.h"
 

@@ -1,7 +1,7 @@
 // Values for tests.
 #pragma once
 
-#include "examples/vnquery/Value.h"
+#include "examples/vnquery/result/Value.h"
 
 namespace vnquery::test {
 

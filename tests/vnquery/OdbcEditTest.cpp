@@ -1,9 +1,9 @@
 // Writing cells back to a server. postgres_test.sh makes the table and names the server in
 // VNQUERY_ODBC; without it these tests are skipped.
-#include "examples/vnquery/CellEdit.h"
-#include "examples/vnquery/Connection.h"
-#include "examples/vnquery/Failure.h"
-#include "examples/vnquery/PendingEdits.h"
+#include "examples/vnquery/result/CellEdit.h"
+#include "examples/vnquery/result/PendingEdits.h"
+#include "examples/vnquery/sources/Connection.h"
+#include "examples/vnquery/work/Failure.h"
 
 #include "tests/vnquery/MakeValue.h"
 #include "tests/vnquery/ProgramRun.h"
@@ -55,8 +55,8 @@ constexpr char kQuery[] = "select id, name, body, data, price from edited order 
 
 TEST_F(OdbcEditTest, ValuesOfEveryKindAreWritten) {
     Query(kQuery);
-    ASSERT_EQ(m_plan.bar, EditBar::None);
-    EXPECT_EQ(m_plan.GetBar(0), EditBar::Key);
+    ASSERT_EQ(m_plan.readOnly, ReadOnlyReason::None);
+    EXPECT_EQ(m_plan.GetReadOnlyReason(0), ReadOnlyReason::Key);
     EXPECT_EQ(m_kinds[4], ColumnKind::Decimal);
     const std::string bytes = test::SomeBytes(300000, 11);
     std::string body;
@@ -100,9 +100,9 @@ TEST_F(OdbcEditTest, ConflictsAndRefusals) {
     Set(1, 4, Value::Type::Number, "123456789012.5"); // numeric(10, 2)
     EXPECT_THROW(Write(), Failure);
     Query("select name from edited");
-    EXPECT_EQ(m_plan.bar, EditBar::NoKey);
+    EXPECT_EQ(m_plan.readOnly, ReadOnlyReason::NoKey);
     Query("select a.id, b.name from edited a, edited b where a.id = 1 and b.id = 2");
-    EXPECT_NE(m_plan.bar, EditBar::None);
+    EXPECT_NE(m_plan.readOnly, ReadOnlyReason::None);
 }
 
 } // namespace

@@ -1,9 +1,9 @@
 // Edited cells on their way to the table and back.
-#include "examples/vnquery/PendingEdits.h"
-#include "examples/vnquery/CellEdit.h"
-#include "examples/vnquery/Connection.h"
-#include "examples/vnquery/Failure.h"
-#include "examples/vnquery/RowText.h"
+#include "examples/vnquery/result/PendingEdits.h"
+#include "examples/vnquery/result/CellEdit.h"
+#include "examples/vnquery/sources/Connection.h"
+#include "examples/vnquery/window/RowText.h"
+#include "examples/vnquery/work/Failure.h"
 
 #include "tests/vnquery/MakeValue.h"
 #include "tests/vnquery/ProgramRun.h"
@@ -60,23 +60,24 @@ TEST_F(PendingEditsTest, WhatIsEditable) {
                  "create table k(a text, b text, v text, primary key (a, b)) without rowid;"
                  "insert into k values ('a', 'b', 'v');");
     Query("select id, title, length + 0, double, poster, rowid from film");
-    EXPECT_EQ(m_plan.bar, EditBar::None);
-    const EditBar expected[] = {EditBar::Key,      EditBar::None, EditBar::Computed,
-                                EditBar::Computed, EditBar::None, EditBar::Key};
+    EXPECT_EQ(m_plan.readOnly, ReadOnlyReason::None);
+    const ReadOnlyReason expected[] = {ReadOnlyReason::Key,      ReadOnlyReason::None,
+                                       ReadOnlyReason::Computed, ReadOnlyReason::Computed,
+                                       ReadOnlyReason::None,     ReadOnlyReason::Key};
     for (std::size_t i = 0; i < std::size(expected); ++i)
-        EXPECT_EQ(m_plan.GetBar(i), expected[i]) << i;
+        EXPECT_EQ(m_plan.GetReadOnlyReason(i), expected[i]) << i;
     EXPECT_FALSE(m_plan.columns[1].isNullable);
 
     for (const char* sql :
          {"select * from v", "select title from film union select 'x'",
           "select a.title from film a, film b", "select count(*) from film", "select 1"}) {
         Query(sql);
-        EXPECT_NE(m_plan.GetBar(0), EditBar::None) << sql;
+        EXPECT_NE(m_plan.GetReadOnlyReason(0), ReadOnlyReason::None) << sql;
     }
     Query("select a, v from k");
-    EXPECT_EQ(m_plan.GetBar(1), EditBar::NoKey);
+    EXPECT_EQ(m_plan.GetReadOnlyReason(1), ReadOnlyReason::NoKey);
     Query("select b, v, a from k");
-    EXPECT_EQ(m_plan.GetBar(1), EditBar::None);
+    EXPECT_EQ(m_plan.GetReadOnlyReason(1), ReadOnlyReason::None);
     Set(0, 1, "w");
     Write();
     EXPECT_EQ(Ask("select v from k"), "w");

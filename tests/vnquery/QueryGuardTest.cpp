@@ -1,4 +1,4 @@
-#include "examples/vnquery/QueryGuard.h"
+#include "examples/vnquery/sources/QueryGuard.h"
 
 #include <gtest/gtest.h>
 

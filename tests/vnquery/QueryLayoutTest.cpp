@@ -1,11 +1,11 @@
-#include "examples/vnquery/QueryLayout.h"
-#include "examples/vnquery/SqliteQuery.h"
+#include "examples/vnquery/window/QueryLayout.h"
+#include "examples/vnquery/sources/OneTableQuery.h"
 
 #include "tests/support/TemporaryFolder.h"
 
+#include "vnbytstr/Profile.h"
 #include <cstdlib>
 #include <gtest/gtest.h>
-#include <vnbytstr/Profile.h>
 
 namespace vnquery {
 namespace {

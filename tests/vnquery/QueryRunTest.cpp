@@ -1,4 +1,4 @@
-#include "examples/vnquery/QueryRun.h"
+#include "examples/vnquery/sources/QueryRun.h"
 
 #include "tests/vnquery/ProgramRun.h"
 

@@ -1,7 +1,7 @@
 // A progress that nobody looks at.
 #pragma once
 
-#include "examples/vnquery/Progress.h"
+#include "examples/vnquery/work/Progress.h"
 
 namespace vnquery::test {
 

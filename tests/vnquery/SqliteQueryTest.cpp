@@ -1,4 +1,4 @@
-#include "examples/vnquery/SqliteQuery.h"
+#include "examples/vnquery/sources/OneTableQuery.h"
 
 #include <gtest/gtest.h>
 
@@ -6,15 +6,16 @@ namespace vnquery {
 namespace {
 
 TEST(SqliteQuery, TakesApartQueriesOfOneTable) {
-    const auto query = TakeApart("select a, 'from' -- from x\n, \"from\" FROM main.[My t] as x "
-                                 "where a in (1, 2) order by 2 limit 3 ; /* end */ ");
+    const auto query =
+        ParseOneTableQuery("select a, 'from' -- from x\n, \"from\" FROM main.[My t] as x "
+                           "where a in (1, 2) order by 2 limit 3 ; /* end */ ");
     ASSERT_TRUE(query);
     EXPECT_EQ(query->select, "select a, 'from' -- from x\n, \"from\" ");
     EXPECT_EQ(query->from, "FROM main.[My t] as x where a in (1, 2) order by 2 limit 3 ");
     EXPECT_EQ(query->table, "My t");
-    EXPECT_EQ(TakeApart("Select * From Film")->table, "Film");
-    EXPECT_EQ(TakeApart("select * from \"a\"\"b\"")->table, "a\"b");
-    EXPECT_EQ(TakeApart("select ';' from t;;")->from, "from t");
+    EXPECT_EQ(ParseOneTableQuery("Select * From Film")->table, "Film");
+    EXPECT_EQ(ParseOneTableQuery("select * from \"a\"\"b\"")->table, "a\"b");
+    EXPECT_EQ(ParseOneTableQuery("select ';' from t;;")->from, "from t");
 }
 
 TEST(SqliteQuery, LeavesOthersAlone) {
@@ -39,7 +40,7 @@ TEST(SqliteQuery, LeavesOthersAlone) {
                             "select * from",
                             "select * from t natural left join u",
                             "explain select * from t"})
-        EXPECT_FALSE(TakeApart(sql)) << sql;
+        EXPECT_FALSE(ParseOneTableQuery(sql)) << sql;
 }
 
 TEST(SqliteQuery, NamesAreQuoted) { EXPECT_EQ(QuoteName("a\"b"), "\"a\"\"b\""); }

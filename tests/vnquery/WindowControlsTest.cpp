@@ -1,8 +1,9 @@
 // Mouse and keys in the window: its buttons, clicks on cells, the zoom as it opens.
 #include "tests/vnquery/WindowRun.h"
 
-#include "examples/vnquery/Process.h"
+#include "examples/vnquery/console/Process.h"
 #include "examples/vnquery/window/Commands.h"
+#include "examples/vnquery/work/Interruption.h"
 
 #include <csignal>
 #include <thread>

@@ -1,16 +1,16 @@
 // The dialogs: values, export, global variables, language.
 #include "tests/vnquery/WindowRun.h"
 
-#include "examples/vnquery/VariableKind.h"
 #include "examples/vnquery/window/Commands.h"
 #include "examples/vnquery/window/ExportDialog.h"
 #include "examples/vnquery/window/GlobalsDialog.h"
 #include "examples/vnquery/window/LanguageDialog.h"
+#include "examples/vnquery/window/VariableKind.h"
 #include "examples/vnquery/window/WindowText.h"
 
-#include <vnbytstr/GlobalVars.h>
-#include <vnbytstr/Language.h>
-#include <vnbytstr/Profile.h>
+#include "vnbytstr/GlobalVars.h"
+#include "vnbytstr/Language.h"
+#include "vnbytstr/Profile.h"
 
 #include <QBuffer>
 #include <QImage>

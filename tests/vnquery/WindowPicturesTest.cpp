@@ -2,8 +2,8 @@
 #include "examples/vnquery/window/Commands.h"
 #include "tests/vnquery/WindowRun.h"
 
-#include <vnbytstr/GlobalVars.h>
-#include <vnbytstr/Profile.h>
+#include "vnbytstr/GlobalVars.h"
+#include "vnbytstr/Profile.h"
 
 #include <cstdlib>
 #include <fstream>

@@ -1,8 +1,6 @@
 #include "tests/vnquery/WindowRun.h"
 
-#include "examples/vnquery/Process.h"
-
-#include <vnbytstr/GlobalVars.h>
+#include "vnbytstr/GlobalVars.h"
 
 #include <chrono>
 #include <sqlite3.h>

@@ -108,7 +108,7 @@ TEST_F(WindowTest, LongResultsLeaveTheWindowAlive) {
     EXPECT_EQ(Cell(99999, 1), "row 100000");
 
     View().SetSql(rows + ") select sum(x) from c");
-    View().GotoSql();
+    View().FocusSql();
     Key(Qt::Key_F5);
     EXPECT_TRUE(View().IsBusy());
     Key(Qt::Key_Escape);

@@ -10,7 +10,7 @@ enum Command : unsigned {
     kCmdExit,
     kCmdRun,
     kCmdStop,
-    kCmdGotoSql,
+    kCmdFocusSql,
     kCmdNextPane,
     kCmdWrite,
     kCmdDiscard,

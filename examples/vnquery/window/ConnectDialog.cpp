@@ -1,7 +1,7 @@
-#include "ConnectDialog.h"
+#include "vnquery/window/ConnectDialog.h"
 
-#include "../DataSources.h"
-#include "Commands.h"
+#include "vnquery/sources/DataSources.h"
+#include "vnquery/window/Commands.h"
 
 namespace vnquery {
 

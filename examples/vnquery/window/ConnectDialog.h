@@ -1,7 +1,7 @@
 // Asks for an ODBC connection string.
 #pragma once
 
-#include "TextDialog.h"
+#include "vnquery/window/TextDialog.h"
 
 namespace vnquery {
 

@@ -1,6 +1,6 @@
-#include "ExportDialog.h"
+#include "vnquery/window/ExportDialog.h"
 
-#include "Commands.h"
+#include "vnquery/window/Commands.h"
 
 #include <algorithm>
 #include <charconv>

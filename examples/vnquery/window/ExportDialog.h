@@ -1,8 +1,8 @@
 // Asks for the file and the form of an export.
 #pragma once
 
-#include "../Exporter.h"
-#include "TextDialog.h"
+#include "vnquery/files/Exporter.h"
+#include "vnquery/window/TextDialog.h"
 
 namespace vnquery {
 

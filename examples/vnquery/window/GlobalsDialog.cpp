@@ -1,9 +1,9 @@
-#include "GlobalsDialog.h"
+#include "vnquery/window/GlobalsDialog.h"
 
-#include "Commands.h"
+#include "vnquery/window/Commands.h"
 
-#include <vnbytstr/GlobalVars.h>
-#include <vnbytstr/Profile.h>
+#include "vnbytstr/GlobalVars.h"
+#include "vnbytstr/Profile.h"
 
 #include <algorithm>
 

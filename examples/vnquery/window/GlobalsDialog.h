@@ -1,8 +1,8 @@
 // Edits the global variables.
 #pragma once
 
-#include "GlobalsList.h"
-#include "TextDialog.h"
+#include "vnquery/window/GlobalsList.h"
+#include "vnquery/window/TextDialog.h"
 
 namespace vnquery {
 

@@ -1,8 +1,8 @@
-#include "GlobalsList.h"
+#include "vnquery/window/GlobalsList.h"
 
-#include "../CellText.h"
-#include "../RowText.h"
-#include "WindowText.h"
+#include "vnquery/result/CellText.h"
+#include "vnquery/window/RowText.h"
+#include "vnquery/window/WindowText.h"
 
 namespace vnquery {
 

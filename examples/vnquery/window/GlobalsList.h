@@ -1,9 +1,9 @@
 // The list of the global variables: name, value, meaning.
 #pragma once
 
-#include "../VariableKind.h"
+#include "vnquery/window/VariableKind.h"
 
-#include <vnbytstr/ListBoxEx.h>
+#include "vnbytstr/ListBoxEx.h"
 
 #include <string>
 #include <vector>

@@ -1,10 +1,10 @@
-#include "LanguageDialog.h"
+#include "vnquery/window/LanguageDialog.h"
 
-#include "Commands.h"
+#include "vnquery/window/Commands.h"
 
-#include <vnbytstr/Language.h>
-#include <vnbytstr/LanguageCombo.h>
-#include <vnbytstr/Profile.h>
+#include "vnbytstr/Language.h"
+#include "vnbytstr/LanguageCombo.h"
+#include "vnbytstr/Profile.h"
 
 namespace vnquery {
 
@@ -24,7 +24,7 @@ LanguageDialog::LanguageDialog(CWnd* parent)
 
 BOOL LanguageDialog::OnInitDialog() {
     m_combo.Attach(GetDlgItem(kIdLanguage)->GetSafeHwnd());
-    FillUILanguageCombo(m_combo, "vnurc");
+    FillUILanguageCombo(m_combo, kTextLibraries);
     return CDialog::OnInitDialog();
 }
 

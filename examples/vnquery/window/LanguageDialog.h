@@ -1,7 +1,7 @@
 // The choice of the interface's language.
 #pragma once
 
-#include "TextDialog.h"
+#include "vnquery/window/TextDialog.h"
 
 namespace vnquery {
 

@@ -1,14 +1,14 @@
-#include "MainWindow.h"
+#include "vnquery/window/MainWindow.h"
 
-#include "Commands.h"
-#include "ConnectDialog.h"
-#include "GlobalsDialog.h"
-#include "LanguageDialog.h"
-#include "ValueDialog.h"
+#include "vnquery/window/Commands.h"
+#include "vnquery/window/ConnectDialog.h"
+#include "vnquery/window/GlobalsDialog.h"
+#include "vnquery/window/LanguageDialog.h"
+#include "vnquery/window/ValueDialog.h"
 
-#include "../Process.h"
+#include "vnquery/work/Interruption.h"
 
-#include <vnbytstr/GlobalVars.h>
+#include "vnbytstr/GlobalVars.h"
 
 #include <algorithm>
 #include <span>
@@ -33,7 +33,7 @@ constexpr ACCEL kKeys[] = {
     {FVIRTKEY | FCONTROL | FSHIFT, 'O', kCmdConnect},
     {FVIRTKEY | FCONTROL, 'E', kCmdExport},
     {FVIRTKEY | FCONTROL, 'Q', kCmdExit},
-    {FVIRTKEY | FCONTROL, 'T', kCmdGotoSql},
+    {FVIRTKEY | FCONTROL, 'T', kCmdFocusSql},
     {FVIRTKEY | FCONTROL, 'S', kCmdWrite},
     {FVIRTKEY | FCONTROL | FSHIFT, 'S', kCmdSave},
     {FVIRTKEY | FCONTROL, 'L', kCmdLoad},
@@ -54,9 +54,9 @@ constexpr Item kFile[] = {{kCmdOpen, IDS_VQ_M_OPEN},
                           {kCmdExport, IDS_VQ_M_EXPORT},
                           kLine,
                           {kCmdExit, IDS_VQ_M_EXIT}};
-constexpr Item kQuery[] = {{kCmdRun, IDS_VQ_M_RUN},          {kCmdStop, IDS_VQ_M_STOP},
-                           {kCmdGotoSql, IDS_VQ_M_GOTO_SQL}, kLine,
-                           {kCmdWrite, IDS_VQ_M_WRITE},      {kCmdDiscard, IDS_VQ_M_DISCARD}};
+constexpr Item kQuery[] = {{kCmdRun, IDS_VQ_M_RUN},           {kCmdStop, IDS_VQ_M_STOP},
+                           {kCmdFocusSql, IDS_VQ_M_GOTO_SQL}, kLine,
+                           {kCmdWrite, IDS_VQ_M_WRITE},       {kCmdDiscard, IDS_VQ_M_DISCARD}};
 constexpr Item kValue[] = {{kCmdEditCell, IDS_VQ_M_EDIT_CELL},
                            {kCmdZoom, IDS_VQ_M_ZOOM},
                            {kCmdSetNull, IDS_VQ_M_SET_NULL},
@@ -99,7 +99,7 @@ ON_COMMAND(kCmdExport, OnExport)
 ON_COMMAND(kCmdExit, OnExit)
 ON_COMMAND(kCmdRun, OnRun)
 ON_COMMAND(kCmdStop, OnStop)
-ON_COMMAND(kCmdGotoSql, OnGotoSql)
+ON_COMMAND(kCmdFocusSql, OnFocusSql)
 ON_COMMAND(kCmdNextPane, OnNextPane)
 ON_COMMAND(kCmdWrite, OnWrite)
 ON_COMMAND(kCmdDiscard, OnDiscard)

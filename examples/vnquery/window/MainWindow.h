@@ -1,7 +1,7 @@
 // The program's window.
 #pragma once
 
-#include "QueryView.h"
+#include "vnquery/window/QueryView.h"
 
 namespace vnquery {
 
@@ -35,7 +35,7 @@ protected:
     void OnRun() { m_view.Run(); }
     void OnStop() { m_view.Stop(); }
     void OnExport() { m_view.Export(); }
-    void OnGotoSql() { m_view.GotoSql(); }
+    void OnFocusSql() { m_view.FocusSql(); }
     void OnNextPane() { m_view.NextPane(); }
     void OnWrite() { m_view.WriteChanges(); }
     void OnDiscard() { m_view.DiscardChanges(); }

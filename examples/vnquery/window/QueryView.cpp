@@ -1,11 +1,11 @@
-#include "QueryView.h"
+#include "vnquery/window/QueryView.h"
 
-#include "Commands.h"
+#include "vnquery/window/Commands.h"
 
-#include <vnbytstr/GlobalVars.h>
-#include <vnbytstr/Language.h>
+#include "vnbytstr/GlobalVars.h"
+#include "vnbytstr/Language.h"
 
-#include <vnbytstr/Messages.h>
+#include "vnbytstr/Messages.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -174,7 +174,7 @@ HBRUSH QueryView::OnCtlColor(CDC* dc, CWnd* control, UINT type) {
     return isLabel ? GetSysColorBrush(COLOR_3DFACE) : CWnd::OnCtlColor(dc, control, type);
 }
 
-void QueryView::GotoSql() {
+void QueryView::FocusSql() {
     m_sql.SetFocus();
     m_sql.SetSel(0, -1);
 }
@@ -303,7 +303,7 @@ void QueryView::FinishRun() {
     m_document.LearnKinds();
     if (!m_areWidthsFitted)
         m_list.FitNewColumns();
-    m_list.SortAsKept();
+    m_list.RestoreSort();
     if (rows > 0) {
         m_list.SetCurrentCell(0, 0);
         m_list.SetFocus();

@@ -1,11 +1,11 @@
 // The main window's contents: connection, query text, progress, result.
 #pragma once
 
-#include "../QueryRun.h"
-#include "../ResultDocument.h"
-#include "ResultList.h"
-#include "ViewLayout.h"
-#include "WindowText.h"
+#include "vnquery/sources/QueryRun.h"
+#include "vnquery/window/ResultDocument.h"
+#include "vnquery/window/ResultList.h"
+#include "vnquery/window/ViewLayout.h"
+#include "vnquery/window/WindowText.h"
 
 #include <chrono>
 #include <memory>
@@ -61,7 +61,7 @@ public:
     void MoveColumn(int by);
     void SortColumn();
     void ResetColumns();
-    void GotoSql();
+    void FocusSql();
     void NextPane();
     /// Keeps how the result is looked at.
     void StoreLayout();
@@ -86,7 +86,7 @@ protected:
     DECLARE_MESSAGE_MAP()
 
 private:
-    bool Refuse(EditBar bar);
+    bool RefuseEdit(ReadOnlyReason reason);
     bool RequireResult();
     bool RequireCurrent(CellPlace& place);
     bool RequireEditable(CellPlace& place);

@@ -1,13 +1,13 @@
 // QueryView: cells, changes, files.
-#include "../CellEdit.h"
-#include "../ExportFile.h"
-#include "../FileValue.h"
-#include "Commands.h"
-#include "ExportDialog.h"
-#include "QueryView.h"
-#include "SaveValueAs.h"
-#include "TaskDialog.h"
-#include "ValueDialog.h"
+#include "vnquery/files/Exporter.h"
+#include "vnquery/files/ValueLoader.h"
+#include "vnquery/result/CellEdit.h"
+#include "vnquery/window/Commands.h"
+#include "vnquery/window/ExportDialog.h"
+#include "vnquery/window/QueryView.h"
+#include "vnquery/window/SaveValueAs.h"
+#include "vnquery/window/TaskDialog.h"
+#include "vnquery/window/ValueDialog.h"
 
 #include <algorithm>
 
@@ -17,13 +17,13 @@ namespace {
 
 constexpr UINT kWmLoadDropped = WM_APP + 1;
 
-UINT TextOfBar(EditBar bar) {
-    switch (bar) {
-    case EditBar::NoKey:
+UINT TextOfReason(ReadOnlyReason reason) {
+    switch (reason) {
+    case ReadOnlyReason::NoKey:
         return IDS_VQ_E_NO_KEY;
-    case EditBar::Key:
+    case ReadOnlyReason::Key:
         return IDS_VQ_E_KEY;
-    case EditBar::Computed:
+    case ReadOnlyReason::Computed:
         return IDS_VQ_E_COMPUTED;
     default:
         return IDS_VQ_E_NOT_A_TABLE;
@@ -46,7 +46,7 @@ bool QueryView::GetCurrentPlace(CellPlace& place) const {
 
 bool QueryView::IsCurrentEditable() const {
     CellPlace place;
-    return GetCurrentPlace(place) && m_document.GetBar(place) == EditBar::None;
+    return GetCurrentPlace(place) && m_document.GetReadOnlyReason(place) == ReadOnlyReason::None;
 }
 
 bool QueryView::RequireResult() {
@@ -68,17 +68,17 @@ bool QueryView::RequireCurrent(CellPlace& place) {
     return false;
 }
 
-bool QueryView::Refuse(EditBar bar) {
-    if (bar == EditBar::None)
+bool QueryView::RefuseEdit(ReadOnlyReason reason) {
+    if (reason == ReadOnlyReason::None)
         return false;
-    ShowMessage(bar == EditBar::OtherDatabase
+    ShowMessage(reason == ReadOnlyReason::OtherDatabase
                     ? Text(IDS_VQ_E_OTHER_DATABASE, {m_document.GetConnection().GetDisplayName()})
-                    : Text(TextOfBar(bar)));
+                    : Text(TextOfReason(reason)));
     return true;
 }
 
 bool QueryView::RequireEditable(CellPlace& place) {
-    return RequireCurrent(place) && !Refuse(m_document.GetBar(place));
+    return RequireCurrent(place) && !RefuseEdit(m_document.GetReadOnlyReason(place));
 }
 
 std::string QueryView::CellNameOf(CellPlace place) const {
@@ -120,7 +120,7 @@ LRESULT QueryView::OnOpenCell(WPARAM column, LPARAM) {
         return 1;
     }
     const CellPlace place = m_document.PlaceOf(static_cast<std::size_t>(row), column);
-    if (Refuse(m_document.GetBar(place)))
+    if (RefuseEdit(m_document.GetReadOnlyReason(place)))
         return 1;
     const NewValue* const edit = m_document.GetEdits().Find(place);
     if ((edit && edit->isDefault) ||
@@ -138,7 +138,7 @@ LRESULT QueryView::OnLoadDropped(WPARAM, LPARAM) {
         return 0;
     const std::string file = name;
     m_list.AddFileName(row, "");
-    if (!Refuse(m_document.GetBar(place)))
+    if (!RefuseEdit(m_document.GetReadOnlyReason(place)))
         LoadFile(place, file);
     return 0;
 }
@@ -194,7 +194,7 @@ void QueryView::Zoom() {
     subject.value = &m_document.GetValue(place);
     subject.isDefault = edit && edit->isDefault;
     subject.kind = m_document.GetKind(place.second);
-    subject.isEditable = m_document.GetBar(place) == EditBar::None;
+    subject.isEditable = m_document.GetReadOnlyReason(place) == ReadOnlyReason::None;
     ValueDialog dialog(subject, this);
     const auto result = dialog.DoModal();
     if (result == IDOK && dialog.GetNewValue())
@@ -237,7 +237,7 @@ void QueryView::LoadFile(CellPlace place, const std::string& file) {
     const std::string& column = m_document.GetHeading(place.second);
     ColumnKind kind = m_document.GetKind(place.second);
     if (!RunTask(this, IDS_VQ_T_LOADING, [&](Progress& progress) {
-            value.value = LoadFileValue(file, kind, column, progress);
+            value.value = LoadValue(file, kind, column, progress);
         }))
         return;
     SetCell(place, std::move(value));
@@ -329,7 +329,8 @@ bool QueryView::WriteChanges() {
         return true;
     }
     WriteReport report;
-    if (Refuse(m_document.IsDetached() ? EditBar::OtherDatabase : EditBar::None) ||
+    if (RefuseEdit(m_document.IsDetached() ? ReadOnlyReason::OtherDatabase
+                                           : ReadOnlyReason::None) ||
         !CompareChanges(report)) {
         m_host.ShowStatus(Text(IDS_VQ_W_UNDONE));
         return false;

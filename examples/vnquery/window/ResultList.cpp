@@ -1,8 +1,8 @@
-#include "ResultList.h"
+#include "vnquery/window/ResultList.h"
 
-#include "../RowText.h"
-#include "Commands.h"
-#include "WindowText.h"
+#include "vnquery/window/Commands.h"
+#include "vnquery/window/RowText.h"
+#include "vnquery/window/WindowText.h"
 
 #include <algorithm>
 #include <memory>
@@ -63,11 +63,11 @@ void ResultList::ShowColumns() {
 
 void ResultList::ShowEditors() {
     for (int i = 0; i < GetNumColumns() && i < static_cast<int>(m_document.GetShownColumns()); ++i)
-        SetEditorType(
-            i, m_document.GetBar(m_document.GetLayout().order[static_cast<std::size_t>(i)]) ==
-                       EditBar::None
-                   ? kEditorText
-                   : kEditorNone);
+        SetEditorType(i, m_document.GetReadOnlyReason(
+                             m_document.GetLayout().order[static_cast<std::size_t>(i)]) ==
+                                 ReadOnlyReason::None
+                             ? kEditorText
+                             : kEditorNone);
 }
 
 void ResultList::AppendRows(std::size_t count) {
@@ -131,7 +131,7 @@ void ResultList::SetCurrentCell(int row, int column) {
         SendMessage(LB_SETCARETINDEX, static_cast<WPARAM>(row));
     }
     Invalidate();
-    TellParent();
+    NotifyParent();
 }
 
 CRect ResultList::CellRect(int column, const RECT& row) const {
@@ -151,10 +151,10 @@ void ResultList::MoveColumn(int by) {
     if (GetCurrentRow() < 0 && GetCount() > 0)
         SetCurrentCell(0, m_column);
     Invalidate();
-    TellParent();
+    NotifyParent();
 }
 
-void ResultList::TellParent() const {
+void ResultList::NotifyParent() const {
     GetParent()->SendMessage(WM_COMMAND, MAKEWPARAM(GetDlgCtrlID(), LBN_SELCHANGE),
                              reinterpret_cast<LPARAM>(m_hWnd));
 }
@@ -298,7 +298,7 @@ BOOL ResultList::Sort(int column) {
     return TRUE;
 }
 
-void ResultList::SortAsKept() {
+void ResultList::RestoreSort() {
     const QueryLayout layout = m_document.GetLayout();
     m_nSortColumn = -1;
     m_nSortState = 0;

@@ -1,9 +1,9 @@
 // The list of the result's rows.
 #pragma once
 
-#include "../ResultDocument.h"
+#include "vnquery/window/ResultDocument.h"
 
-#include <vnbytstr/ListBoxEx.h>
+#include "vnbytstr/ListBoxEx.h"
 
 namespace vnquery {
 
@@ -38,7 +38,7 @@ public:
 
     BOOL Sort(int column) override;
     /// As the document's layout has it.
-    void SortAsKept();
+    void RestoreSort();
     void DrawItem(LPDRAWITEMSTRUCT item) override;
     BOOL PreTranslateMessage(MSG* message) override;
     int ShowZoom(int row, int column, CString& value) override;
@@ -52,7 +52,7 @@ protected:
 private:
     CRect CellRect(int column, const RECT& row) const;
     void MoveColumn(int by);
-    void TellParent() const;
+    void NotifyParent() const;
     void TakeColumn(CPoint point);
     bool SortByNumbers(int column);
     bool SortByTexts(int column);

@@ -1,8 +1,8 @@
-#include "SaveValueAs.h"
+#include "vnquery/window/SaveValueAs.h"
 
-#include "../PictureKind.h"
-#include "../ValueSaver.h"
-#include "TaskDialog.h"
+#include "vnquery/files/ValueSaver.h"
+#include "vnquery/result/PictureKind.h"
+#include "vnquery/window/TaskDialog.h"
 
 namespace vnquery {
 

@@ -1,8 +1,8 @@
 // Saves a value to a file that the person chooses.
 #pragma once
 
-#include "../Value.h"
-#include "WindowText.h"
+#include "vnquery/result/Value.h"
+#include "vnquery/window/WindowText.h"
 
 namespace vnquery {
 

@@ -1,7 +1,7 @@
-#include "TaskDialog.h"
+#include "vnquery/window/TaskDialog.h"
 
-#include "../CellText.h"
-#include "Commands.h"
+#include "vnquery/result/CellText.h"
+#include "vnquery/window/Commands.h"
 
 #include <chrono>
 #include <thread>

@@ -1,8 +1,8 @@
 // Shows how far long work is, and lets it be cancelled.
 #pragma once
 
-#include "../BackgroundTask.h"
-#include "TextDialog.h"
+#include "vnquery/window/TextDialog.h"
+#include "vnquery/work/BackgroundTask.h"
 
 namespace vnquery {
 

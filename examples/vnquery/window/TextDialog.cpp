@@ -1,6 +1,6 @@
-#include "TextDialog.h"
+#include "vnquery/window/TextDialog.h"
 
-#include "../HelpPages.h"
+#include "vnquery/messages/HelpPages.h"
 
 namespace vnquery {
 

@@ -1,7 +1,7 @@
 // A dialog whose controls are listed in code, with texts of the resource library.
 #pragma once
 
-#include "WindowText.h"
+#include "vnquery/window/WindowText.h"
 
 #include <deque>
 #include <string>

@@ -1,12 +1,12 @@
-#include "ValueDialog.h"
+#include "vnquery/window/ValueDialog.h"
 
-#include "../Failure.h"
-#include "../FileValue.h"
-#include "../PictureKind.h"
-#include "../ValueSaver.h"
-#include "Commands.h"
-#include "SaveValueAs.h"
-#include "TaskDialog.h"
+#include "vnquery/files/ValueLoader.h"
+#include "vnquery/files/ValueSaver.h"
+#include "vnquery/result/PictureKind.h"
+#include "vnquery/window/Commands.h"
+#include "vnquery/window/SaveValueAs.h"
+#include "vnquery/window/TaskDialog.h"
+#include "vnquery/work/Failure.h"
 
 #include <algorithm>
 #include <charconv>
@@ -285,7 +285,7 @@ void ValueDialog::OnLoad() {
     const std::string file = ToString(dialog.GetPathName());
     Value loaded;
     if (!RunTask(this, IDS_VQ_T_LOADING, [&](Progress& progress) {
-            loaded = LoadFileValue(file, m_subject.kind, m_subject.column, progress);
+            loaded = LoadValue(file, m_subject.kind, m_subject.column, progress);
         }))
         return;
     m_loaded = std::move(loaded);

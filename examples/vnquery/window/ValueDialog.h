@@ -1,9 +1,9 @@
 // One value in a window of its own: as text, as bytes with offsets, as a picture.
 #pragma once
 
-#include "../CellEdit.h"
-#include "../HexDump.h"
-#include "TextDialog.h"
+#include "vnquery/result/CellEdit.h"
+#include "vnquery/result/HexDump.h"
+#include "vnquery/window/TextDialog.h"
 
 #include <optional>
 

@@ -1,4 +1,4 @@
-#include "ViewLayout.h"
+#include "vnquery/window/ViewLayout.h"
 
 #include <algorithm>
 

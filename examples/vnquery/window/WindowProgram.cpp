@@ -1,11 +1,11 @@
-#include "WindowProgram.h"
+#include "vnquery/window/WindowProgram.h"
 
-#include "../Failure.h"
-#include "MainWindow.h"
-#include "WindowText.h"
+#include "vnquery/window/MainWindow.h"
+#include "vnquery/window/WindowText.h"
+#include "vnquery/work/Failure.h"
 
-#include <vnbytstr/GlobalVars.h>
-#include <vnbytstr/Profile.h>
+#include "vnbytstr/GlobalVars.h"
+#include "vnbytstr/Profile.h"
 
 #include <cstdlib>
 

@@ -1,7 +1,7 @@
 // The program with a window.
 #pragma once
 
-#include "../Connection.h"
+#include "vnquery/sources/Connection.h"
 
 #include <string>
 

@@ -1,7 +1,6 @@
-#include "WindowText.h"
+#include "vnquery/window/WindowText.h"
 
-#include <vnbytstr/Language.h>
-#include <vnbytstr/Profile.h>
+#include "vnbytstr/Profile.h"
 
 namespace vnquery {
 
@@ -29,7 +28,7 @@ std::string SettingsTrouble() {
     return VNGetProfileStatus(&text) == ProfileSound ? "" : "\n\n" + ToString(text);
 }
 
-DWORD LayoutStyle() { return ResourcesAreBiDi() ? WS_EX_LAYOUTRTL : 0; }
+DWORD LayoutStyle() { return AreTextsRightToLeft() ? WS_EX_LAYOUTRTL : 0; }
 
 std::string WithoutMarks(const std::string& text) {
     std::string plain;

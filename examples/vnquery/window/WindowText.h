@@ -1,9 +1,9 @@
 // Texts on their way between the program and its windows.
 #pragma once
 
-#include "../Messages.h"
+#include "vnquery/messages/Messages.h"
 
-#include <vnbytstr/Window.h>
+#include "vnbytstr/Window.h"
 
 #include <string>
 

@@ -1,0 +1,48 @@
+// The command line.
+#pragma once
+
+#include "vnquery/files/Exporter.h"
+#include "vnquery/files/FileCipher.h"
+#include "vnquery/result/CellText.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vnquery {
+
+struct SaveRequest {
+    std::size_t row; ///< counts from 0, as `column` does
+    std::size_t column;
+    std::string file;
+};
+
+struct TranslateRequest {
+    WORD from;
+    WORD to;
+    std::string input;
+    std::string output;
+};
+
+struct Options {
+    std::string database;   ///< SQLite file; "" when there is a connection
+    std::string connection; ///< ODBC connection string
+    std::string sql;
+    CellFormat cells;
+    bool quiet = false; ///< the result is not displayed
+    bool statistics = false;
+    std::vector<SaveRequest> saves;
+    std::string exportFile;
+    ExportFormat exportFormat;
+    ExportFormat saveFormat;
+    std::optional<TranslateRequest> translate;
+    std::optional<DesRequest> des;
+    bool window = false; ///< opens a window instead
+    std::optional<DWORD> helpTopic;
+};
+
+/// Reads the command line. Nothing when it asked for help or the version, which then have been
+/// printed. Throws Failure with kBadUsage.
+std::optional<Options> ParseOptions(int argc, char** argv);
+
+} // namespace vnquery

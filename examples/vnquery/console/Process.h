@@ -1,0 +1,22 @@
+// The process around the program: its signals and limits, its terminal, its memory.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace vnquery {
+
+/// To be called first. From here on a signal to end is remembered (see AwaitSignals); a closed pipe
+/// and a file size limit are errors of the write; text is UTF-8, as the databases deliver it; and as
+/// many files may be open as the system allows, since every large value has one.
+void PrepareProcess();
+
+bool IsErrorOutputTerminal();
+
+/// The most memory that the process has had, in bytes; 0 when the system does not tell.
+std::uint64_t GetPeakMemory();
+
+/// Writes all of `text` to standard output. Throws Failure when that fails.
+void WriteOutput(const std::string& text);
+
+} // namespace vnquery

@@ -1,0 +1,38 @@
+// How far long work has come, on the terminal.
+#pragma once
+
+#include "vnquery/work/Progress.h"
+
+#include <chrono>
+#include <string>
+
+namespace vnquery {
+
+/// One line on the terminal: counts rows and bytes, shows them on standard error when that is a
+/// terminal (ten times a second at most), and removes the line at its end. Every call is also where
+/// a signal to end is noticed.
+class TerminalProgress : public Progress {
+public:
+    /// `work` says what goes on, such as "Reading".
+    explicit TerminalProgress(std::string work);
+    ~TerminalProgress() override;
+    TerminalProgress(const TerminalProgress&) = delete;
+    TerminalProgress& operator=(const TerminalProgress&) = delete;
+
+    void AddRow() override;
+    void AddBytes(std::uint64_t count) override;
+
+private:
+    using Clock = std::chrono::steady_clock;
+    void Show();
+
+    std::string m_work;
+    bool m_isTerminal;
+    bool m_isShown = false;
+    std::uint64_t m_rows = 0;
+    std::uint64_t m_bytes = 0;
+    unsigned m_untilLook = 0; ///< rows until the clock is read again
+    Clock::time_point m_next;
+};
+
+} // namespace vnquery

@@ -1,0 +1,21 @@
+// What a translation could not carry over, for people.
+#pragma once
+
+#include "vnquery/result/Value.h"
+
+#include "vnbytstr/OutputStreamWriter.h"
+
+#include <optional>
+#include <string>
+
+namespace vnquery {
+
+/// Offset in bytes of the first character of the text (UTF-8) that the coded character set does not
+/// hold, or of the first sequence of bytes that is no character; nothing when all can be
+/// translated.
+std::optional<ULONGLONG> FindFirstLoss(const Value& text, WORD ccsid);
+
+/// For instance "2 characters that CCSID 37 does not hold"; "" when nothing was lost.
+std::string DescribeLosses(const STranslationReport& report, WORD ccsid);
+
+} // namespace vnquery

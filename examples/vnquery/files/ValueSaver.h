@@ -1,0 +1,25 @@
+// Saves single values of a result to files.
+#pragma once
+
+#include "vnquery/files/Exporter.h"
+
+#include <string>
+
+namespace vnquery {
+
+/// Writes a value to a file, a text through an Exporter when `format` has a coded character set,
+/// everything else byte by byte as the database gave it. `isLastUse` allows a value in a swap file
+/// to be moved instead of copied; it is empty afterwards. Throws Failure; an older file of that
+/// name is then as it was.
+void SaveValue(ResultSet& result, std::size_t row, std::size_t column, const std::string& file,
+               const ExportFormat& format, bool isLastUse);
+
+/// Writes a value byte by byte to a file, as a whole or not at all. `cell` is its place, for
+/// messages. Throws Failure and Interrupted.
+void SaveValueBytes(const Value& value, const std::string& cell, const std::string& file,
+                    Progress& progress);
+
+/// Prints a warning with the losses (see Exporter::GetLosses), when there are some.
+void ReportLosses(const std::string& file, const std::string& losses);
+
+} // namespace vnquery

@@ -1,0 +1,63 @@
+#include "vnquery/result/PictureKind.h"
+
+#include "vnquery/result/Value.h"
+
+#include <algorithm>
+
+namespace vnquery {
+
+namespace {
+
+constexpr DWORD kBeginning = 32; ///< bytes that are looked at
+
+unsigned ByteAt(std::string_view bytes, std::size_t i) {
+    return static_cast<unsigned char>(bytes[i]);
+}
+
+/// "BM", two reserved words that are 0, and the length of one of the known information headers.
+bool IsBitmap(std::string_view bytes) {
+    constexpr unsigned kHeaderLengths[] = {12, 40, 52, 56, 64, 108, 124};
+    if (bytes.size() < 18 || !bytes.starts_with("BM") ||
+        bytes.substr(6, 4) != std::string_view("\0\0\0\0", 4))
+        return false;
+    const unsigned length = ByteAt(bytes, 14) | ByteAt(bytes, 15) << 8 | ByteAt(bytes, 16) << 16;
+    return ByteAt(bytes, 17) == 0 &&
+           std::ranges::find(kHeaderLengths, length) != std::end(kHeaderLengths);
+}
+
+} // namespace
+
+PictureKind RecognisePicture(std::string_view beginning) {
+    if (beginning.starts_with("\x89PNG\r\n\x1A\n"))
+        return PictureKind::Png;
+    if (beginning.size() >= 4 && beginning.starts_with("\xFF\xD8\xFF") &&
+        ByteAt(beginning, 3) >= 0xC0 && ByteAt(beginning, 3) != 0xFF)
+        return PictureKind::Jpeg;
+    if (beginning.starts_with("GIF87a") || beginning.starts_with("GIF89a"))
+        return PictureKind::Gif;
+    return IsBitmap(beginning) ? PictureKind::Bmp : PictureKind::None;
+}
+
+PictureKind RecognisePicture(const Value& value) {
+    if (value.GetType() != Value::Type::Binary)
+        return PictureKind::None;
+    const DWORD length = std::min(kBeginning, value.GetLength());
+    const CByteStream* stream = value.GetStream();
+    if (!stream)
+        return RecognisePicture(value.GetShort().substr(0, length));
+    char bytes[kBeginning] = {};
+    stream->CopyTo(0, reinterpret_cast<BYTE*>(bytes), length, kBeginning);
+    return RecognisePicture(std::string_view(bytes, length));
+}
+
+const char* PictureName(PictureKind kind) {
+    constexpr const char* kNames[] = {"", "PNG", "JPEG", "GIF", "BMP"};
+    return kNames[static_cast<std::size_t>(kind)];
+}
+
+const char* PictureExtension(PictureKind kind) {
+    constexpr const char* kExtensions[] = {".bin", ".png", ".jpg", ".gif", ".bmp"};
+    return kExtensions[static_cast<std::size_t>(kind)];
+}
+
+} // namespace vnquery

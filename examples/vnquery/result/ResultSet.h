@@ -1,0 +1,64 @@
+// The rows of a query that has been run.
+#pragma once
+
+#include "vnquery/result/RowSource.h"
+
+#include <deque>
+
+namespace vnquery {
+
+/// Rows and columns count from 0.
+class ResultSet {
+public:
+    explicit ResultSet(std::vector<std::string> columns = {}) : m_columns(std::move(columns)) {}
+
+    const std::vector<std::string>& GetColumns() const { return m_columns; }
+    std::size_t GetColumnCount() const { return m_columns.size(); }
+    std::size_t GetRowCount() const { return m_rows; }
+    Value& At(std::size_t row, std::size_t column) {
+        return m_values[row * m_columns.size() + column];
+    }
+    const Value& At(std::size_t row, std::size_t column) const {
+        return m_values[row * m_columns.size() + column];
+    }
+
+    /// Reads all rows of the source. Throws what the source throws, and Failure, with the row and
+    /// column in the message, when a value finds no room on the disk or in memory.
+    void Fetch(RowSource& source, Progress& progress);
+    /// Moves the rows of another result with the same columns behind the rows here.
+    void Append(ResultSet&& other);
+    /// Forgets the values of a row whose reading failed.
+    void DropIncompleteRow() { m_values.resize(m_rows * m_columns.size()); }
+    /// The row's number in its table, where the source told it.
+    std::optional<long long> GetRowId(std::size_t row) const;
+
+private:
+    friend class RowReader;
+
+    std::vector<std::string> m_columns;
+    std::size_t m_rows = 0;
+    std::deque<Value> m_values; ///< row by row; a deque, since it never moves what it holds
+    std::vector<std::optional<long long>> m_rowIds; ///< none at all, or one for each row
+};
+
+/// Reads the rows of a source one by one. Of long values it keeps only some pages in memory.
+class RowReader {
+public:
+    RowReader(RowSource& source, Progress& progress) : m_source(source), m_progress(progress) {}
+
+    /// Adds the next row to the result; false when there is none. Throws as ResultSet::Fetch.
+    bool ReadRow(ResultSet& result);
+
+private:
+    void ReleaseMemory(const Value& value);
+
+    RowSource& m_source;
+    Progress& m_progress;
+    std::size_t m_row = 0;
+    ULONGLONG m_pages = 0; ///< of values in stores that are in memory
+};
+
+/// "row 1, column 2", as people count.
+std::string CellName(std::size_t row, std::size_t column);
+
+} // namespace vnquery

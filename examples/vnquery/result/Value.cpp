@@ -1,0 +1,68 @@
+#include "vnquery/result/Value.h"
+
+#include <algorithm>
+
+namespace vnquery {
+
+void ForEachPiece(const CByteStream& stream, const PieceReceiver& receive) {
+    const DWORD length = stream.GetLength();
+    if (length == 0)
+        return;
+    const bool isInMemory = stream.IsAllInBuffer();
+    const BYTE* bytes = isInMemory ? static_cast<const BYTE*>(stream) : nullptr;
+    const auto buffer = isInMemory ? nullptr : std::make_unique<BYTE[]>(kPieceSize);
+    for (DWORD done = 0; done < length;) {
+        const DWORD count = std::min(kPieceSize, length - done);
+        if (!isInMemory)
+            stream.CopyTo(done, buffer.get(), count, kPieceSize);
+        receive({isInMemory ? bytes + done : buffer.get(), count});
+        done += count;
+    }
+}
+
+DWORD Value::GetLength() const {
+    return m_stream ? m_stream->GetLength() : static_cast<DWORD>(m_short.size());
+}
+
+void Value::Begin(Type type) {
+    m_type = type;
+    m_short.clear();
+    m_stream.reset();
+}
+
+void Value::Append(std::span<const BYTE> piece) {
+    if (piece.empty())
+        return;
+    if (!m_stream && m_short.size() + piece.size() <= kMaxShort) {
+        m_short.append(reinterpret_cast<const char*>(piece.data()), piece.size());
+        return;
+    }
+    if (!m_stream) {
+        m_stream = std::make_unique<CByteStream>(reinterpret_cast<const BYTE*>(m_short.data()),
+                                                 static_cast<DWORD>(m_short.size()));
+        m_short = {};
+    }
+    m_stream->Concat(piece.data(), static_cast<DWORD>(piece.size()));
+}
+
+void Value::Complete() {
+    if (m_stream)
+        m_stream->SetComplete(TRUE);
+}
+
+void Value::ForEachPiece(const PieceReceiver& receive) const {
+    if (m_stream)
+        vnquery::ForEachPiece(*m_stream, receive);
+    else if (!m_short.empty())
+        receive({reinterpret_cast<const BYTE*>(m_short.data()), m_short.size()});
+}
+
+std::string Value::GetBytes() const {
+    std::string bytes;
+    ForEachPiece([&](std::span<const BYTE> piece) {
+        bytes.append(reinterpret_cast<const char*>(piece.data()), piece.size());
+    });
+    return bytes;
+}
+
+} // namespace vnquery

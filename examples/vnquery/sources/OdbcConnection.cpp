@@ -1,0 +1,136 @@
+#include "vnquery/sources/OdbcConnection.h"
+
+#include "vnquery/messages/Messages.h"
+#include "vnquery/sources/OdbcText.h"
+#include "vnquery/work/Failure.h"
+#include "vnquery/work/Interruption.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace vnquery {
+
+namespace {
+
+/// The driver's own words; "" when it has none.
+std::string Diagnose(SQLSMALLINT type, SQLHANDLE handle) {
+    std::string text;
+    SQLWCHAR state[6] = {};
+    SQLWCHAR message[1024] = {};
+    SQLINTEGER number = 0;
+    SQLSMALLINT length = 0;
+    for (SQLSMALLINT record = 1; SQL_SUCCEEDED(SQLGetDiagRecW(
+             type, handle, record, state, &number, message, std::size(message), &length));
+         ++record) {
+        const auto count =
+            std::min<std::size_t>(static_cast<std::size_t>(length), std::size(message) - 1);
+        text +=
+            (text.empty() ? "" : "; ") + FromWide(message, count) + " [" + FromWide(state, 5) + "]";
+    }
+    return text;
+}
+
+bool SetAttribute(SQLHANDLE connection, SQLINTEGER attribute, std::uintptr_t value) {
+    return SQL_SUCCEEDED(
+        SQLSetConnectAttr(connection, attribute, reinterpret_cast<SQLPOINTER>(value), 0));
+}
+
+} // namespace
+
+void OdbcFail(const std::string& what, SQLSMALLINT type, SQLHANDLE handle) {
+    CheckInterrupted();
+    const std::string words = Diagnose(type, handle);
+    throw Failure(kQueryFailed, what + ": " + (words.empty() ? Text(IDS_VQ_NO_REASON) : words));
+}
+
+OdbcHandle::OdbcHandle(SQLSMALLINT type, SQLHANDLE parent) : m_type(type) {
+    if (!SQL_SUCCEEDED(SQLAllocHandle(type, parent, &m_handle)))
+        throw Failure(kQueryFailed, Text(IDS_VQ_NO_HANDLE));
+    if (type == SQL_HANDLE_ENV)
+        SQLSetEnvAttr(m_handle, SQL_ATTR_ODBC_VERSION, reinterpret_cast<SQLPOINTER>(SQL_OV_ODBC3),
+                      0);
+}
+
+std::string OdbcState(SQLSMALLINT type, SQLHANDLE handle) {
+    SQLWCHAR state[6] = {};
+    SQLWCHAR message[2] = {};
+    SQLINTEGER number = 0;
+    SQLSMALLINT length = 0;
+    return SQL_SUCCEEDED(SQLGetDiagRecW(type, handle, 1, state, &number, message,
+                                        std::size(message), &length))
+               ? FromWide(state, 5)
+               : std::string();
+}
+
+OdbcConnection::OdbcConnection(const std::string& connection, Access access)
+    : m_environment(SQL_HANDLE_ENV, SQL_NULL_HANDLE),
+      m_handle(SQL_HANDLE_DBC, m_environment.Get()) {
+    Connect(connection, access);
+    try {
+        if (!SetAttribute(m_handle.Get(), SQL_ATTR_AUTOCOMMIT, SQL_AUTOCOMMIT_OFF) &&
+            access == Access::Write)
+            OdbcFail(Text(IDS_VQ_CANNOT_PREPARE_TRANSACTION), SQL_HANDLE_DBC, m_handle.Get());
+        if (access == Access::Read)
+            MakeReadOnly();
+    } catch (...) {
+        SQLDisconnect(m_handle.Get());
+        throw;
+    }
+}
+
+void OdbcConnection::Connect(const std::string& connection, Access access) {
+    if (access == Access::Write)
+        // So that nobody changes a value between the look at it and its update.
+        SetAttribute(m_handle.Get(), SQL_ATTR_TXN_ISOLATION, SQL_TXN_SERIALIZABLE);
+    else
+        SetAttribute(m_handle.Get(), SQL_ATTR_ACCESS_MODE, SQL_MODE_READ_ONLY); // a hint
+    std::vector<SQLWCHAR> text = ToWide(connection);
+    const SQLRETURN result = SQLDriverConnectW(m_handle.Get(), nullptr, text.data(), SQL_NTS,
+                                               nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT);
+    if (!SQL_SUCCEEDED(result))
+        OdbcFail(Text(IDS_VQ_CANNOT_CONNECT), SQL_HANDLE_DBC, m_handle.Get());
+}
+
+/// For this transaction alone: a session may be lent to somebody else after us, by a pool.
+void OdbcConnection::MakeReadOnly() {
+    std::vector<SQLWCHAR> text = ToWide("SET TRANSACTION READ ONLY");
+    const std::unique_ptr<OdbcHandle> statement = NewStatement();
+    if (!SQL_SUCCEEDED(SQLExecDirectW(statement->Get(), text.data(), SQL_NTS)))
+        SQLEndTran(SQL_HANDLE_DBC, m_handle.Get(), SQL_ROLLBACK); // no such statement there
+}
+
+OdbcConnection::~OdbcConnection() {
+    SQLEndTran(SQL_HANDLE_DBC, m_handle.Get(), SQL_ROLLBACK);
+    SQLDisconnect(m_handle.Get());
+}
+
+SqlServer OdbcConnection::GetServer() const {
+    SQLWCHAR name[64] = {};
+    SQLSMALLINT bytes = 0;
+    if (!SQL_SUCCEEDED(SQLGetInfoW(m_handle.Get(), SQL_DBMS_NAME, name, sizeof name, &bytes)))
+        return SqlServer::Other;
+    return ServerOf(FromWide(
+        name, std::min(static_cast<std::size_t>(std::max<SQLSMALLINT>(bytes, 0)) / sizeof(SQLWCHAR),
+                       std::size(name) - 1)));
+}
+
+std::unique_ptr<OdbcHandle> OdbcConnection::NewStatement() const {
+    return std::make_unique<OdbcHandle>(static_cast<SQLSMALLINT>(SQL_HANDLE_STMT), m_handle.Get());
+}
+
+std::string OdbcConnection::GetNameQuote() const {
+    SQLWCHAR text[8] = {};
+    SQLSMALLINT bytes = 0;
+    if (!SQL_SUCCEEDED(
+            SQLGetInfoW(m_handle.Get(), SQL_IDENTIFIER_QUOTE_CHAR, text, sizeof text, &bytes)) ||
+        bytes <= 0 || text[0] == ' ')
+        return {};
+    return FromWide(text, 1);
+}
+
+void OdbcConnection::EndTransaction(SQLSMALLINT how) {
+    if (!SQL_SUCCEEDED(SQLEndTran(SQL_HANDLE_DBC, m_handle.Get(), how)))
+        OdbcFail(Text(IDS_VQ_CANNOT_END_TRANSACTION), SQL_HANDLE_DBC, m_handle.Get());
+}
+
+} // namespace vnquery

@@ -1,0 +1,214 @@
+#include "vnquery/sources/OdbcSource.h"
+
+#include "vnquery/messages/Messages.h"
+#include "vnquery/sources/OdbcText.h"
+#include "vnquery/sources/OneTableQuery.h"
+#include "vnquery/work/Failure.h"
+#include "vnquery/work/Interruption.h"
+
+#include <algorithm>
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+
+namespace vnquery {
+
+namespace {
+
+constexpr auto kLookInterval = std::chrono::milliseconds(50);
+
+ColumnKind KindOf(SQLSMALLINT sqlType) {
+    switch (sqlType) {
+    case SQL_TINYINT:
+    case SQL_SMALLINT:
+    case SQL_INTEGER:
+    case SQL_BIGINT:
+    case SQL_BIT:
+        return ColumnKind::Integer;
+    default:
+        break;
+    }
+    switch (OdbcReader::TypeOf(sqlType)) {
+    case Value::Type::Binary:
+        return ColumnKind::Binary;
+    case Value::Type::Number:
+        return ColumnKind::Decimal;
+    default:
+        return ColumnKind::Text;
+    }
+}
+
+} // namespace
+
+OdbcSource::OdbcSource(const std::string& connection, const std::string& sql, SourceUse use)
+    : m_connection(std::make_unique<OdbcConnection>(connection, OdbcConnection::Access::Read)),
+      m_statement(m_connection->NewStatement()), m_reader(m_statement->Get()) {
+    Refuse(sql);
+    m_watcher = std::jthread([this, asked = CurrentStop()](const std::stop_token& stop) {
+        CancelWhenAsked(stop, asked);
+    });
+    Prepare(sql);
+    const SQLRETURN result = SQLExecute(m_statement->Get());
+    if (result != SQL_NO_DATA)
+        Check(result, IDS_VQ_CANNOT_RUN);
+    DescribeColumns();
+    if (use == SourceUse::Editing)
+        PlanEditing(sql);
+}
+
+OdbcSource::~OdbcSource() = default;
+
+void OdbcSource::Refuse(const std::string& sql) const {
+    const std::optional<QueryRefusal> refusal = FindRefusal(sql, m_connection->GetServer());
+    if (!refusal)
+        return;
+    switch (refusal->reason) {
+    case QueryRefusal::Reason::Empty:
+        throw Failure(kQueryFailed, Text(IDS_VQ_NO_QUERY));
+    case QueryRefusal::Reason::Several:
+        throw Failure(kQueryFailed, Text(IDS_VQ_MORE_STATEMENTS));
+    case QueryRefusal::Reason::NotAQuery:
+        throw Failure(kQueryFailed, Text(IDS_VQ_NOT_A_QUERY, {refusal->word}));
+    }
+}
+
+/// Asks the driver, before anything runs, whether there will be columns.
+void OdbcSource::Prepare(const std::string& sql) {
+    std::vector<SQLWCHAR> text = ToWide(sql);
+    Check(SQLPrepareW(m_statement->Get(), text.data(), SQL_NTS), IDS_VQ_CANNOT_RUN);
+    SQLSMALLINT count = 0;
+    if (!SQL_SUCCEEDED(SQLNumResultCols(m_statement->Get(), &count))) {
+        const std::string state = OdbcState(SQL_HANDLE_STMT, m_statement->Get());
+        if (state != "HY010" && state != "HYC00" && state != "IM001") // a driver that cannot tell
+            Check(SQL_ERROR, IDS_VQ_CANNOT_RUN);
+    } else if (count == 0) {
+        throw Failure(kQueryFailed, Text(IDS_VQ_NO_RESULT));
+    }
+}
+
+void OdbcSource::CancelWhenAsked(const std::stop_token& stop, const std::stop_token& asked) {
+    std::mutex mutex;
+    std::unique_lock lock(mutex);
+    std::condition_variable_any stopped;
+    while (!stopped.wait_for(lock, stop, kLookInterval, [] { return false; }) &&
+           !stop.stop_requested()) {
+        if (InterruptingSignal() != 0 || asked.stop_requested())
+            SQLCancel(m_statement->Get());
+    }
+}
+
+void OdbcSource::Check(SQLRETURN result, UINT what) const {
+    if (!SQL_SUCCEEDED(result))
+        OdbcFail(Text(what), SQL_HANDLE_STMT, m_statement->Get());
+}
+
+void OdbcSource::DescribeColumns() {
+    SQLSMALLINT count = 0;
+    Check(SQLNumResultCols(m_statement->Get(), &count), IDS_VQ_CANNOT_READ_COLUMNS);
+    if (count <= 0)
+        throw Failure(kQueryFailed, Text(IDS_VQ_NO_RESULT));
+    for (SQLUSMALLINT column = 1; column <= count; ++column) {
+        SQLWCHAR name[512] = {};
+        SQLSMALLINT length = 0;
+        SQLSMALLINT type = 0;
+        SQLULEN size = 0;
+        SQLSMALLINT digits = 0;
+        SQLSMALLINT nullable = SQL_NULLABLE_UNKNOWN;
+        Check(SQLDescribeColW(m_statement->Get(), column, name, std::size(name), &length, &type,
+                              &size, &digits, &nullable),
+              IDS_VQ_CANNOT_READ_COLUMNS);
+        m_names.push_back(FromWide(
+            name, std::min<std::size_t>(static_cast<std::size_t>(length), std::size(name) - 1)));
+        m_types.push_back(OdbcReader::TypeOf(type));
+        m_kinds.push_back(KindOf(type));
+        EditColumn& edit = m_editPlan.columns.emplace_back();
+        edit.sqlType = type;
+        edit.sqlSize = size;
+        edit.sqlDigits = digits;
+        edit.isNullable = nullable != SQL_NO_NULLS;
+    }
+}
+
+// --- what can be written back --------------------------------------------------------------------
+
+std::string OdbcSource::GetAttribute(std::size_t column, SQLUSMALLINT attribute) const {
+    SQLWCHAR text[512] = {};
+    SQLSMALLINT bytes = 0;
+    if (!SQL_SUCCEEDED(SQLColAttributeW(m_statement->Get(), static_cast<SQLUSMALLINT>(column + 1),
+                                        attribute, text, sizeof text, &bytes, nullptr)))
+        return {};
+    return FromWide(
+        text, std::min(static_cast<std::size_t>(std::max<SQLSMALLINT>(bytes, 0)) / sizeof(SQLWCHAR),
+                       std::size(text) - 1));
+}
+
+/// Names of the primary key's columns in the plan's table; none when the driver does not tell.
+std::vector<std::string> OdbcSource::FindPrimaryKey(const std::string& catalog) const {
+    const std::unique_ptr<OdbcHandle> keys = m_connection->NewStatement();
+    std::vector<SQLWCHAR> names[] = {ToWide(catalog), ToWide(m_editPlan.schema),
+                                     ToWide(m_editPlan.table)};
+    const auto text = [](std::vector<SQLWCHAR>& name) {
+        return name.size() > 1 ? name.data() : nullptr;
+    };
+    std::vector<std::string> columns;
+    if (!SQL_SUCCEEDED(SQLPrimaryKeysW(keys->Get(), text(names[0]), SQL_NTS, text(names[1]),
+                                       SQL_NTS, text(names[2]), SQL_NTS)))
+        return columns;
+    constexpr SQLUSMALLINT kColumnName = 4;
+    while (SQL_SUCCEEDED(SQLFetch(keys->Get()))) {
+        SQLWCHAR name[512] = {};
+        SQLLEN bytes = 0;
+        if (SQL_SUCCEEDED(
+                SQLGetData(keys->Get(), kColumnName, SQL_C_WCHAR, name, sizeof name, &bytes)) &&
+            bytes > 0)
+            columns.push_back(
+                FromWide(name, std::min(static_cast<std::size_t>(bytes) / sizeof(SQLWCHAR),
+                                        std::size(name) - 1)));
+    }
+    return columns;
+}
+
+void OdbcSource::PlanEditing(const std::string& sql) {
+    // A table joined with itself is one table to the driver.
+    if (!ParseOneTableQuery(sql))
+        return;
+    std::string catalog;
+    for (std::size_t i = 0; i < m_names.size(); ++i) {
+        EditColumn& column = m_editPlan.columns[i];
+        const std::string table = GetAttribute(i, SQL_DESC_BASE_TABLE_NAME);
+        column.name = table.empty() ? "" : GetAttribute(i, SQL_DESC_BASE_COLUMN_NAME);
+        column.defaultSql = "DEFAULT";
+        column.readOnly = column.name.empty() ? ReadOnlyReason::Computed : ReadOnlyReason::None;
+        if (column.name.empty())
+            continue;
+        if (m_editPlan.table.empty()) {
+            m_editPlan.table = table;
+            m_editPlan.schema = GetAttribute(i, SQL_DESC_SCHEMA_NAME);
+            catalog = GetAttribute(i, SQL_DESC_CATALOG_NAME);
+        } else if (table != m_editPlan.table) {
+            return; // a join
+        }
+    }
+    if (m_editPlan.table.empty())
+        return;
+    m_editPlan.readOnly = ReadOnlyReason::NoKey;
+    m_editPlan.SetKey(FindPrimaryKey(catalog), std::equal_to<>());
+}
+
+// --- rows ----------------------------------------------------------------------------------------
+
+bool OdbcSource::Next() {
+    CheckInterrupted();
+    const SQLRETURN result = SQLFetch(m_statement->Get());
+    if (result == SQL_NO_DATA)
+        return false;
+    Check(result, IDS_VQ_CANNOT_READ_ROW);
+    return true;
+}
+
+void OdbcSource::Read(std::size_t column, ValueSink& sink) {
+    m_reader.Read(column, m_names[column], m_types[column], sink);
+}
+
+} // namespace vnquery

@@ -1,0 +1,141 @@
+#include "vnquery/sources/OdbcWriter.h"
+
+#include "vnquery/messages/Messages.h"
+#include "vnquery/sources/OdbcReader.h"
+#include "vnquery/sources/OdbcText.h"
+#include "vnquery/work/Failure.h"
+#include "vnquery/work/Progress.h"
+
+#include <algorithm>
+
+namespace vnquery {
+
+namespace {
+
+bool IsBinaryType(int sqlType) {
+    return sqlType == SQL_BINARY || sqlType == SQL_VARBINARY || sqlType == SQL_LONGVARBINARY;
+}
+
+} // namespace
+
+OdbcWriter::OdbcWriter(const std::string& connection, const EditPlan& plan)
+    : m_connection(connection, OdbcConnection::Access::Write), m_plan(plan),
+      m_quote(m_connection.GetNameQuote()) {
+    m_table = (plan.schema.empty() ? "" : Quote(plan.schema) + ".") + Quote(plan.table);
+}
+
+std::string OdbcWriter::Quote(const std::string& name) const {
+    if (m_quote.empty())
+        return name;
+    std::string quoted = m_quote;
+    for (const char ch : name)
+        quoted.append(ch == m_quote[0] ? 2 : 1, ch);
+    return quoted + m_quote;
+}
+
+std::string OdbcWriter::Condition() const {
+    std::string condition;
+    for (const std::size_t column : m_plan.keyColumns)
+        condition.append(condition.empty() ? " WHERE " : " AND ")
+            .append(Quote(m_plan.columns[column].name))
+            .append(" = ?");
+    return condition;
+}
+
+/// Binds values of the plan's columns in their order. Long bytes come when the statement runs.
+void OdbcWriter::Bind(SQLHANDLE statement, std::span<Parameter> parameters,
+                      std::span<const std::size_t> columns) const {
+    for (std::size_t i = 0; i < parameters.size(); ++i) {
+        Parameter& parameter = parameters[i];
+        const EditColumn& column = m_plan.columns[columns[i]];
+        const Value& value = *parameter.value;
+        const bool isBinary = value.GetType() == Value::Type::Binary;
+        SQLPOINTER data = &parameter; // handed back by SQLParamData
+        if (value.IsNull()) {
+            parameter.indicator = SQL_NULL_DATA;
+        } else if (isBinary) {
+            parameter.indicator = SQL_LEN_DATA_AT_EXEC(static_cast<SQLLEN>(value.GetLength()));
+        } else {
+            parameter.wide = ToWide(value.GetBytes());
+            parameter.indicator = SQL_NTS;
+            data = parameter.wide.data();
+        }
+        const bool asBinary = isBinary || (value.IsNull() && IsBinaryType(column.sqlType));
+        const std::size_t length = isBinary ? value.GetLength() : parameter.wide.size();
+        if (!SQL_SUCCEEDED(SQLBindParameter(
+                statement, static_cast<SQLUSMALLINT>(i + 1), SQL_PARAM_INPUT,
+                asBinary ? SQL_C_BINARY : SQL_C_WCHAR, static_cast<SQLSMALLINT>(column.sqlType),
+                std::max<SQLULEN>({column.sqlSize, length, 1}),
+                static_cast<SQLSMALLINT>(column.sqlDigits), data, 0, &parameter.indicator)))
+            OdbcFail(Text(IDS_VQ_CANNOT_PASS, {column.name}), SQL_HANDLE_STMT, statement);
+    }
+}
+
+void OdbcWriter::Execute(SQLHANDLE statement, const std::string& sql, const std::string& what,
+                         Progress& progress) const {
+    std::vector<SQLWCHAR> text = ToWide(sql);
+    SQLRETURN result = SQLExecDirectW(statement, text.data(), SQL_NTS);
+    while (result == SQL_NEED_DATA) {
+        SQLPOINTER which = nullptr;
+        result = SQLParamData(statement, &which);
+        if (result != SQL_NEED_DATA)
+            break;
+        static_cast<const Parameter*>(which)->value->ForEachPiece([&](std::span<const BYTE> piece) {
+            if (!SQL_SUCCEEDED(SQLPutData(statement, const_cast<BYTE*>(piece.data()),
+                                          static_cast<SQLLEN>(piece.size()))))
+                OdbcFail(what, SQL_HANDLE_STMT, statement);
+            progress.AddBytes(piece.size());
+        });
+    }
+    if (!SQL_SUCCEEDED(result) && result != SQL_NO_DATA)
+        OdbcFail(what, SQL_HANDLE_STMT, statement);
+}
+
+std::optional<Value> OdbcWriter::Read(const RowKey& key, std::size_t column, Progress& progress) {
+    const EditColumn& plan = m_plan.columns[column];
+    const std::string what = Text(IDS_VQ_CANNOT_READ_VALUE, {plan.name});
+    const std::unique_ptr<OdbcHandle> select = m_connection.NewStatement();
+    std::vector<Parameter> parameters;
+    for (const Value* value : key.values)
+        parameters.push_back({value, {}, 0});
+    Bind(select->Get(), parameters, m_plan.keyColumns);
+    Execute(select->Get(), "SELECT " + Quote(plan.name) + " FROM " + m_table + Condition(), what,
+            progress);
+    const SQLRETURN result = SQLFetch(select->Get());
+    if (result == SQL_NO_DATA)
+        return {};
+    if (!SQL_SUCCEEDED(result))
+        OdbcFail(what, SQL_HANDLE_STMT, select->Get());
+    Value value;
+    ValueSink sink(value, progress);
+    OdbcReader(select->Get()).Read(0, plan.name, OdbcReader::TypeOf(plan.sqlType), sink);
+    return value;
+}
+
+void OdbcWriter::Update(const RowKey& key, std::size_t column, const NewValue& value,
+                        Progress& progress) {
+    const EditColumn& plan = m_plan.columns[column];
+    const std::unique_ptr<OdbcHandle> update = m_connection.NewStatement();
+    std::vector<Parameter> parameters;
+    std::vector<std::size_t> columns;
+    if (!value.isDefault) {
+        parameters.push_back({&value.value, {}, 0});
+        columns.push_back(column);
+    }
+    for (const Value* part : key.values)
+        parameters.push_back({part, {}, 0});
+    columns.insert(columns.end(), m_plan.keyColumns.begin(), m_plan.keyColumns.end());
+    Bind(update->Get(), parameters, columns);
+    Execute(update->Get(),
+            "UPDATE " + m_table + " SET " + Quote(plan.name) + " = " +
+                (value.isDefault ? plan.defaultSql : "?") + Condition(),
+            Text(IDS_VQ_CANNOT_CHANGE, {plan.name}), progress);
+    SQLLEN rows = 0;
+    if (SQL_SUCCEEDED(SQLRowCount(update->Get(), &rows)) && rows != 1)
+        throw Failure(kQueryFailed,
+                      Text(IDS_VQ_CANNOT_CHANGE, {plan.name}) + ": " + Text(IDS_VQ_ROW_GONE));
+}
+
+void OdbcWriter::Commit() { m_connection.EndTransaction(SQL_COMMIT); }
+
+} // namespace vnquery

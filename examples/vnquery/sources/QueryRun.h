@@ -1,0 +1,61 @@
+// A query that runs beside a window and hands over its rows in portions.
+#pragma once
+
+#include "vnquery/result/ResultSet.h"
+#include "vnquery/sources/Connection.h"
+#include "vnquery/work/BackgroundTask.h"
+
+#include <condition_variable>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <optional>
+
+namespace vnquery {
+
+/// What is known of a result before its first row.
+struct ResultShape {
+    std::vector<std::string> columns;
+    std::vector<ColumnKind> kinds;
+    EditPlan plan;
+};
+
+/// Begins at once. The thread that makes it calls everything here.
+class QueryRun {
+public:
+    QueryRun(const Connection& connection, const std::string& sql);
+    ~QueryRun();
+
+    TaskState GetState() const { return m_task->GetState(); }
+    const std::string& GetMessage() const { return m_task->GetMessage(); }
+    const TaskProgress& GetProgress() const { return m_task->GetProgress(); }
+    const Connection& GetConnection() const { return m_connection; }
+    const std::string& GetSql() const { return m_sql; }
+    /// The rows that have come stay.
+    void Cancel();
+
+    /// The result's columns, once and as soon as they are known.
+    std::optional<ResultShape> TakeShape();
+    /// Moves rows that have come behind those in `result`, whole portions up to `maxRows` (at
+    /// least kPortion); returns how many. None before the shape has been taken. None after the run
+    /// has ended means that all have been taken.
+    std::size_t TakeRows(ResultSet& result, std::size_t maxRows);
+
+    static constexpr std::size_t kPortion = 1024; ///< most rows of a portion
+
+private:
+    void Work(Progress& progress);
+    void HandOver(ResultSet& portion);
+
+    static constexpr std::size_t kMaxPortions = 64; ///< that wait to be taken
+
+    Connection m_connection;
+    std::string m_sql;
+    std::mutex m_mutex; ///< of the next three
+    std::condition_variable_any m_taken;
+    std::optional<ResultShape> m_shape;
+    std::deque<ResultSet> m_portions;
+    std::unique_ptr<BackgroundTask> m_task; ///< the last member
+};
+
+} // namespace vnquery

@@ -1,0 +1,159 @@
+#include "vnquery/sources/SqliteWriter.h"
+
+#include "vnquery/messages/Messages.h"
+#include "vnquery/sources/OneTableQuery.h"
+#include "vnquery/work/Failure.h"
+#include "vnquery/work/Progress.h"
+
+#include <charconv>
+
+#include <sqlite3.h>
+
+namespace vnquery {
+
+namespace {
+
+constexpr DWORD kMaxBound = 1048576; ///< longer bytes go in pieces where they can
+
+/// A number's text as the number it is; as text when SQLite has no such number.
+void BindNumber(sqlite3_stmt* statement, int index, const std::string& text) {
+    const char* const end = text.data() + text.size();
+    long long integer = 0;
+    if (const auto read = std::from_chars(text.data(), end, integer);
+        read.ec == std::errc() && read.ptr == end) {
+        sqlite3_bind_int64(statement, index, integer);
+        return;
+    }
+    double real = 0;
+    if (const auto read = std::from_chars(text.data(), end, real);
+        read.ec == std::errc() && read.ptr == end)
+        sqlite3_bind_double(statement, index, real);
+    else
+        sqlite3_bind_text64(statement, index, text.data(), text.size(), SQLITE_TRANSIENT,
+                            SQLITE_UTF8);
+}
+
+void Bind(sqlite3_stmt* statement, int index, const Value& value) {
+    if (value.IsNull()) {
+        sqlite3_bind_null(statement, index);
+        return;
+    }
+    const std::string bytes = value.GetBytes();
+    switch (value.GetType()) {
+    case Value::Type::Number:
+        BindNumber(statement, index, bytes);
+        break;
+    case Value::Type::Text:
+        sqlite3_bind_text64(statement, index, bytes.data(), bytes.size(), SQLITE_TRANSIENT,
+                            SQLITE_UTF8);
+        break;
+    default:
+        sqlite3_bind_blob64(statement, index, bytes.data(), bytes.size(), SQLITE_TRANSIENT);
+    }
+}
+
+} // namespace
+
+SqliteWriter::SqliteWriter(const std::string& file, const EditPlan& plan)
+    : m_database(file, SqliteDatabase::Access::Write), m_plan(plan),
+      m_table(QuoteName(plan.schema) + "." + QuoteName(plan.table)) {
+    m_database.Run("PRAGMA foreign_keys = ON", Text(IDS_VQ_CANNOT_PREPARE_TRANSACTION));
+    m_database.Run("BEGIN IMMEDIATE", Text(IDS_VQ_CANNOT_BEGIN, {file}));
+    m_isOpen = true;
+}
+
+SqliteWriter::~SqliteWriter() {
+    // Whatever the thread was asked: the database undoes an open transaction when it closes, too.
+    if (m_isOpen)
+        sqlite3_exec(m_database.Get(), "ROLLBACK", nullptr, nullptr, nullptr);
+}
+
+std::string SqliteWriter::Condition() const {
+    if (!m_plan.rowIdName.empty())
+        return " WHERE " + m_plan.rowIdName + " = ?";
+    std::string condition;
+    for (const std::size_t column : m_plan.keyColumns)
+        condition.append(condition.empty() ? " WHERE " : " AND ")
+            .append(QuoteName(m_plan.columns[column].name))
+            .append(" = ?");
+    return condition;
+}
+
+void SqliteWriter::BindKey(sqlite3_stmt* statement, const RowKey& key, int first) const {
+    if (!m_plan.rowIdName.empty()) {
+        if (key.rowId)
+            sqlite3_bind_int64(statement, first, *key.rowId);
+        return;
+    }
+    for (const Value* value : key.values)
+        Bind(statement, first++, *value);
+}
+
+std::optional<Value> SqliteWriter::Read(const RowKey& key, std::size_t column, Progress& progress) {
+    const std::string& name = m_plan.columns[column].name;
+    const auto select =
+        m_database.Prepare("SELECT " + QuoteName(name) + " FROM " + m_table + Condition());
+    BindKey(select.get(), key, 1);
+    if (!m_database.Step(select.get(), Text(IDS_VQ_CANNOT_READ_VALUE, {name})))
+        return {};
+    Value value;
+    ValueSink sink(value, progress);
+    m_database.ReadWhole(select.get(), 0, sink);
+    return value;
+}
+
+void SqliteWriter::UpdateOnce(const std::string& expression, const RowKey& key, std::size_t column,
+                              const Value* value) {
+    const std::string& name = m_plan.columns[column].name;
+    const auto update = m_database.Prepare("UPDATE " + m_table + " SET " + QuoteName(name) + " = " +
+                                           expression + Condition());
+    if (value)
+        Bind(update.get(), 1, *value);
+    BindKey(update.get(), key, value ? 2 : 1);
+    m_database.Step(update.get(), Text(IDS_VQ_CANNOT_CHANGE, {name}));
+    if (sqlite3_changes(m_database.Get()) != 1)
+        throw Failure(kQueryFailed,
+                      Text(IDS_VQ_CANNOT_CHANGE, {name}) + ": " + Text(IDS_VQ_ROW_GONE));
+}
+
+void SqliteWriter::Update(const RowKey& key, std::size_t column, const NewValue& value,
+                          Progress& progress) {
+    const Value& bytes = value.value;
+    if (value.isDefault) {
+        const std::string& sql = m_plan.columns[column].defaultSql;
+        UpdateOnce("(" + (sql.empty() ? "NULL" : sql) + ")", key, column, nullptr);
+    } else if (bytes.GetType() == Value::Type::Binary && bytes.GetLength() > kMaxBound &&
+               key.rowId) {
+        UpdateOnce("zeroblob(" + std::to_string(bytes.GetLength()) + ")", key, column, nullptr);
+        WritePieces(key, column, bytes, progress);
+    } else {
+        UpdateOnce("?", key, column, &bytes);
+    }
+}
+
+void SqliteWriter::WritePieces(const RowKey& key, std::size_t column, const Value& value,
+                               Progress& progress) const {
+    const std::string& name = m_plan.columns[column].name;
+    sqlite3_blob* opened = nullptr;
+    const int result =
+        sqlite3_blob_open(m_database.Get(), m_plan.schema.c_str(), m_plan.table.c_str(),
+                          name.c_str(), *key.rowId, 1, &opened);
+    const SqliteDatabase::Blob blob(opened);
+    if (result != SQLITE_OK)
+        m_database.Fail(Text(IDS_VQ_CANNOT_CHANGE, {name}));
+    int done = 0;
+    value.ForEachPiece([&](std::span<const BYTE> piece) {
+        const int count = static_cast<int>(piece.size());
+        if (sqlite3_blob_write(blob.get(), piece.data(), count, done) != SQLITE_OK)
+            m_database.Fail(Text(IDS_VQ_CANNOT_CHANGE, {name}));
+        done += count;
+        progress.AddBytes(piece.size());
+    });
+}
+
+void SqliteWriter::Commit() {
+    m_database.Run("COMMIT", Text(IDS_VQ_CANNOT_COMMIT));
+    m_isOpen = false;
+}
+
+} // namespace vnquery

@@ -1,0 +1,111 @@
+#include "vnquery/window/QueryLayout.h"
+
+#include "vnquery/sources/OneTableQuery.h"
+
+#include "vnbytstr/Profile.h"
+
+#include <algorithm>
+#include <charconv>
+#include <numeric>
+#include <optional>
+
+namespace vnquery {
+
+namespace {
+
+constexpr UINT kRoot = 1;
+constexpr char kSection[] = "Queries";
+constexpr int kMaxLayouts = 200;
+constexpr int kMaxWidth = 32767;
+
+/// FNV-1a with 64 bits, which tells a person's queries apart.
+std::string NameOf(std::string_view sql) {
+    std::uint64_t hash = 0xCBF29CE484222325;
+    for (const char ch : NormaliseSql(sql))
+        hash = (hash ^ static_cast<unsigned char>(ch)) * 0x100000001B3;
+    char name[17];
+    std::snprintf(name, sizeof name, "%016llX", static_cast<unsigned long long>(hash));
+    return name;
+}
+
+template <class Numbers>
+std::string Join(const Numbers& numbers) {
+    std::string text;
+    for (const auto number : numbers)
+        text += (text.empty() ? "" : ",") + std::to_string(number);
+    return text;
+}
+
+/// Numbers with commas up to `end`, which is taken too; nothing when there is anything else.
+template <class Number>
+std::optional<std::vector<Number>> TakeNumbers(std::string_view& text, char end) {
+    std::vector<Number> numbers;
+    std::string_view rest = text.substr(0, text.find(end));
+    text.remove_prefix(std::min(rest.size() + 1, text.size()));
+    while (!rest.empty()) {
+        Number number = 0;
+        const auto [read, error] = std::from_chars(rest.data(), rest.data() + rest.size(), number);
+        if (error != std::errc())
+            return {};
+        rest.remove_prefix(static_cast<std::size_t>(read - rest.data()));
+        if (!rest.empty() && rest[0] != ',')
+            return {};
+        rest.remove_prefix(rest.empty() ? 0 : 1);
+        numbers.push_back(number);
+    }
+    return numbers;
+}
+
+bool IsPermutation(std::vector<std::size_t> order) {
+    std::ranges::sort(order);
+    for (std::size_t i = 0; i < order.size(); ++i)
+        if (order[i] != i)
+            return false;
+    return true;
+}
+
+/// "0,2,1;80,0,120;2,1": order, widths, sort column with 1 for ascending and 2 for descending.
+std::optional<QueryLayout> Parse(std::string_view text, std::size_t columns) {
+    const auto order = TakeNumbers<std::size_t>(text, ';');
+    const auto widths = TakeNumbers<int>(text, ';');
+    const auto sort = TakeNumbers<std::size_t>(text, ';');
+    if (!order || !widths || !sort || order->size() != columns || widths->size() != columns ||
+        sort->size() != 2 || (*sort)[0] >= columns || (*sort)[1] > 2 || !IsPermutation(*order))
+        return {};
+    if (std::ranges::any_of(*widths, [](int width) { return width < 0 || width > kMaxWidth; }))
+        return {};
+    return QueryLayout{*order, *widths, (*sort)[0], static_cast<QueryLayout::Sort>((*sort)[1])};
+}
+
+} // namespace
+
+QueryLayout DefaultLayout(std::size_t columns) {
+    QueryLayout layout;
+    layout.order.resize(columns);
+    std::iota(layout.order.begin(), layout.order.end(), std::size_t{0});
+    layout.widths.resize(columns);
+    return layout;
+}
+
+QueryLayout LoadLayout(std::string_view sql, std::size_t columns) {
+    const CString text = VNGetProfileString(kRoot, kSection, NameOf(sql).c_str(), "");
+    return Parse(static_cast<const char*>(text), columns).value_or(DefaultLayout(columns));
+}
+
+bool SaveLayout(std::string_view sql, const QueryLayout& layout) {
+    const std::string name = NameOf(sql);
+    const std::string text = Join(layout.order) + ";" + Join(layout.widths) + ";" +
+                             std::to_string(layout.sortColumn) + "," +
+                             std::to_string(static_cast<int>(layout.sort));
+    CProfileBatch batch;
+    CProfileSectionKey kept;
+    if (VNGetProfileSectionKey(kRoot, kSection, kept))
+        for (int i = 0; i + kMaxLayouts <= kept.GetCount(); ++i)
+            batch.WriteString(kRoot, kSection, kept.GetName(i), nullptr);
+    // Removed and set: the latest stands last.
+    batch.WriteString(kRoot, kSection, name.c_str(), nullptr);
+    batch.WriteString(kRoot, kSection, name.c_str(), text.c_str());
+    return batch.Commit() != FALSE;
+}
+
+} // namespace vnquery

@@ -1,0 +1,65 @@
+// Work on a thread of its own, so that a window stays alive meanwhile.
+#pragma once
+
+#include "vnquery/work/Progress.h"
+
+#include <atomic>
+#include <functional>
+#include <optional>
+#include <string>
+#include <thread>
+
+namespace vnquery {
+
+/// Counts what has been done; read from another thread.
+class TaskProgress : public Progress {
+public:
+    void AddRow() override;
+    void AddBytes(std::uint64_t count) override;
+    std::uint64_t GetRows() const { return m_rows; }
+    std::uint64_t GetBytes() const { return m_bytes; }
+
+private:
+    std::atomic<std::uint64_t> m_rows = 0;
+    std::atomic<std::uint64_t> m_bytes = 0;
+};
+
+/// How a task ended.
+enum class TaskState { Running, Done, Stopped, Failed };
+
+/// Runs a function on a thread of its own. What the function uses is its own until the task has
+/// ended. The thread that makes the task asks it, in a timer, how far it is.
+///
+/// (A thread rather than slices between two events, since a database may take its time before it
+/// has the first row.)
+class BackgroundTask {
+public:
+    using Work = std::function<void(Progress&)>;
+
+    /// Begins at once.
+    explicit BackgroundTask(Work work);
+    /// Cancels and waits.
+    ~BackgroundTask();
+    BackgroundTask(const BackgroundTask&) = delete;
+    BackgroundTask& operator=(const BackgroundTask&) = delete;
+
+    TaskState GetState() const { return m_state; }
+    const TaskProgress& GetProgress() const { return m_progress; }
+    /// What went wrong, once the state is Failed.
+    const std::string& GetMessage() const { return m_message; }
+    /// Asks the work to stop; it does so at its next look.
+    void Cancel() { m_thread.request_stop(); }
+    /// Returns when the task has ended.
+    void Wait() const { m_state.wait(TaskState::Running); }
+
+private:
+    void Run(const std::stop_token& stop);
+
+    Work m_work;
+    TaskProgress m_progress;
+    std::string m_message; ///< written before m_state
+    std::atomic<TaskState> m_state = TaskState::Running;
+    std::jthread m_thread; ///< the last member
+};
+
+} // namespace vnquery

@@ -1,0 +1,48 @@
+#include "vnquery/work/Interruption.h"
+
+#include <csignal>
+#include <utility>
+
+namespace vnquery {
+
+namespace {
+
+volatile std::sig_atomic_t interruptingSignal = 0;
+thread_local std::stop_token currentStop;
+
+extern "C" void RememberSignal(int number) { interruptingSignal = number; }
+
+} // namespace
+
+void AwaitSignals() {
+    struct sigaction action = {};
+    action.sa_handler = RememberSignal;
+    action.sa_flags = static_cast<int>(SA_RESETHAND);
+    sigemptyset(&action.sa_mask);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP})
+        sigaction(number, &action, nullptr);
+}
+
+int InterruptingSignal() noexcept { return interruptingSignal; }
+
+int TakeInterruptingSignal() noexcept {
+    const int number = interruptingSignal;
+    if (number != 0)
+        interruptingSignal = 0;
+    return number;
+}
+
+bool IsInterrupted() noexcept { return interruptingSignal != 0 || currentStop.stop_requested(); }
+
+void CheckInterrupted() {
+    if (IsInterrupted())
+        throw Interrupted();
+}
+
+StopScope::StopScope(std::stop_token stop) : m_outer(std::exchange(currentStop, std::move(stop))) {}
+
+StopScope::~StopScope() { currentStop = std::move(m_outer); }
+
+std::stop_token CurrentStop() { return currentStop; }
+
+} // namespace vnquery
