@@ -1,4 +1,4 @@
-// The libraries that are installed: the same strings in every language.
+// The resource libraries with one prefix: the same strings in every language.
 #include "src/charset/CodePage.h"
 #include "src/os/System.h"
 #include "vnbytstr/ResourceLibrary.h"
@@ -7,6 +7,10 @@
 #include <gtest/gtest.h>
 #include <map>
 #include <regex>
+
+#ifndef RESOURCE_PREFIX
+#define RESOURCE_PREFIX "vnurc"
+#endif
 
 using namespace vnbytstr;
 
@@ -38,7 +42,8 @@ HINSTANCE Load(const char* code) {
     std::string name = System::Current().GetModuleFileName();
     name.resize(name.rfind('/') + 1);
     HINSTANCE library = nullptr;
-    EXPECT_EQ(LoadResourceLibrary((name + "vnurc" + code + ".dll").c_str(), library), 0) << code;
+    EXPECT_EQ(LoadResourceLibrary((name + RESOURCE_PREFIX + code + ".dll").c_str(), library), 0)
+        << code;
     return library;
 }
 

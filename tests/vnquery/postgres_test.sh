@@ -107,7 +107,7 @@ sql <<'SQL'
 create table edited(id int primary key, name varchar(40), body text, data bytea, price numeric(10, 2) default 1.5);
 insert into edited values (1, 'one', '', null, 1), (2, 'two', null, null, 2), (3, 'three', 'x', '\x00', 3);
 SQL
-VNQUERY_ODBC=$connection TMPDIR="$folder/tmp" "$tests" --gtest_filter='OdbcEdit*' >"$folder/err" 2>&1 || fail "editing"
+VNQUERY_ODBC=$connection TMPDIR="$folder/tmp" "$tests" --gtest_filter='OdbcWriter*' >"$folder/err" 2>&1 || fail "editing"
 
 # Ctrl-C while the server works.
 TMPDIR="$folder/tmp" "$vnquery" --connect "$connection" --sql "select pg_sleep(100)" 2>"$folder/err" &

@@ -1,5 +1,5 @@
 // Changing values in the window and writing them back.
-#include "tests/vnquery/WindowRun.h"
+#include "tests/vnquery/window/WindowRun.h"
 
 #include <QApplication>
 

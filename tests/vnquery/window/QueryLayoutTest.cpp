@@ -1,9 +1,9 @@
 #include "examples/vnquery/window/QueryLayout.h"
-#include "examples/vnquery/sources/OneTableQuery.h"
 
 #include "tests/support/TemporaryFolder.h"
 
 #include "vnbytstr/Profile.h"
+
 #include <cstdlib>
 #include <gtest/gtest.h>
 
@@ -47,13 +47,6 @@ TEST_F(LayoutTest, TheOldestGo) {
     EXPECT_EQ(kept.GetCount(), 200);
     EXPECT_EQ(LoadLayout("select 209", 1).widths[0], 309);
     EXPECT_EQ(LoadLayout("select 0", 1), DefaultLayout(1));
-}
-
-TEST(SqliteQuery, NormalisedTextKeepsWhatIsQuoted) {
-    EXPECT_EQ(NormaliseSql("select  A/**/, 'a  B' -- c\nfrom \"t\""),
-              "SELECT A , 'a  B' FROM \"t\"");
-    EXPECT_NE(NormaliseSql("select 'a'"), NormaliseSql("select 'A'"));
-    EXPECT_NE(NormaliseSql("select 'a'"), NormaliseSql("select \"a\""));
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 // Pictures of the window, for people to look at: VNQUERY_PICTURES names the folder they go to.
 #include "examples/vnquery/window/Commands.h"
-#include "tests/vnquery/WindowRun.h"
+#include "tests/vnquery/window/WindowRun.h"
 
 #include "vnbytstr/GlobalVars.h"
 #include "vnbytstr/Profile.h"

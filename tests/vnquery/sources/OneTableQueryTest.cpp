@@ -5,7 +5,7 @@
 namespace vnquery {
 namespace {
 
-TEST(SqliteQuery, TakesApartQueriesOfOneTable) {
+TEST(OneTableQuery, IsSplitBeforeItsFrom) {
     const auto query =
         ParseOneTableQuery("select a, 'from' -- from x\n, \"from\" FROM main.[My t] as x "
                            "where a in (1, 2) order by 2 limit 3 ; /* end */ ");
@@ -18,7 +18,7 @@ TEST(SqliteQuery, TakesApartQueriesOfOneTable) {
     EXPECT_EQ(ParseOneTableQuery("select ';' from t;;")->from, "from t");
 }
 
-TEST(SqliteQuery, LeavesOthersAlone) {
+TEST(OneTableQuery, LeavesOthersAlone) {
     for (const char* sql : {"",
                             "select 1",
                             "pragma x",
@@ -43,7 +43,14 @@ TEST(SqliteQuery, LeavesOthersAlone) {
         EXPECT_FALSE(ParseOneTableQuery(sql)) << sql;
 }
 
-TEST(SqliteQuery, NamesAreQuoted) { EXPECT_EQ(QuoteName("a\"b"), "\"a\"\"b\""); }
+TEST(OneTableQuery, NamesAreQuoted) { EXPECT_EQ(QuoteName("a\"b"), "\"a\"\"b\""); }
+
+TEST(OneTableQuery, NormalisedTextKeepsWhatIsQuoted) {
+    EXPECT_EQ(NormaliseSql("select  A/**/, 'a  B' -- c\nfrom \"t\""),
+              "SELECT A , 'a  B' FROM \"t\"");
+    EXPECT_NE(NormaliseSql("select 'a'"), NormaliseSql("select 'A'"));
+    EXPECT_NE(NormaliseSql("select 'a'"), NormaliseSql("select \"a\""));
+}
 
 } // namespace
 } // namespace vnquery

@@ -1,7 +1,7 @@
 #include "examples/vnquery/result/HexDump.h"
 #include "examples/vnquery/result/PictureKind.h"
 
-#include "tests/vnquery/MakeValue.h"
+#include "tests/vnquery/result/MakeValue.h"
 
 #include <cstdio>
 #include <gtest/gtest.h>

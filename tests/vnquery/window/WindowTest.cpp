@@ -1,5 +1,5 @@
 // Running queries in the window, and the ways to look at their results.
-#include "tests/vnquery/WindowRun.h"
+#include "tests/vnquery/window/WindowRun.h"
 
 #include <QApplication>
 

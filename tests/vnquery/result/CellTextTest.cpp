@@ -1,6 +1,6 @@
 #include "examples/vnquery/result/CellText.h"
 
-#include "tests/vnquery/MakeValue.h"
+#include "tests/vnquery/result/MakeValue.h"
 
 #include <gtest/gtest.h>
 

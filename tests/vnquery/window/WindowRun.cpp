@@ -1,4 +1,4 @@
-#include "tests/vnquery/WindowRun.h"
+#include "tests/vnquery/window/WindowRun.h"
 
 #include "vnbytstr/GlobalVars.h"
 

@@ -1,5 +1,5 @@
 // Mouse and keys in the window: its buttons, clicks on cells, the zoom as it opens.
-#include "tests/vnquery/WindowRun.h"
+#include "tests/vnquery/window/WindowRun.h"
 
 #include "examples/vnquery/console/Process.h"
 #include "examples/vnquery/window/Commands.h"

@@ -1,51 +1,25 @@
 // Edited cells on their way to the table and back.
 #include "examples/vnquery/result/PendingEdits.h"
-#include "examples/vnquery/result/CellEdit.h"
-#include "examples/vnquery/sources/Connection.h"
+
 #include "examples/vnquery/window/RowText.h"
 #include "examples/vnquery/work/Failure.h"
 
-#include "tests/vnquery/MakeValue.h"
-#include "tests/vnquery/ProgramRun.h"
-#include "tests/vnquery/SilentProgress.h"
+#include "tests/vnquery/EditTest.h"
 
 namespace vnquery {
 namespace {
 
 using test::MakeValue;
-using test::SilentProgress;
 
-class PendingEditsTest : public test::ProgramTest {
+class PendingEditsTest : public test::EditTest {
 protected:
-    void Query(const std::string& sql) {
-        m_edits.Clear();
-        const auto source = OpenSource({Database(), ""}, sql, SourceUse::Editing);
-        m_result = ResultSet(source->GetColumns());
-        m_plan = source->GetEditPlan();
-        m_result.Fetch(*source, m_progress);
-    }
-    void Set(std::size_t row, std::size_t column, std::string_view text,
-             Value::Type type = Value::Type::Text) {
-        m_edits.Set({row, column}, {false, MakeValue(type, text)}, m_result);
-    }
-    WriteReport Write(bool commit = true) {
-        const auto writer = OpenWriter({Database(), ""}, m_plan);
-        WriteReport report = WriteEdits(*writer, m_plan, m_result, m_edits, m_progress);
-        if (commit)
-            writer->Commit();
-        return report;
-    }
     /// The value of a query with one.
     std::string Ask(const std::string& sql) {
-        const auto source = OpenSource({Database(), ""}, sql, SourceUse::ReadOnly);
+        const auto source = OpenSource(m_connection, sql, SourceUse::ReadOnly);
         ResultSet result(source->GetColumns());
         result.Fetch(*source, m_progress);
         return result.GetRowCount() == 1 ? FormatCell(result.At(0, 0), {}) : "no row";
     }
-    SilentProgress m_progress;
-    EditPlan m_plan;
-    ResultSet m_result;
-    PendingEdits m_edits;
 };
 
 constexpr char kFilms[] =

@@ -1,5 +1,5 @@
 // The dialogs: values, export, global variables, language.
-#include "tests/vnquery/WindowRun.h"
+#include "tests/vnquery/window/WindowRun.h"
 
 #include "examples/vnquery/window/Commands.h"
 #include "examples/vnquery/window/ExportDialog.h"
@@ -273,7 +273,8 @@ TEST_F(WindowDialogs, AnotherLanguageChangesEveryText) {
     ASSERT_TRUE(VNWriteProfileString(3, "Options", "UILanguage", "DEU"));
     LoadTexts();
     View().Relabel();
-    EXPECT_FALSE(ResourcesAreEnglish());
+    EXPECT_FALSE(ResourcesAreEnglish()); // the library's own texts
+    EXPECT_EQ(Text(IDS_VQ_W_RUN), "A&usf\xC3\xBChren");
     EXPECT_EQ(GetText(*View().GetDlgItem(kCmdRun)), Text(IDS_VQ_W_RUN));
     VNWriteProfileString(3, "Options", "UILanguage", nullptr);
     LoadTexts();

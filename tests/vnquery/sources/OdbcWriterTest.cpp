@@ -1,59 +1,27 @@
 // Writing cells back to a server. postgres_test.sh makes the table and names the server in
 // VNQUERY_ODBC; without it these tests are skipped.
-#include "examples/vnquery/result/CellEdit.h"
-#include "examples/vnquery/result/PendingEdits.h"
-#include "examples/vnquery/sources/Connection.h"
 #include "examples/vnquery/work/Failure.h"
 
-#include "tests/vnquery/MakeValue.h"
-#include "tests/vnquery/ProgramRun.h"
-#include "tests/vnquery/SilentProgress.h"
+#include "tests/vnquery/EditTest.h"
 
 #include <cstdlib>
 
 namespace vnquery {
 namespace {
 
-using test::MakeValue;
-using test::SilentProgress;
-
-class OdbcEditTest : public ::testing::Test {
+class OdbcWriterTest : public test::EditTest {
 protected:
     void SetUp() override {
         const char* const source = std::getenv("VNQUERY_ODBC");
         if (!source)
             GTEST_SKIP() << "VNQUERY_ODBC is not set";
-        m_connection.dataSource = source;
+        m_connection = {"", source};
     }
-    void Query(const std::string& sql) {
-        m_edits.Clear();
-        const auto source = OpenSource(m_connection, sql, SourceUse::Editing);
-        m_result = ResultSet(source->GetColumns());
-        m_plan = source->GetEditPlan();
-        m_kinds = source->GetKinds();
-        m_result.Fetch(*source, m_progress);
-    }
-    void Set(std::size_t row, std::size_t column, Value::Type type, std::string_view bytes) {
-        m_edits.Set({row, column}, {false, MakeValue(type, bytes)}, m_result);
-    }
-    WriteReport Write(bool commit = true) {
-        const auto writer = OpenWriter(m_connection, m_plan);
-        WriteReport report = WriteEdits(*writer, m_plan, m_result, m_edits, m_progress);
-        if (commit)
-            writer->Commit();
-        return report;
-    }
-    Connection m_connection;
-    SilentProgress m_progress;
-    EditPlan m_plan;
-    std::vector<ColumnKind> m_kinds;
-    ResultSet m_result;
-    PendingEdits m_edits;
 };
 
 constexpr char kQuery[] = "select id, name, body, data, price from edited order by id";
 
-TEST_F(OdbcEditTest, ValuesOfEveryKindAreWritten) {
+TEST_F(OdbcWriterTest, ValuesOfEveryKindAreWritten) {
     Query(kQuery);
     ASSERT_EQ(m_plan.readOnly, ReadOnlyReason::None);
     EXPECT_EQ(m_plan.GetReadOnlyReason(0), ReadOnlyReason::Key);
@@ -62,12 +30,12 @@ TEST_F(OdbcEditTest, ValuesOfEveryKindAreWritten) {
     std::string body;
     for (int i = 0; i < 20000; ++i)
         body += "Zeile mit \xC3\x9Cml\xC3\xA4uten und \xF0\x9F\x98\x80\n";
-    Set(0, 1, Value::Type::Text,
+    Set(0, 1,
         "Gr\xC3\xB6\xC3\x9F"
         "e");
-    Set(0, 2, Value::Type::Text, body);
-    Set(0, 3, Value::Type::Binary, bytes);
-    Set(1, 4, Value::Type::Number, "7.25");
+    Set(0, 2, body);
+    Set(0, 3, bytes, Value::Type::Binary);
+    Set(1, 4, "7.25", Value::Type::Number);
     m_edits.Set({1, 1}, NewValue(), m_result);
     m_edits.Set({2, 4}, {true, {}}, m_result);
     EXPECT_EQ(Write(false).written.size(), 6u); // undone
@@ -83,21 +51,21 @@ TEST_F(OdbcEditTest, ValuesOfEveryKindAreWritten) {
     EXPECT_EQ(m_result.At(2, 4).GetBytes(), "1.50");
 }
 
-TEST_F(OdbcEditTest, ConflictsAndRefusals) {
+TEST_F(OdbcWriterTest, ConflictsAndRefusals) {
     Query(kQuery);
     ResultSet mine = std::move(m_result);
     Query(kQuery); // somebody else
-    Set(0, 1, Value::Type::Text, "theirs");
+    Set(0, 1, "theirs");
     Write();
     m_result = std::move(mine);
     m_edits.Clear();
-    Set(0, 1, Value::Type::Text, "mine");
+    Set(0, 1, "mine");
     const WriteReport report = Write();
     ASSERT_EQ(report.conflicts.size(), 1u);
     EXPECT_EQ(report.conflicts[0].now.GetBytes(), "theirs");
 
     m_edits.Clear();
-    Set(1, 4, Value::Type::Number, "123456789012.5"); // numeric(10, 2)
+    Set(1, 4, "123456789012.5", Value::Type::Number); // numeric(10, 2)
     EXPECT_THROW(Write(), Failure);
     Query("select name from edited");
     EXPECT_EQ(m_plan.readOnly, ReadOnlyReason::NoKey);
