@@ -2,6 +2,7 @@
 
 #include "src/charset/CodePage.h"
 #include "src/language/DefaultLanguage.h"
+#include "src/resources/ResourceFiles.h"
 #include "tests/support/PeFile.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestSystem.h"
