@@ -4,7 +4,7 @@
 
 #include "vnbytstr/BytePage.h"
 #include "vnbytstr/CacheException.h"
-#include "vnbytstr/DESMode.h"
+#include "vnbytstr/DES.h"
 #include "vnbytstr/framework/Arrays.h"
 #include "vnbytstr/framework/File.h"
 #include "vnbytstr/framework/Object.h"
@@ -15,7 +15,6 @@
 #include <vector>
 
 class CByteStream;
-class CDES;
 struct STranslationReport;
 
 namespace vnbytstr {
@@ -318,11 +317,11 @@ public:
     /// Enciphers the content into `destination`, which is emptied first. 1, or 0; `destination` is
     /// then empty, as it is after an exception. It may be this store: its content is replaced as by
     /// an assignment when the result is complete, and else stays.
-    int Encrypt(const CByteStream& key, const CByteStream& vector, SDESMode::EMode mode, bool pad,
+    int Encrypt(const CByteStream& key, const CByteStream& vector, CDES::EMode mode, bool pad,
                 CByteStore& destination);
     /// Deciphers it. Padding is not checked; where it would take more than there is, the result is
     /// 0.
-    int Decrypt(const CByteStream& key, const CByteStream& vector, SDESMode::EMode mode, bool pad,
+    int Decrypt(const CByteStream& key, const CByteStream& vector, CDES::EMode mode, bool pad,
                 CByteStore& destination);
 
     /// Most pages that a store should keep in memory: "MaxCachePages" under "Options" (64 by

@@ -227,8 +227,8 @@ public:
     // become 0.
 
     /// 1, or 0 with the content as it was.
-    int Encrypt(const CByteStream& key, const CByteStream& vector, SDESMode::EMode mode, bool pad);
-    int Decrypt(const CByteStream& key, const CByteStream& vector, SDESMode::EMode mode, bool pad);
+    int Encrypt(const CByteStream& key, const CByteStream& vector, CDES::EMode mode, bool pad);
+    int Decrypt(const CByteStream& key, const CByteStream& vector, CDES::EMode mode, bool pad);
 
     /// Most bytes that a stream keeps in its block: "MaxCacheBlock" under "Options" (262144 by
     /// default), read once per process; a configured 0 is read again on every call.

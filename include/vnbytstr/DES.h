@@ -4,7 +4,6 @@
 // peers that speak nothing else, and protects nothing today.
 #pragma once
 
-#include "vnbytstr/DESMode.h"
 #include "vnbytstr/framework/Export.h"
 #include "vnbytstr/framework/Types.h"
 
@@ -14,8 +13,11 @@ class CByteStream;
 /// chaining mode (FIPS 81), on request with padding (PKCS #5) and in segments.
 ///
 /// Threads: one at a time.
-class VNBYTSTR_API CDES : public SDESMode {
+class VNBYTSTR_API CDES {
 public:
+    /// Every value but eCBC means electronic code book.
+    enum EMode : int { eECB = 0, eCBC = 1 };
+
     /// Key, initialization vector and mode zero; no padding, not segmented.
     CDES() { Init(); }
     CDES(const BYTE* key, int length);

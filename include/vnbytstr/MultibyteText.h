@@ -1,6 +1,6 @@
 // Cutting, counting, comparing and editing text without splitting a character of several bytes.
 //
-// Text is in the process's ANSI code page (see platform/system/CodePage.h). A character is a lead
+// Text is in the process's ANSI code page (see docs/text.md). A character is a lead
 // byte with its trail byte in a double-byte page, a whole sequence in UTF-8, and one byte
 // otherwise. What a byte is, is judged from the beginning of the text. A lead byte with nothing
 // behind it, and each byte of a broken UTF-8 sequence, is a character by itself. Counts are in
@@ -64,8 +64,7 @@ VNBYTSTR_API void MakeStringLower(CString& text);
 VNBYTSTR_API CString MakeStringUpper(const CString& text);
 VNBYTSTR_API CString MakeStringLower(const CString& text);
 
-/// Whether a byte may stand in an identifier, by its character's type words (see
-/// platform/system/CharacterTypes.h): letters, syllables and ideographs may; digits, symbols (@ # $
+/// Whether a byte may stand in an identifier, by its character's type words: letters, syllables and ideographs may; digits, symbols (@ # $
 /// and _ among them), marks and control characters may not. It is no test of a whole name, where
 /// some of these may follow the first character. A byte that is no character by itself (a lead
 /// byte; in UTF-8 one of 0x80 and above) may not.

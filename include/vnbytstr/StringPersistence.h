@@ -1,7 +1,7 @@
 // Strings in files and archives, as UTF-16 little-endian.
 //
 // Whole-file form: the mark FF FE, then 2 * L bytes of text, where L is the string's length in
-// bytes in the ANSI code page (see platform/system/CodePage.h). Form with a length, in archives:
+// bytes in the ANSI code page (see docs/text.md). Form with a length, in archives:
 // the number 2 * L in 32 bits, little-endian, then 2 * L bytes of text without a mark.
 //
 // Characters of several bytes take fewer UTF-16 units than they have bytes; zeros fill the rest.

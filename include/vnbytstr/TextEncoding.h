@@ -1,7 +1,7 @@
 // What encoding a text has, conversion of a file to UTF-8, byte order, and renderings as
 // hexadecimal, binary and URL text.
 //
-// Strings are bytes in the process's ANSI code page (see platform/system/CodePage.h). No pointer
+// Strings are bytes in the process's ANSI code page (see docs/text.md). No pointer
 // here may be null, unless a function says otherwise.
 #pragma once
 
@@ -30,7 +30,7 @@ VNBYTSTR_API int IsUnicodeText(const unsigned char* buffer, DWORD length, int& b
 /// read-only, unreadable, a full disk, or a text that is not in the ANSI code page: UTF-8 is that
 /// page and the text is not valid in it. Throws nothing.
 ///
-/// The file is replaced as every file is (see platform/system/FileReplacement.h): after a failure
+/// The file is replaced as every file is (see ReplacementFile.h): after a failure
 /// or a kill it is as it was. What is no plain file is not converted.
 ///
 /// Bytes that are no character of another code page become U+FFFD, so that the result is always

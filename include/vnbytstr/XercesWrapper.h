@@ -33,7 +33,7 @@ struct SEnumString {
 
 /// An XML document object over Xerces-C.
 ///
-/// Narrow text, in and out, is in the process's ANSI code page (platform/system/CodePage.h) and
+/// Narrow text, in and out, is in the process's ANSI code page (see docs/text.md) and
 /// ends at its first NUL; what the page does not hold reads as '?'. Files are UTF-8. Colours are
 /// 0x00BBGGRR.
 ///

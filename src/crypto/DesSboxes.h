@@ -1,5 +1,5 @@
 // Gate circuits of the S-boxes of DES (FIPS 46-3), found and written by
-// crypto/tools/SboxSearch.cpp; do not edit. Each takes the six input bits, the most
+// src/crypto/tools/SboxSearch.cpp; do not edit. Each takes the six input bits, the most
 // significant first, and xors the four output bits to y1 to y4. AndNot(a, b) is a & ~b;
 // Ternary<f>(a, b, c) is bit 4a + 2b + c of f.
 #pragma once

@@ -1,5 +1,5 @@
 // The order in which a list's rows stand after a sort by a column of integers. They are read with
-// 64 bits, since a database's are as wide. Texts are ordered by platform/system/SortOrder.h.
+// 64 bits, since a database's are as wide. Texts are ordered by src/charset/SortOrder.h.
 #pragma once
 
 #include "vnbytstr/framework/Types.h"

@@ -1,16 +1,18 @@
-// Marks the names that the shared library exports; everything else stays hidden.
+// Marks the names that the core's shared library exports; everything else stays hidden. Define
+// VNBYTSTR_STATIC where the core is linked as a static library. The controls library has a macro
+// of its own, in window/Export.h.
 #pragma once
 
 #if defined(_MSVC_LANG) ? _MSVC_LANG < 202002L : __cplusplus < 202002L
 #error "vnbytstr needs C++20: compile with -std=c++20, or link vnbytstr::vnbytstr with CMake."
 #endif
 
-#if defined(_WIN32)
-#if defined(VNBYTSTR_BUILDING)
+#if defined(VNBYTSTR_STATIC) // the library is linked into the program
+#define VNBYTSTR_API
+#elif !defined(_WIN32)
+#define VNBYTSTR_API __attribute__((visibility("default")))
+#elif defined(VNBYTSTR_BUILDING)
 #define VNBYTSTR_API __declspec(dllexport)
 #else
 #define VNBYTSTR_API __declspec(dllimport)
-#endif
-#else
-#define VNBYTSTR_API __attribute__((visibility("default")))
 #endif

@@ -1,7 +1,7 @@
 // Searches for small gate circuits of the eight S-boxes of DES (FIPS 46-3) and writes them as a C++
-// header. Not part of the library; run it to make crypto/DesSboxes.h anew:
+// header. Not part of the library; run it to make src/crypto/DesSboxes.h anew:
 //
-//     sbox_search SECONDS SEED > crypto/DesSboxes.h        (SECONDS for each S-box and kind of
+//     sbox_search SECONDS SEED > src/crypto/DesSboxes.h        (SECONDS for each S-box and kind of
 //     gate)
 //
 // A function of six bits is a truth table of 64 bits, one per input. A circuit for an output bit
@@ -441,7 +441,7 @@ int main(int argc, char** argv) {
     const bool kinds[] = {false, true};
     std::printf(
         "// Gate circuits of the S-boxes of DES (FIPS 46-3), found and written by\n"
-        "// crypto/tools/SboxSearch.cpp; do not edit. Each takes the six input bits, the most\n"
+        "// src/crypto/tools/SboxSearch.cpp; do not edit. Each takes the six input bits, the most\n"
         "// significant first, and xors the four output bits to y1 to y4. AndNot(a, b) is a & ~b;\n"
         "// Ternary<f>(a, b, c) is bit 4a + 2b + c of f.\n"
         "#pragma once\n\n#include \"crypto/DesGates.h\"\n\nnamespace vnbytstr::detail {\n\n");
