@@ -260,8 +260,8 @@ private:
     void SetNumber(DWORD index, ULONGLONG value);
     void CopyWithin(DWORD index, const BYTE* bytes, DWORD count);
     void TakeContent(CByteStream& other);
-    int Encipher(bool encrypt, const CByteStream& key, const CByteStream& vector,
-                 SDESMode::EMode mode, bool pad);
+    int Encipher(bool encrypt, const CByteStream& key, const CByteStream& vector, CDES::EMode mode,
+                 bool pad);
 #ifndef NDEBUG
     void CheckInvariants() const;
 #else
