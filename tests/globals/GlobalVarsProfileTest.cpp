@@ -74,10 +74,7 @@ const std::map<std::string, std::string> kFresh = {
 
 class GlobalVarsProfile : public vnbytstr::test::TableFixture {
 protected:
-    GlobalVarsProfile() {
-        m_system.SetEnvironment("VNBYTSTR_CODEPAGE", "932");
-        VNWriteProfileString(3, "Options", "UILanguage", "ENU");
-    }
+    GlobalVarsProfile() { VNWriteProfileString(3, "Options", "UILanguage", "ENU"); }
     static std::map<std::string, std::string> Section() {
         std::map<std::string, std::string> values;
         CProfileSectionKey key;
@@ -86,6 +83,9 @@ protected:
             values.emplace(key.GetName(i), key.GetString(i));
         return values;
     }
+
+private:
+    vnbytstr::ScopedCodePage m_page{65001};
 };
 
 TEST_F(GlobalVarsProfile, DefaultsAreSavedAndFreshOnesAreNot) {
@@ -99,7 +99,7 @@ TEST_F(GlobalVarsProfile, DefaultsAreSavedAndFreshOnesAreNot) {
     EXPECT_EQ(table.GetGlobalStrings().m_strLanguage, "English");
     EXPECT_EQ(table.SaveToRegistry(), Success);
     EXPECT_EQ(Section(), kKept);
-    m_system.SetEnvironment("VNBYTSTR_CODEPAGE", "1252");
+    const vnbytstr::ScopedCodePage scope(1252);
     table.Initialize();
     EXPECT_EQ(Value(table, "TLXAO_DBCS"), "0");
 }

@@ -234,11 +234,11 @@ TEST(MultibyteText, Quotes) {
 
 TEST(MultibyteText, TheSystemIsAskedOnce) {
     vnbytstr::detail::ForgetSystemAnswers();
-    vnbytstr::test::TestSystem system;
-    const ScopedSystem scope(system);
-    system.SetEnvironment("VNBYTSTR_CODEPAGE", "932");
-    EXPECT_TRUE(IsDBCSWindows());
-    system.SetEnvironment("VNBYTSTR_CODEPAGE", "1252");
+    {
+        const ScopedCodePage scope(932);
+        EXPECT_TRUE(IsDBCSWindows());
+    }
+    const ScopedCodePage scope(1252);
     EXPECT_TRUE(IsDBCSWindows());
     vnbytstr::detail::ForgetSystemAnswers();
     EXPECT_FALSE(IsDBCSWindows());
