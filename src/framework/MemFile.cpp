@@ -89,7 +89,7 @@ UINT CMemFile::Read(void* buffer, UINT count) {
         return 0;
     if (buffer == nullptr)
         AfxThrowInvalidArgException();
-    count = std::min(count, m_length - m_position);
+    count = std::min<DWORD>(count, m_length - m_position);
     std::memcpy(buffer, m_block + m_position, count);
     m_position += count;
     return count;

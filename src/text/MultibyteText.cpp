@@ -67,7 +67,7 @@ void CheckLeadMultiByteSymbol(char* string, LONG position) {
 
 void CheckTrailMultiByteSymbol(char* string, LONG position) {
     const CodePage& page = CodePage::Ansi();
-    const auto begin = static_cast<std::size_t>(std::max(position, 0));
+    const auto begin = static_cast<std::size_t>(std::max<LONG>(position, 0));
     if (begin == 0 || page.IsSingleByte() || std::memchr(string, '\0', begin + 1) != nullptr)
         return;
     char* const cut = string + begin;

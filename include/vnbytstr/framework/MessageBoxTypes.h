@@ -3,6 +3,8 @@
 
 #include "vnbytstr/framework/Types.h"
 
+#if !defined(_WIN32) // which has them
+
 /// Type of a message box: one value of each group, combined with |.
 enum MessageBoxType : UINT {
     // the buttons
@@ -70,6 +72,8 @@ enum ShowCommand : int {
     SW_RESTORE = 9,
     SW_SHOWDEFAULT = 10,
 };
+
+#endif
 
 namespace vnbytstr {
 

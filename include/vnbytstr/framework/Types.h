@@ -1,10 +1,27 @@
-// The framework's scalar types, with the same widths on every platform.
-// A 32-bit unsigned value is a DWORD: `unsigned long` has 64 bits here and is used nowhere.
+// The framework's scalar types, with the same widths on every platform; the one place that has them.
+// On Windows they are the system's own, so that a program may include <windows.h> before or after.
+// A 32-bit unsigned value is a DWORD: `unsigned long` has 64 bits elsewhere and is used nowhere.
 #pragma once
 
 #include "vnbytstr/framework/Export.h"
 
 #include <cstdint>
+
+#if defined(_WIN32)
+
+#if !defined(WIN32_LEAN_AND_MEAN)
+#define WIN32_LEAN_AND_MEAN
+#endif
+#if !defined(NOMINMAX)
+#define NOMINMAX
+#endif
+#include <windows.h>
+// Macros there, names of functions here.
+#undef GetModuleFileName
+#undef LoadString
+#undef MessageBox
+
+#else
 
 using BYTE = std::uint8_t;
 using WORD = std::uint16_t;
@@ -33,4 +50,6 @@ using HINSTANCE = HINSTANCE__*;
 #endif
 #ifndef FALSE
 #define FALSE 0
+#endif
+
 #endif
