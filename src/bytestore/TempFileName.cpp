@@ -18,8 +18,9 @@ void GenerateTempFileName(CString& out, const char* prefix, const char* extensio
         vnbytstr::detail::WithMemoryException([&] { return system.GetTemporaryFolder(); });
     FileStatus status;
     do {
-        out.Format("%s~%s-%u-%u.%s", folder.c_str(), prefix ? prefix : "tmp", system.GetProcessId(),
-                   g_counter.fetch_add(1), extension ? extension : "tmp");
+        out.Format("%s~%s-%u-%u.%s", folder.c_str(), prefix ? prefix : "tmp",
+                   unsigned{system.GetProcessId()}, unsigned{g_counter.fetch_add(1)},
+                   extension ? extension : "tmp");
     } while (system.GetFileStatus(static_cast<const char*>(out), status) == 0);
 }
 
