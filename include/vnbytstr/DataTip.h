@@ -1,12 +1,12 @@
-// CDataTip, a small text beside the pointer.
+// CDataTip, a tooltip with a text at a given point.
 #pragma once
 
 #include "vnbytstr/framework/Export.h"
 #include "vnbytstr/framework/String.h"
 #include "vnbytstr/window/Wnd.h"
 
-/// The tip of one window. It goes by itself when the pointer leaves the window, on a click and on a
-/// key. There is one tip on the screen at a time.
+/// The tooltip of one window. It is hidden when the pointer leaves the window, on a click and on a
+/// key press. Only one tooltip is on the screen at a time.
 class VNBYTSTR_API CDataTip {
 public:
     CDataTip() = default;
@@ -14,10 +14,11 @@ public:
     CDataTip(const CDataTip&) = delete;
     CDataTip& operator=(const CDataTip&) = delete;
 
-    /// Belongs to `owner` from now on, which must outlive it; its window may be made later.
+    /// Sets the window, which must outlive this object; it may be created later.
     void Create(CWnd* owner) { m_pOwner = owner; }
-    /// Shows a text at a point of the owner's client area; an empty one shows nothing.
+    /// Shows a text at a point of the owner's client area; an empty text hides the tooltip.
     void Set(CPoint point, LPCTSTR text);
+    /// Hides this tooltip, and no other.
     void Hide();
 
 private:

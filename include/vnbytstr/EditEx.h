@@ -1,5 +1,5 @@
-// CEditEx, an edit control for one kind of value, and CBrowser, which finds a file or folder for
-// it.
+// CEditEx, an edit control for one kind of value, and CBrowser, which lets the user choose a file or
+// folder for it.
 #pragma once
 
 #include "vnbytstr/framework/Export.h"
@@ -8,7 +8,7 @@
 #include "vnbytstr/window/Edit.h"
 #include "vnbytstr/window/SpinButton.h"
 
-/// Asks the person for a file or a folder with the platform's dialog.
+/// Asks the user for a file or a folder with the platform's dialog.
 class VNBYTSTR_API CBrowser {
 public:
     enum EBrowseType : int { kFile = 0, kFolder = 1 };
@@ -18,20 +18,20 @@ public:
 
     int GetBrowseType() const { return m_nType; }
     void SetBrowseType(int type) { m_nType = type; }
-    /// The dialog begins at `name` (of a file: in its folder). FALSE, and `name` as it was, when
-    /// the person gives up. A program may override it with a dialog of its own.
+    /// Opens the dialog at `name`, or at the folder of that file. FALSE, with `name` unchanged, if
+    /// the user cancels. Override it to show another dialog.
     virtual BOOL Browse(CWnd* parent, CString& name);
 
 private:
     int m_nType;
 };
 
-/// An edit control with a type: 0 an integer, 3 text with a browse button at its right, any other
-/// plain text. What is typed into an integer is confined to digits, signs, and the characters of
-/// SetOtherCharacters; a text pasted or set is not looked at.
+/// An edit control with a type: 0 is an integer, 3 text with a browse button at its right, any other
+/// value plain text. Typing into an integer is limited to digits, signs and the characters of
+/// SetOtherCharacters; text that is pasted or set is not checked.
 ///
-/// Spinner and browse button are siblings of the control at its right edge; they follow it when it
-/// is shown, moved and destroyed.
+/// Spinner and browse button are siblings of the control at its right edge. ShowAll and PlaceAll
+/// show and move them together with it; they are destroyed with it.
 class VNBYTSTR_API CEditEx : public CEdit {
     DECLARE_DYNAMIC(CEditEx)
 public:
@@ -44,14 +44,14 @@ public:
     int GetType() const { return m_nType; }
     /// The range of the spinner, inclusive.
     void SetRange(LONG minimum, LONG maximum);
-    /// Characters that may be typed into an integer as well (those of a null marker, say).
+    /// Characters that may also be typed into an integer (those of a null marker, say).
     void SetOtherCharacters(LPCTSTR characters) { m_strOther = characters; }
-    /// Makes the spinner; its id is the child id in the parent. FALSE when it cannot be made.
+    /// Creates the spinner with that control id in the parent. FALSE when it cannot be created.
     BOOL CreateSpinner(UINT id);
-    /// Makes the browse button; a click sends BN_CLICKED with that id to the parent, which calls
-    /// Browse. `browser` must outlive the control.
+    /// Creates the browse button; a click sends BN_CLICKED with that id to the parent, which calls
+    /// Browse. `browser` must outlive the control. FALSE when it cannot be created.
     BOOL CreateBrowseButton(CBrowser* browser, UINT id);
-    /// Lets the browser find a name and puts it into the control. TRUE when there is a new one.
+    /// Lets the user choose a name and puts it into the control. FALSE if the user cancels.
     BOOL Browse();
     /// Whether a window is the control or one of its siblings.
     BOOL IsPart(const CWnd* window) const;

@@ -1,4 +1,4 @@
-// The choice of the interface language as a combo box.
+// A combo box for choosing the language of the user interface.
 #pragma once
 
 #include "vnbytstr/framework/Export.h"
@@ -6,10 +6,10 @@
 #include "vnbytstr/window/ComboBox.h"
 
 /// Fills a combo box with the languages whose resource libraries (named by `prefix`, such as
-/// "vnurc") are installed, each under its own name, and selects the one in use
-/// (GetUILanguage), English when that is not there.
+/// "vnurc") are installed, and selects the one in use (GetUILanguage), or English if that one is
+/// not installed.
 VNBYTSTR_API void FillUILanguageCombo(CComboBox& combo, const char* prefix);
 
-/// The code of the language selected in a combo box that FillUILanguageCombo filled; empty when
-/// none is.
+/// The code of the language selected in a combo box that FillUILanguageCombo filled; empty when no
+/// item is selected.
 VNBYTSTR_API CString GetUILanguageOfCombo(const CComboBox& combo);

@@ -1,5 +1,5 @@
-// The editors that CListBoxEx opens in a cell: short-lived children of the list that delete
-// themselves when their window ends.
+// The editors that CListBoxEx opens in a cell: short-lived child windows of the list, whose objects
+// delete themselves when the window is destroyed.
 #pragma once
 
 #include "vnbytstr/EditEx.h"
@@ -9,14 +9,15 @@
 
 class CListBoxEx;
 
-/// Editor types 1 to 4.
+/// The edit control of kEditorText, kEditorFile, kEditorFolder and kEditorNumber.
 class VNBYTSTR_API CListBoxCellEdit : public CEditEx {
     DECLARE_DYNAMIC(CListBoxCellEdit)
 public:
     explicit CListBoxCellEdit(int browseType = CBrowser::kFile) : m_browser(browseType) {}
 
+    /// What the browse button opens.
     CBrowser& GetBrowser() { return m_browser; }
-    /// Makes the window; from then on the object deletes itself with it.
+    /// Creates the window. On success the object deletes itself when the window is destroyed.
     BOOL CreateCell(DWORD style, const RECT& rect, CListBoxEx* list, UINT id);
 
 protected:
@@ -30,14 +31,14 @@ private:
     BOOL m_bOwnsItself = FALSE;
 };
 
-/// Editor types 5 to 8: a combo box.
+/// The combo box of kEditorCombo, kEditorPick and their sorted variants.
 class VNBYTSTR_API CListBoxCellComboBox : public CWnd {
     DECLARE_DYNAMIC(CListBoxCellComboBox)
 public:
     CListBoxCellComboBox() = default;
 
-    /// Makes the window; from then on the object deletes itself with it. The rectangle's height
-    /// includes the dropped list.
+    /// Creates the window. On success the object deletes itself when the window is destroyed. The
+    /// rectangle's height includes the drop-down list.
     BOOL CreateCell(DWORD style, const RECT& rect, CListBoxEx* list, UINT id);
 
 protected:

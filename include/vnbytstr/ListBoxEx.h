@@ -1,4 +1,4 @@
-// CListBoxEx: a list of many columns with headings, cells that are edited in place, sorting,
+// CListBoxEx: a list box of several columns with a header control, cells edited in place, sorting,
 // search by typing, and files dropped onto cells. docs/list-box.md is the guide.
 #pragma once
 
@@ -23,13 +23,13 @@ namespace vnbytstr::detail {
 struct CellAddress;
 }
 
-/// Posted to the list's parent when an editor closes, be its value stored or not.
+/// Posted to the list's parent when an editor closes, whether its value was stored or not.
 inline constexpr UINT VNM_EDITORCLOSED = 0x7FFC;
 /// Sent to the parent before a value is stored: wParam the column, lParam the new value (a
 /// `const char*`). 0 stores it; anything else refuses it, 2 also ends the zoom dialog.
 inline constexpr UINT VNM_STOREVALUE = 0x7FFD;
 /// Sent to the parent before a plain-edit or file cell is opened: wParam the column. Nonzero: the
-/// parent deals with the cell itself, no editor opens.
+/// parent handles the cell itself and no editor opens.
 inline constexpr UINT VNM_OPENCELL = 0x7FFE;
 
 /// One row in the result of a sort.
@@ -39,23 +39,23 @@ struct SSortItem {
     int m_nIndex = 0;    ///< the row before the sort
 };
 
-/// The window is a system list box ("LISTBOX") with an owner-draw style and LBS_HASSTRINGS: made by
-/// Create or subclassed in a dialog. Each row is one string of the list box, its values joined by
-/// the separator, a tab at first. Rows and columns count from 0, pixels are device-independent.
+/// The window is a system list box ("LISTBOX") with an owner-draw style and LBS_HASSTRINGS, made by
+/// Create or subclassed in a dialog. Each row is one string of the list box: its values joined by
+/// the separator, initially a tab. Rows and columns count from 0, pixels are device-independent.
 ///
 /// Set-up: make the window; SetNumColumns; LoadColumnInfo, or names and widths one by one; then
-/// what is wanted of CreateHeadingsControl, EnableEditing, editors, EnableSort.
+/// as needed CreateHeadingsControl, EnableEditing, editors, EnableSort.
 ///
-/// Rows and columns out of range are ignored by setters; getters answer them with the default. A
-/// row with too few values has empty ones; values beyond the columns are kept, not shown. A value
-/// that holds the separator becomes two: choose a separator that no value holds (SetSeparator), or
-/// pass values through CleanValue.
+/// Setters ignore rows and columns out of range; getters return the default for them. A row with
+/// too few values has empty ones; values beyond the columns are kept but not shown. A value that
+/// contains the separator becomes two: choose a separator that no value contains (SetSeparator),
+/// or pass values through CleanValue.
 ///
-/// What belongs to a row (drop flag, subtype, data type, file name) goes along when rows are
-/// sorted, inserted and deleted, and ends with ResetContent.
+/// What belongs to a row (drop flag, subtype, data type, file name) moves with it when rows are
+/// sorted, inserted and deleted, and is discarded by ResetContent.
 ///
-/// The parent may do anything while it is asked, also destroy the list and delete this object.
-/// Main thread only.
+/// While the parent handles a message of the list it may do anything, including destroying the
+/// list and deleting this object. Main thread only.
 class VNBYTSTR_API CListBoxEx : public CWnd,
                                 public vnbytstr::detail::HeadingsOwner,
                                 public vnbytstr::detail::CellEditorOwner,
@@ -66,176 +66,183 @@ public:
     ~CListBoxEx() override;
 
     // --- set-up ----------------------------------------------------------------------------------
-    /// Uses a strip made elsewhere; null: none. It stays its owner's.
+    /// Uses a header control made elsewhere, or none if null. Ownership is not transferred.
     virtual void SetHeadingsControl(CListBoxExHeadings* headings);
-    /// Makes the list's own strip, with that control id, above the list, and lets files be dropped
-    /// on cells. FALSE when the strip cannot be made.
+    /// Creates the list's embedded header control, with that control id, above the list, and lets
+    /// files be dropped on cells. FALSE when the header control cannot be created.
     virtual BOOL CreateHeadingsControl(UINT id);
-    /// Puts the strip directly above the list, at its desired height and the list's width. Where
-    /// there is not that much room above, the list's top gives way, its bottom stays.
+    /// Puts the header control directly above the list, at its desired height and the list's
+    /// width. If there is too little room above, the list's top moves down and its bottom stays.
     virtual void PositionHeadings();
-    /// Forgets all columns and begins with `count` new ones (0, or less: plain rows of one text).
+    /// Discards all columns and starts with `count` new ones (0 or less: plain rows of one text).
     virtual void SetNumColumns(int count);
     /// Reads names and widths of all columns from a string resource: for each the name, a line
-    /// feed, the width in pixels (1 or more), a line feed (may be missing at the end). FALSE when
-    /// there is no such string or it is not like that; columns read before stay set.
+    /// feed, the width in pixels (1 or more) and a line feed (optional at the end). FALSE when
+    /// there is no such string or it has another form; names and widths read before that stay set.
     virtual BOOL LoadColumnInfo(UINT id, HINSTANCE instance);
-    /// In pixels; 0: to be sized.
+    /// In pixels. 0: SetWidths chooses the width, if it has not run yet.
     virtual void SetColumnWidth(int column, int width);
-    /// In percent of the list's client width, for a column without width; 0: none.
+    /// For a column without width: a percentage of the list's width inside its border; 0: none.
     virtual void SetFractionalColumnWidth(int column, int percent);
     /// Pixels kept free at the column's right edge; column -1: every column.
     virtual void SetColumnSpacing(int column, int spacing);
     /// From a string resource.
     virtual void SetColumnName(int column, UINT id, HINSTANCE instance);
     virtual void SetColumnName(int column, LPCTSTR name);
-    /// How the column sorts: 0 as text, else as integer.
+    /// How the column sorts: 0 as text, any other value as an integer.
     virtual void SetColumnType(int column, int type);
     virtual void EnableEditing(BOOL on = TRUE);
-    /// An EListEditor; 0: the column is not edited.
+    /// An EListEditor; unknown values mean kEditorNone, a column that is not edited.
     virtual void SetEditorType(int column, int type);
     virtual int GetEditorType(int column);
-    /// In bytes; 0: no limit but the editor's own.
+    /// In bytes; 0: only the edit control's own limit.
     virtual void SetEditorMaxLength(int column, int length);
-    /// Inclusive, for editor type 4. The spinner keeps to it; a number typed is the parent's to
-    /// refuse.
+    /// Inclusive, for kEditorNumber. The spinner keeps to it; typed values are not range-checked,
+    /// the parent decides about them.
     virtual void SetEditorRange(int column, LONG minimum, LONG maximum);
-    /// What combo editors offer.
+    /// The choices of a combo editor.
     virtual void SetEditorStrings(int column, const CStringArray& strings);
     virtual void ResetEditorStrings(int column);
-    /// Pixels kept free before the text of every column; 2 at first.
+    /// Pixels kept free before the text of every column; initially 2.
     virtual void SetOffset(int offset);
-    /// Lets clicks on headings sort.
+    /// Lets clicks on column headers sort.
     virtual void EnableSort(BOOL on = TRUE);
-    /// Sorts by a column: upwards, or downwards when the last sort was upwards by the same column.
-    /// Returns an array of an SSortItem for each row in its new order (to be freed with delete[]);
-    /// null when there was no sort (LBS_SORT style, no such column). Texts are ordered as the
-    /// language does, ignoring case, kana type and width; equal ones keep their order (downwards:
-    /// the reverse).
+    /// Sorts by a column: ascending, or descending when the last sort was ascending by the same
+    /// column. An open editor is stored first. Returns an array with an SSortItem for each row in
+    /// the new order, to be freed with delete[]; null when nothing was sorted (LBS_SORT style, no
+    /// such column, or the editor's value was refused). Texts are ordered by the rules of the
+    /// user's language, ignoring case, kana type and width; equal ones keep their order, reversed
+    /// in a descending sort.
     virtual SSortItem* SortInternal(int column);
-    /// The same without the array. Whether there was a sort. SortInternal leaves the items' values
-    /// empty when it is called from here, unless SetSortValues asked for them.
+    /// The same without the array; returns whether the rows were sorted. Called from here,
+    /// SortInternal leaves the items' values empty unless SetSortValues asked for them.
     BOOL Sort(int column) override;
-    /// Gives columns without width theirs. Runs once, when the list is first painted, sized or
-    /// asked; not before there are columns and the list has a width.
+    /// Chooses the widths of columns that have none. Takes effect once: when the list is first
+    /// painted, sized or hit-tested and has columns and a width.
     void SetWidths() override;
-    /// Answers the height of every row: text height without internal leading, plus 4, measured once
-    /// with the list's font of that time.
+    /// The height of every row: the text height without internal leading plus 4, but at least the
+    /// text height; measured once, with the font of that time. Not for LBS_OWNERDRAWFIXED.
     virtual void MeasureItem(LPMEASUREITEMSTRUCT item);
     virtual void DrawItem(LPDRAWITEMSTRUCT item);
     /// Draws a row's values into `rect`.
     virtual void DrawColumns(CDC* dc, CRect rect, LPCTSTR text);
-    /// Also the headings strip's. 1 when both now are as asked, else 0 (there is no window).
+    /// Enables or disables the list and its header control. 1 when both are now as asked, else 0
+    /// (there is no window).
     BOOL EnableWindow(BOOL on = TRUE) override;
     BOOL PreTranslateMessage(MSG* message) override;
-    /// Shift+F2 shows a value and lets it be changed: the plain-text CZoomDialog here. A program
-    /// overrides it to show hex, or a picture. Returns IDOK with `value` changed, or IDCANCEL.
+    /// Called on Shift+F2: shows a value and lets the user change it, here with the plain-text
+    /// CZoomDialog. Override it to show hexadecimal or a picture, say. Returns IDOK with the new
+    /// `value`, or IDCANCEL.
     virtual int ShowZoom(int row, int column, CString& value);
 
     void SetRightAligned(BOOL on);
     /// Search by typing.
     void SetPrintInput(BOOL on) { m_bPrintInput = on; }
-    /// Shows grey text and lets nothing be edited; a change enables or disables the window.
+    /// Shows grey text and prevents editing; a change enables or disables the window.
     void SetReadOnly(BOOL on);
     BOOL IsReadOnly() const { return m_bReadOnly; }
-    /// Joins the values of rows added from now on; rows that are there stay as they are. Null or
-    /// empty is ignored. "\x1F", the unit separator, is in hardly any value.
+    /// The text that joins values in rows added from now on; existing rows are not changed. Null
+    /// and empty are ignored. "\x1F", the unit separator, occurs in hardly any value.
     void SetSeparator(LPCTSTR separator);
     const CString& GetSeparator() const { return m_strSeparator; }
-    /// `value` with each separator in it replaced, so that it stays one value.
+    /// `value` with each separator in it replaced, so that it remains one value.
     CString CleanValue(LPCTSTR value, LPCTSTR replacement = " ") const;
 
     int GetNumColumns() const { return m_nColumns; }
     int GetColumnWidth(int column) const;
     CString GetColumnName(int column) const;
     BOOL IsSortEnabled() const override { return m_bSortEnabled; }
-    /// -1: not sorted.
+    /// The column of the last sort; -1: not sorted.
     int GetSortColumn() const override { return m_nSortColumn; }
-    /// 0 not sorted, 1 upwards, 2 downwards.
+    /// An EListSortState.
     int GetSortState() const override { return m_nSortState; }
-    /// Null when there is none.
+    /// Null if the list has no header control.
     CListBoxExHeadings* GetHeadings() const { return m_pHeadings; }
-    /// The open editor; null when none is.
+    /// The open cell editor, or null.
     CWnd* GetActiveEditor() const { return m_pActiveEditor; }
 
     // --- rows and cells --------------------------------------------------------------------------
-    /// Adds a row; one `const char*` per column (null is empty), without columns the first only.
-    /// Returns its index, or LB_ERR, LB_ERRSPACE. It goes to the list box as LB_ADDSTRING; of an
-    /// unsorted list the message does not come through WindowProc.
+    /// Adds a row: one `const char*` per column (null means empty), or the first one alone when
+    /// there are no columns. Returns its index, or LB_ERR, LB_ERRSPACE. The list box gets
+    /// LB_ADDSTRING; in an unsorted list that message does not pass through WindowProc.
     int AddStringItems(LPCTSTR first, ...);
     /// The same at a row (-1: at the end).
     int InsertStringItems(int row, LPCTSTR first, ...);
     BOOL UpdateStringItem(int row, int column, LPCTSTR text);
     /// FALSE, and an empty text, when there is no such row or column.
     BOOL GetStringItem(int row, int column, CString& text) const;
-    /// One `CString*` per column (null: not wanted).
+    /// One `CString*` per column; null skips a column. FALSE when there is no such row.
     BOOL GetStringItems(int row, CString* first, ...) const;
     int GetCount() const;
-    /// Removes all rows and what belongs to them; an open editor closes without storing.
+    /// Removes all rows and what belongs to them, and forgets the sort; an open editor closes
+    /// without storing.
     void ResetContent();
     BOOL HasSel() const { return GetFirstSel() >= 0; }
     /// The first selected row, or -1.
     int GetFirstSel() const;
     /// Selects that row only.
     void SetOnlySel(int row);
-    /// The column edited or dropped on last; -1 before.
+    /// The column that was last edited or had a file dragged over it; initially -1.
     int GetSelColumn() const { return m_nCurColumn; }
-    /// What lies at a point of the client area; -1 each for nothing.
+    /// The row and the column at a point of the client area, -1 for none.
     void HitTest(CPoint point, int& row, int& column);
 
     void AddFileName(int row, LPCTSTR name);
-    /// Null when there is none.
+    /// Null when the row has no file name.
     LPCTSTR GetFileName(int row) const;
     /// Whether files may be dropped on the row.
     BOOL GetDragDrop(int row) const;
     void SetDragDrop(int row, BOOL on);
-    /// Refines editor type 1: 2 is a file, 3 a folder, others (1 at first) plain text.
+    /// Refines kEditorText: kEditorFile is a file, kEditorFolder a folder, any other value plain
+    /// text (initially 1). One byte is stored.
     short GetEditSubType(int row) const;
     void SetEditSubType(int row, short type);
-    /// The SQL data type of the row's value; 0 at first. 404, 408, 412, 960, 964, 968 and 988 are
-    /// large objects.
+    /// The SQL data type of the row's value, initially 0. EListDataType names the large objects.
     short GetEditDataType(int row) const;
     void SetEditDataType(int row, short type);
-    /// Replaces a large object's value by the text shown for it; null, default and empty values and
-    /// other types stay.
+    /// Replaces a large object's value by the text shown for it. Null, default and empty values,
+    /// and values of other types, are not changed.
     void GetDisplayString(CString& value, int row) const;
 
     // --- editing ---------------------------------------------------------------------------------
-    /// Ends other editing, selects the row and opens the cell.
+    /// Closes an open editor without storing, selects the row and opens an editor in the cell; the
+    /// parent may be asked first (VNM_OPENCELL).
     void EditColumn(int row, int column);
-    /// Selects the row and opens the cell's editor. The parent may be asked first.
+    /// The same, but does nothing while the parent is being asked about a value.
     void StartEditing(int row, int column);
-    /// Closes the editor; nothing is stored.
+    /// Closes the editor without storing. VNM_EDITORCLOSED is posted even if none was open.
     void StopEditing();
-    /// Stores the editor's value and closes it; with `notify` the parent is asked first. 0 when the
-    /// value was refused (the editor stays) or the parent is being asked right now.
+    /// Stores the editor's value and closes the editor; with `notify` the parent is asked first. 0
+    /// when the value was refused (the editor stays open) or the parent is being asked right now.
     BOOL CellEnter(BOOL notify);
     /// Closes the editor, if one is open, without storing.
     void CellCancel();
-    /// Makes a column as wide as its heading and its widest value, with the gaps of both. The list
-    /// is measured in full up to 1000 rows; of more rows the visible ones and those with the
-    /// longest texts.
+    /// Makes a column as wide as its header and its widest value need. Up to 1000 rows are all
+    /// measured; of more rows, the visible ones and the 1000 with the longest texts.
     void AutoFitCol(int column) override;
 
-    // --- beyond the usual, off unless asked for --------------------------------------------------
+    // --- extensions, off by default --------------------------------------------------------------
     /// AutoFitCol for every column.
     void FitAllColumns();
-    /// Ctrl+0 in an editor puts the null marker in place of its text.
+    /// Ctrl+0 in an editor replaces its text by the null marker.
     void EnableSetNull(BOOL on = TRUE) { m_bSetNull = on; }
-    /// Ctrl+C without an editor copies the selected rows, with headings, to the clipboard.
+    /// Ctrl+C without an open editor copies the selected rows, with column names, to the
+    /// clipboard.
     void EnableCopy(BOOL on = TRUE) { m_bCopy = on; }
-    /// Where the columns do not fit, the list scrolls sideways, its headings with it; the last
-    /// column keeps its width and only grows to fill the strip. For a list made with WS_HSCROLL.
-    /// (Usually columns past the right edge cannot be seen.)
+    /// If the columns do not fit, the list scrolls horizontally together with its header control;
+    /// the last column keeps its width and only grows to fill the header control. For a list made
+    /// with WS_HSCROLL. (By default columns past the right edge are not visible.)
     void EnableSideScroll(BOOL on = TRUE);
-    /// Pixels hidden at the left (in a mirrored list: right) of the list.
+    /// How far the list is scrolled horizontally: pixels hidden at the left, or at the right in a
+    /// mirrored list.
     int GetSideShift() const override;
-    /// Scrolls sideways until the column is in view; of one that is too wide the beginning is.
+    /// Scrolls horizontally until the column is in view; of a column that is too wide, its start.
     void ShowColumn(int column);
-    /// A column's width without what the last one has grown by; in pixels.
+    /// A column's width in pixels, without what was added to the last one to fill the header
+    /// control.
     int GetOwnColumnWidth(int column) const;
-    /// The selected rows as displayed: values apart by tabs, lines ended by CR LF; a value that
-    /// holds one of these or a quote stands in double quotes, its quotes doubled.
+    /// The selected rows: values separated by tabs, lines ended by CR LF. A value that contains a
+    /// tab, CR, LF or double quote is enclosed in double quotes, its own quotes doubled.
     CString GetSelectionText(BOOL withHeadings) const;
 
 protected:
@@ -253,11 +260,11 @@ protected:
     void OnLButtonDblClk(UINT flags, CPoint point);
     void OnRButtonDown(UINT flags, CPoint point);
     BOOL OnMouseWheel(UINT flags, short delta, CPoint screen);
-    /// Commits when the focus leaves the editor for good.
+    /// Stores the editor's value when the focus moves to another window of this program.
     void OnKillFocusOfEdit();
-    /// Lets the person choose the file or folder of the open cell.
+    /// Lets the user choose the file or folder of the open cell.
     void OnBrowserButtonClicked();
-    /// TRUE: the key was used.
+    /// Handles a key; TRUE if it was used.
     BOOL ProcessInputMessage(MSG* message);
     LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
     void PreSubclassWindow() override;
@@ -279,7 +286,7 @@ protected:
     BOOL m_bEditing = FALSE;
     int m_nCurRow = -1;
     int m_nCurColumn = -1;
-    BOOL m_bCommitting = FALSE; ///< the parent is being asked
+    BOOL m_bCommitting = FALSE; ///< the parent is being asked about a value
     BOOL m_bPrintInput = FALSE;
     CString m_strTyped;
     DWORD m_dwTypedTime = 0;
@@ -292,9 +299,9 @@ protected:
     BOOL m_bReadOnly = FALSE;
     CListDropTarget m_DropTarget;
 
-    /// For an override of SortInternal that looks at the items' values also during Sort.
+    /// For an override of SortInternal that needs the items' values during Sort as well.
     void SetSortValues(BOOL on) { m_bSortValuesAlways = on; }
-    /// SortInternal for the order of its items alone.
+    /// SortInternal when only the order of its items is needed.
     SSortItem* SortForOrder(int column);
 
 private:
@@ -322,7 +329,7 @@ private:
     std::string_view CellOf(int row, int column) const;
     int SendJoined(UINT message, int row, LPCTSTR first, std::va_list rest);
     CString TextToDraw(int row) const;
-    std::vector<int> LongestValues(int column, int most) const;
+    std::vector<int> LongestValues(int column, int count) const;
     int MeasureColumn(int column);
     int EffectiveEditorType(int row, int column) const;
     BOOL IsFileCell(int row, int column) const;
@@ -345,7 +352,6 @@ private:
     void ForgetRows();
     void ApplyOrder(const std::vector<DWORD>& order, const SSortItem* items);
     void ReorderRowData(const DWORD* order, int count);
-
     std::vector<bool> SelectedRows() const;
 
     BOOL m_bSortValues = TRUE;
@@ -353,8 +359,8 @@ private:
     BOOL m_bSetNull = FALSE;
     BOOL m_bCopy = FALSE;
     BOOL m_bSideScroll = FALSE;
-    int m_nLastOwnWidth = 0; ///< of the last column, before it was made to fill the strip
-    int m_nItemHeight = 0;   ///< the answer of MeasureItem; 0: not measured yet
+    int m_nLastOwnWidth = 0; ///< of the last column, before it grew to fill the header control
+    int m_nItemHeight = 0;   ///< the result of MeasureItem; 0: not measured yet
     Lifeline* m_pLifeline = nullptr;
     std::unique_ptr<Accessible> m_pAccessible;
 };

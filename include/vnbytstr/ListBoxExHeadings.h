@@ -1,5 +1,5 @@
-// The strip of headings above a CListBoxEx: resizes columns with the mouse, fits them with a double
-// click, sorts by the heading clicked.
+// The header control of a CListBoxEx: resizes columns with the mouse, fits them on a double click,
+// sorts by the header that is clicked.
 #pragma once
 
 #include "vnbytstr/framework/Export.h"
@@ -15,57 +15,60 @@ struct HeadingTracking;
 
 class CListBoxEx;
 
-/// Owns no column data: widths and heading texts are the list's. Coordinates are pixels of the
-/// strip's client area.
+/// Owns no column data: widths and names are the list's. Coordinates are pixels of the control's
+/// client area.
 ///
-/// The strip is filled with COLOR_3DFACE, also right of the last column; the lines have
-/// COLOR_3DDKSHADOW (frame), COLOR_3DHIGHLIGHT and COLOR_3DSHADOW, the texts COLOR_BTNTEXT,
-/// COLOR_GRAYTEXT while the strip is disabled.
+/// The background is COLOR_3DFACE, also right of the last column; lines are COLOR_3DDKSHADOW
+/// (frame), COLOR_3DHIGHLIGHT and COLOR_3DSHADOW, texts COLOR_BTNTEXT, or COLOR_GRAYTEXT while the
+/// control is disabled.
 class VNBYTSTR_API CListBoxExHeadings : public CWnd {
     DECLARE_DYNAMIC(CListBoxExHeadings)
 public:
     CListBoxExHeadings();
     ~CListBoxExHeadings() override;
 
-    /// Registers the window class "ListBoxExHeadingsWindowClass", once per process. FALSE when that
-    /// fails.
+    /// Registers the window class "ListBoxExHeadingsWindowClass", once per process. FALSE on
+    /// failure.
     static BOOL Initialize();
 
     using CWnd::Create;
-    /// Makes the strip a child of `parent`. FALSE when there can be no window.
+    /// Creates the window as a child of `parent`. FALSE on failure.
     virtual BOOL Create(const RECT& rect, CWnd* parent, UINT id);
-    /// The list served; null: none. It must outlive the strip's window or take itself away.
+    /// Sets the list, or none if null. The list must outlive this window, or be reset with null
+    /// first (a CListBoxEx resets its own header control).
     virtual void SetListBox(CListBoxEx* list);
     /// The active font's height plus 4, in pixels.
     virtual int GetDesiredHeight();
-    /// Makes the last column end at the strip's right edge, be it wider or narrower than before.
+    /// Makes the last column end at the right edge, by widening or narrowing it. A column that
+    /// begins right of the edge keeps its width; with EnableSideScroll none is narrowed below its
+    /// own width.
     virtual void FixLastColWidth();
-    /// Null (the device context's own font) after WM_SETFONT without one; else the font of
-    /// WM_SETFONT, else the list's, else the parent's. Whose it is does not change.
+    /// Null (the device context's own font) after WM_SETFONT without a font; else the font of
+    /// WM_SETFONT, else the list's, else the parent's. Ownership is not transferred.
     virtual CFont* GetActiveFont();
-    /// The heading's rectangle. FALSE when its left edge is out of the strip, or there is no list
-    /// or no such column.
+    /// A column header's rectangle. FALSE when it begins right of the control's right edge, or
+    /// there is no list or no such column.
     virtual BOOL GetRect(int column, CRect* rect);
-    /// Draws one raised (or pressed) heading into `rect`.
+    /// Draws one raised (or pressed) column header into `rect`.
     virtual void DrawHeading(CDC* dc, LPCTSTR text, CRect rect, BOOL pressed);
-    /// The column whose right boundary is grabbed at the point (5 pixels left of it to 3 right of
-    /// it), or -1. The last column has none. Of two boundaries in reach the right one is taken.
+    /// The column whose divider, its right boundary, is under the point (5 pixels left of it to 3
+    /// right of it), or -1. The last column has no divider. Of two dividers in reach the right one
+    /// is taken.
     virtual int SizerHitTest(CPoint point);
-    /// The column whose heading holds the point, or -1.
+    /// The column whose header contains the point, or -1.
     virtual int HitTest(CPoint point);
-    /// Inverts the line at the boundary being dragged, down to the list's bottom; drawn twice it is
-    /// gone.
+    /// Inverts a line at the divider being dragged, down to the list's bottom. Drawing it a second
+    /// time removes it.
     virtual void DrawSizer();
 
-    // --- beyond the strip's usual ways; both are off unless asked for
-    // -----------------------------
-    /// Marks the heading of the last sort by a triangle.
+    // --- extensions, off by default --------------------------------------------------------------
+    /// Marks the column of the last sort with a triangle.
     void ShowSortArrow(BOOL on = TRUE);
-    /// Lets Tab go to the strip: Left and Right choose a heading, Enter and Space sort by it (in a
-    /// list that sorts), Shift+Left and Shift+Right resize its column by 8 pixels, Ctrl+Enter fits
-    /// it.
+    /// Makes the control a tab stop: Left, Right, Home and End choose a column, Enter and Space
+    /// sort by it (if EnableSort is on), Shift+Left and Shift+Right resize it by 8 pixels,
+    /// Ctrl+Enter fits it.
     void EnableKeyboard(BOOL on = TRUE);
-    /// The heading that keys go to; -1 without keyboard use.
+    /// The column that keys act on; -1 unless EnableKeyboard is on.
     int GetFocusColumn() const { return m_bKeyboard ? m_nFocusColumn : -1; }
 
 protected:
@@ -87,7 +90,7 @@ protected:
     DECLARE_MESSAGE_MAP()
 
     CListBoxEx* m_pList = nullptr;
-    /// What the pressed mouse does.
+    /// What a pressed mouse button is doing.
     const std::unique_ptr<vnbytstr::detail::HeadingTracking> m_pTracking;
     CBrush m_brBackground; ///< made when first needed, like the pens
     CPen m_penFrame;
@@ -95,7 +98,7 @@ protected:
     CPen m_penShadow;
     HCURSOR m_hArrow;
     HCURSOR m_hSize;
-    CFont m_font;               ///< the strip's copy of the font of WM_SETFONT
+    CFont m_font;               ///< a copy of the font of WM_SETFONT
     BOOL m_bSystemFont = FALSE; ///< WM_SETFONT passed no font
 
 private:

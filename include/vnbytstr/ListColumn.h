@@ -1,4 +1,5 @@
-// What CListBoxEx knows of one of its columns.
+// What CListBoxEx stores for each of its columns, and the numbers that stand for kinds of editor,
+// data types and sort states.
 #pragma once
 
 #include "vnbytstr/framework/String.h"
@@ -9,12 +10,12 @@
 /// The kinds of cell editor, as SetEditorType takes them.
 enum EListEditor : int {
     kEditorNone = 0,        ///< the column's cells are not edited
-    kEditorText = 1,        ///< plain edit; the row's edit subtype may make it 2 or 3
+    kEditorText = 1,        ///< plain edit; the row's edit subtype may turn it into 2 or 3
     kEditorFile = 2,        ///< edit with a button that browses for a file
     kEditorFolder = 3,      ///< edit with a button that browses for a folder
     kEditorNumber = 4,      ///< edit with a spinner and a range
-    kEditorCombo = 5,       ///< list to pick from, or text typed in
-    kEditorPick = 6,        ///< list to pick from
+    kEditorCombo = 5,       ///< combo box: choose from a list or type text
+    kEditorPick = 6,        ///< drop-down list: choose only
     kEditorSortedCombo = 7, ///< as 5, the list sorted
     kEditorSortedPick = 8,  ///< as 6, the list sorted
 };
@@ -35,14 +36,14 @@ enum EListSortState : int { kNotSorted = 0, kSortedAscending = 1, kSortedDescend
 
 /// One column of a CListBoxEx. Widths and spacings are in pixels.
 struct SListColumn {
-    int m_nWidth = 0;   ///< 0: not sized yet
+    int m_nWidth = 0;   ///< 0: not chosen yet
     int m_nSpacing = 0; ///< kept free at the column's right edge
     CString m_strHeading;
     int m_nSortType = 0; ///< 0: text; anything else: integer
     int m_nEditorType = kEditorNone;
-    int m_nEditorMaxLength = 0; ///< bytes; 0: as many as the editor takes
+    int m_nEditorMaxLength = 0; ///< in bytes; 0: only the edit control's own limit
     LONG m_lEditorMin = 0;      ///< range of kEditorNumber, inclusive
     LONG m_lEditorMax = 0;
-    std::unique_ptr<CString[]> m_pEditorStrings; ///< what kEditorCombo and its kin offer
+    std::unique_ptr<CString[]> m_pEditorStrings; ///< the choices of a combo editor
     int m_nEditorStrings = 0;
 };

@@ -12,17 +12,18 @@ class VNBYTSTR_API CListDropTarget : public COleDropTarget {
 public:
     CListDropTarget() = default;
 
-    /// The list whose cells files are dropped on; null: none is.
+    /// The list whose cells files are dropped on, or null.
     void SetListBox(CListBoxEx* list) { m_pList = list; }
 
-    /// Notes whether files are on offer (CF_HDROP) and answers as OnDragOver.
+    /// Remembers whether files are offered (CF_HDROP) and returns what OnDragOver returns.
     DROPEFFECT OnDragEnter(CWnd* window, COleDataObject* data, DWORD keys, CPoint point) override;
-    /// Over a cell, makes its row the only selection and its column the current one. Answers
-    /// DROPEFFECT_MOVE when files may be dropped on that row, else DROPEFFECT_NONE.
+    /// Over a cell, makes its row the only selection and its column the current one. Returns
+    /// DROPEFFECT_MOVE when files may be dropped on that row, else DROPEFFECT_NONE. An open editor
+    /// is stored first; if its value is refused nothing else happens.
     DROPEFFECT OnDragOver(CWnd* window, COleDataObject* data, DWORD keys, CPoint point) override;
     /// Stores the name of the first file with the current row and opens the cell. FALSE when no
-    /// name could be read. Names of folders are stored as well: what to do with one is the
-    /// parent's decision when the cell's value is stored.
+    /// name could be read. Names of folders are stored as well: the parent decides about them when
+    /// the cell's value is stored.
     BOOL OnDrop(CWnd* window, COleDataObject* data, DROPEFFECT effect, CPoint point) override;
 
 protected:

@@ -21,16 +21,16 @@ public:
     virtual std::span<const SListColumn> GetColumns() const = 0;
     /// Pixels of the columns that are scrolled out at the left.
     virtual int GetSideShift() const = 0;
-    /// Gives columns without width theirs; only the first call that can do so has an effect.
+    /// Chooses the widths of columns that have none; only the first call that can has an effect.
     virtual void SetWidths() = 0;
 
     /// Changes a width while its divider is dragged; redraws nothing. Out of range: ignored.
     virtual void ResizeColumn(int column, int width) = 0;
-    /// The last column ends at the header control's right edge if it is `width` wide; negative: it
-    /// begins right of that edge.
+    /// Makes the last column end at the header control's right edge, for which it must be `width`
+    /// wide; negative: it begins right of that edge.
     virtual void FillLastColumn(int width) = 0;
-    /// Columns have been resized and everything from `left` on, a position in the list's client
-    /// area, has moved: redraws that part and takes the open editor along.
+    /// Columns were resized, so that everything right of `left`, in the list's client area, moved:
+    /// redraws that part and moves the open editor.
     virtual void ColumnsMoved(int left, BOOL erase) = 0;
     /// Makes a column as wide as its header and values need.
     virtual void AutoFitCol(int column) = 0;

@@ -1,4 +1,4 @@
-// CVNListBox: a CListBoxEx with a tip for each row.
+// CVNListBox: a CListBoxEx with a tooltip for each row.
 #pragma once
 
 #include "vnbytstr/DataTip.h"
@@ -6,28 +6,28 @@
 #include "vnbytstr/framework/Arrays.h"
 #include "vnbytstr/framework/Export.h"
 
-/// Shows the text of the row under the pointer. Tips appear only while every row has one.
+/// Shows the tooltip of the row under the pointer. Tooltips appear only while every row has one.
 class VNBYTSTR_API CVNListBox : public CListBoxEx {
     DECLARE_DYNAMIC(CVNListBox)
 public:
     CVNListBox();
 
-    /// Gives a row its tip; to be called right after the row was inserted there. All other rows
-    /// keep theirs, also after a sort. A row that is not there is ignored.
+    /// Sets a row's tooltip; to be called right after the row was inserted. All other rows keep
+    /// theirs, also after a sort. Rows out of range are ignored.
     void SetItemTip(int row, LPCTSTR text);
-    /// Forgets all tips; goes with ResetContent.
+    /// Removes all tooltips; to be called with ResetContent.
     void ResetTips();
-    /// Takes the tip of a row away; to be called when the row is deleted.
+    /// Removes a row's tooltip; to be called when the row is deleted.
     void RemoveItemTip(int row);
-    /// The index of a row's text among the tips; -1 for none.
+    /// The index of a row's tooltip text, or -1.
     int GetItemIndex(int row) const;
-    /// The text at an index; empty for none.
+    /// The text at that index; empty if out of range.
     CString GetItemTip(int index) const;
-    /// Shows the tip of the row at a point of the client area, if any.
+    /// Shows the tooltip of the row at a point of the client area, or hides it if there is none.
     void SetDataTip(CPoint point);
     BOOL IsTipShown() const { return m_bTipShown; }
 
-    /// The tips go along with their rows.
+    /// The tooltips move with their rows.
     BOOL Sort(int column) override;
 
 protected:

@@ -1,29 +1,30 @@
-// CZoomDialog: shows one value in a window of its own and lets it be changed.
+// CZoomDialog: a dialog to view and change one value.
 #pragma once
 
 #include "vnbytstr/framework/Export.h"
 #include "vnbytstr/framework/String.h"
 #include "vnbytstr/window/Dialog.h"
 
-/// A modal dialog with the value in an edit control of many lines, OK and Cancel; Ctrl+Enter is OK.
-/// It can be resized. Its captions come from the resource library, or are English.
+/// A modal dialog with the value in a multi-line edit control, OK and Cancel; Ctrl+Enter is OK. It
+/// can be resized. Its captions come from the resource library, or are English.
 ///
-/// A value of more than kMostBytes, or with a line of more than kLongestLine, is shown up to there
-/// and cannot be changed: DoModal then returns IDCANCEL.
+/// A value of more than kMaxBytes, or with a line of more than kMaxLine bytes, is shown only up to
+/// there and cannot be changed: DoModal then returns IDCANCEL.
 class VNBYTSTR_API CZoomDialog : public CDialog {
     DECLARE_DYNAMIC(CZoomDialog)
 public:
-    static constexpr int kMostBytes = 1 << 20;
-    static constexpr int kLongestLine = 1
-                                        << 15; ///< to lay out a line takes the square of its length
+    static constexpr int kMaxBytes = 1 << 20;
+    /// The time to lay out a line grows with the square of its length.
+    static constexpr int kMaxLine = 1 << 15;
 
-    /// `name` (a column's heading) stands in the title; null: none. `parent` null: the active
-    /// window.
+    /// `name`, such as a column's name, is shown in the title; it may be null. A null `parent`
+    /// means the active window.
     CZoomDialog(const CString& value, LPCTSTR name, CWnd* parent);
 
     int DoModal() override;
-    /// The value as it is after OK.
+    /// The value: the changed one after OK.
     const CString& GetValue() const { return m_strValue; }
+    /// Whether the value is shown in full.
     BOOL CanChange() const { return m_nShown == m_strValue.GetLength(); }
 
     BOOL PreTranslateMessage(MSG* message) override;

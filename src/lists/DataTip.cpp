@@ -15,7 +15,7 @@ void CDataTip::Set(CPoint point, LPCTSTR text) {
 }
 
 void CDataTip::Hide() {
-    // Another window's tip is not this one's to take away.
+    // The tooltip on the screen may be another window's.
     if (!m_strShown.IsEmpty() && GetShownTip() == m_strShown)
         HideTip();
     m_strShown.Empty();

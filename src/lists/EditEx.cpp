@@ -109,7 +109,7 @@ void CEditEx::PlaceAll(const CRect& rect) {
     }
     MoveWindow(edit);
     if (m_spinner.GetSafeHwnd() != nullptr)
-        m_spinner.SetBuddy(this); // takes its place anew
+        m_spinner.SetBuddy(this); // moves it to the new right edge
 }
 
 void CEditEx::OnChar(UINT ch, UINT repeat, UINT flags) {

@@ -1,5 +1,5 @@
-// Where the headings of a list lie in their strip, and what lies under a point, as plain
-// arithmetic. Pixels in the strip's client area.
+// Where the column headers of a list are in their header control, and what is at a point, as plain
+// arithmetic. All numbers are pixels of the control's client area.
 #pragma once
 
 #include "src/lists/ListColumns.h"
@@ -8,6 +8,7 @@
 
 namespace vnbytstr::detail {
 
+/// Right and bottom are not included.
 struct HeadingRect {
     int left = 0;
     int top = 0;
@@ -15,28 +16,29 @@ struct HeadingRect {
     int bottom = 0;
 };
 
+/// The geometry of a header control with some columns, at one size.
 class HeadingGeometry {
 public:
     static constexpr int kFirstLeft = 2; ///< the list's rows begin this far from its edge
     static constexpr int kTop = 1;
-    static constexpr int kGrabLeft = 5;  ///< a boundary is grabbed from this far left of it
+    static constexpr int kGrabLeft = 5;  ///< a divider is grabbed from this far left of it
     static constexpr int kGrabRight = 3; ///< to this far right of it, both included
 
-    /// `shift`: pixels that the list hides at its left.
+    /// `shift`: how far the list is scrolled horizontally.
     HeadingGeometry(Columns columns, int clientWidth, int clientHeight, int shift = 0)
         : m_columns(columns), m_width(clientWidth), m_height(clientHeight), m_shift(shift) {}
 
-    /// The heading's rectangle; false when its left edge lies outside of the strip, or there is no
-    /// such column.
+    /// The header's rectangle; false when it begins right of the control's right edge, or there is
+    /// no such column.
     bool GetRect(int column, HeadingRect& rect) const;
     /// The column whose rectangle holds the point, or -1.
     int HitTest(int x, int y) const;
-    /// The column whose right boundary is grabbed at `x`, or -1. The last column has none. Where
-    /// the zones of two boundaries overlap the right one is taken, so that a column dragged to
-    /// nothing can be dragged open again.
+    /// The column whose divider is grabbed at `x`, or -1. The last column has none. Where the zones
+    /// of two dividers overlap the right one is taken, so that a column dragged to width 0 can be
+    /// widened again.
     int SizerHitTest(int x) const;
-    /// The width that makes the last column end at the strip's right edge when nothing is hidden;
-    /// -1 when it begins at or right of that edge, or there is no column.
+    /// The width that makes the last column end at the control's right edge when the list is not
+    /// scrolled; -1 when it begins at or right of that edge, or there is no column.
     int FixedLastWidth() const;
 
 private:
@@ -46,7 +48,7 @@ private:
     int m_shift;
 };
 
-/// Where the lines and the text of one heading lie. A line is drawn without its last point.
+/// Where the lines and the text of one header are drawn. A line does not include its last point.
 struct HeadingLines {
     struct Point {
         int x = 0;
@@ -58,8 +60,9 @@ struct HeadingLines {
     Point upper[3]{};    ///< highlight pen; shadow pen when pressed
     bool hasLower = false;
     Point lower[2]{}; ///< shadow pen
-    HeadingRect text; ///< empty when the heading is too narrow
+    HeadingRect text; ///< empty when the header is too narrow
 };
+/// The lines and the text of a header in `rect`.
 HeadingLines LayOutHeading(const HeadingRect& rect, bool pressed);
 
 } // namespace vnbytstr::detail

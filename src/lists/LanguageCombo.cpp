@@ -4,7 +4,7 @@
 
 namespace {
 
-/// A code of three letters as an item's data.
+/// A three-letter language code as an item's data.
 std::uintptr_t Packed(const CString& code) {
     std::uintptr_t data = 0;
     for (int i = 0; i < 3; ++i)
@@ -24,7 +24,7 @@ void FillUILanguageCombo(CComboBox& combo, const char* prefix) {
         if (item >= 0)
             combo.SetItemData(item, Packed(language.m_strCode));
     }
-    // The combo box may sort: places are final only now.
+    // The combo box may sort its items, so their indexes are final only now.
     for (int item = 0; item < combo.GetCount(); ++item) {
         const std::uintptr_t code = combo.GetItemData(item);
         if (code == wanted || (chosen < 0 && code == Packed("ENU")))

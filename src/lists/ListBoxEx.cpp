@@ -3,9 +3,9 @@
 //    it is not null, has as many elements.
 // 2. The separator is not empty.
 // 3. m_nSortState is an EListSortState, kNotSorted exactly when m_nSortColumn is -1.
-// 4. While m_pActiveEditor is set it is an editor made by this list that is not closing, and
-//    m_nCurRow, m_nCurColumn name its cell.
-// 5. Entry i of the per-row arrays belongs to row i; rows behind an array's end have the default.
+// 4. While m_pActiveEditor is set it is an editor created by this list that is not closing, and
+//    m_nCurRow, m_nCurColumn are its cell.
+// 5. Entry i of the per-row arrays belongs to row i; rows beyond an array's end have the default.
 #include "vnbytstr/ListBoxEx.h"
 
 #include "src/lists/ListBoxExInternal.h"
@@ -51,7 +51,7 @@ CListBoxEx::~CListBoxEx() {
         line->m_pList = nullptr;
     m_pLifeline = nullptr;
     m_DropTarget.SetListBox(nullptr);
-    // The windows end while this object is whole: they send messages as they go.
+    // Destroying the windows sends messages, which need a complete object.
     if (m_Headings.GetSafeHwnd() != nullptr)
         m_Headings.DestroyWindow();
     m_Headings.SetListBox(nullptr);
@@ -105,7 +105,7 @@ void CListBoxEx::PositionHeadings() {
     GetWindowRect(rect);
     parent->ScreenToClient(rect);
     const int height = m_pHeadings->GetDesiredHeight();
-    if (rect.top < height) { // OnWindowPosChanging makes the room
+    if (rect.top < height) { // OnWindowPosChanging moves the top down
         SetWindowPos(nullptr, rect.left, rect.top, rect.Width(), rect.Height(),
                      SWP_NOZORDER | SWP_NOACTIVATE);
         GetWindowRect(rect);
@@ -264,7 +264,7 @@ void CListBoxEx::SetWidths() {
         return;
     m_bWidthsComputed = TRUE;
     int usable = client.Width();
-    if ((GetStyle() & WS_VSCROLL) != 0) // columns stay where they are when the bar comes and goes
+    if ((GetStyle() & WS_VSCROLL) != 0) // columns do not move when the bar appears and disappears
         usable += GetSystemMetrics(SM_CXVSCROLL) - 1;
     const auto count = static_cast<std::size_t>(m_nColumns);
     ComputeWidths({m_pColumns.get(), count},
@@ -283,13 +283,13 @@ BOOL CListBoxEx::EnableWindow(BOOL on) {
     if (GetSafeHwnd() == nullptr)
         return FALSE;
     const BOOL wanted = on != FALSE;
-    BOOL strip = TRUE;
+    BOOL headingsDone = TRUE;
     if (m_pHeadings != nullptr && m_pHeadings->GetSafeHwnd() != nullptr) {
         m_pHeadings->EnableWindow(on);
-        strip = (m_pHeadings->IsWindowEnabled() != FALSE) == wanted;
+        headingsDone = (m_pHeadings->IsWindowEnabled() != FALSE) == wanted;
     }
     CWnd::EnableWindow(on);
-    return strip && (IsWindowEnabled() != FALSE) == wanted;
+    return headingsDone && (IsWindowEnabled() != FALSE) == wanted;
 }
 
 void CListBoxEx::SetRightAligned(BOOL on) {

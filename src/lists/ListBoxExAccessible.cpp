@@ -50,7 +50,7 @@ bool CListBoxEx::Accessible::SelectAccessibleRow(int row, bool on) {
         m_list.SendMessage(LB_SETSEL, on, row);
     else
         m_list.SendMessage(LB_SETCURSEL, static_cast<WPARAM>(on ? row : -1));
-    // As a click does; the list box is silent when a program selects.
+    // As after a click: a list box does not notify its parent when a program selects.
     if (CWnd* parent = m_list.GetParent(); parent != nullptr)
         parent->SendMessage(WM_COMMAND, MAKEWPARAM(m_list.GetDlgCtrlID(), LBN_SELCHANGE),
                             reinterpret_cast<LPARAM>(m_list.m_hWnd));
@@ -80,9 +80,9 @@ CRect CListBoxEx::Accessible::GetAccessibleCellRect(int row, int column) const {
         rect.left = span.left - m_list.GetSideShift();
         rect.right = span.right - m_list.GetSideShift();
     }
-    CRect seen;
-    seen.IntersectRect(rect, client);
-    return seen;
+    CRect visible;
+    visible.IntersectRect(rect, client);
+    return visible;
 }
 
 CRect CListBoxEx::Accessible::GetAccessibleHeadingRect(int column) const {

@@ -1,4 +1,4 @@
-// CListBoxEx: what its rows look like, and how wide they are.
+// CListBoxEx: drawing and measuring rows.
 #include "src/lists/ListBoxExInternal.h"
 #include "src/lists/ListColumns.h"
 #include "src/lists/RowText.h"
@@ -16,31 +16,32 @@ namespace {
 
 /// Gap between what AutoFitCol measured and the column's edge, on either side.
 constexpr int kFitGap = 4;
-/// Lists of more rows than this are measured by their visible and longest rows.
-constexpr int kMeasuredRows = 1000;
-constexpr int kRowsInView = 100; ///< as many as a screen shows
-/// No more of a text is measured; no screen shows more of it.
-constexpr std::size_t kMeasuredBytes = 4000;
+/// Of lists with more rows only the visible rows and this number of longest rows are measured.
+constexpr int kMaxMeasuredRows = 1000;
+constexpr int kMaxVisibleRows = 100; ///< as many as a screen shows
+/// Texts are measured up to here; no screen shows more.
+constexpr std::size_t kMaxMeasuredBytes = 4000;
 
-/// The beginning of a text, cut between characters.
+/// The start of a text, cut between characters.
 std::string_view Beginning(std::string_view text, std::size_t bytes) {
     if (text.size() <= bytes)
         return text;
-    // Long texts are cut where a character begins that is near: a whole one may be 100 MB.
+    // CharStart gets a few bytes more than are kept, not the whole text, which may be 100 MB.
     const std::string_view head = text.substr(0, bytes);
     const vnbytstr::CodePage& page = vnbytstr::CodePage::Ansi();
     return head.substr(0, page.CharStart(text.substr(0, bytes + 8), bytes));
 }
 
-/// What of a text can be seen in so many pixels; an ellipsis follows either way.
+/// At least as much of a text as is visible in `width` pixels; a text that is too long still gets
+/// its ellipsis.
 std::string_view Visible(std::string_view text, int width) {
-    constexpr std::size_t kBytesPerPixel = 8; // narrow letters with marks over them
+    constexpr std::size_t kBytesPerPixel = 8; // narrow letters with combining marks
     return Beginning(text, 64 + kBytesPerPixel * static_cast<std::size_t>(std::max(width, 0)));
 }
 
-/// Rows longer than this are shortened, value by value, before they are drawn.
+/// The values of rows longer than this are cut before they are drawn.
 constexpr std::size_t kLongRow = 32 * 1024;
-constexpr std::size_t kDrawnBytes = 8 * 1024;
+constexpr std::size_t kMaxDrawnBytes = 8 * 1024;
 
 } // namespace
 
@@ -55,7 +56,7 @@ void CListBoxEx::MeasureItem(LPMEASUREITEMSTRUCT item) {
         dc.GetTextMetrics(&metrics);
         if (old != nullptr)
             dc.SelectObject(old);
-        // Fonts with much internal leading put their descenders below the first sum.
+        // With much internal leading, the first sum is too small for the descenders.
         m_nItemHeight =
             std::max(metrics.tmHeight - metrics.tmInternalLeading + 4, metrics.tmHeight);
     }
@@ -99,8 +100,8 @@ void CListBoxEx::DrawItem(LPDRAWITEMSTRUCT item) {
         dc->DrawFocusRect(rect);
 }
 
-/// A row's text; a copy, since what DrawColumns is overridden with may change the row. Values that
-/// no screen can show in full are cut.
+/// A row's text with very long values cut; a copy, since an override of DrawColumns may change the
+/// row.
 CString CListBoxEx::TextToDraw(int row) const {
     const std::string_view text = RowText(row);
     if (text.size() <= kLongRow)
@@ -111,7 +112,7 @@ CString CListBoxEx::TextToDraw(int row) const {
     for (int column = 0; column < std::max(1, m_nColumns) && reader.Next(value); ++column) {
         if (column > 0)
             shortened += m_strSeparator;
-        shortened += StringOf(Beginning(value, kDrawnBytes));
+        shortened += StringOf(Beginning(value, kMaxDrawnBytes));
     }
     return shortened;
 }
@@ -126,13 +127,13 @@ void CListBoxEx::DrawColumns(CDC* dc, CRect rect, LPCTSTR text) {
     }
     const UINT flags = DT_SINGLELINE | DT_NOPREFIX | DT_END_ELLIPSIS |
                        static_cast<UINT>(m_bRightAligned ? DT_RIGHT : DT_LEFT);
-    CRect seenArea(rect);
+    CRect visibleArea(rect);
     if (m_bSideScroll)
-        dc->GetClipBox(seenArea); // no time for what is scrolled out
+        dc->GetClipBox(visibleArea); // skip what is scrolled out
     LayOutRow(GetColumns(), row, ViewOf(m_strSeparator), {rect.left, rect.right}, m_nOffset,
               [&](const DrawnCell& cell) {
                   if (cell.span.IsEmpty() || cell.text.empty() ||
-                      cell.span.right <= seenArea.left || cell.span.left >= seenArea.right)
+                      cell.span.right <= visibleArea.left || cell.span.left >= visibleArea.right)
                       return;
                   CRect place(cell.span.left, rect.top, cell.span.right, rect.bottom);
                   const std::string_view seen = Visible(cell.text, place.Width());
@@ -142,12 +143,12 @@ void CListBoxEx::DrawColumns(CDC* dc, CRect rect, LPCTSTR text) {
 
 // --- fitting -------------------------------------------------------------------------------------
 
-/// The rows with the longest values of a column, by bytes; of equal ones the first.
-std::vector<int> CListBoxEx::LongestValues(int column, int most) const {
+/// The `count` rows with the longest values of a column, in bytes; the first ones of equal length.
+std::vector<int> CListBoxEx::LongestValues(int column, int count) const {
     std::vector<std::pair<std::size_t, int>> lengths(static_cast<std::size_t>(GetCount()));
     for (std::size_t row = 0; row < lengths.size(); ++row)
         lengths[row] = {CellOf(static_cast<int>(row), column).size(), -static_cast<int>(row)};
-    const auto end = lengths.begin() + std::min<std::ptrdiff_t>(most, std::ssize(lengths));
+    const auto end = lengths.begin() + std::min<std::ptrdiff_t>(count, std::ssize(lengths));
     std::nth_element(lengths.begin(), end, lengths.end(), std::greater<>());
     std::vector<int> rows;
     for (auto at = lengths.begin(); at != end; ++at)
@@ -158,7 +159,7 @@ std::vector<int> CListBoxEx::LongestValues(int column, int most) const {
 int CListBoxEx::MeasureColumn(int column) {
     CClientDC dc(this);
     const auto widthOf = [&dc](std::string_view text) {
-        const std::string_view head = Beginning(text, kMeasuredBytes);
+        const std::string_view head = Beginning(text, kMaxMeasuredBytes);
         SIZE size{0, 0};
         GetTextExtentPoint32(dc, head.data(), static_cast<int>(head.size()), &size);
         return size.cx;
@@ -179,14 +180,14 @@ int CListBoxEx::MeasureColumn(int column) {
             width = std::max<int>(width, widthOf(value) + record.m_nSpacing + m_nOffset + kFitGap);
     };
     const int count = GetCount();
-    if (count <= kMeasuredRows) {
+    if (count <= kMaxMeasuredRows) {
         for (int row = 0; row < count; ++row)
             measure(row);
     } else {
         const int top = static_cast<int>(SendMessage(LB_GETTOPINDEX));
-        for (int row = top; row < std::min(count, top + kRowsInView); ++row)
+        for (int row = top; row < std::min(count, top + kMaxVisibleRows); ++row)
             measure(row);
-        for (const int row : LongestValues(column, kMeasuredRows))
+        for (const int row : LongestValues(column, kMaxMeasuredRows))
             measure(row);
     }
     if (old != nullptr)

@@ -22,7 +22,7 @@ BOOL CListBoxEx::IsFileCell(int row, int column) const {
     return EffectiveEditorType(row, column) == kEditorFile;
 }
 
-/// Whether the parent wants to deal with the cell itself.
+/// Asks the parent whether it handles the cell itself.
 BOOL CListBoxEx::ParentTakesCell(int column) {
     CWnd* parent = GetParent();
     return parent != nullptr &&
@@ -46,7 +46,7 @@ BOOL CListBoxEx::PlaceCell(int row, int column, CellPlace& place) {
     place.m_rect = CRect(span.left - shift, top, span.right - shift, top + height);
     if (place.m_nType <= kEditorNumber)
         place.m_rect.bottom = top + ((HIWORD(static_cast<DWORD>(GetDialogBaseUnits())) * 10) >> 3);
-    else // room for the list that drops down
+    else // includes the drop-down list
         place.m_rect.bottom = 15 * place.m_rect.bottom - 14 * top;
     return TRUE;
 }
@@ -70,7 +70,7 @@ void CListBoxEx::StartEditing(int row, int column) {
     const bool isFile = place.m_nType == kEditorFile;
     if (isFile || place.m_nType == kEditorText) {
         const Lifeline life(this);
-        m_nCurRow = row; // follows its row while the parent is asked
+        m_nCurRow = row; // is adjusted if the parent inserts or deletes rows
         if (ParentTakesCell(column) || !life.Holds() || m_pActiveEditor != nullptr)
             return;
         row = m_nCurRow;
@@ -139,7 +139,7 @@ CWnd* CListBoxEx::MakeCombo(int column, int type, LPCTSTR value, const CRect& re
         const auto index = static_cast<int>(combo->SendMessage(
             CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(static_cast<const char*>(text))));
         if (chosen >= index && index >= 0 && isSorted)
-            ++chosen; // sorted in before it
+            ++chosen; // the new item was sorted in before it
         if (text == value)
             chosen = index;
     }
@@ -179,7 +179,7 @@ BOOL CListBoxEx::CellEnter(BOOL notify) {
         GetDisplayString(value, row);
     }
     if (row >= 0)
-        m_nCurRow = row; // follows its row while the parent is asked
+        m_nCurRow = row; // is adjusted if the parent inserts or deletes rows
     CWnd* parent = GetParent();
     if (notify && parent != nullptr) {
         const Lifeline life(this);
@@ -191,7 +191,7 @@ BOOL CListBoxEx::CellEnter(BOOL notify) {
             return TRUE;
         m_bCommitting = FALSE;
         if (m_pActiveEditor != editor)
-            return TRUE; // the parent closed it, or removed the row: its decision stands
+            return TRUE; // the parent closed the editor or removed the row: nothing to store
         if (answer != 0)
             return FALSE;
     }
@@ -203,7 +203,7 @@ BOOL CListBoxEx::CellEnter(BOOL notify) {
 void CListBoxEx::CloseEditor() {
     CWnd* const editor = m_pActiveEditor;
     const Lifeline life(this);
-    m_pActiveEditor = nullptr; // from here on the editor is closing: its focus matters no more
+    m_pActiveEditor = nullptr; // the editor is closing: its losing the focus stores nothing
     if (editor != nullptr && editor->GetSafeHwnd() != nullptr) {
         auto* edit = DYNAMIC_DOWNCAST(CListBoxCellEdit, editor);
         const CWnd* focus = GetFocus();
@@ -245,7 +245,7 @@ void CListBoxEx::OnKillFocusOfEdit() {
     if (m_pActiveEditor == nullptr || m_bCommitting)
         return;
     const CWnd* focus = GetFocus();
-    if (focus == nullptr) // another program's turn: the editor waits
+    if (focus == nullptr) // another program has the focus: the editor stays open
         return;
     const auto* edit = DYNAMIC_DOWNCAST(CListBoxCellEdit, m_pActiveEditor);
     if (focus == m_pActiveEditor || m_pActiveEditor->IsChild(focus) ||

@@ -1,4 +1,4 @@
-// CListBoxEx: mouse, keyboard and the window's own messages.
+// CListBoxEx: the window's messages, mouse, keyboard and files dropped.
 #include "src/lists/ListBoxExInternal.h"
 #include "src/lists/ListColumns.h"
 #include "src/lists/TypeAhead.h"
@@ -13,7 +13,7 @@ namespace {
 
 bool IsDown(int key) { return GetKeyState(key) < 0; }
 
-/// Whether the text ends in the middle of a character of several bytes.
+/// Whether the text ends within a multi-byte character.
 bool EndsInCharacter(std::string_view text) {
     const vnbytstr::CodePage& page = vnbytstr::CodePage::Ansi();
     const std::size_t last = page.CharStart(text, text.size() - 1);
@@ -51,7 +51,7 @@ void CListBoxEx::OnDestroy() {
     if (m_pHeadings != nullptr)
         m_pHeadings->SetListBox(nullptr);
     if (m_pHeadings != &m_Headings)
-        m_pHeadings = nullptr; // its owner may be gone before this object is
+        m_pHeadings = nullptr; // its owner may delete it before this object
     CWnd::OnDestroy();
 }
 
@@ -74,7 +74,7 @@ void CListBoxEx::OnSize(UINT type, int cx, int cy) {
     FollowEditedRow();
 }
 
-/// The strip goes where the list goes, and has its room above it.
+/// The header control moves with the list and needs room above it.
 void CListBoxEx::OnWindowPosChanging(WINDOWPOS* place) {
     CWnd::OnWindowPosChanging(place);
     CWnd* parent = GetParent();
@@ -106,9 +106,9 @@ void CListBoxEx::OnVScroll(UINT code, UINT position, CWnd* bar) {
     static_cast<void>(code);
     static_cast<void>(position);
     if (bar != nullptr)
-        return; // an editor's spinner counts: that is no scrolling of the list
+        return; // sent by an editor's spinner, not by the list's scroll bar
     const Lifeline life(this);
-    if (CellEnter(TRUE) && life.Holds()) // an editor does not scroll with its row
+    if (CellEnter(TRUE) && life.Holds()) // an editor would not scroll with its row
         Default();
 }
 
@@ -124,12 +124,12 @@ BOOL CListBoxEx::OnMouseWheel(UINT flags, short delta, CPoint screen) {
 void CListBoxEx::OnLButtonDown(UINT flags, CPoint point) {
     const Lifeline life(this);
     if (!CellEnter(TRUE) || !life.Holds())
-        return; // the value was refused: its editor stays
+        return; // the value was refused: the editor stays open
     const int before = GetFirstSel();
     Default();
     if (!life.Holds() || before < 0)
         return;
-    // Shift and Ctrl extend a selection; opening a cell would take it away.
+    // Shift and Ctrl extend a selection, which opening a cell would cancel.
     if (HasManySelected() && (flags & (MK_SHIFT | MK_CONTROL)) != 0)
         return;
     int row = -1;
@@ -188,7 +188,7 @@ void CListBoxEx::OnChar(UINT ch, UINT repeat, UINT flags) {
     const char typed = static_cast<char>(ch);
     AddTyped(m_strTyped, m_dwTypedTime, GetTickCount(), {&typed, 1});
     if (EndsInCharacter(ViewOf(m_strTyped)))
-        return; // its other bytes are on their way
+        return; // the other bytes follow in further messages
     const CString text = m_strTyped;
     SendMessage(LB_SELECTSTRING, static_cast<WPARAM>(SendMessage(LB_GETCURSEL)),
                 reinterpret_cast<LPARAM>(static_cast<const char*>(text)));
@@ -256,7 +256,7 @@ BOOL CListBoxEx::ProcessInputMessage(MSG* message) {
     }
 }
 
-/// Stores what is open, then opens the next cell to the right (or left) that can be edited.
+/// Stores the open editor, then opens the next cell to the right (or left) that can be edited.
 void CListBoxEx::MoveToNextCell(BOOL forward) {
     const int column = m_nCurColumn;
     const Lifeline life(this);
@@ -282,8 +282,8 @@ DROPEFFECT CListBoxEx::DragOver(CPoint point) {
     if (row < 0 || column < 0)
         return DROPEFFECT_NONE;
     const Lifeline life(this);
-    if (!CellEnter(TRUE) || !life.Holds() ||
-        !IsRow(row)) // an open editor's cell is about to change
+    // The current cell is about to change. The parent may remove rows while it is asked.
+    if (!CellEnter(TRUE) || !life.Holds() || !IsRow(row))
         return DROPEFFECT_NONE;
     if (row != m_nCurRow)
         SetOnlySel(row);

@@ -1,4 +1,4 @@
-// What the sources of CListBoxEx share.
+// Shared by the sources of CListBoxEx.
 #pragma once
 
 #include "vnbytstr/ListBoxEx.h"
@@ -12,20 +12,22 @@ inline constexpr UINT kCellEditorId = 1;
 inline constexpr UINT kBrowseButtonId = 2;
 inline constexpr UINT kSpinnerId = 3;
 
-/// Posted by the list to itself: the value was refused while the focus was leaving, the editor gets
-/// it back. A list box knows no messages of its own from here on.
+/// Posted by the list to itself when a value was refused because the focus was leaving: the editor
+/// gets the focus back. List boxes have no messages with numbers as high as this.
 inline constexpr UINT kRefocusEditor = WM_USER + 0x100;
 
+/// The characters of a string, without copying.
 inline std::string_view ViewOf(const CString& text) {
     return {static_cast<const char*>(text), static_cast<std::size_t>(text.GetLength())};
 }
+/// A copy as a CString.
 inline CString StringOf(std::string_view text) {
     return {text.data(), static_cast<int>(text.size())};
 }
 
 } // namespace vnbytstr::detail
 
-/// Tells whether the list still stands after the parent, which may have destroyed it, was asked.
+/// Tells whether the list still exists after a message to the parent, which may have destroyed it.
 /// Lives on the stack.
 class CListBoxEx::Lifeline {
 public:
@@ -39,8 +41,9 @@ public:
     Lifeline(const Lifeline&) = delete;
     Lifeline& operator=(const Lifeline&) = delete;
 
+    /// The object has not been deleted.
     bool Exists() const { return m_pList != nullptr; }
-    /// The object is there, and so is its window.
+    /// Neither the object nor its window has been destroyed.
     bool Holds() const { return m_pList != nullptr && m_pList->GetSafeHwnd() != nullptr; }
 
 private:
@@ -49,13 +52,13 @@ private:
     Lifeline* m_pOuter;
 };
 
-/// Where a cell lies in the client area, and what is edited there.
+/// Where a cell is in the client area, and what kind of editor it gets.
 struct CListBoxEx::CellPlace {
     CRect m_rect;
-    int m_nType = kEditorNone; ///< after the row's subtype has been looked at
+    int m_nType = kEditorNone; ///< takes the row's subtype into account
 };
 
-/// What screen readers see: rows, columns, headings, texts as displayed.
+/// What screen readers see: rows, columns, column headers, texts as displayed.
 class CListBoxEx::Accessible : public CAccessibleTable {
 public:
     explicit Accessible(CListBoxEx& list) : m_list(list) {}

@@ -1,4 +1,4 @@
-// CListBoxEx: rows, cells, and what belongs to a row.
+// CListBoxEx: rows, cells and per-row data.
 #include "src/lists/ListBoxExInternal.h"
 #include "src/lists/ListColumns.h"
 #include "src/lists/RowText.h"
@@ -14,9 +14,9 @@ using namespace vnbytstr::detail;
 
 namespace {
 
-/// Rows are joined here, one after the other, so that not each one takes memory anew.
+/// Rows are joined in this buffer, so that not every row allocates memory.
 thread_local std::string rowBuffer;
-constexpr std::size_t kKeptBuffer = 64 * 1024;
+constexpr std::size_t kMaxKeptBuffer = 64 * 1024;
 
 template <class Array, class Value>
 void InsertRowInto(Array& array, int row, Value fallback) {
@@ -30,7 +30,7 @@ void DeleteRowFrom(Array& array, int row) {
         array.RemoveAt(row);
 }
 
-/// Sets an element; the array grows up to it with `fallback`.
+/// Sets an element; an array that is too short is filled up to it with `fallback`.
 template <class Array, class Value>
 void SetGrowing(Array& array, int row, Value value, Value fallback) {
     while (array.GetSize() < row)
@@ -80,7 +80,7 @@ std::string_view CListBoxEx::CellOf(int row, int column) const {
 int CListBoxEx::SendJoined(UINT message, int row, LPCTSTR first, std::va_list rest) {
     if (GetSafeHwnd() == nullptr)
         return LB_ERR;
-    // Taken away for the time being: the list's owner may add rows while it is told of this one.
+    // Moved out of the buffer: the list's owner may add more rows when it is notified of this one.
     std::string text = std::exchange(rowBuffer, {});
     text.assign(first != nullptr ? first : "");
     for (int column = 1; column < m_nColumns; ++column) {
@@ -92,14 +92,14 @@ int CListBoxEx::SendJoined(UINT message, int row, LPCTSTR first, std::va_list re
         if (value != nullptr)
             text.append(value);
     }
-    // At the end of an unsorted list nothing that WindowProc looks after moves: the way through the
-    // messages, which a million rows feel, is left out.
+    // A row at the end moves no per-row data, so WindowProc is skipped, which matters with a million
+    // rows.
     const bool isPlainAdd = message == LB_ADDSTRING && (GetStyle() & LBS_SORT) == 0;
     const auto at = static_cast<WPARAM>(static_cast<std::intptr_t>(row));
     const auto string = reinterpret_cast<LPARAM>(text.c_str());
     const LRESULT result =
         isPlainAdd ? DefWindowProc(message, at, string) : SendMessage(message, at, string);
-    if (text.capacity() <= kKeptBuffer)
+    if (text.capacity() <= kMaxKeptBuffer)
         rowBuffer = std::move(text);
     return static_cast<int>(result);
 }
@@ -194,7 +194,7 @@ void CListBoxEx::HitTest(CPoint point, int& row, int& column) {
     column = ColumnAt(GetColumns(), point.x + GetSideShift());
 }
 
-// --- what belongs to a row -----------------------------------------------------------------------
+// --- per-row data --------------------------------------------------------------------------------
 
 void CListBoxEx::AddFileName(int row, LPCTSTR name) {
     if (!IsRow(row))
@@ -314,7 +314,7 @@ void CListBoxEx::ReorderRowData(const DWORD* order, int count) {
 }
 
 LRESULT CListBoxEx::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
-    // Rows come and go by message; what belongs to them follows.
+    // Rows are inserted and deleted by message; the per-row data follows.
     if (m_pActiveEditor != nullptr &&
         (message == LB_RESETCONTENT ||
          (message == LB_DELETESTRING && static_cast<int>(wParam) == m_nCurRow)))
@@ -331,7 +331,7 @@ LRESULT CListBoxEx::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == LB_RESETCONTENT) {
         ForgetRows();
         if (m_bSideScroll)
-            SideShiftChanged(); // it stands at the left again
+            SideShiftChanged(); // it is scrolled to the left again
     } else if (message == LB_DELETESTRING && result != LB_ERR) {
         RowDeleted(static_cast<int>(wParam));
     } else if (isPlaced && result >= 0) {

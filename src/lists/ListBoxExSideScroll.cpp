@@ -1,4 +1,4 @@
-// CListBoxEx: scrolling sideways.
+// CListBoxEx: horizontal scrolling.
 #include "src/lists/ListBoxExInternal.h"
 #include "src/lists/ListColumns.h"
 
@@ -47,8 +47,6 @@ void CListBoxEx::ShowColumn(int column) {
         SideShiftChanged();
 }
 
-/// Makes the last column end `width` pixels from its beginning, where the strip ends; below 0: it
-/// begins past that.
 void CListBoxEx::FillLastColumn(int width) {
     if (m_nColumns == 0)
         return;
@@ -60,7 +58,7 @@ void CListBoxEx::FillLastColumn(int width) {
     UpdateExtent();
 }
 
-/// Widths have changed: there may be more or less to scroll over.
+/// Column widths have changed, and with them the range of the scroll bar.
 void CListBoxEx::UpdateExtent() {
     if (!m_bSideScroll || GetSafeHwnd() == nullptr)
         return;
@@ -84,7 +82,7 @@ void CListBoxEx::OnHScroll(UINT code, UINT position, CWnd* bar) {
     static_cast<void>(code);
     static_cast<void>(position);
     if (bar != nullptr)
-        return; // an editor's spinner
+        return; // sent by an editor's spinner
     const Lifeline life(this);
     if (!CellEnter(TRUE) || !life.Holds())
         return;

@@ -16,7 +16,7 @@ SSortItem* CListBoxEx::SortInternal(int column) {
     const bool isPlain = m_nColumns == 0 && column == 0;
     if (GetSafeHwnd() == nullptr || (GetStyle() & LBS_SORT) != 0 || (!IsColumn(column) && !isPlain))
         return nullptr;
-    if (m_pActiveEditor != nullptr) { // its row is about to move
+    if (m_pActiveEditor != nullptr) { // its row would move
         const Lifeline life(this);
         if (!CellEnter(TRUE) || !life.Holds())
             return nullptr;
@@ -40,7 +40,7 @@ SSortItem* CListBoxEx::SortInternal(int column) {
         const std::vector<bool> selected = SelectedRows();
         for (std::size_t i = 0; i < rows; ++i) {
             const std::uint32_t from = order[i];
-            if (m_bSortValues) // a million strings take longer than the sort
+            if (m_bSortValues) // copying a million strings takes longer than sorting them
                 items[i].m_strValue = StringOf(values[from]);
             items[i].m_nSelected = selected[from];
             items[i].m_nIndex = static_cast<int>(from);
@@ -53,8 +53,7 @@ SSortItem* CListBoxEx::SortInternal(int column) {
     return items.release();
 }
 
-/// Puts the rows in the new order; then, as after adding them anew, the list shows its beginning,
-/// or its selection.
+/// Reorders the rows. Then the list is scrolled to its first row, or to its selection.
 void CListBoxEx::ApplyOrder(const std::vector<DWORD>& order, const SSortItem* items) {
     SendMessage(WM_SETREDRAW, FALSE);
     ListBoxReorder(m_hWnd, order);

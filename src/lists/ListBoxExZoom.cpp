@@ -1,4 +1,4 @@
-// CListBoxEx: the zoom on a value, and the file behind a cell.
+// CListBoxEx: Shift+F2, which zooms in on a value or opens the file of a file cell.
 #include "src/lists/ListBoxExInternal.h"
 #include "src/lists/ListColumns.h"
 
@@ -17,7 +17,10 @@ using namespace vnbytstr::detail;
 
 namespace {
 
-/// The system's text for what kept a file from being opened.
+/// The answer to VNM_STOREVALUE with which the parent also ends the zoom dialog.
+constexpr LRESULT kRefuseAndEndZoom = 2;
+
+/// The system's text for the reason why a file could not be opened.
 std::string ShellErrorText(int error) {
     int number = EIO;
     switch (error) {
@@ -55,7 +58,7 @@ int CListBoxEx::ShowZoom(int row, int column, CString& value) {
     return answer;
 }
 
-/// Shift+F2. TRUE: the key was used.
+/// Handles Shift+F2; TRUE if the key was used.
 BOOL CListBoxEx::ZoomCell() {
     if (!m_bEditing || m_bReadOnly || m_bCommitting)
         return FALSE;
@@ -85,7 +88,7 @@ BOOL CListBoxEx::ZoomCell() {
         OpenFile(value);
         return TRUE;
     }
-    m_nCurRow = row; // follows its row while the person and the parent are asked
+    m_nCurRow = row; // is adjusted if rows are inserted or deleted meanwhile
     while (ShowZoom(row, column, value) == IDOK && life.Holds()) {
         CWnd* parent = GetParent();
         m_bCommitting = TRUE;
@@ -100,13 +103,13 @@ BOOL CListBoxEx::ZoomCell() {
         row = m_nCurRow;
         if (answer == 0)
             UpdateStringItem(row, column, value);
-        if (answer == 0 || answer == 2 || row < 0)
+        if (answer == 0 || answer == kRefuseAndEndZoom || row < 0)
             break;
     }
     return TRUE;
 }
 
-/// Opens the file behind a cell in the program it belongs to.
+/// Opens a file cell's file in the program associated with it.
 void CListBoxEx::OpenFile(const CString& name) {
     if (name.IsEmpty()) {
         CString text;

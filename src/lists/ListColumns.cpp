@@ -68,7 +68,7 @@ int MulDiv(int value, int numerator, int denominator) {
 
 void ComputeWidths(std::span<SListColumn> columns, std::span<const int> percents, int usable) {
     std::int64_t sum = 0;
-    int sharers = 0; // counts the columns of fixed width too: the rule is meant so
+    int sharers = 0; // deliberately counts the columns of fixed width as well
     for (std::size_t i = 0; i < columns.size(); ++i) {
         const int percent = i < percents.size() ? percents[i] : 0;
         if (columns[i].m_nWidth == 0 && percent != 0)
@@ -99,7 +99,7 @@ bool ReadColumnInformation(std::string_view text, int count,
         const std::size_t widthEnd = text.find('\n');
         if (widthEnd == std::string_view::npos && column != count - 1)
             return false;
-        // Long enough for any int; atoi of more digits would not be defined.
+        // strtol, since atoi of a number out of range is undefined.
         const long width = std::strtol(std::string(text.substr(0, widthEnd)).c_str(), nullptr, 10);
         if (width < 1 || width > INT_MAX)
             return false;
@@ -147,7 +147,7 @@ std::optional<CellAddress> FindEditable(Columns columns, CellAddress from, bool 
     for (int column = std::max(from.column, 0); column < count; ++column)
         if (editable(column))
             return CellAddress{from.row, column};
-    if (from.row + 1 < rowCount) // every row has the same columns: one more is enough
+    if (from.row + 1 < rowCount) // all rows have the same columns: one more row is enough
         for (int column = 0; column < count; ++column)
             if (editable(column))
                 return CellAddress{from.row + 1, column};

@@ -1,4 +1,4 @@
-// The columns of a list as plain arithmetic: where they lie, how wide they become, which cell is
+// The columns of a list as plain arithmetic: where they are, how wide they become, which cell is
 // edited next. Pixels, columns and rows count from 0.
 #pragma once
 
@@ -11,9 +11,10 @@
 
 namespace vnbytstr::detail {
 
+/// The columns from left to right.
 using Columns = std::span<const SListColumn>;
 
-/// Pixels from `left` up to and without `right`.
+/// Pixels from `left` to `right`, the latter not included.
 struct PixelSpan {
     int left = 0;
     int right = 0;
@@ -21,31 +22,36 @@ struct PixelSpan {
     bool operator==(const PixelSpan&) const = default;
 };
 
+/// The default is no cell.
 struct CellAddress {
     int row = -1;
     int column = -1;
     bool operator==(const CellAddress&) const = default;
 };
 
-/// Sum of the first `count` widths; stays within int.
+/// Sum of the first `count` widths, limited to the range of int.
 int WidthBefore(Columns columns, int count);
-/// The first column whose running sum of widths exceeds `x`; -1 past the last.
+/// The first column whose running sum of widths exceeds `x`, or -1 right of the last.
 int ColumnAt(Columns columns, int x);
-/// The row `y` pixels below the top of row `topRow`; -1 when there is none.
+/// The row `y` pixels below the top of row `topRow`, or -1.
 int RowAt(int y, int topRow, int rowHeight, int rowCount);
-/// Where a cell lies across. With `clientRight` not negative the right edge ends there.
+/// The horizontal extent of a column's cells, empty for a column out of range. A `clientRight` of 0
+/// or more limits the right edge.
 PixelSpan CellSpan(Columns columns, int column, int clientRight = -1);
 
-/// Gives every column its first width: first the `percents` (of `usable` pixels; empty: none), then
-/// equal shares of what remains. The shares deliberately count the columns that were wide already.
+/// Gives a width to every column that has none: first by `percents` of `usable` pixels (may be
+/// empty), then equal shares of what remains, or 50 pixels each when nothing does. The number of
+/// shares deliberately includes the columns that had a width before.
 void ComputeWidths(std::span<SListColumn> columns, std::span<const int> percents, int usable);
-/// value * numerator / denominator, rounded half away from 0; -1 when that is no int.
+/// value * numerator / denominator, halves rounded away from 0; -1 when the denominator is 0 or the
+/// result is out of the range of int.
 int MulDiv(int value, int numerator, int denominator);
 
-/// Reads a column information text: for each of `count` columns its heading, a line feed, its width
-/// in pixels (at least 1) in digits, and a line feed that may be missing after the last. `store`
-/// receives each column as soon as it is read. False when a check fails; columns already stored
-/// stay.
+/// Reads a column information text: for each of `count` columns its name, a line feed, its width in
+/// pixels (decimal, at least 1; what follows the digits is skipped), and a line feed that is
+/// optional after the last. Calls `storeHeading` and `storeWidth` with the column as soon as its
+/// name and its width are read, so that they have been called for everything before an error.
+/// Returns false on an error.
 bool ReadColumnInformation(std::string_view text, int count,
                            const std::function<void(int, std::string_view)>& storeHeading,
                            const std::function<void(int, int)>& storeWidth);
@@ -56,13 +62,13 @@ struct DrawnCell {
     std::string_view text;
     PixelSpan span;
 };
-/// What `row` looks like in `area` with the values `offset` pixels to the right of their columns'
-/// left edges; calls `draw` for each value from the left.
+/// Lays out `row` in `area`, its values `offset` pixels right of their columns' left edges; calls
+/// `draw` for each value from left to right.
 void LayOutRow(Columns columns, std::string_view row, std::string_view separator, PixelSpan area,
                int offset, const std::function<void(const DrawnCell&)>& draw);
 
-/// The next cell that can be edited, the one at `from` included. Forwards the search goes on in the
-/// next row after the last column and ends with the last row; backwards it ends at column 0.
+/// The next cell that can be edited, starting with `from` itself. A forward search continues in the
+/// next row after the last column and ends with the last row; a backward search ends at column 0.
 std::optional<CellAddress> FindEditable(Columns columns, CellAddress from, bool forward,
                                         int rowCount);
 

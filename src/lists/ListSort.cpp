@@ -14,7 +14,7 @@ struct KeyedRow {
     std::uint32_t row;
 };
 
-/// Stable, from the lowest digit up; a digit in which all keys agree costs nothing. `other` is
+/// Stable, from the lowest digit up; a digit that is the same in all keys is skipped. `other` is
 /// scratch memory of the same size.
 void RadixSort(std::span<KeyedRow> rows, std::span<KeyedRow> other) {
     constexpr unsigned kBits = 11;
@@ -44,11 +44,11 @@ void RadixSort(std::span<KeyedRow> rows, std::span<KeyedRow> other) {
         std::copy(from.begin(), from.end(), rows.begin());
 }
 
-/// Below this many rows comparing is quicker than counting digits.
-constexpr std::size_t kFewRows = 1500;
+/// From this number of rows on, a radix sort is faster than comparing.
+constexpr std::size_t kMinRadixRows = 1500;
 
 void StableSort(std::span<KeyedRow> rows, std::span<KeyedRow> scratch) {
-    if (rows.size() >= kFewRows)
+    if (rows.size() >= kMinRadixRows)
         RadixSort(rows, scratch.first(rows.size()));
     else
         std::stable_sort(rows.begin(), rows.end(),
@@ -64,18 +64,18 @@ std::int64_t LeadingInteger(std::string_view text) {
     bool negative = false;
     if (at < text.size() && (text[at] == '-' || text[at] == '+'))
         negative = text[at++] == '-';
-    // Counted down from 0, since the negative numbers reach one further.
-    constexpr std::int64_t kLeast = std::numeric_limits<std::int64_t>::min();
+    // Accumulated as a negative number, since the negative range is larger by one.
+    constexpr std::int64_t kMin = std::numeric_limits<std::int64_t>::min();
     std::int64_t value = 0;
     for (; at < text.size() && text[at] >= '0' && text[at] <= '9'; ++at) {
         const int digit = text[at] - '0';
-        if (value < (kLeast + digit) / 10)
-            return negative ? kLeast : std::numeric_limits<std::int64_t>::max();
+        if (value < (kMin + digit) / 10)
+            return negative ? kMin : std::numeric_limits<std::int64_t>::max();
         value = value * 10 - digit;
     }
     if (negative)
         return value;
-    return value == kLeast ? std::numeric_limits<std::int64_t>::max() : -value;
+    return value == kMin ? std::numeric_limits<std::int64_t>::max() : -value;
 }
 
 std::vector<DWORD> IntegerOrder(std::span<const std::string_view> texts, bool descending) {

@@ -1,5 +1,5 @@
-// The order in which a list's rows stand after a sort by a column of integers. They are read with
-// 64 bits, since a database's are as wide. Texts are ordered by src/charset/SortOrder.h.
+// The order of a list's rows after a sort by a column of integers, which are read with 64 bits like
+// those of databases. src/charset/SortOrder.h orders texts.
 #pragma once
 
 #include "vnbytstr/framework/Types.h"
@@ -11,12 +11,12 @@
 
 namespace vnbytstr::detail {
 
-/// The number a text begins with, as strtol with base 10 reads it: white space, a sign, digits; 0
-/// when there are none; the nearest 64-bit number when it is beyond those.
+/// The number at the start of a text, as strtol with base 10 reads it: white space, a sign, digits;
+/// 0 without digits; the nearest 64-bit number when out of range.
 std::int64_t LeadingInteger(std::string_view text);
 
-/// For each place after the sort, the index before it. Equal values keep their order; descending is
-/// ascending reversed, equal values included.
+/// For each position after the sort, the index before it. Equal values keep their order; a
+/// descending sort is the exact reverse of an ascending one.
 std::vector<DWORD> IntegerOrder(std::span<const std::string_view> texts, bool descending);
 
 } // namespace vnbytstr::detail

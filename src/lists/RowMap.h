@@ -1,5 +1,5 @@
-// Which text of an array belongs to which row of a list, kept right while rows are inserted and
-// reordered.
+// Which text of an array belongs to which row of a list, kept up to date while rows are inserted,
+// removed and reordered.
 #pragma once
 
 #include "vnbytstr/framework/Arrays.h"
@@ -8,19 +8,19 @@
 
 namespace vnbytstr::detail {
 
-/// A row and its text were just inserted at `row`: the new entry names text `row`, and entries of
-/// other rows that named `row` or a later text name the next one, since the texts moved up too.
+/// A row and its text were inserted, both at index `row`. The new entry refers to text `row`;
+/// entries that referred to it or to a later text now refer to the next one.
 void InsertMappedRow(CUIntArray& map, int row);
 
-/// A row and its text were just removed: entries of other rows that named a later text name the one
-/// before. A row that the map does not have changes nothing.
+/// `row` and its text were removed; entries that referred to a later text now refer to the one
+/// before. Rows out of range are ignored.
 void RemoveMappedRow(CUIntArray& map, int row);
 
-/// The rows were reordered: `order` holds, for each new row, the row it was before. A map that does
-/// not cover the rows stays as it is.
+/// The rows were reordered: `order` contains, for each new row, its row before. A map of another
+/// size is not changed.
 void ReorderMappedRows(CUIntArray& map, std::span<const int> order);
 
-/// The text of `row`; -1 when the map has none for it.
+/// The text of `row`, or -1 when it is out of range.
 int MappedIndex(const CUIntArray& map, int row);
 
 } // namespace vnbytstr::detail

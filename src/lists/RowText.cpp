@@ -6,7 +6,7 @@ namespace vnbytstr::detail {
 namespace {
 
 std::size_t FindSeparator(std::string_view text, std::string_view separator) {
-    if (separator.size() == 1) { // the usual case, in one pass of memchr
+    if (separator.size() == 1) { // the usual case: memchr is the fastest
         const void* found =
             text.empty() ? nullptr : std::memchr(text.data(), separator.front(), text.size());
         return found != nullptr

@@ -1,5 +1,5 @@
 // A row of the list is one text: the values of its columns, joined by a separator. These functions
-// take it apart and put it together. Positions and lengths are in bytes.
+// split and join it.
 #pragma once
 
 #include <string>
@@ -7,17 +7,17 @@
 
 namespace vnbytstr::detail {
 
-/// Takes a row's values off its text, one after the other. An empty separator separates nothing.
+/// Reads a row's values from left to right. With an empty separator the row is one value.
 class CellReader {
 public:
     CellReader(std::string_view row, std::string_view separator)
         : m_rest(row), m_separator(separator) {}
 
-    /// The next value; false when the last one has been read. A row has one value more than it has
-    /// separators.
+    /// Reads the next value; false after the last. A row has one value more than separators.
     bool Next(std::string_view& value);
-    /// What follows the values read so far; no separator stands before it.
+    /// The text after the values read so far and the separator that follows them.
     std::string_view Rest() const { return m_rest; }
+    /// Whether the last value has been read.
     bool AtEnd() const { return m_ended; }
 
 private:
@@ -29,8 +29,8 @@ private:
 /// The value of `column` (from 0); empty when the row has fewer values, or `column` is negative.
 std::string_view CellText(std::string_view row, std::string_view separator, int column);
 
-/// The row with another value for `column`. A row with too few values gets empty ones up to
-/// `column`; values beyond the columns stay as they are.
+/// The row with another value in `column`. A row with too few values gets empty ones up to
+/// `column`; all other values are unchanged.
 std::string ReplaceCell(std::string_view row, std::string_view separator, int column,
                         std::string_view value);
 

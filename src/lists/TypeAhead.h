@@ -1,4 +1,4 @@
-// The text a person types to find a row.
+// The text that the user types to find a row.
 #pragma once
 
 #include "vnbytstr/framework/String.h"
@@ -8,11 +8,11 @@
 
 namespace vnbytstr::detail {
 
-/// A pause longer than this, in milliseconds, begins a new search.
+/// A pause of more than this, in milliseconds, starts a new search.
 inline constexpr DWORD kTypeAheadPause = 1000;
 
-/// Appends what was typed at tick `now` to `text`, which is emptied first after a pause since
-/// `last`. Ticks wrap at 32 bits.
+/// Appends what was typed at tick `now` to `text`, after emptying it if there was a pause since
+/// tick `last`, and sets `last` to `now`. Ticks wrap at 32 bits.
 inline void AddTyped(CString& text, DWORD& last, DWORD now, std::string_view typed) {
     if (now - last > kTypeAheadPause)
         text.Empty();

@@ -18,14 +18,14 @@ CString TextOr(UINT id, LPCTSTR english) {
     return LoadStringA(text, id, nullptr) > 0 ? text : CString(english);
 }
 
-/// How much of a value the edit control can lay out while a person waits.
+/// How much of a value the edit control can lay out in a bearable time, in bytes.
 int ShownLength(const CString& value) {
     const std::string_view all(value, static_cast<std::size_t>(value.GetLength()));
-    std::size_t end = std::min<std::size_t>(all.size(), CZoomDialog::kMostBytes);
+    std::size_t end = std::min<std::size_t>(all.size(), CZoomDialog::kMaxBytes);
     for (std::size_t line = 0; line < end;) {
         const std::size_t next = std::min(all.find('\n', line), end);
-        if (next - line > CZoomDialog::kLongestLine) {
-            end = line + CZoomDialog::kLongestLine;
+        if (next - line > CZoomDialog::kMaxLine) {
+            end = line + CZoomDialog::kMaxLine;
             break;
         }
         line = next + 1;

@@ -1,20 +1,11 @@
-// When the parent is asked what, and what each answer does.
+// Opening, storing and leaving cell editors.
 #include "tests/lists/ListFixture.h"
 
-#include "vnbytstr/Interaction.h"
+#include <map>
+#include <sstream>
 
 namespace vnbytstr::test {
 namespace {
-
-class Editing : public ListFixture {
-protected:
-    void SetUp() override {
-        ListFixture::SetUp();
-        list->SetEditorType(0, kEditorText);
-        list->SetEditorType(2, kEditorNumber);
-        list->SetEditorRange(2, -10, 200);
-    }
-};
 
 std::string ClassOf(const CWnd* window) {
     char name[64] = "";
@@ -22,38 +13,108 @@ std::string ClassOf(const CWnd* window) {
     return name;
 }
 
+class EditingSteps : public Editing {
+protected:
+    /// Runs steps such as "edit 1 0; type new; enter". Returns what the parent was asked, the open
+    /// cell with its text, the selected row, and the cells that differ from kRows:
+    /// "store 0 new, closed | - | 1 | 1,0=new".
+    std::string Run(const std::string& script) {
+        std::istringstream steps(script);
+        for (std::string step; std::getline(steps >> std::ws, step, ';');)
+            Step(step);
+        Pump();
+        std::string outcome;
+        for (const std::string& entry : parent.Take())
+            outcome += (outcome.empty() ? "" : ", ") + entry;
+        const auto cell = [](int row, int column) {
+            return std::to_string(row) + "," + std::to_string(column);
+        };
+        outcome += outcome.empty() ? "| " : " | ";
+        outcome += IsOpen() ? cell(list->m_nCurRow, list->m_nCurColumn) + ":" + EditorText() : "-";
+        outcome += " | " + std::to_string(list->GetFirstSel()) + " |";
+        std::string changes;
+        for (int row = 0; row < 5; ++row)
+            for (const int column : {0, 2})
+                if (column == 0 || list->GetCount() == 5)
+                    if (Cell(row, column) != kRows[row][column])
+                        changes += " " + cell(row, column) + "=" + Cell(row, column);
+        return outcome + (changes.empty() ? " " : changes);
+    }
+
+private:
+    void Step(const std::string& step) {
+        const std::map<std::string, std::pair<Qt::Key, Qt::KeyboardModifiers>> keys = {
+            {"enter", {Qt::Key_Return, {}}}, {"escape", {Qt::Key_Escape, {}}},
+            {"tab", {Qt::Key_Tab, {}}},      {"backtab", {Qt::Key_Backtab, Qt::ShiftModifier}},
+            {"f2", {Qt::Key_F2, {}}},        {"shift+f2", {Qt::Key_F2, Qt::ShiftModifier}},
+            {"up", {Qt::Key_Up, {}}},        {"ctrl+0", {Qt::Key_0, Qt::ControlModifier}}};
+        const std::map<std::string, std::function<void(int, int)>> actions = {
+            {"edit", [this](int a, int b) { list->EditColumn(a, b); }},
+            {"store", [this](int, int) { list->CellEnter(FALSE); }},
+            {"cancel", [this](int, int) { list->CellCancel(); }},
+            {"stop", [this](int, int) { list->StopEditing(); }},
+            {"click", [this](int a, int b) { Click(CellPoint(a, b)); }},
+            {"dclick", [this](int a, int b) { DoubleClick(CellPoint(a, b)); }},
+            {"select", [this](int a, int) { list->SetOnlySel(a); }},
+            {"scroll", [this](int, int) { list->SendMessage(WM_VSCROLL, SB_LINEDOWN, 0); }},
+            {"sort", [this](int a, int) { list->Sort(a); }},
+            {"insert", [this](int a, int) { list->InsertStringItems(a, "new", "", ""); }},
+            {"delete",
+             [this](int a, int) { list->SendMessage(LB_DELETESTRING, static_cast<WPARAM>(a)); }},
+            {"editing", [this](int a, int) { list->EnableEditing(a); }},
+            {"readonly", [this](int a, int) { list->SetReadOnly(a); }},
+            {"null", [this](int a, int) { list->EnableSetNull(a); }},
+            {"type-of-0", [this](int a, int) { list->SetEditorType(0, a); }},
+            {"tabstop", [this](int, int) { list->ModifyStyle(WS_TABSTOP, 0); }},
+            {"enable", [this](int a, int) {
+                 list->CWnd::EnableWindow(a);
+                 list->SetFocus();
+                 Pump();
+             }}};
+        std::istringstream words(step);
+        std::string verb;
+        words >> verb;
+        if (verb == "type") {
+            words >> verb;
+            Type(verb.c_str());
+        } else if (const auto key = keys.find(verb); key != keys.end()) {
+            Key(key->second.first, key->second.second);
+        } else {
+            int a = -1, b = -1;
+            words >> a >> b;
+            actions.at(verb)(a, b);
+        }
+    }
+};
+
 TEST_F(Editing, TheParentIsAskedBeforePlainAndFileCells) {
     const struct {
         int type;
         short subtype;
         bool asks;
-        bool opens; ///< when the parent answers 1
     } cases[] = {
-        {kEditorNone, 1, false, false},       {kEditorText, 1, true, false},
-        {kEditorText, 7, true, false},        {kEditorText, 2, true, false},
-        {kEditorText, 3, false, true},        {kEditorFile, 1, true, false},
-        {kEditorFolder, 1, false, true},      {kEditorNumber, 1, false, true},
-        {kEditorCombo, 1, false, true},       {kEditorPick, 1, false, true},
-        {kEditorSortedCombo, 1, false, true}, {kEditorSortedPick, 1, false, true},
+        {kEditorNone, 1, false},   {kEditorText, 1, true},         {kEditorText, 7, true},
+        {kEditorText, 2, true},    {kEditorText, 3, false},        {kEditorFile, 1, true},
+        {kEditorFolder, 1, false}, {kEditorNumber, 1, false},      {kEditorCombo, 1, false},
+        {kEditorPick, 1, false},   {kEditorSortedCombo, 1, false}, {kEditorSortedPick, 1, false},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(std::to_string(c.type) + "/" + std::to_string(c.subtype));
-        list->SetEditorType(1, c.type);
-        list->SetEditSubType(2, c.subtype);
+    for (const auto& c : cases)
         for (const LRESULT answer : {0, 1}) {
+            SCOPED_TRACE(testing::Message() << c.type << '/' << c.subtype << ": " << answer);
+            list->SetEditorType(1, c.type);
+            list->SetEditSubType(2, c.subtype);
             parent.Take();
-            parent.onAsked = [=](UINT message) { return message == VNM_OPENCELL ? answer : 0; };
+            parent.Answer(VNM_OPENCELL, answer);
             list->EditColumn(2, 1);
             EXPECT_EQ(parent.Take(), c.asks ? Asked{"open 1"} : Asked{});
-            EXPECT_EQ(IsOpen(), answer == 0 ? c.type != kEditorNone : c.opens);
+            EXPECT_EQ(IsOpen(), c.type != kEditorNone && !(c.asks && answer != 0));
             EXPECT_EQ(list->GetFirstSel(), 2);
             list->CellCancel();
             Pump();
         }
-    }
 }
 
-TEST_F(Editing, EditorsAreTheWindowsTheyShouldBe) {
+TEST_F(Editing, EachTypeHasItsEditor) {
     CStringArray strings;
     for (const char* text : {"Wien", "Linz", "Enns", "Linz"})
         strings.Add(text);
@@ -67,18 +128,15 @@ TEST_F(Editing, EditorsAreTheWindowsTheyShouldBe) {
         CWnd* editor = list->GetActiveEditor();
         EXPECT_TRUE(editor->IsWindowVisible());
         EXPECT_EQ(editor->GetParent(), list.get());
-        EXPECT_EQ(CWnd::GetFocus() == editor || editor->IsChild(CWnd::GetFocus()), true);
-        CRect rect;
-        editor->GetWindowRect(rect);
-        list->ScreenToClient(rect);
-        EXPECT_EQ(rect.left, 100);
-        EXPECT_EQ(rect.top, RowHeight());
+        EXPECT_TRUE(CWnd::GetFocus() == editor || editor->IsChild(CWnd::GetFocus()));
+        const CRect rect = EditorRect();
+        EXPECT_EQ(rect.TopLeft(), CPoint(100, RowHeight()));
         if (type <= kEditorNumber) {
             EXPECT_EQ(ClassOf(editor), "EDIT");
             const int units = HIWORD(static_cast<DWORD>(GetDialogBaseUnits()));
             EXPECT_EQ(rect.Height(), (units * 10) >> 3);
             EXPECT_EQ(editor->SendMessage(EM_GETLIMITTEXT), 12);
-            EXPECT_EQ(type == kEditorText, rect.Width() == 100); // others share it with a button
+            EXPECT_EQ(type == kEditorText, rect.Width() == 100); // others have a button beside them
         } else {
             EXPECT_EQ(ClassOf(editor), "COMBOBOX");
             const bool sorted = type >= kEditorSortedCombo;
@@ -94,204 +152,136 @@ TEST_F(Editing, EditorsAreTheWindowsTheyShouldBe) {
         list->CellCancel();
         Pump();
     }
-}
-
-TEST_F(Editing, EnterStoresWhatTheParentAccepts) {
-    list->EditColumn(1, 0);
-    EXPECT_EQ(EditorText(), "Alpha");
-    Type("Omega"); // what was there is selected and replaced
-    EXPECT_EQ(EditorText(), "Omega");
-    parent.Take();
-    Key(Qt::Key_Return);
-    EXPECT_EQ(parent.Take(), (Asked{"store 0 Omega", "closed"}));
-    EXPECT_FALSE(IsOpen());
-    EXPECT_EQ(Cell(1, 0), "Omega");
-    EXPECT_EQ(CWnd::GetFocus(), list.get());
-}
-
-TEST_F(Editing, ARefusedValueStaysInTheEditor) {
-    list->EditColumn(1, 0);
-    Type("bad");
-    parent.onAsked = [](UINT message) { return message == VNM_STOREVALUE; };
-    parent.Take();
-    Key(Qt::Key_Return);
-    EXPECT_EQ(parent.Take(), Asked{"store 0 bad"});
-    EXPECT_TRUE(IsOpenAt(1, 0));
-    EXPECT_EQ(EditorText(), "bad");
-    Key(Qt::Key_Tab); // does not slip past the check
-    EXPECT_TRUE(IsOpenAt(1, 0));
-    Click(CellPoint(3, 1)); // nor does a click, which is swallowed
-    EXPECT_TRUE(IsOpenAt(1, 0));
-    EXPECT_EQ(list->GetFirstSel(), 1);
-    EXPECT_EQ(EditorText(), "bad");
-    EXPECT_EQ(Cell(1, 0), "Alpha");
-    parent.Take();
-    Key(Qt::Key_Escape);
-    EXPECT_EQ(parent.Take(), Asked{"closed"});
-    EXPECT_FALSE(IsOpen());
-    EXPECT_EQ(Cell(1, 0), "Alpha");
-    EXPECT_EQ(CWnd::GetFocus(), list.get());
-}
-
-TEST_F(Editing, StoringWithoutAskingAndClosing) {
-    EXPECT_TRUE(list->CellEnter(TRUE)); // nothing is open
-    list->EditColumn(1, 0);
-    list->GetActiveEditor()->SetWindowText("quiet");
-    parent.Take();
-    EXPECT_TRUE(list->CellEnter(FALSE));
-    Pump();
-    EXPECT_EQ(parent.Take(), Asked{"closed"});
-    EXPECT_EQ(Cell(1, 0), "quiet");
-    list->CellCancel();
-    Pump();
-    EXPECT_EQ(parent.Take(), Asked{}); // nothing is open
-    list->StopEditing();
-    Pump();
-    EXPECT_EQ(parent.Take(), Asked{"closed"}); // this one says so regardless
-}
-
-TEST_F(Editing, TabGoesThroughTheEditableCells) {
-    list->EditColumn(3, 0);
-    Key(Qt::Key_Tab);
-    EXPECT_TRUE(IsOpenAt(3, 2)) << list->m_nCurRow << ',' << list->m_nCurColumn;
-    Key(Qt::Key_Tab); // on to the next row
-    EXPECT_TRUE(IsOpenAt(4, 0));
-    Key(Qt::Key_Tab);
-    EXPECT_TRUE(IsOpenAt(4, 2));
-    Key(Qt::Key_Backtab, Qt::ShiftModifier);
-    EXPECT_TRUE(IsOpenAt(4, 0));
-    parent.Take();
-    Key(Qt::Key_Backtab, Qt::ShiftModifier); // never to the row before
-    EXPECT_FALSE(IsOpen());
-    EXPECT_EQ(parent.Take(), (Asked{"store 0 echo", "closed"}));
-    list->EditColumn(4, 2);
-    Key(Qt::Key_Tab); // nothing after the last cell
-    EXPECT_FALSE(IsOpen());
-    EXPECT_EQ(Cell(4, 2), "9");
-}
-
-TEST_F(Editing, F2OpensTheFirstEditableCell) {
-    Key(Qt::Key_F2); // no row is selected
-    EXPECT_FALSE(IsOpen());
-    list->SetOnlySel(2);
-    Key(Qt::Key_F2);
-    EXPECT_TRUE(IsOpenAt(2, 0));
-    Key(Qt::Key_Escape);
-    list->SetEditorType(0, kEditorNone);
-    Key(Qt::Key_F2);
-    EXPECT_TRUE(IsOpenAt(2, 2));
-    Key(Qt::Key_Escape);
-    list->EnableEditing(FALSE);
-    Key(Qt::Key_F2);
-    EXPECT_FALSE(IsOpen());
-}
-
-TEST_F(Editing, TheFirstClickSelectsTheSecondEdits) {
-    Click(CellPoint(2, 0));
-    EXPECT_EQ(list->GetFirstSel(), 2);
-    EXPECT_FALSE(IsOpen());
-    Click(CellPoint(2, 1)); // not an editable column
-    EXPECT_FALSE(IsOpen());
-    Click(CellPoint(2, 0));
-    EXPECT_TRUE(IsOpenAt(2, 0));
-    Type("new");
-    parent.Take();
-    Click(CellPoint(4, 0)); // stores, and selects
-    EXPECT_EQ(parent.Take(), (Asked{"store 0 new", "closed"}));
-    EXPECT_EQ(Cell(2, 0), "new");
-    EXPECT_EQ(list->GetFirstSel(), 4);
-    EXPECT_FALSE(IsOpen());
-    DoubleClick(CellPoint(3, 2));
-    EXPECT_TRUE(IsOpenAt(3, 2));
-}
-
-TEST_F(Editing, ClicksDoNotEditWhatIsNotToBeEdited) {
-    list->SetOnlySel(2);
-    list->EnableEditing(FALSE);
-    DoubleClick(CellPoint(2, 0));
-    EXPECT_FALSE(IsOpen());
-    list->EnableEditing(TRUE);
-    list->ModifyStyle(WS_TABSTOP, 0);
-    DoubleClick(CellPoint(2, 0));
-    EXPECT_FALSE(IsOpen());
-}
-
-TEST_F(Editing, LeavingTheEditorStores) {
-    CEdit other;
-    ASSERT_TRUE(
-        other.Create(WS_CHILD | WS_VISIBLE | WS_TABSTOP, CRect(10, 270, 100, 290), &parent, 7));
-    list->EditColumn(1, 0);
-    Type("left");
-    parent.Take();
-    other.SetFocus();
-    Pump();
-    EXPECT_EQ(parent.Take(), (Asked{"store 0 left", "closed"}));
-    EXPECT_EQ(Cell(1, 0), "left");
-    EXPECT_EQ(CWnd::GetFocus(), &other);
-
-    list->EditColumn(1, 0);
-    Type("refused");
-    parent.onAsked = [](UINT message) { return message == VNM_STOREVALUE; };
-    other.SetFocus();
-    Pump();
-    EXPECT_TRUE(IsOpenAt(1, 0));
-    EXPECT_EQ(EditorText(), "refused");
-    EXPECT_EQ(CWnd::GetFocus(), list->GetActiveEditor()); // the focus comes back
-    parent.onAsked = nullptr;
-}
-
-TEST_F(Editing, ScrollingStoresFirst) {
-    for (int i = 0; i < 100; ++i)
-        list->AddStringItems("more", "", "");
-    list->EditColumn(1, 0);
-    Type("kept");
-    list->SendMessage(WM_VSCROLL, SB_PAGEDOWN, 0);
-    EXPECT_FALSE(IsOpen());
-    EXPECT_EQ(Cell(1, 0), "kept");
-    EXPECT_GT(list->SendMessage(LB_GETTOPINDEX), 0);
-}
-
-TEST_F(Editing, NumbersHaveASpinnerAndTakeDigits) {
-    list->EditColumn(0, 2);
-    EXPECT_EQ(EditorText(), "10");
-    Key(Qt::Key_Up);
-    EXPECT_EQ(EditorText(), "11");
-    list->GetActiveEditor()->SendMessage(EM_SETSEL, 0, -1);
-    Type("1x2y");
-    EXPECT_EQ(EditorText(), "12");
-    Key(Qt::Key_Return);
-    EXPECT_EQ(Cell(0, 2), "12");
-}
-
-TEST_F(Editing, PickingFromAList) {
-    CStringArray strings;
-    strings.Add("Wien");
-    strings.Add("Linz");
-    list->SetEditorStrings(1, strings);
     list->SetEditorType(1, kEditorPick);
-    list->EditColumn(0, 1); // holds "Graz", which is not offered
+    list->EditColumn(0, 1); // "Graz" is not among the choices
     EXPECT_EQ(list->GetActiveEditor()->SendMessage(CB_GETCURSEL), CB_ERR);
-    list->CellCancel();
     list->EditColumn(1, 1);
-    EXPECT_EQ(list->GetActiveEditor()->SendMessage(CB_GETCURSEL), 1);
+    EXPECT_EQ(list->GetActiveEditor()->SendMessage(CB_GETCURSEL), 3);
     Key(Qt::Key_Up);
     Key(Qt::Key_Return);
-    EXPECT_EQ(Cell(1, 1), "Wien");
+    EXPECT_EQ(Cell(1, 1), "Enns");
 
     list->SetEditorType(1, kEditorCombo);
+    list->ResetEditorStrings(1);
     list->EditColumn(0, 1);
+    EXPECT_EQ(list->GetActiveEditor()->SendMessage(CB_GETCOUNT), 0);
     EXPECT_EQ(EditorText(), "Graz");
     list->GetActiveEditor()->SetWindowText("Salzburg");
     Key(Qt::Key_Return);
     EXPECT_EQ(Cell(0, 1), "Salzburg");
-    list->ResetEditorStrings(1);
-    list->EditColumn(0, 1);
-    EXPECT_EQ(list->GetActiveEditor()->SendMessage(CB_GETCOUNT), 0);
+}
+
+TEST_F(EditingSteps, KeysAndClicks) {
+    const struct {
+        const char* steps;
+        const char* outcome;
+    } cases[] = {
+        // storing, closing
+        {"edit 1 0; type Omega; enter", "open 0, store 0 Omega, closed | - | 1 | 1,0=Omega"},
+        {"edit 1 0; type Omega; escape", "open 0, closed | - | 1 |"},
+        {"edit 1 0; type Omega; store", "open 0, closed | - | 1 | 1,0=Omega"}, // without asking
+        {"cancel; store", "| - | -1 |"},                                       // nothing is open
+        {"stop", "closed | - | -1 |"},                                         // posted in any case
+        {"edit 1 0; type x; scroll", "open 0, store 0 x, closed | - | 1 | 1,0=x"},
+        // Tab goes on to the next editable cell, also of the next row, but not back to a row before
+        {"edit 3 0; tab", "open 0, store 0 bravo, closed | 3,2:-5 | 3 |"},
+        {"edit 3 2; tab", "store 2 -5, open 0, closed | 4,0:echo | 4 |"},
+        {"edit 4 2; tab", "store 2 9, closed | - | 4 |"},
+        {"edit 4 2; backtab", "store 2 9, open 0, closed | 4,0:echo | 4 |"},
+        {"edit 4 0; backtab", "open 0, store 0 echo, closed | - | 4 |"},
+        // F2 opens the first editable cell
+        {"f2", "| - | -1 |"},
+        {"select 2; f2", "open 0 | 2,0:charlie | 2 |"},
+        {"type-of-0 0; select 2; f2", "| 2,2:100 | 2 |"},
+        {"editing 0; select 2; f2", "| - | 2 |"},
+        {"editing 0; select 2; shift+f2", "| - | 2 |"},
+        // the first click selects, the second edits
+        {"click 2 0", "| - | 2 |"},
+        {"click 2 0; click 2 1", "| - | 2 |"}, // not an editable column
+        {"click 2 0; click 2 0", "open 0 | 2,0:charlie | 2 |"},
+        {"dclick 3 2", "| 3,2:-5 | 3 |"},
+        {"edit 2 0; type new; click 4 0", "open 0, store 0 new, closed | - | 4 | 2,0=new"},
+        {"editing 0; select 2; dclick 2 0", "| - | 2 |"},
+        {"tabstop 0; select 2; dclick 2 0", "| - | 2 |"},
+        // read-only ends and prevents editing
+        {"edit 1 0; readonly 1", "open 0, closed | - | 1 |"},
+        {"readonly 1; enable 1; select 1; f2; shift+f2; dclick 1 0", "| - | 1 |"},
+        // numbers have a spinner and take digits, signs and markers only
+        {"edit 0 2; up", "| 0,2:11 | 0 |"},
+        {"edit 0 2; type 200; up", "| 0,2:200 | 0 |"}, // the range's end
+        {"edit 0 2; type 1x2y; enter", "store 2 12, closed | - | 0 | 0,2=12"},
+        {"edit 0 2; type +", "| 0,2:+ | 0 |"},
+        // the null marker by key, off by default
+        {"edit 0 2; ctrl+0", "| 0,2:0 | 0 |"},
+        {"null 1; edit 0 2; ctrl+0", "| 0,2:- | 0 |"},
+        // rows are inserted and deleted under an open editor
+        {"edit 2 0; type x; insert 0; delete 2",
+         "open 0 | 2,0:x | 2 | 0,0=new 0,2= 1,0=delta 1,2=10"},
+        {"edit 2 0; type x; delete 2", "open 0, closed | - | -1 | 2,0=bravo 3,0=echo 4,0="},
+    };
+    for (const auto& c : cases) {
+        SetUp();
+        const std::string outcome = Run(c.steps);
+        EXPECT_EQ(outcome.substr(0, outcome.find_last_not_of(' ') + 1), c.outcome) << c.steps;
+        EXPECT_TRUE(list->zooms.empty()) << c.steps;
+    }
+}
+
+TEST_F(EditingSteps, ARefusedValueStaysInTheEditor) {
+    for (const char* attempt : {"enter", "tab", "click 3 1", "dclick 3 0", "scroll", "sort 0"}) {
+        SetUp();
+        EditAndType(1, 0, "bad");
+        parent.Answer(VNM_STOREVALUE, 1);
+        EXPECT_EQ(Run(attempt), "store 0 bad | 1,0:bad | 1 | ") << attempt;
+        EXPECT_EQ(Run("escape"), "closed | - | 1 | ");
+        EXPECT_EQ(CWnd::GetFocus(), list.get());
+    }
+}
+
+TEST_F(EditingSteps, LeavingTheEditorStores) {
+    CEdit other;
+    ASSERT_TRUE(
+        other.Create(WS_CHILD | WS_VISIBLE | WS_TABSTOP, CRect(10, 270, 100, 290), &parent, 7));
+    for (const LRESULT refusal : {1, 0}) {
+        EditAndType(1, 0, "left");
+        parent.Answer(VNM_STOREVALUE, refusal);
+        other.SetFocus();
+        EXPECT_EQ(Run(""), refusal != 0 ? "store 0 left | 1,0:left | 1 | "
+                                        : "store 0 left, closed | - | 1 | 1,0=left");
+        EXPECT_EQ(CWnd::GetFocus(), refusal != 0 ? list->GetActiveEditor() : &other);
+    }
+}
+
+TEST_F(Editing, ExtendingTheSelectionOpensNothing) {
+    Make(LBS_EXTENDEDSEL);
+    list->SetEditorType(0, kEditorText);
+    list->SetOnlySel(2);
+    Click(CellPoint(2, 0), Qt::LeftButton, Qt::ShiftModifier);
+    EXPECT_FALSE(IsOpen());
+}
+
+TEST_F(Editing, CellsOutsideOfTheWindow) {
+    for (int i = 0; i < 50; ++i)
+        list->AddStringItems("more", "", "");
+    list->SetColumnWidth(0, 500); // with a scroll bar the next column is out of sight
+    list->ModifyStyle(0, WS_VSCROLL);
+    list->EditColumn(1, 2);
+    EXPECT_FALSE(IsOpen());
+    list->EditColumn(1, 0);
+    ASSERT_TRUE(IsOpen());
+    CRect client;
+    list->GetClientRect(client);
+    EXPECT_EQ(EditorRect().Width(), client.Width());
+    list->EditColumn(40, 0); // scrolled into view
+    EXPECT_TRUE(IsOpenAt(40, 0));
+    list->StartEditing(-1, 0);
+    list->StartEditing(0, 99);
+    EXPECT_TRUE(IsOpenAt(40, 0));
 }
 
 TEST_F(Editing, AFileCellKeepsItsNameBesideTheValue) {
     list->SetEditorType(1, kEditorFile);
-    list->SetEditDataType(0, 404);
+    list->SetEditDataType(0, kDataBlob);
     list->AddFileName(0, "/data/old.bin");
     list->EditColumn(0, 1);
     EXPECT_EQ(EditorText(), "/data/old.bin");
@@ -305,266 +295,6 @@ TEST_F(Editing, AFileCellKeepsItsNameBesideTheValue) {
     EXPECT_EQ(parent.Take(), (Asked{"store 1 " + Cell(0, 1), "closed"}));
 }
 
-TEST_F(Editing, ZoomAsksUntilTheValueIsTaken) {
-    list->SetOnlySel(1);
-    Key(Qt::Key_F2, Qt::ShiftModifier);
-    EXPECT_EQ(list->zooms, std::vector<std::string>{"1,0:Alpha"});
-    EXPECT_EQ(parent.Take(), Asked{}); // given up
-
-    int turns = 0;
-    list->zooms.clear();
-    list->onZoom = [&](CString& value) {
-        value += "!";
-        return ++turns < 10 ? IDOK : IDCANCEL;
-    };
-    LRESULT refusals = 2;
-    parent.onAsked = [&](UINT) { return refusals-- > 0 ? 1 : 0; };
-    Key(Qt::Key_F2, Qt::ShiftModifier);
-    EXPECT_EQ(parent.Take(), (Asked{"store 0 Alpha!", "store 0 Alpha!!", "store 0 Alpha!!!"}));
-    EXPECT_EQ(Cell(1, 0), "Alpha!!!");
-
-    parent.onAsked = [](UINT) { return 2; };
-    Key(Qt::Key_F2, Qt::ShiftModifier);
-    EXPECT_EQ(parent.Take().size(), 1u); // 2 gives up
-    EXPECT_EQ(Cell(1, 0), "Alpha!!!");
-
-    parent.onAsked = nullptr;
-    list->onZoom = nullptr;
-    list->zooms.clear();
-    list->EditColumn(3, 2); // an open editor gives its text and closes
-    list->GetActiveEditor()->SetWindowText("77");
-    Key(Qt::Key_F2, Qt::ShiftModifier);
-    EXPECT_EQ(list->zooms, std::vector<std::string>{"3,2:77"});
-    EXPECT_FALSE(IsOpen());
-    EXPECT_EQ(Cell(3, 2), "-5");
-}
-
-class Opener : public Interaction {
-public:
-    int MessageBox(const char* text, const char*, UINT type, UINT help) override {
-        box = text;
-        icon = type & 0xF0;
-        context = help;
-        return IDOK;
-    }
-    int ShellExecute(const char* verb, const char* file, const char*, const char*, int) override {
-        opened = std::string(verb != nullptr ? verb : "none") + " " + file;
-        return result;
-    }
-    std::string box, opened;
-    UINT icon = 0, context = 0;
-    int result = kShellStarted;
-};
-
-TEST_F(Editing, ZoomOpensTheFileOfAFileCell) {
-    Opener opener;
-    const ScopedInteraction scope(opener);
-    list->SetEditSubType(1, 2);
-    list->SetOnlySel(1);
-    Key(Qt::Key_F2, Qt::ShiftModifier);
-    EXPECT_EQ(parent.Take(), Asked{"open 0"});
-    EXPECT_EQ(opener.icon, static_cast<UINT>(MB_ICONEXCLAMATION)); // no name
-    EXPECT_EQ(opener.opened, "");
-
-    list->AddFileName(1, "/data/report.pdf");
-    opener.icon = 0;
-    Key(Qt::Key_F2, Qt::ShiftModifier);
-    EXPECT_EQ(opener.opened, "none /data/report.pdf");
-    EXPECT_EQ(opener.icon, 0u);
-    EXPECT_TRUE(list->zooms.empty());
-
-    opener.result = kShellFileNotFound;
-    Key(Qt::Key_F2, Qt::ShiftModifier);
-    EXPECT_EQ(opener.context, 40041u);
-
-    parent.onAsked = [](UINT) { return 1; };
-    opener.opened.clear();
-    Key(Qt::Key_F2, Qt::ShiftModifier); // the parent deals with it
-    EXPECT_EQ(opener.opened, "");
-}
-
-TEST_F(Editing, TheNullMarkerByKey) {
-    list->EditColumn(1, 0);
-    Key(Qt::Key_0, Qt::ControlModifier); // off unless asked for
-    EXPECT_NE(EditorText(), "-");
-    list->EnableSetNull();
-    Key(Qt::Key_0, Qt::ControlModifier);
-    EXPECT_EQ(EditorText(), "-");
-}
-
-// --- parents with plans of their own -------------------------------------------------------------
-
-TEST_F(Editing, TheParentStoresAgainWhileItIsAsked) {
-    list->EditColumn(1, 0);
-    Type("once");
-    parent.onAsked = [this](UINT message) -> LRESULT {
-        if (message == VNM_STOREVALUE) {
-            EXPECT_FALSE(list->CellEnter(TRUE));
-            list->StartEditing(0, 2); // not now
-        }
-        return 0;
-    };
-    parent.Take();
-    EXPECT_TRUE(list->CellEnter(TRUE));
-    Pump();
-    EXPECT_EQ(parent.Take(), (Asked{"store 0 once", "closed"}));
-    EXPECT_EQ(Cell(1, 0), "once");
-}
-
-TEST_F(Editing, TheParentClosesTheEditorWhileItIsAsked) {
-    list->EditColumn(1, 0);
-    Type("gone");
-    parent.onAsked = [this](UINT message) -> LRESULT {
-        if (message == VNM_STOREVALUE)
-            list->CellCancel();
-        return 0;
-    };
-    EXPECT_TRUE(list->CellEnter(TRUE));
-    EXPECT_FALSE(IsOpen());
-    EXPECT_EQ(Cell(1, 0), "Alpha");
-    EXPECT_FALSE(list->m_bCommitting);
-}
-
-TEST_F(Editing, TheParentRemovesRowsWhileItIsAsked) {
-    list->EditColumn(2, 0);
-    Type("moved");
-    parent.onAsked = [this](UINT message) -> LRESULT {
-        if (message == VNM_STOREVALUE)
-            list->SendMessage(LB_DELETESTRING, 0);
-        return 0;
-    };
-    list->CellEnter(TRUE);
-    EXPECT_EQ(Column(0), "Alpha moved bravo echo"); // stored in its own row
-    list->EditColumn(2, 0);
-    parent.onAsked = [this](UINT message) -> LRESULT {
-        if (message == VNM_STOREVALUE)
-            list->ResetContent();
-        return 0;
-    };
-    EXPECT_TRUE(list->CellEnter(TRUE));
-    EXPECT_EQ(list->GetCount(), 0);
-    EXPECT_FALSE(IsOpen());
-}
-
-TEST_F(Editing, TheParentDestroysTheListWhileItIsAsked) {
-    const std::function<void()> triggers[] = {
-        [this] { list->CellEnter(TRUE); }, [this] { Key(Qt::Key_Tab); },
-        [this] { Click(CellPoint(3, 0)); }, [this] { list->Sort(0); },
-        [this] { list->SendMessage(WM_VSCROLL, SB_LINEDOWN, 0); }};
-    for (const bool wholeObject : {false, true})
-        for (const auto& act : triggers) {
-            SetUp();
-            list->EditColumn(1, 0);
-            parent.onAsked = [=, this](UINT message) -> LRESULT {
-                if (message == VNM_STOREVALUE) {
-                    if (wholeObject)
-                        delete list.release();
-                    else
-                        list->DestroyWindow();
-                }
-                return 0;
-            };
-            TestList* kept = list.get();
-            if (wholeObject) { // what is called must not go through the emptied pointer
-                Type("x");
-                kept->CellEnter(TRUE);
-                EXPECT_EQ(list, nullptr);
-            } else {
-                act();
-                EXPECT_EQ(list->GetSafeHwnd(), nullptr);
-            }
-            parent.onAsked = nullptr;
-            Pump();
-        }
-    SetUp();
-    parent.onAsked = [this](UINT message) -> LRESULT {
-        if (message == VNM_OPENCELL)
-            delete list.release();
-        return 0;
-    };
-    list->StartEditing(1, 0);
-    EXPECT_EQ(list, nullptr);
-    Pump();
-}
-
-TEST_F(Editing, TheParentDeletesTheListOnAKeyOrAClick) {
-    for (const bool byKey : {true, false}) {
-        SetUp();
-        list->EditColumn(1, 0);
-        const CPoint elsewhere = CellPoint(3, 0);
-        parent.onAsked = [this](UINT message) -> LRESULT {
-            if (message == VNM_STOREVALUE)
-                delete list.release();
-            return 0;
-        };
-        QWidget* editor = QApplication::focusWidget();
-        if (byKey)
-            QTest::keyClick(editor, Qt::Key_Return);
-        else
-            Mouse(*list, QEvent::MouseButtonPress, elsewhere);
-        Pump();
-        EXPECT_EQ(list, nullptr);
-        parent.onAsked = nullptr;
-    }
-}
-
-TEST_F(Editing, RowsComeAndGoUnderAnOpenEditor) {
-    list->EditColumn(2, 0);
-    Type("typed");
-    list->InsertStringItems(0, "first", "", "");
-    EXPECT_TRUE(IsOpenAt(3, 0));
-    CRect rect;
-    list->GetActiveEditor()->GetWindowRect(rect);
-    list->ScreenToClient(rect);
-    EXPECT_EQ(rect.top, 3 * RowHeight()); // it moved with its row
-    list->SendMessage(LB_DELETESTRING, 1);
-    EXPECT_TRUE(IsOpenAt(2, 0));
-    EXPECT_EQ(EditorText(), "typed");
-    list->SendMessage(LB_DELETESTRING, 2); // its own row
-    EXPECT_FALSE(IsOpen());
-    list->EditColumn(1, 0);
-    list->ResetContent();
-    EXPECT_FALSE(IsOpen());
-    Pump();
-    EXPECT_EQ(CWnd::GetFocus(), list.get());
-    list->StartEditing(0, 0);
-    EXPECT_FALSE(IsOpen());
-}
-
-TEST_F(Editing, TheListEndsWithAnOpenEditor) {
-    list->EditColumn(1, 0);
-    list->DestroyWindow();
-    Pump();
-    EXPECT_FALSE(IsOpen());
-    SetUp();
-    list->EditColumn(1, 0);
-    list->GetActiveEditor()->DestroyWindow();
-    EXPECT_FALSE(IsOpen());
-    EXPECT_TRUE(list->CellEnter(TRUE));
-}
-
-TEST_F(Editing, CellsOutsideOfTheWindow) {
-    for (int i = 0; i < 50; ++i)
-        list->AddStringItems("more", "", "");
-    list->SetColumnWidth(0, 500); // with a scroll bar the next column is out of sight
-    list->ModifyStyle(0, WS_VSCROLL);
-    list->EditColumn(1, 2);
-    EXPECT_FALSE(IsOpen());
-    list->EditColumn(1, 0);
-    ASSERT_TRUE(IsOpen());
-    CRect editor, client;
-    list->GetActiveEditor()->GetWindowRect(editor);
-    list->GetClientRect(client);
-    EXPECT_EQ(editor.Width(), client.Width());
-    list->EditColumn(40, 0); // scrolled into view
-    EXPECT_TRUE(IsOpenAt(40, 0));
-    list->StartEditing(-1, 0);
-    list->StartEditing(0, 99);
-    EXPECT_TRUE(IsOpenAt(40, 0));
-}
-
-// --- files dropped -------------------------------------------------------------------------------
-
 TEST_F(Editing, AFileIsDroppedOnACell) {
     ASSERT_TRUE(list->CreateHeadingsControl(1001));
     list->SetEditorType(1, kEditorFile);
@@ -575,11 +305,12 @@ TEST_F(Editing, AFileIsDroppedOnACell) {
     COleDataObject data(files);
     CListDropTarget& target = list->m_DropTarget;
     EXPECT_EQ(target.OnDragEnter(list.get(), &data, 0, CellPoint(1, 1)), DROPEFFECT_NONE);
-    EXPECT_EQ(list->GetFirstSel(), 1); // it shows where it is
+    EXPECT_EQ(list->GetFirstSel(), 1); // the selection shows where it is
     EXPECT_EQ(target.OnDragOver(list.get(), &data, 0, CellPoint(2, 1)), DROPEFFECT_MOVE);
     EXPECT_EQ(list->GetFirstSel(), 2);
     EXPECT_EQ(list->GetSelColumn(), 1);
-    EXPECT_EQ(target.OnDragOver(list.get(), &data, 0, {350, 10}), DROPEFFECT_NONE); // no column
+    EXPECT_EQ(target.OnDragOver(list.get(), &data, 0, {350, RowHeight() * 2 + 4}),
+              DROPEFFECT_NONE); // no column
     EXPECT_TRUE(target.OnDrop(list.get(), &data, DROPEFFECT_MOVE, CellPoint(2, 1)));
     EXPECT_STREQ(list->GetFileName(2), "/data/picture.png");
     EXPECT_TRUE(IsOpenAt(2, 1));

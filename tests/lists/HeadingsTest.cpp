@@ -1,3 +1,4 @@
+// The header control as a window. Its arithmetic is tested in HeadingLogicTest.cpp.
 #include "src/lists/HeadingTracking.h"
 #include "tests/lists/ListFixture.h"
 
@@ -15,111 +16,123 @@ class Headings : public ListFixture {
 protected:
     void SetUp() override {
         ListFixture::SetUp();
-        ASSERT_TRUE(strip.CWnd::GetSafeHwnd() == nullptr);
-        strip.SetListBox(list.get());
-        ASSERT_TRUE(strip.Create(CRect(), &parent, 1001));
-        list->SetHeadingsControl(&strip);
+        header.SetListBox(list.get());
+        ASSERT_TRUE(header.Create(CRect(), &parent, 1001));
+        list->SetHeadingsControl(&header);
         list->PositionHeadings();
-        strip.FixLastColWidth();
+        header.FixLastColWidth();
         Pump();
     }
     void TearDown() override {
-        strip.SetListBox(nullptr);
+        header.SetListBox(nullptr);
         list->SetHeadingsControl(nullptr);
-        if (strip.GetSafeHwnd() != nullptr)
-            strip.DestroyWindow();
+        if (header.GetSafeHwnd() != nullptr)
+            header.DestroyWindow();
         ListFixture::TearDown();
     }
-    void Press(int x) { Mouse(strip, QEvent::MouseButtonPress, {x, 8}); }
-    void Move(int x, int y = 8) { Mouse(strip, QEvent::MouseMove, {x, y}); }
+    void Press(int x) { Mouse(header, QEvent::MouseButtonPress, {x, 8}); }
+    void Move(int x, int y = 8) { Mouse(header, QEvent::MouseMove, {x, y}); }
     void Release(int x, int y = 8) {
-        Mouse(strip, QEvent::MouseButtonRelease, {x, y});
+        Mouse(header, QEvent::MouseButtonRelease, {x, y});
         Pump();
     }
+    void DoubleClick(int x) {
+        Mouse(header, QEvent::MouseButtonDblClick, {x, 8});
+        Mouse(header, QEvent::MouseButtonRelease, {x, 8});
+        Pump();
+    }
+    QImage Drawn() { return parent.GetWidget()->grab().toImage(); }
+    static bool IsPointerFree() {
+        CRect clip;
+        GetClipCursor(clip);
+        return clip.Width() >= GetSystemMetrics(SM_CXSCREEN);
+    }
     int Width(int column) { return list->GetColumnWidth(column); }
+    /// In the parent's client area.
+    CRect Place(CWnd& window) {
+        CRect rect;
+        window.GetWindowRect(rect);
+        parent.ScreenToClient(rect);
+        return rect;
+    }
 
-    TestHeadings strip;
+    TestHeadings header;
 };
 
-TEST_F(Headings, TheStripSitsOnTheList) {
-    CRect rows, above;
-    list->GetWindowRect(rows);
-    strip.GetWindowRect(above);
-    EXPECT_EQ(above.bottom, rows.top);
-    EXPECT_EQ(above.left, rows.left);
-    EXPECT_EQ(above.right, rows.right);
-    EXPECT_EQ(above.Height(), strip.GetDesiredHeight());
-    EXPECT_EQ(strip.GetStyle() & 0x50020000, 0x50020000u);
+TEST_F(Headings, TheControlIsAboveTheList) {
+    EXPECT_EQ(header.GetStyle() & 0x50020000, 0x50020000u);
     char name[64];
-    GetClassName(strip.m_hWnd, name, sizeof name);
+    GetClassName(header.m_hWnd, name, sizeof name);
     EXPECT_STREQ(name, "ListBoxExHeadingsWindowClass");
-
-    list->MoveWindow(20, 80, 300, 150); // goes along
-    strip.GetWindowRect(above);
-    parent.ScreenToClient(above);
-    EXPECT_EQ(above, CRect(20, 80 - strip.GetDesiredHeight(), 320, 80));
-    list->MoveWindow(0, 0, 300, 150); // no room above: the list gives way
-    strip.GetWindowRect(above);
-    list->GetWindowRect(rows);
-    parent.ScreenToClient(above);
-    parent.ScreenToClient(rows);
-    EXPECT_EQ(above.top, 0);
-    EXPECT_EQ(rows, CRect(0, above.bottom, 300, 150));
+    const int height = header.GetDesiredHeight();
+    const auto above = [height](int left, int bottom, int width) {
+        return CRect(left, bottom - height, left + width, bottom);
+    };
+    EXPECT_EQ(Place(header), above(kListLeft, kListTop, 400));
+    list->MoveWindow(20, 80, 300, 150); // moves with it
+    EXPECT_EQ(Place(header), above(20, 80, 300));
+    list->MoveWindow(0, 0, 300, 150); // no room above: the list's top moves down
+    EXPECT_EQ(Place(header), above(0, height, 300));
+    EXPECT_EQ(Place(*list), CRect(0, height, 300, 150));
     list->ShowWindow(SW_HIDE);
-    EXPECT_FALSE(strip.IsWindowVisible());
+    EXPECT_FALSE(header.IsWindowVisible());
     list->ShowWindow(SW_SHOW);
-    EXPECT_TRUE(strip.IsWindowVisible());
+    EXPECT_TRUE(header.IsWindowVisible());
 }
 
-TEST_F(Headings, DraggingABoundaryResizesLive) {
-    parent.GetWidget()->grab();
+TEST_F(Headings, DraggingADividerResizesLive) {
+    list->SetEditorType(1, kEditorText);
+    list->SetOnlySel(1);
+    const QImage before = Drawn();
     const int all = Width(0) + Width(1) + Width(2);
-    Press(97); // 5 left of the boundary at 102
-    EXPECT_TRUE(strip.m_pTracking->tracking);
+    Press(97); // 5 left of the divider at 102
+    EXPECT_TRUE(header.m_pTracking->tracking);
+    EXPECT_FALSE(IsPointerFree());
     EXPECT_EQ(Width(0), 100);
     Move(107);
-    EXPECT_EQ(Width(0), 110);                       // while the button is down
-    EXPECT_EQ(Width(0) + Width(1) + Width(2), all); // the last column gives
+    EXPECT_EQ(Width(0), 110); // while the button is down
+    EXPECT_EQ(Width(0) + Width(1) + Width(2), all);
+    const QImage dragged = Drawn();
+    const CPoint line(kListLeft + header.m_pTracking->sizerPosition, Place(*list).bottom - 4);
+    EXPECT_NE(dragged.pixel(line.x, line.y), dragged.pixel(line.x - 1, line.y));
     Move(-50); // the pointer is kept right of the column's left edge
     EXPECT_EQ(Width(0), 5);
     Move(77);
     Release(77);
     EXPECT_EQ(Width(0), 80);
-    EXPECT_FALSE(strip.m_pTracking->tracking);
+    EXPECT_FALSE(header.m_pTracking->tracking);
+    EXPECT_TRUE(IsPointerFree());
     EXPECT_EQ(CWnd::GetFocus(), list.get());
     Move(200);
     EXPECT_EQ(Width(0), 80);
-    CRect free;
-    GetClipCursor(free);
-    EXPECT_GE(free.Width(), GetSystemMetrics(SM_CXSCREEN)); // the pointer is free again
-}
-
-TEST_F(Headings, OnlyTheZoneAroundABoundaryGrabs) {
-    parent.GetWidget()->grab();
-    const struct {
-        int x, column;
-    } cases[] = {{96, -1}, {97, 0}, {105, 0}, {106, -1}, {197, 1}, {205, 1}, {206, -1}};
-    for (const auto& c : cases)
-        EXPECT_EQ(strip.SizerHitTest({c.x, 8}), c.column) << c.x;
-    CRect rect;
-    ASSERT_TRUE(strip.GetRect(2, &rect));
-    EXPECT_EQ(strip.SizerHitTest({rect.right, 8}), -1); // the last column has none
-}
-
-TEST_F(Headings, TheSizerLineLeavesNoTrace) {
-    list->SetOnlySel(1);
-    parent.GetWidget()->grab();
+    Press(80);
+    Release(100);
     Pump();
-    const QImage before = parent.GetWidget()->grab().toImage();
-    strip.DrawSizer();
-    EXPECT_NE(parent.GetWidget()->grab().toImage(), before);
-    strip.DrawSizer();
-    EXPECT_EQ(parent.GetWidget()->grab().toImage(), before);
+    EXPECT_EQ(Drawn(), before); // no line remains
+
+    list->EditColumn(1, 1); // an editor opened during a drag moves with its cell
     Press(100);
-    Move(150);
-    Release(100); // back where it was
-    Pump();
-    EXPECT_EQ(parent.GetWidget()->grab().toImage(), before);
+    list->EditColumn(1, 1);
+    header.SendMessage(WM_LBUTTONUP, 0, MAKELPARAM(120, 8));
+    EXPECT_EQ(EditorRect().left, 120);
+}
+
+TEST_F(Headings, ThePointerShowsWhereDividersAre) {
+    list->EnableSort();
+    const struct {
+        int x;
+        bool divider;
+    } cases[] = {{50, false}, {96, false}, {97, true}, {105, true}, {106, false}, {197, true}};
+    for (const auto& c : cases) {
+        EXPECT_EQ(header.SizerHitTest({c.x, 8}) >= 0, c.divider) << c.x;
+        CPoint point(c.x, 8);
+        header.ClientToScreen(&point);
+        SetCursorPos(point.x, point.y);
+        EXPECT_EQ(header.SendMessage(WM_SETCURSOR, reinterpret_cast<WPARAM>(header.m_hWnd),
+                                     MAKELPARAM(HTCLIENT, WM_MOUSEMOVE)),
+                  1);
+        EXPECT_EQ(GetCursor(), c.divider ? header.m_hSize : header.m_hArrow) << c.x;
+    }
 }
 
 TEST_F(Headings, AClickSortsOnlyWhereSortingIsOn) {
@@ -128,133 +141,109 @@ TEST_F(Headings, AClickSortsOnlyWhereSortingIsOn) {
     EXPECT_EQ(Column(0), "delta Alpha charlie bravo echo");
     EXPECT_EQ(CWnd::GetFocus(), list.get()); // that is all it does
     list->EnableSort();
+    const QImage raised = Drawn();
     Press(40);
-    EXPECT_TRUE(strip.m_pTracking->pressedLook);
-    Release(40);
+    const QImage sunken = Drawn();
+    EXPECT_NE(sunken, raised);
+    Move(45, 100); // outside
+    Pump();
+    EXPECT_EQ(Drawn(), raised);
+    Move(45);
+    Pump();
+    EXPECT_EQ(Drawn(), sunken);
+    Release(45);
     EXPECT_EQ(Column(0), "Alpha bravo charlie delta echo");
+    Press(40);
+    Release(140);
+    EXPECT_EQ(list->GetSortState(), kSortedAscending); // released elsewhere
     Press(40);
     Release(40);
     EXPECT_EQ(Column(0), "echo delta charlie bravo Alpha");
 }
 
-TEST_F(Headings, ReleasedElsewhereAPressDoesNotSort) {
-    list->EnableSort();
-    Press(40);
-    Move(140);
-    EXPECT_FALSE(strip.m_pTracking->pressedLook);
-    Move(45);
-    EXPECT_TRUE(strip.m_pTracking->pressedLook);
-    Move(45, 100);
-    EXPECT_FALSE(strip.m_pTracking->pressedLook);
-    Release(45, 100);
-    EXPECT_EQ(strip.m_pTracking->pressedHeading, -1);
-    EXPECT_EQ(list->GetSortState(), 0);
-}
-
 TEST_F(Headings, CancelEndsEitherKindOfPress) {
     list->EnableSort();
-    Press(40);
-    strip.SendMessage(WM_CANCELMODE);
-    EXPECT_FALSE(strip.m_pTracking->tracking);
-    Release(40);
-    EXPECT_EQ(list->GetSortState(), 0);
-    const QImage before = parent.GetWidget()->grab().toImage();
+    const QImage before = Drawn();
+    const std::function<void()> cancels[] = {[this] { header.SendMessage(WM_CANCELMODE); },
+                                             [this] { header.SetListBox(nullptr); }};
+    for (const auto& cancel : cancels)
+        for (const int x : {40, 100}) {
+            Press(x);
+            EXPECT_TRUE(header.m_pTracking->tracking);
+            cancel();
+            EXPECT_FALSE(header.m_pTracking->tracking);
+            EXPECT_TRUE(IsPointerFree());
+            header.SetListBox(list.get());
+            Move(x + 60);
+            Release(x + 60);
+            EXPECT_EQ(list->GetSortState(), kNotSorted);
+            EXPECT_EQ(Width(0), 100);
+            EXPECT_EQ(Drawn(), before); // no line remains
+        }
     Press(100);
-    strip.SendMessage(WM_CANCELMODE);
-    Move(160);
-    Release(160);
-    EXPECT_EQ(Width(0), 100);
-    EXPECT_EQ(parent.GetWidget()->grab().toImage(), before); // no line is left
-    strip.SendMessage(WM_CANCELMODE);
+    header.DestroyWindow();
+    EXPECT_TRUE(IsPointerFree());
 }
 
-TEST_F(Headings, ADoubleClickOnABoundaryFits) {
-    parent.GetWidget()->grab();
-    Mouse(strip, QEvent::MouseButtonDblClick, {102, 8});
-    Pump();
+TEST_F(Headings, ADoubleClickOnADividerFits) {
+    DoubleClick(102);
     const int fitted = Width(0);
     EXPECT_LT(fitted, 100);
-    Mouse(strip, QEvent::MouseButtonRelease, {102, 8});
-    Mouse(strip, QEvent::MouseButtonDblClick, {fitted / 2, 8});
+    DoubleClick(fitted / 2);
     EXPECT_EQ(Width(0), fitted);
 }
 
-TEST_F(Headings, TheLastColumnEndsAtTheEdge) {
-    CRect client, rect;
-    strip.GetClientRect(client);
-    strip.FixLastColWidth();
-    strip.GetRect(2, &rect);
-    EXPECT_EQ(rect.left + Width(2), client.right);
-    list->SetColumnWidth(0, 1000);
-    const int width = Width(2);
-    strip.FixLastColWidth(); // it begins outside
-    EXPECT_EQ(Width(2), width);
-    EXPECT_FALSE(strip.GetRect(2, &rect));
-}
-
-TEST_F(Headings, TheFontIsTheStripsOwnCopy) {
-    CFont font;
+TEST_F(Headings, TheFontIsACopy) {
+    CFont font, listFont;
     ASSERT_TRUE(font.CreatePointFont(240, ""));
-    const int before = strip.GetDesiredHeight();
-    EXPECT_EQ(strip.SendMessage(WM_GETFONT), 0);
-    strip.SendMessage(WM_SETFONT, reinterpret_cast<WPARAM>(font.GetSafeHandle()), TRUE);
+    ASSERT_TRUE(listFont.CreatePointFont(120, ""));
+    list->SetFont(&listFont);
+    ASSERT_NE(header.GetActiveFont(), nullptr);
+    EXPECT_EQ(header.GetActiveFont()->GetSafeHandle(), listFont.GetSafeHandle());
+    const int before = header.GetDesiredHeight();
+    EXPECT_EQ(header.SendMessage(WM_GETFONT), 0);
+    header.SendMessage(WM_SETFONT, reinterpret_cast<WPARAM>(font.GetSafeHandle()), TRUE);
     font.DeleteObject();
-    EXPECT_GT(strip.GetDesiredHeight(), before);
-    EXPECT_NE(strip.SendMessage(WM_GETFONT), 0);
-    EXPECT_NE(strip.GetActiveFont(), nullptr);
-    strip.SendMessage(WM_SETFONT, 0, TRUE);
-    EXPECT_EQ(strip.GetActiveFont(), nullptr);
-    EXPECT_EQ(strip.SendMessage(WM_GETFONT), 0);
-}
-
-TEST_F(Headings, ThePointerTellsWhatAPressWouldDo) {
-    list->EnableSort();
-    const auto over = [this](int x) {
-        CPoint point(x, 8);
-        strip.ClientToScreen(&point);
-        SetCursorPos(point.x, point.y);
-        EXPECT_EQ(strip.SendMessage(WM_SETCURSOR, reinterpret_cast<WPARAM>(strip.m_hWnd),
-                                    MAKELPARAM(HTCLIENT, WM_MOUSEMOVE)),
-                  1);
-        return GetCursor();
-    };
-    EXPECT_EQ(over(102), strip.m_hSize);
-    EXPECT_EQ(over(50), strip.m_hArrow);
-}
-
-TEST_F(Headings, NewColoursAreUsedAtOnce) {
-    parent.GetWidget()->grab();
-    strip.SendMessage(WM_SYSCOLORCHANGE);
-    EXPECT_FALSE(parent.GetWidget()->grab().isNull());
+    EXPECT_GT(header.GetDesiredHeight(), before);
+    EXPECT_NE(header.SendMessage(WM_GETFONT), 0);
+    header.SendMessage(WM_SETFONT, 0, TRUE);
+    EXPECT_EQ(header.GetActiveFont(), nullptr);
+    EXPECT_EQ(header.SendMessage(WM_GETFONT), 0);
+    CClientDC dc(nullptr);
+    TEXTMETRIC metrics{};
+    dc.GetTextMetrics(&metrics);
+    EXPECT_EQ(header.GetDesiredHeight(), metrics.tmHeight + 4);
+    list->SetFont(nullptr);
 }
 
 TEST_F(Headings, WithoutAList) {
-    strip.SetListBox(nullptr);
+    header.SetListBox(nullptr);
     CRect rect;
-    EXPECT_FALSE(strip.GetRect(0, &rect));
-    EXPECT_EQ(strip.HitTest({40, 8}), -1);
-    EXPECT_EQ(strip.SizerHitTest({102, 8}), -1);
+    EXPECT_FALSE(header.GetRect(0, &rect));
+    EXPECT_EQ(header.HitTest({40, 8}), -1);
+    EXPECT_EQ(header.SizerHitTest({102, 8}), -1);
     Press(102);
     Move(110);
     Release(110);
-    strip.FixLastColWidth();
-    strip.DrawSizer();
-    parent.GetWidget()->grab();
-    Mouse(strip, QEvent::MouseButtonDblClick, {102, 8});
+    header.FixLastColWidth();
+    header.DrawSizer();
+    header.SendMessage(WM_SYSCOLORCHANGE);
+    Drawn();
+    DoubleClick(102);
 }
 
-TEST_F(Headings, KeysAreOffUnlessAskedFor) {
+TEST_F(Headings, KeysAreOffByDefault) {
     list->EnableSort();
-    strip.SetFocus();
+    header.SetFocus();
     Pump();
-    strip.SendMessage(WM_KEYDOWN, VK_RETURN, 1);
-    EXPECT_EQ(list->GetSortState(), 0);
-    strip.EnableKeyboard();
-    EXPECT_NE(strip.GetStyle() & WS_TABSTOP, 0u);
-    strip.SetFocus();
+    header.SendMessage(WM_KEYDOWN, VK_RETURN, 1);
+    EXPECT_EQ(list->GetSortState(), kNotSorted);
+    header.EnableKeyboard();
+    EXPECT_NE(header.GetStyle() & WS_TABSTOP, 0u);
+    header.SetFocus();
     Pump();
     Key(Qt::Key_Right);
-    EXPECT_EQ(strip.GetFocusColumn(), 1);
+    EXPECT_EQ(header.GetFocusColumn(), 1);
     Key(Qt::Key_Return);
     EXPECT_EQ(list->GetSortColumn(), 1);
     const int width = Width(1);
@@ -262,28 +251,29 @@ TEST_F(Headings, KeysAreOffUnlessAskedFor) {
     EXPECT_EQ(Width(1), width + 8);
     Key(Qt::Key_Left, Qt::ShiftModifier);
     EXPECT_EQ(Width(1), width);
+    Key(Qt::Key_End);
+    EXPECT_EQ(header.GetFocusColumn(), 2);
+    Key(Qt::Key_Right);
+    EXPECT_EQ(header.GetFocusColumn(), 2);
     Key(Qt::Key_Home);
-    EXPECT_EQ(strip.GetFocusColumn(), 0);
+    EXPECT_EQ(header.GetFocusColumn(), 0);
     Key(Qt::Key_Return, Qt::ControlModifier);
     EXPECT_LT(Width(0), 100);
-    Key(Qt::Key_Tab); // and on to the list
+    Key(Qt::Key_Tab); // on to the list
     EXPECT_EQ(CWnd::GetFocus(), list.get());
 }
 
-TEST_F(Headings, TheParentDestroysAllWhileAHeadingIsPressed) {
+TEST_F(Headings, TheParentDestroysAllWhileAHeaderIsPressed) {
     list->EnableSort();
     list->SetEditorType(0, kEditorText);
     list->EditColumn(1, 0);
-    parent.onAsked = [this](UINT message) -> LRESULT {
-        if (message == VNM_STOREVALUE) {
-            strip.DestroyWindow();
-            list->DestroyWindow();
-        }
-        return 0;
-    };
+    parent.OnStore([this] {
+        header.DestroyWindow();
+        list->DestroyWindow();
+    });
     Press(40);
-    EXPECT_EQ(strip.GetSafeHwnd(), nullptr);
-    EXPECT_FALSE(strip.m_pTracking->tracking);
+    EXPECT_EQ(header.GetSafeHwnd(), nullptr);
+    EXPECT_FALSE(header.m_pTracking->tracking);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "src/lists/ListColumns.h"
 #include "src/lists/RowText.h"
 #include "src/lists/TypeAhead.h"
+#include "tests/lists/ColumnsOf.h"
 
 #include <gtest/gtest.h>
 
@@ -9,16 +10,9 @@
 #include <vector>
 
 using namespace vnbytstr::detail;
+using vnbytstr::test::ColumnsOf;
 
 namespace {
-
-std::vector<SListColumn> OfWidths(std::initializer_list<int> widths) {
-    std::vector<SListColumn> columns(widths.size());
-    std::size_t i = 0;
-    for (const int width : widths)
-        columns[i++].m_nWidth = width;
-    return columns;
-}
 
 std::vector<int> Widths(const std::vector<SListColumn>& columns) {
     std::vector<int> widths;
@@ -83,16 +77,14 @@ TEST(ListColumns, WidthsFollowTheRule) {
         {"no column", {}, {}, 100, {}},
     };
     for (const auto& c : cases) {
-        std::vector<SListColumn> columns(c.widths.size());
-        for (std::size_t i = 0; i < columns.size(); ++i)
-            columns[i].m_nWidth = c.widths[i];
+        auto columns = ColumnsOf(c.widths);
         ComputeWidths(columns, c.percents, c.usable);
         EXPECT_EQ(Widths(columns), c.expected) << c.name;
     }
 }
 
 TEST(ListColumns, HitTestsUseTheRunningSum) {
-    const auto columns = OfWidths({10, 0, 20});
+    const auto columns = ColumnsOf({10, 0, 20});
     const struct {
         int x;
         int column;
@@ -100,17 +92,21 @@ TEST(ListColumns, HitTestsUseTheRunningSum) {
     for (const auto& c : across)
         EXPECT_EQ(ColumnAt(columns, c.x), c.column) << c.x;
 
-    EXPECT_EQ(RowAt(0, 5, 16, 100), 5);
-    EXPECT_EQ(RowAt(15, 5, 16, 100), 5);
-    EXPECT_EQ(RowAt(16, 5, 16, 100), 6);
-    EXPECT_EQ(RowAt(16, 5, 16, 6), -1);
-    EXPECT_EQ(RowAt(-1, 5, 16, 100), -1);
-    EXPECT_EQ(RowAt(5, 0, 0, 100), -1);
-    EXPECT_EQ(RowAt(INT_MAX, INT_MAX, 1, INT_MAX), -1);
+    const struct {
+        int y, top, height, count, row;
+    } down[] = {{0, 5, 16, 100, 5},
+                {15, 5, 16, 100, 5},
+                {16, 5, 16, 100, 6},
+                {16, 5, 16, 6, -1},
+                {-1, 5, 16, 100, -1},
+                {5, 0, 0, 100, -1},
+                {INT_MAX, INT_MAX, 1, INT_MAX, -1}};
+    for (const auto& c : down)
+        EXPECT_EQ(RowAt(c.y, c.top, c.height, c.count), c.row) << c.y << ' ' << c.height;
 }
 
 TEST(ListColumns, HugeWidthsStayWithinInt) {
-    const auto columns = OfWidths({INT_MAX, INT_MAX, 5});
+    const auto columns = ColumnsOf({INT_MAX, INT_MAX, 5});
     EXPECT_EQ(WidthBefore(columns, 3), INT_MAX);
     EXPECT_EQ(ColumnAt(columns, INT_MAX - 1), 0);
     EXPECT_EQ(CellSpan(columns, 2), (PixelSpan{INT_MAX, INT_MAX}));
@@ -152,47 +148,53 @@ TEST(ListColumns, ColumnInformationIsChecked) {
     }
 }
 
-std::string LaidOut(const std::vector<SListColumn>& columns, const char* row, PixelSpan area,
-                    int offset) {
-    std::string result;
-    LayOutRow(columns, row, "\t", area, offset, [&](const DrawnCell& cell) {
-        result += std::string(cell.text) + "@" + std::to_string(cell.span.left) + "-" +
-                  std::to_string(cell.span.right) + " ";
-    });
-    return result;
-}
-
 TEST(ListColumns, ARowIsLaidOutColumnByColumn) {
-    auto columns = OfWidths({50, 40, 30});
-    EXPECT_EQ(LaidOut(columns, "a\tb\tc", {2, 200}, 2), "a@4-54 b@54-94 c@94-124 ");
-    EXPECT_EQ(LaidOut(columns, "a\tb\tc\td", {2, 200}, 2), "a@4-54 b@54-94 c@94-124 ");
-    EXPECT_EQ(LaidOut(columns, "a", {2, 200}, 2), "a@4-54 ");
-    EXPECT_EQ(LaidOut(columns, "", {2, 200}, 2), "");
-    EXPECT_EQ(LaidOut(columns, "a\t", {2, 200}, 2), "a@4-54 "); // nothing remains to be drawn
-    EXPECT_EQ(LaidOut(columns, "\tb", {2, 200}, 2), "@4-54 b@54-94 ");
-    EXPECT_EQ(LaidOut(columns, "a\tb", {2, 60}, 2), "a@4-54 b@54-58 "); // cut at the edge
-    EXPECT_EQ(LaidOut(columns, "a\tb", {2, 52}, 0), "a@2-52 ");
-    columns[0].m_nSpacing = 6;
-    EXPECT_EQ(LaidOut(columns, "a\tb", {2, 200}, 2), "a@4-48 b@54-94 ");
+    const struct {
+        const char* row;
+        int right, offset, spacing;
+        const char* drawn;
+    } cases[] = {
+        {"a\tb\tc", 200, 2, 0, "a@4-54 b@54-94 c@94-124 "},
+        {"a\tb\tc\td", 200, 2, 0, "a@4-54 b@54-94 c@94-124 "},
+        {"a", 200, 2, 0, "a@4-54 "},
+        {"", 200, 2, 0, ""},
+        {"a\t", 200, 2, 0, "a@4-54 "}, // nothing remains to be drawn
+        {"\tb", 200, 2, 0, "@4-54 b@54-94 "},
+        {"a\tb", 60, 2, 0, "a@4-54 b@54-58 "}, // cut at the edge
+        {"a\tb", 52, 0, 0, "a@2-52 "},
+        {"a\tb", 200, 2, 6, "a@4-48 b@54-94 "},
+    };
+    for (const auto& c : cases) {
+        auto columns = ColumnsOf({50, 40, 30});
+        columns[0].m_nSpacing = c.spacing;
+        std::string drawn;
+        LayOutRow(columns, c.row, "\t", {2, c.right}, c.offset, [&](const DrawnCell& cell) {
+            drawn += std::string(cell.text) + "@" + std::to_string(cell.span.left) + "-" +
+                     std::to_string(cell.span.right) + " ";
+        });
+        EXPECT_EQ(drawn, c.drawn) << c.row << ' ' << c.right;
+    }
 }
 
 TEST(ListColumns, TheNextEditableCell) {
-    auto columns = OfWidths({10, 10, 10, 10});
+    auto columns = ColumnsOf({10, 10, 10, 10});
     columns[1].m_nEditorType = kEditorText;
     columns[3].m_nEditorType = kEditorPick;
-    const auto find = [&](int row, int column, bool forward) {
-        return FindEditable(columns, {row, column}, forward, 3).value_or(CellAddress{});
+    const struct {
+        CellAddress from;
+        bool forward;
+        CellAddress found;
+    } cases[] = {
+        {{0, 0}, true, {0, 1}},  {{0, 1}, true, {0, 1}},
+        {{0, 2}, true, {0, 3}},  {{0, 4}, true, {1, 1}}, // goes on in the next row
+        {{2, 4}, true, {}},      {{3, 0}, true, {}},
+        {{1, 2}, false, {1, 1}}, {{1, 0}, false, {}}, // never to the row before
+        {{1, -1}, false, {}},
     };
-    EXPECT_EQ(find(0, 0, true), (CellAddress{0, 1}));
-    EXPECT_EQ(find(0, 2, true), (CellAddress{0, 3}));
-    EXPECT_EQ(find(0, 4, true), (CellAddress{1, 1})); // wraps to the next row
-    EXPECT_EQ(find(2, 4, true), CellAddress{});       // not past the last
-    EXPECT_EQ(find(3, 0, true), CellAddress{});
-    EXPECT_EQ(find(1, 2, false), (CellAddress{1, 1}));
-    EXPECT_EQ(find(1, 0, false), CellAddress{}); // never to the row before
-    EXPECT_EQ(find(1, -1, false), CellAddress{});
-    columns[1].m_nEditorType = columns[3].m_nEditorType = kEditorNone;
-    EXPECT_EQ(find(0, 0, true), CellAddress{});
+    for (const auto& c : cases)
+        EXPECT_EQ(FindEditable(columns, c.from, c.forward, 3).value_or(CellAddress{}), c.found)
+            << c.from.row << ',' << c.from.column;
+    EXPECT_FALSE(FindEditable(ColumnsOf({10, 10}), {0, 0}, true, 3));
 }
 
 TEST(TypeAhead, APauseOfMoreThanASecondStartsAgain) {

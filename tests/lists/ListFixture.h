@@ -18,7 +18,7 @@
 
 namespace vnbytstr::test {
 
-/// Opens what a test needs of a list's inside, and answers the zoom in place of a person.
+/// Makes protected members accessible and answers the zoom in place of a user.
 class TestList : public CVNListBox {
 public:
     using CListBoxEx::m_bCommitting;
@@ -57,6 +57,18 @@ public:
     }
     /// What was asked since the last call.
     std::vector<std::string> Take() { return std::exchange(asked, {}); }
+    /// From now on answers one message so, and accepts all others.
+    void Answer(UINT message, LRESULT answer) {
+        onAsked = [=](UINT sent) { return sent == message ? answer : 0; };
+    }
+    /// From now on does something when it is asked to store a value, and accepts the value.
+    void OnStore(std::function<void()> act) {
+        onAsked = [act = std::move(act)](UINT sent) -> LRESULT {
+            if (sent == VNM_STOREVALUE)
+                act();
+            return 0;
+        };
+    }
 
     std::vector<std::string> asked;
     std::function<LRESULT(UINT)> onAsked;
@@ -157,7 +169,7 @@ protected:
         Mouse(*list, QEvent::MouseButtonDblClick, point);
         Pump();
     }
-    /// A key to whoever has the focus.
+    /// A key to the window that has the focus.
     static void Key(Qt::Key key, Qt::KeyboardModifiers keys = {}) {
         QWidget* focus = QApplication::focusWidget();
         ASSERT_NE(focus, nullptr);
@@ -183,11 +195,24 @@ protected:
             text += (row > 0 ? " " : "") + Cell(row, column);
         return text;
     }
+    /// Opens a cell and types into it.
+    void EditAndType(int row, int column, const char* text) {
+        list->EditColumn(row, column);
+        Type(text);
+        parent.Take();
+    }
     std::string EditorText() {
         CString text;
         if (list->GetActiveEditor() != nullptr)
             list->GetActiveEditor()->GetWindowText(text);
         return static_cast<const char*>(text);
+    }
+    /// In the list's client area.
+    CRect EditorRect() {
+        CRect rect;
+        list->GetActiveEditor()->GetWindowRect(rect);
+        list->ScreenToClient(rect);
+        return rect;
     }
     bool IsOpen() { return list->GetActiveEditor() != nullptr; }
     bool IsOpenAt(int row, int column) {
@@ -203,6 +228,17 @@ protected:
     ScopedCodePage utf8{65001};
     RecordingParent parent;
     std::unique_ptr<TestList> list;
+};
+
+/// The same with editors: text in column 0, numbers from -10 to 200 in column 2.
+class Editing : public ListFixture {
+protected:
+    void SetUp() override {
+        ListFixture::SetUp();
+        list->SetEditorType(0, kEditorText);
+        list->SetEditorType(2, kEditorNumber);
+        list->SetEditorRange(2, -10, 200);
+    }
 };
 
 } // namespace vnbytstr::test

@@ -46,12 +46,12 @@ TEST_F(SideScroll, AllMovesTogether) {
     const int last = 3 * kWidth - client.Width();
     EXPECT_TRUE(HasBar());
     EXPECT_EQ(ColumnUnder(310), 1);
-    const QImage rows = Seen(*list, 250, 100), strip = Seen(*list->GetHeadings(), 251, 50);
+    const QImage rows = Seen(*list, 250, 100), header = Seen(*list->GetHeadings(), 251, 50);
     list->SendMessage(WM_HSCROLL, SB_LINEDOWN);
     const int step = list->GetSideShift();
     EXPECT_GT(step, 0);
     EXPECT_EQ(Seen(*list, 250 - step, 100), rows);
-    EXPECT_EQ(Seen(*list->GetHeadings(), 251 - step, 50), strip);
+    EXPECT_EQ(Seen(*list->GetHeadings(), 251 - step, 50), header);
     EXPECT_EQ(HeadingLeft(1), 2 + kWidth - step);
 
     list->SendMessage(WM_HSCROLL, SB_BOTTOM);
@@ -96,7 +96,7 @@ TEST_F(SideScroll, WhatFitsDoesNotScroll) {
     EXPECT_EQ(list->GetSideShift(), 0);
     EXPECT_FALSE(HasBar());
     EXPECT_EQ(list->GetOwnColumnWidth(2), kWidth);
-    EXPECT_EQ(list->GetColumnWidth(2), 400 - 2 - 50); // the strip is filled
+    EXPECT_EQ(list->GetColumnWidth(2), 400 - 2 - 50); // the header control is filled
     list->MoveWindow(10, 60, 340, 200);               // and no longer
     Pump();
     EXPECT_TRUE(HasBar());
