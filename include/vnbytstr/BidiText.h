@@ -9,18 +9,18 @@
 #include "vnbytstr/framework/Export.h"
 #include "vnbytstr/framework/String.h"
 
-/// Whether the system is made for text from right to left: its answer
-/// on the first call, kept for the life of the process.
+/// Whether the system is set up for text from right to left: its answer at the first call, kept for
+/// the life of the process.
 VNBYTSTR_API bool IsBIDIWindows();
 
-/// Puts a left-to-right mark before and after the text, whether or not some are there. The mark is
+/// Puts a left-to-right mark before and after the text, even where there is one. The mark is
 /// the byte FD in single-byte code pages, and E2 80 8E in UTF-8; the double-byte pages have none,
 /// and the text stays as it is.
 VNBYTSTR_API void SurroundWithLRM(CString& text);
 
 /// Puts a left-to-right mark after a text that has no right-to-left letter and does not end with
-/// the mark: on a system of the NT family of a version above 4 that is made for text from right to
-/// left, and whose ANSI code page is 1255, 1256 or UTF-8. Otherwise does nothing.
+/// the mark: on a system of the NT family of a version above 4 that is set up for text from right
+/// to left, and whose ANSI code page is 1255, 1256 or UTF-8. Otherwise does nothing.
 VNBYTSTR_API void MaybeAddLRMSuffix(CString& text);
 
 /// True when the text has no right-to-left letter, and for any text when the ANSI code page is

@@ -1,5 +1,5 @@
-// CByteStore: a byte sequence of up to 4 GiB - 1 bytes, partly in memory, partly in a swap file. See
-// ByteStream.h for the type that slices come as.
+// CByteStore: a byte sequence of up to 4 GiB - 1 bytes, partly in memory, partly in a swap file.
+// See ByteStream.h for the type that slices come as.
 #pragma once
 
 #include "vnbytstr/BytePage.h"
@@ -49,9 +49,9 @@ struct SwapImage;
 /// with SetFileName have none until the store writes them, and SaveToFile does not read what it
 /// renames.
 ///
-/// Forked children: a child reads what its parent's store holds and may change it; it goes on in a
-/// swap file of its own, and its parent's files are left alone. A page that the parent changes
-/// after the fork, and that the child does not have in memory, is cause 2 in the child.
+/// Forked children: a child reads what its parent's store holds and may change it; its changes go
+/// to another swap file, and its parent's files are left alone. A page that the parent changes
+/// after the fork, and that the child does not have in memory, gives cause 2 in the child.
 ///
 /// Reading past the end: the one- and two-byte forms give zero bytes there. The wider ones throw
 /// CCacheException(0) when they start past the end; one that starts at the end gives 0, and one
@@ -234,8 +234,8 @@ public:
     void ShiftCurrent();
     /// Raises the start to `index` (at most the length); never lowers it.
     void DiscardUpTo(DWORD index);
-    /// Drops the bytes from `length` on, if there are any. The start is then at most the length; the
-    /// cursor stays. Extension.
+    /// Drops the bytes from `length` on, if there are any. The start is then at most the length;
+    /// the cursor stays. Extension.
     void Truncate(DWORD length) noexcept;
 
     // --- the whole store -------------------------------------------------------------------------
@@ -255,8 +255,8 @@ public:
     void ReleasePages();
     /// Makes the content the file `name`, in place of any that is there, and empties the store.
     /// Returns when the content is on the disk. On failure the store has its content still and an
-    /// old `name` is as it was; when it was the disk's sync that failed, the next save writes
-    /// everything again. The file is replaced as CReplacementFile does it; without copying where a
+    /// old `name` is unchanged; if the sync to the disk failed, the next save writes everything
+    /// again. The file is replaced as CReplacementFile does it; without copying where a
     /// swap file on the same file system can be renamed. A file opened with SetFileName is moved.
     /// CFileException with the target's name for what is wrong with the target (a null name, no
     /// room), CCacheException for what is wrong with the swap file.
@@ -409,6 +409,8 @@ private:
     void CloseImage() noexcept;
 #ifndef NDEBUG
     void CheckInvariants() const;
+    void CheckPages() const;
+    void CheckPagesOnFile() const;
 #else
     void CheckInvariants() const {}
 #endif

@@ -8,18 +8,17 @@
 #include "vnbytstr/framework/String.h"
 
 /// Byte sequence of up to 4 GiB - 1 bytes. Content of up to GetMaxSizeInMemory() bytes stays in one
-/// heap block that grows by doubling; beyond that the stream moves it into a CByteStore of its own
-/// and goes on there, once and for good: it stays there when it is emptied. A stream can also be
-/// bound to a caller's buffer, which it neither frees nor grows.
+/// heap block that grows by doubling; beyond that the stream moves it into a CByteStore and stays
+/// with that store, even when it is emptied. A stream can also be bound to a caller's buffer, which
+/// it neither frees nor grows.
 ///
-/// Indexes count bytes from 0. All multi-byte values are big-endian. The operations that CByteStore
-/// has too mean the same here, wherever the content lies; see there for ranges, exceptions and what
-/// holds after one. What differs stands with the operation.
+/// Indexes count bytes from 0. All multi-byte values are big-endian. Operations that CByteStore has
+/// too mean the same here, wherever the content lies; ByteStore.h describes their ranges, their
+/// exceptions and the state after an exception. Comments here tell only what differs.
 ///
-/// Exceptions: CCacheException with the causes of CByteStore and, of its own, 2 (a pointer to
-/// content in a store was asked for), 3 (the buffer is read-only, or external and full), 4
-/// (ReleaseBuffer of content in a store), 6 (past 4 GiB - 1); CMemoryException when memory runs
-/// out.
+/// Exceptions: CCacheException with the causes of CByteStore and also 2 (a pointer to content in a
+/// store was asked for), 3 (the buffer is read-only, or external and full), 4 (ReleaseBuffer of
+/// content in a store), 6 (past 4 GiB - 1); CMemoryException when memory runs out.
 ///
 /// Threads: one at a time.
 class VNBYTSTR_API CByteStream : public CObject {
@@ -27,32 +26,32 @@ public:
     static constexpr WORD m_wGrowLength = 32; ///< least growth of the block, in bytes
     static constexpr DWORD kNotFound = CByteStore::kNotFound;
 
-    /// Empty, with a block of its own to come.
+    /// Empty. A block is allocated when it is needed.
     CByteStream() noexcept { Init(); }
-    /// A copy, in a block or a store of its own, of the bytes that the source still holds, at their
-    /// indexes; the start is copied too.
+    /// A copy of the bytes that the source still holds, at the same indexes; the start is copied
+    /// too. It lies in a block or, if it is too long for one, in a store.
     CByteStream(const CByteStream& other);
     CByteStream(CByteStore& store);
-    /// Becomes the store, unless its bytes suit a block.
+    /// Takes the store over; bytes that fit into a block are copied instead.
     CByteStream(CByteStore&& store);
     CByteStream(const BYTE* bytes, DWORD count);
     /// From hex text, as CopyFromHex reads it.
     CByteStream(const char* hex);
-    /// Takes all that the other has, flags, cursor and the binding to a caller's buffer too, and
-    /// leaves it as a new stream is.
+    /// Takes everything from the other, including flags, cursor and the binding to a caller's
+    /// buffer, and leaves it like a new stream.
     CByteStream(CByteStream&& other) noexcept;
     /// Frees the block and the store, never a caller's buffer.
     ~CByteStream() override;
 
-    /// Replaces the content by a copy, made as the constructors make it. Where the content lies
-    /// does not change, but for growth; the auto-delete flag stays; the cursor becomes 0. After an
-    /// exception (cause 3 when a caller's buffer is too small) the old content is still there; for
-    /// a moment there is need of room for both.
+    /// Replaces the content by a copy, made as by the constructors. Content in a store or on a
+    /// caller's buffer stays there; the auto-delete flag stays; the cursor becomes 0. After an
+    /// exception (cause 3 when a caller's buffer is too small) the old content is still there. For
+    /// a moment both contents need room.
     CByteStream& operator=(const CByteStream& other);
     CByteStream& operator=(const char* hex);
-    /// Drops the content and takes all that the other has; see the constructor. With one exception:
-    /// a stream on a caller's writable buffer that has room for the bytes of a stream's own block
-    /// gets a copy of them into that buffer, as by the other assignments.
+    /// Drops the content and takes everything from the other, as the constructor does. One
+    /// exception: when this stream is bound to a caller's writable buffer with room for the bytes
+    /// of the other's block, they are copied into that buffer, as by the other assignments.
     CByteStream& operator=(CByteStream&& other) noexcept;
 
     // --- binding to a caller's buffer ------------------------------------------------------------
@@ -61,7 +60,7 @@ public:
     void SetReadOnlyBuffer(const BYTE* bytes, DWORD length);
     /// The same for bytes that may be written; the content may grow up to `capacity` bytes.
     void SetWritableBuffer(BYTE* bytes, DWORD length, DWORD capacity);
-    /// Ends a binding: the stream is empty and has a block of its own to come. Else does nothing.
+    /// Ends a binding: the stream is empty. Does nothing when it is not bound.
     void SetInternalBuffer();
     BOOL IsReadOnlyBuffer() const { return m_nBufferMode == kReadOnly; }
     /// FALSE once the content lies in a store.
@@ -70,8 +69,8 @@ public:
     // --- the content as memory (cause 2 when it lies in a store) ---------------------------------
     /// Null when the stream never held anything. Valid until the next change.
     operator const BYTE*() const;
-    /// A buffer of at least `size` bytes that begins with the content. To be written up to `size`,
-    /// then released with the new length.
+    /// A buffer of at least `size` bytes that begins with the content. Write up to `size` bytes,
+    /// then call ReleaseBuffer with the new length.
     BYTE* GetBuffer(DWORD size);
     /// The same, and the length becomes `length`.
     BYTE* GetBufferSetLength(DWORD length);
@@ -111,9 +110,9 @@ public:
     LONGLONG GetCurrentInt48() const { return GetInt48(GetCurrentOffset()); }
     LONGLONG GetCurrentInt64() const { return GetInt64(GetCurrentOffset()); }
 
-    /// On a read-only buffer cause 3, whatever the index. At or past the end the content is
-    /// extended first. When it moves into a store since the new length passes the limit, the cursor
-    /// is 0 afterwards; when only the block's growth by doubling would pass it, the cursor stays.
+    /// Cause 3 on a read-only buffer, whatever the index. At or past the end the content is
+    /// extended first. When it then moves into a store because the new length passes the limit, the
+    /// cursor becomes 0; when only the block's growth by doubling would pass it, the cursor stays.
     void SetByte(DWORD index, BYTE value);
     void SetWord(DWORD index, WORD value);
     void SetDWord(DWORD index, DWORD value);
@@ -133,8 +132,8 @@ public:
     void Concat(const char* hex) { CopyFromHex(GetLength(), hex); }
     void ConcatByte(BYTE value);
     void ConcatWord(WORD value);
-    /// In memory: adds `count` real bytes, zero in fresh memory, else what the buffer held there.
-    /// In a store: accounts for `count` bytes never held, as CByteStore::Concat(DWORD) does.
+    /// In memory: adds `count` real bytes, zero in new memory, otherwise what the buffer held
+    /// there. In a store: accounts for `count` bytes never held, as CByteStore::Concat(DWORD) does.
     void Concat(DWORD count);
     CByteStream& operator+=(const CByteStream& source);
     CByteStream& operator+=(BYTE value);
@@ -188,13 +187,12 @@ public:
     void Truncate(DWORD length);
 
     // --- the whole stream ------------------------------------------------------------------------
-    /// Length and cursor become 0. With `freeBuffer` a block of the stream's own is freed, and the
-    /// complete flag cleared. A store stays attached, empty.
+    /// Length and cursor become 0. With `freeBuffer` the stream's block is freed and the complete
+    /// flag cleared. A store stays attached, empty.
     void Empty(int freeBuffer = 0);
     /// Writes what a store has in memory to its swap file; nothing to do in memory.
     void Flush();
-    /// Gives the memory of a store's pages back, see CByteStore; nothing to do in memory.
-    /// Extension.
+    /// Frees the memory of a store's pages, see CByteStore; nothing to do in memory. Extension.
     void ReleasePages();
     void SaveToFile(const char* name, int fromCurrent = 0);
     void CopyToFile(const char* name, int fromCurrent = 0);
@@ -203,15 +201,15 @@ public:
     void SetFileName(const char* name);
     /// The store's swap file; "" in memory.
     const char* GetFileName() const { return m_pStore ? m_pStore->GetFileName() : ""; }
-    /// In memory it is remembered for the store to come.
+    /// In memory it is remembered for a store that the content may move into.
     BOOL GetAutoDelete() const { return m_pStore ? m_pStore->GetAutoDelete() : m_bAutoDelete; }
     void SetAutoDelete(BOOL autoDelete);
     /// The first page in a store, the whole buffer in memory.
     BYTE* GetFirstPage();
 
     // --- translation: as in CByteStore, and in place ---------------------------------------------
-    /// Replaces the content by its translation; the cursor becomes 0. 0, with the content as it
-    /// was, when the pair cannot be translated.
+    /// Replaces the content by its translation; the cursor becomes 0. Returns 0, with the content
+    /// unchanged, when the pair cannot be translated.
     int TranslateCCSID(WORD from, WORD to, STranslationReport* report = nullptr);
     int TranslateCCSID(WORD from, WORD to, CByteStream& destination,
                        STranslationReport* report = nullptr) const;
@@ -226,7 +224,7 @@ public:
     // see there for what that means for chained mode and for padding. The start and the cursor
     // become 0.
 
-    /// 1, or 0 with the content as it was.
+    /// 1, or 0 with the content unchanged.
     int Encrypt(const CByteStream& key, const CByteStream& vector, CDES::EMode mode, bool pad);
     int Decrypt(const CByteStream& key, const CByteStream& vector, CDES::EMode mode, bool pad);
 
@@ -235,7 +233,7 @@ public:
     static DWORD GetMaxSizeInMemory();
     static DWORD m_dwMaxSizeInMemory; ///< that limit, 0 until first needed
 
-    /// The store the content lies in, null while it is in memory. The stream's own.
+    /// The store that the content lies in, null while it is in memory. The stream owns it.
     const CByteStore* GetStore() const { return m_pStore; }
 
 protected:

@@ -26,7 +26,7 @@
 //     Unicode sets                U+FFFD
 //   A character that shows nothing by itself (soft hyphen, joiner, directional mark, byte-order
 //   mark) and that the target does not hold is left out. It counts as untranslatable like the
-//   others. Bytes that are no character of the source are malformed: each such sequence becomes
+//   others. Bytes that are not a character of the source are malformed: each such sequence becomes
 //   U+FFFD (for a single byte of a PC-born set, 932 included, U+001A), which the target may in turn
 //   lack, and counts as malformed only. A character cut short by the end of the text is malformed.
 //   The number of either kind and the position of the first are in STranslationReport.
@@ -46,7 +46,7 @@
 /// How bidirectional text (Hebrew, Arabic) lies in a buffer.
 enum EBidiOrder {
     bidiLogical, ///< in the order of reading and typing
-    bidiVisual   ///< in the order in which it stands on the line
+    bidiVisual   ///< in the order in which it is shown on the line
 };
 /// The base direction of a paragraph; for visual order the end at which a line's first byte stands.
 enum EBidiDirection {
@@ -88,7 +88,7 @@ struct STranslationReport {
     ULONGLONG ullProduced = 0;
     ULONGLONG ullUntranslatable = 0; ///< characters the target does not hold
     ULONGLONG ullFirstUntranslatable = nowhere;
-    ULONGLONG ullMalformed = 0; ///< sequences that are no character of the source
+    ULONGLONG ullMalformed = 0; ///< sequences that are not a character of the source
     ULONGLONG ullFirstMalformed = nowhere;
 };
 
@@ -140,9 +140,9 @@ VNBYTSTR_API CCCSIDTranslation* TranslateBeginEx(WORD from, WORD to,
 /// State is kept between slices: a character, or what stands between a shift-out and a shift-in,
 /// may lie across two of them. On translationMore the rest of the slice is passed again (with the
 /// same `last`) until the result is another; the rest may be empty, since what is still to be
-/// written is kept. No output is lost for want of room, and every call with room in `out` makes
-/// progress. On translationFailed the bytes before the one it stopped at have been written; the
-/// report tells the position.
+/// written is kept. No output is lost when the room runs out, and every call with room in `out`
+/// makes progress. On translationFailed the bytes before the one it stopped at have been written;
+/// the report tells the position.
 VNBYTSTR_API ETranslation TranslateCCSIDEx(CCCSIDTranslation* translation, const BYTE* in,
                                            DWORD* inLength, BYTE* out, DWORD* outLength, BOOL last);
 

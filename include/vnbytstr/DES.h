@@ -1,7 +1,7 @@
 // CDES: the Data Encryption Standard, for existing peers.
 //
-// Single DES has a key of 56 bits, which is found by trying within a day. It is here to talk to
-// peers that speak nothing else, and protects nothing today.
+// Single DES has a key of 56 bits, which can be found by trial within a day. It serves peers that
+// know nothing else; it protects nothing today.
 #pragma once
 
 #include "vnbytstr/framework/Export.h"
@@ -28,8 +28,7 @@ public:
     void SetKey(const BYTE* key, int length);
     /// The text's characters are the key's bytes.
     void SetKey(const char* key);
-    /// Takes the first 8 bytes in the same way. A segmented run that has begun goes on all the
-    /// same.
+    /// Takes the first 8 bytes in the same way. Does not end a segmented run.
     void SetInitializationVector(const BYTE* vector, int length);
     void SetInitializationVector(const char* vector);
     /// The 8 bytes kept.
@@ -63,8 +62,8 @@ public:
     void Decrypt(const BYTE* input, int length, BYTE* output, int& outputLength);
 
     /// Replaces the content of the stream, wherever it lies. Lengths are taken modulo 65536, so
-    /// these are for results below 65536 bytes: longer ones give CCryptoException with code 0, or
-    /// CCacheException(2) from a stream in a store, and the stream as it was. Use the Encrypt and
+    /// these are for results below 65536 bytes: longer ones throw CCryptoException with code 0, or
+    /// CCacheException(2) from a stream in a store, and leave the stream unchanged. Use Encrypt and
     /// Decrypt of CByteStream for those. Without padding the rest of a partial last block is cut
     /// off, and Decrypt refuses such a length with code 0: encipher whole blocks, or pad.
     void Encrypt(CByteStream& stream);

@@ -1,8 +1,7 @@
 // CDiffieHellman: one side of a Diffie-Hellman key agreement, for existing peers.
 //
-// Its random numbers come from the C library's rand, seeded with the time in seconds: the
-// key is known to everybody who knows when it was made. It is here to talk to existing peers and
-// protects nothing today.
+// Its random numbers come from the C library's rand, seeded with the time in seconds: anybody who
+// knows when a key was made knows the key. It serves existing peers; it protects nothing today.
 #pragma once
 
 #include "vnbytstr/ByteStream.h"
@@ -45,9 +44,9 @@ public:
 
     /// Draws the private exponent x and computes X = G ^ x mod N. 1, or 0 when G or N is empty or
     /// the exponent length is not positive. Seeds rand with the time in seconds on every call, so
-    /// two calls in one second draw the same bytes; rand is the process's, so a seed of the
-    /// program's own is lost. The bytes of a second call are appended to those of the first: x then
-    /// is a longer number.
+    /// two calls in one second draw the same bytes; rand is shared by the process, so a seed that
+    /// the program has set is lost. The bytes of a second call are appended to those of the first:
+    /// x then is a longer number.
     int GenerateX();
     /// Computes K = Y ^ x mod N. 1, or 0 when Y, N or x is missing or the exponent length is 0.
     int ComputeK();

@@ -12,7 +12,7 @@
 /// Results of arithmetic are trimmed: zero blocks at the most significant end are dropped, but one
 /// block remains.
 ///
-/// What callers stumble over: SetBytes, and with it every constructor from bytes, takes whole
+/// Caution: SetBytes, and with it every constructor from bytes, takes whole
 /// blocks of four bytes and drops the n % 4 bytes at the end. One byte alone is no block, so it
 /// counts as zero: pad it in front to four.
 ///

@@ -1,8 +1,8 @@
-// Global variables: the process's table of named texts that describe the connection and steer
+// Global variables: the process's table of named texts that describe the connection and control
 // queries, exports and reports.
 //
 // Entry 0 of the table is an unnamed placeholder, entries 1 to 59 are the built-in variables (an
-// entry's index is its id), and those that the user adds come behind them, in the order they were
+// entry's index is its id), and those that the user adds follow, in the order they were
 // added. docs/global-variables.md has all built-in ones with their defaults and ranges.
 //
 // Names are matched by the system locale's rules ignoring case, kana type and width; i and I are
@@ -65,7 +65,7 @@ private:
     Key m_key;
 };
 
-/// Texts of the user interface's language that the table uses, as they were at Initialize. Empty
+/// Texts of the user interface's language that the table uses, as of Initialize. Empty
 /// when there is no resource library.
 struct SGlobalStrings {
     CString m_strLanguage;      ///< the language's name: TLXAO_NLF_LANG
@@ -153,22 +153,22 @@ public:
         NotInitialized = 10   ///< Initialize has not run yet
     };
 
-    /// A table of one's own, with nothing in it. Programs use Get.
+    /// An empty table, independent of the process's. Programs use Get.
     CGlobalVars();
     ~CGlobalVars() override;
 
     /// The process's table; made empty at the first call, it lives as long as the process.
     static CGlobalVars& Get();
 
-    /// Makes the table anew: the built-in variables with the values the profile has (one that
+    /// Rebuilds the table: the built-in variables with the values the profile has (one that
     /// Validate refuses counts as missing) or their defaults, and, when the number "SaveGlobals"
     /// under "Options" (profile root 3) is not 0, the user's variables in "Global Variables".
     /// Returns Success. Takes time in proportion to the size of that section. After an exception
     /// the table is empty, as before the first call, and nothing of it is saved.
     int Initialize();
 
-    /// The value of a variable of the process's table, without a copy; m_strEmptyValue when there
-    /// is none. Valid until the variable changes.
+    /// The value of a variable of the process's table, without a copy; m_strEmptyValue when the
+    /// variable does not exist. Valid until the variable changes.
     static const CString& Get(const char* name);
     static const CString& Get(GlobalVarIDs id);
 
@@ -240,7 +240,7 @@ public:
         return Validate(&name, &value, position);
     }
 
-    /// The name of a built-in variable; empty when the id is none. GetIDFromName is its reverse: 0
+    /// The name of a built-in variable; empty for any other id. GetIDFromName is its reverse: 0
     /// when the name is not that of a built-in variable.
     static const char* GetNameFromID(GlobalVarIDs id) noexcept;
     static GlobalVarIDs GetIDFromName(const char* name);
@@ -248,7 +248,7 @@ public:
     static bool IsReservedName(const char* name);
 
     /// What a built-in variable is, in a few words, and in full; in the language of the user
-    /// interface. UnknownName, and an empty text, when the id is none or no resource library has
+    /// interface. UnknownName, and an empty text, for any other id and when no resource library has
     /// the text.
     static int GetDescriptionFromID(GlobalVarIDs id, CString& text);
     static int GetFullDescriptionFromID(GlobalVarIDs id, CString& text);
@@ -263,8 +263,8 @@ public:
     /// The profile file changes in one step, or, with NotSaved, not at all.
     int SaveToRegistry() const;
 
-    /// What a quoted or parenthesised value stands for. Behind an apostrophe: what follows, up to
-    /// the closing apostrophe, two in a row standing for one. Behind an opening parenthesis: up to
+    /// What a quoted or parenthesised value stands for. After an apostrophe: what follows, up to
+    /// the closing apostrophe, two in a row standing for one. After an opening parenthesis: up to
     /// its closing one. Where the closing one is missing, up to the end, so that a lone ' or ( is
     /// the empty text. Any other value stays.
     static void ParseGlobal(CString& value);

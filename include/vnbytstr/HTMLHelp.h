@@ -2,7 +2,7 @@
 //
 // The pages lie beside the program, in a folder for each language: Help/l.DEU/, Help/l.ENU/. That
 // of the user interface's language is used (GetUILanguage), or the English one when it has no
-// index. The index is a text file, named as the program with ".ind" behind it:
+// index. The index is a text file, named after the program with ".ind" added:
 //
 //     Help index of vnquery          <- a heading, not read
 //     100000,contents.htm            <- identifier, comma, page
@@ -23,8 +23,8 @@
 
 class CFile;
 
-/// Serves the help requests of one program. Used on the thread of the user interface. Nothing is
-/// thrown to the caller; what goes wrong is told in message boxes.
+/// Serves the help requests of one program. Used on the thread of the user interface. Throws
+/// nothing; message boxes tell what goes wrong.
 class VNBYTSTR_API CVNHTMLHelp {
 public:
     enum Topic : DWORD {

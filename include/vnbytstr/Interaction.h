@@ -1,6 +1,6 @@
-// What the library asks of the person before the screen: message boxes, and opening a page or file
-// in another program. The console version is current until another one is installed; the controls
-// library installs the one with windows, a test its double.
+// How the library reaches the user: message boxes, and opening a page or file in another program.
+// The console version is current until another one is installed; the controls library installs the
+// one with windows, a test its double.
 #pragma once
 
 #include "vnbytstr/framework/Export.h"
@@ -19,8 +19,9 @@ public:
     virtual int MessageBox(const char* text, const char* caption, UINT type, UINT helpContext) = 0;
 
     /// Opens `file` (a document, a folder, a program or an address with its scheme) and does not
-    /// wait. `verb` is "open" or null. `parameters` (null: none) are a program's arguments, parted
-    /// by blanks; one that holds blanks stands in double quotes, and a double quote in one is \".
+    /// wait. `verb` is "open" or null. `parameters` (null: none) are a program's arguments,
+    /// separated by blanks; one that holds blanks stands in double quotes, and a double quote in
+    /// one is \".
     /// `folder` (null: this process's) is the working folder. `show` is an SW_ value. No shell
     /// reads any of it. Returns more than 32 when it was started, else a ShellError.
     virtual int ShellExecute(const char* verb, const char* file, const char* parameters,

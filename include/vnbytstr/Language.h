@@ -8,8 +8,8 @@
 // None of these functions throws. They run on the thread of the user interface: LoadResourceDLL and
 // LoadStringA set the process-wide AfxGetResourceHandle, LoadStringA for the time of the call.
 //
-// With VNBYTSTR_TRACE=1 in the environment (looked at when the system seam is installed) each step
-// is told on standard error.
+// With VNBYTSTR_TRACE=1 in the environment (read when the system seam is installed) each step is
+// reported on standard error.
 #pragma once
 
 #include "vnbytstr/framework/Export.h"
@@ -19,14 +19,14 @@
 #include <vector>
 
 /// The language code to use: "UILanguage" under "Options" of the profile (root 3) as it stands
-/// there, without a check; when there is none, the code of the system's locale (LC_ALL,
-/// LC_MESSAGES, LANG), or of the language next to it, or "ENU".
+/// there, unchecked; if it is not set, the code of the system's locale (LC_ALL, LC_MESSAGES,
+/// LANG), or of the nearest language, or "ENU".
 VNBYTSTR_API CString GetUILanguage();
 
 /// Loads the library of the user interface's language, or else the English one, and makes it the
 /// one that resources come from (AfxGetResourceHandle). Each is looked for beside the program, then
 /// beside this library, then in the data folder of its installation. Returns null when there is
-/// neither, or when it cannot be loaded. It stays loaded. A null prefix is empty.
+/// neither, or when it cannot be loaded. The library stays loaded. A null prefix is empty.
 VNBYTSTR_API HINSTANCE LoadResourceDLL(const char* prefix);
 
 /// Loads a string: from the current resource library, else from `module` (unless null or the same),
@@ -34,7 +34,7 @@ VNBYTSTR_API HINSTANCE LoadResourceDLL(const char* prefix);
 /// `text` when none of them has it.
 VNBYTSTR_API int LoadStringA(CString& text, UINT id, HINSTANCE module);
 
-/// What a person calls the language of a code: its name in that language ("Deutsch (Schweiz)"), in
+/// The display name of the language of a code: its name in that language ("Deutsch (Schweiz)"), in
 /// English where the ANSI code page cannot hold that, and the code itself when it is not known. A
 /// null code is empty.
 VNBYTSTR_API CString GetLanguageNameFromCode(const char* code);
@@ -46,7 +46,7 @@ struct SInstalledLanguage {
     CString m_strFile; ///< full name
 };
 /// The resource libraries with that prefix (null is empty) and a three-letter code where
-/// LoadResourceDLL looks, the first of each code, by code, for lists that a person chooses from. A
+/// LoadResourceDLL looks, the first of each code, by code, for lists that a user chooses from. A
 /// folder that cannot be read counts as empty.
 VNBYTSTR_API std::vector<SInstalledLanguage> GetInstalledLanguages(const char* prefix);
 

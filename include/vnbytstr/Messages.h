@@ -25,7 +25,7 @@ VNBYTSTR_API int FormatStringEx(CString& out, const char* format, const char* a1
                                 const char* a3, const char* a4, const char* a5, const char* a6,
                                 const char* a7, const char* a8, const char* a9);
 /// With a string resource for a format, loaded by LoadStringA(text, id, module). Returns -1 and
-/// leaves `out` as it was when there is no such string.
+/// leaves `out` unchanged when there is no such string.
 VNBYTSTR_API int FormatStringEx(CString& out, UINT id, HINSTANCE module, const char* a1);
 VNBYTSTR_API int FormatStringEx(CString& out, UINT id, HINSTANCE module, const char* a1,
                                 const char* a2);
@@ -113,8 +113,8 @@ VNBYTSTR_API int FormatArguments(CString& out, const char* format,
 /// length. Arguments are integers (and enumerations), floating-point numbers, texts (char pointers
 /// and CString; a null one is "(null)") and pointers.
 ///
-/// The format need not be trusted: what it asks for is compared with the arguments there are. It is
-/// refused, with -1 and `out` as it was, when it asks for more arguments than there are or for one
+/// The format need not be trusted: its conversions are checked against the arguments. It is
+/// refused, with -1 and `out` unchanged, when it asks for more arguments than there are or for one
 /// of another kind, when a conversion is unknown (`%n` is), incomplete or a wide one (`%S`, `%C`,
 /// `%ls`), and when a width or a precision passes 16,384 (of a text: 16,777,216). Arguments left
 /// over do not count.
@@ -131,20 +131,20 @@ int FormatString(CString& out, const char* format, const Arguments&... arguments
         return vnbytstr::FormatArguments(out, format, list);
     }
 }
-/// As above with arguments that nobody can count: `format` must be the program's own. Refused are
-/// unknown conversions, `%n`, wide ones, and widths and precisions that are too large. The widths
-/// of integers are this platform's (`%ld` has 64 bits); I64 is ll. A long double is printed as a
-/// double. `arguments` is as it was afterwards where the platform hands it over by value.
+/// As above with an argument pointer, which cannot be checked: `format` must be trusted. Refused
+/// are unknown conversions, `%n`, wide ones, and widths and precisions that are too large. The
+/// widths of integers are this platform's (`%ld` has 64 bits); I64 is ll. A long double is printed
+/// as a double. Where the platform passes `arguments` by value, it is unchanged afterwards.
 VNBYTSTR_API int FormatStringV(CString& out, const char* format, std::va_list arguments);
-/// The same under the other name, where an argument pointer is a type of its own. Where it is a
-/// char*, that is a text, and FormatStringV takes argument pointers.
+/// The same under the other name, where the argument pointer is a distinct type. Where it is a
+/// char*, this name takes a text, and FormatStringV takes argument pointers.
 template <bool isText = vnbytstr::detail::kIsArgumentPointerText>
 requires(!isText) int FormatString(CString& out, const char* format, std::va_list arguments) {
     return FormatStringV(out, format, arguments);
 }
 
-/// Sets the string to the decimal digits of the value, with a minus sign. The string is empty or as
-/// it was when memory runs out.
+/// Sets the string to the decimal digits of the value, with a minus sign. When memory runs out the
+/// string is empty or unchanged.
 VNBYTSTR_API void FormatShort(CString& out, short value);
 VNBYTSTR_API void FormatLong(CString& out, LONG value);
 VNBYTSTR_API void FormatWORD(CString& out, WORD value);

@@ -2,13 +2,13 @@
 //
 // Text is in the process's ANSI code page (see docs/text.md). A character is a lead
 // byte with its trail byte in a double-byte page, a whole sequence in UTF-8, and one byte
-// otherwise. What a byte is, is judged from the beginning of the text. A lead byte with nothing
-// behind it, and each byte of a broken UTF-8 sequence, is a character by itself. Counts are in
+// otherwise. Characters are told apart from the beginning of the text. A lead byte with nothing
+// after it, and each byte of a broken UTF-8 sequence, is a character by itself. Counts are in
 // characters and positions in bytes from 0, unless said otherwise.
 //
 // A CString may hold NUL bytes, which are characters like others here; a `char*` ends at the first.
 // Every function takes time in proportion to the text. What makes a new string throws
-// CMemoryException when memory cannot be had, and leaves its arguments as they were.
+// CMemoryException when memory runs out, and leaves its arguments unchanged.
 #pragma once
 
 #include "vnbytstr/framework/Arrays.h"
@@ -17,8 +17,8 @@
 #include "vnbytstr/framework/StringList.h"
 #include "vnbytstr/framework/Types.h"
 
-/// For a text that is to be cut behind `position`: when that byte belongs to a character that goes
-/// on behind it (in a double-byte page: when it is a lead byte), the character's bytes up to
+/// For a text that is to be cut after `position`: when that byte belongs to a character that
+/// continues after it (in a double-byte page: when it is a lead byte), the character's bytes up to
 /// `position` become blanks. A position outside of the text changes nothing.
 VNBYTSTR_API void CheckLeadMultiByteSymbol(char* string, LONG position);
 
@@ -29,14 +29,14 @@ VNBYTSTR_API void CheckLeadMultiByteSymbol(char* string, LONG position);
 VNBYTSTR_API void CheckTrailMultiByteSymbol(char* string, LONG position);
 
 /// Copies exactly `count` bytes (none when it is negative) and writes no terminator; the blocks
-/// must not overlap. When the last ones are the beginning of a character that goes on behind them
-/// (in a double-byte page: a lead byte), blanks stand in their place in the destination. Behind a
-/// NUL in the source nothing is replaced.
+/// must not overlap. When the last ones are the beginning of a character that continues after
+/// them (in a double-byte page: a lead byte), blanks stand in their place in the destination. After
+/// a NUL in the source nothing is replaced.
 VNBYTSTR_API void CopyMultiByteStr(char* destination, const char* source, LONG count);
 /// The same with the smaller of `count` and `limit`.
 VNBYTSTR_API void CopyMultiByteStr(char* destination, const char* source, LONG count, LONG limit);
 
-/// Bytes of the text with its terminator; not characters, for all its name.
+/// Bytes of the text with its terminator; not characters, despite the name.
 VNBYTSTR_API int StrCharCount(const char* string);
 
 /// The first `n` characters; the whole text when `n` is not less than its length in bytes, nothing
@@ -46,7 +46,7 @@ VNBYTSTR_API CString VariousByteLeft(const CString& source, int n);
 VNBYTSTR_API CString VariousByteRight(const CString& source, int n);
 /// Number of characters.
 VNBYTSTR_API int VariousByteLength(const CString& source);
-/// Splits a text behind the first `n` characters. When `n` is 0 or less, `left` becomes empty; when
+/// Splits a text after the first `n` characters. When `n` is 0 or less, `left` becomes empty; when
 /// it is not less than the text's length in bytes, `right` does. The source may be one of the two.
 VNBYTSTR_API void VariousByteDivision(const CString& source, CString& left, CString& right, int n);
 /// Whether the text holds two or more characters of several bytes. (The spelling is the
@@ -77,14 +77,14 @@ VNBYTSTR_API CString DequoteString(const CString& source);
 /// on the first call, kept for the life of the process.
 VNBYTSTR_API bool IsDBCSWindows();
 
-/// Sorts by bytes (as unsigned numbers; a text before any longer one that begins with it), upwards
-/// or, with `ascending` false, downwards. That is the order of code points in UTF-8, and the same
-/// in every locale; equal texts keep their order.
+/// Sorts by bytes (as unsigned numbers; a text before any longer one that begins with it), in
+/// ascending or, with `ascending` false, descending order. That is the order of code points in
+/// UTF-8, and the same in every locale; equal texts keep their order.
 VNBYTSTR_API void Sort(CStringArray& strings, bool ascending = true);
 VNBYTSTR_API void Sort(CStringList& strings, bool ascending = true);
 
-/// Replaces every `from` in `text` by `to`, from left to right and not looking again at what was
-/// put in, and returns how many there were. A match begins where a character begins: a trail byte
+/// Replaces every `from` in `text` by `to`, from left to right, without searching what was put in,
+/// and returns how many there were. A match begins where a character begins: a trail byte
 /// is never taken for one. Case counts. Returns -1, with `text` unchanged, when `from` is empty. A
 /// result past INT_MAX bytes throws CMemoryException. `from` and `to` may be `text` itself.
 VNBYTSTR_API int Exchange(CString& text, const CString& from, const CString& to);
@@ -92,5 +92,5 @@ VNBYTSTR_API int Exchange(CString& text, const CString& from, const CString& to)
 /// Makes a search pattern match values of a column of fixed width, which blanks fill up to `length`
 /// bytes. A pattern without wildcards (% and _) gets blanks up to that length. One with wildcards
 /// gets a % at its end, which stands for the blanks, unless it ends with one. A pattern of `length`
-/// bytes or more stays as it is. A wildcard is a character: a trail byte is none.
+/// bytes or more stays as it is. A trail byte is not taken for a wildcard.
 VNBYTSTR_API void Pad(CString& pattern, int length);

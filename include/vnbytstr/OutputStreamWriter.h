@@ -8,10 +8,10 @@
 #include <string_view>
 
 /// Writes text in the ANSI code page to an open file, translated into a coded character set, with
-/// entity references for the characters that markup would take for its own, and with lines padded
-/// to records of a fixed length, where asked for.
+/// entity references for the characters that have a meaning in markup, and with lines padded to
+/// records of a fixed length, where asked for.
 ///
-/// Nothing is buffered: what a call wrote, the file has. Each call is a text of its own, so a
+/// Nothing is buffered: what a call wrote, the file has. Each call is a separate text, so a
 /// character must not be cut between two calls; a mixed-byte EBCDIC text ends in single-byte mode
 /// with every call. (1204 would put a byte-order mark before every piece: write 1200 or 1202.)
 ///

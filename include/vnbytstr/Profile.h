@@ -13,25 +13,26 @@
 // Section names and value names are any byte strings without NUL, and so are values; upper and
 // lower case differ. In memory they are in the ANSI code page. What stands for something else in
 // the file (control characters, a blank at either end, '%', '=' in a name, ']' in a section, '[',
-// '#' or ';' at a name's beginning) and bytes that are no characters are written as %XX. Of two
+// '#' or ';' at a name's beginning) and bytes that are not characters are written as %XX. Of two
 // lines with one name the later one counts. A name that the ANSI code page cannot show is not found
 // or listed, and stays in the file; a value that it cannot show stays as it is until it is set to
-// something else than what is read of it.
+// anything other than the text read from it.
 //
 // Reading is cheap enough to be done often: the file is read once and looked at again, for changes
 // of other processes, at most once per tick. Writing goes through to the disk at once and changes
 // the file in one step; changes of several processes at the same time all count, and a process
 // killed at any moment leaves the old file or the new one. (Where a new file cannot stand in for
-// the old one, as in a folder that takes no new names, it is written over; see FileReplacement.h.)
+// the old one, as in a folder that takes no new names, it is overwritten in place; see
+// FileReplacement.h.)
 // The file is locked meanwhile, through a file beside it with ".lock" after its name. A save waits
 // for another program's lock for 2 seconds at most; file systems without locks do without. Use a
 // CProfileBatch for many values.
 //
 // A file that cannot be read (or is longer than 64 MiB) gives what was read of it last, else the
-// defaults, with a message; it is tried again at every tick, and not written while it is so. One
-// that is damaged (a line that is no UTF-8 or holds a NUL; or no section and no comment in it at
-// all) is used as far as it can be read, with a message; before it is first changed it is kept
-// beside the new one as profile.ini.damaged-1 (or the next free number). Messages go to standard
+// defaults, with a message; it is tried again at every tick, and not written in the meantime. One
+// that is damaged (a line that is not UTF-8 or holds a NUL; or neither section nor comment in it)
+// is used as far as it can be read, with a message; before it is first changed it is kept beside
+// the new one as profile.ini.damaged-1 (or the next free number). Messages go to standard
 // error unless VNSetProfileHandler has set a handler.
 //
 // All functions may be called from every thread. None throws but CMemoryException; a change is then
@@ -57,7 +58,7 @@ VNBYTSTR_API DWORD VNGetProfileDWORD(UINT root, const char* section, const char*
 VNBYTSTR_API CString VNGetProfileString(UINT root, const char* section, const char* name,
                                         const char* defaultValue, UINT reserved = 0);
 /// Sets a value, as decimal digits. FALSE when that could not be saved (with a message): the
-/// settings are then as they were.
+/// settings are then unchanged.
 VNBYTSTR_API BOOL VNWriteProfileDWORD(UINT root, const char* section, const char* name, DWORD value,
                                       UINT reserved = 0);
 /// Sets a value; null removes it. FALSE as above.
@@ -74,7 +75,7 @@ class VNBYTSTR_API CProfileSectionKey {
 public:
     /// Number of values.
     int GetCount() const { return static_cast<int>(m_values.size()); }
-    /// Name and value at `index`, from 0; empty when there is none.
+    /// Name and value at `index`, from 0; empty past the end.
     CString GetName(int index) const { return IsIndex(index) ? At(index).first : CString(); }
     CString GetString(int index) const { return IsIndex(index) ? At(index).second : CString(); }
 
@@ -89,22 +90,22 @@ private:
     std::vector<std::pair<CString, CString>> m_values;
 };
 
-/// How the settings are.
+/// The state of the settings.
 enum EProfileStatus : int {
     ProfileSound = 0,
     ProfileDamaged = 1,   ///< some of the file cannot be read
     ProfileNotSaved = 2,  ///< the last save of this process failed
     ProfileUnreadable = 3 ///< the file cannot be read; defaults, or what was read last, are in use
 };
-/// The gravest that is the case now. `text` (unless null) receives what was said about it: what
+/// The most serious state that holds now. `text` (unless null) receives its message: what
 /// happened, to which file, and what to do; empty when all is well.
 VNBYTSTR_API EProfileStatus VNGetProfileStatus(CString* text = nullptr);
 
-/// Called with each message about the settings, in place of standard error: on the thread whose
-/// call met with the trouble, with no lock held, so that it may call the functions here. The text
-/// is valid during the call. What it throws is lost.
+/// Called with each message about the settings, instead of printing it on standard error: on the
+/// thread whose call failed, with no lock held, so that it may call the functions here. The text is
+/// valid during the call. Exceptions that it throws are dropped.
 using VNProfileHandler = void (*)(EProfileStatus status, const char* text, void* context);
-/// Sets the process's handler; null takes it away. `context` is passed to it.
+/// Sets the process's handler; null removes it. `context` is passed to it.
 VNBYTSTR_API void VNSetProfileHandler(VNProfileHandler handler, void* context = nullptr);
 
 /// Opens a section to go through its values. FALSE, with no values, when it has none.
@@ -118,8 +119,8 @@ public:
     void WriteDWORD(UINT root, const char* section, const char* name, DWORD value);
     void WriteString(UINT root, const char* section, const char* name, const char* value);
     void DeleteSection(UINT root, const char* section);
-    /// Saves and forgets the changes. FALSE when that failed: the settings are then as they were,
-    /// and the changes still here. A batch that is never saved changes nothing.
+    /// Saves and forgets the changes. FALSE when that failed: the settings are then
+    /// unchanged, and the batch still has the changes. A batch that is never saved changes nothing.
     BOOL Commit();
 
 private:

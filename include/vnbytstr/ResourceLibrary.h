@@ -1,10 +1,10 @@
 // Loaded resource libraries: PE files (vnurcENU.dll) whose string tables hold a program's texts in
-// one language. Both 32- and 64-bit ones are read, with the code of neither.
+// one language. 32- and 64-bit ones are read; no code in them is run.
 //
-// A handle stays valid until it was freed as often as it was loaded. A file that is loaded already
-// gives its handle again. All functions may be called from every thread; a handle that is none is
-// refused. What is too long, no PE file or a damaged one is ENOEXEC, in a time that its length
-// bounds.
+// A handle stays valid until it has been freed as often as it was loaded. Loading a file again
+// gives the same handle. All functions may be called from every thread; invalid handles are
+// refused. A file that is too long, not a PE file or damaged gives ENOEXEC, in a time bounded by
+// its length.
 #pragma once
 
 #include "vnbytstr/framework/Export.h"
@@ -17,20 +17,20 @@
 
 namespace vnbytstr {
 
-/// The running program as a module. It has no resources of its own.
+/// The running program as a module. It has no resources.
 VNBYTSTR_API HINSTANCE GetApplicationInstance() noexcept;
 
 /// Loads a resource library. Returns 0 and its handle, or an errno value and null.
 VNBYTSTR_API int LoadResourceLibrary(const char* file, HINSTANCE& library);
-/// Loads a library anew by the handle it was freed with, without a look at the file. False when it
+/// Loads a library again by the handle it was freed with, without reading the file. False when it
 /// has been forgotten since.
 VNBYTSTR_API bool ReviveResourceLibrary(HINSTANCE library);
-/// Gives a handle back. False when it is none, or the program's.
+/// Frees a handle. False when it is not a valid one, or the program's.
 VNBYTSTR_API bool FreeResourceLibrary(HINSTANCE library);
 /// The name `library` was loaded by, or the program's full name; empty when it is no handle.
 VNBYTSTR_API std::string GetModuleFileName(HINSTANCE library);
 
-/// Puts a string, in the ANSI code page, into `text`. False, with `text` as it was, when there is
+/// Puts a string, in the ANSI code page, into `text`. False, with `text` unchanged, when there is
 /// none or an empty one.
 VNBYTSTR_API bool FindResourceString(HINSTANCE library, UINT id, CString& text);
 /// The ids that have a string, in ascending order.
@@ -50,6 +50,6 @@ VNBYTSTR_API bool IsResourceRightToLeft(HINSTANCE library);
 /// empty text when there is none.
 VNBYTSTR_API int AfxLoadString(UINT id, CString& text);
 
-/// As AfxMessageBox (Module.h) with a string resource (the empty text when there is none); a `helpId` of 0xFFFFFFFF
-/// is the string's own id.
+/// As AfxMessageBox (Module.h) with a string resource (the empty text when there is none); a
+/// `helpId` of 0xFFFFFFFF stands for the string's id.
 VNBYTSTR_API int AfxMessageBox(UINT textId, UINT type = MB_OK, UINT helpId = 0xFFFFFFFF);

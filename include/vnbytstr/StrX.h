@@ -13,7 +13,7 @@ public:
     StrX(const StrX&) = delete;
     StrX& operator=(const StrX&) = delete;
 
-    /// Good for the life of this object.
+    /// Valid as long as this object.
     const char* localForm() const noexcept { return m_text; }
 
 private:

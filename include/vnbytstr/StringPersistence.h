@@ -8,9 +8,9 @@
 // Readers stop at the first zero unit, so they give the text back up to its first NUL. What is
 // written holds the whole of it.
 //
-// Bytes that are no character become U+FFFD on the way out; characters that the code page lacks,
+// Bytes that are not a character become U+FFFD on the way out; characters that the code page lacks,
 // and unpaired surrogates, become '?' (in UTF-8 U+FFFD) on the way in. Errors of the file or
-// archive pass through; memory that cannot be had throws CMemoryException.
+// archive pass through; CMemoryException when memory runs out.
 #pragma once
 
 #include "vnbytstr/framework/Archive.h"
@@ -35,8 +35,8 @@ VNBYTSTR_API void WriteStringToFile(CFile& file, const CString& text);
 /// CArchiveException with cause endOfFile. After any exception `text` is null.
 VNBYTSTR_API DWORD ReadStringFromFile(CFile& file, char*& text, bool& converted, bool& hadMark);
 
-/// WriteStringToFile on the archive's file. It goes round the archive's buffer: Flush the archive
-/// before, when it has been written to. A closed archive throws CArchiveException.
+/// WriteStringToFile on the archive's file. It bypasses the archive's buffer: flush the archive
+/// first if it has been written to. A closed archive throws CArchiveException.
 VNBYTSTR_API void WriteStringToArchive(CArchive& archive, const CString& text);
 /// ReadStringFromFile on the archive's file, without its result.
 VNBYTSTR_API void ReadStringFromArchive(CArchive& archive, char*& text, bool& converted,
@@ -49,6 +49,6 @@ VNBYTSTR_API void WriteStringWithLengthToArchive(CArchive& archive, const CStrin
 /// Reads the form with a length. A length of 0, or one that is negative as a signed number, gives
 /// an empty string; a mark FF FE at the beginning is removed; a last odd byte counts as a unit
 /// below 0x100. When the archive ends before the text does, CArchiveException with cause endOfFile
-/// is thrown and `text` stays as it was; memory grows with what really arrives, whatever the length
+/// is thrown and `text` stays unchanged; memory grows with what really arrives, whatever the length
 /// says.
 VNBYTSTR_API void ReadStringWithLengthFromArchive(CArchive& archive, CString& text);

@@ -13,7 +13,7 @@
 /// little-endian, else 0. Other marks are not recognised.
 VNBYTSTR_API int IsBOMPresent(const unsigned char* buffer);
 
-/// Removes the mark FF FE: the bytes behind it move to the front, and the last two of the `size`
+/// Removes the mark FF FE: the bytes after it move to the front, and the last two of the `size`
 /// bytes become zero. The size stays as it is, and so does the block. Returns 1, or 0 when there is
 /// no mark (or `size` is less than 2) and nothing changed. The buffer has at least 2 readable
 /// bytes.
@@ -26,14 +26,14 @@ VNBYTSTR_API int CutBOM(unsigned short* buffer, DWORD& size);
 VNBYTSTR_API int IsUnicodeText(const unsigned char* buffer, DWORD length, int& bigEndian);
 
 /// Rewrites a text file in the ANSI code page as UTF-8 without a byte-order mark. Returns 1 when
-/// that is done, also for an empty file, which is left alone; 0 when it cannot be: no such file,
-/// read-only, unreadable, a full disk, or a text that is not in the ANSI code page: UTF-8 is that
-/// page and the text is not valid in it. Throws nothing.
+/// that is done, also for an empty file, which is left alone; 0 when it cannot be done: no such
+/// file, read-only, unreadable, a full disk, or a text that is not in the ANSI code page: UTF-8 is
+/// that page and the text is not valid in it. Throws nothing.
 ///
-/// The file is replaced as every file is (see ReplacementFile.h): after a failure
-/// or a kill it is as it was. What is no plain file is not converted.
+/// The file is replaced as every file is (see ReplacementFile.h): after a failure or a kill it has
+/// its old content. Only plain files are converted.
 ///
-/// Bytes that are no character of another code page become U+FFFD, so that the result is always
+/// Bytes that are not a character of another code page become U+FFFD, so that the result is always
 /// valid. When UTF-8 is the ANSI code page, valid text stays byte for byte.
 VNBYTSTR_API int ConvertToUTF8(const char* path);
 
@@ -55,7 +55,7 @@ VNBYTSTR_API void FormatStringAsHex2(CString& text, bool spaced, bool ignored = 
 /// Replaces a block by the upper-case hexadecimal text of its `length` bytes: a new block of
 /// 2 * length + 1 bytes, the text and a NUL. Both blocks are of operator new: the old one is freed
 /// with operator delete, the new one is the caller's to free so. `outLength` becomes 2 * length.
-/// False, with nothing changed, when the memory cannot be had or 2 * length passes 32 bits.
+/// False, with nothing changed, when memory runs out or 2 * length passes 32 bits.
 VNBYTSTR_API bool FormatBufferAsHex(char*& buffer, DWORD length, DWORD& outLength);
 
 /// Replaces the string by the bits of its bytes as digits 0 and 1, the highest first, with one
@@ -72,7 +72,7 @@ VNBYTSTR_API void URLEncodeChar(char& character, char*& destination);
 /// Encodes a text by the rule of URLEncodeChar, and appends an ampersand, before the next
 /// parameter, unless `last` is set. Returns the number of characters; `result` becomes a block of
 /// operator new that the caller frees with operator delete: 6 bytes for each character of the
-/// source and one more, two when the source is empty and `last` is not set, zero behind the text.
-/// Returns 0, with `result` unchanged, when the memory cannot be had or the text is too long for 32
+/// source and one more, two when the source is empty and `last` is not set, zero after the text.
+/// Returns 0, with `result` unchanged, when memory runs out or the text is too long for 32
 /// bits; 0 with a block is the text of an empty source. A null source is an empty one.
 VNBYTSTR_API DWORD URLEncodeStr(const char* source, char*& result, bool last);

@@ -27,8 +27,8 @@ inline bool operator!=(const CXMLData& left, const CXMLData& right) noexcept {
 
 class XMLElement;
 
-/// Any node: an element, a text, a comment ... It must not be used after its document is gone,
-/// which its wrapper says when (see XercesWrapper.h). The pointer is a xercesc::DOMNode*.
+/// Any node: an element, a text, a comment ... It must not be used after its document has been
+/// freed (see XercesWrapper.h). The pointer is a xercesc::DOMNode*.
 class VNBYTSTR_API XMLNode : public CXMLData {
 public:
     XMLNode() noexcept = default;
@@ -42,7 +42,7 @@ class VNBYTSTR_API XMLElement : public CXMLData {
 public:
     XMLElement() noexcept = default;
     explicit XMLElement(void* element) noexcept : CXMLData(element) {}
-    /// The same node; null when it is no element.
+    /// The same node; null when it is not an element.
     XMLElement(const XMLNode& node);
 };
 

@@ -68,7 +68,7 @@ public:
     }
     CXMLVariant(void* value) { Set(value); }
     CXMLVariant(std::nullptr_t) { Set(static_cast<void*>(nullptr)); }
-    /// Not in silence a number, "true" or an address: say whether a CString or an int is meant.
+    /// Deleted, lest it silently become a number, "true" or an address: pass a CString or an int.
     template <vnbytstr::detail::VariantCharacter T>
     CXMLVariant(T character) = delete;
     template <vnbytstr::detail::VariantForeignText T>
@@ -112,12 +112,12 @@ public:
         return *this;
     }
 
-    /// Whether there is no byte.
+    /// Whether it has no bytes.
     bool IsEmpty() const noexcept { return m_data == nullptr; }
     /// Frees the text. The kind stays.
     void Clear() noexcept;
-    /// Makes room for `n` bytes and a terminator and takes `n` for the length; bytes that were not
-    /// there before are zero. Less than 1 clears. False, and empty, when memory cannot be had.
+    /// Makes room for `n` bytes and a terminator and sets the length to `n`; bytes that were not
+    /// there before are zero. Less than 1 clears. False, and empty, when memory runs out.
     bool RedistributeMemory(LONG n) noexcept;
     /// Takes `n` bytes (none when it is negative, or `bytes` null). They may be the variant's own.
     void SetRawData(const char* bytes, LONG n);
@@ -126,7 +126,7 @@ public:
         SetRawData(bytes, n);
         m_type = kString;
     }
-    /// The bytes with a terminator behind them, null when empty; good until the variant changes.
+    /// The bytes with a terminator after them, null when empty; valid until the variant changes.
     char* GetRawData() noexcept { return m_data; }
     const char* GetRawData() const noexcept { return m_data; }
     /// Bytes without the terminator.

@@ -38,11 +38,11 @@ struct SEnumString {
 /// 0x00BBGGRR.
 ///
 /// Every operation returns whether it was done, throws nothing, and calls the others through their
-/// virtual functions: who overrides GetAttribute changes all getters of attributes. An empty handle
-/// or a null name is a false result. A name that is none in XML ("1st", "a b", "") is one, too.
+/// virtual functions: overriding GetAttribute changes all getters of attributes. An empty handle or
+/// a null name gives false. So does a name that XML does not allow ("1st", "a b", "").
 ///
-/// Handles are good until the document they came from is gone: at Free, Create, a load, or the end
-/// of the wrapper. One wrapper is used from one thread at a time.
+/// Handles are valid until the document they came from is freed: by Free, Create, a load, or the
+/// wrapper's destructor. One wrapper is used from one thread at a time.
 ///
 /// Documents may be hostile. Loading reads nothing but the file or text it is given: an external
 /// document type is passed over, an external entity in use fails the load. More than 1,000 resolved
@@ -82,16 +82,16 @@ public:
     /// byte-order mark says. Without either they are UTF-8; a text that is not valid in that is in
     /// the ANSI code page, and one that is not valid in that either is refused.
     virtual bool LoadXML(const CString& text);
-    /// The node and all below it as text in the ANSI code page, without declaration and line breaks
-    /// of its own. LoadXML makes the same elements of it. Where the text's bytes could be taken for
-    /// UTF-8, characters beyond ASCII are written as references; where that is not enough (they
-    /// stand in a name or a comment), a comment with a blank that is no UTF-8 ends the text.
+    /// The node and all below it as text in the ANSI code page, without a declaration and without
+    /// added line breaks. LoadXML makes the same elements of it. Where the text's bytes could be
+    /// taken for UTF-8, characters beyond ASCII are written as references; where that is not enough
+    /// (they stand in a name or a comment), a comment with a blank that is not UTF-8 ends the text.
     virtual bool GetXML(const XMLNode& node, CString& text) const;
     /// The same for the root element; false, and `text` untouched, when no document is open.
     virtual bool GetXML(CString& text) const;
     /// Writes the XML declaration, the stored processing instructions in the order of their targets
     /// and the root element, in UTF-8. `prettyPrint` indents, with "\r\n" before each line but the
-    /// first. The file is replaced when all is on the disk; after a failure it is as it was.
+    /// first. The file is replaced when all is on the disk; after a failure it is unchanged.
     virtual bool Save(const char* path, bool prettyPrint);
 
     // --- building --------------------------------------------------------------------------------
@@ -99,7 +99,7 @@ public:
     virtual bool AppendChildElement(const XMLNode& parent, const char* name, XMLNode& child);
     /// Stores an instruction for Save. False when there is one with that target (the first one
     /// stays), for the target "version=\"1.0\" encoding=\"%s\"", and for what could not be written:
-    /// a target that is no name in XML, or "xml" in any case, and data with "?>" or a character
+    /// a target that is not a name in XML, or "xml" in any case, and data with "?>" or a character
     /// that XML does not have. It outlives the document.
     virtual bool AddProcessingInstruction(const CString& target, const CString& data);
     /// Appends a comment.
@@ -200,5 +200,5 @@ private:
 
 /// Initialises the parser platform with `folder` as the place of its message catalogues. For an
 /// application that wants the parser's messages from there, before it makes the first wrapper; the
-/// platform then stays for the life of the process. False when the platform cannot be had.
+/// platform then stays for the life of the process. False when the platform cannot be initialised.
 VNBYTSTR_API bool XMLMessagesInitialize(const CString& folder);

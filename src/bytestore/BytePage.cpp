@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr DWORD kFarthestSeek = 0x7FFFFFFF; // the framework's seek takes a signed offset
+constexpr DWORD kMaxSeek = 0x7FFFFFFF; // the framework's seek takes a signed offset
 
 } // namespace
 
@@ -40,12 +40,12 @@ void CBytePage::SeekTo(CFile& file, ULONGLONG position) {
         }
     };
     DWORD landed;
-    if (position <= kFarthestSeek) {
+    if (position <= kMaxSeek) {
         landed = seek(position, CFile::begin);
     } else {
-        if (seek(kFarthestSeek, CFile::begin) != kFarthestSeek)
+        if (seek(kMaxSeek, CFile::begin) != kMaxSeek)
             throw new CCacheException(CCacheException::kBadSeek);
-        landed = seek(position - kFarthestSeek, CFile::current);
+        landed = seek(position - kMaxSeek, CFile::current);
     }
     if (landed != position)
         throw new CCacheException(CCacheException::kBadSeek);

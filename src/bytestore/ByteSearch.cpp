@@ -180,7 +180,7 @@ struct Avx2Scan {
     // fails moves the search on by more than four.
     VNBYTSTR_AVX2 std::size_t Next(const BYTE* text, std::size_t position,
                                    std::size_t last) const noexcept {
-        // A start at `last` has all of the probe behind it, a start at last - 31 all of a register.
+        // After a start at `last` comes all of the probe, after one at last - 31 a whole register.
         for (; last + 1 - position >= 32; position += 32) {
             const BYTE* from = text + position;
             const __m256i hit01 =
@@ -190,7 +190,7 @@ struct Avx2Scan {
                 _mm256_and_si256(_mm256_cmpeq_epi8(Load(from + m_at[2]), m_byte[2]),
                                  _mm256_cmpeq_epi8(Load(from + m_at[3]), m_byte[3]));
             const std::uint32_t hits = Bits(_mm256_and_si256(hit01, hit23));
-            if ((hits & 1) != 0) // predicted, where the sum below would have to be waited for
+            if ((hits & 1) != 0) // a branch is predicted; the sum below would have to be waited for
                 return position;
             if (hits != 0)
                 return position + static_cast<std::size_t>(std::countr_zero(hits));
@@ -217,7 +217,7 @@ PatternScanner::PatternScanner(std::span<const BYTE> pattern) noexcept
         ChooseFilter();
 }
 
-// The two rarest bytes of the pattern's beginning, of unlike value when it has such.
+// The two rarest bytes of the pattern's beginning, of different values if there are any.
 void PatternScanner::ChooseFilter() noexcept {
     constexpr std::size_t kLookedAt = 512;
     const std::size_t count = std::min(m_pattern.size(), kLookedAt);
@@ -270,8 +270,8 @@ bool PatternScanner::Scan(std::span<const BYTE> text, std::size_t& position) noe
     return m_twoWay && TwoWayPlain(text, position);
 }
 
-// True when the pattern stands at `start`. Else the filter's account is charged; when it is
-// overdrawn, the two-way algorithm is made ready.
+// True when the pattern stands at `start`. Otherwise the filter's budget is charged; once that is
+// used up, the two-way algorithm is prepared.
 inline bool PatternScanner::Verify(const BYTE* start) noexcept {
     const std::size_t same = PlainScan::Mismatch(start, m_pattern.data(), m_pattern.size());
     if (same == m_pattern.size())
@@ -354,7 +354,7 @@ PatternScanner::TwoWayAvx2(std::span<const BYTE> text, std::size_t& position) no
     return TwoWay<Avx2Scan>(text, position);
 }
 
-// Looks at 128 starts in one turn, then at 32, and at the rest one by one.
+// Tests 128 starts at a time, then 32, and the rest one by one.
 VNBYTSTR_AVX2 bool PatternScanner::FilterAvx2(std::span<const BYTE> text,
                                               std::size_t& position) noexcept {
     const std::size_t last = text.size() - m_pattern.size();

@@ -1,28 +1,70 @@
 // CByteStore: life, appending, typed access.
 //
-// Invariants, checked by CheckInvariants in debug builds after every change:
+// Invariants. CheckInvariants checks them in debug builds after every change, but for what only the
+// content can show (6) or only the file system (8, second sentence on).
 //  1. m_dwStart <= m_dwLength.
-//  2. The pages in m_arrPages, in order of creation, have distinct numbers, and no more of them
-//     exist than m_nMaxPages (one new page at least).
+//  2. The pages in m_arrPages, in order of creation, have distinct numbers, and there are at most
+//     m_nMaxPages of them (but always room for one).
 //  3. m_arrLoaded[n] is the page in m_arrPages with the number n and m_bMustRead clear, or null
-//     when there is none. A page with m_bMustRead set is one whose reading failed; it is read again
-//     on the next access.
+//     when there is no such page. m_bMustRead marks a page whose reading failed; m_bReadFailed is
+//     set while there may be one. It is read again on the next access.
 //  4. m_arrLoaded covers every page below the length.
-//  5. m_arrOnFile[n] tells that the swap file holds bytes of page n, or will once m_pPending has
-//     been written; m_dwPagesOnFile counts them; there are none while the swap file is closed.
-//     m_pPending is written before anything else is.
-//  6. A byte of the valid range that was ever stored is in its resident page; when the page is not
-//     resident, in m_pPending; when it is not there either, in the swap file.
-//  7. A resident page with m_bMustWrite clear equals its place in m_pPending or else in the swap
+//  5. m_arrOnFile[n] tells whether the swap file has bytes of page n, or will have them once
+//     m_pPending has been written. m_dwPagesOnFile counts those pages; the count is 0 while the
+//     swap file is closed. m_pPending is written before anything else is.
+//  6. A byte of the valid range that was ever stored is in its resident page; if the page is not
+//     resident, in m_pPending; if it is not there either, in the swap file.
+//  7. A resident page with m_bMustWrite clear equals its copy in m_pPending or else in the swap
 //     file.
-//  8. m_pImage is there while the swap file is open. Of files only those are ever removed, cut or
-//     replaced that it knows by their identity: the open swap file, and the one under m_strFileName
-//     while that is m_pImage->named. In another process than m_pImage->process (a forked child)
-//     nothing is: the child reads what its parent wrote, and writes a file of its own.
+//  8. m_pImage exists exactly while the swap file is open. Only files that it knows by identity
+//     are ever removed, cut or replaced: the open swap file, and the file under m_strFileName while
+//     that is m_pImage->named. In a process other than m_pImage->process (a forked child) no file
+//     is: the child reads what its parent wrote, and writes a file of its own.
 //  9. m_arrOnFile has the checksum of every page that the store wrote. A page that comes back
 //     different is an error (cause 2), never data.
-// 10. m_llUse of a page is not 0 only within a run, and tells the order of its pages; all of them
-//     were used after all others. m_pRunPage is then in m_arrLoaded, and else null.
+// 10. m_llUse of a page is nonzero only within a run, where it gives the order of use; those pages
+//     were all used after the others. m_pRunPage is then in m_arrLoaded; otherwise it is null.
+//
+// Where a page below the length has its newest bytes:
+//
+//   state    m_arrLoaded  m_bMustWrite  m_arrOnFile  m_pPending  newest bytes
+//   blank    null                       no           no          never stored: zeros when needed
+//   dirty    page         set           yes or no    yes or no   in the page
+//   clean    page         clear         yes          yes or no   in the page and its copy
+//   waiting  null                       yes          yes         in m_pPending
+//   on file  null                       yes          no          in the swap file
+//   failed   null                       yes          no          in the swap file, not yet readable
+//
+//   blank   -> dirty    AppendToNewPages, LoadPage
+//   dirty   -> clean    FlushImage, BindImage, WriteRun of the page before
+//   dirty   -> waiting  SwapOutAPage: WriteVictim hands the buffer to m_pPending
+//   dirty   -> on file  SwapOutAPage: WriteVictim writes the page
+//   clean   -> dirty    Overwrite, AppendToLastPage, SetByte, ConcatByte, MarkCutPage
+//   clean   -> waiting or on file, where its copy is: SwapOutAPage
+//   waiting -> on file  WritePending
+//   waiting -> clean    LoadPage
+//   on file -> clean    LoadPage
+//   on file -> failed   LoadPage, when the page cannot be read or its checksum differs
+//   failed  -> clean    LoadPage, on the next access
+//   A page that leaves memory when all its bytes are below the start is not written. Truncate and
+//   Empty forget pages in any state.
+//
+// What the swap file is (m_pImage):
+//
+//   none      no file
+//   own       made by CreateSwapFile: isGenerated, named == image
+//   opened    the file of SetFileName: not isGenerated, named == image, or unknown for a device
+//   apart     the name leads to a shifted copy: named != image, the image itself has no name
+//   borrowed  in a forked child: the parent's file, open for reading; named unknown
+//   nameless  in a forked child: a copy of the parent's file; named unknown
+//
+//   none            -> own       CreateSwapFile, with the first page that has to leave
+//   none            -> opened    OpenImage
+//   own, opened     -> apart     PutShifted (Flush and CopyToFile from the cursor on)
+//   apart           -> own, opened, as before: PutImageUnderName (the next Flush of everything)
+//   all but none    -> borrowed  ReadImage, in a child
+//   borrowed        -> nameless  WriteImage
+//   any             -> none      CloseImage (Empty, SaveToFile, the destructor)
 
 #include "src/bytestore/ByteStoreInternal.h"
 
@@ -44,8 +86,8 @@ constexpr DWORD kPageSize = CBytePage::m_dwPageSize;
 
 CByteStore::CByteStore() noexcept { Init(); }
 
-// A constructor that ends in an exception runs no destructor of its own, so the content is filled
-// in by a store that is complete already.
+// When a constructor throws, its object's destructor does not run, so the content is filled in
+// after a delegated constructor has completed the object.
 CByteStore::CByteStore(CByteStore& source) : CByteStore() {
     m_nMaxPages = source.m_nMaxPages;
     CopyRetained(*this, source);
@@ -122,9 +164,8 @@ void CByteStore::Swap(CByteStore& other) noexcept {
     std::swap(m_bReadFailed, other.m_bReadFailed);
 }
 
-/// Drops the content as Empty does and takes that of `result`, a store of its own that is not
-/// needed any more. What the user set stays: the auto-delete flag and, while the new content has no
-/// swap file, the name of the last one.
+/// Replaces the content by that of `result`, a temporary store. What the user set stays: the
+/// auto-delete flag and, while the new content has no swap file, the name of the last one.
 void CByteStore::TakeContent(CByteStore& result) noexcept {
     Swap(result);
     SetAutoDelete(result.m_bAutoDelete);
@@ -275,32 +316,56 @@ void CByteStore::SetInt64(DWORD index, LONGLONG value) {
 
 #ifndef NDEBUG
 void CByteStore::CheckInvariants() const {
-    assert(m_dwStart <= m_dwLength);
-    assert(m_arrPages.GetSize() <= std::max(m_nMaxPages, 1));
-    std::size_t loaded = 0;
+    assert(m_dwStart <= m_dwLength);                                             // 1
+    assert(m_arrPages.GetSize() <= std::max(m_nMaxPages, 1));                    // 2
+    assert(m_arrLoaded.size() >= (m_dwLength + (kPageSize - 1ull)) / kPageSize); // 4
+    CheckPages();
+    CheckPagesOnFile();
+    assert((m_file.m_hFile != CFile::hFileNull) == (m_pImage != nullptr)); // 8
+    if (m_pImage) {
+        assert(!m_pImage->isBorrowed || !m_pImage->named.IsKnown());
+        assert(m_pImage->shifted == vnbytstr::kNoFile || m_pImage->named != m_pImage->image);
+    }
+    assert(!m_pRunPage || (m_llUses > 0 && LoadedPage(m_pRunPage->GetPageNum()) == m_pRunPage));
+}
+
+void CByteStore::CheckPages() const {
+    std::ptrdiff_t loaded = 0;
     for (int i = 0; i < m_arrPages.GetSize(); ++i) {
         const auto* page = static_cast<CBytePage*>(m_arrPages[i]);
-        for (int j = 0; j < i; ++j)
+        for (int j = 0; j < i; ++j) // 2
             assert(static_cast<CBytePage*>(m_arrPages[j])->GetPageNum() != page->GetPageNum());
-        if (!page->GetMustRead()) {
+        if (page->GetMustRead()) { // 3
+            assert(m_bReadFailed && LoadedPage(page->GetPageNum()) != page);
+        } else {
             assert(LoadedPage(page->GetPageNum()) == page);
+            assert(page->GetMustWrite() || IsOnFile(page->GetPageNum())); // 7
             ++loaded;
         }
+        assert(page->m_llUse == 0 || page->m_llUse <= m_llUses); // 10
     }
-    // Walking the whole table every time would make debug builds quadratic; it is short for most
-    // tests.
-    if (m_arrLoaded.size() <= 64) {
-        assert(static_cast<std::size_t>(std::count_if(m_arrLoaded.begin(), m_arrLoaded.end(),
-                                                      [](const CBytePage* p) { return p; })) ==
-               loaded);
-        assert(static_cast<std::size_t>(
-                   std::count_if(m_arrOnFile.begin(), m_arrOnFile.end(), [](const auto& page) {
-                       return page.IsPresent();
-                   })) == m_dwPagesOnFile);
-    }
-    assert(m_arrLoaded.size() >= (m_dwLength + (kPageSize - 1ull)) / kPageSize);
-    assert(!m_pRunPage || LoadedPage(m_pRunPage->GetPageNum()) == m_pRunPage);
-    assert(m_dwPagesOnFile == 0 || m_file.m_hFile != CFile::hFileNull);
-    assert((m_file.m_hFile != CFile::hFileNull) == (m_pImage != nullptr));
+    // Walking the whole table every time would make debug builds quadratic; most tests' are short.
+    if (m_arrLoaded.size() <= 64)
+        assert(std::count_if(m_arrLoaded.begin(), m_arrLoaded.end(),
+                             [](const CBytePage* page) { return page; }) == loaded);
+}
+
+void CByteStore::CheckPagesOnFile() const {
+    assert(m_dwPagesOnFile == 0 || m_file.m_hFile != CFile::hFileNull); // 5
+    if (m_arrOnFile.size() <= 64)
+        assert(std::count_if(m_arrOnFile.begin(), m_arrOnFile.end(), [](const auto& page) {
+                   return page.IsPresent();
+               }) == static_cast<std::ptrdiff_t>(m_dwPagesOnFile));
+    const std::size_t waiting = m_pPending ? m_pPending->Buffers().size() : 0;
+    for (std::size_t i = 0; i < waiting; ++i)
+        assert(IsOnFile(static_cast<DWORD>(m_pPending->FirstPage() + i)));
+    // 7 and 9: a page now and then, each in its turn.
+    static thread_local unsigned turn = 0;
+    if (m_arrPages.GetSize() == 0 || ++turn % 16 != 0)
+        return;
+    const auto chosen = static_cast<int>(turn / 16 % static_cast<unsigned>(m_arrPages.GetSize()));
+    const auto* page = static_cast<CBytePage*>(m_arrPages[chosen]);
+    if (!page->GetMustRead() && !page->GetMustWrite())
+        assert(m_arrOnFile[page->GetPageNum()].Matches({page->m_pData, kPageSize}));
 }
 #endif

@@ -25,7 +25,7 @@ namespace {
 
 constexpr DWORD kPageSize = CBytePage::m_dwPageSize;
 
-/// A CFile on a handle that somebody else closes; errors name the file.
+/// A CFile on a handle that its owner closes; errors name the file.
 class BorrowedFile {
 public:
     BorrowedFile(FileHandle handle, const char* name) : m_file(handle) { m_file.SetFilePath(name); }
@@ -100,8 +100,8 @@ void CByteStore::FlushImage() {
     m_ullImageEnd = m_dwLength;
 }
 
-/// The last page was written longer than it is now: to be written again, with another checksum,
-/// before the file is cut.
+/// When the last page was written longer than it is now, marks it to be written again, with a new
+/// checksum, before the file is cut.
 void CByteStore::MarkCutPage() {
     if (m_dwLength == 0)
         return;
@@ -121,13 +121,13 @@ void CByteStore::ReleasePages() {
     CheckInvariants();
 }
 
-/// Puts the shifted image under the swap file's name. The store's own image must not be written
-/// over, so it goes on living in the open file, which has no name from then on.
+/// Puts the shifted image under the swap file's name. The store's own image must not be
+/// overwritten; it stays in the open file, which has no name from then on.
 void CByteStore::WriteShiftedFlush() {
     vnbytstr::FileStatus status;
     if (!LeadsTo(m_strFileName, m_pImage->named)) {
         const int missing = System::Current().GetFileStatus(m_strFileName, status);
-        ThrowIf(missing != 0 ? missing : EEXIST, m_strFileName); // somebody else's, or gone
+        ThrowIf(missing != 0 ? missing : EEXIST, m_strFileName); // another program's, or gone
     }
     FileReplacement target;
     ThrowIf(target.Open(m_strFileName), m_strFileName);
@@ -136,7 +136,7 @@ void CByteStore::WriteShiftedFlush() {
 
 /// Makes the shifted image the file under the store's name.
 void CByteStore::PutShifted(FileReplacement& target, const char* name, DWORD shift) {
-    // A file that the store did not make may have to be written over.
+    // A file that the store did not make may have to be overwritten in place.
     if (!m_pImage->isGenerated && m_pImage->named == m_pImage->image)
         DetachImage();
     {
@@ -246,8 +246,8 @@ void CByteStore::PutContent(const char* name, int fromCurrent) {
         m_pImage->named = {}; // the saved file is not the store's to delete
 }
 
-/// Makes the swap file, which is an image of the whole store, what `target` leads to; the identity
-/// of that file.
+/// Makes the swap file, an image of the whole store, the file that `target` leads to. Returns that
+/// file's identity.
 FileIdentity CByteStore::MoveImage(FileReplacement& target, const char* name) {
     if (target.Replaces(m_pImage->image) && !m_pImage->isSuspect) {
         SyncImage(name); // it is there already
@@ -259,7 +259,7 @@ FileIdentity CByteStore::MoveImage(FileReplacement& target, const char* name) {
         return target.Committed().IsKnown() ? target.Committed() : m_pImage->image;
     CopyImage(target, name, nullptr);
     ThrowIf(target.Commit(), name);
-    // As the rename would have done; but what was written over in place is the saved file.
+    // As the rename would have done. A file overwritten in place is the saved file itself.
     if (m_pImage->named.IsKnown() && m_pImage->named != target.Committed() &&
         LeadsTo(m_strFileName, m_pImage->named))
         System::Current().RemoveFile(m_strFileName);
@@ -273,7 +273,7 @@ void CByteStore::SyncImage(const char* name) {
     }
 }
 
-/// Moves the swap file to its new name; false, with nothing changed, when a rename does not do it.
+/// Renames the swap file; false, with nothing changed, when a rename is not enough.
 bool CByteStore::RenameImage(FileReplacement& target, const char* name) {
     if (m_pImage->isSuspect || m_pImage->named != m_pImage->image || target.IsDirect())
         return false;
@@ -284,12 +284,12 @@ bool CByteStore::RenameImage(FileReplacement& target, const char* name) {
             m_pImage->isSuspect = true;
             ThrowIf(error, name);
         }
-        // It may have been written over in place, from the swap file, which then has its name back.
+        // The target may have been overwritten in place; the swap file then has its name back.
         if (target.Committed() == m_pImage->image)
             m_pImage->named = {};
         return true;
     }
-    // A file of the user's is never without a name of its own: one step, or a copy.
+    // A file of the user's must never be without a name: either one rename, or a copy.
     System& system = System::Current();
     vnbytstr::FileStatus named;
     if (!target.IsNew() || system.GetFileStatus(m_strFileName, named) != 0 || named.isLink ||
@@ -304,8 +304,8 @@ bool CByteStore::RenameImage(FileReplacement& target, const char* name) {
     return true;
 }
 
-/// Writes the swap file, an image of the whole store, to `target`, and looks at every page's
-/// checksum on the way. `written`, when not null, gets the checksums.
+/// Writes the swap file, an image of the whole store, to `target`, and checks every page's checksum
+/// on the way. `written`, when not null, gets the checksums.
 void CByteStore::CopyImage(FileReplacement& target, const char* name,
                            std::vector<PageOnFile>* written) {
     BorrowedFile file(target.Handle(), name);

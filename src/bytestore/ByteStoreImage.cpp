@@ -1,4 +1,4 @@
-// CByteStore: the swap file, from its making (or an existing file's opening) to its closing.
+// CByteStore: making, opening and closing the swap file.
 
 #include "src/bytestore/ByteStoreInternal.h"
 
@@ -23,7 +23,7 @@ namespace {
 
 constexpr DWORD kPageSize = CBytePage::m_dwPageSize;
 
-/// Makes and opens a file in the temporary folder that is a store's own.
+/// Makes and opens a file in the temporary folder for one store.
 void OpenScratchImage(CFile& file, CString& name) {
     vnbytstr::SweepLeftoversOnce(System::Current().GetTemporaryFolder());
     CFileException error;
@@ -94,7 +94,7 @@ void CByteStore::OpenImage(const char* name) {
     const auto length = static_cast<DWORD>(status.length);
     GrowPageTable(length);
     image->image = status.identity;
-    if (status.isRegular) // what is no plain file is never removed
+    if (status.isRegular) // only a plain file is ever removed
         image->named = status.identity;
     image->process = System::Current().GetProcessId();
     m_pImage = std::move(image);
@@ -108,8 +108,8 @@ void CByteStore::OpenImage(const char* name) {
 
 // --- using ---------------------------------------------------------------------------------------
 
-/// Must come before the swap file is read from. In a forked child the parent's file is opened once
-/// more: the open file that both share has one position.
+/// Call before reading from the swap file. In a forked child it opens the parent's file once more,
+/// since parent and child share the position of the inherited one.
 void CByteStore::ReadImage() {
     const DWORD process = System::Current().GetProcessId();
     if (!m_pImage || m_pImage->process == process)
@@ -127,7 +127,7 @@ void CByteStore::ReadImage() {
     m_pImage->isBorrowed = true;
 }
 
-/// Must come before the swap file is written to: makes one where there is none yet.
+/// Call before writing to the swap file. Makes the file when there is none yet.
 void CByteStore::WriteImage() {
     if (!m_pImage) {
         CreateSwapFile();
@@ -140,8 +140,8 @@ void CByteStore::WriteImage() {
     }
 }
 
-/// Goes on in a copy of the swap file that has no name. A page that was changed meanwhile is copied
-/// as it is, and found out by its checksum when it is needed.
+/// Goes on in a copy of the swap file that has no name. A page that has been changed meanwhile is
+/// copied unchecked; its checksum shows it when it is needed.
 void CByteStore::DetachImage() {
     CFile copy;
     CString name;
@@ -195,8 +195,8 @@ void CByteStore::CloseImage() noexcept {
     if (m_pImage && m_pImage->process == system.GetProcessId() && m_pImage->named.IsKnown()) {
         const bool isNamed = m_pImage->named == m_pImage->image;
         if (m_bAutoDelete) {
-            // While it is locked, so that no sweep does it. A name that cannot be asked about is
-            // the store's if the store made it up.
+            // While it is locked, so that no sweep does it. When the name's status cannot be
+            // read, it is the store's if the store chose it.
             vnbytstr::FileStatus status;
             const int error = system.GetFileStatus(m_strFileName, status);
             if (error == 0 ? status.identity == m_pImage->named : m_pImage->isGenerated)

@@ -19,8 +19,8 @@ using vnbytstr::detail::WithMemoryException;
 namespace {
 
 constexpr DWORD kPageSize = CBytePage::m_dwPageSize;
-constexpr int kFewestPages = 16;
-constexpr std::size_t kRunPages = vnbytstr::detail::WriteBehind::kMost;
+constexpr int kMinPages = 16;
+constexpr std::size_t kRunPages = vnbytstr::detail::WriteBehind::kMaxPages;
 
 } // namespace
 
@@ -29,7 +29,7 @@ int CByteStore::GetTargetMaxPages() {
     const DWORD pages =
         WithMemoryException([] { return VNGetProfileDWORD(3, "Options", "MaxCachePages", 64, 0); });
     const DWORD target = pages * (100 - load) / 100;
-    return static_cast<int>(std::clamp<DWORD>(target, kFewestPages, 0x7FFFFFFF));
+    return static_cast<int>(std::clamp<DWORD>(target, kMinPages, 0x7FFFFFFF));
 }
 
 // --- lookup --------------------------------------------------------------------------------------
@@ -59,13 +59,13 @@ void CByteStore::LoadPage(CBytePage* page, DWORD number) {
     page->SetMustWrite(FALSE); // whatever the buffer holds must not reach the file
     const BYTE* pending = m_pPending ? m_pPending->Find(number) : nullptr;
     if (pending) {
-        std::memcpy(page->m_pData, pending, kPageSize); // on its way to the file, and stays so
+        std::memcpy(page->m_pData, pending, kPageSize); // it keeps waiting to be written
         page->SetMustRead(FALSE);
     } else if (IsOnFile(number)) {
         ReadImage();
         page->SwapIn(m_file, number);
-        // Fewer bytes than were written mean that somebody cut the file; others, that somebody or
-        // the disk changed them.
+        // Fewer bytes than were written: the file has been cut. Other bytes: they have been
+        // changed, by a program or by the disk.
         const ULONGLONG position = static_cast<ULONGLONG>(number) * kPageSize;
         if (page->m_dwRead < std::min<ULONGLONG>(m_ullImageEnd - position, kPageSize) ||
             !m_arrOnFile[number].Matches({page->m_pData, page->m_dwRead})) {
@@ -109,7 +109,7 @@ void CByteStore::GrowPageTable(DWORD length) {
     WithMemoryException([&] {
         if (pages > m_arrLoaded.size())
             m_arrLoaded.resize(pages, nullptr);
-        // Room is made beforehand: what has been written must be noted without fail.
+        // Reserved in advance: noting what has been written must not fail.
         if (pages > m_arrOnFile.capacity())
             m_arrOnFile.reserve(std::max(pages, 2 * m_arrOnFile.capacity()));
     });
@@ -133,15 +133,15 @@ void CByteStore::NoteNotOnFile(DWORD number) noexcept {
 
 // --- access times --------------------------------------------------------------------------------
 
-/// Reading the clock costs ten times the byte that is read, so many accesses in a row do without.
-/// The first ones read it all the same, which makes scattered accesses exact.
+/// Reading the clock takes ten times as long as reading a byte, so a long series of accesses does
+/// without. The first ones still read it, which makes scattered accesses exact.
 void CByteStore::StampNow(CBytePage* page) {
     page->GetData();
     m_dwRunTick = page->m_dwLastAccess;
 }
 
-/// Gives the pages of a run the times that they would have had, had it gone on steadily: after the
-/// pages used before it, before the one that is used now, and in their order.
+/// Gives the pages of a run the times they would have had at a steady pace: in their order, after
+/// the pages used before the run and before the one used now.
 void CByteStore::EndRun() const noexcept {
     const LONGLONG uses = std::exchange(m_llUses, -vnbytstr::detail::kStampsBeforeRun);
     if (uses <= 0)
@@ -162,7 +162,7 @@ void CByteStore::EndRun() const noexcept {
 
 CBytePage* CByteStore::AddPage() {
     auto page = WithMemoryException([] { return std::make_unique<CBytePage>(); });
-    page->SetPageNum(0xFFFFFFFF); // none of the store's, until the caller gives it one
+    page->SetPageNum(0xFFFFFFFF); // no page's number; the caller sets it
     page->SetMustWrite(FALSE);
     m_arrPages.Add(page.get());
     return page.release();
@@ -256,7 +256,7 @@ void CByteStore::WriteVictim(CBytePage* page) {
     NoteOnFile(number, bytes);
 }
 
-/// Writes the pages that have left the cache already. After a failure they wait on.
+/// Writes the pages that wait in m_pPending. After a failure they keep waiting.
 void CByteStore::WritePending() {
     if (!m_pPending || m_pPending->IsEmpty())
         return;
@@ -270,9 +270,9 @@ void CByteStore::WritePending() {
     m_pPending->Clear();
 }
 
-/// Writes a page and the unwritten pages that follow it without a gap in one go. False, with
-/// nothing changed but perhaps bytes in the file that are written again later, when there are none
-/// or that fails.
+/// Writes a page together with the unwritten pages that follow it without a gap. False when there
+/// are none or the write fails; nothing has changed then, except perhaps bytes in the file that
+/// will be written again.
 bool CByteStore::WriteRun(CBytePage* first) {
     std::array<std::span<const BYTE>, kRunPages> buffers;
     const DWORD number = first->GetPageNum();

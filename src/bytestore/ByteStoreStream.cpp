@@ -1,5 +1,5 @@
-// CByteStore: what it takes from a CByteStream and gives as one. The rest of the store does not know
-// the stream, and this knows only what is public of it.
+// CByteStore: what it takes from a CByteStream and gives as one. The rest of the store does not
+// know the stream, and this knows only what is public of it.
 
 #include "src/bytestore/ByteStoreInternal.h"
 

@@ -3,10 +3,9 @@
 // Invariants, checked by CheckInvariants in debug builds after every change:
 //  1. With m_pStore set, the content lies there; m_pBuffer is null, the mode internal, m_dwLength
 //     and m_dwAllocated are 0, m_dwStart and m_dwCurrent not used.
-//  2. Without it, m_pBuffer holds m_dwLength bytes of m_dwAllocated; it is null only when both are
-//     0 (or an external buffer is).
-//  3. An internal buffer is the stream's own, from malloc; a block of capacity c was zero when it
-//     came.
+//  2. Without it, m_pBuffer has room for m_dwAllocated bytes and holds m_dwLength of them. It is
+//     null only when m_dwAllocated is 0.
+//  3. An internal buffer comes from malloc and is the stream's to free. New memory in it is zero.
 //  4. m_dwStart <= m_dwLength.
 //  5. On a read-only buffer m_dwAllocated equals m_dwLength, so that there is never room to write
 //     into.
@@ -150,7 +149,7 @@ void CByteStream::PutIntoBuffer(const CByteStream& source) {
     if (end > m_dwAllocated)
         throw new CCacheException(CCacheException::kReadOnly);
     if (source.m_pStore && end > start) {
-        // A page may be past reading.
+        // Reading a page may fail.
         auto bytes = WithMemoryException([&] { return std::vector<BYTE>(end - start); });
         source.CopyTo(start, bytes.data(), end - start, end - start);
         std::memcpy(m_pBuffer + start, bytes.data(), bytes.size());
@@ -271,13 +270,13 @@ void CByteStream::Empty(int freeBuffer) {
 // --- growth --------------------------------------------------------------------------------------
 
 DWORD CByteStream::GetMaxSizeInMemory() {
-    // Streams of several threads may be the first; all of them read the same setting.
+    // Several threads may be the first to ask; they all read the same setting.
     const std::atomic_ref<DWORD> limit(m_dwMaxSizeInMemory);
     DWORD size = limit.load(std::memory_order_relaxed);
     if (size == 0) {
         size = WithMemoryException(
             [] { return VNGetProfileDWORD(3, "Options", "MaxCacheBlock", 0x40000, 0); });
-        if (VNGetProfileStatus() != ProfileUnreadable) // that may pass
+        if (VNGetProfileStatus() != ProfileUnreadable) // the setting may be readable next time
             limit.store(size, std::memory_order_relaxed);
     }
     return size;
@@ -295,7 +294,7 @@ void CByteStream::AllocTo(DWORD size) {
         MoveToStore(true);
         return;
     }
-    // Large blocks are moved by the system without a copy, hence not a new block and a copy.
+    // realloc, since the system moves large blocks without copying them.
     auto* buffer = static_cast<BYTE*>(std::realloc(m_pBuffer, capacity));
     if (!buffer)
         AfxThrowMemoryException();
@@ -309,7 +308,7 @@ void CByteStream::ExtendTo(DWORD length) {
         return;
     CheckWritable();
     if (m_nBufferMode == kInternal && length > GetMaxSizeInMemory()) {
-        MoveToStore(false); // the cursor deliberately stays behind
+        MoveToStore(false); // deliberately without the cursor
         return;
     }
     AllocTo(length);

@@ -35,7 +35,7 @@ void CByteStream::Concat(DWORD count) {
     const ULONGLONG length = static_cast<ULONGLONG>(m_dwLength) + count;
     CheckLength(length);
     ExtendTo(static_cast<DWORD>(length));
-    if (m_pStore) // it has moved, and has its old length still
+    if (m_pStore) // it has just moved, with its old length
         m_pStore->SetByte(static_cast<DWORD>(length) - 1, 0);
 }
 
@@ -200,7 +200,7 @@ DWORD CByteStream::Find(const CByteStream& pattern, DWORD start) const {
     std::vector<BYTE> copy;
     std::span<const BYTE> bytes(pattern.m_pBuffer, pattern.m_pStore ? 0 : length);
     if (pattern.m_pStore) {
-        // No longer than this stream, which is in memory.
+        // The pattern is at most as long as this stream, which fits into memory.
         WithMemoryException([&] { copy.resize(length); });
         if (length > 0)
             pattern.CopyTo(0, copy.data(), length, length);
@@ -277,7 +277,7 @@ void CByteStream::CopyToFile(const char* name, int fromCurrent) {
         return;
     }
     if (fromCurrent && m_dwCurrent != 0) {
-        CByteStore store(m_pBuffer, m_dwLength); // places pages lower by a rule of its own
+        CByteStore store(m_pBuffer, m_dwLength); // has its own rule for a shifted image
         store.SetCurrentOffset(m_dwCurrent);
         store.CopyToFile(name, fromCurrent);
         return;
@@ -301,7 +301,7 @@ void CByteStream::SetFileName(const char* name) {
     if (!m_pStore) {
         auto store = WithMemoryException([] { return std::make_unique<CByteStore>(); });
         store->SetAutoDelete(m_bAutoDelete);
-        store->SetFileName(name); // on failure the content is as it was
+        store->SetFileName(name); // on failure the content is unchanged
         FreeContent();
         Init();
         m_bAutoDelete = store->GetAutoDelete();

@@ -1,5 +1,5 @@
-// CByteStore and CByteStream: translation between coded character sets. The templates take either of
-// them and know only what is public.
+// CByteStore and CByteStream: translation between coded character sets. The templates take either
+// of them and know only what is public.
 #pragma once
 
 #include "src/bytestore/Containers.h"

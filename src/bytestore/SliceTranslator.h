@@ -1,4 +1,4 @@
-// Text in slices through a CCSID translation, the output piece by piece to a function.
+// Translates text between CCSIDs slice by slice; a function gets the output piece by piece.
 #pragma once
 
 #include "vnbytstr/Ccsid.h"

@@ -11,7 +11,7 @@ namespace vnbytstr::detail {
 /// What the swap file holds of one page.
 class PageOnFile {
 public:
-    /// The file has bytes of the page, put there by somebody else.
+    /// The file has bytes of the page that the store did not write.
     void SetPresent() noexcept { m_state = kUnchecked; }
     /// The store wrote these bytes, from the page's beginning.
     void SetWritten(std::span<const BYTE> bytes) noexcept;
@@ -20,7 +20,7 @@ public:
     bool IsPresent() const noexcept { return m_state != 0; }
     /// Bytes that were written; 0 when that is not known.
     DWORD GetCount() const noexcept { return m_state == kUnchecked ? 0 : m_state; }
-    /// Whether a page that was read, from its beginning, has what was written.
+    /// Whether the bytes that were read, from the page's beginning, are those that were written.
     bool Matches(std::span<const BYTE> read) const noexcept;
 
 private:
@@ -31,14 +31,17 @@ private:
 
 /// Whose files the swap file and the one under the store's name are.
 struct SwapImage {
-    FileIdentity image; ///< the open swap file
-    FileIdentity named; ///< the file that the store has put under its name, or opened there;
-                        ///< unknown when the name is not the store's to change
-    FileHandle shifted = kNoFile; ///< open for its lock: the file `named` when it is another one
-    DWORD process = 0;            ///< the process that opened the swap file
-    bool isGenerated = false;     ///< made by the store under a name of its own choice
-    bool isBorrowed = false;      ///< the parent process's, open for reading
-    bool isSuspect = false; ///< bringing it to the disk has failed: what the disk has is unknown
+    /// The open swap file.
+    FileIdentity image;
+    /// The file that the store has put under its name, or opened there; unknown when the store must
+    /// not change the name.
+    FileIdentity named;
+    /// The file `named` while that is not the swap file; open for its lock.
+    FileHandle shifted = kNoFile;
+    DWORD process = 0;        ///< the process that opened the swap file
+    bool isGenerated = false; ///< made by the store, under a generated name
+    bool isBorrowed = false;  ///< the parent process's file, open for reading
+    bool isSuspect = false;   ///< a sync has failed: what is on the disk is unknown
 };
 
 } // namespace vnbytstr::detail

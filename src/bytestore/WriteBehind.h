@@ -9,12 +9,12 @@
 namespace vnbytstr::detail {
 
 /// A short run of consecutive pages that have left a store's cache but are not in its file yet.
-/// Knows nothing of files. While the clock stands still the cache lets pages go one by one in the
-/// order in which they came, and without this each would be a write of its own.
+/// Knows nothing of files. While the clock stands still the cache drops pages one by one in the
+/// order of their creation; without this, each would be written separately.
 class WriteBehind {
 public:
-    /// 256 KiB at once is where the system call stops mattering.
-    static constexpr std::size_t kMost = 8;
+    /// 8 pages are 256 KiB; larger writes are not faster.
+    static constexpr std::size_t kMaxPages = 8;
 
     WriteBehind() = default;
     ~WriteBehind();
@@ -22,7 +22,7 @@ public:
     WriteBehind& operator=(const WriteBehind&) = delete;
 
     bool IsEmpty() const noexcept { return m_count == 0; }
-    bool IsFull() const noexcept { return m_count == kMost; }
+    bool IsFull() const noexcept { return m_count == kMaxPages; }
     DWORD FirstPage() const noexcept { return m_first; }
     /// The pages' bytes, in order.
     std::span<const std::span<const BYTE>> Buffers() noexcept;
@@ -33,7 +33,7 @@ public:
     /// False, with nothing changed, when the page does not follow the run, the run is full, or
     /// there is no memory for the other buffer.
     bool Take(DWORD number, BYTE*& buffer) noexcept;
-    /// All have been written, or are not wanted any more.
+    /// All pages have been written, or are no longer needed.
     void Clear() noexcept { m_count = 0; }
     /// Forgets the pages from `number` on.
     void DropFrom(DWORD number) noexcept;
@@ -41,8 +41,9 @@ public:
 private:
     DWORD m_first = 0;
     std::size_t m_count = 0;
-    std::array<BYTE*, kMost> m_buffers{}; ///< the first m_count hold pages, the others wait for use
-    std::array<std::span<const BYTE>, kMost> m_spans;
+    std::array<BYTE*, kMaxPages>
+        m_buffers{}; ///< the first m_count hold pages, the others wait for use
+    std::array<std::span<const BYTE>, kMaxPages> m_spans;
 };
 
 } // namespace vnbytstr::detail
