@@ -20,8 +20,8 @@ std::uint64_t LoadWord(const BYTE* from) noexcept {
     return word;
 }
 
-// How common a byte is in the values that go through stores (text in several encodings, integers,
-// records), 0 the rarest. Only the order matters: it decides which bytes the filter looks for.
+/// How common a byte is in the values that go through stores (text in several encodings, integers,
+/// records), 0 the rarest. Only the order matters: it decides which bytes the filter looks for.
 constexpr std::array<BYTE, 256> MakeCommonness() {
     std::array<BYTE, 256> table{};
     for (unsigned byte = 0; byte < 256; ++byte)
@@ -51,8 +51,8 @@ struct Suffix {
     std::size_t period;
 };
 
-// The greatest suffix of the pattern in the order `before` of its bytes, and that suffix's period
-// (Crochemore and Perrin, section 3).
+/// The greatest suffix of the pattern in the order `before` of its bytes, and that suffix's period
+/// (Crochemore and Perrin, section 3).
 template <class Before>
 Suffix GreatestSuffix(std::span<const BYTE> pattern, Before before) noexcept {
     Suffix best{0, 1};
@@ -81,9 +81,9 @@ Suffix GreatestSuffix(std::span<const BYTE> pattern, Before before) noexcept {
 
 } // namespace
 
-// What the two-way search asks of the machine. Mismatch, MismatchBack: index of the first, of the
-// last of `count` bytes that differ; count when none does. Next: the first start from `position` to
-// `last` where the data looks like the beginning of the probe, last + 1 when there is none.
+/// What the two-way search asks of the machine. Mismatch, MismatchBack: index of the first, of the
+/// last of `count` bytes that differ; count when none does. Next: the first start from `position`
+/// to `last` where the data looks like the beginning of the probe, last + 1 when there is none.
 struct PlainScan {
     explicit PlainScan(std::span<const BYTE> probe) noexcept : m_probe(probe[0]) {}
 
@@ -217,7 +217,7 @@ PatternScanner::PatternScanner(std::span<const BYTE> pattern) noexcept
         ChooseFilter();
 }
 
-// The two rarest bytes of the pattern's beginning, of different values if there are any.
+/// The two rarest bytes of the pattern's beginning, of different values if there are any.
 void PatternScanner::ChooseFilter() noexcept {
     constexpr std::size_t kLookedAt = 512;
     const std::size_t count = std::min(m_pattern.size(), kLookedAt);
@@ -270,8 +270,8 @@ bool PatternScanner::Scan(std::span<const BYTE> text, std::size_t& position) noe
     return m_twoWay && TwoWayPlain(text, position);
 }
 
-// True when the pattern stands at `start`. Otherwise the filter's budget is charged; once that is
-// used up, the two-way algorithm is prepared.
+/// True when the pattern stands at `start`. Otherwise the filter's budget is charged; once that is
+/// used up, the two-way algorithm is prepared.
 inline bool PatternScanner::Verify(const BYTE* start) noexcept {
     const std::size_t same = PlainScan::Mismatch(start, m_pattern.data(), m_pattern.size());
     if (same == m_pattern.size())
@@ -303,9 +303,9 @@ bool PatternScanner::FilterPlain(std::span<const BYTE> text, std::size_t& positi
     return false;
 }
 
-// The two-way search proper. In the right half a start fails at its first unequal byte and the
-// search moves on by one more than what was equal; in the left half by the period, and when the
-// pattern is periodic all but a period of it is then known to match.
+/// The two-way search proper. In the right half a start fails at its first unequal byte and the
+/// search moves on by one more than what was equal; in the left half by the period, and when the
+/// pattern is periodic all but a period of it is then known to match.
 template <class Machine>
 inline bool PatternScanner::TwoWay(std::span<const BYTE> text, std::size_t& position) noexcept {
     const BYTE* const pattern = m_pattern.data();
@@ -354,7 +354,7 @@ PatternScanner::TwoWayAvx2(std::span<const BYTE> text, std::size_t& position) no
     return TwoWay<Avx2Scan>(text, position);
 }
 
-// Tests 128 starts at a time, then 32, and the rest one by one.
+/// Tests 128 starts at a time, then 32, and the rest one by one.
 VNBYTSTR_AVX2 bool PatternScanner::FilterAvx2(std::span<const BYTE> text,
                                               std::size_t& position) noexcept {
     const std::size_t last = text.size() - m_pattern.size();
@@ -442,8 +442,8 @@ std::optional<std::uint64_t> ByteSearcher::Feed(std::span<const BYTE> piece) {
     return std::nullopt;
 }
 
-// Looks where the pieces meet. Ends with an empty carry when all further starts lie in `piece`
-// (then m_skip says where), else with all of the piece in the carry.
+/// Looks where the pieces meet. Ends with an empty carry when all further starts lie in `piece`
+/// (then m_skip says where), else with all of the piece in the carry.
 bool ByteSearcher::FeedCarry(std::span<const BYTE>& piece) {
     const std::size_t before = m_carry.size() - m_carryHead;
     const std::size_t taken = std::min(piece.size(), m_pattern.size() - 1);

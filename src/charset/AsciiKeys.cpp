@@ -62,7 +62,7 @@ AsciiKeys::AsciiKeys(const UCollator& collator) {
 }
 
 void AsciiKeys::LearnTails(const UCollator& collator) {
-    for (std::size_t length = 0; length <= kLongest; ++length)
+    for (std::size_t length = 0; length <= kMaxLength; ++length)
         m_tails.push_back(PartsOf(collator, std::u16string(length, u'0')).tail);
 }
 
@@ -100,7 +100,7 @@ void AsciiKeys::LearnSteps(const UCollator& collator) {
             const Parts parts = PartsOf(collator, text + m_samples[next]);
             const std::size_t added = parts.weights.size() - before.size();
             if (!parts.weights.starts_with(before) || !IsTail(parts.tail, text.size() + 1) ||
-                added > kMostStepBytes)
+                added > kMaxStepBytes)
                 continue;
             Step step = Step{added} << 56;
             std::memcpy(&step, parts.weights.data() + before.size(), added);
@@ -130,9 +130,9 @@ void AsciiKeys::ForgetContractions(const UCollator& collator) {
 }
 
 bool AsciiKeys::Append(std::string_view text, std::string& keys) const {
-    if (text.size() > kLongest)
+    if (text.size() > kMaxLength)
         return false;
-    std::array<char, (kLongest + 1) * 8> key;
+    std::array<char, (kMaxLength + 1) * 8> key;
     char* end = key.data();
     const Step* row = m_steps.data();
     for (const char c : text) {

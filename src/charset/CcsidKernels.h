@@ -1,7 +1,8 @@
 // The inner loops of CCSID translation. A kernel translates the characters that it knows, each by
 // itself, and stops before anything else (a character the target lacks, a broken or incomplete
-// one); ICU's converters take over there, so that the kernels never decide what becomes of such
-// input. Their tables are composed from ICU's converters, and their output is ICU's byte for byte.
+// one); ICU's converters take over there, so that the kernels never decide how such input is
+// translated. Their tables are composed from ICU's converters, and their output is ICU's byte for
+// byte.
 #pragma once
 
 #include "vnbytstr/framework/Types.h"
@@ -26,15 +27,15 @@ struct KernelStep {
 class CcsidKernel {
 public:
     virtual ~CcsidKernel() = default;
-    /// Translates from the beginning of `in` until it meets what it does not know, `in` ends, or
+    /// Translates from the beginning of `in` until it meets something unknown, `in` ends, or
     /// `out` has no room for the next character. Both stop at a character's boundary. Bytes of
     /// `out` past those produced may be overwritten.
     virtual KernelStep Run(std::span<const BYTE> in, std::span<BYTE> out) const noexcept = 0;
 };
 
-/// The kernel for a pair of converters, null when there is none: single-byte sets among each other
-/// and with UTF-8, and the stateless double-byte sets to UTF-16 and UTF-8. The converters are used
-/// while the tables are composed, and left with other callbacks.
+/// The kernel for a pair of converters: there are kernels between single-byte sets, between these
+/// and UTF-8, and from the stateless double-byte sets to UTF-16 and UTF-8; null for other pairs.
+/// The converters are used to compose the tables; their callbacks are changed.
 std::unique_ptr<CcsidKernel> MakeCcsidKernel(UConverter* from, UConverter* to);
 /// The kernel for a set and itself: copies.
 std::unique_ptr<CcsidKernel> MakeCopyKernel();

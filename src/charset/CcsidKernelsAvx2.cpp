@@ -182,9 +182,9 @@ VNBYTSTR_AVX2 std::size_t MapBytesAvx2(const ByteTable& table, const BYTE* in, B
     return i + MapBytesPlain(table, in + i, out + i, size - i);
 }
 
-// Where a block is not to the fast loops' liking, the plain ones do it. They are given a little
-// more, so that a character cut by the block's end does not look like one they do not know; only
-// when they get nowhere is it that.
+/// A block that the fast loops cannot do is left to the plain ones. They get a few bytes more, so
+/// that a character cut by the block's end does not look unknown; it is unknown only when they
+/// cannot go on either.
 constexpr std::size_t kPlainStretch = 64;
 
 VNBYTSTR_AVX2 KernelStep BytesToUtf8Avx2(const ByteToUtf8Table& table, std::span<const BYTE> in,

@@ -48,7 +48,7 @@ bool BidiParagraphs::Next(bool flush) {
     m_ready.clear();
     const std::size_t size = m_pending.size();
     while (m_searched < size && !EndsParagraph(m_pending[m_searched]) &&
-           m_searched - m_start < kLongest)
+           m_searched - m_start < kMaxLength)
         ++m_searched;
     if (m_searched == size && (!flush || m_start == size)) {
         m_pending.erase(0, m_start);

@@ -15,7 +15,7 @@ namespace vnbytstr::detail {
 /// Whether `layout` changes anything.
 bool ChangesLayout(const SCCSIDLayout& layout) noexcept;
 
-/// Takes UTF-16 in pieces and gives it back paragraph by paragraph, laid out anew.
+/// Takes UTF-16 in pieces and gives it back paragraph by paragraph in the new layout.
 class BidiParagraphs {
 public:
     explicit BidiParagraphs(const SCCSIDLayout& layout);
@@ -25,18 +25,18 @@ public:
         m_pending += unit;
         m_positions.push_back(position);
     }
-    /// Makes the next paragraph ready, `flush` also an unfinished last one. False when there is
+    /// Prepares the next paragraph; with `flush` also an unfinished last one. False when there is
     /// none.
     bool Next(bool flush);
-    /// The paragraph made ready, with its end.
+    /// The prepared paragraph, with its line end.
     std::u16string_view Ready() const noexcept { return m_ready; }
     /// Position of the first byte of that paragraph.
     ULONGLONG ReadyPosition() const noexcept { return m_readyPosition; }
     void Clear();
 
 private:
-    static constexpr std::size_t kLongest = 1u
-                                            << 24; // units; a file without line ends is cut there
+    /// Units of a paragraph. Text without line ends is cut there.
+    static constexpr std::size_t kMaxLength = std::size_t{1} << 24;
 
     void Transform(std::u16string_view text);
 

@@ -62,7 +62,8 @@ public:
         const auto known = m_pairs.find(key);
         if (known != m_pairs.end())
             return known->second.get();
-        // Only what was made is kept: a lack of memory passes, and of unknown sets there is no end.
+        // Only known pairs are kept: memory may come back, and unknown sets are unlimited in
+        // number.
         std::unique_ptr<CcsidPair> pair = Make(from, to, swapNewLine);
         return pair ? m_pairs.emplace(key, std::move(pair)).first->second.get() : nullptr;
     }

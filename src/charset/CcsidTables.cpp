@@ -26,8 +26,8 @@ bool IsSingleByte(const UConverter* converter) {
            ucnv_getMaxCharSize(converter) == 1;
 }
 
-/// Whether the set has characters that stand for several code points: those are no business of a
-/// kernel, which sees one at a time.
+/// Whether the set has characters that stand for several code points; a kernel handles only one at
+/// a time.
 bool HasSequences(const UConverter* converter) {
     UErrorCode error = U_ZERO_ERROR;
     const std::unique_ptr<USet, decltype(&uset_close)> owner(uset_openEmpty(), &uset_close);
@@ -48,7 +48,7 @@ bool HasSequences(const UConverter* converter) {
     return found;
 }
 
-/// Asks a converter about one character at a time; what is not plainly mapped is no answer.
+/// Asks a converter about one character at a time; only exact mappings count.
 class Probe {
 public:
     explicit Probe(UConverter* converter) : m_converter(converter) {

@@ -1,13 +1,11 @@
 // Invariants, checked by CheckInvariants:
 //   1. The pivot holds units only while something is left to encode: m_next <= m_end, both within
-//   it.
+//      it.
 //   2. With a layout, the pivot is empty between calls (its units have gone to the paragraphs).
 //   3. A kernel runs only while neither converter holds anything: no part of a character, no unit,
-//   no
-//      byte (IsIdle).
+//      no byte (IsIdle).
 //   4. Every byte counted in m_report.ullConsumed is in the output, in the pivot, in a paragraph or
-//   in
-//      a converter's state; every byte counted in ullProduced has been delivered.
+//      in a converter's state; every byte counted in ullProduced has been delivered.
 #include "src/charset/CcsidTranslator.h"
 
 #include <unicode/ucnv_err.h>
@@ -19,10 +17,11 @@
 namespace vnbytstr::detail {
 
 namespace {
-constexpr std::size_t kSmallestPiece = 8, kLargestPiece = 4096;
-constexpr std::size_t kWorthwhile =
-    256; // bytes a kernel must get through to go on with small pieces
-constexpr std::size_t kLargestSlice = 1u << 30; // ICU counts in signed 32 bits
+constexpr std::size_t kMinPiece = 8, kMaxPiece = 4096;
+/// Bytes a kernel must translate for ICU's pieces to stay small.
+constexpr std::size_t kWorthwhile = 256;
+/// ICU counts in signed 32 bits.
+constexpr std::size_t kMaxSlice = 1u << 30;
 
 /// Bytes of a set's units, at whose multiples its characters begin.
 unsigned UnitOf(WORD ccsid) {
@@ -40,7 +39,7 @@ struct CcsidTranslator::Callbacks {
         if (reason > UCNV_IRREGULAR)
             return; // a reset or a close, perhaps long after this translation
         auto& self = *static_cast<CcsidTranslator*>(const_cast<void*>(context));
-        // After a broken sequence ICU may go back and read from a buffer of its own.
+        // After a broken sequence ICU may go back and read from its internal buffer.
         std::ptrdiff_t unread = 0;
         if (args->source >= self.m_decodeBegin && args->source <= self.m_decodeEnd)
             self.m_decodeReal = args->source;
@@ -51,7 +50,7 @@ struct CcsidTranslator::Callbacks {
         ULONGLONG position =
             self.m_decodeStart +
             static_cast<ULONGLONG>(self.m_decodeReal - self.m_decodeBegin - unread);
-        // When a slice ends within a unit ICU keeps the unit's first byte where nobody sees it.
+        // When a slice ends within a unit ICU keeps the unit's first byte out of reach.
         position -= position % UnitOf(self.m_pair.fromCcsid);
         self.m_malformedEnd = position + static_cast<ULONGLONG>(length);
         STranslationReport& report = self.m_report;
@@ -86,7 +85,7 @@ struct CcsidTranslator::Callbacks {
 };
 
 CcsidTranslator::CcsidTranslator(const CcsidPair& pair, const SCCSIDLayout* layout, bool stop)
-    : m_pair(pair), m_stop(stop), m_piece(kSmallestPiece) {
+    : m_pair(pair), m_stop(stop), m_piece(kMinPiece) {
     if (layout && ChangesLayout(*layout)) {
         m_layout.emplace(*layout);
         m_readyNext = m_layout->Ready().data();
@@ -96,7 +95,7 @@ CcsidTranslator::CcsidTranslator(const CcsidPair& pair, const SCCSIDLayout* layo
 void CcsidTranslator::Restart() {
     m_report = {};
     m_stage = Stage::Running;
-    m_piece = kSmallestPiece;
+    m_piece = kMinPiece;
     m_pendingStart = m_lastUnit = 0;
     if (m_decoder) {
         ucnv_reset(m_decoder->get());
@@ -176,16 +175,16 @@ void CcsidTranslator::RunKernel(std::span<const BYTE> in, std::span<BYTE> out,
     m_report.ullConsumed += step.consumed;
     m_report.ullProduced += step.produced;
     // Text full of what a kernel does not know goes to ICU in larger and larger pieces.
-    m_piece = step.consumed >= kWorthwhile ? kSmallestPiece : std::min(m_piece * 2, kLargestPiece);
+    m_piece = step.consumed >= kWorthwhile ? kMinPiece : std::min(m_piece * 2, kMaxPiece);
 }
 
 std::size_t CcsidTranslator::PieceSize(std::size_t available) const {
-    // In the middle of a character: byte by byte to its end. Behind it a kernel can go on, and the
+    // In the middle of a character: byte by byte to its end. After it a kernel can go on, and the
     // offsets are right (ICU's for UTF-32 are not, in a piece that begins in the middle of one).
     UErrorCode error = U_ZERO_ERROR;
     if (m_decoder && ucnv_toUCountPending(m_decoder->get(), &error) != 0)
         return 1;
-    return std::min(available, m_pair.kernel && !m_layout ? m_piece : kLargestSlice);
+    return std::min(available, m_pair.kernel && !m_layout ? m_piece : kMaxSlice);
 }
 
 void CcsidTranslator::Decode(std::span<const BYTE> in, bool flush, std::size_t& consumed) {
@@ -235,7 +234,7 @@ ULONGLONG CcsidTranslator::PositionOf(std::ptrdiff_t unit) const {
         return m_layout->ReadyPosition();
     if (unit < 0)
         return m_lastUnit;
-    // Of a character that began in an earlier slice ICU's converters say various things.
+    // ICU's converters differ in what they report of a character that began in an earlier slice.
     const bool isFirst = unit == 0 || (unit == 1 && U16_IS_LEAD(m_pivot[0]));
     int offset = m_offsets[static_cast<std::size_t>(unit)];
     if (offset >= m_decodeEnd - m_decodeBegin) // what ICU says of some bytes that it reads again
@@ -275,7 +274,7 @@ CcsidTranslator::Status CcsidTranslator::Encode(const char16_t*& next, const cha
         if (!m_stop)
             throw std::bad_alloc();
         m_failed = true;
-        // What the decoder saw malformed lies beyond this place: nobody has got that far.
+        // What the decoder found malformed lies after this place, which is not reached yet.
         m_report.ullMalformed = 0;
         m_report.ullFirstMalformed = STranslationReport::nowhere;
         return Status::Failed;

@@ -58,9 +58,10 @@ private:
     STranslationReport m_report;
     Stage m_stage = Stage::Running;
     bool m_failed = false;
-    bool m_decoderStopped =
-        false;           // failed, but what stands before that place is still to be encoded
-    std::size_t m_piece; // bytes ICU gets at a time where a kernel does the rest
+    // The decoder failed, but the text before that place is still to be encoded.
+    bool m_decoderStopped = false;
+    // Bytes that ICU gets at a time where a kernel does the rest.
+    std::size_t m_piece;
 
     std::optional<ConverterPool::Lease> m_decoder, m_encoder; // from their first use on
     bool m_decoderHolds = false; // the decoder has units that did not fit the pivot
@@ -68,11 +69,12 @@ private:
 
     // The pivot, and where its units came from.
     std::array<char16_t, kPivot> m_pivot;
-    std::array<int, kPivot>
-        m_offsets; // of each unit's first byte after m_decodeStart, -1: before it
-    const char16_t* m_next = nullptr; // what is left to encode, in the pivot ...
+    // The offset from m_decodeStart of each unit's first byte, -1 for one before it.
+    std::array<int, kPivot> m_offsets;
+    // What is left to encode, in the pivot or in the paragraph that is ready.
+    const char16_t* m_next = nullptr;
     const char16_t* m_end = nullptr;
-    const char16_t* m_readyNext = nullptr;  // ... or in the paragraph that is ready
+    const char16_t* m_readyNext = nullptr;
     ULONGLONG m_decodeStart = 0;            // position of the first byte decoded into the pivot
     ULONGLONG m_pendingStart = 0;           // position of the character that began before it
     ULONGLONG m_malformedEnd = 0;           // where the last broken sequence ended

@@ -102,7 +102,7 @@ VNBYTSTR_AVX2 CharCountStep CountUtf8Avx2(std::string_view text) noexcept {
                                   ((Equal(x, 0xF0) << 1) & ~ge90) | ((Equal(x, 0xF4) << 1) & ge90);
         if (bad != 0)
             break;
-        // A character that goes on behind the vector begins the next one.
+        // A character that continues after the vector begins the next one.
         std::size_t bytes = 32;
         if (wanted >> 32 != 0)
             bytes = 31 - static_cast<unsigned>(std::countl_zero(geC2));

@@ -11,7 +11,7 @@ namespace vnbytstr::detail {
 
 /// What one run of a counter did.
 struct CharCountStep {
-    std::size_t bytes = 0; ///< of the text's beginning; the next character starts behind them
+    std::size_t bytes = 0; ///< of the text's beginning; the next character starts after them
     std::size_t chars = 0; ///< in these bytes
 };
 

@@ -17,8 +17,8 @@ bool IsIn(UChar32 character, uint32_t categories) noexcept {
 
 bool IsLetter(UChar32 character) noexcept { return IsIn(character, U_GC_L_MASK | U_GC_NL_MASK); }
 
-/// The points of Hebrew, Arabic and their kin have these combining classes; the scripts of India
-/// and South-East Asia have vowel signs without one.
+/// The points of Hebrew, Arabic and related scripts have these combining classes; the scripts of
+/// India and South-East Asia have vowel signs without one.
 bool IsVowelMark(UChar32 character) noexcept {
     const uint8_t combining = u_getCombiningClass(character);
     return (combining >= 10 && combining <= 36) || combining == 84 || combining == 91 ||

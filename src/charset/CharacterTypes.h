@@ -1,5 +1,5 @@
-// What kind of character a code point is, in the three words programs of this kind know, built from
-// Unicode's properties; and the writing direction of languages.
+// What kind of character a code point is, as the three type words that programs of this kind know,
+// built from Unicode's properties; and the writing direction of languages.
 //
 // Each word has the published bits: type 1 is that of C's ctype functions, type 2 the class of the
 // bidirectional algorithm (Unicode UAX #9), type 3 tells scripts and widths apart. Code points that
@@ -37,7 +37,7 @@ inline constexpr WORD kNonSpacing = 0x0001, kDiacritic = 0x0002, kVowelMark = 0x
                       kAlpha = 0x8000;
 } // namespace type3
 
-/// Letters, syllables and ideographs have kAlpha; marks that stand above or below others have not.
+/// Letters, syllables and ideographs have kAlpha; marks above or below others do not have it.
 VNBYTSTR_API WORD CharacterType1(char32_t character) noexcept;
 VNBYTSTR_API WORD CharacterType2(char32_t character) noexcept;
 /// A mark above or below others is exactly kAlpha | kNonSpacing with kVowelMark (a vowel sign) or

@@ -56,7 +56,7 @@ public:
     bool IsLeadByte(char byte) const noexcept { return m_lead[static_cast<BYTE>(byte)] != 0; }
     /// Bytes of the character that begins at `p`, which must lie before `end`: at least 1, never
     /// past `end`. A double-byte page takes any byte after a lead byte for its trail byte; a lead
-    /// byte with nothing behind it counts 1, and so does each byte of a broken UTF-8 sequence.
+    /// byte with nothing after it counts 1, and so does each byte of a broken UTF-8 sequence.
     std::size_t CharLength(const char* p, const char* end) const noexcept {
         return IsLeadByte(*p) ? LongCharLength(p, end) : 1;
     }
@@ -68,11 +68,11 @@ public:
     /// Index of the first byte of the character that the byte at `index` belongs to; judged from
     /// the beginning of the text, as a double-byte page must be.
     std::size_t CharStart(std::string_view text, std::size_t index) const noexcept;
-    /// Bytes of the leading run that holds none of the ASCII characters in `set` as a character of
-    /// its own (a trail byte never counts): the whole length when there is none.
+    /// Bytes before the first of the ASCII characters in `set` (a trail byte never counts as one):
+    /// the whole length when there is none.
     std::size_t SpanWithout(std::string_view text, std::string_view set) const noexcept;
 
-    /// To UTF-16 in native byte order. What is no character becomes U+FFFD.
+    /// To UTF-16 in native byte order. Bytes that are not a character become U+FFFD.
     std::u16string ToWide(std::string_view text) const;
     /// From UTF-16. What the page does not hold becomes '?', in UTF-8 (an unpaired surrogate)
     /// U+FFFD. Only exact mappings are used: no letter is replaced by a similar one.

@@ -22,7 +22,7 @@ std::string_view Clipped(std::string_view text) { return text.substr(0, INT_MAX 
 int32_t LengthOf(std::string_view text) { return static_cast<int32_t>(text.size()); }
 int32_t LengthOf(std::u16string_view text) { return static_cast<int32_t>(text.size()); }
 
-/// What ICU calls the locale; Unicode's own order goes by the empty name.
+/// ICU's name of the locale; the empty name stands for Unicode's own order.
 std::string IcuName(std::string_view locale) {
     std::string name(locale.substr(0, locale.find_first_of(".@")));
     return name == "C" || name == "POSIX" ? std::string() : name;
@@ -42,7 +42,7 @@ detail::CollatorPtr OpenCollator(const std::string& locale) {
         ucol_setStrength(collator.get(), UCOL_SECONDARY);
         ucol_setAttribute(collator.get(), UCOL_NORMALIZATION_MODE, UCOL_ON, &error);
         ucol_setAttribute(collator.get(), UCOL_CASE_LEVEL, UCOL_OFF, &error);
-        // Thai rules would ignore punctuation, and make one name of many.
+        // Thai rules would ignore punctuation, and make different names equal.
         ucol_setAttribute(collator.get(), UCOL_ALTERNATE_HANDLING, UCOL_NON_IGNORABLE, &error);
     }
     if (error == U_MEMORY_ALLOCATION_ERROR)

@@ -1,10 +1,11 @@
-// Comparing texts the way a person sorts and searches them: letters of one name in upper and lower
+// Comparing texts the way people sort and search them: letters of one name in upper and lower
 // case, in hiragana and katakana, in half and full width count as the same. It is the order of
 // Unicode's collation algorithm (UTS #10) with the locale's own rules, down to accents and no
 // further; punctuation counts.
 //
-// Texts are in the ANSI code page. Bytes that are no character count as U+FFFD, which stands behind
-// all else. Control characters other than white space do not count at all, NUL among them.
+// Texts are in the ANSI code page. Bytes that are not a character count as U+FFFD, which sorts
+// after everything else. Control characters other than white space do not count at all, NUL among
+// them.
 #pragma once
 
 #include "vnbytstr/framework/Export.h"

@@ -1,4 +1,4 @@
-// The short way to the keys of plain ASCII text.
+// The fast way to the keys of plain ASCII text.
 #pragma once
 
 #include "vnbytstr/framework/Types.h"
@@ -27,20 +27,20 @@ void AppendIcuKey(const UCollator& collator, std::u16string_view text, std::stri
 /// character adds to the first part depend on itself and the one before it only (equal beginnings
 /// of two weights in a row are shortened), as long as no two of them sort as one letter (Hungarian
 /// "cs") and each is one letter without an accent. The second part of such a text is a matter of
-/// its length. So two characters' keys tell all; what they do not tell is left to ICU.
+/// its length. So the keys of pairs of characters are enough; other texts are left to ICU.
 class AsciiKeys {
 public:
     explicit AsciiKeys(const UCollator& collator);
 
-    /// Appends the key; false, with `keys` as it was, when the text needs ICU itself.
+    /// Appends the key; false, with `keys` unchanged, when the text needs ICU itself.
     bool Append(std::string_view text, std::string& keys) const;
 
 private:
-    static constexpr std::size_t kLongest = 255; ///< bytes of text
+    static constexpr std::size_t kMaxLength = 255; ///< bytes of text
     /// What one character adds, in one register: up to 7 bytes, the first lowest; above them their
     /// number, kUnknown where only ICU knows.
     using Step = std::uint64_t;
-    static constexpr std::size_t kMostStepBytes = 7;
+    static constexpr std::size_t kMaxStepBytes = 7;
     static constexpr Step kUnknown = 0xFF;
 
     void LearnTails(const UCollator& collator);

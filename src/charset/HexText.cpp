@@ -41,7 +41,7 @@ void EncodePlain(std::span<const BYTE> bytes, char* out, const char* digits) noe
     }
 }
 
-// Decodes up to `pairs` pairs and appends to `done`; false when the text ended.
+/// Decodes up to `pairs` pairs and appends to `done`; false when the text ended.
 bool DecodePlain(const char* text, std::size_t length, BYTE* out, std::size_t pairs,
                  HexDecoded& done) noexcept {
     std::size_t at = done.consumed;
@@ -72,7 +72,7 @@ VNBYTSTR_AVX2 __m256i BothLanes(const void* from) noexcept {
     return _mm256_broadcastsi128_si256(_mm_loadu_si128(static_cast<const __m128i*>(from)));
 }
 
-// Returns how many bytes it wrote the digits of.
+/// Returns how many bytes it wrote the digits of.
 VNBYTSTR_AVX2 std::size_t EncodeAvx2(std::span<const BYTE> bytes, char* out,
                                      const char* digits) noexcept {
     const __m256i table = BothLanes(digits);
@@ -90,10 +90,10 @@ VNBYTSTR_AVX2 std::size_t EncodeAvx2(std::span<const BYTE> bytes, char* out,
     return at;
 }
 
-// Where the digits of 32 bytes stand among their 96 characters with blanks: for each of three
-// stores, the place within its 16 bytes of the byte whose high (low) digit a character is, 0x80 for
-// none. The first store takes from the first 16 bytes, the last from the others, and the two halves
-// of the middle one from either.
+/// Where the digits of 32 bytes stand among their 96 characters with blanks: for each of three
+/// stores, the place within its 16 bytes of the byte whose high (low) digit a character is, 0x80
+/// for none. The first store takes from the first 16 bytes, the last from the others, and the two
+/// halves of the middle one from either.
 struct SpacedPlaces {
     alignas(32) BYTE high[3][32];
     alignas(32) BYTE low[3][32];
@@ -118,7 +118,7 @@ VNBYTSTR_AVX2 void PutSpaced(char* out, __m256i high, __m256i low) noexcept {
     Store(out + 32 * kStore, _mm256_or_si256(pairs, Load(kSpaced.blank[kStore])));
 }
 
-// Returns how many bytes it wrote the digits of, each with a blank behind; never all of them.
+/// Returns how many bytes it wrote the digits of, each followed by a blank; never all of them.
 VNBYTSTR_AVX2 std::size_t EncodeSpacedAvx2(std::span<const BYTE> bytes, char* out,
                                            const char* digits) noexcept {
     const __m256i table = BothLanes(digits);
@@ -139,13 +139,13 @@ VNBYTSTR_AVX2 std::size_t EncodeSpacedAvx2(std::span<const BYTE> bytes, char* ou
     return at;
 }
 
-// What DecodeAvx2 looks up for a character: by its low nibble and by its high nibble, which of the
-// ranges digits (1), letters (2) it may belong to, and by the high nibble, what the range adds.
+/// What DecodeAvx2 looks up for a character: by its low nibble and by its high nibble, which of the
+/// ranges digits (1), letters (2) it may belong to, and by the high nibble, what the range adds.
 alignas(16) constexpr BYTE kRangeOfLow[16] = {1, 3, 3, 3, 3, 3, 3, 1, 1, 1, 0, 0, 0, 0, 0, 0};
 alignas(16) constexpr BYTE kRangeOfHigh[16] = {0, 0, 0, 1, 2, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0};
 alignas(16) constexpr BYTE kBaseOfHigh[16] = {0, 0, 0, 0, 9, 0, 9, 0, 0, 0, 0, 0, 0, 0, 0, 0};
 
-// Decodes pairs without blanks, 32 at a time, as long as there are such; `done` moves on.
+/// Decodes pairs without blanks, 32 at a time, as long as there are such; `done` moves on.
 VNBYTSTR_AVX2 void DecodeAvx2(const char* text, std::size_t length, BYTE* out,
                               std::size_t outCapacity, HexDecoded& done) noexcept {
     const __m256i rangeOfLow = BothLanes(kRangeOfLow);

@@ -21,16 +21,16 @@ void EncodeHexSpaced(std::span<const BYTE> bytes, char* out,
 
 /// Where a run of DecodeHex came to a stop.
 struct HexDecoded {
-    std::size_t consumed = 0; ///< characters of the text; the next run goes on behind them
+    std::size_t consumed = 0; ///< characters of the text; the next run starts after them
     std::size_t produced = 0; ///< bytes written
     bool ended = false;       ///< nothing more can come of this text
 };
 
 /// Reads pairs of hex digits (0-9, A-F, a-f; the high nibble first) and writes a byte for each, at
-/// most `outCapacity`. Blanks (0x20) before a pair are skipped. The first character that is no hex
-/// digit ends the text, be it a NUL, a blank between the digits of a pair or anything else, as does
-/// the text's length; a lone first digit is dropped. When the capacity stops it, `ended` is false
-/// and the caller goes on with the rest of the text.
+/// most `outCapacity`. Blanks (0x20) before a pair are skipped. The first character that is not a
+/// hex digit ends the text, be it a NUL, a blank between the digits of a pair or anything else, as
+/// does the text's length; a lone first digit is dropped. When the capacity stops it, `ended` is
+/// false and the caller goes on with the rest of the text.
 HexDecoded DecodeHex(const char* text, std::size_t textLength, BYTE* out,
                      std::size_t outCapacity) noexcept;
 

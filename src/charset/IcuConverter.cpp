@@ -29,7 +29,7 @@ ConverterPool::Lease ConverterPool::Borrow() {
 void ConverterPool::Return(ConverterPtr converter) noexcept {
     ucnv_reset(converter.get());
     const std::lock_guard lock(m_mutex);
-    if (m_idleCount < kMostIdle)
+    if (m_idleCount < kMaxIdle)
         m_idle[m_idleCount++] = std::move(converter);
 }
 

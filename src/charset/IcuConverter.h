@@ -54,14 +54,14 @@ public:
     const std::string& Name() const noexcept { return m_name; }
 
 private:
-    static constexpr std::size_t kMostIdle = 8; // what one program's threads use at a time
+    static constexpr std::size_t kMaxIdle = 8; // what one program's threads use at a time
 
     void Return(ConverterPtr converter) noexcept;
 
     std::string m_name;
     void (*m_prepare)(UConverter*);
     std::mutex m_mutex;
-    std::array<ConverterPtr, kMostIdle> m_idle; // the first m_idleCount of them
+    std::array<ConverterPtr, kMaxIdle> m_idle; // the first m_idleCount of them
     std::size_t m_idleCount = 0;
 };
 

@@ -1,4 +1,4 @@
-// Windows' three-letter names of languages, and what a person calls them.
+// Windows' three-letter names of languages, and their display names.
 #pragma once
 
 #include "vnbytstr/framework/Export.h"

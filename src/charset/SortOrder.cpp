@@ -25,7 +25,7 @@ void CheckCount(std::size_t count) {
         throw std::length_error("too many texts to sort");
 }
 
-/// Zeros stand behind a key's end, so a part whose last byte is not 0 goes on.
+/// Zeros fill the part after a key's end, so a part whose last byte is not 0 has a successor.
 std::uint64_t PartAt(std::string_view key, std::size_t depth) {
     std::uint64_t part = 0;
     const std::size_t rest = key.size() > depth ? key.size() - depth : 0;
@@ -41,7 +41,8 @@ bool IsBefore(const Item& left, const Item& right) {
     return left.part != right.part ? left.part < right.part : left.index < right.index;
 }
 
-/// Sorts by one byte of the part after the other, from the highest; `spare` is as long as `items`.
+/// Sorts by the bytes of the part, one after the other, from the highest; `spare` is as long as
+/// `items`.
 void SortByParts(std::span<Item> items, std::span<Item> spare, int shift) {
     if (items.size() < kFewForRadix || shift < 0) {
         std::sort(items.begin(), items.end(), IsBefore);
@@ -179,8 +180,8 @@ LONG LeadingInteger(std::string_view text) noexcept {
     const bool isNegative = i < text.size() && text[i] == '-';
     if (i < text.size() && (text[i] == '-' || text[i] == '+'))
         ++i;
-    constexpr LONGLONG kMost = std::numeric_limits<LONG>::max();
-    const LONGLONG limit = isNegative ? kMost + 1 : kMost;
+    constexpr LONGLONG kMax = std::numeric_limits<LONG>::max();
+    const LONGLONG limit = isNegative ? kMax + 1 : kMax;
     LONGLONG value = 0;
     for (; i < text.size() && text[i] >= '0' && text[i] <= '9'; ++i)
         value = std::min(limit, value * 10 + (text[i] - '0'));

@@ -1,7 +1,7 @@
 // The order of many texts, as a permutation: which of them stands first, second and so on.
 //
 // Sorting is stable: texts that are equal keep their order. A descending order is the ascending one
-// read from its end, so equal texts come in the reverse of their order there.
+// reversed, so equal texts come in the reverse of their order.
 #pragma once
 
 #include "src/charset/Collation.h"

@@ -8,8 +8,8 @@ namespace vnbytstr {
 /// Whether text may hold characters of several bytes: the ANSI code page is a double-byte page,
 /// another multi-byte one, or UTF-8.
 VNBYTSTR_API bool IsDbcsEnabled();
-/// Whether the system is made for text from right to left: the ANSI code page is the Hebrew or the
-/// Arabic one (1255, 1256), or the locale's language is written that way.
+/// Whether the system is set up for text from right to left: the ANSI code page is the Hebrew or
+/// the Arabic one (1255, 1256), or the locale's language is written that way.
 VNBYTSTR_API bool IsMiddleEastEnabled();
 
 } // namespace vnbytstr

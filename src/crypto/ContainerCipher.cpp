@@ -36,7 +36,7 @@ CDES MakeCipher(const CByteStream& key, const CByteStream& vector, CDES::EMode m
 /// One piece of at most 32768 bytes and its result.
 class Piece {
 public:
-    /// Length of the result in Result(); nothing when the result does not fit or makes no sense.
+    /// Length of the result in Result(); empty when the result does not fit or is not possible.
     std::optional<DWORD> Run(CDES& cipher, bool encrypt, const BYTE* bytes, DWORD count) {
         int length = static_cast<int>(kPiece);
         try {
@@ -58,7 +58,7 @@ private:
     std::array<BYTE, kPiece> m_result;
 };
 
-/// Appends the cipher's result for all that `source` holds to `result`; false when there is none.
+/// Appends the cipher's result for all that `source` holds to `result`; false when it fails.
 template <class Source, class Result>
 bool RunPieces(Source& source, bool encrypt, CDES& cipher, Result& result) {
     DWORD index, end;

@@ -115,7 +115,7 @@ void CDES::Encrypt(const BYTE* input, int length, BYTE* output, int& outputLengt
         else
             vnbytstr::detail::DesEcb(from, to, blocks, m_encryptSchedule);
     };
-    // The bytes behind the last whole block, before the output may cover them.
+    // The bytes after the last whole block, read before the output may cover them.
     const int whole = RoundDown(length);
     std::array<BYTE, kBlock> last{};
     std::copy(input + whole, input + length, last.begin());
@@ -165,7 +165,7 @@ void CDES::Decrypt(const BYTE* input, int length, BYTE* output, int& outputLengt
 
 namespace {
 
-/// Runs one direction over a stream, with lengths modulo 65536 as ever.
+/// Runs one direction over a stream, with lengths modulo 65536.
 template <class Direction>
 void OverStream(CByteStream& stream, Direction direction) {
     constexpr DWORD kLengths = 65536;

@@ -1,8 +1,8 @@
 // DES on many blocks at once, bitsliced: word n of the working set holds bit n of every block, so
 // that a permutation is a choice of words and an S-box is a circuit of bitwise gates (E. Biham: A
 // Fast New DES Implementation in Software, FSE 1997). Written over a type V of one or more 64-bit
-// lanes; a source file for each V sets the instruction set, by a pragma since templates inherit it
-// no other way, and includes this one.
+// lanes; a source file for each V includes this one after setting the instruction set, by a pragma,
+// since templates inherit it in no other way.
 //
 // What V needs: & | ^ ~, << and >> within the lanes, and V{} + lane to fill all lanes.
 #pragma once

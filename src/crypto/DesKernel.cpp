@@ -22,7 +22,7 @@ constexpr std::uint64_t Spread32(DWORD half) {
     return std::uint64_t{std::rotr(half, 4) & 0x3F3F3F3Fu} << 32 | (half & 0x3F3F3F3Fu);
 }
 
-// Neighbouring groups share two bits, so each word lacks only what the other has.
+/// Neighbouring groups share two bits, so each word lacks only what the other has.
 constexpr DWORD Gather32(std::uint64_t spread) {
     return static_cast<DWORD>(spread) | std::rotl(static_cast<DWORD>(spread >> 32), 4);
 }
@@ -66,13 +66,14 @@ struct Halves {
     std::uint64_t right;
 };
 
-// Hides from the compiler where a value comes from, so that it keeps the shape of a sum.
+/// Hides from the compiler where a value comes from, so that it keeps the shape of a sum.
 VNBYTSTR_INLINE std::uint64_t Opaque(std::uint64_t value) noexcept {
     __asm__("" : "+r"(value));
     return value;
 }
 
-// Adds up in a tree: each round waits for the one before, so what counts is the length of the path.
+/// Adds up in a tree: each round waits for the one before, so what counts is the length of the
+/// path.
 VNBYTSTR_INLINE std::uint64_t AddRound(std::uint64_t half, std::uint64_t keyed) noexcept {
     const auto low = static_cast<DWORD>(keyed);
     const auto high = static_cast<DWORD>(keyed >> 32);
@@ -86,13 +87,13 @@ VNBYTSTR_INLINE std::uint64_t AddRound(std::uint64_t half, std::uint64_t keyed) 
     return Opaque(half ^ a ^ c) ^ Opaque(b ^ d);
 }
 
-// The 16 rounds and the exchange of the halves.
+/// The 16 rounds and the exchange of the halves.
 VNBYTSTR_INLINE Halves Rounds(Halves block, const SpreadKeys& keys) noexcept {
     // Each half with the key of its next use already in it, which keeps the key off the chain from
     // look-up to look-up.
     std::uint64_t left = block.left ^ keys[1];
     std::uint64_t right = block.right ^ keys[0];
-#pragma GCC unroll 8 // without branches, whose cost depends on where the code comes to lie
+#pragma GCC unroll 8 // no branches: their cost depends on the alignment of the code
     for (std::size_t i = 0; i < 16; i += 2) {
         const std::uint64_t nextRight = i < 14 ? keys[i] ^ keys[i + 2] : keys[i];
         const std::uint64_t nextLeft = i < 14 ? keys[i + 1] ^ keys[i + 3] : keys[i + 1];
@@ -104,7 +105,7 @@ VNBYTSTR_INLINE Halves Rounds(Halves block, const SpreadKeys& keys) noexcept {
     return {right, left};
 }
 
-// Swaps the bits of `high` under mask << shift with those of `low` under the mask.
+/// Swaps the bits of `high` under mask << shift with those of `low` under the mask.
 VNBYTSTR_INLINE void SwapBits(DWORD& high, DWORD& low, int shift, DWORD mask) noexcept {
     const DWORD change = ((high >> shift) ^ low) & mask;
     low ^= change;
@@ -160,11 +161,12 @@ Sliced ChooseSliced() noexcept {
     return {64, RunPlain};
 }
 
-// From an eighth of a full group on, a group filled up with what happens to lie there is faster
-// than block after block.
+/// From an eighth of a full group on, a group filled up with arbitrary bytes is faster
+/// than block after block.
 constexpr std::size_t kWorthSlicing = 8;
 
-// Does what slicing is good for; the number of blocks done. `previous` as for DesRun.
+/// Runs the blocks that slicing pays for; returns the number of blocks done. `previous` as for
+/// DesRun.
 std::size_t RunSliced(const BYTE* in, BYTE* out, std::size_t count, ConstDesSchedule schedule,
                       BYTE* previous) noexcept {
     const Sliced sliced = ChooseSliced();
@@ -240,8 +242,8 @@ void DesEcb(const BYTE* in, BYTE* out, std::size_t count, ConstDesSchedule sched
     }
 }
 
-// The initial permutation is linear and undoes the final one, so the chain need not leave the
-// permuted and spread form; both permutations are off the critical path.
+/// The initial permutation is linear and undoes the final one, so the chain need not leave the
+/// permuted and spread form; both permutations are off the critical path.
 void DesCbcEncrypt(const BYTE* in, BYTE* out, std::size_t count, ConstDesSchedule encrypting,
                    DesBlock& chain) noexcept {
     const SpreadKeys keys = SpreadSchedule(encrypting);

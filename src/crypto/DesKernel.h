@@ -1,6 +1,6 @@
 // DES (FIPS 46-3) on blocks in memory: key schedule, one block, and runs of blocks in the two
-// chaining modes. Single DES has a key of 56 bits and is here to talk to existing peers; it
-// protects nothing today.
+// chaining modes. Single DES has a key of 56 bits and serves existing peers; it protects nothing
+// today.
 //
 // A schedule holds the 16 round keys in the order of use, two words for each: the eight 6-bit
 // groups of a round key lie in a byte each, groups 1, 3, 5, 7 in the first word from its most

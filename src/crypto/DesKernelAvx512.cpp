@@ -28,7 +28,7 @@ namespace {
 using Vector = std::uint64_t __attribute__((vector_size(64)));
 
 #if defined(VNBYTSTR_SIMULATE_AVX512)
-// One function for all, since the simulation knows the 256 operations one by one.
+/// One function for all, since the simulation knows the 256 operations one by one.
 __attribute__((noinline)) void Simulate(Vector& a, const Vector& b, const Vector& c, int function) {
     a = (Vector)simde_mm512_ternarylogic_epi64((simde__m512i)a, (simde__m512i)b, (simde__m512i)c,
                                                function);

@@ -1,5 +1,5 @@
-// The bitsliced DES for vector registers; each in a source file of its own, compiled for its
-// instruction set, to be called only where the machine has it. Arguments as for DesRun.
+// The bitsliced DES for vector registers. Each version is in a separate source file, compiled for
+// its instruction set; call it only where the machine has that. Arguments as for DesRun.
 #pragma once
 
 #include <cstddef>

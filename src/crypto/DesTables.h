@@ -24,11 +24,11 @@ inline constexpr std::array<unsigned char, 48> kDesPermutedChoice2 = {
     14, 17, 11, 24, 1,  5,  3,  28, 15, 6,  21, 10, 23, 19, 12, 4,  26, 8,  16, 7,  27, 20, 13, 2,
     41, 52, 31, 37, 47, 55, 30, 40, 51, 45, 33, 48, 44, 49, 39, 56, 34, 53, 46, 42, 50, 36, 29, 32};
 
-// How far both halves of the key are rotated to the left in each round, counted from the start.
+/// How far both halves of the key are rotated to the left in each round, counted from the start.
 inline constexpr std::array<unsigned char, 16> kDesRotations = {1,  2,  4,  6,  8,  10, 12, 14,
                                                                 15, 17, 19, 21, 23, 25, 27, 28};
 
-// The S-boxes: four rows of 16, the row chosen by the outer two of the six input bits.
+/// The S-boxes: four rows of 16, the row chosen by the outer two of the six input bits.
 inline constexpr std::array<std::array<unsigned char, 64>, 8> kDesSboxes = {{
     {14, 4,  13, 1, 2,  15, 11, 8, 3, 10, 6, 12, 5,  9,  0,  7,  0,  15, 7,  4,  14, 2,
      13, 1,  10, 6, 12, 11, 9,  5, 3, 8,  4, 1,  14, 8,  13, 6,  2,  11, 15, 12, 9,  7,

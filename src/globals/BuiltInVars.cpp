@@ -130,7 +130,7 @@ NameTable MakeNames(const Collation& collation) {
     return names;
 }
 
-/// Those of each locale in use, which is one outside tests.
+/// One for each locale in use; outside tests there is only one.
 const NameTable& NamesOf(const Collation& collation) {
     static std::mutex mutex;
     static auto* const known = new std::map<const Collation*, NameTable>;
@@ -150,7 +150,7 @@ void AppendNameKey(const Collation& collation, std::string_view name, std::strin
     const bool isPlain = std::all_of(name.begin(), name.end(), [](char c) {
         return c != 'i' && static_cast<unsigned char>(c) < 0x80;
     });
-    if (isPlain) { // no letter that is upper-cased otherwise
+    if (isPlain) { // no letter with another upper case
         collation.AppendKey(name, key);
         return;
     }

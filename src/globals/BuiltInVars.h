@@ -34,14 +34,14 @@ struct BuiltInVar {
 /// Entries of the table with the placeholder at 0, so that the ids are the indexes.
 inline constexpr int kBuiltInCount = 60;
 
-/// The built-in variable of an id; null for the placeholder's and all that is none.
+/// The built-in variable of an id; null for the placeholder's and for unknown ids.
 const BuiltInVar* FindBuiltIn(int id) noexcept;
 
-/// Appends a name's key: names that are one have one key. They are upper-cased in ASCII first: to
+/// Appends a name's key: equal names have equal keys. They are upper-cased in ASCII first: to
 /// the rules of Turkish and Azeri i and I are two letters, to variables they are not.
 void AppendNameKey(const Collation& collation, std::string_view name, std::string& key);
 
-/// What a name stands for by the system locale's rules.
+/// What a name denotes by the system locale's rules.
 struct KnownName {
     int id = 0; ///< of a built-in variable
     bool isReserved = false;

@@ -97,7 +97,7 @@ int CGlobalVars::WhyMissing(const char* name) const {
     return name && IsReservedName(name) ? ReservedPrefix : UnknownName;
 }
 
-/// Serial numbers grow, so the entry is found by halving.
+/// A binary search, since serial numbers grow.
 int CGlobalVars::Position(const CGlobalVar& var) const {
     int low = 0, high = GetSize();
     while (high - low > 1) {
@@ -110,7 +110,8 @@ int CGlobalVars::Position(const CGlobalVar& var) const {
 
 int CGlobalVars::Append(const CString& name, const CString& value) {
     const auto made = WithMemoryException([&] { return m_pIndex->pool.Make(name, value); });
-    CGlobalVar* const var = made.first; // not a structured binding: clang 14's lambdas take none
+    CGlobalVar* const var =
+        made.first; // not a structured binding: clang 14's lambdas cannot capture one
     const DWORD number = made.second;
     var->m_dwNumber = number;
     var->m_dwSerial = m_dwNextSerial;

@@ -61,7 +61,7 @@ void CGlobalVars::SIndex::Clear() noexcept {
 
 void CGlobalVars::SIndex::LearnRules() { m_collation = &vnbytstr::Collation::Current(); }
 
-/// Each thread has its own place for keys: threads that only read a table change nothing.
+/// Each thread has its own buffer for keys, so that reading a table changes nothing shared.
 std::string_view CGlobalVars::SIndex::KeyOf(std::string_view name) const {
     static thread_local std::string key;
     key.clear();
@@ -109,7 +109,7 @@ void CGlobalVars::SIndex::Grow() {
             Put(slot);
 }
 
-/// Those behind the gap move up into it where they would not be found past it.
+/// The entries after the gap move up into it if they would not be found past it.
 void CGlobalVars::SIndex::Erase(const CGlobalVar& var) noexcept {
     const std::size_t mask = m_slots.size() - 1;
     std::size_t gap = HashOf(var.m_key.View()) & mask;

@@ -24,7 +24,7 @@ inline std::string_view ViewOf(const CString& text) {
     return {text, static_cast<std::size_t>(text.GetLength())};
 }
 
-/// Where variables live, one beside the other, by a number that each keeps.
+/// Storage of the variables, side by side, by a number that each keeps.
 class VariablePool {
 public:
     CGlobalVar& At(DWORD number) const noexcept {
@@ -48,7 +48,7 @@ private:
 
 } // namespace vnbytstr::detail
 
-/// What the profile has and the table has not, as it was at Initialize.
+/// What the profile had at Initialize and the table does not have.
 struct CGlobalVars::SUnread {
     struct SValue {
         CString given;                  ///< what the variable was given instead
@@ -67,20 +67,19 @@ struct CGlobalVars::SUnread {
     std::map<int, SValue> values;
 };
 
-/// A hash table of the ordinary variables by the keys of their names. Slots are probed one after
-/// the other.
+/// A hash table of the ordinary variables by the keys of their names, with linear probing.
 struct CGlobalVars::SIndex {
 public:
     SIndex() : m_slots(64) { LearnRules(); }
 
-    /// Forgets all.
+    /// Removes all entries.
     void Clear() noexcept;
     /// From now on names are matched by the rules of the system's locale. Of an empty index only.
     void LearnRules();
     /// The key of a name, valid until the thread's next call for any table.
     std::string_view KeyOf(std::string_view name) const;
     CGlobalVar* Find(std::string_view key) const noexcept;
-    /// False when there is one of an equal name already.
+    /// False when there is a variable of an equal name already.
     bool Insert(const CGlobalVar& var);
     void Erase(const CGlobalVar& var) noexcept;
     std::size_t GetCount() const noexcept { return m_count; }

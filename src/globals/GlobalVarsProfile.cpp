@@ -1,4 +1,4 @@
-// Where the values come from at the start, and where they go.
+// Loading the values at the start, and saving them.
 #include "src/charset/SystemText.h"
 #include "src/globals/BuiltInVars.h"
 #include "src/globals/GlobalVarsInternal.h"
@@ -75,7 +75,7 @@ int CGlobalVars::Initialize() {
                 AddSavedVariables();
         });
     } catch (CException*) {
-        DeleteAll(); // a part of a table would be saved for the whole one
+        DeleteAll(); // a part of a table would be saved as the whole
         throw;
     }
     Check();
@@ -132,7 +132,7 @@ int CGlobalVars::SaveToRegistry() const {
     if (GetSize() == 0)
         return NotInitialized;
     CProfileBatch batch;
-    // While it cannot be read nobody knows whether the user's variables are kept.
+    // While it cannot be read it is unknown whether the user's variables are to be saved.
     if (VNGetProfileStatus() == ProfileUnreadable && !batch.Commit())
         return NotSaved;
     const bool isAnew = AreUserVariablesKept() && !m_pUnread->isSection;

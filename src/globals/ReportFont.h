@@ -1,4 +1,4 @@
-// The font of reports that were given none.
+// The font of reports for which none was chosen.
 #pragma once
 
 #include "vnbytstr/framework/String.h"
@@ -14,8 +14,8 @@ struct ReportFont {
 };
 
 /// The default form font of the profile (root 1, "Form Fonts"), with the family that the system has
-/// for it. The size stays in points: the families that are matched come in every size, so a height
-/// in pixels is for whoever draws.
+/// for it. The size stays in points: the matched families come in every size, so the height in
+/// pixels is left to the code that draws.
 ReportFont DefaultReportFont();
 
 } // namespace vnbytstr::detail

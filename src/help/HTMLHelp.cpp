@@ -29,7 +29,7 @@ constexpr const char* kOtherFailure =
     "Help system could not be loaded with reason %d.\n\n Expected index file location:\n\t %s\n\n"
     "Exception text:\n\t %s.";
 
-/// Sets a flag for the time of a scope, however that ends.
+/// Sets a flag for the time of a scope.
 class FlagHolder {
 public:
     explicit FlagHolder(int& flag) : m_flag(flag) { m_flag = 1; }
@@ -66,7 +66,7 @@ CString TextOf(const CException& error) {
     return text.data();
 }
 
-constexpr int kMostErrors = 32; // what ShellExecute answers when it started nothing
+constexpr int kMaxError = 32; // what ShellExecute returns at most when it failed
 
 /// A path as one argument of a program: see Interaction::ShellExecute. The folder that a program is
 /// in may be called anything.
@@ -82,8 +82,8 @@ CString AsArgument(const CString& path) {
     return (hasBlank ? "\"" + argument + "\"" : argument).c_str();
 }
 
-/// Whether the name of a page that an index gives may be part of an argument: a quote would end it,
-/// and so would a backslash before the closing one hide that.
+/// Whether the name of a page that an index gives may be part of an argument: a quote would end the
+/// argument, and a backslash at the end would escape its closing quote.
 bool IsSafe(const CString& page) {
     if (page.Right(1) == "\\")
         return false;
@@ -139,15 +139,14 @@ bool CVNHTMLHelp::OpenPage(const CString& page) const {
     const std::string_view text(page, static_cast<std::size_t>(page.GetLength()));
     Interaction& interaction = Interaction::Current();
     if (vnbytstr::detail::IsAddress(text))
-        return interaction.ShellExecute("open", page, nullptr, nullptr, SW_SHOWNORMAL) >
-               kMostErrors;
+        return interaction.ShellExecute("open", page, nullptr, nullptr, SW_SHOWNORMAL) > kMaxError;
     const std::string_view file = vnbytstr::detail::FileOfPage(text);
     const CString fileName = m_strHelpFolder + CString(file.data(), static_cast<int>(file.size()));
     vnbytstr::FileStatus status;
     if (!IsSafe(page) || vnbytstr::System::Current().GetFileStatus(fileName, status) != 0)
         return false;
     return interaction.ShellExecute("open", m_strProgram, AsArgument(m_strHelpFolder + page),
-                                    m_strHelpFolder, SW_SHOWNORMAL) > kMostErrors;
+                                    m_strHelpFolder, SW_SHOWNORMAL) > kMaxError;
 }
 
 BOOL CVNHTMLHelp::InitializeHelp() {

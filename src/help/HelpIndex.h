@@ -10,7 +10,7 @@
 
 namespace vnbytstr::detail {
 
-/// Why help could not be loaded; the numbers are shown to the person.
+/// Why help could not be loaded; the numbers are shown to the user.
 enum class HelpFailure : int {
     NotReadable = 1,
     NoHeading = 2,
@@ -19,7 +19,7 @@ enum class HelpFailure : int {
     TooLarge = 5,
 };
 
-/// The index is not one.
+/// The file is not a help index.
 class HelpIndexException final : public CException {
 public:
     HelpIndexException(HelpFailure reason, std::string text)

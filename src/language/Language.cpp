@@ -26,7 +26,7 @@ constexpr const char* kPrefix = "vnurc"; // of the libraries that LoadStringA fa
 constexpr WORD kPrimaryLanguage = 0x3FF; // bits of a LANGID
 constexpr WORD kEnglishLanguage = 0x09;
 
-/// Sets the resource handle back at the end of a scope, however that ends.
+/// Restores the resource handle at the end of a scope.
 class ResourceHandleRestorer {
 public:
     ResourceHandleRestorer() : m_handle(AfxGetResourceHandle()) {}
@@ -64,7 +64,7 @@ public:
     EnglishLibrary(const EnglishLibrary&) = delete;
     EnglishLibrary& operator=(const EnglishLibrary&) = delete;
 
-    /// Null when there is none.
+    /// Null when no such library is found.
     HINSTANCE GetHandle() const { return m_library; }
 
 private:

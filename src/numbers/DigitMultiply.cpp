@@ -6,16 +6,16 @@
 // operands below 2 m is below 2 m again, so nothing is ever subtracted. The digits' sums stay
 // uncarried in 64 bits until the end.
 //
-// Whether a multiple of m is needed, and which, hangs on the lowest digit of the sum, and going
-// through the vector registers for it would take longer than all the multiplications. So the lowest
-// digit is kept outside of them, and the one above is summed up there as well: what the vectors
-// hold is needed only one turn later. Sums of products with b and with m are apart for short
-// numbers, which shortens their chains of additions.
+// Which multiple of m is added depends on the lowest digit of the sum. Fetching that digit from the
+// vector registers would take longer than all the multiplications, so it is kept in a general
+// register, and the next digit is summed up there as well: what the vectors hold is then needed
+// only one round later. For short numbers the sums of products with b and with m are separate,
+// which shortens their chains of additions.
 //
 // On a processor of the Sapphire Rapids class odd powers are 1.8 times (1024 bits) to 3.8 times
 // (4096 bits) as fast as the faster of OpenSSL and GMP. For machines without AVX-512 a test
-// includes this source with VNBYTSTR_SIMULATE_AVX512 defined, and so tries all but the operations
-// that stand twice below.
+// includes this source with VNBYTSTR_SIMULATE_AVX512 defined, and so runs everything except the
+// operations that have two versions below.
 #include "src/numbers/DigitMultiply.h"
 
 #if defined(__x86_64__)
@@ -39,7 +39,7 @@ namespace {
 
 #define VNBYTSTR_INLINE [[gnu::always_inline]] inline
 
-// So that arrays of vectors become registers.
+// Inlined, so that arrays of vectors become registers.
 #if defined(__clang__)
 #define VNBYTSTR_UNROLL _Pragma("unroll")
 #else
@@ -120,7 +120,7 @@ VNBYTSTR_INLINE void Store(Word64* p, Vector a) {
     *reinterpret_cast<UnalignedVector*>(p) = (UnalignedVector)a;
 }
 
-// All lanes one place down.
+/// All lanes one place down.
 template <std::size_t V>
 VNBYTSTR_INLINE void MoveDown(Vector (&sum)[V]) {
     VNBYTSTR_UNROLL
@@ -129,7 +129,7 @@ VNBYTSTR_INLINE void MoveDown(Vector (&sum)[V]) {
     }
 }
 
-// Carries until every lane is a digit.
+/// Carries until every lane is a digit.
 template <std::size_t V>
 VNBYTSTR_INLINE void Normalize(Vector (&sum)[V]) {
     Vector below{};
@@ -139,8 +139,8 @@ VNBYTSTR_INLINE void Normalize(Vector (&sum)[V]) {
         sum[k] = (sum[k] & kDigitMask) + FromSeven(below, over);
         below = over;
     }
-    // What is left to carry is single ones. The addition of integers with one bit for a lane finds
-    // how far each goes through full lanes.
+    // The carries left are single ones. Adding integers that have one bit for each lane finds how
+    // far each carry passes through full lanes.
     unsigned carry = 0;
     VNBYTSTR_UNROLL
     for (std::size_t k = 0; k < V; ++k) {

@@ -21,7 +21,8 @@ struct DigitMultiplier {
     std::size_t room = 0;             ///< words of a number
 };
 
-/// The one for numbers of `digits` digits. Only to be called on with Kernel::Avx512.
+/// The multiplier for numbers of `digits` digits. Call `multiply` only when Kernel::Avx512 is
+/// active.
 DigitMultiplier DigitMultiplierAvx512(std::size_t digits) noexcept;
 
 } // namespace vnbytstr::detail

@@ -1,8 +1,8 @@
-// CFixedBinary: 32-bit blocks to the outside, 64-bit words to the arithmetic.
+// CFixedBinary: 32-bit blocks for callers, 64-bit words for the arithmetic.
 //
 // Invariants:
-//  1. m_words has (m_nLength + 1) / 2 words; blocks 2i and 2i + 1 are the low and high half of word
-//  i.
+//  1. m_words has (m_nLength + 1) / 2 words; blocks 2i and 2i + 1 are the low and the high half of
+//     word i.
 //  2. With an odd length the high half of the last word is zero.
 
 #include "vnbytstr/FixedBinary.h"
@@ -21,7 +21,7 @@ namespace {
 
 std::size_t WordsFor(int blocks) { return (static_cast<std::size_t>(blocks) + 1) / 2; }
 
-/// Runs `action`; memory that runs out is the framework's exception.
+/// Runs `action`; throws the framework's exception when memory runs out.
 template <class Action>
 auto Guarded(Action action) {
     return vnbytstr::detail::WithMemoryException(action);
@@ -194,7 +194,7 @@ void CFixedBinary::ShiftLeft(int bits) {
         Word64* from = shifted.data() + wordShift;
         vnbytstr::detail::ShiftLeftWords(from, from, shifted.size() - wordShift,
                                          static_cast<unsigned>(bits % 64));
-        shifted.resize(WordsFor(m_nLength + steps)); // what goes was zero
+        shifted.resize(WordsFor(m_nLength + steps)); // the dropped words are zero
         m_words = std::move(shifted);
     });
     m_nLength += steps;

@@ -9,7 +9,7 @@ namespace vnbytstr::detail {
 
 namespace {
 
-// The inverse of an odd word modulo 2^64; each step doubles the number of right bits.
+/// The inverse of an odd word modulo 2^64; each step doubles the number of right bits.
 Word64 InverseOf(Word64 odd) noexcept {
     Word64 inverse = odd * 3 ^ 2; // right in 5 bits
     for (int bits = 5; bits < 64; bits *= 2)
@@ -17,7 +17,7 @@ Word64 InverseOf(Word64 odd) noexcept {
     return inverse;
 }
 
-// Multiplication modulo an odd number; values are kept times 2^(64 n) modulo it, of n words.
+/// Multiplication modulo an odd number; values are kept times 2^(64 n) modulo it, of n words.
 class Montgomery {
 public:
     explicit Montgomery(WordSpan modulus)
@@ -91,8 +91,8 @@ private:
         Finish(r, carry);
     }
     // Values need not be below the modulus in between, only below 2^(64 n): then the reduced
-    // product of two is less than that plus the modulus. The subtraction is done always, of zero
-    // where there is no carry, because the processor cannot guess the carry.
+    // product of two is less than that plus the modulus. The subtraction is always done, of zero
+    // where there is no carry, which avoids an unpredictable branch.
     void Finish(Word64* r, Word64 carry) noexcept {
         const Word64* const subtrahend[] = {m_zeros.data(), m_modulus.data()};
         SubWords(r, m_product.data() + Size(), subtrahend[carry], Size());
@@ -107,19 +107,19 @@ private:
 
 using ChooseMultiplier = DigitMultiplier (*)(std::size_t digits) noexcept;
 
-// From this length on digits of 52 bits are taken with AVX-512. A prototype was faster at 1024 bits
-// and slower at 512; between them it has not been measured.
-constexpr std::size_t kFewestDigits = 768 / kDigitBits;
+/// From this length on AVX-512 uses digits of 52 bits. They were faster at 1024 bits and slower at
+/// 512; lengths in between have not been measured.
+constexpr std::size_t kMinDigits = 768 / kDigitBits;
 
 DigitMultiplier MultiplierOfKernel([[maybe_unused]] std::size_t digits) noexcept {
 #if defined(__x86_64__)
-    if (digits >= kFewestDigits && ActiveKernel() == Kernel::Avx512)
+    if (digits >= kMinDigits && ActiveKernel() == Kernel::Avx512)
         return DigitMultiplierAvx512(digits);
 #endif
     return {};
 }
 
-// As Montgomery, with values as digits times 2^(52 digits), below twice the modulus.
+/// As Montgomery, with values as digits times 2^(52 digits), below twice the modulus.
 class DigitMontgomery {
 public:
     static std::size_t DigitsFor(WordSpan modulus) noexcept {
@@ -189,7 +189,7 @@ private:
     Word64 m_negatedInverse;
 };
 
-// Multiplication modulo a power of two: the low words, cut at the top.
+/// Multiplication modulo a power of two: the low words, cut at the top.
 class LowPart {
 public:
     explicit LowPart(std::size_t bits)
@@ -228,7 +228,7 @@ unsigned WindowFor(std::size_t bits) noexcept {
 
 bool BitAt(WordSpan a, std::size_t bit) noexcept { return (a[bit / 64] >> bit % 64 & 1) != 0; }
 
-// base ^ exponent (not zero) in the arithmetic of `ring`.
+/// base ^ exponent (not zero) in the arithmetic of `ring`.
 template <class Ring>
 Words Power(Ring& ring, WordSpan base, WordSpan exponent) {
     const std::size_t n = ring.Size();
@@ -270,7 +270,7 @@ Words Power(Ring& ring, WordSpan base, WordSpan exponent) {
     return ring.Leave(result.data());
 }
 
-// The inverse of an odd number modulo 2^bits, of as many words as `ring` has.
+/// The inverse of an odd number modulo 2^bits, of as many words as `ring` has.
 Words InverseModuloPowerOfTwo(LowPart& ring, WordSpan odd) {
     const std::size_t n = ring.Size();
     const Words value = ring.Enter(odd);
@@ -306,8 +306,8 @@ Words PowerOdd(WordSpan base, WordSpan exponent, WordSpan modulus, ChooseMultipl
     return Power(montgomery, base, exponent);
 }
 
-// base ^ exponent (not zero) modulo 2^twos. The order of an odd number modulo 2^twos divides that
-// number, so the exponent's low bits will do; an even one has at least `exponent` twos.
+/// base ^ exponent (not zero) modulo 2^twos. The order of an odd number modulo 2^twos divides that
+/// number, so the exponent's low bits are enough; an even one has at least `exponent` twos.
 Words PowerOfTwos(LowPart& ring, WordSpan base, WordSpan exponent, std::size_t twos) {
     if (base.empty() || (base[0] & 1) == 0) {
         if (exponent.size() > 1 || exponent[0] >= twos)

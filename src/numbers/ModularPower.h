@@ -1,5 +1,5 @@
 // Modular exponentiation on arrays of 64-bit words. Its time depends on the values: not for secrets
-// that somebody nearby could time.
+// where an attacker can measure it.
 #pragma once
 
 #include "src/numbers/DigitMultiply.h"
@@ -8,7 +8,7 @@
 namespace vnbytstr::detail {
 
 /// base ^ exponent modulo `modulus` (not zero), trimmed; leading zero words are allowed everywhere.
-/// An exponent of zero gives 1 modulo the modulus, so nothing for a modulus of 1.
+/// An exponent of zero gives 1 modulo the modulus, so no words for a modulus of 1.
 ///
 /// Odd moduli: Montgomery's multiplication (P. Montgomery, Modular Multiplication Without Trial
 /// Division, Mathematics of Computation 44, 1985) and a sliding window over the exponent (A.

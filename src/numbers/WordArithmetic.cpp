@@ -49,7 +49,7 @@ __extension__ using Word128 = unsigned __int128;
 // clang-format on
 #endif
 
-// From these sizes on (in words) Karatsuba's method is faster; measured with bench_number.
+/// From these sizes on (in words) Karatsuba's method is faster; measured with bench_number.
 constexpr std::size_t kKaratsuba = 56;
 constexpr std::size_t kKaratsubaSquare = 72;
 
@@ -68,7 +68,7 @@ void MultiplyPlain(Word64* r, const Word64* a, std::size_t an, const Word64* b, 
         r[an + i] = rows.addMultiple(r + i, a, an, b[i]);
 }
 
-// As SquarePlain with blocks of eight words in place of words; n is a multiple of eight.
+/// As SquarePlain with blocks of eight words in place of words; n is a multiple of eight.
 void SquareEights(Word64* r, const Word64* a, std::size_t n, const WordRows& rows) noexcept {
     if (n == 8) {
         rows.squareEight(r, a);
@@ -87,7 +87,7 @@ void SquareEights(Word64* r, const Word64* a, std::size_t n, const WordRows& row
     rows.doubleAndAdd(r, squares, n / 4);
 }
 
-// The products of unlike words once, doubled, and the squares.
+/// The products of unlike words once, doubled, and the squares.
 void SquarePlain(Word64* r, const Word64* a, std::size_t n, const WordRows& rows) noexcept {
     if (rows.addEightColumns && n % 8 == 0) {
         SquareEights(r, a, n, rows);
@@ -113,7 +113,7 @@ void SquarePlain(Word64* r, const Word64* a, std::size_t n, const WordRows& rows
     }
 }
 
-// r[0..n) = |a - b|; true when a < b.
+/// r[0..n) = |a - b|; true when a < b.
 bool SubAbsolute(Word64* r, const Word64* a, std::size_t an, const Word64* b,
                  std::size_t bn) noexcept {
     const bool less = CompareWords({a, an}, {b, bn}) < 0;
@@ -135,8 +135,8 @@ bool SubAbsolute(Word64* r, const Word64* a, std::size_t an, const Word64* b,
 
 std::size_t ScratchFor(std::size_t n) noexcept { return 6 * n + 256; }
 
-// With a = a1 B + a0: a b = a1 b1 B^2 + (a1 b1 + a0 b0 - (a1 - a0)(b1 - b0)) B + a0 b0. `b` is `a`
-// for a square. Both of n words; `scratch` of ScratchFor(n).
+/// With a = a1 B + a0: a b = a1 b1 B^2 + (a1 b1 + a0 b0 - (a1 - a0)(b1 - b0)) B + a0 b0. `b` is `a`
+/// for a square. Both of n words; `scratch` of ScratchFor(n).
 void MultiplyKaratsuba(Word64* r, const Word64* a, const Word64* b, std::size_t n, Word64* scratch,
                        const WordRows& rows) noexcept {
     const bool square = a == b;

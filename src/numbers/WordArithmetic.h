@@ -1,5 +1,5 @@
 // Arithmetic on unsigned numbers as arrays of 64-bit words, the least significant first. The caller
-// sees to sizes; results never overlap operands unless said so.
+// provides the room; results never overlap operands unless said so.
 #pragma once
 
 #include "src/numbers/WordRows.h"
@@ -12,7 +12,7 @@ namespace vnbytstr::detail {
 using Words = std::vector<Word64>;
 using WordSpan = std::span<const Word64>;
 
-/// `a` without its most significant zero words; zero has none left.
+/// `a` without its most significant zero words; of zero nothing is left.
 WordSpan Trimmed(WordSpan a) noexcept;
 void Trim(Words& a) noexcept;
 /// Number of bits up to the highest one set; 0 for zero.
@@ -28,8 +28,8 @@ Word64 SubWords(Word64* r, const Word64* a, const Word64* b, std::size_t n) noex
 Word64 AddWord(Word64* r, std::size_t n, Word64 b) noexcept;
 Word64 SubWord(Word64* r, std::size_t n, Word64 b) noexcept;
 
-/// r[0..n) = a shifted by `bits` (0 to 63); returns what fell out, in the low bits for left and in
-/// the high bits for right. r may be a.
+/// r[0..n) = a shifted by `bits` (0 to 63); returns the bits shifted out, in the low bits for left
+/// and in the high bits for right. r may be a.
 Word64 ShiftLeftWords(Word64* r, const Word64* a, std::size_t n, unsigned bits) noexcept;
 Word64 ShiftRightWords(Word64* r, const Word64* a, std::size_t n, unsigned bits) noexcept;
 

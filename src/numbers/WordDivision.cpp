@@ -11,11 +11,11 @@ namespace {
 
 __extension__ using Word128 = unsigned __int128;
 
-// From this length of the quotient on (in words) halving the problem is faster; measured with
-// bench_number.
+/// From this length of the quotient on (in words) halving the problem is faster; measured with
+/// bench_number.
 constexpr std::size_t kRecursive = 96;
 
-// (high, low) / divisor, with high below the divisor.
+/// (high, low) / divisor, with high below the divisor.
 Word64 DivideTwoWords(Word64 high, Word64 low, Word64 divisor, Word64& remainder) noexcept {
 #if defined(__x86_64__)
     asm("divq %[divisor]" : "+a"(low), "+d"(high) : [divisor] "r"(divisor) : "cc");
@@ -33,10 +33,10 @@ void Complement(Word64* a, std::size_t n) noexcept {
         a[i] = ~a[i];
 }
 
-// A divisor of two words or more, its top bit set, and the reciprocal of its top two words, so that
-// a word of the quotient takes two multiplications in place of a division (N. Moeller, T. Granlund,
-// Improved division by invariant integers, IEEE Transactions on Computers 60, 2011, algorithms 4
-// and 6).
+/// A divisor of two words or more, its top bit set, and the reciprocal of its top two words, so
+/// that a word of the quotient takes two multiplications in place of a division (N. Moeller, T.
+/// Granlund, Improved division by invariant integers, IEEE Transactions on Computers 60, 2011,
+/// algorithms 4 and 6).
 class Divisor {
 public:
     Divisor(const Word64* words, std::size_t size) noexcept
@@ -68,8 +68,8 @@ public:
     std::size_t Size() const noexcept { return m_size; }
     const Word64* Words() const noexcept { return m_words; }
     const WordRows& Rows() const noexcept { return m_rows; }
-    /// The divisor without its `low` lowest words; two must remain. As to the same top words, it
-    /// has the same reciprocal.
+    /// The divisor without its `low` lowest words; two must remain. It has the same top words and
+    /// so the same reciprocal.
     Divisor Upper(std::size_t low) const noexcept {
         Divisor upper(*this);
         upper.m_words += low;
@@ -80,8 +80,8 @@ public:
     /// q[0..m) = the quotient of a[0..size + m), which becomes the remainder, with zeros above. The
     /// top `size` words of a are below the divisor.
     void DividePlain(Word64* q, Word64* a, std::size_t m) const noexcept {
-        // The two words on top stand in `top`, since each step waits for them. The rest is kept
-        // complemented: subtracting from it is then an addition, the faster of the rows.
+        // The two top words are in `top`, since each step waits for them. The rest is kept
+        // complemented, so that subtracting from it is an addition, which is faster.
         const std::size_t lower = m_size - 2;
         Word128 top = Join(a[m_size + m - 1], a[m_size + m - 2]);
         Complement(a, lower + m);
@@ -137,14 +137,14 @@ private:
     const WordRows& m_rows;
 };
 
-// As Divisor::DividePlain, where m is at most the divisor's length, and the top words of a may also
-// be equal to the divisor; the quotient is then the greatest number of m words, and the remainder
-// what is left for that. `scratch` has m words.
-//
-// The upper half of the quotient comes from the upper words of both, and is at most a little too
-// large, which shows when the lower words of the divisor are taken in; then the lower half in the
-// same way (C. Burnikel, J. Ziegler, Fast Recursive Division, MPI-I-98-1-022, 1998; in the form of
-// R. Brent, P. Zimmermann, Modern Computer Arithmetic, algorithm 1.8).
+/// As Divisor::DividePlain, where m is at most the divisor's length, and the top words of a may
+/// also be equal to the divisor; the quotient is then the greatest number of m words, and the
+/// remainder what is left for that. `scratch` has m words.
+///
+/// The upper half of the quotient comes from the upper words of both, and is at most a little too
+/// large, which shows when the lower words of the divisor are taken in; then the lower half in the
+/// same way (C. Burnikel, J. Ziegler, Fast Recursive Division, MPI-I-98-1-022, 1998; in the form of
+/// R. Brent, P. Zimmermann, Modern Computer Arithmetic, algorithm 1.8).
 void DivideRecursive(Word64* q, Word64* a, const Divisor& divisor, std::size_t m, Word64* scratch) {
     const std::size_t n = divisor.Size();
     const Word64* const b = divisor.Words();
@@ -180,7 +180,7 @@ void DivideRecursive(Word64* q, Word64* a, const Divisor& divisor, std::size_t m
     half(q, low, 0);
 }
 
-// Memory for one division, without an allocation for numbers as they are used as moduli.
+/// Memory for one division, without an allocation for numbers as they are used as moduli.
 class Workspace {
 public:
     Word64* Get(std::size_t size) {
@@ -202,7 +202,7 @@ Word64 DivideByWord(Word64* q, WordSpan a, Word64 divisor) noexcept {
     return remainder;
 }
 
-// q[0..m) and the remainder in a; the top words of a are below the divisor.
+/// q[0..m) and the remainder in a; the top words of a are below the divisor.
 void Divide(Word64* q, Word64* a, const Divisor& divisor, std::size_t m) {
     const std::size_t n = divisor.Size();
     if (std::min(m, n) < kRecursive) {

@@ -103,8 +103,8 @@ Word64 AddMultiplePlain(Word64* r, const Word64* a, std::size_t n, Word64 b) noe
 
 VNBYTSTR_ROW_FUNCTION(AddMultipleAdx, VNBYTSTR_ADD_STEP)
 
-// One multiplier in rdx against eight words: the sum of nine words is c0 to c7 and what becomes of
-// c0, whose old word has been stored by then.
+// One multiplier in rdx against eight words: the sum of nine words is c0 to c7 and a new c0, whose
+// old word has been stored by then.
 // clang-format off
 #define VNBYTSTR_COLUMN(at, low, high)                 \
     "mulx " #at "(%[a]), %%rax, %%rbx\n\t"             \
@@ -220,7 +220,7 @@ void ReduceEightColumnsAdx(Word64* window, const Word64* m, Word64* u, Word64 in
     "adox %%rbx, %%r9\n\t"                            \
     "movq %%r9, " #high "(%[r])\n\t"
 
-// The products of unlike words first, row by row; then these doubled, and the squares.
+/// The products of unlike words first, row by row; then these doubled, and the squares.
 void SquareEightAdx(Word64* r, const Word64* a) noexcept {
     asm volatile(
         "movq (%[a]), %%rdx\n\t"

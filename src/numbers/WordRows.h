@@ -13,8 +13,8 @@ using Word64 = std::uint64_t;
 struct WordRows {
     /// r[0..n) += a[0..n) * b; returns the word carried out.
     Word64 (*addMultiple)(Word64* r, const Word64* a, std::size_t n, Word64 b) noexcept;
-    // Eight words of one operand against all of the other, with the eight words of the sum that are
-    // in the making in registers. Null where there is no fast version.
+    // Eight words of one operand against all of the other; the eight words of the sum that are
+    // being accumulated stay in registers. Null where there is no fast version.
 
     /// Adds a[0..8) * b[0..8 * eights) to r and the window, which stands for r[0..8) to r[n..n + 8)
     /// while it moves: `window` is added at r[0], r[0..8 * eights) gets the low words of the sum,

@@ -214,10 +214,10 @@ std::vector<UINT> PeResources::GetStringIds() const {
     return ids;
 }
 
-// Version information is a tree of blocks: WORD length, WORD length of the value, WORD 1 when the
-// value is text (its length then counts units), key with its NUL, padding to four bytes, value,
-// padding, inner blocks. The description is VS_VERSION_INFO/StringFileInfo/<language>/
-// FileDescription. What does not fit together is skipped: the file's strings are good without it.
+/// Version information is a tree of blocks: WORD length, WORD length of the value, WORD 1 when the
+/// value is text (its length then counts units), key with its NUL, padding to four bytes, value,
+/// padding, inner blocks. The description is VS_VERSION_INFO/StringFileInfo/<language>/
+/// FileDescription. A broken block is skipped: the file's strings are usable without it.
 void PeResources::ReadVersion(const Leaf& leaf) {
     if (m_strings.empty())
         m_language = static_cast<WORD>(leaf.language);
@@ -228,7 +228,7 @@ void PeResources::ReadVersion(const Leaf& leaf) {
     const auto aligned = [&](std::size_t offset) {
         return leaf.offset + ((offset - leaf.offset + 3) & ~std::size_t{3});
     };
-    // Reads the text at `offset` up to its NUL and moves `offset` behind that.
+    // Reads the text at `offset` up to its NUL and moves `offset` past that.
     const auto readText = [&](std::size_t& offset, std::size_t end) {
         std::u16string text;
         while (offset + 2 <= end) {

@@ -21,11 +21,11 @@ public:
     static constexpr std::size_t kMaxFileLength = 64u << 20;
     static constexpr std::size_t kMaxEntries = 65536; ///< of all directories together
 
-    /// Takes the bytes of a whole file. False when it is no PE file, or a damaged one: the object
-    /// is then empty. A file without resources is a good one.
+    /// Takes the bytes of a whole file. False when it is not a PE file, or damaged: the object is
+    /// then empty. A file without resources is valid.
     bool Parse(std::vector<BYTE> file);
 
-    /// The string of that id, false when there is none (an empty one is none). Of several languages
+    /// The string of that id, false when it is missing or empty. Of several languages
     /// the neutral one counts, else the first of the file.
     bool FindString(UINT id, std::u16string& text) const;
     /// All ids with a string, in ascending order.

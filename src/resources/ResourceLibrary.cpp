@@ -1,7 +1,8 @@
 // Invariants of the registry:
 // 1. Every library has its own address as its handle and lives as long as that is loaded, or is one
 //    of the kKept last ones that were freed.
-// 2. The texts of a library are in the code page m_page; with another one they are made anew.
+// 2. The texts of a library are in the code page m_page; after a change of the page they are made
+// again.
 #include "vnbytstr/ResourceLibrary.h"
 
 #include "src/charset/CodePage.h"
@@ -19,7 +20,7 @@ namespace vnbytstr {
 
 namespace {
 
-/// Libraries that nobody has loaded, but whose next load shall cost no reading: the English one is
+/// Freed libraries that are kept, so that loading them again needs no reading: the English one is
 /// loaded and freed for every string that only it has.
 constexpr std::size_t kKept = 4;
 
@@ -119,7 +120,7 @@ public:
         return true;
     }
 
-    /// Calls `function` with the library of a handle; `otherwise` when it is none.
+    /// Calls `function` with the library of a handle; gives `otherwise` for an invalid handle.
     template <typename Function, typename Result>
     Result With(HINSTANCE handle, Function function, Result otherwise) {
         const std::lock_guard lock(m_mutex);

@@ -1,11 +1,11 @@
-// The trace of what the choice of language and resources does.
+// The trace of how language and resources are chosen.
 #pragma once
 
 #include "vnbytstr/framework/String.h"
 
 namespace vnbytstr::detail {
 
-/// Whether trace lines are written (VNBYTSTR_TRACE=1, looked at when the system is installed).
+/// Whether trace lines are written (VNBYTSTR_TRACE=1, read when the system is installed).
 bool IsTracing();
 
 /// Writes a line through the system when that is wanted; formats as printf does, and only then.

@@ -108,7 +108,8 @@ std::size_t ProfileFile::ReadSection(std::string_view raw, bool& isKnown) {
             m_byName.try_emplace({header->root, std::move(name)}, m_sections.size());
         if (!isNew && Trimmed(m_sections[place->second].header) == Trimmed(raw))
             return place->second;
-        // One that another code page tells from the first stays apart, and the first one counts.
+        // A name that another code page distinguishes from the first stays apart; the first one
+        // counts.
         if (!isNew)
             m_sections[place->second].hasTwin = true;
     }
@@ -247,7 +248,7 @@ bool ProfileFile::Set(UINT root, std::string_view section, std::string_view name
     return true;
 }
 
-/// No line of that name may come to light when the one that counts goes.
+/// When the line that counts is removed, no other line of that name may take its place.
 void ProfileFile::RemoveHidden(Section& section, std::string_view name) {
     for (const std::size_t index : section.hidden)
         section.lines[index].isDead |= section.lines[index].name == name;

@@ -9,10 +9,10 @@
 // later one counts; two sections with one name are one. Lines of any other form, comments among
 // them, are kept.
 //
-// Names are told apart as they are written, not by what is left of them in the code page. A name
-// that the page cannot show whole is not found, listed or removed, nor is anything in such a
-// section: it is kept for those who can show it. A value that is set to what it is already keeps
-// the form in which it is written, also when its section was removed in between.
+// Names are compared as they are written, not as converted to the code page. A name that the page
+// cannot show whole is not found, listed or removed, nor is anything in such a section: it is kept
+// for programs that can show it. Setting a value to what it is already keeps the form in which it
+// is written, also when its section was removed in between.
 #pragma once
 
 #include "src/settings/ProfileText.h"
@@ -30,10 +30,10 @@ class ProfileFile {
 public:
     /// An empty file whose texts are in `page`.
     explicit ProfileFile(const CodePage& page);
-    /// Reads a file's text. What is no UTF-8, and what holds a NUL, is left out; see DamagedLine.
+    /// Reads a file's text. Lines that are not UTF-8, or hold a NUL, are left out; see DamagedLine.
     ProfileFile(std::string_view text, const CodePage& page);
 
-    /// Number (from 1) of the first line that could not be read: one that is no UTF-8 or holds a
+    /// Number (from 1) of the first line that could not be read: one that is not UTF-8 or holds a
     /// NUL; or 1 when the file is not blank and has no section and no comment, so that it is
     /// something else. 0 when the file is sound.
     std::size_t DamagedLine() const noexcept { return m_damagedLine; }
@@ -72,7 +72,7 @@ private:
     struct Section {
         std::string header; ///< empty for what stands before the first one
         bool isDead = false;
-        bool hasTwin = false; ///< a later one of the name, spelt otherwise, must not come to light
+        bool hasTwin = false; ///< a later one of the name, spelt otherwise, must stay hidden
         std::vector<Line> lines;
         LineMap byName;
         std::vector<std::size_t> hidden; ///< the lines with isHidden

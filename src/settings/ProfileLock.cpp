@@ -10,7 +10,7 @@ namespace vnbytstr::detail {
 
 namespace {
 
-// So short that one process that saves again and again does not keep the others out.
+/// Short, so that one process that saves again and again does not keep the others out.
 constexpr std::chrono::milliseconds kPause{1};
 
 /// All of a small file that says something about the system.
@@ -48,7 +48,7 @@ std::string FindHolder(const FileIdentity& identity) {
 ProfileLock::~ProfileLock() {
     if (m_handle == kNoFile)
         return;
-    // A child of this process may share the open file, so closing alone might not do.
+    // A child of this process may share the open file, so closing alone may not unlock it.
     System::Current().UnlockFile(m_handle);
     System::Current().CloseFile(m_handle);
 }

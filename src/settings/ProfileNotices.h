@@ -1,4 +1,4 @@
-// What there is to say about the profile.
+// Messages about the profile.
 #pragma once
 
 #include "vnbytstr/Profile.h"
@@ -10,8 +10,8 @@
 namespace vnbytstr::detail {
 
 /// Gathers messages while locks are held, and passes them on, to the program's handler or to
-/// standard error, when it is destroyed: to be declared before the locks. Its handler may call
-/// every function of the profile.
+/// standard error, when it is destroyed, so declare it before the locks. The handler may call every
+/// function of the profile.
 class ProfileNotices {
 public:
     ProfileNotices() = default;

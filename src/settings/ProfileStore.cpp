@@ -1,7 +1,7 @@
 // How a change gets to the disk: under the profile's lock the profile is read, changed, and written
 // as every file is (see FileReplacement): as a rule to a new file that takes the profile's name in
 // one step. Readers need no lock: whatever they open is whole, unless the profile is one that a new
-// file cannot stand in for.
+// file cannot replace.
 //
 // Invariants, under m_mutex:
 //  1. m_file is empty unless m_isLoaded.
@@ -20,9 +20,9 @@ namespace vnbytstr::detail {
 
 namespace {
 
-constexpr int kMostKeptAside = 10000;
-constexpr std::size_t kMostBytes = std::size_t{64} << 20; // more than a person's settings ever are
-constexpr std::chrono::seconds kLongestWait{2};
+constexpr int kMaxKeptAside = 10000;
+constexpr std::size_t kMaxBytes = std::size_t{64} << 20; // more than settings ever take
+constexpr std::chrono::seconds kMaxWait{2};
 
 /// An open file that closes itself.
 class OpenedFile {
@@ -83,7 +83,7 @@ int WriteAll(FileHandle handle, std::string_view text) {
     return 0;
 }
 
-/// What root writes for a user is the user's.
+/// A file that root writes for a user belongs to the user.
 void GiveTo(FileHandle handle, const FileStatus& owner) {
     if (System::Current().IsPrivileged())
         System::Current().SetFileOwner(handle, owner.owner, owner.group);
@@ -138,12 +138,12 @@ ProfileStore::Loaded ProfileStore::Load(const std::string& path) {
     std::uint64_t length = 0;
     if (loaded.error == 0)
         loaded.error = System::Current().GetFileLength(file.Handle(), length);
-    if (loaded.error == 0 && length > kMostBytes)
+    if (loaded.error == 0 && length > kMaxBytes)
         loaded.error = EFBIG;
     std::size_t done = 1;
     while (loaded.error == 0 && done != 0) {
         const std::size_t size = loaded.text.size();
-        if (size > kMostBytes)
+        if (size > kMaxBytes)
             return {EFBIG, {}};
         loaded.text.resize(size + 65536);
         loaded.error =
@@ -166,7 +166,7 @@ void ProfileStore::Refresh(ProfileNotices& notices) {
         const bool isRead = loaded.error == 0 || loaded.error == ENOENT;
         const bool isOther =
             !m_isLoaded || stamp.path != m_stamp.path || stamp.codePage != m_stamp.codePage;
-        // A failure may pass: until the file is read again, what was read last is in use.
+        // The failure may be temporary: until the file is read again, what was read last is in use.
         if (isRead || isOther) {
             m_file = ProfileFile(isRead ? loaded.text : std::string(), CodePage::Ansi());
             m_isLoaded = isRead;
@@ -233,7 +233,7 @@ int ProfileStore::WriteNew(const std::string& name, const std::string& text,
 
 int ProfileStore::KeepAside(const std::string& path, const std::string& text,
                             const FileStatus& owner, std::string& name) {
-    for (int number = 1; number < kMostKeptAside; ++number) {
+    for (int number = 1; number < kMaxKeptAside; ++number) {
         name = path + ".damaged-" + std::to_string(number);
         const int error = WriteNew(name, text, owner);
         if (error != EEXIST)
@@ -322,7 +322,7 @@ int ProfileStore::Save(std::string& path, ProfileLock::Deadline deadline,
 }
 
 bool ProfileStore::Change(const std::function<bool(ProfileFile&)>& change) {
-    const auto deadline = std::chrono::steady_clock::now() + kLongestWait;
+    const auto deadline = std::chrono::steady_clock::now() + kMaxWait;
     ProfileNotices notices;
     const std::string named = Path();
     std::string path = named, reason;

@@ -19,7 +19,7 @@ class ProfileStore {
 public:
     static ProfileStore& Get();
 
-    /// Calls `read` with the file as it is; the file is looked at again at most once per tick.
+    /// Calls `read` with the current file; the file is checked for changes at most once per tick.
     template <typename Read>
     auto Look(Read read) {
         ProfileNotices notices;
@@ -28,9 +28,8 @@ public:
         return read(std::as_const(m_file));
     }
 
-    /// Reads the file afresh, lets `change` alter it (it returns whether it did) and writes it
-    /// back, while no other process does the same. False when that fails; the file is then as it
-    /// was.
+    /// Reads the file again, lets `change` alter it (it returns whether it did) and writes it back,
+    /// while no other process does the same. False when that fails; the file is then unchanged.
     bool Change(const std::function<bool(ProfileFile&)>& change);
 
     /// As VNGetProfileStatus, the text in UTF-8.
@@ -40,7 +39,7 @@ private:
     /// What tells one state of the file from another.
     struct Stamp {
         std::string path; ///< empty: there is no place for a profile
-        int error = 0;    ///< why it cannot be looked at; ENOENT: there is none
+        int error = 0;    ///< why its status cannot be read; ENOENT: there is none
         FileIdentity identity;
         std::uint64_t length = 0;
         std::int64_t seconds = 0;

@@ -11,7 +11,7 @@ namespace vnbytstr::detail {
 enum class ProfileToken { Section, Name, Value };
 
 /// The UTF-8 form of a text in code page `page`. What could be taken for the file's own marks,
-/// control characters, and bytes that are no character of the page become %XX, so that any byte
+/// control characters, and bytes that are not a character of the page become %XX, so that any byte
 /// string comes back whole.
 std::string EncodeProfileText(std::string_view bytes, ProfileToken token, const CodePage& page);
 

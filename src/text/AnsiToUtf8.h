@@ -14,7 +14,7 @@ class CCCSIDTranslation;
 
 namespace vnbytstr::detail {
 
-/// A character may lie across two slices. Bytes that are no character become U+FFFD, as in
+/// A character may lie across two slices. Bytes that are not a character become U+FFFD, as in
 /// CodePage::ToWide. One object converts one text.
 class AnsiToUtf8 {
 public:
@@ -24,10 +24,10 @@ public:
     AnsiToUtf8& operator=(const AnsiToUtf8&) = delete;
 
     /// Converts the next slice; `last` says that the text ends with it. The result is valid until
-    /// the next call. Memory that cannot be had throws std::bad_alloc.
+    /// the next call. Throws std::bad_alloc when memory runs out.
     std::span<const BYTE> Convert(std::span<const BYTE> slice, bool last);
-    /// Whether the text is in no code page, as far as it has been converted: UTF-8 is the ANSI code
-    /// page, and it is not valid in that.
+    /// Whether the text converted so far is invalid: UTF-8 is the ANSI code page, and it is not
+    /// valid UTF-8.
     bool IsForeign() const noexcept { return m_isForeign; }
 
 private:

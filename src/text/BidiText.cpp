@@ -24,8 +24,9 @@ bool IsBidirectional(const CodePage& page) {
     return page.GetNumber() == 1255 || page.GetNumber() == 1256 || page.IsUtf8();
 }
 
-/// The mark in the ANSI code page. Single-byte pages that do not have it are given its byte in the
-/// pages that do; in one of several bytes that would be half a character, so there is no mark.
+/// The mark in the ANSI code page. A single-byte page without the mark gets the byte that it has in
+/// the Hebrew and Arabic pages; in a double-byte page that would be half a character, so there is
+/// no mark.
 std::string Mark() {
     const CodePage& page = CodePage::Ansi();
     const std::u16string_view wide(&kLeftToRightMark, 1);

@@ -141,7 +141,7 @@ int ConsoleInteraction::ShellExecute(const char* verb, const char* file, const c
 }
 
 Interaction& DefaultInteraction() noexcept {
-    // It takes no memory that there might be none of.
+    // No memory is allocated, since it may have run out.
     alignas(ConsoleInteraction) static std::byte place[sizeof(ConsoleInteraction)];
     static Interaction* const console = new (place) ConsoleInteraction;
     return *console;

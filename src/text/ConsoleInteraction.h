@@ -10,10 +10,10 @@
 namespace vnbytstr {
 
 /// Message boxes are lines on standard error: the caption, the text and, when there is more than
-/// one button, the choice. When standard input is a terminal the person is asked (the first letters
+/// one button, the choice. When standard input is a terminal the user is asked (the first letters
 /// of a button, or Enter for the default button); otherwise, and when the input ends, the default
-/// button is the answer. Nothing is shown differently for right-to-left text: that is the
-/// terminal's work.
+/// button is the answer. Right-to-left text is written as it is: showing it is the terminal's
+/// work.
 ///
 /// ShellExecute starts programs directly. A document, folder or address goes to `xdg-open`. What it
 /// cannot start it says on standard error.
@@ -33,12 +33,12 @@ struct MessageBoxButton {
     std::string label; ///< in the language of the resources
 };
 
-/// The buttons of a box of that type, in their order; one "OK" for a type that there is not.
+/// The buttons of a box of that type, in their order; one "OK" for an unknown type.
 std::vector<MessageBoxButton> MessageBoxButtons(UINT type);
 /// Index of the default button among `count`; the first when the type names one past the last.
 std::size_t DefaultButton(UINT type, std::size_t count);
 /// The button whose label or name begins with `answer` (without regard to case and blanks around
-/// it): its index; `byDefault` for an empty answer; -1 when none or more than one fits.
+/// it): its index; `byDefault` for an empty answer; -1 when no button or more than one fits.
 int ChooseButton(const std::vector<MessageBoxButton>& buttons, std::size_t byDefault,
                  std::string_view answer);
 

@@ -1,4 +1,4 @@
-// FormatString: printf-style formats that are compared with the arguments before these are touched.
+// FormatString: printf-style formats, checked against the arguments before these are used.
 #include "vnbytstr/Messages.h"
 
 #include "vnbytstr/framework/Exception.h"
@@ -18,7 +18,7 @@ using vnbytstr::detail::WithoutExceptions;
 namespace {
 
 constexpr int kMaxWidth = 1 << 24; // of a text
-// Of a number: some C libraries make it on the stack, which may be a small one.
+// Of a number: some C libraries format it on the stack, which may be small.
 constexpr int kMaxNumberWidth = 16384;
 using Kind = FormatArgument::Kind;
 
@@ -58,7 +58,7 @@ std::string ReadModifier(const char*& p) {
     return {};
 }
 
-/// Reads the conversion behind the percent sign; false when there is no such conversion.
+/// Reads the conversion after the percent sign; false for an unknown one.
 bool ReadConversion(const char*& p, Conversion& conversion) {
     while (*p != '\0' && std::strchr("-+ #0", *p) != nullptr)
         conversion.flags += *p++;
@@ -91,12 +91,12 @@ bool ReadConversion(const char*& p, Conversion& conversion) {
     return true;
 }
 
-/// Makes text of conversions, one after the other.
+/// Formats conversions one after the other.
 class Formatter {
 public:
     explicit Formatter(std::span<const FormatArgument> arguments) : m_arguments(arguments) {}
 
-    /// False when the format asks for what there is not.
+    /// False when the format asks for an argument that is missing.
     bool Run(const char* format) {
         for (const char* p = format; *p != '\0';) {
             const char* percent = std::strchr(p, '%');
@@ -153,7 +153,7 @@ private:
         if (conversion.isStarPrecision) {
             if (!ReadStar(number))
                 return false;
-            if (number >= 0) // a negative one counts as none
+            if (number >= 0) // a negative one is ignored
                 conversion.precision = number;
         }
         const FormatArgument* argument = Next();
@@ -234,8 +234,8 @@ private:
     std::string m_text;
 };
 
-/// The argument pointer of a caller, moved on by what a format says. In an object of its own, since
-/// what may be handed to a function differs between platforms.
+/// The argument pointer of a caller, advanced as a format says. An object, since platforms differ
+/// in how an argument pointer may be passed to a function.
 class ArgumentPointer {
 public:
     explicit ArgumentPointer(std::va_list arguments) { va_copy(m_arguments, arguments); }

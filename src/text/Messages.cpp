@@ -116,7 +116,7 @@ int DisplayMessageBox(UINT textId, UINT captionId, HINSTANCE module, UINT type, 
         return -1;
     if (ResourcesAreBiDi())
         type |= MB_RIGHT | MB_RTLREADING;
-    // Not AfxMessageBox, which has no caption of its own.
+    // Not AfxMessageBox, which takes no caption.
     return WithoutExceptions(
         [&] { return vnbytstr::Interaction::Current().MessageBox(text, caption, type, 0); }, 0);
 }

@@ -30,7 +30,7 @@ void SortRange(Iterator begin, Iterator end, bool ascending) {
 /// Places of `from` in `text`, each where a character begins, none within the one before.
 std::vector<std::size_t> FindAll(std::string_view text, std::string_view from) {
     const CodePage& page = CodePage::Ansi();
-    // In UTF-8 a byte that can go on with a character is the only one that need not begin one.
+    // In UTF-8 only a continuation byte does not begin a character.
     const bool everyByteMayBegin =
         page.IsSingleByte() || (page.IsUtf8() && (static_cast<BYTE>(from.front()) & 0xC0) != 0x80);
     const char* const end = text.data() + text.size();

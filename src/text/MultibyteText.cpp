@@ -15,7 +15,7 @@ using vnbytstr::CodePage;
 
 namespace {
 
-constexpr std::size_t kLongestChar = 4; // bytes
+constexpr std::size_t kMaxCharBytes = 4; // bytes
 
 std::string_view ViewOf(const CString& text) noexcept {
     return {text, static_cast<std::size_t>(text.GetLength())};
@@ -33,15 +33,15 @@ std::size_t BytesOfChars(std::string_view text, std::size_t n) noexcept {
     return static_cast<std::size_t>(p - text.data());
 }
 
-/// How many of the last of `size` bytes are the beginning of a character that goes on behind them;
-/// 0 when a NUL is among them all.
+/// How many of the last of `size` bytes are the beginning of a character that continues after them;
+/// 0 when there is a NUL among the `size` bytes.
 std::size_t CutBytes(const char* text, std::size_t size) noexcept {
     const CodePage& page = CodePage::Ansi();
     if (page.IsSingleByte() || std::memchr(text, '\0', size) != nullptr)
         return 0;
     const char* const end = text + size;
     for (const char* p = text; p < end; p += page.CharLength(p, end)) {
-        if (static_cast<std::size_t>(end - p) < kLongestChar && page.IsCutShort(p, end))
+        if (static_cast<std::size_t>(end - p) < kMaxCharBytes && page.IsCutShort(p, end))
             return static_cast<std::size_t>(end - p);
     }
     return 0;
@@ -71,7 +71,7 @@ void CheckTrailMultiByteSymbol(char* string, LONG position) {
     if (begin == 0 || page.IsSingleByte() || std::memchr(string, '\0', begin + 1) != nullptr)
         return;
     char* const cut = string + begin;
-    const char* const end = cut + ::strnlen(cut, kLongestChar);
+    const char* const end = cut + ::strnlen(cut, kMaxCharBytes);
     const char* p = string;
     while (p < cut)
         p += page.CharLength(p, end);
@@ -91,7 +91,7 @@ void CopyMultiByteStr(char* destination, const char* source, LONG count, LONG li
     CopyMultiByteStr(destination, source, std::min(count, limit));
 }
 
-// A trail byte is never a NUL, so that steps by characters end where steps by bytes do.
+/// A trail byte is never a NUL, so that steps by characters end where steps by bytes do.
 int StrCharCount(const char* string) { return static_cast<int>(std::strlen(string) + 1); }
 
 CString VariousByteLeft(const CString& source, int n) {
@@ -101,8 +101,8 @@ CString VariousByteLeft(const CString& source, int n) {
     return source.Left(static_cast<int>(BytesOfChars(ViewOf(source), count)));
 }
 
-// Backwards a double-byte text cannot be read: whether a byte is a lead byte depends on all before
-// it. So the characters to leave out are counted from the beginning.
+/// Backwards a double-byte text cannot be read: whether a byte is a lead byte depends on all before
+/// it. So the characters to leave out are counted from the beginning.
 CString VariousByteRight(const CString& source, int n) {
     if (n >= source.GetLength())
         return source;
@@ -145,7 +145,7 @@ bool IsTextVariuosBytes(const CString& source) {
     int found = 0;
     for (const char* p = text.data(); p < end && found < 2;) {
         const std::size_t length = page.CharLength(p, end);
-        // A lead byte counts even where the text ends behind it.
+        // A lead byte counts even at the end of the text.
         if (length > 1 || page.IsCutShort(p, end))
             ++found;
         p += length;

@@ -3,12 +3,12 @@
 
 namespace vnbytstr::detail {
 
-/// What IsDBCSWindows and IsBIDIWindows give; the system is asked at the first call. A race of
-/// threads repeats the question.
+/// What IsDBCSWindows and IsBIDIWindows return; the system is asked at the first call. Threads that
+/// race may ask twice.
 bool IsDbcsEnabledOnce();
 bool IsMiddleEastEnabledOnce();
 
-/// Lets the next call of either ask anew. For tests, which install another system.
+/// Makes the next call of either ask again. For tests, which install another system.
 void ForgetSystemAnswers() noexcept;
 
 } // namespace vnbytstr::detail

@@ -25,7 +25,7 @@ std::span<const BYTE> BytesOf(const CString& text) noexcept {
 }
 
 /// A string of `groups` groups of `size` characters each, with a place for a blank between them
-/// when `spaced` is set; the characters are for the caller to write.
+/// when `spaced` is set; the caller writes the characters.
 CString MakeGroups(std::size_t groups, std::size_t size, bool spaced) {
     const std::size_t length = groups * size + (spaced ? groups - 1 : 0);
     if (length > INT_MAX)
@@ -180,7 +180,7 @@ DWORD URLEncodeStr(const char* source, char*& result, bool last) {
         return 0;
     char* out = block;
     for (const char character : std::span(source, length)) {
-        // All four bytes, for speed: there is room, and what is too much is written over.
+        // All four bytes, for speed: there is room, and the surplus is overwritten.
         const UrlText& url = kUrlTexts[static_cast<BYTE>(character)];
         std::memcpy(out, url.text.data(), 4);
         out += url.length;

@@ -36,9 +36,9 @@ void ConvertFile(CFile& file, DWORD length, const Put& put) {
 }
 
 void Write(CFile& file, std::span<const BYTE> bytes) {
-    constexpr std::size_t kMost = 1u << 30;
+    constexpr std::size_t kMaxWrite = 1u << 30;
     while (!bytes.empty()) {
-        const std::span<const BYTE> piece = bytes.first(std::min(bytes.size(), kMost));
+        const std::span<const BYTE> piece = bytes.first(std::min(bytes.size(), kMaxWrite));
         file.Write(piece.data(), static_cast<UINT>(piece.size()));
         bytes = bytes.subspan(piece.size());
     }
@@ -54,7 +54,7 @@ bool IsReadOnly(const CFile& file) {
 int ConvertToUTF8(const char* path) {
     try {
         CFile file;
-        // A privileged user may open what is read-only.
+        // A privileged user may open a read-only file.
         if (!file.Open(path, CFile::modeReadWrite) || IsReadOnly(file))
             return 0;
         const DWORD length = file.GetLength();
@@ -69,7 +69,7 @@ int ConvertToUTF8(const char* path) {
     } catch (CException* error) {
         error->Delete();
     } catch (const std::bad_alloc&) {
-        // The file is as it was.
+        // The file is unchanged.
     }
     return 0;
 }

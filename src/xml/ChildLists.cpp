@@ -90,7 +90,7 @@ void ChildLists::Synchronize() {
     }
 }
 
-/// Whether the matching children can be told without the list: it is one by a tag whose root
+/// Whether the matching children can be found without the list: it is one by a tag whose root
 /// contains the parent, or the parent's own children (`tag` is null then).
 bool ChildLists::IsKnown(const DOMElement* parent, const DOMNodeList* list,
                          const std::u16string*& tag) const {
@@ -106,7 +106,7 @@ bool ChildLists::IsKnown(const DOMElement* parent, const DOMNodeList* list,
 ChildLists::Found& ChildLists::Find(const DOMElement* parent, const DOMNodeList* list,
                                     const std::u16string* tag, std::size_t wanted) {
     Synchronize();
-    if (m_found.size() >= kMostFound && !m_found.contains({parent, list}))
+    if (m_found.size() >= kMaxFound && !m_found.contains({parent, list}))
         m_found.clear();
     Found& found = m_found[{parent, list}];
     while (found.nodes.size() < wanted) {

@@ -12,27 +12,27 @@
 
 namespace vnbytstr::detail {
 
-/// The parser's lists by tag look through all descendants anew after each change and whenever they
-/// are asked for their length. Here the children of one element are walked, once: what has been
-/// found is kept until somebody else changes the document. Changes that the wrapper makes itself
-/// only append children, so all that was found stays true.
+/// The parser's lists by tag search all descendants again after each change and whenever they are
+/// asked for their length. Here the children of one element are walked once; what has been found is
+/// kept until the document is changed from outside. The wrapper's own changes only append children,
+/// so what was found stays true.
 class ChildLists {
 public:
-    /// The document is gone.
+    /// The document has been freed.
     void Reset(const xercesc::DOMDocument* document);
     /// What a list was made of.
     void Remember(const xercesc::DOMNodeList* list, const xercesc::DOMElement* root,
                   const char16_t* tag);
 
     std::size_t Count(const xercesc::DOMElement* parent, const xercesc::DOMNodeList* list);
-    /// Null when there is no such one.
+    /// Null when there is no such node.
     xercesc::DOMNode* Item(const xercesc::DOMElement* parent, const xercesc::DOMNodeList* list,
                            std::size_t index);
 
-    /// Around each change that the wrapper makes.
+    /// Call around each change that the wrapper makes.
     void BeginChange() { Synchronize(); }
     void EndChange();
-    /// Whether somebody else changed the document since Reset.
+    /// Whether the document has been changed from outside since Reset.
     bool SawOthersChange() {
         Synchronize();
         return m_sawOthersChange;
@@ -55,7 +55,7 @@ private:
         std::vector<xercesc::DOMNode*> nodes;
         xercesc::DOMNode* last = nullptr; // child looked at; null: none yet
     };
-    static constexpr std::size_t kMostFound = 4096; // then it begins anew
+    static constexpr std::size_t kMaxFound = 4096; // then it is cleared
 
     void Synchronize();
     bool IsKnown(const xercesc::DOMElement* parent, const xercesc::DOMNodeList* list,

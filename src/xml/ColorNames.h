@@ -1,4 +1,4 @@
-// The colours that attributes call by name.
+// The colours that attributes give by name.
 #pragma once
 
 #include "vnbytstr/framework/Types.h"

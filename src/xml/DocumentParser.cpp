@@ -126,7 +126,7 @@ void DocumentParser::Refuse(const XMLCh* reason) {
     error(kCode, XMLUni::fgXMLErrDomain, XMLErrorReporter::ErrType_Fatal, reason,
           place->getSystemId(), place->getPublicId(), place->getLineNumber(),
           place->getColumnNumber());
-    throw static_cast<XMLErrs::Codes>(kCode); // when no error handler did
+    throw static_cast<XMLErrs::Codes>(kCode); // when no error handler has thrown
 }
 
 } // namespace vnbytstr::detail

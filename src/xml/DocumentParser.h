@@ -1,4 +1,4 @@
-// The parser with what keeps hostile documents out.
+// The parser, with the limits that refuse hostile documents.
 #pragma once
 
 #include <xercesc/parsers/DOMLSParserImpl.hpp>
@@ -27,8 +27,9 @@ inline constexpr int kMaxAttributeWork = 346 * 347 / 2;
 /// Attributes that only the document type gives: so many, and as many more for each element.
 inline constexpr XMLSize_t kMaxDefaults = 100000, kMaxDefaultsPerElement = 16;
 
-/// Counts different names, closely enough for a limit: of those that fall on one place of its table
-/// it sees the first. Which do depends on the process, so that no document can be made of such.
+/// Counts different names, closely enough for a limit: of names with the same place in its table it
+/// counts only the first. Which names those are differs from process to process, so a document
+/// cannot be built from them.
 class NameCounter {
 public:
     NameCounter() : m_seen(kPlaces / 64) {}
@@ -54,7 +55,7 @@ class DocumentParser final : public xercesc::DOMLSParserImpl {
 public:
     explicit DocumentParser(xercesc::MemoryManager* memory);
 
-    /// Reports what makes the document one that is not wanted, and ends the parse.
+    /// Reports why the document is refused, and ends the parse.
     [[noreturn]] void Refuse(const XMLCh* reason);
 
     void startDocument() override;

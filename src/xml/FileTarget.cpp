@@ -17,7 +17,7 @@ bool FileTarget::Commit() {
     return !m_hasFailed && m_file.Commit() == 0;
 }
 
-// The serializer takes no answer, so a failure is kept until Commit.
+/// The serializer ignores results, so a failure is kept until Commit.
 void FileTarget::writeChars(const XMLByte* bytes, XMLSize_t count, xercesc::XMLFormatter*) {
     if (count > kBufferSize - m_used)
         WriteBuffer();

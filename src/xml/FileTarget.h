@@ -12,7 +12,7 @@
 
 namespace vnbytstr::detail {
 
-/// The file is replaced when all of it has been written, and stays as it was when anything fails.
+/// The file is replaced when all of it has been written, and stays unchanged when anything fails.
 class FileTarget final : public xercesc::XMLFormatTarget {
 public:
     FileTarget();

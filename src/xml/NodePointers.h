@@ -1,4 +1,4 @@
-// What the handles hold.
+// The pointers that the handles hold.
 #pragma once
 
 #include "vnbytstr/XMLNode.h"

@@ -26,8 +26,9 @@ namespace vnbytstr::detail {
 namespace {
 
 constexpr std::size_t kPage = 4096;
-constexpr std::size_t kSmallest = 8192; // less comes from malloc
-constexpr std::size_t kMostPages = 256; // more comes from malloc, too; documents take 129 at once
+constexpr std::size_t kMinSize = 8192; // smaller blocks come from malloc
+constexpr std::size_t kMaxPages =
+    256; // larger blocks come from malloc, too; documents take 129 at once
 constexpr std::size_t kRegionSize = 8u << 20;
 constexpr std::size_t kKeptRegions = 8;
 constexpr std::uint32_t kOfReserve = 1; // in place of a number of pages
@@ -83,7 +84,7 @@ struct ParserMemory::Region {
     char* m_memory;
     std::size_t m_used = 0;
     std::size_t m_live = 0;
-    std::array<Header*, kMostPages + 1> m_free{}; // by pages
+    std::array<Header*, kMaxPages + 1> m_free{}; // by pages
 };
 
 ParserMemory::ParserMemory() = default;
@@ -102,7 +103,7 @@ void* ParserMemory::allocate(XMLSize_t size) {
     const std::size_t whole = size + sizeof(Header);
     const std::size_t pages = (whole + kPage - 1) / kPage;
     Header* header = AllocateFromReserve(whole);
-    if (header == nullptr && whole >= kSmallest && pages <= kMostPages)
+    if (header == nullptr && whole >= kMinSize && pages <= kMaxPages)
         header = AllocateFromRegions(pages);
     if (header == nullptr) {
         header = static_cast<Header*>(std::malloc(whole));

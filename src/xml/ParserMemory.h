@@ -32,10 +32,10 @@ public:
     void deallocate(void* block) override;
     xercesc::MemoryManager* getExceptionMemoryManager() override;
 
-    /// From now on blocks come from memory set aside here, `size` bytes altogether, before they
-    /// come from elsewhere. False when there is none.
+    /// From now on blocks come first from a reserve of `size` bytes that is allocated here. False
+    /// when memory runs out.
     bool BeginReserve(std::size_t size) noexcept;
-    /// Ends that. What was set aside is given back with the last block from it.
+    /// Ends that. The reserve is freed with the last block from it.
     void EndReserve() noexcept;
     /// Gives back every region that nothing uses.
     void Trim() noexcept;
@@ -63,16 +63,15 @@ private:
 inline constexpr std::size_t kBudgetBase = std::size_t{256} << 20;
 inline constexpr std::size_t kBudgetPerByte = 512;
 
-/// The memory of one wrapper's parser: the process's, with a budget for each parse, and nothing of
-/// it is lost.
+/// The memory of one wrapper's parser: the process's, with a budget for each parse. Nothing leaks.
 ///
 /// Entities can make a small document ask for any amount of work, and the parser's own limit does
 /// not see all of it (it passes over those in the defaults of attributes); but whatever it does
 /// takes memory, a block of 150 KB for every resolved entity alone. What is given back does not
 /// count.
 ///
-/// The parser forgets some blocks when a broken document type makes it give up: megabytes, if a
-/// document wants that. All blocks are listed, and what is left when the parser is gone is freed.
+/// The parser leaks some blocks when a broken document type makes it give up; a document can make
+/// that megabytes. All blocks are listed, and those left when the parser is destroyed are freed.
 class ParseBudget final : public xercesc::MemoryManager {
 public:
     ParseBudget() = default;
@@ -91,7 +90,7 @@ public:
 
     /// Bytes in use.
     std::size_t LiveBytes() const noexcept { return m_live; }
-    /// Frees what is left. Nothing that uses it may be alive.
+    /// Frees what is left. No object that uses it may still exist.
     void FreeAll() noexcept;
 
 private:

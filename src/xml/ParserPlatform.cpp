@@ -13,11 +13,11 @@ namespace vnbytstr::detail {
 
 namespace {
 
-/// What beginning takes, with room to spare: it is 800 KB, most of it for a short while.
+/// What initialising takes, with room to spare: 800 KB, most of it for a short while.
 constexpr std::size_t kReserve = std::size_t{1} << 20;
 constexpr std::size_t kCushion = std::size_t{64} << 10; // small enough to come from the heap
 
-/// The platform's own handler ends the process when it cannot begin.
+/// The platform's own handler ends the process when initialising fails.
 class ThrowingPanicHandler final : public xercesc::PanicHandler {
 public:
     void panic(PanicReasons) override { throw std::bad_alloc(); }
@@ -25,9 +25,9 @@ public:
 
 } // namespace
 
-/// The parser can neither go on after a beginning that failed midway nor end what it began, so what
-/// it takes is seen to beforehand: a reserve for what comes through the memory manager, and a block
-/// given back just before for the little that it and ICU take from malloc themselves.
+/// When initialising fails midway, the parser can neither continue nor clean up, so its memory is
+/// secured in advance: a reserve for what comes through the memory manager, and a block freed just
+/// before for the little that it and ICU take from malloc themselves.
 bool BeginParserPlatform(const char* messageFolder) noexcept {
     static ThrowingPanicHandler panicHandler;
     static bool isBroken = false; // callers come one at a time
@@ -41,7 +41,7 @@ bool BeginParserPlatform(const char* messageFolder) noexcept {
         xercesc::XMLPlatformUtils::Initialize(xercesc::XMLUni::fgXercescDefaultLocale,
                                               messageFolder, &panicHandler, &memory);
     } catch (...) {      // objects of several families
-        isBroken = true; // for the life of the process: better than half a platform
+        isBroken = true; // for the life of the process: better than a platform half initialised
     }
     memory.EndReserve();
     return !isBroken;

@@ -1,10 +1,10 @@
-// Beginning and ending the parser platform.
+// Initialising and terminating the parser platform.
 #pragma once
 
 namespace vnbytstr::detail {
 
 /// Initialises the parser platform, or counts one more use of it: the parser itself counts how
-/// often it was initialised, by an application, too. False when it cannot be had.
+/// often it was initialised, by an application, too. False when that fails.
 bool BeginParserPlatform(const char* messageFolder = nullptr) noexcept;
 /// Ends one use.
 void EndParserPlatform() noexcept;

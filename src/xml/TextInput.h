@@ -1,4 +1,4 @@
-// Where the parser reads a text in memory from.
+// A text in memory as the parser's input.
 #pragma once
 
 #include "src/xml/ParserMemory.h"
@@ -9,11 +9,11 @@
 
 namespace vnbytstr::detail {
 
-/// Bytes in memory. As with a file, each byte that the parser has come to lets it take more memory:
+/// Bytes in memory. As with a file, each byte that the parser has reached lets it take more memory:
 /// a document that is refused at its beginning takes little, however long it is.
 class TextInput final : public xercesc::InputSource {
 public:
-    /// `text` must live as long; `name` is what reports call it.
+    /// `text` must outlive the object; `name` stands for it in reports.
     TextInput(std::string_view text, const char* name, ParseBudget& budget)
         : InputSource(name, &ParserMemory::Process()), m_text(text), m_budget(budget) {}
 

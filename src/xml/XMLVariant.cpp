@@ -23,7 +23,7 @@
 
 namespace {
 
-/// The thread's own, asked for in the one way that the C library makes safe beside other threads.
+/// Of the thread's locale, asked for in the only way that the C library makes thread-safe.
 std::string DecimalSeparator() {
     std::array<char, 32> text{};
     const int length = std::snprintf(text.data(), text.size(), "%.1f", 1.5);

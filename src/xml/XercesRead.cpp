@@ -46,7 +46,7 @@ void SetVariant(CXMLVariant& value, const char16_t* wide, bool decode) {
         value.SetText(text.View().data(), static_cast<LONG>(text.View().size()));
 }
 
-/// Reads through `read` and converts; an empty value is none.
+/// Reads through `read` and converts; false for an empty value.
 template <class Value, class Read>
 bool Convert(Value& value, Read read) {
     return Attempt([&] {

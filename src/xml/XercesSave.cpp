@@ -29,8 +29,8 @@ namespace {
 constexpr char kDeclarationFormat[] = "version=\"1.0\" encoding=\"%s\"";
 constexpr char16_t kNewLine[] = u"\r\n";
 
-/// For what the parser makes and takes back by release(). That takes memory itself; what it has
-/// none for goes with the document.
+/// For objects of the parser that are freed by release(). That allocates memory itself; what cannot
+/// be released so is freed with the document.
 struct Releaser {
     template <class Object>
     void operator()(Object* object) const noexcept {
@@ -63,8 +63,8 @@ bool CanBeWritten(const DOMNode* node) {
 }
 
 /// Whether a node and all below it can be written, and read again. In one walk without recursion:
-/// the serializer descends by calling itself. It takes a fifth of the time that writing does, and
-/// is for documents of which it is not known otherwise.
+/// the serializer is recursive. It takes a fifth of the time of writing, and is done only for
+/// documents that may not be readable.
 bool CanAllBeWritten(const DOMNode* top) {
     int depth = 1;
     for (const DOMNode* node = top;;) {

@@ -16,7 +16,7 @@ namespace vnbytstr::detail {
 
 class XercesState {
 public:
-    /// Another document is open, or none.
+    /// Another document is open, or no document.
     void Reset(const xercesc::DOMDocument* document) {
         lists.Reset(document);
         isDoubtful = false;
@@ -24,13 +24,13 @@ public:
 
     NameCache names;
     ChildLists lists;
-    /// Whether what the wrapper put into the document since Reset might not be readable when
-    /// written: too deep, or a comment that is none.
+    /// Whether something that the wrapper put into the document since Reset may be unreadable when
+    /// written: too deep, or a comment that XML does not allow.
     bool isDoubtful = false;
-    ParseBudget budget; // the builder's memory: it outlives that
+    ParseBudget budget; // the builder's memory: it outlives the builder
 };
 
-/// Whether a parser takes a comment with that text for one.
+/// Whether XML allows a comment with that text.
 inline bool IsCommentText(std::u16string_view text) noexcept {
     return text.find(u"--") == std::u16string_view::npos && !text.ends_with(u'-');
 }
@@ -39,7 +39,7 @@ inline xercesc::DOMDocument* DocumentOf(void* document) noexcept {
     return static_cast<xercesc::DOMDocument*>(document);
 }
 
-/// What `operation` returns; false when it throws, whatever that is.
+/// What `operation` returns; false when it throws anything.
 template <class Operation>
 bool Attempt(Operation&& operation) noexcept {
     try {
@@ -54,7 +54,7 @@ bool Attempt(Operation&& operation) noexcept {
 
 } // namespace vnbytstr::detail
 
-/// Stands around each change of the document that the wrapper makes.
+/// Put around each change of the document that the wrapper makes.
 class CXercesWrapper::Mutation {
 public:
     explicit Mutation(CXercesWrapper& wrapper) : m_lists(wrapper.m_state->lists) {

@@ -20,8 +20,8 @@ inline std::string_view ViewOf(const CString& text) noexcept {
     return {text, static_cast<std::size_t>(text.GetLength())};
 }
 
-/// A narrow text in UTF-16 with a NUL behind it. Short ASCII, which is nearly all there is, needs
-/// no memory of its own.
+/// A narrow text in UTF-16 with a NUL after it. Short ASCII, which nearly all texts are, needs no
+/// allocation.
 class WideText {
 public:
     explicit WideText(std::string_view text);
@@ -70,7 +70,7 @@ public:
     NameCache();
     ~NameCache();
 
-    /// Good until the next call.
+    /// Valid until the next call.
     const char16_t* Wide(const char* name);
 
 private:

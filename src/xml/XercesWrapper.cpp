@@ -4,8 +4,8 @@
 //   1. m_initialized says whether this object is counted in m_iInstanceCounter.
 //   2. Without m_initialized there is no document, implementation or builder.
 //   3. A document of origin kCreated is the wrapper's own; one of origin kLoaded is the builder's,
-//      which then exists; with origin kNone there is none.
-//   4. m_state's lists are those of the open document, and none when none is open.
+//      which then exists; with origin kNone there is no document.
+//   4. m_state's lists are those of the open document; there are none while no document is open.
 #include "vnbytstr/XercesWrapper.h"
 
 #include "src/xml/DocumentParser.h"
@@ -39,9 +39,9 @@ int CXercesWrapper::m_iInstanceCounter = 0;
 
 namespace {
 
-/// What a parser may hold after a failed load and still be used again: several times what a new one
-/// does.
-constexpr std::size_t kMostKept = std::size_t{2} << 20;
+/// How much memory a parser may hold after a failed load and still be used again: several times
+/// that of a new one.
+constexpr std::size_t kMaxKept = std::size_t{2} << 20;
 
 std::mutex& CounterMutex() {
     static std::mutex mutex;
@@ -78,8 +78,8 @@ bool ToUtf8(std::string_view text, std::string& converted) {
 
 CXercesWrapper::CXercesWrapper() { Begin(); }
 
-/// Counts this wrapper, if that has not been done. False when the parser cannot begin for want of
-/// memory; another time it may.
+/// Counts this wrapper, if that has not been done. False when the parser cannot be initialised for
+/// lack of memory; a later attempt may succeed.
 bool CXercesWrapper::Begin() noexcept {
     if (m_initialized)
         return true;
@@ -172,8 +172,8 @@ void CXercesWrapper::Free() {
     m_state->Reset(nullptr);
     xercesc::DOMDocument* const document = DocumentOf(m_document);
     m_document = nullptr;
-    // Not by release(): it visits every node to notify users of it that there cannot be here, and
-    // descends as deep as the document is.
+    // Not by release(): it visits every node to notify users of it, of which there are none here,
+    // and recurses as deep as the document.
     if (m_origin == kCreated)
         delete document;
     Check();
@@ -249,8 +249,8 @@ bool CXercesWrapper::Parse(Source& source) {
             Fail("", "The parser gave no document; memory may be short");
         if (isSound)
             builder->resetDocumentPool();
-        if (!isSound || budget.LiveBytes() > kMostKept)
-            DropBuilder(); // it may be in the middle of something, or have forgotten memory
+        if (!isSound || budget.LiveBytes() > kMaxKept)
+            DropBuilder(); // it may be in the middle of an operation, or have leaked memory
         return false;
     }
     m_document = document;
