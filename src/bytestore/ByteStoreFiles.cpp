@@ -5,6 +5,7 @@
 #include "src/bytestore/SwapImage.h"
 #include "src/bytestore/WriteBehind.h"
 #include "src/os/FileReplacement.h"
+#include "src/os/Paths.h"
 
 #include <algorithm>
 #include <array>

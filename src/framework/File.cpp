@@ -1,6 +1,7 @@
 #include "vnbytstr/framework/File.h"
 
 #include "src/os/FileIdentity.h"
+#include "src/os/Paths.h"
 #include "src/os/ScratchFile.h"
 
 #include <algorithm>
@@ -272,7 +273,9 @@ void CFile::SetLength(DWORD length) {
 
 CString CFile::GetFileName() const {
     const CString path = GetFilePath();
-    return path.Mid(path.ReverseFind('/') + 1);
+    const std::string_view name =
+        vnbytstr::FileNameOf({path, static_cast<std::size_t>(path.GetLength())});
+    return CString(name.data(), static_cast<int>(name.size()));
 }
 
 BOOL CFile::GetStatus(CFileStatus& status) const {

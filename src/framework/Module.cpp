@@ -1,5 +1,6 @@
 #include "vnbytstr/framework/Module.h"
 
+#include "src/os/Paths.h"
 #include "src/os/System.h"
 #include "vnbytstr/Interaction.h"
 
@@ -23,10 +24,10 @@ void AfxSetResourceHandle(HINSTANCE module) {
 }
 
 CString AfxGetAppName() {
-    std::string name = vnbytstr::System::Current().GetModuleFileName();
-    name.erase(0, name.rfind('/') + 1); // none: npos + 1 is 0
+    const std::string file = vnbytstr::System::Current().GetModuleFileName();
+    std::string_view name = vnbytstr::FileNameOf(file);
     if (name.size() > 4 && name.ends_with(".exe"))
-        name.resize(name.size() - 4);
+        name.remove_suffix(4);
     return CString(name.data(), static_cast<int>(name.size()));
 }
 

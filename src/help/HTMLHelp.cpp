@@ -2,6 +2,7 @@
 
 #include "messages/ResourceIds.h"
 #include "src/help/HelpIndex.h"
+#include "src/os/Paths.h"
 #include "src/os/System.h"
 #include "vnbytstr/Interaction.h"
 #include "vnbytstr/Language.h"
@@ -55,9 +56,8 @@ private:
 
 /// The folder of the program, with its slash.
 std::string ProgramFolder() {
-    std::string name = vnbytstr::GetModuleFileName(AfxGetInstanceHandle());
-    name.resize(name.rfind('/') + 1); // none: npos + 1 is 0
-    return name;
+    const std::string name = vnbytstr::GetModuleFileName(AfxGetInstanceHandle());
+    return std::string(vnbytstr::FolderPrefixOf(name));
 }
 
 CString TextOf(const CException& error) {
@@ -194,7 +194,7 @@ void CVNHTMLHelp::OpenIndex(CFile& file) {
     const CString name = AfxGetAppName() + ".ind";
     CFileException error;
     for (const CString& language : {GetUILanguage(), CString("ENU")}) {
-        m_strHelpFolder = folder + language + "/";
+        m_strHelpFolder = vnbytstr::AsFolderPrefix(std::string(folder + language)).c_str();
         m_strIndexName = m_strHelpFolder + name;
         if (file.Open(m_strIndexName, CFile::modeRead | CFile::shareDenyNone, &error))
             return;

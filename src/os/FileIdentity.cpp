@@ -1,5 +1,7 @@
 #include "src/os/FileIdentity.h"
 
+#include "src/os/Paths.h"
+
 namespace vnbytstr {
 
 bool LeadsTo(const char* name, const FileIdentity& identity) {
@@ -15,18 +17,9 @@ FileIdentity IdentityOf(FileHandle handle) {
 
 std::string AbsoluteName(const char* name) {
     std::string folder;
-    if (*name == '/' || *name == '\0' || System::Current().ResolveName(".", folder) != 0)
+    if (IsAbsolutePath(name) || *name == '\0' || System::Current().ResolveName(".", folder) != 0)
         return name;
-    if (folder.back() != '/')
-        folder += '/';
-    return folder + name;
-}
-
-std::string FolderOf(const std::string& name) {
-    const std::size_t slash = name.rfind('/');
-    if (slash == std::string::npos)
-        return ".";
-    return slash == 0 ? "/" : name.substr(0, slash);
+    return AsFolderPrefix(folder) + name;
 }
 
 } // namespace vnbytstr

@@ -19,7 +19,4 @@ VNBYTSTR_API FileIdentity IdentityOf(FileHandle handle);
 /// same file when the program changes its folder. Links stay; the file need not exist.
 VNBYTSTR_API std::string AbsoluteName(const char* name);
 
-/// The folder part of a file name, "." when it has none.
-VNBYTSTR_API std::string FolderOf(const std::string& name);
-
 } // namespace vnbytstr

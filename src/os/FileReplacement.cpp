@@ -7,6 +7,7 @@
 
 #include "src/os/InPlaceWrite.h"
 #include "src/os/LeftoverSweep.h"
+#include "src/os/Paths.h"
 #include "src/os/ScratchFile.h"
 
 #include <cerrno>
@@ -21,7 +22,7 @@ bool TakesNoNames(int error) {
     return error == EACCES || error == EPERM || error == EROFS || error == ENAMETOOLONG;
 }
 
-/// Some file systems have no permissions of their own; the file is as good without.
+/// Some file systems have no permissions; the file needs none there.
 bool IsModeRefusal(int error) {
     return error == EPERM || error == ENOTSUP || error == ENOSYS || error == EINVAL;
 }
@@ -31,14 +32,13 @@ int ResolveTarget(const char* name, bool exists, std::string& target) {
     System& system = System::Current();
     if (exists)
         return system.ResolveName(name, target);
-    const std::string text = name;
-    const std::size_t slash = text.rfind('/');
-    const std::string base = text.substr(slash == std::string::npos ? 0 : slash + 1);
+    const std::string_view base = FileNameOf(name);
     if (base.empty() || base == "." || base == "..")
         return base.empty() ? EISDIR : ENOENT;
-    if (const int error = system.ResolveName(FolderOf(text).c_str(), target))
+    if (const int error = system.ResolveName(FolderOf(name).c_str(), target))
         return error;
-    target += (target.ends_with('/') ? "" : "/") + base;
+    target = AsFolderPrefix(target);
+    target += base;
     return 0;
 }
 
@@ -71,7 +71,7 @@ int FileReplacement::Open(const char* name, bool plainOnly) {
         return EISDIR;
     if (absent == 0 && (m_old.isLink || !m_old.isRegular))
         return plainOnly ? EINVAL : OpenDirectly(name);
-    // A file that may not be written is refused as it would be without the detour.
+    // A file that may not be written is refused, although replacing it would not need that.
     if (absent == 0 && m_old.isReadOnly)
         return EACCES;
     return OpenGathering();
@@ -92,7 +92,7 @@ int FileReplacement::OpenGathering() {
         SweepLeftoversOnce(folder);
         m_way = Way::InPlace;
         if (MakeScratch(ScratchUse::New, folder, m_scratch, m_handle) == 0)
-            error = 0; // else it is the target's folder that is in the way
+            error = 0; // otherwise the target's folder is the obstacle
     }
     if (error != 0)
         Reset();
@@ -154,11 +154,11 @@ int FileReplacement::GiveAttributes() {
             system.SetFileOwner(m_handle, m_old.owner, m_old.group) != 0)
             return EXDEV;
         const int error = system.CopyFileAttributes(m_target.c_str(), m_handle);
-        if (error != 0 && error != ENOENT) // it may have gone since
+        if (error != 0 && error != ENOENT) // it may have been removed since
             return EXDEV;
     }
     const DWORD newMode = m_isPrivate ? 0600 : system.GetNewFileMode();
-    // As any write does, this takes the marks off that give a program its owner's or group's
+    // As any write does, this clears the bits that give a program its owner's or group's
     // rights.
     const int error = system.SetFileMode(m_handle, isNew ? newMode : m_old.mode & 01777);
     return IsModeRefusal(error) ? 0 : error;
@@ -177,7 +177,7 @@ int FileReplacement::CommitBeside(FileHandle* kept) {
     if (kept)
         *kept = m_handle;
     else if (m_adopted.empty())
-        system.CloseFile(m_handle); // all is on the disk, so an error has nothing to say
+        system.CloseFile(m_handle); // all is on the disk, so an error does not matter
     Reset();
     system.SyncFolder(m_folder.c_str()); // the file is there; nothing to undo
     return 0;
@@ -211,7 +211,7 @@ void FileReplacement::Abandon() noexcept {
         system.SetFileMode(m_handle, m_before.mode & 0700); // nobody else's before it is ours again
         system.SetFileOwner(m_handle, m_before.owner, m_before.group);
         system.SetFileMode(m_handle, m_before.mode);
-        // What cannot have its name back lives on in the caller's open handle alone.
+        // A file that cannot get its name back exists only in the caller's open handle.
         if (system.RenameFile(m_scratch.c_str(), m_adopted.c_str(), false) != 0)
             system.RemoveFile(m_scratch.c_str());
     } else if (isOurs)

@@ -2,15 +2,16 @@
 //  1. The scratch file has the old content, then the checksums of the new content's blocks, the
 //     beginning of the new content, the target's name, and a trailer that says how long they are.
 //     Until the trailer is there the target is untouched.
-//  2. The target grows by what the new content has more. Only that needs room on the disk.
-//  3. The rest is written over, and what is too long is cut.
-//  4. The scratch file goes.
-// After a failure in 2 or 3 the old content is put back and the scratch file goes; after a kill
+//  2. The target grows to the length of the new content. Only that needs room on the disk.
+//  3. The rest is overwritten, and what is too long is cut.
+//  4. The scratch file is removed.
+// After a failure in 2 or 3 the old content is put back and the scratch file removed; after a kill
 // RecoverInPlace does both.
 #include "src/os/InPlaceWrite.h"
 
 #include "src/os/Crc32c.h"
 #include "src/os/FileIdentity.h"
+#include "src/os/Paths.h"
 #include "src/os/ScratchFile.h"
 
 #include <algorithm>
@@ -26,7 +27,7 @@ namespace vnbytstr {
 
 namespace {
 
-// On the stack: nothing may run out while a file is being written over.
+// On the stack: memory must not run out while a file is being overwritten.
 constexpr std::size_t kChunk = 1 << 16;
 constexpr std::size_t kBlock = 4096;
 constexpr std::uint64_t kMagic = 0x31646C6F74737662; // the trailer's last 8 bytes
@@ -47,7 +48,7 @@ struct Trailer {
     std::uint64_t magic = kMagic;
 };
 
-/// Closes a handle unless it is let go.
+/// Closes a handle unless it is released.
 class OpenHandle {
 public:
     OpenHandle() = default;
@@ -67,7 +68,7 @@ int Seek(FileHandle file, std::uint64_t position) {
     return error != 0 || landed == position ? error : EIO;
 }
 
-/// Reads all of `bytes`, or gives EIO.
+/// Reads all of `bytes`; EIO when the file is too short.
 int ReadAt(FileHandle file, std::uint64_t position, std::span<BYTE> bytes) {
     if (const int error = Seek(file, position))
         return error;
@@ -209,7 +210,7 @@ int ReadUndo(FileHandle undo, Trailer& trailer, Record& record) {
     return trailer.checksum == record.Checksum() ? 0 : EINVAL;
 }
 
-/// Puts the old content back where it differs: a place that could not be written has it still.
+/// Puts the old content back where it differs: places that could not be written still have it.
 int Restore(FileHandle target, FileHandle undo, std::uint64_t oldLength) {
     System& system = System::Current();
     std::uint64_t length = 0;

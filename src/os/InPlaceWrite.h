@@ -1,5 +1,5 @@
-// Writes a file over without giving it another identity, for files that cannot be replaced by a
-// rename: ones with several names, or whose owner a new file could not be given.
+// Overwrites a file in place, so that it keeps its identity, for files that cannot be replaced by a
+// rename: those with several names, or with an owner that a new file could not be given.
 #pragma once
 
 #include "src/os/System.h"
@@ -11,8 +11,9 @@ namespace vnbytstr {
 /// Makes the first `length` bytes of the open file `source` the content of the file `target`: the
 /// one of that identity (ESTALE when another one is there now), or, when `expected` is unknown, a
 /// new one (EEXIST). The target is locked meanwhile, so that two processes that write it over come
-/// one after the other; EWOULDBLOCK when somebody holds its lock for 2 seconds. 0 or an error number; after an error the target has its old content
-/// (on a disk that does not take even that, from the next RecoverInPlace on).
+/// one after the other; EWOULDBLOCK when somebody holds its lock for 2 seconds. 0 or an error
+/// number; after an error the target has its old content (on a disk that does not take even that,
+/// from the next RecoverInPlace on).
 ///
 /// What needs room on the disk comes first. The old content is kept in a scratch file until all is
 /// on the disk, so that a process that is killed meanwhile, or a disk that fails, does not leave a
@@ -21,7 +22,7 @@ namespace vnbytstr {
 int WriteInPlace(FileHandle source, std::uint64_t length, const std::string& target,
                  const FileIdentity& expected);
 
-/// Takes an old-content file that a killed process left behind (open for reading, its lock held),
+/// Takes an old-content file of a killed process (open for reading, its lock held),
 /// and puts that content back into the file it came from, if that file is the same still and holds
 /// parts of the old and the new content and nothing else. True when the scratch file is not needed
 /// any more.

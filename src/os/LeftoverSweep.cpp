@@ -1,6 +1,7 @@
 #include "src/os/LeftoverSweep.h"
 
 #include "src/os/InPlaceWrite.h"
+#include "src/os/Paths.h"
 #include "src/os/ScratchFile.h"
 
 #include <mutex>
@@ -68,7 +69,7 @@ void SweepLeftovers(const std::string& folder) try {
     std::vector<std::string> names;
     if (System::Current().ListFolder(folder.c_str(), names) != 0)
         return;
-    const std::string before = folder.ends_with('/') ? folder : folder + '/';
+    const std::string before = AsFolderPrefix(folder);
     for (const std::string& name : names)
         if (const std::optional<ScratchUse> use = UseOfScratchName(name))
             SweepFile(*use, before + name);

@@ -1,4 +1,4 @@
-// Clears away the scratch files that killed processes left behind.
+// Removes the scratch files of killed processes.
 #pragma once
 
 #include "src/os/System.h"
@@ -7,11 +7,11 @@
 
 namespace vnbytstr {
 
-/// Removes the scratch files in `folder` whose owner is gone: plain files of this user (root: for
-/// new content of any user, which root may have given away) whose lock nobody holds, swap files
-/// only while they carry the scratch mark. What a killed process was writing over in place gets its
-/// old content back first. Never removes a file that is in use, here or in another process. Reports
-/// nothing.
+/// Removes the scratch files in `folder` whose process has ended: plain files of this user (for
+/// root also new content of other users, since root may have changed the owner) whose lock nobody
+/// holds, swap files only while they have the scratch mark. A file that a killed process was
+/// overwriting in place first gets its old content back. Never removes a file that is in use, here
+/// or in another process. Reports nothing.
 VNBYTSTR_API void SweepLeftovers(const std::string& folder);
 
 /// SweepLeftovers, on the process's first call for that folder only.

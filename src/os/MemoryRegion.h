@@ -1,4 +1,4 @@
-// Memory straight from the system, for those who cut it up themselves.
+// Memory straight from the system, for memory managers.
 #pragma once
 
 #include "vnbytstr/framework/Export.h"
@@ -7,9 +7,9 @@
 
 namespace vnbytstr {
 
-/// Zeroed pages; `size` is a multiple of 4096. Null when there is no more.
+/// Zeroed pages; `size` is a multiple of 4096. Null when memory runs out.
 VNBYTSTR_API void* AllocateRegion(std::size_t size) noexcept;
-/// Gives back what AllocateRegion gave, with the same size.
+/// Frees what AllocateRegion returned, with the same size.
 VNBYTSTR_API void FreeRegion(void* region, std::size_t size) noexcept;
 
 } // namespace vnbytstr

@@ -1,6 +1,7 @@
 #include "src/os/ScratchFile.h"
 
 #include "src/os/FileIdentity.h"
+#include "src/os/Paths.h"
 
 #include <array>
 #include <atomic>
@@ -87,7 +88,7 @@ std::optional<ScratchUse> UseOfScratchName(std::string_view name) noexcept {
 
 int MakeScratch(ScratchUse use, const std::string& folder, std::string& name, FileHandle& handle) {
     const DWORD process = System::Current().GetProcessId();
-    const std::string before = folder.ends_with('/') ? folder : folder + '/';
+    const std::string before = AsFolderPrefix(folder);
     for (;;) {
         name = before + ScratchName(use, process, g_counter.fetch_add(1));
         if (const int error = OpenScratch(name.c_str(), handle); error != EEXIST)

@@ -1,5 +1,5 @@
-// Files that a process makes for itself for a while: private, marked, and locked for as long as it
-// lives, so that another process can tell the ones that were left behind.
+// Temporary files of one process: private, marked, and locked for as long as the process
+// lives, so that another process can recognise those of a dead one.
 #pragma once
 
 #include "src/os/System.h"
@@ -11,7 +11,7 @@
 namespace vnbytstr {
 
 /// Makes the scratch file `name`, open for reading and writing, and takes its lock. EEXIST when the
-/// name is taken, or when the sweep was faster: try another name. Nothing stays behind on failure.
+/// name is taken, or when the sweep was faster: try another name. On failure no file is left.
 int OpenScratch(const char* name, FileHandle& handle);
 
 /// Takes the lock of a scratch file just opened. EEXIST when the sweep was faster.
@@ -24,7 +24,7 @@ bool LocksAreMissing(int error) noexcept;
 enum class ScratchUse {
     Swap, ///< pages of a store ("~dat-1234-0.tmp", in the temporary folder)
     New,  ///< content that is to take another file's name (".~new-1234-0.tmp")
-    Old,  ///< a file's old content while the new one is written over it (".~old-1234-0.tmp")
+    Old,  ///< a file's old content while it is overwritten (".~old-1234-0.tmp")
 };
 
 /// The name for scratch file `counter` of the process.

@@ -1,9 +1,8 @@
 #include "src/os/System.h"
 
-#include "src/os/PosixSystem.h"
+#include "src/os/PlatformSystem.h"
 
 #include <atomic>
-#include <new>
 
 namespace vnbytstr {
 
@@ -15,11 +14,7 @@ std::atomic<unsigned> g_installCount{0};
 System& System::Current() noexcept {
     if (System* installed = g_installed.load(std::memory_order_acquire))
         return *installed;
-    // Never destroyed: objects with static lifetime may still delete their files at exit. It takes
-    // no memory that there might be none of.
-    alignas(PosixSystem) static std::byte place[sizeof(PosixSystem)];
-    static System* const posix = new (place) PosixSystem;
-    return *posix;
+    return PlatformSystem();
 }
 
 System* System::Install(System* system) noexcept {

@@ -1,5 +1,6 @@
 #include "src/resources/ResourceFiles.h"
 
+#include "src/os/Paths.h"
 #include "src/os/System.h"
 #include "src/resources/Trace.h"
 #include "vnbytstr/ResourceLibrary.h"
@@ -20,22 +21,20 @@ CString ToCString(std::string_view text) {
 }
 
 std::string ErrorText(int error) {
-    return error == ENOEXEC ? "It is no resource library, or a damaged one" : std::strerror(error);
-}
-
-std::string FolderOf(std::string file) {
-    file.resize(file.rfind('/') + 1); // none: npos + 1 is 0
-    return file;
+    return error == ENOEXEC ? "It is no resource library, or a damaged one"
+                            : System::Current().GetErrorText(error);
 }
 
 /// Where resource libraries are looked for, in this order, each folder with its slash: beside the
 /// program, beside this library, and in the data folder of its installation.
 std::vector<std::string> ResourceFolders() {
-    std::vector<std::string> folders = {FolderOf(GetModuleFileName(AfxGetInstanceHandle()))};
-    const std::string beside = FolderOf(System::Current().GetLibraryFileName());
+    const std::string program = GetModuleFileName(AfxGetInstanceHandle());
+    const std::string library = System::Current().GetLibraryFileName();
+    std::vector<std::string> folders = {std::string(FolderPrefixOf(program))};
+    const std::string beside(FolderPrefixOf(library));
     if (!beside.empty() && beside != folders.front()) {
         folders.push_back(beside);
-        folders.push_back(beside + VNBYTSTR_DATA_FROM_LIBRARY + "/");
+        folders.push_back(AsFolderPrefix(beside + VNBYTSTR_DATA_FROM_LIBRARY));
     }
     return folders;
 }

@@ -3,7 +3,6 @@
 #include "src/os/ScratchFile.h"
 
 #include <cerrno>
-#include <sstream>
 #include <thread>
 
 namespace vnbytstr::detail {
@@ -12,36 +11,6 @@ namespace {
 
 /// Short, so that one process that saves again and again does not keep the others out.
 constexpr std::chrono::milliseconds kPause{1};
-
-/// All of a small file that says something about the system.
-std::string ReadWhole(const std::string& name) {
-    System& system = System::Current();
-    std::string text;
-    FileHandle handle = kNoFile;
-    if (system.OpenFile(name.c_str(), kOpenRead, handle) != 0)
-        return text;
-    char piece[4096];
-    std::size_t done = 0;
-    while (system.ReadFile(handle, piece, sizeof piece, done) == 0 && done > 0)
-        text.append(piece, done);
-    system.CloseFile(handle);
-    return text;
-}
-
-/// The number of the process that has the file locked, as the kernel's list of locks tells; empty
-/// when it does not. Lines such as "3: FLOCK  ADVISORY  WRITE 1234 08:01:5678 0 EOF".
-std::string FindHolder(const FileIdentity& identity) {
-    std::istringstream lines(ReadWhole("/proc/locks"));
-    const std::string file = ":" + std::to_string(identity.file);
-    for (std::string line; std::getline(lines, line);) {
-        std::istringstream words(line);
-        std::string number, kind, mode, access, process, place;
-        if (words >> number >> kind >> mode >> access >> process >> place && kind == "FLOCK" &&
-            place.ends_with(file))
-            return process;
-    }
-    return {};
-}
 
 } // namespace
 
@@ -101,16 +70,8 @@ int ProfileLock::Take(const std::string& path, const FileStatus& profile, Deadli
 }
 
 std::string ProfileLock::Holder() const {
-    FileStatus status;
-    std::string process;
-    if (System::Current().GetFileStatus(m_handle, status) == 0)
-        process = FindHolder(status.identity);
-    if (process.empty() || process == "0" || process == "-1")
-        return "a process that cannot be seen from here";
-    std::string name = ReadWhole("/proc/" + process + "/comm");
-    if (name.ends_with('\n'))
-        name.pop_back();
-    return "process " + process + (name.empty() ? "" : " (" + name + ")");
+    const std::string holder = System::Current().GetLockHolder(m_handle);
+    return holder.empty() ? "a process that cannot be seen from here" : holder;
 }
 
 } // namespace vnbytstr::detail

@@ -9,6 +9,7 @@
 #include "src/settings/ProfileStore.h"
 
 #include "src/os/FileReplacement.h"
+#include "src/os/Paths.h"
 
 #include <cerrno>
 #include <chrono>
@@ -49,7 +50,7 @@ private:
 constexpr int kNotPlain = -1;
 
 std::string ReasonOf(int error) {
-    return error == kNotPlain ? "it is not a plain file" : std::strerror(error);
+    return error == kNotPlain ? "it is not a plain file" : System::Current().GetErrorText(error);
 }
 
 /// What kind of file the profile is: 0 for a plain one, ENOENT for none, kNotPlain. `isNothing`
@@ -106,7 +107,7 @@ std::string ProfileStore::Path() {
         return path;
     // The XDG base directory rules: a name that is not absolute does not count.
     path = system.GetEnvironment("XDG_CONFIG_HOME");
-    if (!path.starts_with('/')) {
+    if (!IsAbsolutePath(path)) {
         path = system.GetEnvironment("HOME");
         if (path.empty())
             return {};
@@ -317,7 +318,7 @@ int ProfileStore::Save(std::string& path, ProfileLock::Deadline deadline,
     if (error == EWOULDBLOCK)
         reason = "they are locked by " + lock.Holder();
     else if (error == EACCES)
-        reason = path + ".lock: " + std::strerror(error);
+        reason = path + ".lock: " + system.GetErrorText(error);
     return error != 0 ? error : Rewrite(path, profile, change, notices);
 }
 

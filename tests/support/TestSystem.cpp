@@ -51,9 +51,10 @@ int TestSystem::OpenFile(const char* name, unsigned flags, FileHandle& handle) {
     if (const int error = Failure(Call::Open))
         return error;
     FileStatus status;
-    if ((flags & kOpenCreate) && IsClosed(name) && m_real.GetFileStatus(name, status) == ENOENT)
+    if ((flags & kOpenCreate) && IsClosed(name) &&
+        SystemWrapper::GetFileStatus(name, status) == ENOENT)
         return EACCES;
-    const int error = m_real.OpenFile(name, flags, handle);
+    const int error = SystemWrapper::OpenFile(name, flags, handle);
     if (error == 0)
         m_open.insert(handle);
     return error;
@@ -62,7 +63,7 @@ int TestSystem::OpenFile(const char* name, unsigned flags, FileHandle& handle) {
 int TestSystem::CloseFile(FileHandle handle) {
     const int failure = Failure(Call::Close);
     m_open.erase(handle);
-    const int error = m_real.CloseFile(handle); // a close that fails closes all the same
+    const int error = SystemWrapper::CloseFile(handle); // a close that fails closes all the same
     return failure ? failure : error;
 }
 
@@ -73,7 +74,7 @@ int TestSystem::ReadFile(FileHandle handle, void* buffer, std::size_t size, std:
             return fault->error;
         size = fault->kind == Fault::Kind::Nothing ? 0 : size / 2;
     }
-    return m_real.ReadFile(handle, buffer, size, done);
+    return SystemWrapper::ReadFile(handle, buffer, size, done);
 }
 
 int TestSystem::WriteFile(FileHandle handle, const void* buffer, std::size_t size,
@@ -86,7 +87,7 @@ int TestSystem::WriteFile(FileHandle handle, const void* buffer, std::size_t siz
             return 0;
         size = (size + 1) / 2;
     }
-    return m_real.WriteFile(handle, buffer, size, done);
+    return SystemWrapper::WriteFile(handle, buffer, size, done);
 }
 
 int TestSystem::WriteFileGather(FileHandle handle, std::span<const std::span<const BYTE>> buffers,
@@ -98,9 +99,9 @@ int TestSystem::WriteFileGather(FileHandle handle, std::span<const std::span<con
         if (fault->kind == Fault::Kind::Nothing)
             return 0;
         const std::span<const BYTE> half = buffers[0].first((buffers[0].size() + 1) / 2);
-        return m_real.WriteFile(handle, half.data(), half.size(), done);
+        return SystemWrapper::WriteFile(handle, half.data(), half.size(), done);
     }
-    return m_real.WriteFileGather(handle, buffers, done);
+    return SystemWrapper::WriteFileGather(handle, buffers, done);
 }
 
 int TestSystem::SeekFile(FileHandle handle, std::int64_t offset, SeekOrigin origin,
@@ -110,45 +111,43 @@ int TestSystem::SeekFile(FileHandle handle, std::int64_t offset, SeekOrigin orig
             return fault->error;
         ++offset;
     }
-    return m_real.SeekFile(handle, offset, origin, position);
+    return SystemWrapper::SeekFile(handle, offset, origin, position);
 }
 
 int TestSystem::GetFileLength(FileHandle handle, std::uint64_t& length) {
     const int error = Failure(Call::Length);
-    return error ? error : m_real.GetFileLength(handle, length);
+    return error ? error : SystemWrapper::GetFileLength(handle, length);
 }
 
 int TestSystem::SetFileLength(FileHandle handle, std::uint64_t length) {
     const int error = Failure(Call::SetLength);
-    return error ? error : m_real.SetFileLength(handle, length);
+    return error ? error : SystemWrapper::SetFileLength(handle, length);
 }
 
 int TestSystem::SyncFile(FileHandle handle) {
     const int error = Failure(Call::Sync);
-    return error || m_syncsNothing ? error : m_real.SyncFile(handle);
+    return error || m_syncsNothing ? error : SystemWrapper::SyncFile(handle);
 }
 
 int TestSystem::LockFile(FileHandle handle, bool exclusive, bool wait) {
     const int error = Failure(Call::Lock);
-    return error ? error : m_real.LockFile(handle, exclusive, wait);
+    return error ? error : SystemWrapper::LockFile(handle, exclusive, wait);
 }
-
-int TestSystem::UnlockFile(FileHandle handle) { return m_real.UnlockFile(handle); }
 
 int TestSystem::GetFileStatus(FileHandle handle, FileStatus& status) {
     const int error = Failure(Call::Status);
-    return error ? error : m_real.GetFileStatus(handle, status);
+    return error ? error : SystemWrapper::GetFileStatus(handle, status);
 }
 
 int TestSystem::GetFileStatus(const char* name, FileStatus& status) {
     const int error = Failure(Call::Status);
-    return error ? error : m_real.GetFileStatus(name, status);
+    return error ? error : SystemWrapper::GetFileStatus(name, status);
 }
 
 int TestSystem::RemoveFile(const char* name) {
     if (const int error = Failure(Call::Remove))
         return error;
-    return IsClosed(name) ? EACCES : m_real.RemoveFile(name);
+    return IsClosed(name) ? EACCES : SystemWrapper::RemoveFile(name);
 }
 
 int TestSystem::RenameFile(const char* from, const char* to, bool replace) {
@@ -157,36 +156,36 @@ int TestSystem::RenameFile(const char* from, const char* to, bool replace) {
     if (IsClosed(from) || IsClosed(to))
         return EACCES;
     const auto isThere = [&](std::string_view name) { return name.starts_with(m_otherDevice); };
-    return isThere(from) != isThere(to) ? EXDEV : m_real.RenameFile(from, to, replace);
+    return isThere(from) != isThere(to) ? EXDEV : SystemWrapper::RenameFile(from, to, replace);
 }
 
 int TestSystem::ReleaseScratch(FileHandle handle) {
     const int error = Failure(Call::Release);
-    return error ? error : m_real.ReleaseScratch(handle);
+    return error ? error : SystemWrapper::ReleaseScratch(handle);
 }
 
 int TestSystem::SetFileMode(FileHandle handle, DWORD mode) {
     const int error = Failure(Call::Release);
-    return error ? error : m_real.SetFileMode(handle, mode);
+    return error ? error : SystemWrapper::SetFileMode(handle, mode);
 }
 
 int TestSystem::SetFileOwner(FileHandle handle, DWORD owner, DWORD group) {
     const int error = Failure(Call::Release);
-    return error ? error : m_real.SetFileOwner(handle, owner, group);
+    return error ? error : SystemWrapper::SetFileOwner(handle, owner, group);
 }
 
 int TestSystem::CopyFileAttributes(const char* from, FileHandle handle) {
     const int error = Failure(Call::Release);
-    return error ? error : m_real.CopyFileAttributes(from, handle);
+    return error ? error : SystemWrapper::CopyFileAttributes(from, handle);
 }
 
 int TestSystem::ResolveName(const char* name, std::string& resolved) {
     const int error = Failure(Call::Resolve);
-    return error ? error : m_real.ResolveName(name, resolved);
+    return error ? error : SystemWrapper::ResolveName(name, resolved);
 }
 
 int TestSystem::OpenOwnStream(const char* name, FileHandle& handle) {
-    const int error = m_real.OpenOwnStream(name, handle);
+    const int error = SystemWrapper::OpenOwnStream(name, handle);
     if (error == 0)
         m_open.insert(handle);
     return error;
@@ -195,7 +194,7 @@ int TestSystem::OpenOwnStream(const char* name, FileHandle& handle) {
 int TestSystem::ReopenFile(FileHandle handle, unsigned flags, FileHandle& reopened) {
     if (const int error = Failure(Call::Open))
         return error;
-    const int error = m_real.ReopenFile(handle, flags, reopened);
+    const int error = SystemWrapper::ReopenFile(handle, flags, reopened);
     if (error == 0)
         m_open.insert(reopened);
     return error;
@@ -203,32 +202,36 @@ int TestSystem::ReopenFile(FileHandle handle, unsigned flags, FileHandle& reopen
 
 int TestSystem::SyncFolder(const char* folder) {
     const int error = Failure(Call::SyncFolder);
-    return error || m_syncsNothing ? error : m_real.SyncFolder(folder);
+    return error || m_syncsNothing ? error : SystemWrapper::SyncFolder(folder);
 }
 
 int TestSystem::MakeFolder(const char* folder) {
     const int error = Failure(Call::MakeFolder);
-    return error ? error : m_real.MakeFolder(folder);
+    return error ? error : SystemWrapper::MakeFolder(folder);
 }
 
 int TestSystem::ListFolder(const char* folder, std::vector<std::string>& names) {
     const int error = Failure(Call::ListFolder);
-    return error ? error : m_real.ListFolder(folder, names);
+    return error ? error : SystemWrapper::ListFolder(folder, names);
 }
 
 std::string TestSystem::GetTemporaryFolder() {
-    return m_temporaryFolder ? *m_temporaryFolder : m_real.GetTemporaryFolder();
+    return m_temporaryFolder ? *m_temporaryFolder : SystemWrapper::GetTemporaryFolder();
 }
 
-DWORD TestSystem::GetProcessId() { return m_processId ? *m_processId : m_real.GetProcessId(); }
+DWORD TestSystem::GetProcessId() {
+    return m_processId ? *m_processId : SystemWrapper::GetProcessId();
+}
 
-DWORD TestSystem::GetTickCount() { return m_tick ? *m_tick : m_real.GetTickCount(); }
+DWORD TestSystem::GetTickCount() { return m_tick ? *m_tick : SystemWrapper::GetTickCount(); }
 
-DWORD TestSystem::GetMemoryLoad() { return m_memoryLoad ? *m_memoryLoad : m_real.GetMemoryLoad(); }
+DWORD TestSystem::GetMemoryLoad() {
+    return m_memoryLoad ? *m_memoryLoad : SystemWrapper::GetMemoryLoad();
+}
 
 std::string TestSystem::GetEnvironment(const char* name) {
     const auto found = m_environment.find(name);
-    return found != m_environment.end() ? found->second : m_real.GetEnvironment(name);
+    return found != m_environment.end() ? found->second : SystemWrapper::GetEnvironment(name);
 }
 
 std::string TestSystem::FindLocale(const char* category) const {
@@ -242,12 +245,12 @@ std::string TestSystem::FindLocale(const char* category) const {
 
 std::string TestSystem::GetTextLocale() {
     const std::string locale = FindLocale("LC_CTYPE");
-    return locale.empty() ? m_real.GetTextLocale() : locale;
+    return locale.empty() ? SystemWrapper::GetTextLocale() : locale;
 }
 
 std::string TestSystem::GetMessagesLocale() {
     const std::string locale = FindLocale("LC_MESSAGES");
-    return locale.empty() ? m_real.GetMessagesLocale() : locale;
+    return locale.empty() ? SystemWrapper::GetMessagesLocale() : locale;
 }
 
 } // namespace vnbytstr::test

@@ -2,7 +2,7 @@
 // makes chosen calls fail, fall short or land elsewhere.
 #pragma once
 
-#include "src/os/System.h"
+#include "src/os/SystemWrapper.h"
 
 #include <array>
 #include <cerrno>
@@ -47,9 +47,9 @@ struct Fault {
                             ///< (CMemoryException); Kill: the process ends at once
 };
 
-class TestSystem : public System {
+class TestSystem : public SystemWrapper {
 public:
-    TestSystem() : m_real(System::Current()) {}
+    TestSystem() : SystemWrapper(System::Current()) {}
 
     void SetTick(DWORD tick) { m_tick = tick; }
     void SetTime(DWORD seconds) { m_time = seconds; }
@@ -95,14 +95,12 @@ public:
     int SetFileLength(FileHandle handle, std::uint64_t length) override;
     int SyncFile(FileHandle handle) override;
     int LockFile(FileHandle handle, bool exclusive, bool wait) override;
-    int UnlockFile(FileHandle handle) override;
     int GetFileStatus(FileHandle handle, FileStatus& status) override;
     int ReopenFile(FileHandle handle, unsigned flags, FileHandle& reopened) override;
     int GetFileStatus(const char* name, FileStatus& status) override;
     int RemoveFile(const char* name) override;
     int RenameFile(const char* from, const char* to, bool replace) override;
     int ReleaseScratch(FileHandle handle) override;
-    DWORD GetNewFileMode() override { return m_real.GetNewFileMode(); }
     int SetFileMode(FileHandle handle, DWORD mode) override;
     int SetFileOwner(FileHandle handle, DWORD owner, DWORD group) override;
     int CopyFileAttributes(const char* from, FileHandle handle) override;
@@ -114,27 +112,24 @@ public:
 
     std::string GetTemporaryFolder() override;
     DWORD GetProcessId() override;
-    bool IsPrivileged() override { return m_real.IsPrivileged(); }
-    bool IsProcessAlive(DWORD processId) override { return m_real.IsProcessAlive(processId); }
     DWORD GetTickCount() override;
-    DWORD GetTime() override { return m_time ? *m_time : m_real.GetTime(); }
+    DWORD GetTime() override { return m_time ? *m_time : SystemWrapper::GetTime(); }
     DWORD GetMemoryLoad() override;
     std::string GetEnvironment(const char* name) override;
     /// None, so that what stands beside the test program is not found by chance.
     std::string GetLibraryFileName() override { return m_libraryFileName; }
     std::string GetModuleFileName() override {
-        return m_moduleFileName ? *m_moduleFileName : m_real.GetModuleFileName();
+        return m_moduleFileName ? *m_moduleFileName : SystemWrapper::GetModuleFileName();
     }
     std::string GetTextLocale() override;
     std::string GetMessagesLocale() override;
-    SystemVersion GetVersion() override { return m_version ? *m_version : m_real.GetVersion(); }
+    SystemVersion GetVersion() override {
+        return m_version ? *m_version : SystemWrapper::GetVersion();
+    }
     std::string MatchFontFamily(const std::string& family) override {
-        return m_fontFamily ? *m_fontFamily : m_real.MatchFontFamily(family);
+        return m_fontFamily ? *m_fontFamily : SystemWrapper::MatchFontFamily(family);
     }
     void WriteDiagnostic(const char* text) override { m_diagnostics += std::string(text) + "\n"; }
-    bool AskAtTerminal(const char* question, std::string& answer) override {
-        return m_real.AskAtTerminal(question, answer);
-    }
 
 private:
     /// The locale that the test's environment sets for a category, else empty.
@@ -144,7 +139,6 @@ private:
     /// Counts the call; the error to fail with, or 0.
     int Failure(Call call);
 
-    System& m_real;
     std::optional<DWORD> m_tick, m_time, m_memoryLoad, m_processId;
     std::optional<std::string> m_temporaryFolder, m_moduleFileName, m_fontFamily;
     std::string m_libraryFileName;

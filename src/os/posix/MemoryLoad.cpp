@@ -1,4 +1,4 @@
-#include "src/os/MemoryLoad.h"
+#include "src/os/posix/MemoryLoad.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -19,7 +19,7 @@ std::uint64_t ParseNumber(std::string_view text) noexcept {
     return value;
 }
 
-/// The number behind `key` where it begins a line of `text`; 0 when there is none.
+/// The number after `key` where that begins a line of `text`; 0 when there is none.
 std::uint64_t NumberAfter(std::string_view text, std::string_view key) noexcept {
     for (std::size_t at = text.find(key); at != std::string_view::npos;
          at = text.find(key, at + 1)) {

@@ -1,5 +1,5 @@
 // The arithmetic of the memory load, on texts as kernels write them.
-#include "src/os/MemoryLoad.h"
+#include "src/os/posix/MemoryLoad.h"
 
 #include <gtest/gtest.h>
 

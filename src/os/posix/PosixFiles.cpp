@@ -1,6 +1,6 @@
 // PosixSystem: open files.
-#include "src/os/Posix.h"
-#include "src/os/PosixSystem.h"
+#include "src/os/posix/Posix.h"
+#include "src/os/posix/PosixSystem.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -100,7 +100,7 @@ int PosixSystem::ReopenFile(FileHandle handle, unsigned flags, FileHandle& reope
 }
 
 int PosixSystem::CloseFile(FileHandle handle) {
-    // The descriptor is gone even when close is interrupted, so it must not be tried again.
+    // The descriptor is closed even when close is interrupted, so it must not be tried again.
     return ::close(Descriptor(handle)) < 0 && errno != EINTR ? errno : 0;
 }
 
@@ -225,7 +225,7 @@ int PosixSystem::CopyFileAttributes(const char* from, FileHandle handle) {
         const ssize_t got = ::getxattr(from, name, value.data(), value.size());
         if (got < 0)
             return errno;
-        // Labels and capabilities are the system's: it gives the new file its own.
+        // Labels and capabilities belong to the system, which gives the new file its own.
         if (::fsetxattr(Descriptor(handle), name, value.data(), static_cast<std::size_t>(got), 0) !=
                 0 &&
             !std::string_view(name).starts_with("security."))

@@ -1,6 +1,7 @@
 // PosixSystem: names and folders.
-#include "src/os/Posix.h"
-#include "src/os/PosixSystem.h"
+#include "src/os/Paths.h"
+#include "src/os/posix/Posix.h"
+#include "src/os/posix/PosixSystem.h"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -32,7 +33,7 @@ int PosixSystem::GetFileStatus(const char* name, FileStatus& status) {
     if (status.isLink && ::stat(name, &info) != 0)
         return 0;
     posix::FillStatus(info, status);
-    // What nobody is to write is read-only for a privileged user, too, who could.
+    // A file without any write permission is read-only even for a privileged user.
     constexpr mode_t kAnyWrite = S_IWUSR | S_IWGRP | S_IWOTH;
     status.isReadOnly =
         (info.st_mode & kAnyWrite) == 0 || ::faccessat(AT_FDCWD, name, W_OK, AT_EACCESS) != 0;
@@ -255,9 +256,7 @@ std::string PosixSystem::GetTemporaryFolder() {
     struct stat info;
     if (folder.empty())
         folder = ::stat("/var/tmp", &info) == 0 ? "/var/tmp" : "/tmp";
-    if (folder.back() != '/')
-        folder += '/';
-    return folder;
+    return AsFolderPrefix(folder);
 }
 
 } // namespace vnbytstr

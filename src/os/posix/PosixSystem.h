@@ -1,8 +1,8 @@
 // The System of POSIX machines (64-bit Linux).
 #pragma once
 
-#include "src/os/MemoryLoad.h"
 #include "src/os/System.h"
+#include "src/os/posix/MemoryLoad.h"
 
 namespace vnbytstr {
 
@@ -22,6 +22,7 @@ public:
     int SyncFile(FileHandle handle) override;
     int LockFile(FileHandle handle, bool exclusive, bool wait) override;
     int UnlockFile(FileHandle handle) override;
+    std::string GetLockHolder(FileHandle handle) override;
     int GetFileStatus(FileHandle handle, FileStatus& status) override;
     int ReopenFile(FileHandle handle, unsigned flags, FileHandle& reopened) override;
     int GetFileStatus(const char* name, FileStatus& status) override;
@@ -39,9 +40,9 @@ public:
     int ListFolder(const char* folder, std::vector<std::string>& names) override;
 
     std::string GetTemporaryFolder() override;
+    std::string GetErrorText(int error) override;
     DWORD GetProcessId() override;
     bool IsPrivileged() override;
-    bool IsProcessAlive(DWORD processId) override;
     DWORD GetTickCount() override;
     DWORD GetTime() override;
     DWORD GetMemoryLoad() override;

@@ -1,6 +1,6 @@
 // Matching fonts by fontconfig, which desktops have. It is loaded when it is first needed, so that
 // machines without a screen need not have it.
-#include "src/os/PosixSystem.h"
+#include "src/os/posix/PosixSystem.h"
 
 #include <dlfcn.h>
 

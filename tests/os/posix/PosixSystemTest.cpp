@@ -1,5 +1,6 @@
 // The POSIX system: what the layers above rely on.
-#include "src/os/PosixSystem.h"
+#include "src/os/posix/PosixSystem.h"
+#include "src/os/Paths.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestSystem.h"
 
@@ -177,13 +178,32 @@ TEST_F(PosixSystemTest, RenamesWithAndWithoutReplacing) {
 
 TEST_F(PosixSystemTest, KnowsTheProcess) {
     EXPECT_EQ(m_system.GetProcessId(), static_cast<DWORD>(::getpid()));
-    EXPECT_TRUE(m_system.IsProcessAlive(m_system.GetProcessId()));
     EXPECT_TRUE(m_system.GetModuleFileName().ends_with("os_test"));
     EXPECT_EQ(m_system.GetLibraryFileName(), m_system.GetModuleFileName()); // linked into it
     EXPECT_TRUE(m_system.GetTemporaryFolder().ends_with('/'));
     const DWORD tick = m_system.GetTickCount();
     EXPECT_LT(m_system.GetTickCount() - tick, 60000u);
     EXPECT_LE(m_system.GetMemoryLoad(), 100u);
+}
+
+TEST(PosixPaths, PartsOfNames) {
+    struct Case {
+        const char *name, *folder, *prefix, *file;
+        bool isAbsolute;
+    };
+    for (const Case& c :
+         {Case{"a", ".", "", "a", false}, Case{"", ".", "", "", false},
+          Case{"/a", "/", "/", "a", true}, Case{"/", "/", "/", "", true},
+          Case{"x/y/a.b", "x/y", "x/y/", "a.b", false}, Case{"/x/y/", "/x/y", "/x/y/", "", true}}) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(IsAbsolutePath(c.name), c.isAbsolute);
+        EXPECT_EQ(FolderOf(c.name), c.folder);
+        EXPECT_EQ(FolderPrefixOf(c.name), c.prefix);
+        EXPECT_EQ(FileNameOf(c.name), c.file);
+    }
+    EXPECT_EQ(AsFolderPrefix("/x"), "/x/");
+    EXPECT_EQ(AsFolderPrefix("/x/"), "/x/");
+    EXPECT_EQ(AsFolderPrefix("/"), "/");
 }
 
 TEST(PosixSystem, FontsThatAreThereAreTheirOwnMatch) {

@@ -1,7 +1,8 @@
 // PosixSystem: the process and the machine. Files are in PosixFiles.cpp, names in PosixNames.cpp.
-#include "src/os/PosixSystem.h"
+#include "src/os/posix/PosixSystem.h"
 
-#include <signal.h>
+#include "src/os/PlatformSystem.h"
+
 #include <sys/stat.h>
 #include <time.h>
 #include <unistd.h>
@@ -11,7 +12,9 @@
 #include <charconv>
 #include <climits>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
+#include <new>
 
 namespace vnbytstr {
 
@@ -20,21 +23,22 @@ namespace {
 constexpr std::size_t kMaxAnswer = 4096; // bytes of a line that is typed
 
 void WriteError(const std::string& text) {
-    // Nowhere is left to report a failure of this to.
+    // A failure of this cannot be reported anywhere.
     [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
 }
 
 } // namespace
 
+System& PlatformSystem() noexcept {
+    // In static memory, since the heap may be exhausted.
+    alignas(PosixSystem) static std::byte place[sizeof(PosixSystem)];
+    static System* const system = new (place) PosixSystem;
+    return *system;
+}
+
 DWORD PosixSystem::GetProcessId() { return static_cast<DWORD>(::getpid()); }
 
 bool PosixSystem::IsPrivileged() { return ::geteuid() == 0; }
-
-bool PosixSystem::IsProcessAlive(DWORD processId) {
-    if (processId == 0 || processId > INT_MAX)
-        return true;
-    return ::kill(static_cast<pid_t>(processId), 0) == 0 || errno != ESRCH;
-}
 
 DWORD PosixSystem::GetTickCount() {
     timespec now;
@@ -54,8 +58,8 @@ std::string PosixSystem::GetEnvironment(const char* name) {
 
 namespace {
 
-/// The kernel marks the name of a file that is gone, as the old one of a program that was replaced
-/// while it runs. What goes by that name now is what the program's other files belong to.
+/// The kernel marks the name of a removed file, such as that of a program that was replaced while
+/// it runs. The program's other files belong to the file that has the name now.
 std::string WithoutDeletedMark(std::string name) {
     constexpr std::string_view kMark = " (deleted)";
     if (name.ends_with(kMark) && ::access(name.c_str(), F_OK) != 0)
@@ -102,6 +106,8 @@ std::string PosixSystem::GetLocale(const char* category) {
     }
     return "C";
 }
+
+std::string PosixSystem::GetErrorText(int error) { return std::strerror(error); }
 
 std::string PosixSystem::GetTextLocale() { return GetLocale("LC_CTYPE"); }
 

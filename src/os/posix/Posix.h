@@ -9,7 +9,8 @@
 
 namespace vnbytstr::posix {
 
-// No meaning of its own for a regular file, and never set by accident.
+/// The scratch mark of FileStatus is the sticky bit: the kernel ignores it on regular files, and
+/// nobody sets it by chance.
 inline constexpr mode_t kScratchMark = S_ISVTX;
 
 inline int Descriptor(FileHandle handle) noexcept { return static_cast<int>(handle); }

@@ -1,0 +1,33 @@
+// File names as text: what is absolute, and what separates folders. Only this header's functions
+// know; each folder for a system (posix) implements them.
+//
+// Names are byte strings everywhere in the library. On POSIX systems they are passed to the system
+// as they are. A system whose own names are UTF-16 takes them for UTF-8, in these functions and in
+// FileSystem.
+#pragma once
+
+#include "vnbytstr/framework/Export.h"
+
+#include <string>
+#include <string_view>
+
+namespace vnbytstr {
+
+/// Whether the name means the same file in every current folder.
+VNBYTSTR_API bool IsAbsolutePath(std::string_view name) noexcept;
+
+/// The folder part of a file name without its last separator (but the root keeps it); "." when the
+/// name has none.
+VNBYTSTR_API std::string FolderOf(std::string_view name);
+
+/// The folder part with its last separator; empty when the name has none.
+VNBYTSTR_API std::string_view FolderPrefixOf(std::string_view name) noexcept;
+
+/// What follows the folder part: the name in its folder; empty after a separator at the end.
+VNBYTSTR_API std::string_view FileNameOf(std::string_view name) noexcept;
+
+/// The folder with a separator at its end, so that a file's name can be appended. Not for an empty
+/// name.
+VNBYTSTR_API std::string AsFolderPrefix(std::string_view folder);
+
+} // namespace vnbytstr

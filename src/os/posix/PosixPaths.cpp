@@ -1,0 +1,29 @@
+#include "src/os/Paths.h"
+
+namespace vnbytstr {
+
+bool IsAbsolutePath(std::string_view name) noexcept { return name.starts_with('/'); }
+
+std::string FolderOf(std::string_view name) {
+    const std::size_t slash = name.rfind('/');
+    if (slash == std::string_view::npos)
+        return ".";
+    return slash == 0 ? "/" : std::string(name.substr(0, slash));
+}
+
+std::string_view FolderPrefixOf(std::string_view name) noexcept {
+    return name.substr(0, name.rfind('/') + 1); // without a slash npos + 1 is 0
+}
+
+std::string_view FileNameOf(std::string_view name) noexcept {
+    return name.substr(name.rfind('/') + 1);
+}
+
+std::string AsFolderPrefix(std::string_view folder) {
+    std::string prefix(folder);
+    if (!prefix.ends_with('/'))
+        prefix += '/';
+    return prefix;
+}
+
+} // namespace vnbytstr
