@@ -55,6 +55,7 @@ TEST(HeadingGeometry, DividersAreGrabbedFromFiveLeftToThreeRight) {
     const auto one = ColumnsOf({50});
     const auto wide = ColumnsOf({60, 300, 50, 10});
     const auto closed = ColumnsOf({50, 0, 50});
+    const auto four = ColumnsOf({60, 60, 60, 60});
     const struct {
         Columns columns;
         int width, shift, x, column;
@@ -62,8 +63,8 @@ TEST(HeadingGeometry, DividersAreGrabbedFromFiveLeftToThreeRight) {
         {three, 200, 0, 46, -1},  {three, 200, 0, 47, 0},   {three, 200, 0, 55, 0},
         {three, 200, 0, 56, -1},  {three, 200, 0, 146, -1}, {three, 200, 0, 147, 1},
         {three, 200, 0, 155, 1},  {three, 200, 0, 156, -1}, {three, 200, 0, 199, -1},
-        {three, 100, 98, 54, 1}, // scrolled
-        {three, 100, 98, 46, -1}, {one, 100, 0, 52, -1},    {{}, 100, 0, 2, -1},
+        {four, 100, 120, 62, 2}, // scrolled
+        {four, 100, 120, 56, -1}, {one, 100, 0, 52, -1},    {{}, 100, 0, 2, -1},
         {wide, 100, 0, 99, 1},   // a column that ends outside is grabbed at the edge
         {closed, 200, 0, 52, 1}, // width 0 can be widened again
     };
