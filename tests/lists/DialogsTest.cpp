@@ -133,6 +133,7 @@ TEST_F(Editing, ZoomOpensTheFileOfAFileCell) {
     opener.result = kShellFileNotFound;
     Key(Qt::Key_F2, Qt::ShiftModifier);
     EXPECT_EQ(opener.context, 40041u);
+    EXPECT_NE(opener.box.find("No such file or directory"), std::string::npos) << opener.box;
 
     parent.onAsked = [](UINT) { return 1; };
     opener.opened.clear();

@@ -152,6 +152,8 @@ TEST_F(Editing, EachTypeHasItsEditor) {
         list->CellCancel();
         Pump();
     }
+    list->EditColumn(2, 1); // the first choice becomes the last
+    EXPECT_EQ(EditorText(), "Wien");
     list->SetEditorType(1, kEditorPick);
     list->EditColumn(0, 1); // "Graz" is not among the choices
     EXPECT_EQ(list->GetActiveEditor()->SendMessage(CB_GETCURSEL), CB_ERR);

@@ -74,6 +74,11 @@ TEST_F(Headings, TheControlIsAboveTheList) {
     list->MoveWindow(0, 0, 300, 150); // no room above: the list's top moves down
     EXPECT_EQ(Place(header), above(0, height, 300));
     EXPECT_EQ(Place(*list), CRect(0, height, 300, 150));
+    list->SetHeadingsControl(nullptr);
+    list->MoveWindow(0, 0, 300, 150);
+    list->SetHeadingsControl(&header);
+    list->PositionHeadings(); // likewise
+    EXPECT_EQ(Place(*list), CRect(0, height, 300, 150));
     list->ShowWindow(SW_HIDE);
     EXPECT_FALSE(header.IsWindowVisible());
     list->ShowWindow(SW_SHOW);
@@ -87,7 +92,12 @@ TEST_F(Headings, DraggingADividerResizesLive) {
     const int all = Width(0) + Width(1) + Width(2);
     Press(97); // 5 left of the divider at 102
     EXPECT_TRUE(header.m_pTracking->tracking);
-    EXPECT_FALSE(IsPointerFree());
+    CRect clip, client;
+    GetClipCursor(clip);
+    header.ScreenToClient(clip);
+    header.GetClientRect(client);
+    EXPECT_EQ(clip.left, 2);
+    EXPECT_EQ(clip.right, client.right - 4); // grabbed 4 left of the line
     EXPECT_EQ(Width(0), 100);
     Move(107);
     EXPECT_EQ(Width(0), 110); // while the button is down
@@ -182,6 +192,7 @@ TEST_F(Headings, CancelEndsEitherKindOfPress) {
         }
     Press(100);
     header.DestroyWindow();
+    EXPECT_FALSE(header.m_pTracking->tracking);
     EXPECT_TRUE(IsPointerFree());
 }
 

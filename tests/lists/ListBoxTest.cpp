@@ -66,6 +66,7 @@ TEST_F(ListBox, TheSelection) {
 }
 
 TEST_F(ListBox, WidthsAreComputedOnceWhenTheListIsSeen) {
+    Make(WS_VSCROLL);
     list->MoveWindow(0, 60, 0, 0);
     list->SetNumColumns(3);
     list->SetColumnWidth(0, 100);
@@ -73,14 +74,15 @@ TEST_F(ListBox, WidthsAreComputedOnceWhenTheListIsSeen) {
     list->StartEditing(0, 0);
     Pump();
     EXPECT_EQ(list->GetColumnWidth(1), 0); // no room yet
-    list->MoveWindow(0, 60, 300, 100);
+    list->MoveWindow(0, 60, 300, 50);
     Pump();
     parent.GetWidget()->grab();
     CRect client;
     list->GetClientRect(client);
-    const int quarter = (client.Width() * 25 + 50) / 100;
+    const int usable = client.Width() + GetSystemMetrics(SM_CXVSCROLL) - 1; // the bar's, too
+    const int quarter = (usable * 25 + 50) / 100;
     EXPECT_EQ(list->GetColumnWidth(1), quarter);
-    EXPECT_EQ(list->GetColumnWidth(2), (client.Width() - 100 - quarter) / 2); // not the whole rest
+    EXPECT_EQ(list->GetColumnWidth(2), (usable - 100 - quarter) / 2); // not the whole rest
     list->SetColumnWidth(2, 0);
     parent.GetWidget()->grab();
     EXPECT_EQ(list->GetColumnWidth(2), 0);
@@ -134,11 +136,11 @@ TEST_F(ListBox, SortInternalTellsWhereRowsCameFrom) {
 }
 
 TEST_F(ListBox, WhatBelongsToARowGoesAlong) {
-    EXPECT_EQ(list->GetFileName(2), nullptr);
-    list->AddFileName(2, "/tmp/c");
-    list->SetDragDrop(2, TRUE);
-    list->SetEditSubType(2, 3);
-    list->SetEditDataType(2, kDataBlob);
+    EXPECT_EQ(list->GetFileName(3), nullptr);
+    list->AddFileName(3, "/tmp/c");
+    list->SetDragDrop(3, TRUE);
+    list->SetEditSubType(3, 3);
+    list->SetEditDataType(3, kDataBlob);
     EXPECT_EQ(list->GetFileName(4), nullptr);
     EXPECT_EQ(list->GetFileName(1000), nullptr);
     EXPECT_EQ(list->GetEditSubType(1), 1); // between rows that were set
@@ -151,15 +153,15 @@ TEST_F(ListBox, WhatBelongsToARowGoesAlong) {
                CString(list->GetFileName(row)) == CString("/tmp/c");
     };
     list->InsertStringItems(0, "new", "", "");
-    EXPECT_TRUE(at(3));
-    EXPECT_FALSE(list->GetDragDrop(2));
+    EXPECT_TRUE(at(4));
+    EXPECT_FALSE(list->GetDragDrop(3));
     list->SendMessage(LB_DELETESTRING, 1);
-    EXPECT_TRUE(at(2));
+    EXPECT_TRUE(at(3));
     list->Sort(0); // Alpha bravo charlie echo new
-    EXPECT_TRUE(at(2));
+    EXPECT_TRUE(at(1));
     list->Sort(0);
-    EXPECT_TRUE(at(2));
-    list->SendMessage(LB_DELETESTRING, 2);
+    EXPECT_TRUE(at(3));
+    list->SendMessage(LB_DELETESTRING, 3);
     for (int row = 0; row < 4; ++row) {
         EXPECT_FALSE(list->GetDragDrop(row)) << row;
         EXPECT_EQ(list->GetFileName(row), nullptr) << row;

@@ -148,7 +148,7 @@ TEST_F(Pixels, HeadingsHaveTheirLines) {
 TEST_F(Pixels, TextStartsAfterTheOffsetAndEndsBeforeTheSpacing) {
     list->SendMessage(LB_RESETCONTENT);
     list->AddStringItems("MMMMMMMMMMMMMMMMMMMMMMMMMMM", "", "");
-    list->SetColumnSpacing(0, 30);
+    list->SetColumnSpacing(-1, 30);
     Pump();
     const auto extent = [this] {
         const QImage image = parent.GetWidget()->grab().toImage();

@@ -58,7 +58,10 @@ TEST_F(SideScroll, AllMovesTogether) {
     EXPECT_EQ(list->GetSideShift(), last);
     EXPECT_EQ(ColumnUnder(kWidth - last - 1 + kWidth), 1);
     EXPECT_EQ(ColumnUnder(client.right - 1), 2);
-    EXPECT_EQ(list->GetHeadings()->SizerHitTest({2 + 2 * kWidth - last, 8}), 1);
+    const int divider = 2 + 2 * kWidth - last;
+    EXPECT_EQ(list->GetHeadings()->SizerHitTest({divider, 8}), 1);
+    EXPECT_NE(Seen(*list->GetHeadings(), divider - 5, 10),
+              Seen(*list->GetHeadings(), divider - 25, 10)); // it is drawn
     list->ShowColumn(1); // ends right of what is seen, begins left of it
     EXPECT_EQ(list->GetSideShift(), kWidth);
     list->ShowColumn(0);
