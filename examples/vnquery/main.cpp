@@ -1,5 +1,5 @@
-// vnquery: runs a query, displays the result, saves and exports it. What it does step by step
-// stands in Run; each step has a file of its own.
+// vnquery: runs a query, displays the result, saves and exports it. Run calls the steps one after
+// the other; each step is in its own file.
 
 #include "vnquery/console/Options.h"
 #include "vnquery/console/Process.h"
@@ -88,7 +88,7 @@ void Run(const Options& options) {
         PrintStatistics(result);
     if (!options.exportFile.empty())
         Export(result, options);
-    SaveValues(result, options.saves, options.saveFormat); // last, since saving may move a value
+    SaveValues(result, options.saves, options.saveFormat); // last, since saving may empty a value
 }
 
 int Complain(ExitCode code, const std::string& message) {

@@ -1,4 +1,4 @@
-// Runs vnquery as a person would, on small databases made for the test.
+// Runs vnquery as a user would, on small databases made for the test.
 #pragma once
 
 #include "tests/support/TemporaryFolder.h"

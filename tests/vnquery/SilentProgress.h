@@ -1,4 +1,4 @@
-// A progress that nobody looks at.
+// A progress that is not shown.
 #pragma once
 
 #include "examples/vnquery/work/Progress.h"

@@ -47,7 +47,7 @@ std::pair<Number, Number> ParsePair(const char* option, const char* form, const 
     return {*first, *second};
 }
 
-/// What CLI11 fills before it is checked and turned into Options.
+/// What CLI11 fills, to be checked and turned into Options.
 struct RawOptions {
     std::vector<std::string> saves;     ///< pairs
     std::vector<std::string> translate; ///< three
@@ -188,7 +188,7 @@ void SetRequests(Options& options, const RawOptions& raw) {
     options.translate = TranslateRequest{from, to, raw.translate[1], raw.translate[2]};
 }
 
-/// A window does by its menus what the other options do.
+/// With --window the menus do what the other options do.
 void CheckWindow(const CLI::App& app) {
     for (const CLI::Option* option : app.get_options()) {
         const std::string name = option->get_name();

@@ -41,8 +41,8 @@ struct Options {
     std::optional<DWORD> helpTopic;
 };
 
-/// Reads the command line. Nothing when it asked for help or the version, which then have been
-/// printed. Throws Failure with kBadUsage.
+/// Reads the command line. Returns nothing after printing help or the version. Throws Failure with
+/// kBadUsage.
 std::optional<Options> ParseOptions(int argc, char** argv);
 
 } // namespace vnquery

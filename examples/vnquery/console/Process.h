@@ -6,9 +6,9 @@
 
 namespace vnquery {
 
-/// To be called first. From here on a signal to end is remembered (see AwaitSignals); a closed pipe
-/// and a file size limit are errors of the write; text is UTF-8, as the databases deliver it; and as
-/// many files may be open as the system allows, since every large value has one.
+/// To be called first. From here on a signal to end is remembered (see AwaitSignals); a closed
+/// pipe and a file size limit are errors of the write; text is UTF-8, as the databases deliver it;
+/// and as many files may be open as the system allows, since every large value has one.
 void PrepareProcess();
 
 bool IsErrorOutputTerminal();

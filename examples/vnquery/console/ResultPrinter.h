@@ -7,7 +7,7 @@
 namespace vnquery {
 
 /// Writes headings, rows and the number of rows to standard output. A column is as wide as its
-/// widest cell; numbers stand to the right. Throws Failure when the output cannot be written.
+/// widest cell; numbers are right-aligned. Throws Failure when the output cannot be written.
 void PrintResult(const ResultSet& result, const CellFormat& format);
 
 } // namespace vnquery

@@ -8,12 +8,12 @@
 
 namespace vnquery {
 
-/// One line on the terminal: counts rows and bytes, shows them on standard error when that is a
-/// terminal (ten times a second at most), and removes the line at its end. Every call is also where
-/// a signal to end is noticed.
+/// One line on the terminal: counts rows and bytes, shows them on standard error if that is a
+/// terminal (at most ten times a second), and removes the line in the end. Each call also notices
+/// a signal to end.
 class TerminalProgress : public Progress {
 public:
-    /// `work` says what goes on, such as "Reading".
+    /// `work` says what is being done, such as "Reading".
     explicit TerminalProgress(std::string work);
     ~TerminalProgress() override;
     TerminalProgress(const TerminalProgress&) = delete;

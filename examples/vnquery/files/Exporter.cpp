@@ -18,7 +18,7 @@ WORD TargetCcsid(const ExportFormat& format) {
     return format.ccsid ? format.ccsid : GetNativeCCSID();
 }
 
-/// How many bytes at the end of the piece begin a character whose other bytes are not there.
+/// How many bytes at the end of the piece are the beginning of an incomplete character.
 std::size_t IncompleteTail(std::string_view piece) {
     for (std::size_t back = 1; back <= std::min<std::size_t>(3, piece.size()); ++back) {
         const auto byte = static_cast<unsigned char>(piece[piece.size() - back]);
@@ -32,9 +32,8 @@ std::size_t IncompleteTail(std::string_view piece) {
 
 } // namespace
 
-/// Takes text with its length, so that it may hold NUL, and gathers what comes between two line
-/// breaks: one translation of a whole line is faster than many, and needs fewer shifts in a
-/// mixed-byte set.
+/// Takes text with its length, so that it may contain NUL, and gathers the text of a whole line:
+/// one translation is faster than many, and needs fewer shifts in a mixed-byte set.
 class Exporter::Writer : public COutputStreamWriter {
 public:
     Writer(CFile& file, const ExportFormat& format)
@@ -44,19 +43,19 @@ public:
         SetLineBreak(format.lineBreak);
         SetSubstituteEntityReferences(format.entities);
     }
-    /// Text of the result, with entity references where they are wanted.
+    /// Text of the result, with entity references if the format wants them.
     void PutText(std::string_view text) { Put(text, GetSubstituteEntityReferences() != FALSE); }
-    /// Text that stays as it is.
+    /// Text that is written unchanged.
     void PutVerbatim(std::string_view text) { Put(text, false); }
     void EndLine() {
         WritePending();
         LineBreak();
     }
-    /// Whether something was put since the last line break.
+    /// Whether there is text after the last line break.
     bool IsInLine() const { return !m_pending.empty() || GetRecordIndex() != 0; }
     void WritePending() {
         for (std::string_view rest = m_pending; !rest.empty();) {
-            // Write takes the text up to a NUL.
+            // Write stops at a NUL.
             const std::size_t run =
                 m_isSubstituted ? std::min(rest.find('\0'), rest.size()) : rest.size();
             if (run == 0 || !m_isSubstituted)
@@ -77,7 +76,7 @@ private:
     }
 
     std::string m_pending;        ///< whole characters
-    bool m_isSubstituted = false; ///< m_pending is
+    bool m_isSubstituted = false; ///< m_pending gets entity references
 };
 
 Exporter::Exporter(CFile& file, const ExportFormat& format)
@@ -131,8 +130,8 @@ bool Exporter::HasLosses() const {
     return report.ullUntranslatable + report.ullMalformed > 0;
 }
 
-/// Looks for the first loss in a value. The writer counts losses as it goes; where the first one
-/// lies in its value is only looked for when there is one.
+/// Looks for the first loss in a value. The writer only counts losses; their place is looked for
+/// afterwards, when there are any.
 bool Exporter::NoteLoss(const Value& value, std::size_t row, std::size_t column) {
     CheckInterrupted();
     if (value.GetType() != Value::Type::Text)

@@ -15,7 +15,7 @@ CByteStream EightBytes(const char* option, const std::string& hex) {
     return bytes;
 }
 
-/// Refuses what the cipher would not give back.
+/// Refuses lengths that deciphering could not restore.
 void CheckLength(const DesRequest& request, DWORD length) {
     if (length % 8 != 0 && !(request.encrypt && request.pad))
         throw Failure(kBadUsage,

@@ -12,7 +12,7 @@ std::optional<ULONGLONG> FindFirstLoss(const Value& text, WORD ccsid) {
                               TranslateEndEx(translation);
                           })>
         translation(TranslateBeginEx(GetNativeCCSID(), ccsid));
-    const auto output = std::make_unique<BYTE[]>(kPieceSize); // of no interest
+    const auto output = std::make_unique<BYTE[]>(kPieceSize); // not used
     const auto translate = [&](std::span<const BYTE> piece, BOOL isLast) {
         ETranslation result = translationMore;
         while (result == translationMore) {

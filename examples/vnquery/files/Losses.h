@@ -1,4 +1,4 @@
-// What a translation could not carry over, for people.
+// What a translation could not represent, as a message.
 #pragma once
 
 #include "vnquery/result/Value.h"
@@ -10,9 +10,8 @@
 
 namespace vnquery {
 
-/// Offset in bytes of the first character of the text (UTF-8) that the coded character set does not
-/// hold, or of the first sequence of bytes that is no character; nothing when all can be
-/// translated.
+/// Offset in bytes of the first character of the text (UTF-8) that the coded character set lacks,
+/// or of the first malformed sequence of bytes; nothing when the whole text can be translated.
 std::optional<ULONGLONG> FindFirstLoss(const Value& text, WORD ccsid);
 
 /// For instance "2 characters that CCSID 37 does not hold"; "" when nothing was lost.

@@ -13,10 +13,10 @@ namespace vnquery {
 
 namespace {
 
-/// Looks through text that comes in pieces.
+/// Checks text that comes in pieces.
 class Utf8Check {
 public:
-    /// Whether all that came so far can be the beginning of UTF-8 text.
+    /// Whether the pieces so far can be the beginning of UTF-8 text.
     bool Take(std::span<const BYTE> piece) {
         m_left.append(reinterpret_cast<const char*>(piece.data()), piece.size());
         std::string_view rest = m_left;
@@ -28,8 +28,8 @@ public:
             rest.remove_prefix(length);
         }
         m_left.erase(0, m_left.size() - rest.size());
-        constexpr std::size_t kLongest = 4;
-        return m_left.size() < kLongest;
+        constexpr std::size_t kMaxCharacter = 4;
+        return m_left.size() < kMaxCharacter;
     }
     bool IsAtEnd() const { return m_left.empty(); }
 

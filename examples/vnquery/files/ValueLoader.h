@@ -1,4 +1,4 @@
-// A file's content as a value.
+// Loads a file as a value.
 #pragma once
 
 #include "vnquery/result/ColumnKind.h"
@@ -9,9 +9,9 @@
 
 namespace vnquery {
 
-/// Reads a file as a value for a column of that kind: bytes, or text (UTF-8, where a byte order
-/// mark at the beginning does not count). Throws Failure when it cannot be read, is a folder, is no
-/// text where one is needed, or is longer than 4 GiB - 2; and Interrupted.
+/// Reads a file as a value for a column of that kind: bytes, or text (UTF-8, without its byte
+/// order mark). Throws Interrupted, and Failure when the file cannot be read, is a folder, is not
+/// UTF-8 where a text is needed, or is longer than 4 GiB - 2. `column` is for messages.
 Value LoadValue(const std::string& file, ColumnKind kind, const std::string& column,
                 Progress& progress);
 

@@ -7,10 +7,10 @@
 
 namespace vnquery {
 
-/// Writes a value to a file, a text through an Exporter when `format` has a coded character set,
-/// everything else byte by byte as the database gave it. `isLastUse` allows a value in a swap file
-/// to be moved instead of copied; it is empty afterwards. Throws Failure; an older file of that
-/// name is then as it was.
+/// Writes a value to a file: a text through an Exporter when `format` has a coded character set,
+/// anything else byte by byte. With `isLastUse` a value in a swap file may be moved instead of
+/// copied, and is empty afterwards. Throws Failure; an older file of that name then stays as it
+/// was.
 void SaveValue(ResultSet& result, std::size_t row, std::size_t column, const std::string& file,
                const ExportFormat& format, bool isLastUse);
 
@@ -19,7 +19,7 @@ void SaveValue(ResultSet& result, std::size_t row, std::size_t column, const std
 void SaveValueBytes(const Value& value, const std::string& cell, const std::string& file,
                     Progress& progress);
 
-/// Prints a warning with the losses (see Exporter::GetLosses), when there are some.
+/// Prints a warning with the losses (see Exporter::GetLosses), if any.
 void ReportLosses(const std::string& file, const std::string& losses);
 
 } // namespace vnquery

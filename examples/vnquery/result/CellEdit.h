@@ -1,4 +1,4 @@
-// What a person types into a cell, and what it means.
+// What the user types into a cell, and what it means.
 #pragma once
 
 #include "vnquery/result/CellText.h"
@@ -19,27 +19,27 @@ enum class EditFault {
     Bytes        ///< the column holds bytes, which come from a file
 };
 
-/// Reads what was typed: the null marker, the default marker, or a value. A text that reads like a
+/// Reads what was typed: the null marker, the default marker, or a value. A text that equals a
 /// marker is typed, and shown (see FormatCell), in double quotes.
 EditFault ParseCell(std::string_view typed, ColumnKind kind, const EditColumn& column,
                     const CellFormat& format, NewValue& value);
 
-/// A text as it was edited in full, without markers.
+/// The same without markers: for a text that was edited in the value window.
 EditFault ParseText(std::string_view text, ColumnKind kind, NewValue& value);
 
-/// Whether the value is shown as it is, so that it can be edited in its cell: a short one without
-/// characters that are shown as something else.
+/// Whether the value can be edited in its cell: a short one, all of whose characters are shown
+/// unchanged.
 bool IsEditableInCell(const Value& value, const CellFormat& format);
-/// Whether an edit field could hold the value in full: text without NUL, in UTF-8, up to 1 MB.
+/// Whether an edit field can hold the whole value: text without NUL, in UTF-8, up to 1 MB.
 bool IsEditableInField(const Value& value);
 
-/// Line breaks as an edit field has them (CR LF), and back as they were in `original`: LF alone
-/// where it had no others.
+/// Converts line breaks to those of an edit field (CR LF), and back to those of `original`: LF
+/// unless it has CR LF.
 std::string ToFieldText(std::string_view text);
 std::string FromFieldText(std::string_view text, std::string_view original);
 
-/// Whether two values are the same, type and bytes. A number and a text with the same characters
-/// are.
+/// Whether two values have the same bytes and are both NULL, both bytes, or both neither: a number
+/// equals a text with the same characters.
 bool AreSame(const Value& a, const Value& b);
 
 } // namespace vnquery

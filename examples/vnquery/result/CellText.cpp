@@ -146,8 +146,8 @@ std::string FormatCell(const Value& value, const CellFormat& format) {
 bool IsPlaceholder(const Value& value, const CellFormat& format) {
     if (value.GetType() != Value::Type::Text)
         return value.GetType() == Value::Type::Binary;
-    constexpr ULONGLONG kLongestCharacter = 4;
-    return value.GetLength() > kLongestCharacter * format.textLimit ||
+    constexpr ULONGLONG kMaxCharacter = 4;
+    return value.GetLength() > kMaxCharacter * format.textLimit ||
            (value.GetLength() > format.textLimit &&
             CountCharacters(value.GetBytes()) > format.textLimit);
 }

@@ -12,19 +12,18 @@ namespace vnquery {
 struct CellFormat {
     std::string nullText = "-"; ///< stands for NULL
     DWORD textLimit = 128;      ///< characters up to which a text is shown in full
-    std::string defaultText{};  ///< stands for what the database puts there by itself; may be ""
+    std::string defaultText{};  ///< stands for the column's default; may be ""
     std::string blobText{};     ///< begins placeholders of bytes; "": "<BLOB 26.3 MB>"
     std::string clobText{};     ///< the same for texts
 };
 
 /// The value on one line:
-///  - NULL as the null text; a text that reads like it, or like the default text, in double
-///    quotes, and so is one that reads like such a text in quotes, when there is a default text;
+///  - NULL as the null text; a text that equals it, or the default text, in double quotes; where
+///    there is a default text, also a text that equals such a quoted one;
 ///  - bytes as a placeholder such as <BLOB 26.3 MB>, a text past the limit as <CLOB 35 KB>;
-///  - in other texts, what a terminal would act on made visible: \n, \r, \t, and \x1B or \u202E for
-///  other
-///    control characters and for marks that turn the direction of text, \xFF for a byte that is not
-///    UTF-8.
+///  - in other texts, what a terminal would act on is made visible: \n, \r, \t; \x1B or \u202E for
+///    other control characters and for marks that change the direction of text; \xFF for a byte
+///    that is not UTF-8.
 std::string FormatCell(const Value& value, const CellFormat& format);
 
 /// Whether the value is shown as a placeholder.
@@ -32,11 +31,11 @@ bool IsPlaceholder(const Value& value, const CellFormat& format);
 /// Whether the text is a marker within one or more pairs of double quotes.
 bool IsQuotedMarker(std::string_view text, const CellFormat& format);
 
-/// The same for a column's heading, which is shown whatever its length.
+/// Makes control characters visible in the same way, whatever the length; for column headings.
 std::string MakeVisible(std::string_view text);
 
-/// Columns of a terminal that UTF-8 text without control characters takes: East Asian wide
-/// characters and emoji two, combining marks none.
+/// The number of terminal columns that UTF-8 text without control characters takes: two for East
+/// Asian wide characters and emoji, none for combining marks.
 std::size_t DisplayWidth(std::string_view text);
 
 /// Bytes in three digits: "812 B", "35.0 KB", "26.3 MB" (1 KB is 1024 bytes).

@@ -1,19 +1,17 @@
 #include "vnquery/result/ColumnKind.h"
 
-#include <algorithm>
+#include "vnquery/result/AsciiUpper.h"
+
 #include <string>
 
 namespace vnquery {
 
 ColumnKind KindOfDeclaredType(std::string_view type) {
-    std::string upper(type);
-    std::ranges::transform(upper, upper.begin(), [](char ch) {
-        return ch >= 'a' && ch <= 'z' ? static_cast<char>(ch - 'a' + 'A') : ch;
-    });
+    const std::string upper = ToUpper(type);
     const auto has = [&](const char* word) { return upper.find(word) != std::string::npos; };
     if (upper.empty())
         return ColumnKind::Unknown;
-    // Before the integers, which would find themselves in "INTERVAL" and "POINT".
+    // Before the integers: "INTERVAL" and "POINT" contain "INT".
     if (has("DATE") || has("TIME") || has("INTERVAL") || has("POINT"))
         return ColumnKind::Text;
     // SQLite's own rules, in its order (https://sqlite.org/datatype3.html, section 3.1).

@@ -13,9 +13,8 @@ enum class ColumnKind {
     Binary
 };
 
-/// The kind of a column that was declared with this type, in SQLite's manner: "INTEGER", "varchar
-/// (20)", "double precision", "BLOB", "DECIMAL(10,2)". Dates, times and booleans written in words
-/// are texts there.
+/// The kind of a column that was declared with this type, as SQLite understands it: "INTEGER",
+/// "varchar(20)", "double precision", "BLOB", "DECIMAL(10,2)". Dates and times are texts there.
 ColumnKind KindOfDeclaredType(std::string_view type);
 
 } // namespace vnquery

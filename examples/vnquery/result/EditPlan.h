@@ -13,33 +13,41 @@ enum class ReadOnlyReason {
     None,         ///< it is editable
     NotATable,    ///< the rows are not those of one table
     NoKey,        ///< the table has no key, or not all columns of it are selected
-    Key,          ///< the column is what the row is found by
-    Computed,     ///< no column of the table, or one that the database computes
+    Key,          ///< the column identifies the row
+    Computed,     ///< an expression, or a column that the database computes
     OtherDatabase ///< another database has been opened since the query
 };
 
-/// A column of the result and what it is in the table.
+/// A column of the result, as the table has it.
 struct EditColumn {
-    std::string name;       ///< in the table; "" for an expression
-    std::string defaultSql; ///< what the database puts there by itself, as SQL; "" for nothing
-    ReadOnlyReason readOnly =
-        ReadOnlyReason::None; ///< a column of its own is barred with Key or Computed
+    /// In the table; "" for an expression.
+    std::string name;
+    /// The column's default as SQL; "" for none.
+    std::string defaultSql;
+    /// None, Key or Computed.
+    ReadOnlyReason readOnly = ReadOnlyReason::None;
     bool isNullable = true;
-    int sqlType = 0; ///< ODBC's, with the size and digits that go with it
+    /// ODBC's type, with its size and digits.
+    int sqlType = 0;
     std::size_t sqlSize = 0;
     int sqlDigits = 0;
 };
 
 struct EditPlan {
-    ReadOnlyReason readOnly = ReadOnlyReason::NotATable; ///< None: some columns are editable
-    std::string schema;                                  ///< "" where there is none
+    /// None: some columns are editable.
+    ReadOnlyReason readOnly = ReadOnlyReason::NotATable;
+    /// "" without one.
+    std::string schema;
     std::string table;
-    std::string rowIdName;               ///< name of the rows' number; "" when there is none
-    std::vector<std::size_t> keyColumns; ///< without a number: columns of the result that are key
-    std::vector<EditColumn> columns;     ///< as many as the result has, when readOnly is None
+    /// Name of the column with the row's number; "" without one.
+    std::string rowIdName;
+    /// Without row numbers: the columns of the result that make up the key.
+    std::vector<std::size_t> keyColumns;
+    /// One for each column of the result, when readOnly is None.
+    std::vector<EditColumn> columns;
 
-    /// Takes the columns with these names in the table as what a row is found by, when the result
-    /// has all of them. `equal` compares two names.
+    /// Makes the table's columns with these names the key, when the result has all of them. `equal`
+    /// compares two names.
     template <typename Equal>
     void SetKey(const std::vector<std::string>& names, Equal equal) {
         for (const std::string& name : names) {

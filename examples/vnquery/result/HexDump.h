@@ -9,8 +9,8 @@ namespace vnquery {
 
 /// Lines such as
 ///     0000A0  89 50 4E 47 0D 0A 1A 0A  00 00 00 0D 49 48 44 52  .PNG........IHDR
-/// with the digits of the longest offset, at least six. Characters are those of ASCII; a dot stands
-/// for other bytes. Reads only what is asked for, wherever the value lies.
+/// Offsets have as many digits as the longest one needs, at least six. Bytes that are not printable
+/// ASCII show as dots. Only the bytes asked for are read, also from a value in a swap file.
 class HexDump {
 public:
     static constexpr DWORD kBytesPerLine = 16;

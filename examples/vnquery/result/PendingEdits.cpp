@@ -40,7 +40,7 @@ const NewValue* PendingEdits::Find(CellPlace place) const {
 
 namespace {
 
-/// What is the same for looking and for writing: `write` gets the cells that have the old value.
+/// What comparing and writing have in common: `write` is called for cells that have the old value.
 template <typename Write>
 WriteReport ForEachEdit(TableWriter& writer, const EditPlan& plan, const ResultSet& result,
                         const PendingEdits& edits, Progress& progress, Write&& write) {
@@ -76,8 +76,8 @@ WriteReport WriteEdits(TableWriter& writer, const EditPlan& plan, const ResultSe
                        [&](const RowKey& key, std::size_t column, const NewValue& edit,
                            std::optional<Value>& now) {
                            writer.Update(key, column, edit, progress);
-                           // The table may have made another value of it: a number of a text, a
-                           // default.
+                           // The table may have stored another value: a number for a text, or
+                           // its default.
                            now = writer.Read(key, column, progress);
                            return now.has_value();
                        });

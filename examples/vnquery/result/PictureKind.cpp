@@ -8,13 +8,13 @@ namespace vnquery {
 
 namespace {
 
-constexpr DWORD kBeginning = 32; ///< bytes that are looked at
+constexpr DWORD kBeginning = 32; ///< bytes that are examined
 
 unsigned ByteAt(std::string_view bytes, std::size_t i) {
     return static_cast<unsigned char>(bytes[i]);
 }
 
-/// "BM", two reserved words that are 0, and the length of one of the known information headers.
+/// "BM", two reserved words that are 0, and the length of a known information header.
 bool IsBitmap(std::string_view bytes) {
     constexpr unsigned kHeaderLengths[] = {12, 40, 52, 56, 64, 108, 124};
     if (bytes.size() < 18 || !bytes.starts_with("BM") ||

@@ -57,8 +57,8 @@ bool RowReader::ReadRow(ResultSet& result) {
     return true;
 }
 
-/// Each value in a store keeps some of its pages in memory. Once these are many, those of a new
-/// value go when it is complete.
+/// Each value in a store keeps some of its pages in memory. Beyond kMaxPages in all, a new value
+/// releases its pages once it is complete.
 void RowReader::ReleaseMemory(const Value& value) {
     CByteStream* stream = value.GetStream();
     if (!stream || !stream->GetStore())

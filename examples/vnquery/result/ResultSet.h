@@ -1,4 +1,4 @@
-// The rows of a query that has been run.
+// The rows that a query has returned.
 #pragma once
 
 #include "vnquery/result/RowSource.h"
@@ -23,13 +23,13 @@ public:
     }
 
     /// Reads all rows of the source. Throws what the source throws, and Failure, with the row and
-    /// column in the message, when a value finds no room on the disk or in memory.
+    /// column in the message, when a value does not fit on the disk or in memory.
     void Fetch(RowSource& source, Progress& progress);
-    /// Moves the rows of another result with the same columns behind the rows here.
+    /// Appends the rows of another result with the same columns, which is empty afterwards.
     void Append(ResultSet&& other);
     /// Forgets the values of a row whose reading failed.
     void DropIncompleteRow() { m_values.resize(m_rows * m_columns.size()); }
-    /// The row's number in its table, where the source told it.
+    /// The row's number in its table, if the source gave one.
     std::optional<long long> GetRowId(std::size_t row) const;
 
 private:
@@ -37,16 +37,16 @@ private:
 
     std::vector<std::string> m_columns;
     std::size_t m_rows = 0;
-    std::deque<Value> m_values; ///< row by row; a deque, since it never moves what it holds
-    std::vector<std::optional<long long>> m_rowIds; ///< none at all, or one for each row
+    std::deque<Value> m_values; ///< row by row; a deque never moves its elements
+    std::vector<std::optional<long long>> m_rowIds; ///< empty, or one for each row
 };
 
-/// Reads the rows of a source one by one. Of long values it keeps only some pages in memory.
+/// Reads the rows of a source one by one. Only some pages of long values stay in memory.
 class RowReader {
 public:
     RowReader(RowSource& source, Progress& progress) : m_source(source), m_progress(progress) {}
 
-    /// Adds the next row to the result; false when there is none. Throws as ResultSet::Fetch.
+    /// Adds the next row to the result; false after the last one. Throws as ResultSet::Fetch.
     bool ReadRow(ResultSet& result);
 
 private:
@@ -55,10 +55,10 @@ private:
     RowSource& m_source;
     Progress& m_progress;
     std::size_t m_row = 0;
-    ULONGLONG m_pages = 0; ///< of values in stores that are in memory
+    ULONGLONG m_pages = 0; ///< in memory, of values in stores
 };
 
-/// "row 1, column 2", as people count.
+/// "row 1, column 2": counted from 1, for messages.
 std::string CellName(std::size_t row, std::size_t column);
 
 } // namespace vnquery

@@ -13,17 +13,16 @@ namespace vnquery {
 
 class Progress;
 
-/// Takes one value in pieces. A source tells the type, the bytes and, where it knows it, how many
-/// there should have been.
+/// Takes one value in pieces: a source gives its type, its bytes and, if known, their number.
 class ValueSink {
 public:
     ValueSink(Value& value, Progress& progress) : m_value(value), m_progress(progress) {}
 
-    /// A value that is not begun stays NULL.
+    /// Without Begin the value stays NULL.
     void Begin(Value::Type type) { m_value.Begin(type); }
-    /// Any length; goes on in pieces of at most kPieceSize. Throws Interrupted on a signal to end.
+    /// Any number of bytes. Throws Interrupted on a signal to end.
     void Append(const void* bytes, std::size_t count);
-    /// Ends the value. Throws Failure when it was announced as longer or shorter than what came.
+    /// Ends the value. Throws Failure when another number of bytes was announced than arrived.
     void End(std::optional<ULONGLONG> announced = {});
 
 private:
@@ -39,19 +38,19 @@ public:
 
     /// The columns' headings.
     virtual const std::vector<std::string>& GetColumns() const = 0;
-    /// What their types say, one for each.
+    /// The kind of each column, by its type.
     virtual const std::vector<ColumnKind>& GetKinds() const = 0;
-    /// How the result could be written back. Told only by a source that was asked to find out.
+    /// How the result can be written back; only a source for SourceUse::Editing finds that out.
     virtual const EditPlan& GetEditPlan() const = 0;
-    /// The current row's number in its table, where the plan has one and the row too.
+    /// The current row's number in its table, if the plan has row numbers and the row has one.
     virtual std::optional<long long> GetRowId() const { return {}; }
-    /// Goes to the next row, at first to the first; false when there is none.
+    /// Goes to the next row, in the first call to the first one; false after the last row.
     virtual bool Next() = 0;
-    /// Reads a column's value of the current row. Columns are read once each, from the left.
+    /// Reads a value of the current row. Each column is read once, from left to right.
     virtual void Read(std::size_t column, ValueSink& sink) = 0;
 };
 
-/// What a source finds out beside the rows.
+/// What a source is opened for.
 enum class SourceUse { ReadOnly, Editing };
 
 } // namespace vnquery

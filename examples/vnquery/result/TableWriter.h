@@ -11,25 +11,26 @@ namespace vnquery {
 
 class Progress;
 
-/// What finds a row: its number, or the values of the plan's key columns in their order.
+/// Identifies a row: its number, or the values of the plan's key columns in their order.
 struct RowKey {
     std::optional<long long> rowId;
     std::vector<const Value*> values;
 };
 
-/// What a cell is to become.
+/// The new value of a cell.
 struct NewValue {
-    bool isDefault = false; ///< what the database puts there by itself; `value` is NULL then
+    bool isDefault = false; ///< the column's default; `value` is NULL then
     Value value;
 };
 
-/// All functions throw Failure, after which nothing but the destructor is called, and Interrupted.
-/// Without Commit the destructor undoes everything.
+/// This is where a cell is written back: SqliteWriter and OdbcWriter implement it, WriteEdits
+/// calls it. All functions throw Failure and Interrupted; after a Failure only the destructor may
+/// be called. Without Commit the destructor undoes everything.
 class TableWriter {
 public:
     virtual ~TableWriter() = default;
 
-    /// The value as it is in the table now; nothing when the row is not there.
+    /// The value that the table has now; nothing when the row no longer exists.
     virtual std::optional<Value> Read(const RowKey& key, std::size_t column,
                                       Progress& progress) = 0;
     virtual void Update(const RowKey& key, std::size_t column, const NewValue& value,

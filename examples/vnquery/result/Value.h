@@ -11,34 +11,34 @@
 
 namespace vnquery {
 
-/// Bytes that values travel in.
+/// Values are passed on in pieces of at most so many bytes.
 constexpr DWORD kPieceSize = 65536;
 
 using PieceReceiver = std::function<void(std::span<const BYTE>)>;
 
-/// Hands the stream's bytes on in pieces of at most kPieceSize, wherever they lie.
+/// Passes the stream's bytes to `receive` in pieces of at most kPieceSize.
 void ForEachPiece(const CByteStream& stream, const PieceReceiver& receive);
 
 /// NULL, a number (its decimal text), a text (UTF-8) or bytes. Most values of most results are a
-/// few bytes long: they stay in the object. A longer one is a byte stream, which takes itself to a
-/// swap file when it grows large.
+/// few bytes long and stay in the object. A longer one is a byte stream, which moves to a swap file
+/// when it grows large.
 class Value {
 public:
     enum class Type : BYTE { Null, Number, Text, Binary };
 
     Type GetType() const { return m_type; }
     bool IsNull() const { return m_type == Type::Null; }
-    DWORD GetLength() const; ///< bytes
+    /// In bytes.
+    DWORD GetLength() const;
 
-    /// Makes the value an empty one of that type; Append then brings its bytes, Complete says that
-    /// these were all.
+    /// Makes this an empty value of that type. Append then adds its bytes, and Complete ends it.
     void Begin(Type type);
     void Append(std::span<const BYTE> piece);
     void Complete();
 
     /// The stream of a longer value, null for others.
     CByteStream* GetStream() const { return m_stream.get(); }
-    /// The bytes of a value that is no stream.
+    /// The bytes of a value that is not a stream.
     std::string_view GetShort() const { return m_short; }
     void ForEachPiece(const PieceReceiver& receive) const;
     /// All bytes; for values known to be of moderate length.

@@ -1,5 +1,6 @@
 #include "vnquery/sources/Connection.h"
 
+#include "vnquery/result/AsciiUpper.h"
 #include "vnquery/sources/OdbcSource.h"
 #include "vnquery/sources/OdbcWriter.h"
 #include "vnquery/sources/SqliteSource.h"
@@ -12,15 +13,12 @@ namespace vnquery {
 namespace {
 
 bool IsPassword(std::string_view key) {
-    std::string upper(key);
+    std::string upper = ToUpper(key);
     std::erase_if(upper, [](char ch) { return ch == ' ' || ch == '\t'; });
-    std::ranges::transform(upper, upper.begin(), [](char ch) {
-        return ch >= 'a' && ch <= 'z' ? static_cast<char>(ch - 'a' + 'A') : ch;
-    });
     return upper == "PWD" || upper == "PASSWORD";
 }
 
-/// End of the value that begins at `at`: a semicolon, but for one in braces.
+/// End of the value that begins at `at`: the next semicolon outside of braces.
 std::size_t EndOfValue(std::string_view text, std::size_t at) {
     if (at < text.size() && text[at] == '{')
         at = std::min(text.find('}', at), text.size());

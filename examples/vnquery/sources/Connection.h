@@ -1,4 +1,4 @@
-// Where the database is, and how it is reached.
+// Which database is used, and how it is opened.
 #pragma once
 
 #include "vnquery/result/RowSource.h"
@@ -10,14 +10,14 @@ namespace vnquery {
 
 class TableWriter;
 
-/// An SQLite file or an ODBC data source; nothing is opened before it is needed.
+/// An SQLite file or an ODBC data source. Holding one opens nothing.
 struct Connection {
     std::string file;       ///< SQLite; "" when there is a data source
     std::string dataSource; ///< ODBC connection string
 
     bool operator==(const Connection&) const = default;
     bool IsEmpty() const { return file.empty() && dataSource.empty(); }
-    /// What people may see of it: the file, or the string without its password.
+    /// For display: the file, or the connection string without its password.
     std::string GetDisplayName() const;
 };
 
@@ -25,7 +25,7 @@ struct Connection {
 std::unique_ptr<RowSource> OpenSource(const Connection& connection, const std::string& sql,
                                       SourceUse use);
 
-/// Begins a transaction that writes to the table of the plan, which must live as long. Throws
+/// Begins a transaction that writes to the table of the plan; the plan must outlive it. Throws
 /// Failure.
 std::unique_ptr<TableWriter> OpenWriter(const Connection& connection, const EditPlan& plan);
 

@@ -6,7 +6,7 @@
 
 namespace vnquery {
 
-/// Names, in the driver manager's order; none when there are none, or no driver manager.
+/// Their names, in the driver manager's order; empty also without a driver manager.
 std::vector<std::string> ListDataSources();
 
 } // namespace vnquery

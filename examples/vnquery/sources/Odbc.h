@@ -1,5 +1,5 @@
-// unixODBC's headers beside the framework's. Both define names of the same scalar types; where they
-// differ in kind, ODBC's get other names here, as the windowless half of it uses neither.
+// unixODBC's headers, together with the framework's. Both define the names of some scalar types;
+// where these differ, ODBC's are renamed here. The functions used here need neither.
 #pragma once
 
 #include "vnbytstr/ByteStream.h"

@@ -5,14 +5,13 @@
 #include "vnquery/work/Failure.h"
 #include "vnquery/work/Interruption.h"
 
-#include <algorithm>
 #include <iterator>
 
 namespace vnquery {
 
 namespace {
 
-/// The driver's own words; "" when it has none.
+/// The driver's messages; "" without any.
 std::string Diagnose(SQLSMALLINT type, SQLHANDLE handle) {
     std::string text;
     SQLWCHAR state[6] = {};
@@ -21,12 +20,9 @@ std::string Diagnose(SQLSMALLINT type, SQLHANDLE handle) {
     SQLSMALLINT length = 0;
     for (SQLSMALLINT record = 1; SQL_SUCCEEDED(SQLGetDiagRecW(
              type, handle, record, state, &number, message, std::size(message), &length));
-         ++record) {
-        const auto count =
-            std::min<std::size_t>(static_cast<std::size_t>(length), std::size(message) - 1);
-        text +=
-            (text.empty() ? "" : "; ") + FromWide(message, count) + " [" + FromWide(state, 5) + "]";
-    }
+         ++record)
+        text += (text.empty() ? "" : "; ") + FromBuffer(message, length) + " [" +
+                FromWide(state, 5) + "]";
     return text;
 }
 
@@ -80,7 +76,7 @@ OdbcConnection::OdbcConnection(const std::string& connection, Access access)
 
 void OdbcConnection::Connect(const std::string& connection, Access access) {
     if (access == Access::Write)
-        // So that nobody changes a value between the look at it and its update.
+        // So that nobody else changes a value between its comparison and its update.
         SetAttribute(m_handle.Get(), SQL_ATTR_TXN_ISOLATION, SQL_TXN_SERIALIZABLE);
     else
         SetAttribute(m_handle.Get(), SQL_ATTR_ACCESS_MODE, SQL_MODE_READ_ONLY); // a hint
@@ -91,7 +87,7 @@ void OdbcConnection::Connect(const std::string& connection, Access access) {
         OdbcFail(Text(IDS_VQ_CANNOT_CONNECT), SQL_HANDLE_DBC, m_handle.Get());
 }
 
-/// For this transaction alone: a session may be lent to somebody else after us, by a pool.
+/// For this transaction only: a connection pool may give the session to another program afterwards.
 void OdbcConnection::MakeReadOnly() {
     std::vector<SQLWCHAR> text = ToWide("SET TRANSACTION READ ONLY");
     const std::unique_ptr<OdbcHandle> statement = NewStatement();
@@ -109,9 +105,7 @@ SqlServer OdbcConnection::GetServer() const {
     SQLSMALLINT bytes = 0;
     if (!SQL_SUCCEEDED(SQLGetInfoW(m_handle.Get(), SQL_DBMS_NAME, name, sizeof name, &bytes)))
         return SqlServer::Other;
-    return ServerOf(FromWide(
-        name, std::min(static_cast<std::size_t>(std::max<SQLSMALLINT>(bytes, 0)) / sizeof(SQLWCHAR),
-                       std::size(name) - 1)));
+    return ServerOf(FromBuffer(name, bytes / static_cast<SQLLEN>(sizeof(SQLWCHAR))));
 }
 
 std::unique_ptr<OdbcHandle> OdbcConnection::NewStatement() const {

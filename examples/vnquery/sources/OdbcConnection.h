@@ -9,7 +9,7 @@
 
 namespace vnquery {
 
-/// An ODBC handle, freed at its end. Throws Failure when ODBC gives none.
+/// An ODBC handle, freed by the destructor. Throws Failure when ODBC returns no handle.
 class OdbcHandle {
 public:
     OdbcHandle(SQLSMALLINT type, SQLHANDLE parent);
@@ -23,16 +23,16 @@ private:
     SQLHANDLE m_handle = SQL_NULL_HANDLE;
 };
 
-/// A connection that is closed at its end; what was not committed is then undone.
+/// A connection. The destructor undoes what was not committed and closes it.
 class OdbcConnection {
 public:
     enum class Access { Read, Write };
 
-    /// Everything runs in a transaction; nothing is committed by itself. With Read that is one in
-    /// which the server itself refuses changes, if it has such (PostgreSQL, MariaDB and MySQL,
-    /// Oracle), else one that is only undone. What a function of the server does outside of its
-    /// transactions (files, other servers) is beyond both. Throws Failure; so does Write on a
-    /// driver without transactions.
+    /// Everything runs in a transaction and is committed only by EndTransaction. With Read the
+    /// server itself refuses changes if it can (PostgreSQL, MariaDB, MySQL, Oracle); otherwise the
+    /// transaction is only undone. Neither covers what a function of the server does outside of
+    /// its transactions (files, other servers). Throws Failure, also for Write on a driver without
+    /// transactions.
     OdbcConnection(const std::string& connection, Access access);
     ~OdbcConnection();
     OdbcConnection(const OdbcConnection&) = delete;
@@ -41,7 +41,7 @@ public:
     std::unique_ptr<OdbcHandle> NewStatement() const;
     /// How the server reads SQL text.
     SqlServer GetServer() const;
-    /// What the server wants around names; "" for nothing.
+    /// The server's quote character for names; "" for none.
     std::string GetNameQuote() const;
     /// SQL_COMMIT or SQL_ROLLBACK. Throws Failure.
     void EndTransaction(SQLSMALLINT how);
@@ -54,10 +54,10 @@ private:
     OdbcHandle m_handle;
 };
 
-/// The SQLSTATE of the handle's first message; "" without one.
+/// The SQLSTATE of the handle's first diagnostic record; "" without one.
 std::string OdbcState(SQLSMALLINT type, SQLHANDLE handle);
 
-/// Throws Failure with what was tried and the driver's own words, or Interrupted.
+/// Throws Failure with `what` (was tried) and the driver's message, or Interrupted.
 [[noreturn]] void OdbcFail(const std::string& what, SQLSMALLINT type, SQLHANDLE handle);
 
 } // namespace vnquery

@@ -13,20 +13,20 @@ class OdbcReader {
 public:
     explicit OdbcReader(SQLHANDLE statement) : m_statement(statement), m_buffer(kPieceSize) {}
 
-    /// The values' type in a column of that SQL type; dates, times and what only the driver knows
-    /// come as text.
+    /// The type of the values in a column of that SQL type. Dates, times and types that only the
+    /// driver knows come as text.
     static Value::Type TypeOf(int sqlType);
-    /// Reads a column's value; columns in their order, from 0. Throws Failure and Interrupted.
+    /// Reads a value; columns count from 0 and are read in order. Throws Failure and Interrupted.
     void Read(std::size_t column, const std::string& name, Value::Type type, ValueSink& sink);
 
 private:
-    /// A piece of a value in the buffer.
+    /// A piece of a value, in m_buffer.
     struct Piece {
         std::size_t bytes = 0;
         bool isLast = false;
         bool isNull = false;
-        SQLLEN remaining =
-            SQL_NO_TOTAL; ///< bytes still to come with this piece, when the driver knows
+        /// Bytes of this piece and those still to come, if the driver knows.
+        SQLLEN remaining = SQL_NO_TOTAL;
     };
     Piece ReadPiece(std::size_t column, const std::string& name, SQLSMALLINT type,
                     std::size_t terminator);

@@ -6,7 +6,6 @@
 #include "vnquery/work/Failure.h"
 #include "vnquery/work/Interruption.h"
 
-#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <functional>
@@ -44,7 +43,7 @@ ColumnKind KindOf(SQLSMALLINT sqlType) {
 OdbcSource::OdbcSource(const std::string& connection, const std::string& sql, SourceUse use)
     : m_connection(std::make_unique<OdbcConnection>(connection, OdbcConnection::Access::Read)),
       m_statement(m_connection->NewStatement()), m_reader(m_statement->Get()) {
-    Refuse(sql);
+    RefuseChanges(sql);
     m_watcher = std::jthread([this, asked = CurrentStop()](const std::stop_token& stop) {
         CancelWhenAsked(stop, asked);
     });
@@ -59,7 +58,7 @@ OdbcSource::OdbcSource(const std::string& connection, const std::string& sql, So
 
 OdbcSource::~OdbcSource() = default;
 
-void OdbcSource::Refuse(const std::string& sql) const {
+void OdbcSource::RefuseChanges(const std::string& sql) const {
     const std::optional<QueryRefusal> refusal = FindRefusal(sql, m_connection->GetServer());
     if (!refusal)
         return;
@@ -73,14 +72,15 @@ void OdbcSource::Refuse(const std::string& sql) const {
     }
 }
 
-/// Asks the driver, before anything runs, whether there will be columns.
+/// Asks the driver before the query runs whether it has columns.
 void OdbcSource::Prepare(const std::string& sql) {
     std::vector<SQLWCHAR> text = ToWide(sql);
     Check(SQLPrepareW(m_statement->Get(), text.data(), SQL_NTS), IDS_VQ_CANNOT_RUN);
     SQLSMALLINT count = 0;
     if (!SQL_SUCCEEDED(SQLNumResultCols(m_statement->Get(), &count))) {
         const std::string state = OdbcState(SQL_HANDLE_STMT, m_statement->Get());
-        if (state != "HY010" && state != "HYC00" && state != "IM001") // a driver that cannot tell
+        if (state != "HY010" && state != "HYC00" &&
+            state != "IM001") // not a driver that cannot tell
             Check(SQL_ERROR, IDS_VQ_CANNOT_RUN);
     } else if (count == 0) {
         throw Failure(kQueryFailed, Text(IDS_VQ_NO_RESULT));
@@ -118,8 +118,7 @@ void OdbcSource::DescribeColumns() {
         Check(SQLDescribeColW(m_statement->Get(), column, name, std::size(name), &length, &type,
                               &size, &digits, &nullable),
               IDS_VQ_CANNOT_READ_COLUMNS);
-        m_names.push_back(FromWide(
-            name, std::min<std::size_t>(static_cast<std::size_t>(length), std::size(name) - 1)));
+        m_names.push_back(FromBuffer(name, length));
         m_types.push_back(OdbcReader::TypeOf(type));
         m_kinds.push_back(KindOf(type));
         EditColumn& edit = m_editPlan.columns.emplace_back();
@@ -138,12 +137,10 @@ std::string OdbcSource::GetAttribute(std::size_t column, SQLUSMALLINT attribute)
     if (!SQL_SUCCEEDED(SQLColAttributeW(m_statement->Get(), static_cast<SQLUSMALLINT>(column + 1),
                                         attribute, text, sizeof text, &bytes, nullptr)))
         return {};
-    return FromWide(
-        text, std::min(static_cast<std::size_t>(std::max<SQLSMALLINT>(bytes, 0)) / sizeof(SQLWCHAR),
-                       std::size(text) - 1));
+    return FromBuffer(text, bytes / static_cast<SQLLEN>(sizeof(SQLWCHAR)));
 }
 
-/// Names of the primary key's columns in the plan's table; none when the driver does not tell.
+/// Names of the primary key's columns in the plan's table; empty when the driver does not tell.
 std::vector<std::string> OdbcSource::FindPrimaryKey(const std::string& catalog) const {
     const std::unique_ptr<OdbcHandle> keys = m_connection->NewStatement();
     std::vector<SQLWCHAR> names[] = {ToWide(catalog), ToWide(m_editPlan.schema),
@@ -162,15 +159,13 @@ std::vector<std::string> OdbcSource::FindPrimaryKey(const std::string& catalog) 
         if (SQL_SUCCEEDED(
                 SQLGetData(keys->Get(), kColumnName, SQL_C_WCHAR, name, sizeof name, &bytes)) &&
             bytes > 0)
-            columns.push_back(
-                FromWide(name, std::min(static_cast<std::size_t>(bytes) / sizeof(SQLWCHAR),
-                                        std::size(name) - 1)));
+            columns.push_back(FromBuffer(name, bytes / static_cast<SQLLEN>(sizeof(SQLWCHAR))));
     }
     return columns;
 }
 
 void OdbcSource::PlanEditing(const std::string& sql) {
-    // A table joined with itself is one table to the driver.
+    // The driver reports a table joined with itself as one table.
     if (!ParseOneTableQuery(sql))
         return;
     std::string catalog;

@@ -12,9 +12,9 @@
 
 namespace vnquery {
 
-/// Runs one query on the server that an ODBC connection string names. Nothing but a query is ever
-/// run, see FindRefusal and OdbcConnection. Values come in pieces, texts as UTF-16. What the driver
-/// has in memory of the result is the driver's choice: for PostgreSQL, "UseDeclareFetch=1" in the
+/// Runs one query on the server that an ODBC connection string names. Only queries are run, see
+/// FindRefusal and OdbcConnection. Values come in pieces, texts as UTF-16. How much of the result
+/// the driver keeps in memory is up to the driver: for PostgreSQL, "UseDeclareFetch=1" in the
 /// connection string makes it fetch rows in portions.
 class OdbcSource : public RowSource {
 public:
@@ -29,15 +29,15 @@ public:
     void Read(std::size_t column, ValueSink& sink) override;
 
 private:
-    void Refuse(const std::string& sql) const;
+    void RefuseChanges(const std::string& sql) const;
     void Prepare(const std::string& sql);
     void DescribeColumns();
     void PlanEditing(const std::string& sql);
     std::string GetAttribute(std::size_t column, SQLUSMALLINT attribute) const;
     std::vector<std::string> FindPrimaryKey(const std::string& catalog) const;
-    /// What the watcher does: ODBC waits for the server without looking for signals.
+    /// Runs on m_watcher, since ODBC does not notice signals while it waits for the server.
     void CancelWhenAsked(const std::stop_token& stop, const std::stop_token& asked);
-    /// `what`, a text's id, was tried.
+    /// Throws when the call failed; `what` is the id of the text that says what was tried.
     void Check(SQLRETURN result, UINT what) const;
 
     std::unique_ptr<OdbcConnection> m_connection;
@@ -47,7 +47,7 @@ private:
     std::vector<Value::Type> m_types;
     std::vector<ColumnKind> m_kinds;
     EditPlan m_editPlan;
-    std::jthread m_watcher; ///< the last member: it stops before the statement goes
+    std::jthread m_watcher; ///< last, so that it stops before the statement is freed
 };
 
 } // namespace vnquery

@@ -3,6 +3,7 @@
 
 #include "vnquery/sources/Odbc.h"
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -12,12 +13,19 @@ namespace vnquery {
 /// UTF-16 with a terminating zero, for ODBC's functions that end in W.
 std::vector<SQLWCHAR> ToWide(std::string_view text);
 std::string FromWide(const SQLWCHAR* text, std::size_t count);
+/// The text that an ODBC function has put into a buffer; `units` is its length as the function tells
+/// it, which may be more than the buffer holds, or negative.
+template <std::size_t Size>
+std::string FromBuffer(const SQLWCHAR (&buffer)[Size], SQLLEN units) {
+    return FromWide(buffer, static_cast<std::size_t>(
+                                std::clamp<SQLLEN>(units, 0, static_cast<SQLLEN>(Size) - 1)));
+}
 
-/// Turns pieces of UTF-16 into UTF-8, also where a pair of surrogates lies across two of them.
+/// Converts pieces of UTF-16 to UTF-8; a surrogate pair may lie across two of them.
 class WideTextDecoder {
 public:
-    /// The piece, with what was left of the one before, in UTF-8. `last`: nothing follows; a half
-    /// of a pair then becomes U+FFFD.
+    /// The piece, together with what was left of the one before, in UTF-8. In the last piece half a
+    /// pair becomes U+FFFD.
     CByteStream Decode(const SQLWCHAR* text, std::size_t count, bool last);
 
 private:

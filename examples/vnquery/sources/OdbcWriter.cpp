@@ -42,7 +42,7 @@ std::string OdbcWriter::Condition() const {
     return condition;
 }
 
-/// Binds values of the plan's columns in their order. Long bytes come when the statement runs.
+/// Binds the values of these columns of the plan. Bytes are passed when the statement runs.
 void OdbcWriter::Bind(SQLHANDLE statement, std::span<Parameter> parameters,
                       std::span<const std::size_t> columns) const {
     for (std::size_t i = 0; i < parameters.size(); ++i) {
@@ -50,7 +50,7 @@ void OdbcWriter::Bind(SQLHANDLE statement, std::span<Parameter> parameters,
         const EditColumn& column = m_plan.columns[columns[i]];
         const Value& value = *parameter.value;
         const bool isBinary = value.GetType() == Value::Type::Binary;
-        SQLPOINTER data = &parameter; // handed back by SQLParamData
+        SQLPOINTER data = &parameter; // SQLParamData returns it
         if (value.IsNull()) {
             parameter.indicator = SQL_NULL_DATA;
         } else if (isBinary) {

@@ -10,8 +10,8 @@
 
 namespace vnquery {
 
-/// Works in a serializable transaction: a change of somebody else between Read and Commit makes the
-/// server refuse one of the two.
+/// Works in a serializable transaction: when another user changes a value between Read and Commit,
+/// the server refuses one of the two.
 class OdbcWriter : public TableWriter {
 public:
     OdbcWriter(const std::string& connection, const EditPlan& plan);
@@ -22,7 +22,7 @@ public:
     void Commit() override;
 
 private:
-    /// A value bound to a place in a statement; what ODBC reads later stays here.
+    /// A value bound to a parameter of a statement, with what ODBC reads when that runs.
     struct Parameter {
         const Value* value = nullptr;
         std::vector<SQLWCHAR> wide;
@@ -37,7 +37,7 @@ private:
 
     OdbcConnection m_connection;
     const EditPlan& m_plan;
-    std::string m_quote; ///< what stands around names; "" for nothing
+    std::string m_quote; ///< the quote character for names; "" for none
     std::string m_table; ///< quoted, with the schema
 };
 

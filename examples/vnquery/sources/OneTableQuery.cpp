@@ -1,5 +1,7 @@
 #include "vnquery/sources/OneTableQuery.h"
 
+#include "vnquery/result/AsciiUpper.h"
+
 #include <algorithm>
 #include <array>
 #include <vector>
@@ -21,8 +23,6 @@ bool IsWordByte(char ch) {
     return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') ||
            (byte >= '0' && byte <= '9') || byte == '_' || byte == '$' || byte >= 0x80;
 }
-
-char ToUpper(char ch) { return ch >= 'a' && ch <= 'z' ? static_cast<char>(ch - 'a' + 'A') : ch; }
 
 /// Splits SQL text into tokens as SQLite does, leaving out blanks and comments.
 class Tokenizer {
@@ -72,7 +72,7 @@ private:
         ++m_at;
         return {TokenKind::Symbol, begin, std::string(1, ch)};
     }
-    /// A quote inside is written twice, but for a bracket.
+    /// A quote inside is doubled; brackets have no such escape.
     std::string Quoted(char quote) {
         std::string text;
         for (++m_at; m_at < m_sql.size(); ++m_at) {
@@ -98,7 +98,7 @@ bool IsSymbol(const Token& token, std::string_view symbol) {
     return token.kind == TokenKind::Symbol && token.text == symbol;
 }
 
-/// Words that show, or may show, that a row of the result is not simply one of the table.
+/// Words that show, or may show, that the rows of the result are not those of the table.
 bool IsForbidden(const Token& token) {
     constexpr std::array<std::string_view, 11> kWords = {"JOIN",   "UNION",  "INTERSECT", "EXCEPT",
                                                          "WITH",   "VALUES", "DISTINCT",  "GROUP",
@@ -106,8 +106,8 @@ bool IsForbidden(const Token& token) {
     return token.kind == TokenKind::Word && std::ranges::find(kWords, token.text) != kWords.end();
 }
 
-/// Index of the only FROM, outside parentheses, of the only SELECT, which begins the text; else
-/// nothing.
+/// Index of the FROM that belongs to the SELECT at the beginning; nothing when there is another
+/// SELECT or FROM.
 std::optional<std::size_t> FindFrom(const std::vector<Token>& tokens) {
     std::optional<std::size_t> from;
     int depth = 0;
@@ -125,7 +125,7 @@ std::optional<std::size_t> FindFrom(const std::vector<Token>& tokens) {
     return from;
 }
 
-/// The table named behind FROM, when it is the only one there.
+/// The name of the table after FROM, if it is the only one.
 std::optional<std::string> FindTable(const std::vector<Token>& tokens, std::size_t from,
                                      std::string_view sql) {
     std::size_t name = from + 1;

@@ -1,5 +1,7 @@
 #include "vnquery/sources/QueryGuard.h"
 
+#include "vnquery/result/AsciiUpper.h"
+
 #include <algorithm>
 #include <array>
 #include <span>
@@ -11,17 +13,17 @@ namespace {
 
 using Reason = QueryRefusal::Reason;
 
-/// Where servers read the same text in different ways.
+/// How servers differ in reading the same text.
 struct Dialect {
     bool hasNestedComments = false;
     bool hasHashComments = false;       ///< from # to the end of the line
-    bool needsBlankAfterDashes = false; ///< "--1" is no comment but two signs
-    bool hasBackslashes = false;        ///< in strings, for the character after them
+    bool needsBlankAfterDashes = false; ///< "--1" is two minus signs, not a comment
+    bool hasBackslashes = false;        ///< in strings, before an escaped character
     bool hasEscapeStrings = false;      ///< E'...' with backslashes
     bool hasDollarQuotes = false;       ///< $tag$...$tag$
     bool hasBrackets = false;           ///< around names
     bool hasChosenQuotes = false;       ///< q'[...]'
-    bool needsNoSemicolons = false;     ///< statements may follow each other without one
+    bool needsNoSemicolons = false;     ///< statements need none between them
 };
 
 constexpr Dialect kPostgreSql = {
@@ -40,12 +42,13 @@ constexpr std::array kAll = {kStandard, kPostgreSql, kMySql, kMySqlPlain, kTrans
 
 constexpr std::array<std::string_view, 8> kBeginnings = {"SELECT", "WITH",     "VALUES", "TABLE",
                                                          "SHOW",   "DESCRIBE", "DESC",   "EXPLAIN"};
-/// Words that begin or make a change. Followed by a parenthesis some are functions.
+/// Words that begin a change.
 constexpr std::array<std::string_view, 17> kChanges = {
     "UPDATE", "DELETE", "MERGE",  "UPSERT", "TRUNCATE", "INTO",    "CREATE", "ALTER",   "DROP",
     "RENAME", "GRANT",  "REVOKE", "CALL",   "EXEC",     "EXECUTE", "COMMIT", "SHUTDOWN"};
+/// The same, unless a parenthesis follows: then they are functions.
 constexpr std::array<std::string_view, 2> kFunctionsToo = {"INSERT", "REPLACE"};
-/// More of them where a statement needs no semicolon before it.
+/// More of them, for servers that need no semicolon between statements.
 constexpr std::array<std::string_view, 7> kTransactChanges = {
     "BACKUP", "RESTORE", "DBCC", "KILL", "BULK", "DENY", "RECONFIGURE"};
 
@@ -59,13 +62,12 @@ bool IsLetter(char ch) {
     return (ch >= 'a' && ch <= 'z') || (ch >= 'A' && ch <= 'Z') || ch == '_' ||
            static_cast<unsigned char>(ch) >= 0x80;
 }
-char ToUpper(char ch) { return ch >= 'a' && ch <= 'z' ? static_cast<char>(ch - 'a' + 'A') : ch; }
 
 /// A word in upper case, a symbol, or "" for a quoted text or a number.
 using Token = std::string;
 
-/// Splits the text as a server with that dialect does. Where a quote or comment does not end, the
-/// tokens end: such a server refuses the text as a whole.
+/// Splits the text as a server with that dialect does. An unterminated quote or comment ends the
+/// tokens: the server rejects such a text.
 class Lexer {
 public:
     Lexer(std::string_view sql, const Dialect& dialect) : m_sql(sql), m_dialect(dialect) {}
@@ -101,7 +103,7 @@ private:
         if (!StartsWith("/*"))
             return false;
         if (StartsWith("/*!") || StartsWith("/*M!"))
-            tokens.emplace_back("/*!"); // what is in it is executed
+            tokens.emplace_back("/*!"); // its content is executed
         int depth = 0;
         do {
             if (StartsWith("/*") && (depth == 0 || m_dialect.hasNestedComments)) {
@@ -152,7 +154,7 @@ private:
         }
         return word;
     }
-    /// A quote inside is written twice.
+    /// A quote inside is doubled.
     void SkipQuote(char end, bool hasBackslashes) {
         for (++m_at; m_at < m_sql.size(); ++m_at) {
             if (hasBackslashes && m_sql[m_at] == '\\') {
@@ -197,7 +199,7 @@ bool IsChange(std::span<const Token> tokens, std::size_t at, const Dialect& dial
     const Token& word = tokens[at];
     if (word == "/*!")
         return true;
-    if (at > 0 && tokens[at - 1] == ".") // a column, with its table
+    if (at > 0 && tokens[at - 1] == ".") // a column after its table
         return false;
     if (IsOneOf(kFunctionsToo, word))
         return at + 1 == tokens.size() || tokens[at + 1] != "(";

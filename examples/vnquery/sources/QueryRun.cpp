@@ -21,7 +21,7 @@ QueryRun::~QueryRun() = default;
 
 void QueryRun::Cancel() { m_task->Cancel(); }
 
-/// On the task's thread. A portion goes when it is full, or when some time has passed.
+/// Runs on the task's thread. A portion is handed over when it is full or after some time.
 void QueryRun::Work(Progress& progress) {
     const std::unique_ptr<RowSource> source = OpenSource(m_connection, m_sql, SourceUse::Editing);
     {
@@ -40,7 +40,7 @@ void QueryRun::Work(Progress& progress) {
         }
     } catch (...) {
         portion.DropIncompleteRow();
-        HandOver(portion); // what came before the failure is worth seeing
+        HandOver(portion); // the rows before the failure are shown
         throw;
     }
     HandOver(portion);
@@ -63,7 +63,7 @@ std::optional<ResultShape> QueryRun::TakeShape() {
 std::size_t QueryRun::TakeRows(ResultSet& result, std::size_t maxRows) {
     std::size_t count = 0;
     const std::lock_guard lock(m_mutex);
-    if (m_shape) // came just now: its taker would not know what to do with the rows
+    if (m_shape) // the caller does not know the columns yet
         return 0;
     while (!m_portions.empty() && count + m_portions.front().GetRowCount() <= maxRows) {
         count += m_portions.front().GetRowCount();

@@ -1,4 +1,4 @@
-// A query that runs beside a window and hands over its rows in portions.
+// A query that runs on another thread and hands over its rows in portions.
 #pragma once
 
 #include "vnquery/result/ResultSet.h"
@@ -20,7 +20,7 @@ struct ResultShape {
     EditPlan plan;
 };
 
-/// Begins at once. The thread that makes it calls everything here.
+/// Starts at once. All functions are called on the thread that made the object.
 class QueryRun {
 public:
     QueryRun(const Connection& connection, const std::string& sql);
@@ -31,17 +31,17 @@ public:
     const TaskProgress& GetProgress() const { return m_task->GetProgress(); }
     const Connection& GetConnection() const { return m_connection; }
     const std::string& GetSql() const { return m_sql; }
-    /// The rows that have come stay.
+    /// Stops the query; rows that have already arrived stay.
     void Cancel();
 
-    /// The result's columns, once and as soon as they are known.
+    /// Returns the result's columns once, as soon as they are known.
     std::optional<ResultShape> TakeShape();
-    /// Moves rows that have come behind those in `result`, whole portions up to `maxRows` (at
-    /// least kPortion); returns how many. None before the shape has been taken. None after the run
-    /// has ended means that all have been taken.
+    /// Appends rows that have arrived to `result`, in whole portions up to `maxRows` (at least
+    /// kPortion), and returns how many: 0 before the shape has been taken, and 0 after the run has
+    /// ended when all have been taken.
     std::size_t TakeRows(ResultSet& result, std::size_t maxRows);
 
-    static constexpr std::size_t kPortion = 1024; ///< most rows of a portion
+    static constexpr std::size_t kPortion = 1024; ///< maximum rows of a portion
 
 private:
     void Work(Progress& progress);
@@ -55,7 +55,7 @@ private:
     std::condition_variable_any m_taken;
     std::optional<ResultShape> m_shape;
     std::deque<ResultSet> m_portions;
-    std::unique_ptr<BackgroundTask> m_task; ///< the last member
+    std::unique_ptr<BackgroundTask> m_task; ///< last, so that it ends before what it uses
 };
 
 } // namespace vnquery

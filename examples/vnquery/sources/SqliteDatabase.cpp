@@ -14,12 +14,12 @@ namespace vnquery {
 
 namespace {
 
-constexpr int kInstructionsPerLook = 10000; ///< between two looks whether to stop
+constexpr int kInstructionsPerLook = 10000; ///< between two checks whether to stop
 constexpr int kWaitForLock = 5000;          ///< milliseconds
 
 int StopWhenAsked(void*) { return IsInterrupted(); }
 
-/// The shortest text that reads back as the same number, as SQLite would write it.
+/// The shortest text that reads back as the same number, with a decimal point as SQLite writes it.
 std::string FormatReal(double number) {
     char text[40];
     const auto [end, error] = std::to_chars(text, text + sizeof text, number);
@@ -108,7 +108,7 @@ void SqliteDatabase::ReadWhole(sqlite3_stmt* statement, int column, ValueSink& s
         return;
     }
     sink.Begin(type == SQLITE_TEXT ? Value::Type::Text : Value::Type::Binary);
-    // In this order: asking for a text converts it, and only then its length is known.
+    // In this order: the call for the text converts it, and its length is known only afterwards.
     const void* bytes = type == SQLITE_TEXT
                             ? static_cast<const void*>(sqlite3_column_text(statement, column))
                             : sqlite3_column_blob(statement, column);

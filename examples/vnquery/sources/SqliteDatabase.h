@@ -12,8 +12,8 @@ struct sqlite3_blob;
 
 namespace vnquery {
 
-/// A database file that is never made. Statements stop when the work of their thread is to stop
-/// (see CheckInterrupted). Functions throw Failure, and Interrupted.
+/// An existing database file; none is created. Statements stop when their thread is asked to (see
+/// CheckInterrupted). All functions throw Failure and Interrupted.
 class SqliteDatabase {
     template <auto Close>
     struct Closer {
@@ -36,16 +36,16 @@ public:
     sqlite3* Get() const { return m_database.get(); }
     const std::string& GetFile() const { return m_file; }
     bool IsTextUtf8() const { return m_isTextUtf8; }
-    /// `rest`: where the text of the next statement begins.
+    /// `rest` receives the beginning of the next statement.
     Statement Prepare(const std::string& sql, const char** rest = nullptr) const;
-    /// Goes to the next row; false when there is none. `what` was tried.
+    /// Goes to the next row; false after the last one. `what` (was tried) is for messages.
     bool Step(sqlite3_stmt* statement, const std::string& what) const;
     void Run(const std::string& sql, const std::string& what) const;
     [[noreturn]] void Fail(const std::string& what) const;
 
-    /// A value of the current row in one piece.
+    /// Reads a value of the current row in one piece.
     void ReadWhole(sqlite3_stmt* statement, int column, ValueSink& sink) const;
-    /// A value's bytes in pieces.
+    /// Reads a value's bytes in pieces.
     void ReadPieces(sqlite3_blob* blob, const std::string& column, ValueSink& sink) const;
 
 private:

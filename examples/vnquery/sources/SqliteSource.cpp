@@ -1,6 +1,7 @@
 #include "vnquery/sources/SqliteSource.h"
 
 #include "vnquery/messages/Messages.h"
+#include "vnquery/result/AsciiUpper.h"
 #include "vnquery/sources/OneTableQuery.h"
 #include "vnquery/work/Failure.h"
 #include "vnquery/work/Interruption.h"
@@ -17,6 +18,12 @@ namespace vnquery {
 namespace {
 
 bool EqualsNoCase(const char* a, const char* b) { return sqlite3_stricmp(a, b) == 0; }
+
+/// For SQL with the schema as ?1 and the table as ?2.
+void BindTable(sqlite3_stmt* statement, const char* schema, const char* table) {
+    sqlite3_bind_text(statement, 1, schema, -1, SQLITE_TRANSIENT);
+    sqlite3_bind_text(statement, 2, table, -1, SQLITE_TRANSIENT);
+}
 
 std::string FirstWord(const std::string& sql) {
     const std::string words = NormaliseSql(sql);
@@ -36,8 +43,8 @@ SqliteSource::SqliteSource(const std::string& file, const std::string& sql, Sour
     const int count = sqlite3_column_count(m_statement.get());
     if (count == 0)
         throw Failure(kQueryFailed, Text(IDS_VQ_NO_RESULT));
-    // The database is open for reading only; this says so before anything runs, and keeps other
-    // files that a statement could name from being written, too.
+    // The database is open for reading only. This refuses changes before anything runs, also to
+    // other files that a statement could name.
     if (!sqlite3_stmt_readonly(m_statement.get()))
         throw Failure(kQueryFailed, Text(IDS_VQ_NOT_A_QUERY, {FirstWord(sql)}));
     for (int i = 0; i < count; ++i) {
@@ -53,31 +60,28 @@ SqliteSource::~SqliteSource() = default;
 
 // --- queries of one table ------------------------------------------------------------------------
 
-/// Neither a view nor a virtual table.
+/// Whether it is neither a view nor a virtual table.
 bool SqliteSource::IsPlainTable(const char* schema, const char* table) {
     const Statement list =
         m_database.Prepare("SELECT 1 FROM pragma_table_list(?2) WHERE schema = ?1 COLLATE NOCASE "
                            "AND type = 'table'");
-    sqlite3_bind_text(list.get(), 1, schema, -1, SQLITE_TRANSIENT);
-    sqlite3_bind_text(list.get(), 2, table, -1, SQLITE_TRANSIENT);
+    BindTable(list.get(), schema, table);
     return sqlite3_step(list.get()) == SQLITE_ROW;
 }
 
-/// The row number's name that no column of the table takes away; "" when there is none, or when the
+/// A name of the row's number that no column of the table hides; "" when there is none, or when the
 /// table's rows have no numbers.
 std::string SqliteSource::FindRowIdName(const char* schema, const char* table) {
     const Statement numbered = m_database.Prepare("SELECT 1 FROM pragma_table_list(?2) "
                                                   "WHERE schema = ?1 COLLATE NOCASE AND wr = 0");
-    sqlite3_bind_text(numbered.get(), 1, schema, -1, SQLITE_TRANSIENT);
-    sqlite3_bind_text(numbered.get(), 2, table, -1, SQLITE_TRANSIENT);
+    BindTable(numbered.get(), schema, table);
     if (sqlite3_step(numbered.get()) != SQLITE_ROW)
         return {};
     const Statement columns = m_database.Prepare("SELECT 1 FROM pragma_table_xinfo(?2, ?1) "
                                                  "WHERE name = ?3 COLLATE NOCASE");
     for (const char* name : {"rowid", "_rowid_", "oid"}) {
         sqlite3_reset(columns.get());
-        sqlite3_bind_text(columns.get(), 1, schema, -1, SQLITE_TRANSIENT);
-        sqlite3_bind_text(columns.get(), 2, table, -1, SQLITE_TRANSIENT);
+        BindTable(columns.get(), schema, table);
         sqlite3_bind_text(columns.get(), 3, name, -1, SQLITE_TRANSIENT);
         if (sqlite3_step(columns.get()) == SQLITE_DONE)
             return name;
@@ -85,15 +89,12 @@ std::string SqliteSource::FindRowIdName(const char* schema, const char* table) {
     return {};
 }
 
-/// A column of the table whose declaration does not speak against texts and bytes.
+/// Whether it is a column of the table whose declared type allows texts and bytes.
 bool SqliteSource::IsInPieces(sqlite3_stmt* statement, int column) const {
     const char* declared = sqlite3_column_decltype(statement, column);
     if (!sqlite3_column_origin_name(statement, column))
         return false;
-    std::string type = declared ? declared : "";
-    std::ranges::transform(type, type.begin(), [](char ch) {
-        return ch >= 'a' && ch <= 'z' ? static_cast<char>(ch - 'a' + 'A') : ch;
-    });
+    const std::string type = ToUpper(declared ? declared : "");
     constexpr const char* kNumbers[] = {"INT", "REAL", "FLOA", "DOUB"};
     return std::ranges::none_of(
         kNumbers, [&](const char* word) { return type.find(word) != std::string::npos; });
@@ -134,8 +135,8 @@ void SqliteSource::PlanOneTable(const std::string& sql, SourceUse use) {
         PlanKeyColumns();
 }
 
-/// The query becomes a subquery with a number for each row, of which only that and what is no long
-/// value is asked for. SQLite merges the two, and so neither loads nor sorts what is not asked for.
+/// Makes the query a subquery that also gives each row's number, and asks only for that and for the
+/// columns without long values. SQLite merges the two, so it neither loads nor sorts the others.
 bool SqliteSource::RunWithRowIds(const OneTableQuery& query) {
     std::string names;
     std::string columns;
@@ -161,7 +162,7 @@ bool SqliteSource::RunWithRowIds(const OneTableQuery& query) {
     sqlite3_stmt* statement = nullptr;
     if (sqlite3_prepare_v2(m_database.Get(), withRowIds.c_str(), -1, &statement, nullptr) !=
         SQLITE_OK)
-        return false; // the query stays as it was given
+        return false; // the query stays unchanged
     m_statement.reset(statement);
     m_plans = std::move(plans);
     if (detailIndex > 0)
@@ -196,10 +197,8 @@ void SqliteSource::PlanEditing() {
                            "FROM pragma_table_xinfo(?2, ?1) WHERE name = ?3 COLLATE NOCASE");
     const Statement keys =
         m_database.Prepare("SELECT count(*) FROM pragma_table_xinfo(?2, ?1) WHERE pk > 0");
-    for (sqlite3_stmt* statement : {column.get(), keys.get()}) {
-        sqlite3_bind_text(statement, 1, m_schema.c_str(), -1, SQLITE_TRANSIENT);
-        sqlite3_bind_text(statement, 2, m_table.c_str(), -1, SQLITE_TRANSIENT);
-    }
+    BindTable(column.get(), m_schema.c_str(), m_table.c_str());
+    BindTable(keys.get(), m_schema.c_str(), m_table.c_str());
     const bool isOneKey =
         sqlite3_step(keys.get()) == SQLITE_ROW && sqlite3_column_int(keys.get(), 0) == 1;
     for (int i = 0; i < sqlite3_column_count(m_statement.get()); ++i) {
@@ -213,7 +212,7 @@ void SqliteSource::PlanEditing() {
         sqlite3_bind_text(column.get(), 3, origin, -1, SQLITE_TRANSIENT);
         const bool isStored =
             sqlite3_step(column.get()) == SQLITE_ROW && sqlite3_column_int(column.get(), 2) == 0;
-        if (!isStored) { // generated, or the row's number by its own name
+        if (!isStored) { // generated, or the row's number
             plan.readOnly = EqualsNoCase(origin, m_rowId.c_str()) ? ReadOnlyReason::Key
                                                                   : ReadOnlyReason::Computed;
             continue;
@@ -226,14 +225,13 @@ void SqliteSource::PlanEditing() {
     }
 }
 
-/// Without numbers the columns of the primary key tell the rows apart, if all of them are there.
+/// Without row numbers the columns of the primary key identify a row, if all of them are selected.
 void SqliteSource::PlanKeyColumns() {
     m_editPlan.rowIdName.clear();
     m_editPlan.readOnly = ReadOnlyReason::NoKey;
     const Statement keys =
         m_database.Prepare("SELECT name FROM pragma_table_xinfo(?2, ?1) WHERE pk > 0");
-    sqlite3_bind_text(keys.get(), 1, m_schema.c_str(), -1, SQLITE_TRANSIENT);
-    sqlite3_bind_text(keys.get(), 2, m_table.c_str(), -1, SQLITE_TRANSIENT);
+    BindTable(keys.get(), m_schema.c_str(), m_table.c_str());
     std::vector<std::string> names;
     while (sqlite3_step(keys.get()) == SQLITE_ROW)
         names.emplace_back(SqliteColumnText(keys.get(), 0));
@@ -248,7 +246,7 @@ std::optional<long long> SqliteSource::GetRowId() const {
 
 // --- values in pieces ----------------------------------------------------------------------------
 
-/// max() and its like over no rows give a row that is none of the table.
+/// False for the row that max() and similar functions give for no rows: it is not in the table.
 bool SqliteSource::HasCurrentRow() const {
     const int column = sqlite3_column_count(m_statement.get()) - 1;
     return sqlite3_column_type(m_statement.get(), column) != SQLITE_NULL;
@@ -258,8 +256,8 @@ long long SqliteSource::CurrentRow() const {
     return sqlite3_column_int64(m_statement.get(), sqlite3_column_count(m_statement.get()) - 1);
 }
 
-/// Opens the value of a row; false when it cannot be read in pieces, as one that an ALTER TABLE
-/// gave to rows that were there before.
+/// Opens the value of a row; false when it cannot be read in pieces, such as a default that ALTER
+/// TABLE gave to existing rows.
 bool SqliteSource::SeekBlob(ColumnPlan& plan, long long row) {
     int result = SQLITE_ERROR;
     if (plan.blob) {

@@ -11,11 +11,11 @@
 
 namespace vnquery {
 
-/// Runs one query on a database file that is opened for reading only and never made.
+/// Runs one query on a database file that is opened for reading only. No file is created.
 ///
-/// Where each row of the result is one of a single table (see ParseOneTableQuery), texts and bytes are read
-/// piece by piece from the table itself, so that not even SQLite has them in memory as a whole.
-/// Else SQLite gives each value in one piece.
+/// Where each row of the result is one of a single table (see ParseOneTableQuery), texts and bytes
+/// are read piece by piece from the table itself, so that even SQLite never has a whole value in
+/// memory. Otherwise SQLite gives each value in one piece.
 class SqliteSource : public RowSource {
 public:
     SqliteSource(const std::string& file, const std::string& sql,
@@ -35,15 +35,18 @@ private:
     /// Where a column of the result is found.
     struct ColumnPlan {
         int index = 0; ///< in m_statement, or in m_details
-        bool isInPieces =
-            false;        ///< m_details has its type there, and behind it the value if it is short
-        std::string name; ///< in the table
+        /// m_details has the value's type at `index` and, if the value is short, the value after
+        /// it.
+        bool isInPieces = false;
+        /// In the table.
+        std::string name;
         SqliteDatabase::Blob blob;
-        Statement whole; ///< reads the value of a row that cannot be read in pieces
+        /// Reads a value that cannot be read in pieces.
+        Statement whole;
     };
 
-    /// Where the rows are those of one table, puts a statement in the place of m_statement that
-    /// leaves long values in that table and tells each row's number, as far as there is use for it.
+    /// Where the rows are those of one table: replaces m_statement by one that leaves long values
+    /// in the table and gives each row's number, as far as that is needed.
     void PlanOneTable(const std::string& sql, SourceUse use);
     bool FindTable(const OneTableQuery& query);
     bool RunWithRowIds(const OneTableQuery& query);
@@ -66,14 +69,14 @@ private:
     EditPlan m_editPlan;
     std::vector<ColumnPlan> m_plans;
 
-    // For a query of one table. With m_hasRowIds its row's number is the last column of
-    // m_statement.
+    // For a query on one table. With m_hasRowIds the last column of m_statement is the row's
+    // number.
     std::string m_schema;
     std::string m_table;
     std::string m_rowId; ///< name of the row's number
-    Statement m_details; ///< gives types, numbers and NULL of one row
+    Statement m_details; ///< types and short values of one row
     bool m_hasRowIds = false;
-    bool m_hasDetails = false; ///< m_details stands on the current row
+    bool m_hasDetails = false; ///< m_details is at the current row
 };
 
 } // namespace vnquery

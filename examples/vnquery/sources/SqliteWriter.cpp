@@ -13,9 +13,9 @@ namespace vnquery {
 
 namespace {
 
-constexpr DWORD kMaxBound = 1048576; ///< longer bytes go in pieces where they can
+constexpr DWORD kMaxBound = 1048576; ///< longer bytes are written in pieces where possible
 
-/// A number's text as the number it is; as text when SQLite has no such number.
+/// Binds the text of a number as that number, or as text where SQLite cannot hold the number.
 void BindNumber(sqlite3_stmt* statement, int index, const std::string& text) {
     const char* const end = text.data() + text.size();
     long long integer = 0;
@@ -63,7 +63,7 @@ SqliteWriter::SqliteWriter(const std::string& file, const EditPlan& plan)
 }
 
 SqliteWriter::~SqliteWriter() {
-    // Whatever the thread was asked: the database undoes an open transaction when it closes, too.
+    // Errors do not matter: closing the database undoes an open transaction, too.
     if (m_isOpen)
         sqlite3_exec(m_database.Get(), "ROLLBACK", nullptr, nullptr, nullptr);
 }

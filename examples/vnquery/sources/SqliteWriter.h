@@ -6,8 +6,8 @@
 
 namespace vnquery {
 
-/// Holds the database's write lock from its beginning on, so nobody changes a row between Read and
-/// Update. Foreign keys are enforced. Long bytes go to the table in pieces.
+/// Holds the database's write lock during its life, so that nobody else changes a row between Read
+/// and Update. Foreign keys are enforced. Long bytes are written in pieces.
 class SqliteWriter : public TableWriter {
 public:
     SqliteWriter(const std::string& file, const EditPlan& plan);

@@ -49,7 +49,6 @@ enum HelpTopic : unsigned {
     kHelpConnect = 1,
     kHelpExport = 4,
     kHelpSettings = 7,
-    kHelpWindow = 8,
     kHelpValues = 9,
 };
 

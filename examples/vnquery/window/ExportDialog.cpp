@@ -56,8 +56,8 @@ BEGIN_MESSAGE_MAP(ExportDialog, CDialog)
 ON_COMMAND(kIdBrowse, OnBrowse)
 END_MESSAGE_MAP()
 
-ExportDialog::ExportDialog(const std::string& file, const ExportFormat& format, CWnd* parent)
-    : TextDialog(IDS_VQ_X_TITLE, 330, 206, kHelpExport, parent), m_file(file), m_format(format) {
+ExportDialog::ExportDialog(CWnd* parent)
+    : TextDialog(IDS_VQ_X_TITLE, 330, 206, kHelpExport, parent) {
     constexpr int kLabel = 110;
     constexpr int kField = 122;
     constexpr int kWidth = 201;
@@ -94,7 +94,6 @@ int ExportDialog::Chosen(int id) const {
 }
 
 BOOL ExportDialog::OnInitDialog() {
-    SetDlgItemText(kIdFile, m_file.c_str());
     const WORD ccsid = m_format.ccsid ? m_format.ccsid : kUtf8;
     std::string shown = std::to_string(ccsid);
     for (UINT id = kFirstCcsid; id <= kLastCcsid; ++id) {

@@ -8,7 +8,7 @@ namespace vnquery {
 
 class ExportDialog : public TextDialog {
 public:
-    ExportDialog(const std::string& file, const ExportFormat& format, CWnd* parent);
+    explicit ExportDialog(CWnd* parent);
     // After IDOK:
     const std::string& GetFile() const { return m_file; }
     const ExportFormat& GetFormat() const { return m_format; }

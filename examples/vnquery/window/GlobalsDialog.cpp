@@ -23,7 +23,7 @@ enum Id : int {
 };
 
 constexpr UINT kOptionsRoot = 3;
-constexpr int kBuiltIns = 60; ///< entries that are not the person's, the unnamed first one included
+constexpr int kBuiltIns = 60; ///< entries that are not the user's, including the unnamed first one
 
 /// Why a name cannot be added.
 UINT ComplaintOf(int status) {
@@ -48,11 +48,11 @@ std::string MeaningOf(const std::string& name) {
 
 bool AreOwnKept() { return VNGetProfileDWORD(kOptionsRoot, "Options", "SaveGlobals", 0) != 0; }
 
-/// Values that could not be saved are only here: they must not be read over.
+/// Whether some values exist only here, since saving failed: reading must not replace them.
 bool hasUnsaved = false;
 
-/// Reads the table anew. What no profile has stays as it is: the values that the program sets, and
-/// the user's own variables where they are not kept.
+/// Reads the table again. Values that are in no profile are kept: those that the program sets, and
+/// the user's variables if they are not saved.
 void ReadSaved() {
     if (hasUnsaved)
         return;
@@ -77,7 +77,7 @@ void ReadSaved() {
     for (const auto& [variable, text] : own) {
         int added = 0;
         globals.AddGlobalVariable(&variable, &text, added);
-        globals.SetGlobalVarValue(&variable, &text); // as it is, also a lone apostrophe
+        globals.SetGlobalVarValue(&variable, &text); // unchanged, even a single apostrophe
     }
 }
 
@@ -171,7 +171,7 @@ void GlobalsDialog::OnAdd() {
         return;
     GlobalsRow row{dialog.GetName(), dialog.GetValue(), Text(IDS_VQ_G_OWN), {}, true, true};
     const auto same = std::ranges::find(m_rows, row.name, &GlobalsRow::name);
-    if (same != m_rows.end()) { // added in this dialog a moment ago
+    if (same != m_rows.end()) { // added before in this dialog
         ShowMessage(Text(IDS_VQ_G_DUPLICATE, {row.name}));
         return;
     }

@@ -6,9 +6,9 @@
 
 namespace vnquery {
 
-/// Shows what is saved now, also what other programs have saved since this one began. OK sets what
-/// was changed, on top of what is saved by then, and saves it; without a change it saves nothing.
-/// Cancel changes nothing.
+/// Shows what is saved now, including what other programs have saved since this one started. OK
+/// applies the changes on top of what is saved by then and saves them; without changes it saves
+/// nothing. Cancel changes nothing.
 class GlobalsDialog : public TextDialog {
 public:
     explicit GlobalsDialog(CWnd* parent);

@@ -45,7 +45,7 @@ void GlobalsList::ShowRows(int selected) {
         SetOnlySel(selected);
 }
 
-/// A column has one kind of editor; here it is that of the selected row.
+/// A list has one kind of editor per column; here the selected row decides it.
 void GlobalsList::PrepareEditor(int row) {
     if (row < 0 || row >= static_cast<int>(m_rows.size()) || GetNumColumns() <= kValueColumn)
         return;
@@ -74,11 +74,11 @@ void GlobalsList::PrepareEditor(int row) {
 }
 
 LRESULT GlobalsList::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
-    // Before a click or a key opens an editor the row is selected.
+    // A click or key selects the row before it opens an editor.
     if (message == LB_SETCURSEL)
         PrepareEditor(static_cast<int>(wParam));
     const HWND window = m_hWnd;
-    const bool isClick = message == WM_LBUTTONDOWN; // chooses; a double click opens
+    const bool isClick = message == WM_LBUTTONDOWN; // selects only; a double click opens the editor
     if (isClick)
         EnableEditing(FALSE);
     const LRESULT result = CListBoxEx::WindowProc(message, wParam, lParam);

@@ -15,12 +15,12 @@ struct GlobalsRow {
     std::string value;
     std::string meaning;
     VariableKind kind;
-    bool isOwn = false;     ///< added by the person
+    bool isOwn = false;     ///< added by the user
     bool isChanged = false; ///< or new
 };
 
-/// Edits the value column: switches by choice, numbers with a spinner, others as text; what only
-/// the program sets is grey.
+/// The value column can be edited: switches with a drop-down list, numbers with a spin button,
+/// others as text. Variables that only the program sets are grey.
 class GlobalsList : public CListBoxEx {
 public:
     static constexpr int kValueColumn = 1;
@@ -28,9 +28,9 @@ public:
     explicit GlobalsList(std::vector<GlobalsRow>& rows) : m_rows(rows) {}
 
     BOOL CreateList(CWnd* parent, const RECT& rect, UINT id, UINT headingsId);
-    /// Shows the rows anew and selects one.
+    /// Shows all rows again and selects one.
     void ShowRows(int selected);
-    /// What a value looks like: switches with a word beside the digit.
+    /// A value as it is shown: switches with a word after the digit.
     static std::string DisplayValue(const GlobalsRow& row);
     static std::string ValueOfDisplay(const GlobalsRow& row, const std::string& text);
     BOOL Sort(int) override { return FALSE; }

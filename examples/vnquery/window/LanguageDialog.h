@@ -5,7 +5,7 @@
 
 namespace vnquery {
 
-/// IDOK: another language was chosen, kept in the profile, and its texts are loaded.
+/// IDOK: another language was chosen; it is saved in the profile and its texts are loaded.
 class LanguageDialog : public TextDialog {
 public:
     explicit LanguageDialog(CWnd* parent);

@@ -20,7 +20,7 @@ namespace {
 constexpr int kWidth = 960;
 constexpr int kHeight = 640;
 constexpr UINT kSignalTimer = 1;
-constexpr UINT kSignalInterval = 200; ///< milliseconds between two looks for a signal
+constexpr UINT kSignalInterval = 200; ///< milliseconds between two checks for a signal
 
 enum Pane { kPaneRows, kPaneChanges, kPanes };
 
@@ -42,7 +42,7 @@ constexpr ACCEL kKeys[] = {
     {FVIRTKEY | FCONTROL | FSHIFT, 'F', kCmdSort},
 };
 
-/// A menu's items; text 0 is a line between them.
+/// An item of a menu; text 0 is a separator.
 struct Item {
     UINT command;
     UINT text;
@@ -175,18 +175,18 @@ void MainWindow::MakeMenu() {
     AddMenu(bar, IDS_VQ_M_OPTIONS, kOptions);
     AddMenu(bar, IDS_VQ_M_HELP, kHelp);
     SetMenu(&bar);
-    bar.Detach(); // the window's from here on
+    bar.Detach(); // the window owns it now
 }
 
 BOOL MainWindow::PreTranslateMessage(MSG* message) {
-    // While a cell is edited, keys are the editor's.
+    // While a cell is edited, its editor gets the keys.
     if (m_view.GetList().GetActiveEditor() && message->message == WM_KEYDOWN &&
         (message->wParam == 'D' || message->wParam == 'L'))
         return FALSE;
     return CFrameWnd::PreTranslateMessage(message);
 }
 
-// --- what the view tells -------------------------------------------------------------------------
+// --- what the view reports -----------------------------------------------------------------------
 
 void MainWindow::ShowStatus(const std::string& text) { SetMessageText(text.c_str()); }
 
@@ -273,9 +273,9 @@ void MainWindow::OnTimer(std::uintptr_t id) {
         CFrameWnd::OnTimer(id);
 }
 
-/// A signal to end closes the window as a person would. Dialogs go first, one at each look, since
-/// each has to return to what opened it; what was typed into a zoom becomes a change. What is not
-/// written is asked for, and Cancel keeps the window. A message box has to be answered.
+/// A signal to end closes the window as the user would. Dialogs close first, one at each call,
+/// since each has to return to its caller; text typed into the value window becomes a change. The
+/// user is asked about unwritten changes and may cancel. An open message box has to be answered.
 void MainWindow::LookForSignals() {
     if (m_isAsking || InterruptingSignal() == 0)
         return;
@@ -302,7 +302,7 @@ void MainWindow::OnExit() { PostMessage(WM_CLOSE); }
 void MainWindow::OnGlobals() {
     GlobalsDialog dialog(this);
     if (dialog.DoModal() == IDOK && !m_view.IsBusy())
-        m_view.Relabel(); // the markers may be others
+        m_view.Relabel(); // the markers may have changed
 }
 
 void MainWindow::OnLanguage() {
@@ -324,7 +324,7 @@ void MainWindow::OnAbout() {
     ShowMessage(Text(IDS_VQ_ABOUT, {VNQUERY_VERSION}), MB_OK | MB_ICONINFORMATION);
 }
 
-// --- which commands can be given -----------------------------------------------------------------
+// --- which commands are enabled ------------------------------------------------------------------
 
 void MainWindow::OnUpdateIdle(CCmdUI* ui) { ui->Enable(!m_view.IsBusy()); }
 void MainWindow::OnUpdateStop(CCmdUI* ui) { ui->Enable(m_view.IsBusy()); }

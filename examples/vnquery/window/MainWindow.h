@@ -14,9 +14,9 @@ public:
     /// Makes and shows the window.
     BOOL Open();
     QueryView& GetView() { return m_view; }
-    /// The signal that ended the window, 0 when a person did.
+    /// The signal that closed the window; 0 when the user closed it.
     int GetEndingSignal() const { return m_endingSignal; }
-    /// Another database, after what is to become of changes has been asked.
+    /// Opens another database, after asking about unwritten changes.
     void Connect(const Connection& connection);
 
     BOOL PreTranslateMessage(MSG* message) override;
@@ -69,9 +69,9 @@ private:
 
     QueryView m_view;
     CAcceleratorTable m_keys;
-    std::string m_dataSource; ///< used last in this run
+    std::string m_dataSource; ///< the last one used
     int m_endingSignal = 0;
-    bool m_isAsking = false; ///< what is to become of changes, since a signal came
+    bool m_isAsking = false; ///< about unwritten changes, after a signal
 };
 
 } // namespace vnquery

@@ -18,7 +18,7 @@ constexpr char kSection[] = "Queries";
 constexpr int kMaxLayouts = 200;
 constexpr int kMaxWidth = 32767;
 
-/// FNV-1a with 64 bits, which tells a person's queries apart.
+/// FNV-1a with 64 bits, enough to tell a user's queries apart.
 std::string NameOf(std::string_view sql) {
     std::uint64_t hash = 0xCBF29CE484222325;
     for (const char ch : NormaliseSql(sql))
@@ -36,7 +36,7 @@ std::string Join(const Numbers& numbers) {
     return text;
 }
 
-/// Numbers with commas up to `end`, which is taken too; nothing when there is anything else.
+/// Takes comma-separated numbers up to and including `end`; nothing when there is anything else.
 template <class Number>
 std::optional<std::vector<Number>> TakeNumbers(std::string_view& text, char end) {
     std::vector<Number> numbers;
@@ -102,7 +102,7 @@ bool SaveLayout(std::string_view sql, const QueryLayout& layout) {
     if (VNGetProfileSectionKey(kRoot, kSection, kept))
         for (int i = 0; i + kMaxLayouts <= kept.GetCount(); ++i)
             batch.WriteString(kRoot, kSection, kept.GetName(i), nullptr);
-    // Removed and set: the latest stands last.
+    // Removed before it is set, so that the latest layout is the last one.
     batch.WriteString(kRoot, kSection, name.c_str(), nullptr);
     batch.WriteString(kRoot, kSection, name.c_str(), text.c_str());
     return batch.Commit() != FALSE;

@@ -1,4 +1,4 @@
-// How a query's result was last looked at: kept in the profile.
+// How a query's result was last shown: order, widths and sorting of its columns, in the profile.
 #pragma once
 
 #include <cstddef>
@@ -11,10 +11,12 @@ namespace vnquery {
 struct QueryLayout {
     enum class Sort { None, Ascending, Descending };
 
-    std::vector<std::size_t>
-        order;                  ///< the result's columns from the first displayed one to the last
-    std::vector<int> widths;    ///< of the result's columns, in pixels at scale 1; 0: not set
-    std::size_t sortColumn = 0; ///< column of the result
+    /// The result's columns, in the order in which they are displayed.
+    std::vector<std::size_t> order;
+    /// Of the result's columns, in pixels at scale 1; 0: not set.
+    std::vector<int> widths;
+    /// Column of the result.
+    std::size_t sortColumn = 0;
     Sort sort = Sort::None;
 
     bool operator==(const QueryLayout&) const = default;
@@ -23,12 +25,12 @@ struct QueryLayout {
 /// Columns in the result's order, without widths and sorting.
 QueryLayout DefaultLayout(std::size_t columns);
 
-/// Reads what was kept for the query, or for one that differs only in blanks, comments and the case
-/// of words; the default one when nothing was or when it does not fit the
-/// number of columns.
+/// Reads the layout that was saved for the query, or for one that differs only in blanks, comments
+/// and the case of words; the default layout when there is none or when it does not fit the number
+/// of columns.
 QueryLayout LoadLayout(std::string_view sql, std::size_t columns);
-/// Keeps the layout (root 1, section "Queries"), and forgets the oldest ones past 200 queries.
-/// Returns whether it could be saved.
+/// Saves the layout (root 1, section "Queries") and removes the oldest ones beyond 200 queries.
+/// Returns whether that succeeded.
 bool SaveLayout(std::string_view sql, const QueryLayout& layout);
 
 } // namespace vnquery

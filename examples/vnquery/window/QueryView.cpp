@@ -18,7 +18,6 @@ constexpr UINT kTimer = 1;
 constexpr UINT kTimerInterval = 25;                    ///< milliseconds
 constexpr auto kSlice = std::chrono::milliseconds(12); ///< of a timer's work
 constexpr std::size_t kRowsPerSlice = 2048;
-constexpr UINT kWmLoadDropped = WM_APP + 1;
 
 } // namespace
 
@@ -36,7 +35,7 @@ ON_MESSAGE(VNM_EDITORCLOSED, OnEditorClosed)
 ON_MESSAGE(kWmLoadDropped, OnLoadDropped)
 END_MESSAGE_MAP()
 
-// The children's last messages come while the members that handle them are there.
+// Here, while the members that handle the children's last messages still exist.
 QueryView::~QueryView() { DestroyWindow(); }
 
 BOOL QueryView::CreateView(CWnd* parent, UINT id) {
@@ -44,7 +43,7 @@ BOOL QueryView::CreateView(CWnd* parent, UINT id) {
                     CRect(0, 0, 0, 0), parent, id);
 }
 
-/// The buttons give commands of the frame, as its menu and keys do.
+/// The buttons send commands to the frame, as its menu and keys do.
 BOOL QueryView::OnCommand(WPARAM wParam, LPARAM lParam) {
     const auto sender = reinterpret_cast<HWND>(lParam);
     for (const CButton* button : {&m_open, &m_connect, &m_runButton, &m_stopButton})
@@ -101,7 +100,7 @@ void QueryView::Relabel() {
     m_host.ShowStatus(Text(m_connection.IsEmpty() ? IDS_VQ_W_READY : IDS_VQ_W_TYPE));
 }
 
-/// The markers are global variables, the placeholders texts of the interface's language.
+/// The markers are global variables; the placeholders are texts in the interface's language.
 void QueryView::ReadMarkers() {
     CellFormat& format = m_document.GetFormat();
     const auto marker = [](CGlobalVars::GlobalVarIDs id, const char* fallback) {
@@ -114,7 +113,7 @@ void QueryView::ReadMarkers() {
     format.clobText = ToString(GetClobDisplayString());
 }
 
-// --- places --------------------------------------------------------------------------------------
+// --- layout --------------------------------------------------------------------------------------
 
 ViewMeasures QueryView::Measure() {
     ViewMeasures measures;
@@ -168,7 +167,7 @@ void QueryView::OnSetFocus(CWnd*) {
     next.SetFocus();
 }
 
-/// Labels have the ground of the window around them.
+/// Labels have the background of the window around them.
 HBRUSH QueryView::OnCtlColor(CDC* dc, CWnd* control, UINT type) {
     const bool isLabel = control == &m_databaseLabel || control == &m_sqlLabel;
     return isLabel ? GetSysColorBrush(COLOR_3DFACE) : CWnd::OnCtlColor(dc, control, type);
@@ -212,7 +211,7 @@ void QueryView::SetConnection(const Connection& connection) {
 void QueryView::SetSql(const std::string& sql) { m_sql.SetWindowText(sql.c_str()); }
 
 void QueryView::ShowBusy(bool isBusy) {
-    // A button that becomes grey would take the focus, and the keys, with it.
+    // A disabled button would keep the focus, and with it the keys.
     if (isBusy || CWnd::GetFocus() == &m_stopButton)
         m_sql.SetFocus();
     m_runButton.EnableWindow(!isBusy);
@@ -241,7 +240,7 @@ void QueryView::Run() {
     m_isStopping = false;
     m_areWidthsFitted = false;
     m_started = std::chrono::steady_clock::now();
-    // What the library reads once per process is read on this thread.
+    // The library reads its settings once per process: on this thread.
     static_cast<void>(CByteStream().GetLength());
     m_run = std::make_unique<QueryRun>(m_connection, sql);
     SetTimer(kTimer, kTimerInterval);

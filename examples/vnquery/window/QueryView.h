@@ -12,12 +12,12 @@
 
 namespace vnquery {
 
-/// Tells its frame what to show in title and status line.
+/// The frame around the view, which shows a title and a status line.
 class QueryViewHost {
 public:
     virtual ~QueryViewHost() = default;
     virtual void ShowStatus(const std::string& text) = 0;
-    /// Connection, rows or changes are others now.
+    /// The connection, the rows or the changes are different now.
     virtual void ViewChanged() = 0;
 };
 
@@ -44,10 +44,11 @@ public:
     void Run();
     void Stop();
     void Export();
-    /// Asks, then writes the changes in a transaction. False when something is not written.
+    /// Asks, then writes the changed cells to the database in a transaction. False when a change
+    /// is not written.
     bool WriteChanges();
     void DiscardChanges();
-    /// Asks what becomes of changes that are not written. False when the person would rather stay.
+    /// Asks whether to write or discard unwritten changes. False if the user cancels.
     bool LeaveChanges();
     void EditCell();
     void Zoom();
@@ -63,9 +64,9 @@ public:
     void ResetColumns();
     void FocusSql();
     void NextPane();
-    /// Keeps how the result is looked at.
+    /// Saves the layout of the result.
     void StoreLayout();
-    /// The interface has another language now.
+    /// Shows all texts again, after a change of the language.
     void Relabel();
 
     BOOL PreTranslateMessage(MSG* message) override;
@@ -86,6 +87,9 @@ protected:
     DECLARE_MESSAGE_MAP()
 
 private:
+    /// Loads the file that was dropped on the current cell; posted by the drop to be handled after it.
+    static constexpr UINT kWmLoadDropped = WM_APP + 1;
+
     bool RefuseEdit(ReadOnlyReason reason);
     bool RequireResult();
     bool RequireCurrent(CellPlace& place);

@@ -15,8 +15,6 @@ namespace vnquery {
 
 namespace {
 
-constexpr UINT kWmLoadDropped = WM_APP + 1;
-
 UINT TextOfReason(ReadOnlyReason reason) {
     switch (reason) {
     case ReadOnlyReason::NoKey:
@@ -92,7 +90,7 @@ void QueryView::SetCell(CellPlace place, NewValue&& value) {
     RefreshChanged();
 }
 
-/// After a change of the current row's cells.
+/// Shows the current row again, after a change of its cells.
 void QueryView::RefreshChanged() {
     const int row = m_list.GetCurrentRow();
     if (row >= 0)
@@ -107,7 +105,7 @@ void QueryView::EditCell() {
     m_list.EditColumn(m_list.GetCurrentRow(), m_list.GetCurrentColumn());
 }
 
-/// The list is about to open a cell: after a key or click, or since a file was dropped on it.
+/// The list is about to open a cell, after a key, a click, or the drop of a file.
 LRESULT QueryView::OnOpenCell(WPARAM column, LPARAM) {
     const int row = m_list.GetOpenedRow();
     if (IsBusy() || row < 0 || row >= static_cast<int>(m_document.GetShownRows()) ||
@@ -116,7 +114,7 @@ LRESULT QueryView::OnOpenCell(WPARAM column, LPARAM) {
     m_list.SetCurrentCell(row, static_cast<int>(column));
     const char* const dropped = m_list.GetFileName(row);
     if (dropped && *dropped) {
-        PostMessage(kWmLoadDropped); // not while the drop is under way
+        PostMessage(kWmLoadDropped); // not during the drop
         return 1;
     }
     const CellPlace place = m_document.PlaceOf(static_cast<std::size_t>(row), column);
@@ -126,7 +124,7 @@ LRESULT QueryView::OnOpenCell(WPARAM column, LPARAM) {
     if ((edit && edit->isDefault) ||
         IsEditableInCell(m_document.GetValue(place), m_document.GetFormat()))
         return 0;
-    GetTopLevelParent()->PostMessage(WM_COMMAND, kCmdZoom); // not while a click is under way
+    GetTopLevelParent()->PostMessage(WM_COMMAND, kCmdZoom); // not during the click
     return 1;
 }
 
@@ -312,7 +310,7 @@ bool QueryView::AskToWrite(const WriteReport& report) {
     return ShowMessage(question + others, MB_YESNO | MB_ICONQUESTION) == IDYES;
 }
 
-/// Looks in a transaction of its own, which is over before anybody is asked.
+/// Compares in a separate transaction, which ends before the user is asked.
 bool QueryView::CompareChanges(WriteReport& report) {
     return RunTask(this, IDS_VQ_T_WRITING, [&](Progress& progress) {
         const auto writer = OpenWriter(m_document.GetConnection(), m_document.GetPlan());
@@ -337,7 +335,7 @@ bool QueryView::WriteChanges() {
     }
     if (report.written.empty()) {
         AskToWrite(report);
-        AcceptChanges(std::move(report)); // nothing is written, but what was learnt counts
+        AcceptChanges(std::move(report)); // nothing is written, but conflicts are kept
         return m_document.GetEdits().IsEmpty();
     }
     if (!AskToWrite(report)) {
@@ -347,7 +345,8 @@ bool QueryView::WriteChanges() {
     return CommitChanges();
 }
 
-/// Writes without a question. What somebody has changed since is left out, and told afterwards.
+/// Where changed cells are written back: OpenWriter, WriteEdits (result/PendingEdits.h), Commit.
+/// Does not ask. Values that another user has changed are left out and reported afterwards.
 bool QueryView::CommitChanges() {
     WriteReport report;
     if (!RunTask(this, IDS_VQ_T_WRITING, [&](Progress& progress) {
@@ -417,7 +416,7 @@ void QueryView::Export() {
         return;
     if (!m_document.GetEdits().IsEmpty())
         ShowMessage(Text(IDS_VQ_E_DISPLAY_EXPORT), MB_OK | MB_ICONINFORMATION);
-    ExportDialog dialog("", {}, this);
+    ExportDialog dialog(this);
     if (dialog.DoModal() != IDOK)
         return;
     const std::string file = dialog.GetFile();

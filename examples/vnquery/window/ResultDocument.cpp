@@ -12,9 +12,9 @@ namespace vnquery {
 
 namespace {
 
-/// How a value is ordered among numbers.
+/// The place of a value in the order of numbers.
 struct NumberKey {
-    int rank = 0; ///< NULL, number, anything else ("nan", too: it has no place among numbers)
+    int rank = 0; ///< NULL, number, anything else (also "nan", which has no order among numbers)
     long double number = 0;
     bool operator<(const NumberKey& other) const {
         return std::tie(rank, number) < std::tie(other.rank, other.number);
@@ -79,7 +79,7 @@ void ResultDocument::LearnKinds() {
             isNumber = value.GetType() == Value::Type::Number;
             isInteger = isInteger && isNumber && IsInteger(value.GetShort());
         }
-        // Unknown stays where there are values of all kinds: such a column takes what is typed.
+        // A column with values of several kinds stays Unknown: it takes what is typed.
         if (hasValues && isNumber)
             m_kinds[column] = isInteger ? ColumnKind::Integer : ColumnKind::Decimal;
     }
@@ -104,7 +104,8 @@ ReadOnlyReason ResultDocument::GetReadOnlyReason(CellPlace place) const {
     return reason == ReadOnlyReason::None && isLost ? ReadOnlyReason::NoKey : reason;
 }
 
-std::vector<std::uint32_t> ResultDocument::GetNumberOrder(std::size_t column, bool upwards) const {
+std::vector<std::uint32_t> ResultDocument::GetNumberOrder(std::size_t column,
+                                                          bool ascending) const {
     std::vector<NumberKey> keys;
     keys.reserve(m_rows.size());
     for (const std::size_t row : m_rows)
@@ -113,7 +114,7 @@ std::vector<std::uint32_t> ResultDocument::GetNumberOrder(std::size_t column, bo
     std::iota(order.begin(), order.end(), 0u);
     std::ranges::stable_sort(
         order, [&](std::uint32_t left, std::uint32_t right) { return keys[left] < keys[right]; });
-    if (!upwards)
+    if (!ascending)
         std::ranges::reverse(order);
     return order;
 }

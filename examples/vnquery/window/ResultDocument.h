@@ -1,4 +1,4 @@
-// A result as a window shows it: rows and columns in the person's order, changed cells, markers.
+// A result as the window shows it: rows and columns in the user's order, changed cells, markers.
 #pragma once
 
 #include "vnquery/result/CellText.h"
@@ -12,14 +12,14 @@
 
 namespace vnquery {
 
-/// "Shown" rows and columns count as displayed, from 0; others as the database gave them.
+/// "Shown" rows and columns are counted as displayed, others as the database gave them; all from 0.
 class ResultDocument {
 public:
-    /// Begins an empty result with the layout that its query had last time. It is bound to the
-    /// connection it comes from: nothing of it is ever written to another one.
+    /// Begins an empty result with the layout that its query had last time. It belongs to this
+    /// connection: its changes are never written to another one.
     void Begin(ResultShape&& shape, const std::string& sql, const Connection& connection);
     const Connection& GetConnection() const { return m_connection; }
-    /// The database that is open now: with another one than its own the result cannot be edited.
+    /// The database that is open now; the result can be edited only if it is the result's.
     void SetOpenDatabase(const Connection& connection) {
         m_isDetached = connection != m_connection;
     }
@@ -36,40 +36,41 @@ public:
     CellFormat& GetFormat() { return m_format; }
     const CellFormat& GetFormat() const { return m_format; }
 
-    /// Shows rows that have come behind those shown; returns how many.
+    /// Shows the rows that have been added since; returns how many.
     std::size_t ShowNewRows();
     std::size_t GetShownRows() const { return m_rows.size(); }
     std::size_t GetShownColumns() const { return m_layout.order.size(); }
     CellPlace PlaceOf(std::size_t shownRow, std::size_t shownColumn) const {
         return {m_rows[shownRow], m_layout.order[shownColumn]};
     }
-    /// Where a column is shown.
+    /// The shown column of a column.
     std::size_t ShownColumnOf(std::size_t column) const;
     const std::string& GetHeading(std::size_t column) const {
         return m_result.GetColumns()[column];
     }
     ColumnKind GetKind(std::size_t column) const { return m_kinds[column]; }
-    /// Gives columns whose type says nothing the kind of their values. To be called when all rows
-    /// are there.
+    /// Gives columns of unknown kind the kind of their values. To be called when all rows have been
+    /// read.
     void LearnKinds();
 
     std::string GetRowText(std::size_t shownRow) const;
     std::string GetCellText(std::size_t shownRow, std::size_t shownColumn) const;
-    /// What the cell is to become, or else has.
+    /// The cell's new value if it was changed, else its value.
     const Value& GetValue(CellPlace place) const;
-    /// Why the cell cannot be edited; also NoKey for a row that is none of the table.
+    /// Why the cell cannot be edited; NoKey also for a row that is not in the table.
     ReadOnlyReason GetReadOnlyReason(CellPlace place) const;
     /// The same for all cells of a column.
     ReadOnlyReason GetReadOnlyReason(std::size_t column) const {
         return m_isDetached ? ReadOnlyReason::OtherDatabase : m_plan.GetReadOnlyReason(column);
     }
 
-    /// The shown rows in the order of a column of numbers: order[i] is the one to come to i. NULL
-    /// comes first, text last; equal ones keep their order. Downwards is the reverse in all.
-    std::vector<std::uint32_t> GetNumberOrder(std::size_t column, bool upwards) const;
-    /// Takes over a new order of the shown rows.
+    /// The shown rows in the order of a column of numbers: row order[i] moves to place i. In
+    /// ascending order NULL comes first and text last, and equal rows keep their order; descending
+    /// order is the exact reverse.
+    std::vector<std::uint32_t> GetNumberOrder(std::size_t column, bool ascending) const;
+    /// Applies a new order of the shown rows.
     void Reorder(const std::vector<std::uint32_t>& order);
-    /// Moves a shown column; false when it is at the edge already.
+    /// Moves a shown column; false at the edge.
     bool MoveColumn(std::size_t shownColumn, int by);
 
 private:
@@ -82,7 +83,7 @@ private:
     PendingEdits m_edits;
     QueryLayout m_layout;
     CellFormat m_format;
-    std::vector<std::size_t> m_rows; ///< of the shown rows
+    std::vector<std::size_t> m_rows; ///< the result's row of each shown row
 };
 
 } // namespace vnquery

@@ -12,8 +12,8 @@ namespace vnquery {
 namespace {
 
 constexpr int kMinWidth = 48;
-constexpr int kArrow = 20;     ///< room for the mark of the sort order
-constexpr int kMaxWidth = 320; ///< of a column that nobody has sized
+constexpr int kArrow = 20;     ///< room for the sort arrow
+constexpr int kMaxWidth = 320; ///< of a column that the user has not sized
 
 } // namespace
 
@@ -169,7 +169,7 @@ void ResultList::TakeColumn(CPoint point) {
     }
 }
 
-/// A click chooses a cell, also in the row that is selected; it takes a double click to open it.
+/// A click selects a cell, also in the selected row; only a double click opens it.
 void ResultList::OnLButtonDown(UINT flags, CPoint point) {
     TakeColumn(point);
     EnableEditing(FALSE);
@@ -207,7 +207,7 @@ BOOL ResultList::PreTranslateMessage(MSG* message) {
     switch (message->wParam) {
     case VK_LEFT:
     case VK_RIGHT: {
-        // In a mirrored window the first column is at the right.
+        // In a mirrored window the first column is on the right.
         const bool isMirrored = (GetExStyle() & WS_EX_LAYOUTRTL) != 0;
         const bool forward = (message->wParam == VK_RIGHT) != isMirrored;
         if (control && shift)
@@ -268,16 +268,16 @@ bool ResultList::SortByTexts(int column) {
     return true;
 }
 
-/// The list's own order of integers takes NULL for 0 and knows no fractions.
+/// Used because the list's order of integers treats NULL as 0 and ignores fractions.
 bool ResultList::SortByNumbers(int column) {
-    const bool upwards = m_nSortColumn != column || m_nSortState != 1;
+    const bool ascending = m_nSortColumn != column || m_nSortState != 1;
     const std::vector<std::uint32_t> order = m_document.GetNumberOrder(
-        m_document.GetLayout().order[static_cast<std::size_t>(column)], upwards);
+        m_document.GetLayout().order[static_cast<std::size_t>(column)], ascending);
     if (!ListBoxReorder(m_hWnd, order))
         return false;
     m_document.Reorder(order);
     m_nSortColumn = column;
-    m_nSortState = upwards ? 1 : 2;
+    m_nSortState = ascending ? 1 : 2;
     Invalidate();
     GetHeadings()->Invalidate();
     return true;

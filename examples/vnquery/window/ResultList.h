@@ -7,29 +7,29 @@
 
 namespace vnquery {
 
-/// Shows a document. Besides the row it has a current cell, which the keyboard moves: left and
-/// right go through the columns of the row. Changed cells have a mark at their left edge.
+/// Shows a document. Besides a current row it has a current cell: the left and right keys move
+/// through the columns of the row. Changed cells have a mark at their left edge.
 class ResultList : public CListBoxEx {
 public:
     explicit ResultList(ResultDocument& document) : m_document(document) {}
 
     BOOL CreateList(CWnd* parent, UINT id, UINT headingsId);
 
-    /// Begins anew with the document's columns and no rows.
+    /// Shows the document's columns and no rows.
     void ShowColumns();
-    /// Cells open where the document lets them be edited.
+    /// Gives editors to the columns that the document allows to be edited.
     void ShowEditors();
     /// Adds the document's last `count` shown rows.
     void AppendRows(std::size_t count);
-    /// Makes columns that have no width as wide as their contents, within reason.
+    /// Fits columns without a width to their contents, within limits.
     void FitNewColumns();
-    /// Writes a row, or all rows, anew.
+    /// Shows a row, or all rows, again.
     void RefreshRow(std::size_t row);
     void RefreshAll();
-    /// Keeps the columns' widths in the document.
+    /// Stores the columns' widths in the document.
     void StoreWidths();
 
-    /// -1: none.
+    /// -1 without a current row.
     int GetCurrentRow() const;
     int GetCurrentColumn() const { return m_column; }
     void SetCurrentCell(int row, int column);
@@ -37,7 +37,7 @@ public:
     int GetOpenedRow() const { return m_nCurRow; }
 
     BOOL Sort(int column) override;
-    /// As the document's layout has it.
+    /// Sorts as the document's layout says.
     void RestoreSort();
     void DrawItem(LPDRAWITEMSTRUCT item) override;
     BOOL PreTranslateMessage(MSG* message) override;

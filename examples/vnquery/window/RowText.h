@@ -1,4 +1,4 @@
-// A row of the result as the one text that a list takes.
+// A row of the result as the single text that a list takes.
 #pragma once
 
 #include "vnquery/result/CellText.h"
@@ -8,11 +8,11 @@
 
 namespace vnquery {
 
-/// What the list puts between the values of a row. FormatCell makes every control character
-/// visible, so that no displayed value can hold it.
+/// Separates the values of a row in the list. FormatCell makes control characters visible, so no
+/// displayed value contains it.
 constexpr char kCellSeparator = '\x1F';
 
-/// A cell as it is displayed: what it is to become, when it was changed.
+/// A cell as it is displayed: its new value if it was changed.
 std::string DisplayCell(const ResultSet& result, const PendingEdits& edits, CellPlace place,
                         const CellFormat& format);
 

@@ -1,4 +1,4 @@
-// Shows how far long work is, and lets it be cancelled.
+// Shows the progress of long work, with a Cancel button.
 #pragma once
 
 #include "vnquery/window/TextDialog.h"
@@ -6,9 +6,9 @@
 
 namespace vnquery {
 
-/// Runs the work beside the window and returns when it has ended. A short one shows nothing; a
-/// longer one shows a dialog with its progress and Cancel. A failure is told in a message box.
-/// Returns whether the work is done.
+/// Runs the work on another thread and returns when it has ended. Longer work shows a dialog with
+/// its progress and a Cancel button. A failure is shown in a message box. Returns whether the work
+/// was done.
 bool RunTask(CWnd* parent, UINT title, BackgroundTask::Work work);
 
 /// The dialog of RunTask.

@@ -1,4 +1,4 @@
-// A dialog whose controls are listed in code, with texts of the resource library.
+// A dialog whose controls are listed in code, with texts from the resource library.
 #pragma once
 
 #include "vnquery/window/WindowText.h"
@@ -9,8 +9,8 @@
 
 namespace vnquery {
 
-/// The derived class's constructor adds the controls, in the order that Tab goes through them.
-/// Places and sizes are dialog units. F1 opens the help page.
+/// The derived class's constructor adds the controls, in tab order. Places and sizes are in dialog
+/// units. F1 opens the help page.
 class TextDialog : public CDialog {
 public:
     TextDialog(UINT title, int width, int height, unsigned helpTopic, CWnd* parent);
@@ -20,7 +20,7 @@ public:
 
 protected:
     void SetTitle(const std::string& title) { m_title = title; }
-    /// Lets the person change the dialog's size.
+    /// Lets the user change the dialog's size.
     void MakeSizable() { m_style |= WS_THICKFRAME | WS_MAXIMIZEBOX; }
 
     void AddLabel(UINT text, int x, int y, int width, UINT id = 0xFFFF);
@@ -43,7 +43,7 @@ private:
     unsigned m_helpTopic;
     CWnd* m_parent;
     DWORD m_style;
-    std::deque<std::string> m_texts; ///< a deque, so that none moves
+    std::deque<std::string> m_texts; ///< a deque never moves its elements
     std::vector<CDialogTemplate::Item> m_items;
 };
 

@@ -52,8 +52,8 @@ std::optional<DWORD> ParseOffset(std::string text) {
     return number;
 }
 
-/// The beginning of a text that cannot be edited, what is no character made visible, its line
-/// breaks kept.
+/// The beginning of a text that cannot be edited, with its line breaks; control characters are made
+/// visible.
 std::string VisibleText(const Value& value) {
     std::string text;
     value.ForEachPiece([&](std::span<const BYTE> piece) {
@@ -118,10 +118,10 @@ BOOL ValueDialog::OnInitDialog() {
     ShowValue();
     CDialog::OnInitDialog();
     FocusView();
-    return FALSE; // the focus is where it belongs
+    return FALSE; // the focus is set
 }
 
-/// Nothing is selected, so that a key pressed too often replaces nothing.
+/// Selects nothing, so that a repeated key does not replace the text.
 void ValueDialog::FocusView() {
     CWnd* const view = GetDlgItem(m_view == View::Picture ? kIdAs
                                   : m_view == View::Bytes ? kIdBytes
@@ -133,7 +133,7 @@ void ValueDialog::FocusView() {
 
 void ValueDialog::SetInfo(const std::string& text) { SetDlgItemText(kIdInfo, text.c_str()); }
 
-/// Begins anew with the shown value: offers the views it has, and takes the best.
+/// Shows the present value: offers the views that it has, and chooses the best.
 void ValueDialog::ShowValue() {
     const Value& value = Shown();
     const bool isBytes = value.GetType() == Value::Type::Binary;
@@ -322,7 +322,7 @@ void ValueDialog::OnOK() {
     CDialog::OnOK();
 }
 
-// --- places --------------------------------------------------------------------------------------
+// --- layout --------------------------------------------------------------------------------------
 
 void ValueDialog::OnSize(UINT type, int cx, int cy) {
     CDialog::OnSize(type, cx, cy);
@@ -364,7 +364,7 @@ void ValueDialog::Layout() {
     const int bottom = (isBytes ? pages : buttons) - kGap;
     for (const int id : {kIdText, kIdBytes})
         Place(id, kGap, top, right - kGap, bottom - top);
-    // In the middle; a large one is scaled to the room there is.
+    // In the middle; a large picture is scaled down to fit.
     const CSize picture = m_picture.GetBitmapSize();
     const int pictureWidth = std::min<int>(picture.cx, right - kGap);
     const int pictureHeight = std::min<int>(picture.cy, bottom - top);

@@ -1,4 +1,4 @@
-// One value in a window of its own: as text, as bytes with offsets, as a picture.
+// Shows one value: as text, as bytes with offsets, as a picture.
 #pragma once
 
 #include "vnquery/result/CellEdit.h"
@@ -9,13 +9,13 @@
 
 namespace vnquery {
 
-/// What the dialog is about.
+/// What the dialog shows.
 struct ValueSubject {
     std::string column;     ///< its heading
     std::string cell;       ///< for messages, such as "row 1, column 2"
     std::size_t row = 0;    ///< as displayed, from 0
     const Value* value;     ///< must outlive the dialog
-    bool isDefault = false; ///< it is to become the column's default
+    bool isDefault = false; ///< its new value is the column's default
     ColumnKind kind = ColumnKind::Unknown;
     bool isEditable = false;
 };
@@ -58,11 +58,11 @@ private:
     bool IsTextEdited() const;
 
     ValueSubject m_subject;
-    std::optional<Value> m_loaded; ///< from a file, in the place of the subject's value
+    std::optional<Value> m_loaded; ///< from a file; replaces the subject's value
     std::optional<NewValue> m_newValue;
     View m_view = View::Text;
     std::vector<View> m_views; ///< the choices of the combo box
-    std::string m_original;    ///< the text as it stood in the edit field first
+    std::string m_original;    ///< the text before it was edited
     DWORD m_firstLine = 0;     ///< of the page of bytes
     CBitmap m_picture;
     CFont m_fixedFont;

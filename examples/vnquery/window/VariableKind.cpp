@@ -18,8 +18,8 @@ bool Accepts(const std::string& name, const std::string& value) {
 
 bool Accepts(const std::string& name, long value) { return Accepts(name, std::to_string(value)); }
 
-/// The last accepted number from `inside`, which is accepted, towards `limit`. What is accepted has
-/// no gaps.
+/// The last accepted number from `inside`, which is accepted, towards `limit`. Accepted numbers
+/// have no gaps.
 long FindEdge(const std::string& name, long inside, long limit) {
     if (Accepts(name, limit))
         return limit;

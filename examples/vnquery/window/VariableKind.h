@@ -1,4 +1,4 @@
-// What values a global variable takes, as far as its validation shows.
+// Which values a global variable takes, judging by its validation.
 #pragma once
 
 #include <string>
@@ -12,8 +12,8 @@ struct VariableKind {
     long maximum = 0;
 };
 
-/// Finds out by asking CGlobalVars what it accepts, so that there is one place that knows. `value`
-/// is the variable's present one.
+/// Tries out what CGlobalVars accepts, so that only CGlobalVars knows the rules. `value` is the
+/// variable's present one.
 VariableKind FindVariableKind(const std::string& name, const std::string& value);
 
 } // namespace vnquery

@@ -1,4 +1,4 @@
-// Where the parts of the main window's view stand. No window in it.
+// The layout of the main window's view, as plain geometry.
 #pragma once
 
 namespace vnquery {
@@ -9,12 +9,12 @@ struct LayoutRect {
     int Height() const { return bottom - top; }
 };
 
-/// What the texts and fonts ask for, in pixels.
+/// What texts and fonts need, in pixels.
 struct ViewMeasures {
     int line = 16;     ///< height of a line of text
     int label = 60;    ///< width of the widest label
     int button = 60;   ///< width of the widest button's text
-    int headings = 20; ///< height of the headings' strip
+    int headings = 20; ///< height of the header control
 };
 
 struct ViewLayout {
@@ -23,9 +23,9 @@ struct ViewLayout {
     LayoutRect list; ///< without the headings above it
 };
 
-/// The view's parts in a client area of that size. The result gets at least half of the height; in
-/// a window too small for all parts they keep their least sizes and stick out at the right or
-/// bottom. No part is ever of negative size, and none overlaps another.
+/// The view's parts in a client area of that size. The result gets at least half of the height. In
+/// a window that is too small the parts keep their minimum sizes and extend past the right or
+/// bottom edge. No size is negative, and no part overlaps another.
 ViewLayout LayOutView(int width, int height, const ViewMeasures& measures);
 
 } // namespace vnquery

@@ -18,7 +18,7 @@ bool IsSet(const char* variable) {
     return value && *value;
 }
 
-/// The window system's library would end the process without a display.
+/// Without a display Qt would end the process.
 void RequireDisplay() {
     if (!IsSet("DISPLAY") && !IsSet("WAYLAND_DISPLAY") && !IsSet("QT_QPA_PLATFORM"))
         throw Failure(kBadUsage, Text(IDS_VQ_CL_NO_DISPLAY));

@@ -7,14 +7,14 @@
 
 namespace vnquery {
 
-/// What the window begins with; all may be empty.
+/// What the window starts with; all may be empty.
 struct WindowStart {
     Connection connection;
-    std::string sql; ///< is run at once, when there is a connection
+    std::string sql; ///< run at once, if there is a connection
 };
 
-/// Opens the window and runs until it is closed. Returns the exit code. Throws Failure when there
-/// is no display to open it on.
+/// Opens the window and runs until it is closed. Returns the exit code. Throws Failure without a
+/// display.
 int RunWindow(int argc, char** argv, const WindowStart& start);
 
 } // namespace vnquery

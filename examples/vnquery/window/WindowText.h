@@ -1,4 +1,4 @@
-// Texts on their way between the program and its windows.
+// Texts between the program and its windows.
 #pragma once
 
 #include "vnquery/messages/Messages.h"
@@ -17,17 +17,17 @@ std::string GetText(const CWnd& window);
 /// The text of a dialog's control.
 std::string GetItemText(const CWnd& dialog, int id);
 
-/// A message box with that text (its first letter made a capital one); returns the button.
+/// Shows a message box with that text, its first letter capitalized; returns the button.
 int ShowMessage(const std::string& text, UINT type = MB_OK | MB_ICONEXCLAMATION);
 
-/// What there is to say about the settings (damaged, unreadable, not saved) after a blank line, for
-/// the end of a message; empty when all is well with them.
+/// What is wrong with the settings (damaged, unreadable, not saved), after a blank line, for the
+/// end of a message; empty when they are sound.
 std::string SettingsTrouble();
 
-/// WS_EX_LAYOUTRTL when the texts of the interface run from right to left, else 0.
+/// WS_EX_LAYOUTRTL when the texts run from right to left, else 0.
 DWORD LayoutStyle();
 
-/// The text without the ampersands that mark letters, and without the key behind a tab.
+/// The text without the ampersands that mark letters, and without the key after a tab.
 std::string WithoutMarks(const std::string& text);
 
 } // namespace vnquery

@@ -1,4 +1,4 @@
-// Work on a thread of its own, so that a window stays alive meanwhile.
+// Work on another thread, so that the window stays responsive.
 #pragma once
 
 #include "vnquery/work/Progress.h"
@@ -27,16 +27,16 @@ private:
 /// How a task ended.
 enum class TaskState { Running, Done, Stopped, Failed };
 
-/// Runs a function on a thread of its own. What the function uses is its own until the task has
-/// ended. The thread that makes the task asks it, in a timer, how far it is.
+/// Runs a function on a new thread. Until the task has ended, nobody else may touch what the
+/// function uses. The thread that made the task polls its state, for instance in a timer.
 ///
-/// (A thread rather than slices between two events, since a database may take its time before it
-/// has the first row.)
+/// (A thread rather than slices of work between two events, since a database may take long to find
+/// the first row.)
 class BackgroundTask {
 public:
     using Work = std::function<void(Progress&)>;
 
-    /// Begins at once.
+    /// Starts at once.
     explicit BackgroundTask(Work work);
     /// Cancels and waits.
     ~BackgroundTask();
@@ -47,7 +47,7 @@ public:
     const TaskProgress& GetProgress() const { return m_progress; }
     /// What went wrong, once the state is Failed.
     const std::string& GetMessage() const { return m_message; }
-    /// Asks the work to stop; it does so at its next look.
+    /// Asks the work to stop, which it does at its next CheckInterrupted.
     void Cancel() { m_thread.request_stop(); }
     /// Returns when the task has ended.
     void Wait() const { m_state.wait(TaskState::Running); }
@@ -59,7 +59,7 @@ private:
     TaskProgress m_progress;
     std::string m_message; ///< written before m_state
     std::atomic<TaskState> m_state = TaskState::Running;
-    std::jthread m_thread; ///< the last member
+    std::jthread m_thread; ///< last, so that it ends before what it uses
 };
 
 } // namespace vnquery

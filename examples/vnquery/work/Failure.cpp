@@ -10,7 +10,7 @@ std::string TakeMessage(CException* error) {
     char text[1024] = "";
     std::string message =
         error->GetErrorMessage(text, sizeof text) ? std::string(text) : Text(IDS_VQ_WAS_STOPPED);
-    // The exception of a full disk knows no file name; here it can only be a swap file's.
+    // The exception for a full disk has no file name; here only a swap file can be meant.
     if (const auto* cache = dynamic_cast<CCacheException*>(error);
         cache && cache->m_nCause == CCacheException::kWriteFailed) {
         CString folder;

@@ -13,8 +13,8 @@ struct Interrupted {};
 void AwaitSignals();
 /// Number of the signal that asked to end, 0 when none did.
 int InterruptingSignal() noexcept;
-/// The same, and forgets it: for a window, which asks about unwritten changes and may stay open. The
-/// next signal still ends the process at once; AwaitSignals makes it be remembered again.
+/// The same, and forgets it: for a window, which asks about unwritten changes and may stay open.
+/// The next signal still ends the process at once; AwaitSignals makes it be remembered again.
 int TakeInterruptingSignal() noexcept;
 
 /// Whether a signal asked to end, or the scope that the thread works in was asked to stop.
@@ -34,7 +34,8 @@ public:
 private:
     std::stop_token m_outer;
 };
-/// The token of the thread's StopScope, for threads that it starts; one that never stops without.
+/// The token of the thread's StopScope, for threads that it starts; without a StopScope, a token
+/// that never stops.
 std::stop_token CurrentStop();
 
 } // namespace vnquery

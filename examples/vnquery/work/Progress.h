@@ -1,15 +1,15 @@
-// How far long work has come, and where it notices that it is to stop.
+// How far long work has come, and where it notices that it has to stop.
 #pragma once
 
 #include <cstdint>
 
 namespace vnquery {
 
-/// Work that takes time tells here what it has done.
+/// Work that takes time reports here what it has done.
 class Progress {
 public:
     virtual ~Progress() = default;
-    /// Throw Interrupted when the work is to stop.
+    /// Throw Interrupted when the work has to stop.
     virtual void AddRow() = 0;
     virtual void AddBytes(std::uint64_t count) = 0;
 

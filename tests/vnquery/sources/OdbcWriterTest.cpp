@@ -54,7 +54,7 @@ TEST_F(OdbcWriterTest, ValuesOfEveryKindAreWritten) {
 TEST_F(OdbcWriterTest, ConflictsAndRefusals) {
     Query(kQuery);
     ResultSet mine = std::move(m_result);
-    Query(kQuery); // somebody else
+    Query(kQuery); // another user
     Set(0, 1, "theirs");
     Write();
     m_result = std::move(mine);

@@ -1,4 +1,4 @@
-// The program's window on an offscreen platform, driven as a person would.
+// The program's window on an offscreen platform, driven as a user would drive it.
 #pragma once
 
 #include "examples/vnquery/window/MainWindow.h"

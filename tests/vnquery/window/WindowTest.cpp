@@ -46,7 +46,7 @@ TEST_F(WindowTest, ColumnsSortByTheirTypes) {
     EXPECT_EQ(column(1), "10.25 2.5 -1.0 - ");
     List().Sort(2);
     EXPECT_EQ(column(2), "- A a b ");
-    // Rows stay together, in the list and behind it.
+    // Rows stay together, in the list and in the document.
     EXPECT_EQ(column(0), "- 9 100 10 ");
     EXPECT_EQ(Document().GetRowText(3), "10\x1F"
                                         "2.5\x1F"
