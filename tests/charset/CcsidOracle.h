@@ -1,41 +1,26 @@
 // Whole-text conversion by ICU's converters alone, which the library's translation must equal.
 #pragma once
 
-#include "vnbytstr/framework/Types.h"
+#include "vnbytstr/Ccsid.h"
 
+#include <gtest/gtest.h>
 #include <unicode/ucnv.h>
 
+#include <algorithm>
 #include <stdexcept>
 #include <string>
 
 namespace vnbytstr::test {
 
+/// ICU's name of a set; that it is the right one is for charset/data/ccsid.vec to show.
 inline std::string ConverterName(WORD ccsid) {
-    switch (ccsid) {
-    case 874:
-    case 932:
-    case 936:
-    case 949:
-    case 950:
-    case 1250:
-    case 1251:
-    case 1252:
-    case 1253:
-    case 1254:
-    case 1255:
-    case 1256:
-    case 1257:
-    case 1258:
-        return "windows-" + std::to_string(ccsid);
-    case 1200:
-        return "UTF-16BE";
-    case 1202:
-        return "UTF-16LE";
-    case 1208:
-        return "UTF-8";
-    default:
-        return "ibm-" + std::to_string(ccsid);
-    }
+    const std::string number = std::to_string(ccsid);
+    const bool isWindows = (ccsid >= 1250 && ccsid <= 1258) || ccsid == 874 || ccsid == 932 ||
+                           ccsid == 936 || ccsid == 949 || ccsid == 950;
+    return ccsid == 1200   ? "UTF-16BE"
+           : ccsid == 1202 ? "UTF-16LE"
+           : ccsid == 1208 ? "UTF-8"
+                           : (isWindows ? "windows-" : "ibm-") + number;
 }
 
 class OracleConverter {
@@ -74,6 +59,54 @@ private:
 
 inline std::string OracleTranslate(WORD from, WORD to, const std::string& text) {
     return OracleConverter(to).Encode(OracleConverter(from).Decode(text));
+}
+
+struct Result {
+    std::string text;
+    STranslationReport report;
+};
+
+/// Translates in slices of `slice` bytes (0: all at once) into buffers of `room` bytes.
+inline Result Translate(WORD from, WORD to, const std::string& text, std::size_t slice = 0,
+                        std::size_t room = 32768, UINT options = 0,
+                        const SCCSIDLayout* layout = nullptr) {
+    Result result;
+    CCCSIDTranslation* translation = TranslateBeginEx(from, to, layout, options);
+    if (!translation) {
+        ADD_FAILURE() << from << " to " << to;
+        return result;
+    }
+    std::string out(room, '\0');
+    if (slice == 0)
+        slice = std::max<std::size_t>(text.size(), 1);
+    bool failed = false;
+    for (std::size_t at = 0; !failed && (at < text.size() || at == 0); at += slice) {
+        const std::size_t size = std::min(slice, text.size() - at);
+        const BOOL last = at + size == text.size();
+        std::size_t taken = 0;
+        ETranslation status = translationMore;
+        while (status == translationMore) {
+            DWORD inLength = static_cast<DWORD>(size - taken), outLength = static_cast<DWORD>(room);
+            status = TranslateCCSIDEx(
+                translation, reinterpret_cast<const BYTE*>(text.data()) + at + taken, &inLength,
+                reinterpret_cast<BYTE*>(out.data()), &outLength, last);
+            taken += inLength;
+            result.text.append(out, 0, outLength);
+            if (status == translationMore && outLength != room) {
+                ADD_FAILURE() << "asks for room that it has";
+                break;
+            }
+        }
+        failed = status == translationFailed;
+        EXPECT_TRUE(failed || taken == size);
+    }
+    EXPECT_EQ(TranslateEndEx(translation, &result.report), failed ? FALSE : TRUE);
+    EXPECT_EQ(result.report.ullProduced, result.text.size());
+    return result;
+}
+
+inline std::string Name(WORD from, WORD to) {
+    return std::to_string(from) + " to " + std::to_string(to);
 }
 
 } // namespace vnbytstr::test

@@ -1,23 +1,16 @@
 // CCSID translation against ICU's converters run over the whole text, in slices and output buffers
 // of many sizes and with every kernel of the machine.
 #include "vnbytstr/Ccsid.h"
-#include "src/charset/CodePage.h"
-#include "src/os/CpuKernel.h"
 #include "tests/charset/CcsidOracle.h"
+#include "tests/support/KernelTest.h"
+#include "tests/support/Vectors.h"
 
 #include <gtest/gtest.h>
 
 #include <random>
-#include <thread>
 #include <vector>
 
-using vnbytstr::AvailableKernels;
-using vnbytstr::ForceKernel;
-using vnbytstr::Kernel;
-using vnbytstr::KernelName;
-using vnbytstr::ScopedCodePage;
-using vnbytstr::test::OracleConverter;
-using vnbytstr::test::OracleTranslate;
+using namespace vnbytstr::test;
 
 namespace {
 
@@ -66,49 +59,6 @@ const std::u16string& SampleText() {
     return text;
 }
 
-struct Result {
-    std::string text;
-    STranslationReport report;
-};
-
-/// Translates in slices of `slice` bytes (0: all at once) into buffers of `room` bytes.
-Result Translate(WORD from, WORD to, const std::string& text, std::size_t slice = 0,
-                 std::size_t room = 32768, UINT options = 0, const SCCSIDLayout* layout = nullptr) {
-    Result result;
-    CCCSIDTranslation* translation = TranslateBeginEx(from, to, layout, options);
-    if (!translation) {
-        ADD_FAILURE() << from << " to " << to;
-        return result;
-    }
-    std::string out(room, '\0');
-    if (slice == 0)
-        slice = std::max<std::size_t>(text.size(), 1);
-    bool failed = false;
-    for (std::size_t at = 0; !failed && (at < text.size() || at == 0); at += slice) {
-        const std::size_t size = std::min(slice, text.size() - at);
-        const BOOL last = at + size == text.size();
-        std::size_t taken = 0;
-        ETranslation status = translationMore;
-        while (status == translationMore) {
-            DWORD inLength = static_cast<DWORD>(size - taken), outLength = static_cast<DWORD>(room);
-            status = TranslateCCSIDEx(
-                translation, reinterpret_cast<const BYTE*>(text.data()) + at + taken, &inLength,
-                reinterpret_cast<BYTE*>(out.data()), &outLength, last);
-            taken += inLength;
-            result.text.append(out, 0, outLength);
-            if (status == translationMore && outLength != room) {
-                ADD_FAILURE() << "asks for room that it has";
-                break;
-            }
-        }
-        failed = status == translationFailed;
-        EXPECT_TRUE(failed || taken == size);
-    }
-    EXPECT_EQ(TranslateEndEx(translation, &result.report), failed ? FALSE : TRUE);
-    EXPECT_EQ(result.report.ullProduced, result.text.size());
-    return result;
-}
-
 void ExpectSameReport(const STranslationReport& a, const STranslationReport& b,
                       const std::string& what) {
     SCOPED_TRACE(what);
@@ -133,18 +83,18 @@ void ExpectSame(const std::string& text, const std::string& oracle, const std::s
                   << ", other from " << at;
 }
 
-std::string Name(WORD from, WORD to) { return std::to_string(from) + " to " + std::to_string(to); }
+class Ccsid : public KernelTest {};
+VNBYTSTR_FOR_ALL_KERNELS(Ccsid);
 
-/// Runs the tests below once per kernel of the machine.
-class Ccsid : public testing::TestWithParam<Kernel> {
-protected:
-    void SetUp() override { m_before = ForceKernel(GetParam()); }
-    void TearDown() override { ForceKernel(m_before); }
-    Kernel m_before = Kernel::Plain;
-};
-INSTANTIATE_TEST_SUITE_P(Kernels, Ccsid,
-                         testing::ValuesIn(AvailableKernels().begin(), AvailableKernels().end()),
-                         [](const auto& info) { return std::string(KernelName(info.param)); });
+/// The oracle below has the same converters: only this tells whether they are the right ones.
+TEST(CcsidTranslation, BytesAreThoseOfThePublishedTables) {
+    for (const auto& vector : ReadVectors("charset/data/ccsid.vec")) {
+        const auto ccsid = static_cast<WORD>(std::stoi(vector[0]));
+        const std::string bytes = FromHex(vector[1]), wide = FromHex(vector[2]);
+        EXPECT_EQ(Translate(ccsid, 1200, bytes).text, wide) << ccsid;
+        EXPECT_EQ(Translate(1200, ccsid, wide).text, bytes) << ccsid;
+    }
+}
 
 TEST_P(Ccsid, SlicesGiveWhatTheWholeGives) {
     const std::vector<WORD> sets = AllSets();
@@ -295,110 +245,6 @@ TEST_P(Ccsid, RandomTextOfEverySize) {
     }
 }
 
-std::string Bytes(std::initializer_list<int> bytes) {
-    std::string text;
-    for (const int byte : bytes)
-        text += static_cast<char>(byte);
-    return text;
-}
-
-TEST_P(Ccsid, SubstitutionIsAsTheHeaderSays) {
-    const auto last = [](WORD from, WORD to, const std::string& text) {
-        return Translate(from, to, text).text;
-    };
-    const std::string ideograph = Bytes({'a', 0xE4, 0xB8, 0xAD, 'b'}),
-                      face = Bytes({0xF0, 0x9F, 0x98, 0x80});
-    EXPECT_EQ(last(1208, 37, ideograph), Bytes({0x81, 0x3F, 0x82}));
-    EXPECT_EQ(last(1208, 930, face), Bytes({0x0E, 0xFE, 0xFE, 0x0F}));
-    EXPECT_EQ(last(1208, 1252, ideograph), Bytes({'a', 0x1A, 'b'}));
-    EXPECT_EQ(last(1208, 819, ideograph), Bytes({'a', 0x1A, 'b'}));
-    EXPECT_EQ(last(1208, 874, ideograph), Bytes({'a', 0x3F, 'b'}));
-    for (const WORD to : std::initializer_list<WORD>{936, 949, 950})
-        EXPECT_EQ(last(1208, to, face), Bytes({0x3F}));
-    EXPECT_EQ(last(1208, 932, face), Bytes({0xFC, 0xFC}));
-    EXPECT_EQ(last(1208, 943, Bytes({0xC2, 0x81})), Bytes({0x7F}));
-    EXPECT_EQ(last(1208, 943, face), Bytes({0xFC, 0xFC}));
-    const std::string thorn = Bytes({0xC3, 0xBE}), tibetan = Bytes({0xE0, 0xBC, 0x80});
-    for (const WORD to : std::initializer_list<WORD>{930, 935, 937, 939, 1371, 1388})
-        EXPECT_EQ(last(1208, to, thorn), Bytes({0x3F})) << to;
-    for (const WORD to :
-         std::initializer_list<WORD>{930, 933, 935, 937, 939, 1364, 1371, 1390, 1399})
-        EXPECT_EQ(last(1208, to, tibetan), Bytes({0x0E, 0xFE, 0xFE, 0x0F})) << to;
-    const std::tuple<WORD, std::string, std::string> multi[] = {
-        {WORD{954}, "", Bytes({0xF4, 0xFE})},
-        {WORD{1375}, Bytes({0xA1, 0x48}), Bytes({0xA1, 0x48})},
-        {WORD{943}, Bytes({0x7F}), Bytes({0xFC, 0xFC})},
-        {WORD{1386}, Bytes({0x7F}), Bytes({0xA1, 0xA1})},
-        {WORD{964}, Bytes({0x1A}), Bytes({0xFD, 0xFE})},
-        {WORD{1383}, Bytes({0x1A}), Bytes({0xA1, 0xA1})}};
-    for (const auto& [to, low, high] : multi) {
-        if (!low.empty()) { // 954 has a thorn
-            EXPECT_EQ(last(1208, to, thorn), low) << to;
-        }
-        EXPECT_EQ(last(1208, to, tibetan), high) << to;
-    }
-    EXPECT_EQ(last(1208, 970, tibetan), Bytes({0xAF, 0xFE}));
-    EXPECT_EQ(last(1208, 1363, tibetan), Bytes({0xA1, 0xE0}));
-    EXPECT_EQ(last(1208, 850, ideograph), Bytes({'a', 0x7F, 'b'}));
-    EXPECT_EQ(last(1208, 1200, Bytes({0xFF})), Bytes({0xFF, 0xFD}));
-    EXPECT_EQ(last(932, 1208, Bytes({0xFD})), Bytes({0x1A}));
-    EXPECT_EQ(last(1255, 1208, Bytes({0xD9})), Bytes({0xEF, 0xBF, 0xBD}));
-    // Shows nothing and has no form: left out, but counted.
-    const Result joiner = Translate(1208, 37, Bytes({'a', 0xE2, 0x80, 0x8D, 'b'}));
-    EXPECT_EQ(joiner.text, Bytes({0x81, 0x82}));
-    EXPECT_EQ(joiner.report.ullUntranslatable, 1u);
-    // The controls.
-    EXPECT_EQ(last(1252, 37, "\r\n"), Bytes({0x0D, 0x25}));
-    EXPECT_EQ(last(37, 1208, Bytes({0x15})), Bytes({0xC2, 0x85}));
-    EXPECT_EQ(Translate(1252, 37, "\r\n", 0, 16, translateSwapNewLine).text, Bytes({0x0D, 0x15}));
-    EXPECT_EQ(Translate(930, 819, Bytes({0x15, 0x25}), 0, 16, translateSwapNewLine).text,
-              Bytes({0x0A, 0x85}));
-    EXPECT_EQ(last(850, 1252, Bytes({0x1A, 0x1C, 0x7F})), Bytes({0x1C, 0x7F, 0x1A}));
-}
-
-TEST_P(Ccsid, ReportTellsNumberAndPositionOfWhatWasLost) {
-    std::string text(100, 'x');
-    text += Bytes({0xE4, 0xB8, 0xAD}); // at 100
-    text += std::string(50, 'y');
-    text += Bytes({0xC3}); // malformed, at 153
-    text += std::string(70, 'z');
-    text += Bytes({0xF0, 0x9F, 0x98, 0x80, 0xE2, 0x82}); // at 224, and cut short at 228
-    for (const WORD to : std::initializer_list<WORD>{37, 1252, 930, 1383}) {
-        for (const std::size_t slice : {0u, 1u, 2u, 101u, 102u}) {
-            const STranslationReport report = Translate(1208, to, text, slice, 9).report;
-            EXPECT_EQ(report.ullConsumed, 230u);
-            EXPECT_EQ(report.ullUntranslatable, to == 930 || to == 1383 ? 1u : 2u) << to;
-            EXPECT_EQ(report.ullFirstUntranslatable, to == 930 || to == 1383 ? 224u : 100u)
-                << to << " " << slice;
-            EXPECT_EQ(report.ullMalformed, 2u);
-            EXPECT_EQ(report.ullFirstMalformed, 153u);
-        }
-    }
-    const STranslationReport clean = Translate(1208, 37, "abc").report;
-    EXPECT_EQ(clean.ullUntranslatable, 0u);
-    EXPECT_EQ(clean.ullFirstUntranslatable, STranslationReport::nowhere);
-    EXPECT_EQ(clean.ullFirstMalformed, STranslationReport::nowhere);
-}
-
-TEST_P(Ccsid, StopEndsAtTheFirstCharacterThatIsLost) {
-    std::string text(1500, 'x');
-    text += Bytes({0xE4, 0xB8, 0xAD});
-    text += std::string(100, 'y');
-    for (const std::size_t slice : {0u, 1u, 7u}) {
-        const Result lost = Translate(1208, 1252, text, slice, 100, translateStop);
-        EXPECT_EQ(lost.text, std::string(1500, 'x'));
-        EXPECT_EQ(lost.report.ullFirstUntranslatable, 1500u);
-        const Result broken = Translate(1208, 930,
-                                        "ab\xFF"
-                                        "cd",
-                                        slice, 100, translateStop);
-        EXPECT_EQ(broken.text, Bytes({0x62, 0x63}));
-        EXPECT_EQ(broken.report.ullFirstMalformed, 2u);
-    }
-    EXPECT_EQ(Translate(1208, 1252, "ab\xC3\xA4", 1, 1, translateStop).text, "ab\xE4");
-    EXPECT_EQ(Translate(1208, 1252, "ab\xC3", 0, 9, translateStop).report.ullFirstMalformed, 2u);
-}
-
 TEST(CcsidTranslation, OnlyKnownPairsTranslate) {
     const std::vector<WORD> sets = AllSets();
     for (const WORD ccsid : sets) {
@@ -414,138 +260,6 @@ TEST(CcsidTranslation, OnlyKnownPairsTranslate) {
     }
     // The number says what the bytes are, be they broken.
     EXPECT_EQ(Translate(1208, 1208, "a\xFF\xC3", 2, 2).text, "a\xFF\xC3");
-}
-
-TEST(CcsidTranslation, WholeTextAtOnce) {
-    const BYTE text[] = {0xC8, 0x85, 0x93, 0x93, 0x96};
-    BYTE out[8];
-    DWORD length = sizeof out;
-    EXPECT_TRUE(TranslateCCSID(37, 1202, text, 4, out, &length));
-    EXPECT_EQ(std::string(reinterpret_cast<char*>(out), length), std::string("H\0e\0l\0l\0", 8));
-    length = 7;
-    out[7] = 0x55;
-    EXPECT_FALSE(TranslateCCSID(37, 1202, text, 5, out, &length)); // says what it would take
-    EXPECT_EQ(length, 10u);
-    EXPECT_EQ(out[7], 0x55);
-    length = 0;
-    EXPECT_TRUE(TranslateCCSID(37, 1202, nullptr, 0, nullptr, &length));
-    EXPECT_FALSE(TranslateCCSID(37, 1202, nullptr, 3, out, &length));
-    EXPECT_FALSE(TranslateCCSID(37, 4242, text, 5, out, &length));
-    EXPECT_FALSE(TranslateCCSID(37, 1202, text, 5, out, nullptr));
-    STranslationReport report;
-    length = 8;
-    const BYTE faces[] = {0xF0, 0x9F, 0x98, 0x80, 'a'};
-    EXPECT_FALSE(TranslateCCSID(1208, 37, faces, 5, out, &length, nullptr, translateStop, &report));
-    EXPECT_EQ(report.ullFirstUntranslatable, 0u);
-    EXPECT_EQ(length, 0u);
-    EXPECT_FALSE(TranslateEndEx(nullptr));
-    EXPECT_FALSE(TranslateReportEx(nullptr, &report));
-}
-
-TEST(CcsidTranslation, ATranslationCanBeUsedAgain) {
-    CCCSIDTranslation* translation = TranslateBeginEx(1208, 930);
-    for (int round = 0; round < 3; ++round) {
-        BYTE out[16];
-        DWORD in = 2,
-              length = sizeof out; // ends in the middle of a character and between SO and SI
-        const BYTE kana[] = {0xE3, 0x81, 0x84};
-        EXPECT_EQ(TranslateCCSIDEx(translation, kana, &in, out, &length, FALSE), translationDone);
-        EXPECT_EQ(length, 0u);
-        in = 1;
-        length = sizeof out;
-        EXPECT_EQ(TranslateCCSIDEx(translation, kana + 2, &in, out, &length, TRUE),
-                  translationDone);
-        EXPECT_EQ(std::string(reinterpret_cast<char*>(out), length), "\x0E\x44\x82\x0F");
-    }
-    EXPECT_TRUE(TranslateEndEx(translation));
-}
-
-TEST(CcsidTranslation, LayoutReordersWholeParagraphs) {
-    // Logical "abc <shalom>! (<x>)" in Windows Hebrew to visual EBCDIC Hebrew and back.
-    const std::string line = "abc \xF9\xEC\xE5\xED (\xE0) \xE1 d(e)f\r\n";
-    const std::string text = line + line + "\xF9\xEC x";
-    SCCSIDLayout layout;
-    layout.eToOrder = bidiVisual;
-    layout.bMirror = TRUE;
-    const std::string visual = Translate(1255, 424, text, 0, 32768, 0, &layout).text;
-    // The Hebrew word and the letter in parentheses are one run, reversed and mirrored.
-    const std::string expected = "abc \xE1 (\xE0) \xED\xE5\xEC\xF9 d(e)f\r\n";
-    EXPECT_EQ(Translate(424, 1255, visual).text, expected + expected + "\xEC\xF9 x");
-    for (const std::size_t slice : {1u, 3u, 11u})
-        EXPECT_EQ(Translate(1255, 424, text, slice, 4, 0, &layout).text, visual);
-    SCCSIDLayout back;
-    back.eFromOrder = bidiVisual;
-    back.bMirror = TRUE;
-    EXPECT_EQ(Translate(424, 1255, visual, 5, 3, 0, &back).text, text);
-    // What cannot be translated is at the beginning of its paragraph.
-    const Result lost = Translate(1208, 424, "abc\nxy\xE4\xB8\xAD\n", 4, 100, 0, &layout);
-    EXPECT_EQ(lost.report.ullUntranslatable, 1u);
-    EXPECT_EQ(lost.report.ullFirstUntranslatable, 4u);
-}
-
-TEST(CcsidTranslation, LayoutShapesArabic) {
-    SCCSIDLayout shape;
-    shape.eShaping = bidiShape;
-    const Result shaped = Translate(1256, 1200, "\xC8\xC8", 0, 64, 0, &shape); // two letters beh
-    EXPECT_EQ(shaped.text, "\xFE\x91\xFE\x90");
-    SCCSIDLayout unshape;
-    unshape.eShaping = bidiUnshape;
-    EXPECT_EQ(Translate(1200, 1256, shaped.text, 0, 64, 0, &unshape).text, "\xC8\xC8");
-}
-
-TEST(CcsidTranslation, NativeSet) {
-    const std::pair<UINT, WORD> pages[] = {
-        {1252, 1252}, {932, 932}, {1255, 1255}, {65001, 1208}, {28591, 819}};
-    for (const auto& [page, ccsid] : pages) {
-        const ScopedCodePage scope(page);
-        EXPECT_EQ(GetNativeCCSID(), ccsid);
-        EXPECT_TRUE(CanTranslateCCSID(GetNativeCCSID(), 37));
-    }
-    EXPECT_EQ((ScopedCodePage(1252), GetNativeEuroString()), "\x80");
-    EXPECT_EQ((ScopedCodePage(65001), GetNativeEuroString()), "\xE2\x82\xAC");
-    EXPECT_EQ((ScopedCodePage(28591), GetNativeEuroString()), "EUR");
-}
-
-TEST(CcsidTranslation, ExceptionSaysWhatIsWrong) {
-    const auto message = [](WORD from, WORD to) {
-        std::string text;
-        try {
-            ThrowTranslationException(from, to);
-        } catch (CException* error) {
-            const auto* translation = DYNAMIC_DOWNCAST(CTranslationException, error);
-            EXPECT_NE(translation, nullptr);
-            EXPECT_TRUE(translation && translation->m_wFrom == from && translation->m_wTo == to);
-            char buffer[300];
-            EXPECT_TRUE(error->GetErrorMessage(buffer, sizeof buffer));
-            text = buffer;
-            char small[8];
-            EXPECT_TRUE(error->GetErrorMessage(small, sizeof small));
-            EXPECT_EQ(std::string(small).size(), 7u);
-            error->Delete();
-        }
-        return text;
-    };
-    EXPECT_NE(message(1208, 4242).find("CCSID 4242 is not known"), std::string::npos);
-    EXPECT_NE(message(4242, 1208).find("CCSID 4242 is not known"), std::string::npos);
-    EXPECT_NE(message(1208, 37).find("no form"), std::string::npos);
-}
-
-TEST(CcsidTranslation, ThreadsTranslateAtTheSameTime) {
-    const std::string text = OracleConverter(1208).Encode(SampleText());
-    const std::string oracle = OracleTranslate(1208, 939, text),
-                      small = OracleTranslate(1208, 1250, text);
-    std::atomic<int> wrong = 0;
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t) {
-        threads.emplace_back([&] {
-            for (int i = 0; i < 10; ++i)
-                wrong += Translate(1208, 939, text, 999).text != oracle ||
-                         Translate(1208, 1250, text, 999).text != small;
-        });
-    }
-    for (std::thread& thread : threads)
-        thread.join();
-    EXPECT_EQ(wrong, 0);
 }
 
 } // namespace

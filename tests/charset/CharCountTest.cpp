@@ -1,7 +1,8 @@
 // Counting characters, over every kernel of the machine; the oracle is a walk by CharLength. And
 // where a text was cut within a character.
 #include "src/charset/CodePage.h"
-#include "src/os/CpuKernel.h"
+#include "tests/support/KernelTest.h"
+#include "tests/support/Text.h"
 
 #include <gtest/gtest.h>
 
@@ -20,14 +21,8 @@ std::size_t Walk(const CodePage& page, std::string_view text) {
     return count;
 }
 
-class CharCount : public testing::TestWithParam<Kernel> {
-protected:
-    CharCount() : m_before(ForceKernel(GetParam())) {}
-    ~CharCount() override { ForceKernel(m_before); }
-
-private:
-    Kernel m_before;
-};
+class CharCount : public test::KernelTest {};
+VNBYTSTR_FOR_ALL_KERNELS(CharCount);
 
 TEST_P(CharCount, AgreesWithAWalk) {
     std::mt19937 random(7);
@@ -52,13 +47,8 @@ TEST_P(CharCount, AgreesWithAWalk) {
 TEST_P(CharCount, CountsWellFormedUtf8ByCodePoints) {
     std::mt19937 random(8);
     const CodePage& page = *CodePage::Find(65001);
-    const std::vector<std::string> kinds = {"a",
-                                            "\xC3\xA4",
-                                            "\xE3\x81\x82",
-                                            "\xF0\x9F\x98\x80",
-                                            "\xE0\xA0\x80",
-                                            "\xED\x9F\xBF",
-                                            "\xF4\x8F\xBF\xBF"};
+    const std::vector<std::string> kinds = test::Split(
+        "a \xC3\xA4 \xE3\x81\x82 \xF0\x9F\x98\x80 \xE0\xA0\x80 \xED\x9F\xBF \xF4\x8F\xBF\xBF");
     for (int round = 0; round < 2000; ++round) {
         std::string text;
         const std::size_t count = random() % 300;
@@ -67,10 +57,6 @@ TEST_P(CharCount, CountsWellFormedUtf8ByCodePoints) {
         ASSERT_EQ(page.CountChars(text), count);
     }
 }
-
-INSTANTIATE_TEST_SUITE_P(AllKernels, CharCount,
-                         testing::ValuesIn(AvailableKernels().begin(), AvailableKernels().end()),
-                         [](const auto& info) { return std::string(KernelName(info.param)); });
 
 TEST(CutShort, TellsABeginningFromAWholeAndFromABrokenOne) {
     const auto isCut = [](UINT number, std::string_view text) {
@@ -84,17 +70,19 @@ TEST(CutShort, TellsABeginningFromAWholeAndFromABrokenOne) {
                              "a",
                              "\xE0\x80", "\xED\xA0", "\xF4\x90", "\xC3\xA4\xA4"})
         EXPECT_FALSE(isCut(65001, text)) << testing::PrintToString(text);
-    EXPECT_TRUE(isCut(932, "\x81"));
-    EXPECT_FALSE(isCut(932, "\xB1")); // half-width katakana
-    EXPECT_FALSE(isCut(932, "\x81\x40"));
-    EXPECT_FALSE(isCut(1252, "\x81"));
-    EXPECT_TRUE(isCut(54936, "\x81"));
-    EXPECT_TRUE(isCut(54936, "\x81\x30"));
-    EXPECT_TRUE(isCut(54936, "\x81\x30\x81"));
-    EXPECT_FALSE(isCut(54936, "\x81\x40"));
-    EXPECT_FALSE(isCut(54936, "\x81\x30\x20"));
-    EXPECT_TRUE(isCut(51932, "\x8F\xB0"));
-    EXPECT_FALSE(isCut(51932, "\xB0\xB0"));
+    const std::pair<UINT, const char*> cut[] = {{932, "\x81"},
+                                                {54936, "\x81"},
+                                                {54936, "\x81\x30"},
+                                                {54936, "\x81\x30\x81"},
+                                                {51932, "\x8F\xB0"}};
+    for (const auto& [page, text] : cut)
+        EXPECT_TRUE(isCut(page, text)) << page;
+    const std::pair<UINT, const char*> whole[] = {// B1: half-width katakana
+                                                  {932, "\xB1"},           {932, "\x81\x40"},
+                                                  {1252, "\x81"},          {54936, "\x81\x40"},
+                                                  {54936, "\x81\x30\x20"}, {51932, "\xB0\xB0"}};
+    for (const auto& [page, text] : whole)
+        EXPECT_FALSE(isCut(page, text)) << page;
 }
 
 } // namespace

@@ -31,19 +31,21 @@ UINT AnsiUnder(const std::string& variable, const std::string& locale,
 }
 
 TEST(CodePage, AnsiPageFollowsVariableThenLocale) {
-    EXPECT_EQ(AnsiUnder("932", "de_DE.UTF-8"), 932u);
-    EXPECT_EQ(AnsiUnder("", "de_AT.UTF-8"), 65001u);
-    EXPECT_EQ(AnsiUnder("", "de_AT.utf8"), 65001u);
-    EXPECT_EQ(AnsiUnder("", ""), 65001u);
-    EXPECT_EQ(AnsiUnder("", "C"), 65001u);
-    EXPECT_EQ(AnsiUnder("", "POSIX"), 65001u);
-    EXPECT_EQ(AnsiUnder("", "de_DE@euro"), 28605u);
-    EXPECT_EQ(AnsiUnder("", "de_DE.ISO-8859-1"), 28591u);
-    EXPECT_EQ(AnsiUnder("", "de_DE.iso885915@euro"), 28605u);
-    EXPECT_EQ(AnsiUnder("", "ja_JP.SJIS"), 932u);
-    EXPECT_EQ(AnsiUnder("", "ja_JP.eucJP"), 51932u);
-    EXPECT_EQ(AnsiUnder("", "he_IL.CP1255"), 1255u);
-    EXPECT_EQ(AnsiUnder("", "ru_RU.windows-1251"), 1251u);
+    const std::tuple<const char*, const char*, UINT> cases[] = {{"932", "de_DE.UTF-8", 932},
+                                                                {"", "de_AT.UTF-8", 65001},
+                                                                {"", "de_AT.utf8", 65001},
+                                                                {"", "", 65001},
+                                                                {"", "C", 65001},
+                                                                {"", "POSIX", 65001},
+                                                                {"", "de_DE@euro", 28605},
+                                                                {"", "de_DE.ISO-8859-1", 28591},
+                                                                {"", "de_DE.iso885915@euro", 28605},
+                                                                {"", "ja_JP.SJIS", 932},
+                                                                {"", "ja_JP.eucJP", 51932},
+                                                                {"", "he_IL.CP1255", 1255},
+                                                                {"", "ru_RU.windows-1251", 1251}};
+    for (const auto& [variable, locale, page] : cases)
+        EXPECT_EQ(AnsiUnder(variable, locale), page) << locale;
 }
 
 TEST(CodePage, UnknownNamesAreReportedAndIgnored) {
@@ -186,7 +188,7 @@ TEST(CodePage, EveryPageAgreesWithItsConverter) {
                       std::u16string(wide, static_cast<std::size_t>(units)));
         }
         EXPECT_GE(count, 215u) << number;
-        // ASCII is itself behind other characters too, both ways.
+        // ASCII stays itself after other characters too, both ways.
         std::string ascii;
         for (char c = 1; c > 0 && c < 127; ++c)
             ascii += c;

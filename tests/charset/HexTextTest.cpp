@@ -1,6 +1,6 @@
 #include "src/charset/HexText.h"
 
-#include "src/os/CpuKernel.h"
+#include "tests/support/KernelTest.h"
 
 #include <gtest/gtest.h>
 
@@ -26,7 +26,7 @@ std::string NaiveHex(const Bytes& bytes, const char* separator, bool lower) {
     return text;
 }
 
-// Takes the text apart as a person would: by looking at each character.
+// Decodes by looking at each character.
 Bytes NaiveDecode(const std::string& text) {
     Bytes bytes;
     for (std::size_t i = 0;; i += 2) {
@@ -56,11 +56,8 @@ Bytes DecodeInPieces(const std::string& text, std::size_t capacity) {
     }
 }
 
-class HexText : public testing::TestWithParam<Kernel> {
+class HexText : public test::KernelTest {
 protected:
-    void SetUp() override { m_before = ForceKernel(GetParam()); }
-    void TearDown() override { ForceKernel(m_before); }
-
     Bytes Random(std::size_t size) {
         Bytes bytes(size);
         for (BYTE& byte : bytes)
@@ -69,10 +66,8 @@ protected:
     }
 
     std::mt19937 m_random{7};
-
-private:
-    Kernel m_before = Kernel::Plain;
 };
+VNBYTSTR_FOR_ALL_KERNELS(HexText);
 
 } // namespace
 
@@ -152,7 +147,3 @@ TEST_P(HexText, DropsALoneDigitAndLeavesTheRestAlone) {
     done = DecodeHex("", 0, out, 2);
     EXPECT_TRUE(done.ended);
 }
-
-INSTANTIATE_TEST_SUITE_P(AllKernels, HexText,
-                         testing::ValuesIn(AvailableKernels().begin(), AvailableKernels().end()),
-                         [](const auto& info) { return std::string(KernelName(info.param)); });

@@ -61,7 +61,7 @@ TEST(SortOrder, IsTheStableOrderOfTheComparison) {
     }
 }
 
-TEST(SortOrder, LooksBehindLongCommonBeginnings) {
+TEST(SortOrder, LooksPastLongCommonPrefixes) {
     std::mt19937 random(4);
     std::vector<std::string> texts(3000);
     for (std::string& text : texts) {
