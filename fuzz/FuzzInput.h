@@ -11,6 +11,9 @@
 #include <cstdlib>
 #include <string>
 
+/// What every fuzz target defines: one input.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+
 namespace vnbytstr::fuzz {
 
 /// Ends the program when a rule does not hold, in every build, and says where it stands.

@@ -9,8 +9,6 @@
 using namespace vnbytstr;
 using fuzz::Require;
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
-
 namespace {
 
 constexpr std::size_t kMostText = 4096, kMostPattern = 600;

@@ -9,8 +9,6 @@
 using namespace vnbytstr;
 using fuzz::Require;
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
-
 namespace {
 
 constexpr std::array<WORD, 22> kSets = {37,   273,  420,  424,  930,  933, 935, 939,

@@ -1,4 +1,4 @@
-// Deciphering bytes that nobody enciphered, with padding: the result is what the blocks one by one
+// Deciphering arbitrary bytes, with padding: the result is what the blocks one by one
 // and the chain by hand give, less what the last byte says, or nothing. And what was enciphered
 // comes back, at once and in segments.
 #include "fuzz/FuzzInput.h"
@@ -8,8 +8,6 @@
 
 using namespace vnbytstr;
 using fuzz::Require;
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 namespace {
 
@@ -113,7 +111,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     setting.key.resize(8);
     setting.vector.resize(8);
     std::string text = input.Bytes(512);
-    if (choice & 2) { // with padding that may be right, though nobody will guess the cipher
+    if (choice & 2) { // the padding may be right by chance
         CByteStream stream = Stream(text);
         stream.Encrypt(Stream(setting.key), Stream(setting.vector), setting.mode, false);
         text = Content(stream);

@@ -12,8 +12,6 @@
 using namespace vnbytstr;
 using fuzz::Require;
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
-
 namespace {
 
 /// The cause that reading a string at `at` ends with, or 0 with the string, and `at` after it.

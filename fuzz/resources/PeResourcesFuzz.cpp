@@ -8,8 +8,6 @@
 using namespace vnbytstr;
 using fuzz::Require;
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     detail::PeResources resources;
     const bool isGood = resources.Parse({data, data + size});

@@ -13,8 +13,6 @@ using namespace vnbytstr;
 using detail::ProfileFile;
 using fuzz::Require;
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
-
 namespace {
 
 struct Key {

@@ -7,8 +7,6 @@
 
 using vnbytstr::fuzz::Require;
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string format(data, data + size);
     for (const int first : {7, -3}) {

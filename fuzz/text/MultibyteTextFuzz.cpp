@@ -1,5 +1,5 @@
 // Cutting, counting and editing text of any bytes in code pages of every kind, against a text that
-// is split into its characters by rules of its own.
+// is split into its characters by rules written anew here.
 #include "fuzz/FuzzInput.h"
 #include "vnbytstr/MultibyteText.h"
 
@@ -9,8 +9,6 @@ using namespace vnbytstr;
 using fuzz::Require;
 using fuzz::ToCString;
 using fuzz::ToStdString;
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 namespace {
 

@@ -12,8 +12,6 @@
 using namespace vnbytstr;
 using fuzz::Require;
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
-
 namespace {
 
 /// A file in memory that has a name.

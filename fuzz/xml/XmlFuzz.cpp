@@ -11,8 +11,6 @@
 using namespace vnbytstr;
 using fuzz::Require;
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
-
 namespace {
 
 void Walk(CXercesWrapper& xml, const XMLElement& element) {

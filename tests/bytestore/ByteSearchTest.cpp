@@ -1,4 +1,5 @@
 #include "src/bytestore/ByteSearch.h"
+#include "tests/support/KernelTest.h"
 
 #include <gtest/gtest.h>
 
@@ -40,11 +41,8 @@ std::optional<std::uint64_t> Streamed(ByteSearcher& searcher, const Bytes& hayst
     return std::nullopt;
 }
 
-class ByteSearch : public testing::TestWithParam<Kernel> {
+class ByteSearch : public vnbytstr::test::KernelTest {
 protected:
-    void SetUp() override { m_before = ForceKernel(GetParam()); }
-    void TearDown() override { ForceKernel(m_before); }
-
     unsigned Number(unsigned low, unsigned high) {
         return low + static_cast<unsigned>(m_random() % (high - low + 1));
     }
@@ -60,10 +58,8 @@ protected:
     }
 
     std::mt19937 m_random{20240229};
-
-private:
-    Kernel m_before = Kernel::Plain;
 };
+VNBYTSTR_FOR_ALL_KERNELS(ByteSearch);
 
 // Repeats `unit` up to `size` bytes.
 Bytes Repeat(const std::string& unit, std::size_t size) {
@@ -132,7 +128,7 @@ TEST_P(ByteSearch, FindsWhatASimpleSearchFinds) {
     }
 }
 
-TEST_P(ByteSearch, FindsAnOccurrenceAtEveryPlaceAndNoneBehindTheEnd) {
+TEST_P(ByteSearch, FindsAnOccurrenceAtEveryPlaceAndNothingPastTheEnd) {
     for (std::size_t haystackSize :
          {15u, 16u, 31u, 32u, 33u, 63u, 64u, 65u, 127u, 128u, 129u, 200u}) {
         for (std::size_t size : {1u, 2u, 3u, 4u, 8u, 15u}) {
@@ -225,7 +221,3 @@ TEST_P(ByteSearch, FindsPatternsLongerThanAPiece) {
         }
     }
 }
-
-INSTANTIATE_TEST_SUITE_P(AllKernels, ByteSearch,
-                         testing::ValuesIn(AvailableKernels().begin(), AvailableKernels().end()),
-                         [](const auto& info) { return std::string(KernelName(info.param)); });

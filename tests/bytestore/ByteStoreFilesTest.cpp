@@ -28,7 +28,7 @@ TEST_F(ByteStoreFilesTest, SwapFileLivesUntilEmpty) {
     store.Empty();
     EXPECT_EQ(FileCount(), 0u);
     EXPECT_EQ(store.GetFileName(), name);
-    // A file that somebody else makes under the old name is not the store's.
+    // A file that another program makes under the old name is not the store's.
     m_folder.Write(name.substr(m_folder.Path().size()), "other");
     store.Empty();
     EXPECT_EQ(FileCount(), 1u);
@@ -176,17 +176,6 @@ TEST_F(ByteStoreFilesTest, SavesFromTheCursorByTheRuleOfPages) {
         }
     }
     EXPECT_EQ(FileCount(), 2u);
-}
-
-TEST_F(ByteStoreFilesTest, SaveAcrossFileSystemsCopies) {
-    CByteStore store;
-    const Bytes bytes = Pattern(30 * kPage + 3);
-    Append(store, bytes);
-    m_system.Inject(Fault{.call = Call::Rename, .at = 1, .error = EXDEV});
-    store.SaveToFile(m_folder.File("target").c_str());
-    EXPECT_EQ(m_system.Hits(), 1u);
-    EXPECT_EQ(m_folder.Read("target"), AsText(bytes));
-    EXPECT_EQ(FileCount(), 1u);
 }
 
 TEST_F(ByteStoreFilesTest, SaveLeavesLinksAndDevicesWhatTheyAre) {

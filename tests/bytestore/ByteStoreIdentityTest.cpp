@@ -1,4 +1,4 @@
-// CByteStore and files that have several names, change behind its back, or are shared with a child.
+// CByteStore and files that have several names, are changed by others, or are shared with a child.
 #include "tests/bytestore/StoreFixture.h"
 #include "tests/support/ChildProcess.h"
 
@@ -340,7 +340,7 @@ TEST_F(ByteStoreIdentityTest, AChildSeesThatItsParentChangedAPage) {
         char byte;
         const bool told = ::read(go[0], &byte, 1) == 1;
         const int changed = CauseOf([&] { store.GetDWord(3 * kPage); });
-        store.SetDWord(4 * kPage, 7); // goes on in a file of its own
+        store.SetDWord(4 * kPage, 7); // continues in another file
         store.ReleasePages();
         const int still = CauseOf([&] { store.GetDWord(3 * kPage); });
         ::_exit(told && changed == 2 && still == 2 && store.GetDWord(4 * kPage) == 7 ? 0 : 1);

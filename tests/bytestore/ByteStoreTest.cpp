@@ -20,19 +20,6 @@ public:
     using CByteStore::SetMaxPages;
 };
 
-TEST_F(ByteStoreTest, ValuesAreBigEndianAcrossPages) {
-    CByteStore store;
-    Append(store, Bytes(kPage - 1, 0));
-    store.ConcatWord(0x1234);
-    EXPECT_EQ(store.GetByte(32767), 0x12);
-    EXPECT_EQ(store.GetByte(32768), 0x34);
-    EXPECT_EQ(store.GetWord(32767), 0x1234);
-    store.SetInt64(32764, 0x0102030405060708);
-    EXPECT_EQ(store.GetInt48(32765), 0x020304050607);
-    EXPECT_EQ(store.GetDWord(32766), 0x03040506u);
-    EXPECT_EQ(store.GetLength(), 32772u);
-}
-
 TEST_F(ByteStoreTest, AccountedBytesAreNeverHeld) {
     CByteStore store;
     store.Concat(DWORD{5});

@@ -9,7 +9,6 @@
 #include <atomic>
 #include <cstdlib>
 #include <new>
-#include <thread>
 
 namespace {
 std::atomic<int> g_allocationsLeft{-1}; ///< the one after so many fails, once; negative: none does
@@ -104,31 +103,6 @@ TEST_F(ContainerFaultTest, MemoryThatRunsOutIsAnExceptionOfTheFramework) {
     }
 }
 
-TEST_F(ContainerFaultTest, LimitIsReadByManyThreads) {
-    CByteStream::m_dwMaxSizeInMemory = 0;
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i)
-        threads.emplace_back([] { EXPECT_EQ(CByteStream::GetMaxSizeInMemory(), 0x40000u); });
-    for (std::thread& thread : threads)
-        thread.join();
-}
-
-TEST_F(ContainerFaultTest, FullDiskLosesNothing) {
-    CByteStore store;
-    const Bytes bytes = Pattern(16 * kPage);
-    Append(store, bytes);
-    m_system.Inject(Fault{.call = Call::Write, .fromThenOn = true, .error = ENOSPC});
-    const Bytes more = Pattern(25 * kPage + 1, 2);
-    EXPECT_EQ(CauseOf([&] { Append(store, more); }), 4);
-    EXPECT_EQ(store.GetLength(), bytes.size());
-    EXPECT_EQ(Content(store), bytes);
-    m_system.Inject(std::nullopt); // there is room again
-    Append(store, more);
-    Bytes all = bytes;
-    all.insert(all.end(), more.begin(), more.end());
-    EXPECT_EQ(Content(store), all);
-}
-
 TEST_F(ContainerFaultTest, ReleasedPagesComeBack) {
     for (const DWORD size : {DWORD{0}, DWORD{5}, 3 * kPage, 40 * kPage + 7}) {
         CByteStore store;
@@ -199,7 +173,7 @@ TEST_F(ContainerFaultTest, CutOrRemovedSwapFileIsNoticed) {
     EXPECT_EQ(store.GetByte(3 * kPage), bytes[3 * kPage]);
 }
 
-/// What a container does to its own content or to another's, and what becomes of the bytes.
+/// An operation on a container, and the bytes that it should give.
 struct Change {
     const char* name;
     void (*run)(CByteStream& value, CByteStream& other);
@@ -265,7 +239,7 @@ const Change kChanges[] = {
 
 /// Every system call of each change fails in turn, once or from then on, or moves half, or lands
 /// elsewhere. The outcome is the right content, or a defined exception with the content of before;
-/// the same call then succeeds. No descriptor and no file stays behind.
+/// the same call then succeeds. No descriptor and no file is left.
 TEST_F(ContainerFaultTest, EverySystemCallMayFail) {
     const Bytes bytes = Pattern(18 * kPage + 8), others = Pattern(17 * kPage, 2);
     const Fault kinds[] = {{.call = Call::Any},

@@ -1,4 +1,4 @@
-// How much memory a large value takes. A program of its own, since a peak never goes down.
+// How much memory a large value takes. A separate program, since a peak never goes down.
 #include "vnbytstr/ByteStream.h"
 
 #include <gtest/gtest.h>

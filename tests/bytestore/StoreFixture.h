@@ -1,4 +1,4 @@
-// What the store and stream tests share: a system with a folder of its own and a cache of 16 pages.
+// What the store and stream tests share: a system with its own folder and a cache of 16 pages.
 #pragma once
 
 #include "tests/support/TemporaryFolder.h"

@@ -1,39 +1,29 @@
 // Encrypt and Decrypt of the containers over many pages, and Diffie-Hellman.
-#define OPENSSL_SUPPRESS_DEPRECATED
-
 #include "tests/bytestore/StoreFixture.h"
+#include "tests/crypto/DesOracle.h"
 #include "vnbytstr/DES.h"
 #include "vnbytstr/DiffieHellman.h"
 #include "vnbytstr/FixedBinary.h"
 
 #include <openssl/bn.h>
-#include <openssl/des.h>
 
 namespace vnbytstr::test {
 namespace {
 
 class ContainerCipherTest : public StoreFixture {
 protected:
-    /// OpenSSL over whole blocks: on the whole, or chained anew for every 32768 bytes.
-    static Bytes Oracle(Bytes in, const char* key, const char* iv) {
-        DES_cblock keyBlock{}, chain{};
-        DES_key_schedule schedule;
-        std::copy_n(key, 8, keyBlock);
-        DES_set_key_unchecked(&keyBlock, &schedule);
-        in.resize(in.size() / 8 * 8);
-        Bytes out(in.size());
-        for (std::size_t at = 0; at < in.size(); at += kPage) {
-            const std::size_t count = std::min<std::size_t>(kPage, in.size() - at);
-            if (iv) {
-                std::copy_n(iv, 8, chain);
-                DES_ncbc_encrypt(in.data() + at, out.data() + at, static_cast<long>(count),
-                                 &schedule, &chain, DES_ENCRYPT);
-            } else {
-                for (std::size_t i = at; i < at + count; i += 8)
-                    DES_ecb_encrypt(reinterpret_cast<DES_cblock*>(in.data() + i),
-                                    reinterpret_cast<DES_cblock*>(out.data() + i), &schedule,
-                                    DES_ENCRYPT);
-            }
+    /// OpenSSL over the whole blocks, chained anew for every page.
+    static Bytes Oracle(const Bytes& in, CDES::EMode mode) {
+        const std::string key = "12345678";
+        Bytes out;
+        for (std::size_t at = 0, end = in.size() / 8 * 8; at < end; at += kPage) {
+            std::string chain = "ABCDEFGH";
+            const auto first = in.begin() + static_cast<std::ptrdiff_t>(at);
+            const Bytes page = DesOracle(
+                Bytes(first,
+                      first + static_cast<std::ptrdiff_t>(std::min<std::size_t>(kPage, end - at))),
+                key, true, mode == CDES::eCBC ? reinterpret_cast<BYTE*>(chain.data()) : nullptr);
+            out.insert(out.end(), page.begin(), page.end());
         }
         return out;
     }
@@ -45,8 +35,7 @@ TEST_F(ContainerCipherTest, WithoutPaddingOverManyPages) {
                                    std::size_t{40 * kPage + 16}, std::size_t{2 * kPage + 13}}) {
         for (const auto mode : {CDES::eECB, CDES::eCBC}) {
             const Bytes bytes = Pattern(size);
-            const Bytes expected =
-                Oracle(bytes, "12345678", mode == CDES::eCBC ? "ABCDEFGH" : nullptr);
+            const Bytes expected = Oracle(bytes, mode);
             CByteStore store(bytes.data(), static_cast<DWORD>(size)), cipher, back;
             ASSERT_EQ(store.Encrypt(m_key, m_vector, mode, false, cipher), 1);
             EXPECT_EQ(cipher.GetLength(), size);
@@ -84,8 +73,7 @@ TEST_F(ContainerCipherTest, RandomContentsComeBackWhereverTheyStart) {
         Bytes padded = plain;
         if (pad)
             padded.resize(size + 8, 8);
-        const Bytes expected =
-            Oracle(padded, "12345678", mode == CDES::eCBC ? "ABCDEFGH" : nullptr);
+        const Bytes expected = Oracle(padded, mode);
 
         CByteStream stream(all.data(), start + size);
         stream.DiscardUpTo(start);
@@ -155,7 +143,7 @@ TEST_F(ContainerCipherTest, CipherOfAStreamSuitsAnyLimit) {
         cipher.Decrypt(stream);
         EXPECT_EQ(Content(stream), bytes);
         CByteStream large(Pattern(65536).data(), 65536);
-        EXPECT_EQ(CauseOf([&] { cipher.Encrypt(large); }), 2); // as ever
+        EXPECT_EQ(CauseOf([&] { cipher.Encrypt(large); }), 2);
     }
 }
 
@@ -216,7 +204,7 @@ TEST_F(DiffieHellmanTest, TwoSidesAgree) {
         ASSERT_EQ(sides[0].ComputeK(), 1);
         ASSERT_EQ(sides[1].ComputeK(), 1);
         EXPECT_EQ(Hex(sides[0].GetK(-1)), Hex(sides[1].GetK(-1)));
-        // What a peer sends at its worst.
+        // The worst values that a peer may send.
         CFixedBinary less(prime), above(prime);
         less -= CFixedBinary("00000001");
         above += CFixedBinary("00000005");

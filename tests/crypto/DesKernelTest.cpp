@@ -1,20 +1,18 @@
-#define OPENSSL_SUPPRESS_DEPRECATED // single DES is what is to be compared
-
 #include "src/crypto/DesKernel.h"
 
 #include "src/crypto/DesTables.h"
-#include "src/os/CpuKernel.h"
+#include "tests/crypto/DesOracle.h"
+#include "tests/support/KernelTest.h"
 
 #include <gtest/gtest.h>
-#include <openssl/des.h>
 
 #include <algorithm>
 #include <random>
-#include <string>
 #include <vector>
 
 using namespace vnbytstr;
 using namespace vnbytstr::detail;
+using vnbytstr::test::DesOracle;
 
 namespace {
 
@@ -28,31 +26,8 @@ Schedule ScheduleOf(const Key& key, bool encrypt) {
     return schedule;
 }
 
-// OpenSSL's block type, which its functions want writable.
-DES_cblock* BlockAt(BYTE* bytes) { return reinterpret_cast<DES_cblock*>(bytes); }
-
-// The oracle: OpenSSL, `iv` null for electronic code book; `iv` moves on.
-Bytes Oracle(Bytes in, Key key, bool encrypt, BYTE* iv) {
-    DES_key_schedule schedule;
-    DES_set_key_unchecked(BlockAt(key.data()), &schedule);
-    Bytes out(in.size());
-    const int direction = encrypt ? DES_ENCRYPT : DES_DECRYPT;
-    if (iv) {
-        DES_ncbc_encrypt(in.data(), out.data(), static_cast<long>(in.size()), &schedule,
-                         BlockAt(iv), direction);
-        return out;
-    }
-    for (std::size_t at = 0; at < in.size(); at += 8) {
-        DES_ecb_encrypt(BlockAt(in.data() + at), BlockAt(out.data() + at), &schedule, direction);
-    }
-    return out;
-}
-
-class DesKernel : public testing::TestWithParam<Kernel> {
+class DesKernel : public vnbytstr::test::KernelTest {
 protected:
-    void SetUp() override { m_before = ForceKernel(GetParam()); }
-    void TearDown() override { ForceKernel(m_before); }
-
     template <class Container>
     void Fill(Container& bytes) {
         for (BYTE& byte : bytes)
@@ -60,10 +35,8 @@ protected:
     }
 
     std::mt19937 m_random{46};
-
-private:
-    Kernel m_before = Kernel::Plain;
 };
+VNBYTSTR_FOR_ALL_KERNELS(DesKernel);
 
 } // namespace
 
@@ -103,7 +76,7 @@ TEST(DesBlockFunction, MeetsTheKnownAnswerAndOpenSsl) {
         ComputeDesBlock(ours.data(), ScheduleOf(key, encrypt));
         Bytes out(8);
         StoreDesBlock(out.data(), ours);
-        ASSERT_EQ(out, Oracle(bytes, key, encrypt, nullptr));
+        ASSERT_EQ(out, DesOracle(bytes, key, encrypt, nullptr));
     }
 }
 
@@ -126,8 +99,8 @@ TEST_P(DesKernel, AgreesWithOpenSslForEveryCountAndMode) {
             const Schedule schedule = ScheduleOf(key, encrypt);
             Bytes out(in.size() + 8, 0xA5);
             DesEcb(in.data(), out.data(), count, schedule);
-            Bytes expected = Oracle(in, key, encrypt, nullptr);
-            expected.insert(expected.end(), 8, 0xA5); // nothing is written behind the last block
+            Bytes expected = DesOracle(in, key, encrypt, nullptr);
+            expected.insert(expected.end(), 8, 0xA5); // nothing is written after the last block
             ASSERT_EQ(out, expected) << count << " blocks, encrypt " << encrypt;
             Bytes same = in;
             DesEcb(same.data(), same.data(), count, schedule);
@@ -135,7 +108,7 @@ TEST_P(DesKernel, AgreesWithOpenSslForEveryCountAndMode) {
 
             const auto cbc = encrypt ? DesCbcEncrypt : DesCbcDecrypt;
             auto theirs = iv;
-            expected = Oracle(in, key, encrypt, theirs.data());
+            expected = DesOracle(in, key, encrypt, theirs.data());
             expected.insert(expected.end(), 8, 0xA5);
             DesBlock chain = LoadDesBlock(iv.data());
             std::fill(out.begin(), out.end(), BYTE{0xA5});
@@ -162,7 +135,7 @@ TEST_P(DesKernel, ContinuesAChain) {
         const auto cbc = encrypt ? DesCbcEncrypt : DesCbcDecrypt;
         const Schedule schedule = ScheduleOf(key, encrypt);
         std::array<BYTE, 8> iv{};
-        const Bytes expected = Oracle(in, key, encrypt, iv.data());
+        const Bytes expected = DesOracle(in, key, encrypt, iv.data());
         for (int round = 0; round < 20; ++round) {
             DesBlock chain = {0, 0};
             Bytes out(in.size());
@@ -175,7 +148,3 @@ TEST_P(DesKernel, ContinuesAChain) {
         }
     }
 }
-
-INSTANTIATE_TEST_SUITE_P(AllKernels, DesKernel,
-                         testing::ValuesIn(AvailableKernels().begin(), AvailableKernels().end()),
-                         [](const auto& info) { return std::string(KernelName(info.param)); });

@@ -159,7 +159,7 @@ std::string Xml(const Folder& folder) {
            xml.Save(folder.File("saved.xml").c_str(), true));
     return TextOf(text) + folder.Read("saved.xml");
 }
-/// A living wrapper keeps the parser's platform, whose beginning has a test of its own.
+/// A living wrapper keeps the parser's platform, whose start has a separate test.
 void BeginXml(const Folder& folder) {
     static const CXercesWrapper first;
     folder.Write("saved.xml", "<old/>");
@@ -454,7 +454,7 @@ TEST(ParserPlatform, BeginsWhenThereIsMemoryAgain) {
                 std::fclose(file);
             }
             CString text("<a>some text</a>");
-            CodePage::Find(65001)->ToWide("\xC3\xA4"); // ICU keeps a failure of its own first use
+            CodePage::Find(65001)->ToWide("\xC3\xA4"); // ICU keeps a failure at its first use
             rlimit old{};
             ::getrlimit(RLIMIT_AS, &old);
             const rlimit low{pages * 4096 + room * (128u << 10), old.rlim_max};

@@ -26,7 +26,7 @@ public:
     operator const Place&() const { return m_place; }
     std::string Read(const std::string& name) const { return m_root.Read("home/" + name); }
 
-    /// Names of the files that nobody ordered.
+    /// Names of the files that the save should not have left.
     std::vector<std::string> LeftOvers(const SaveScenario& scenario) const {
         std::vector<std::string> names;
         for (const auto& entry : std::filesystem::recursive_directory_iterator(m_root.Path())) {

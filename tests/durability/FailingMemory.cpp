@@ -5,7 +5,7 @@
 #include <cerrno>
 #include <cstdlib>
 
-// glibc's own, under names that nobody replaces.
+// glibc's functions, under names that are not replaced.
 extern "C" {
 void* __libc_malloc(std::size_t);
 void* __libc_calloc(std::size_t, std::size_t);

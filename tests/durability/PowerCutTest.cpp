@@ -127,7 +127,7 @@ TEST_P(PowerCut, ComesBackAfterASweep) {
     EXPECT_GT(swept, 0u);
 }
 
-/// Who can read the target may read the new content, when it is complete; nobody else ever.
+/// Those who can read the target may read the new content once it is complete; others never.
 TEST_P(PowerCut, ShowsNothingToOthers) {
     for (const mode_t mode : {0600, 0640, 0644}) {
         if (!GetParam().before && mode != 0644)

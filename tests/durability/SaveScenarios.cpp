@@ -82,7 +82,7 @@ Saving SavingOf(const StorePtr& store, How how, const std::string& name) {
             .content = [store] { return ContentOf(*store); }};
 }
 
-/// A store of its own, saved to the name `name`.
+/// A new store, saved to the name `name`.
 SaveScenario FromStore(const std::string& title, How how, bool isLarge, bool isNew,
                        const std::string& name = "target") {
     const auto text = isLarge ? LargeText : SmallText;

@@ -1,5 +1,6 @@
 #include "vnbytstr/framework/Archive.h"
 
+#include "tests/support/Text.h"
 #include "vnbytstr/framework/MemFile.h"
 
 #include <gtest/gtest.h>
@@ -14,29 +15,12 @@
 
 namespace {
 
-std::string Content(CFile& file) {
-    std::string content(file.GetLength(), ' ');
-    file.SeekToBegin();
-    file.Read(content.data(), static_cast<UINT>(content.size()));
-    return content;
-}
+using vnbytstr::test::Content;
+using vnbytstr::test::Fill;
 
-void Fill(CFile& file, std::string_view content) {
-    file.Write(content.data(), static_cast<UINT>(content.size()));
-    file.SeekToBegin();
-}
-
-// Cause of the archive exception that `call` throws; none when it throws nothing.
-template <class Function>
-int CauseOf(Function&& call) {
-    try {
-        call();
-    } catch (CArchiveException* error) {
-        const int cause = error->m_cause;
-        error->Delete();
-        return cause;
-    }
-    return CArchiveException::none;
+template <class Action>
+int CauseOf(Action action) {
+    return vnbytstr::test::CauseOf<CArchiveException>(action);
 }
 
 TEST(Archive, ValuesAreLittleEndian) {

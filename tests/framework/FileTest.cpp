@@ -126,7 +126,7 @@ TEST_F(FileTest, ScratchFileIsPrivateMarkedAndLocked) {
     CFile other(Name("scratch").c_str(), CFile::modeReadWrite);
     EXPECT_EQ(m_system.LockFile(other.m_hFile, true, false), EWOULDBLOCK);
 
-    // Every call of the open can fail; nothing stays behind, and never a handle.
+    // Every call of the open can fail; no file and no handle is left.
     for (unsigned at = 1; at <= 4; ++at) {
         m_system.Inject(Fault{.at = at, .error = EIO});
         int osError = 0;
@@ -276,7 +276,7 @@ TEST_F(FileTest, FailuresAreReportedAndCloseTheFile) {
     file.Flush();
     EXPECT_EQ(ErrorOf([&] { file.GetPosition(); }).m_cause, CFileException::invalidFile);
 
-    // A handle of someone else's stays open, and so does its owner's.
+    // A borrowed handle stays open for its owner.
     CFile owner(Name("a").c_str(), CFile::modeRead);
     { CFile borrowed(owner.m_hFile); }
     EXPECT_EQ(owner.GetLength(), 0u);

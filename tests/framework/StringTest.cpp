@@ -1,6 +1,6 @@
 #include "vnbytstr/framework/String.h"
 
-#include "vnbytstr/framework/Exception.h"
+#include "tests/support/Text.h"
 
 #include <gtest/gtest.h>
 
@@ -10,14 +10,11 @@
 #include <cstring>
 #include <random>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
 
-std::string Bytes(const CString& text) {
-    return {static_cast<const char*>(text), static_cast<std::size_t>(text.GetLength())};
-}
+using vnbytstr::test::BytesOf;
 
 int IndexOf(std::size_t position) {
     return position == std::string::npos ? -1 : static_cast<int>(position);
@@ -108,7 +105,7 @@ void StringAgainstModel::ChangeInPlace(CString& own, std::string& model) {
     case 10: {
         const int room = Number(-1, length + 40);
         char* buffer = own.GetBuffer(room);
-        EXPECT_EQ(Bytes(own), model);
+        EXPECT_EQ(BytesOf(own), model);
         const int kept = Number(0, std::max(room, length));
         for (int i = length; i < kept; ++i)
             buffer[i] = ch;
@@ -160,7 +157,7 @@ void StringAgainstModel::Rebuild(CString& own, std::string& model) {
         const int count = Number(-1, 60);
         const auto kept = std::min(static_cast<std::size_t>(std::max(count, 0)), model.size());
         const CString right = own.Right(count);
-        EXPECT_EQ(Bytes(right), model.substr(model.size() - kept));
+        EXPECT_EQ(BytesOf(right), model.substr(model.size() - kept));
         own = own.Left(count);
         model.resize(kept);
         break;
@@ -181,8 +178,8 @@ void StringAgainstModel::Search(const CString& own, const std::string& model) {
     EXPECT_EQ(own.Find(ch, from), IndexOf(model.find(ch, start)));
     EXPECT_EQ(own.ReverseFind(ch), IndexOf(model.rfind(ch)));
     EXPECT_EQ(own.FindOneOf(word.c_str()), IndexOf(model.find_first_of(word)));
-    EXPECT_EQ(Bytes(own.SpanIncluding("aAb")), model.substr(0, model.find_first_not_of("aAb")));
-    EXPECT_EQ(Bytes(own.SpanExcluding(word.c_str())), model.substr(0, model.find_first_of(word)));
+    EXPECT_EQ(BytesOf(own.SpanIncluding("aAb")), model.substr(0, model.find_first_not_of("aAb")));
+    EXPECT_EQ(BytesOf(own.SpanExcluding(word.c_str())), model.substr(0, model.find_first_of(word)));
     EXPECT_EQ(own[from], start < model.size() && from >= 0 ? model[start] : '\0');
 }
 
@@ -215,7 +212,7 @@ void StringAgainstModel::Step() {
         m_models[i].clear();
     }
     for (std::size_t n = 0; n < m_own.size(); ++n) {
-        ASSERT_EQ(Bytes(m_own[n]), m_models[n]);
+        ASSERT_EQ(BytesOf(m_own[n]), m_models[n]);
         ASSERT_EQ(static_cast<const char*>(m_own[n])[m_models[n].size()], '\0');
     }
 }
@@ -231,11 +228,11 @@ TEST(String, EmbeddedNulsSurvive) {
     const CString raw("a\0b\0c", 5);
     CString copy = raw;
     copy += 'd';
-    EXPECT_EQ(Bytes(copy), std::string("a\0b\0cd", 6));
-    EXPECT_EQ(Bytes(raw + raw), std::string("a\0b\0ca\0b\0c", 10));
-    EXPECT_EQ(Bytes(raw.Mid(1, 3)), std::string("\0b\0", 3));
+    EXPECT_EQ(BytesOf(copy), std::string("a\0b\0cd", 6));
+    EXPECT_EQ(BytesOf(raw + raw), std::string("a\0b\0ca\0b\0c", 10));
+    EXPECT_EQ(BytesOf(raw.Mid(1, 3)), std::string("\0b\0", 3));
     EXPECT_EQ(copy.Replace("b", "xx"), 1);
-    EXPECT_EQ(Bytes(copy), std::string("a\0xx\0cd", 7));
+    EXPECT_EQ(BytesOf(copy), std::string("a\0xx\0cd", 7));
     EXPECT_EQ(copy.Remove('\0'), 2);
     EXPECT_EQ(copy, "axxcd");
     EXPECT_EQ(raw, "a"); // comparison reads text
@@ -291,7 +288,7 @@ TEST(String, FormatsAnyLength) {
     for (const std::size_t length : {0u, 1u, 254u, 255u, 256u, 257u, 5000u, 100000u}) {
         CString text;
         text.Format("%s", filler.substr(0, length).c_str());
-        EXPECT_EQ(Bytes(text), filler.substr(0, length));
+        EXPECT_EQ(BytesOf(text), filler.substr(0, length));
     }
     CString text;
     text.Format("%d %08lX %-4s| %.3f %c", -5, 0xABCDL, "ab", 1.5, 'x');
@@ -333,28 +330,6 @@ TEST(String, TooLongThrowsAndKeepsTheString) {
     EXPECT_THROW(half += half, CMemoryException*);
     EXPECT_EQ(half.GetLength(), INT_MAX / 2 + 1);
     EXPECT_EQ(static_cast<const char*>(half), before);
-}
-
-TEST(String, CopiesInSeveralThreadsShareSafely) {
-    CString shared("shared text");
-    std::array<int, 4> wrong{};
-    std::vector<std::thread> threads;
-    threads.reserve(wrong.size());
-    for (int& count : wrong) {
-        threads.emplace_back([copy = shared, &count] {
-            for (int i = 0; i < 20000; ++i) {
-                CString own;
-                own = copy;
-                CString other(own);
-                other += 'x';
-                count += own != "shared text" || other != "shared textx";
-            }
-        });
-    }
-    for (std::thread& thread : threads)
-        thread.join();
-    EXPECT_EQ(wrong, (std::array<int, 4>{}));
-    EXPECT_EQ(shared, "shared text");
 }
 
 } // namespace

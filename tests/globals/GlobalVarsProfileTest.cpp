@@ -1,16 +1,10 @@
 // Defaults, what the profile keeps, and texts from the resource libraries.
 #include "src/charset/CodePage.h"
 #include "tests/globals/TableFixture.h"
-#include "vnbytstr/Language.h"
 
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <csignal>
-#include <cstdlib>
+#include <fstream>
 #include <map>
 #include <random>
-#include <set>
 
 using enum CGlobalVars::EStatus;
 using vnbytstr::test::Call;
@@ -18,65 +12,29 @@ using vnbytstr::test::Fault;
 
 namespace {
 
-const std::map<std::string, std::string> kKept = {{"TLXQW_QUERY_LANG", "0"},
-                                                  {"TLXQW_QUERY_PREP", "0"},
-                                                  {"TLXQW_PRINT_OUTPUT", ""},
-                                                  {"TLXQW_PROC_OUTPUT", ""},
-                                                  {"TLXEC_SHARE", "1"},
-                                                  {"TLXEC_SP_RS_NUM", "-1"},
-                                                  {"TLXQW_SHOW_QUERY", "0"},
-                                                  {"TLXQW_SV_DATA_C_S", "0"},
-                                                  {"TLXQW_SV_DATA_T_M", "1"},
-                                                  {"TLXQW_STRIP_SPACE", "1"},
-                                                  {"TLXQW_UEDIT_DLL", "vnuedit.dll"},
-                                                  {"TLXQW_PROC_WNDWS", "1"},
-                                                  {"TLXQW_REUSE_OBJS", "0"},
-                                                  {"TLXQW_RPT_USE_PS", "1"},
-                                                  {"TLXQW_RPT_OUT_TYP", "0"},
-                                                  {"TLXQW_RPT_LEN_TYP", "0"},
-                                                  {"TLXQW_RPT_WID_TYP", "0"},
-                                                  {"TLXQW_RPT_NUM_LNS", "60"},
-                                                  {"TLXQW_RPT_NUM_CHR", "80"},
-                                                  {"TLXQW_RPT_COPIES", "1"},
-                                                  {"TLXQW_CONNECTIONS", "0"},
-                                                  {"TLXQW_FST_SV_DATA", "0"},
-                                                  {"TLXQW_RPT_ORIENT", "0"},
-                                                  {"TLXQW_RPT_TD_TYP", "0"},
-                                                  {"TLXQW_RPT_TT_TYP", "0"},
-                                                  {"TLXEC_RESET_RPT", "0"},
-                                                  {"TLXQW_EXP_DT_FRMT", "0"},
-                                                  {"TLXQW_EXP_OUT_MDE", "1"},
-                                                  {"TLXQW_CONF_AUTOC", "1"},
-                                                  {"TLXCP_TEDFLT", "+"},
-                                                  {"TLXCP_TENULL", "-"},
-                                                  {"TLXDC_DISPLAY_RPT", "0"},
-                                                  {"TLXDC_LIST_ORDER", "1"},
-                                                  {"TLXDC_CURRENCY", ""},
-                                                  {"TLXEC_FORM_LANG", "1"},
-                                                  {"TLXEC_NLFCMD_LANG", "0"},
-                                                  {"TLXQW_RPT_FONT", "CourierNew"},
-                                                  {"TLXQW_RPT_FONT_SZ", "10"},
-                                                  {"TLXQW_RPT_FONT_BD", "0"},
-                                                  {"TLXQW_RPT_FONT_IT", "0"},
-                                                  {"TLXQW_RPT_FONT_CS", "1"},
-                                                  {"TLXQW_HTML_REFTXT", "View data"}};
+using Values = std::map<std::string, std::string>;
 
-const std::map<std::string, std::string> kFresh = {
-    {"TLXAO_BATCH", "1"},        {"TLXQW_AUTOMATION", "0"},
-    {"TLXQW_SQ", "'"},           {"TLXQW_DQ", "\""},
-    {"TLXQW_ORIENTATION", "0"},  {"TLXAO_CURSOR_OPEN", "2"},
-    {"TLXAO_CONNECT_ID", " "},   {"TLXAO_NLF_LANG", "English"},
-    {"TLXAO_NUM_FETCHED", "0"},  {"TLXAO_OBJ_NAME", " "},
-    {"TLXAO_OBJ_OWNER", " "},    {"TLXAO_PZR_RELEASE", "14"},
-    {"TLXAO_QRY_SUBTYPE", "1"},  {"TLXAO_PZR_VER_RLS", "PZR V8R1.0"},
-    {"TLXAO_DBCS", "1"},         {"TLXAO_QUERY_MODEL", "1"},
-    {"TLXAO_SYSTEM_ID", "LINUX"}};
+/// The defaults that the profile keeps, or those that are set at each start.
+Values Defaults(bool isFresh) {
+    std::ifstream file(VNBYTSTR_TESTS_FOLDER "globals/data/defaults.ini");
+    Values values;
+    bool isWanted = !isFresh;
+    for (std::string line; std::getline(file, line);) {
+        const std::size_t sign = line.find('=');
+        if (line == "[fresh]")
+            isWanted = isFresh;
+        else if (isWanted && line[0] != '#')
+            values[line.substr(0, sign)] = line.substr(sign + 1);
+    }
+    return values;
+}
+const Values kKept = Defaults(false), kFresh = Defaults(true);
 
 class GlobalVarsProfile : public vnbytstr::test::TableFixture {
 protected:
     GlobalVarsProfile() { VNWriteProfileString(3, "Options", "UILanguage", "ENU"); }
-    static std::map<std::string, std::string> Section() {
-        std::map<std::string, std::string> values;
+    static Values Section() {
+        Values values;
         CProfileSectionKey key;
         VNGetProfileSectionKey(3, "Global Variables", key);
         for (int i = 0; i < key.GetCount(); ++i)
@@ -134,7 +92,7 @@ TEST_F(GlobalVarsProfile, UserVariablesComeBackWhenTheyAreKept) {
     EXPECT_EQ(table.DeleteGlobalVariable(&leftover), Success);
     VNWriteProfileString(3, "Global Variables", "STRANGER", "1");
     std::mt19937 random(6);
-    std::map<std::string, std::string> wanted = kKept;
+    Values wanted = kKept;
     for (const char first : std::string("AZ$~{}?@#%\\"))
         for (const char next : std::string("B0_$~{}?@#%\\")) {
             const std::string name = {first, next};
@@ -206,83 +164,7 @@ TEST_F(GlobalVarsProfile, ValuesOfAnyKindInTheFile) {
     EXPECT_EQ(Section().size(), kKept.size() + 2 + 100000);
 }
 
-TEST_F(GlobalVarsProfile, AKilledSaveLeavesTheOldFileOrTheNew) {
-    KeepUserVariables();
-    CGlobalVars table;
-    table.Initialize();
-    for (int i = 0; i < 200; ++i)
-        Add(table, ("V" + std::to_string(i)).c_str(), "A");
-    const auto fill = [&table](const char* value) {
-        for (int i = 0; i < 200; ++i)
-            Set(table, ("V" + std::to_string(i)).c_str(), value);
-    };
-    EXPECT_EQ(table.SaveToRegistry(), Success);
-    const char* const wish = std::getenv("VNBYTSTR_TEST_KILLS");
-    const int kills = wish ? std::atoi(wish) : 500;
-    std::mt19937 random(7);
-    for (int kill = 0; kill < kills; ++kill) {
-        const pid_t child = ::fork();
-        ASSERT_GE(child, 0);
-        if (child == 0)
-            for (bool odd = true;; odd = !odd) {
-                fill(odd ? "B" : "A");
-                table.SaveToRegistry();
-            }
-        ::usleep(static_cast<useconds_t>(random() % 4000));
-        ::kill(child, SIGKILL);
-        ::waitpid(child, nullptr, 0);
-        NextTick();
-        const auto section = Section();
-        ASSERT_EQ(section.size(), kKept.size() + 200);
-        for (const auto& [name, value] : section) {
-            ASSERT_TRUE(!name.starts_with('V') || value == section.at("V0")) << name;
-        }
-        fill(kill % 2 ? "A" : "C"); // and nothing is left that hinders the next one
-        ASSERT_EQ(table.SaveToRegistry(), Success);
-    }
-}
-
-TEST_F(GlobalVarsProfile, OfTwoProcessesThatSaveTheLaterOnesTableStays) {
-    KeepUserVariables();
-    CGlobalVars table;
-    table.Initialize();
-    constexpr int kRounds = 100;
-    const std::vector<std::string> names = {"TLXDC_CURRENCY", "TLXQW_PRINT_OUTPUT"};
-    std::vector<pid_t> children;
-    for (const std::string& own : names) {
-        children.push_back(::fork());
-        ASSERT_GE(children.back(), 0);
-        if (children.back() == 0) {
-            bool saved = Add(table, ("OWN" + own.substr(3)).c_str(), "1") == Success;
-            for (int i = 0; i < kRounds; ++i) {
-                const std::string key = own + std::to_string(i);
-                saved &= VNWriteProfileDWORD(3, "Keys", key.c_str(), 1) == TRUE;
-                Set(table, own.c_str(), key.c_str());
-                saved &= table.SaveToRegistry() == Success;
-            }
-            ::_exit(saved ? 0 : 1);
-        }
-    }
-    for (const pid_t child : children) {
-        int status = 0;
-        ::waitpid(child, &status, 0);
-        EXPECT_EQ(status, 0);
-    }
-    NextTick();
-    CProfileSectionKey keys;
-    VNGetProfileSectionKey(3, "Keys", keys);
-    EXPECT_EQ(keys.GetCount(), 2 * kRounds); // single settings are never lost
-    std::vector<std::map<std::string, std::string>> tables;
-    for (const std::string& own : names) {
-        tables.push_back(kKept);
-        tables.back()[own] = own + std::to_string(kRounds - 1);
-        tables.back()["OWN" + own.substr(3)] = "1";
-    }
-    // The whole table of one of the two, its own variables among them.
-    EXPECT_TRUE(Section() == tables[0] || Section() == tables[1]);
-}
-
-TEST_F(GlobalVarsProfile, OneThatIsSetAsideDoesNotReplaceTheOrdinaryOne) {
+TEST_F(GlobalVarsProfile, AVariableSetAsideDoesNotReplaceTheOrdinaryOne) {
     KeepUserVariables();
     CGlobalVars table;
     table.Initialize();
@@ -299,8 +181,7 @@ TEST_F(GlobalVarsProfile, OneThatIsSetAsideDoesNotReplaceTheOrdinaryOne) {
 }
 
 TEST_F(GlobalVarsProfile, ValuesOfAnotherVersionStayUntilTheyAreChanged) {
-    const std::map<std::string, std::string> strange = {{"TLXQW_QUERY_LANG", "3"},
-                                                        {"TLXDC_LIST_ORDER", "9"}};
+    const Values strange = {{"TLXQW_QUERY_LANG", "3"}, {"TLXDC_LIST_ORDER", "9"}};
     for (const bool keepsUsers : {false, true}) {
         VNWriteProfileDWORD(3, "Options", "SaveGlobals", keepsUsers);
         for (const auto& [name, value] : strange)
@@ -364,32 +245,37 @@ TEST_F(GlobalVarsProfile, ValuesThatTheCodePageCannotShowStay) {
     EXPECT_NE(m_folder.Read("profile.ini").find("\nNAME=\xE2\x82\xAC\n"), std::string::npos);
 }
 
-TEST_F(GlobalVarsProfile, EveryVariableIsDescribedInEveryLanguage) {
-    CString text;
-    EXPECT_EQ(CGlobalVars::GetDescriptionFromID(static_cast<CGlobalVars::GlobalVarIDs>(0), text),
-              UnknownName);
-    EXPECT_EQ(
-        CGlobalVars::GetFullDescriptionFromID(static_cast<CGlobalVars::GlobalVarIDs>(60), text),
-        UnknownName);
-    std::set<std::string> all;
-    const auto addAll = [&](const char* language) {
-        VNWriteProfileString(3, "Options", "UILanguage", language);
-        ASSERT_NE(LoadResourceDLL("vnurc"), nullptr) << language;
-        for (int i = 1; i < 60; ++i) {
-            const auto id = static_cast<CGlobalVars::GlobalVarIDs>(i);
-            CString brief, full;
-            EXPECT_EQ(CGlobalVars::GetDescriptionFromID(id, brief), Success) << language << i;
-            EXPECT_EQ(CGlobalVars::GetFullDescriptionFromID(id, full), Success) << language << i;
-            EXPECT_GT(full.GetLength(), brief.GetLength()) << language << i;
-            EXPECT_TRUE(all.insert(std::string(language) + std::string(brief)).second) << brief;
-            all.insert(std::string(full));
-        }
-    };
-    const char* const languages[] = {"DEU", "FRA", "ESN", "ITA", "PTB", "JPN",
-                                     "KOR", "CHT", "HEB", "ARE", "ENU"};
-    for (const char* language : languages)
-        addAll(language);
-    EXPECT_EQ(all.size(), std::size(languages) * 59 * 2); // no text left in another language
+TEST_F(GlobalVarsProfile, TheLaterSaveStays) {
+    KeepUserVariables();
+    CGlobalVars first, second;
+    first.Initialize();
+    second.Initialize();
+    Add(first, "FIRST", "1");
+    Add(second, "SECOND", "2");
+    EXPECT_EQ(first.SaveToRegistry(), Success);
+    VNWriteProfileDWORD(3, "Options", "Other", 1);
+    EXPECT_EQ(second.SaveToRegistry(), Success);
+    auto wanted = kKept;
+    wanted["SECOND"] = "2";
+    EXPECT_EQ(Section(), wanted);
+    EXPECT_EQ(VNGetProfileDWORD(3, "Options", "Other", 0), 1u);
+}
+
+TEST_F(GlobalVarsProfile, EveryVariableIsDescribed) {
+    CString brief, full;
+    for (const int i : {0, 60}) {
+        const auto id = static_cast<CGlobalVars::GlobalVarIDs>(i);
+        EXPECT_EQ(CGlobalVars::GetDescriptionFromID(id, brief), UnknownName);
+        EXPECT_EQ(CGlobalVars::GetFullDescriptionFromID(id, full), UnknownName);
+    }
+    Values names;
+    for (int i = 1; i < 60; ++i) {
+        const auto id = static_cast<CGlobalVars::GlobalVarIDs>(i);
+        EXPECT_EQ(CGlobalVars::GetDescriptionFromID(id, brief), Success) << i;
+        EXPECT_EQ(CGlobalVars::GetFullDescriptionFromID(id, full), Success) << i;
+        EXPECT_GT(full.GetLength(), brief.GetLength()) << i;
+        EXPECT_TRUE(names.emplace(brief, full).second) << brief;
+    }
 }
 
 } // namespace

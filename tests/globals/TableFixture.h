@@ -1,4 +1,4 @@
-// A table on a profile of its own.
+// A table with its own profile.
 #pragma once
 
 #include "tests/support/TemporaryFolder.h"

@@ -221,18 +221,12 @@ TEST_F(HelpTest, SurvivesFailuresOfTheSystem) {
 }
 
 TEST(HelpRequest, MapsIdentifiers) {
-    const auto map = [](DWORD data) { return detail::MapHelpRequest(data, 1); };
-    EXPECT_EQ(map(0), 34464u);
-    EXPECT_EQ(map(1), 1u);
-    EXPECT_EQ(map(0x10000), 0x10000u);
-    EXPECT_EQ(map(0x10001), 1u);
-    EXPECT_EQ(map(0x20000), 0x10000u);
-    EXPECT_EQ(map(0x20001), 1u);
-    EXPECT_EQ(map(0x30000), 0x10000u);
-    EXPECT_EQ(map(0x30001), 1u);
-    EXPECT_EQ(map(0x50000), 0x20000u);
-    EXPECT_EQ(map(0x50001), 1u);
-    EXPECT_EQ(map(0xFFFFFFFF), 0xFFFAFFFFu);
+    const std::pair<DWORD, DWORD> requests[] = {
+        {0, 34464},         {1, 1},       {0x10000, 0x10000},      {0x10001, 1},
+        {0x20000, 0x10000}, {0x20001, 1}, {0x30000, 0x10000},      {0x30001, 1},
+        {0x50000, 0x20000}, {0x50001, 1}, {0xFFFFFFFF, 0xFFFAFFFF}};
+    for (const auto& [data, topic] : requests)
+        EXPECT_EQ(detail::MapHelpRequest(data, 1), topic) << data;
     EXPECT_EQ(detail::MapHelpRequest(5, 0x105), 100001u);
     EXPECT_EQ(detail::MapHelpRequest(5, 4), 100002u);
     EXPECT_EQ(detail::MapHelpRequest(5, 3), 100000u);
@@ -280,14 +274,11 @@ TEST_F(HelpTest, FoldersMayBeCalledAnything) {
 }
 
 TEST(HelpPage, KnowsItsFile) {
-    for (const auto& [page, file] :
-         std::initializer_list<std::pair<const char*, const char*>>{{"a.htm", "a.htm"},
-                                                                    {"a.htm#b.htm", "a.htm"},
-                                                                    {"a.html#b", "a.html"},
-                                                                    {"A.HTM#b", "A.HTM"},
-                                                                    {"a.txt#b", "a.txt"},
-                                                                    {"", ""},
-                                                                    {".ht", ".ht"}})
+    const std::pair<const char*, const char*> pages[] = {
+        {"a.htm", "a.htm"},   {"a.htm#b.htm", "a.htm"}, {"a.html#b", "a.html"},
+        {"A.HTM#b", "A.HTM"}, {"a.txt#b", "a.txt"},     {"", ""},
+        {".ht", ".ht"}};
+    for (const auto& [page, file] : pages)
         EXPECT_EQ(detail::FileOfPage(page), file);
 }
 

@@ -17,26 +17,18 @@ DigitMultiplier DigitMultiplierSimulated(std::size_t digits) noexcept;
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <random>
 
 using namespace vnbytstr::detail;
 using vnbytstr::test::Oracle;
 
 namespace {
 
-class DigitMultiplySimulated : public testing::Test {
+class DigitMultiplySimulated : public testing::Test, protected vnbytstr::test::RandomWords {
 protected:
-    std::size_t Number(std::size_t low, std::size_t high) {
-        return low + static_cast<std::size_t>(m_random() % (high - low + 1));
-    }
-    // Of exactly so many bits, in many kinds.
-    Words Random(std::size_t bits) {
-        Words words((bits + 63) / 64);
-        const std::size_t kind = Number(0, 4);
-        for (Word64& word : words) {
-            const std::size_t choice = kind == 0 ? 2 : kind == 1 ? Number(0, 2) : 0;
-            word = choice == 1 ? 0 : choice == 2 ? ~Word64{0} : m_random();
-        }
+    DigitMultiplySimulated() : RandomWords(23) {}
+    // Of exactly so many bits.
+    Words RandomOf(std::size_t bits) {
+        Words words = Random((bits + 63) / 64);
         if (bits % 64 != 0)
             words.back() &= (Word64{1} << bits % 64) - 1;
         words.back() |= Word64{1} << (bits - 1) % 64;
@@ -66,13 +58,11 @@ protected:
         case 4:
             return Words(modulus.size() + 2, ~Word64{0});
         case 5:
-            return Random(64 * modulus.size() + 100);
+            return RandomOf(64 * modulus.size() + 100);
         default:
-            return Random(64 * modulus.size());
+            return RandomOf(64 * modulus.size());
         }
     }
-
-    std::mt19937_64 m_random{23};
 };
 
 Words ToDigits(mpz_srcptr value, std::size_t room) {
@@ -90,7 +80,7 @@ void FromDigits(mpz_ptr value, const Words& digits) {
 TEST_F(DigitMultiplySimulated, MultipliesModuloAsGmpDoes) {
     for (int round = 0; round < 1500; ++round) {
         const std::size_t bits = round % 20 == 0 ? Number(4097, 8318) : RandomBits();
-        Words modulus = Random(bits);
+        Words modulus = RandomOf(bits);
         modulus[0] |= 1;
         const std::size_t digits = (bits + 2 + kDigitBits - 1) / kDigitBits;
         const DigitMultiplier multiplier = DigitMultiplierSimulated(digits);
@@ -128,15 +118,15 @@ TEST_F(DigitMultiplySimulated, MultipliesModuloAsGmpDoes) {
 
 TEST_F(DigitMultiplySimulated, RaisesToPowersAsGmpDoes) {
     for (int round = 0; round < 400; ++round) {
-        Words modulus = Random(round < 40 ? 1024 * Number(1, 4) : RandomBits());
+        Words modulus = RandomOf(round < 40 ? 1024 * Number(1, 4) : RandomBits());
         if (round % 4 == 3) // even: its odd part is done in digits
             modulus[0] &= ~Word64{0} << Number(1, 63);
         else
             modulus[0] |= 1;
         const Words base = Base(modulus);
-        const Words exponent = round % 100 == 0 ? Random(64 * modulus.size())
+        const Words exponent = round % 100 == 0 ? RandomOf(64 * modulus.size())
                                : round % 7 == 0 ? Words{Number(0, 3)}
-                                                : Random(Number(1, 200));
+                                                : RandomOf(Number(1, 200));
         Oracle expected;
         mpz_powm(expected.Value(), Oracle(base).Value(), Oracle(exponent).Value(),
                  Oracle(modulus).Value());

@@ -1,14 +1,11 @@
 #include "tests/numbers/GmpOracle.h"
 
 #include "src/numbers/ModularPower.h"
-#include "src/os/CpuKernel.h"
+#include "tests/support/KernelTest.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <random>
-#include <string>
-#include <vector>
 
 using namespace vnbytstr;
 using namespace vnbytstr::detail;
@@ -16,30 +13,11 @@ using vnbytstr::test::Oracle;
 
 namespace {
 
-class WordArithmetic : public testing::TestWithParam<Kernel> {
+class WordArithmetic : public vnbytstr::test::KernelTest, protected vnbytstr::test::RandomWords {
 protected:
-    void SetUp() override { m_before = ForceKernel(GetParam()); }
-    void TearDown() override { ForceKernel(m_before); }
-
-    std::size_t Number(std::size_t low, std::size_t high) {
-        return low + static_cast<std::size_t>(m_random() % (high - low + 1));
-    }
-    // Words of all kinds of bits, with many runs of ones and zeros, where carries go far.
-    Words Random(std::size_t size) {
-        Words words(size);
-        const std::size_t kind = Number(0, 3);
-        for (Word64& word : words) {
-            const std::size_t choice = kind == 0 ? 0 : kind == 1 ? Number(0, 4) : Number(0, 2);
-            word = choice == 1 ? 0 : choice == 2 ? ~Word64{0} : choice == 3 ? 1 : m_random();
-        }
-        return words;
-    }
-
-    std::mt19937_64 m_random{99};
-
-private:
-    Kernel m_before = Kernel::Plain;
+    WordArithmetic() : RandomWords(99) {}
 };
+VNBYTSTR_FOR_ALL_KERNELS(WordArithmetic);
 
 } // namespace
 
@@ -168,7 +146,3 @@ TEST_P(WordArithmetic, RaisesToPowers) {
         ASSERT_EQ(ModularPower(base, exponent, modulus), expected.ToWords()) << "round " << round;
     }
 }
-
-INSTANTIATE_TEST_SUITE_P(AllKernels, WordArithmetic,
-                         testing::ValuesIn(AvailableKernels().begin(), AvailableKernels().end()),
-                         [](const auto& info) { return std::string(KernelName(info.param)); });

@@ -1,5 +1,5 @@
 #include "src/os/Crc32c.h"
-#include "src/os/CpuKernel.h"
+#include "tests/support/KernelTest.h"
 
 #include <gtest/gtest.h>
 
@@ -31,7 +31,7 @@ TEST(Crc32c, PublishedVectors) { // RFC 3720, B.4, and the check value of the ca
     std::iota(rising.begin(), rising.end(), BYTE{0});
     std::iota(falling.rbegin(), falling.rend(), BYTE{0});
     for (const Kernel kernel : AvailableKernels()) {
-        const Kernel before = ForceKernel(kernel);
+        const test::ScopedKernel scope(kernel);
         EXPECT_EQ(Crc32c(std::vector<BYTE>(32, 0)), 0x8A9136AAu);
         EXPECT_EQ(Crc32c(std::vector<BYTE>(32, 0xFF)), 0x62A8AB43u);
         EXPECT_EQ(Crc32c(rising), 0x46DD794Eu);
@@ -39,7 +39,6 @@ TEST(Crc32c, PublishedVectors) { // RFC 3720, B.4, and the check value of the ca
         EXPECT_EQ(Crc32c(Bytes("123456789")), 0xE3069283u);
         EXPECT_EQ(Crc32c(Bytes("56789"), Crc32c(Bytes("1234"))), 0xE3069283u);
         EXPECT_EQ(Crc32c({}), 0u);
-        ForceKernel(before);
     }
 }
 
@@ -54,9 +53,8 @@ TEST(Crc32c, AllKernelsAgreeWithTheDefinition) {
             std::span(bytes).subspan(length % 3).first(length - length % 3);
         const DWORD expected = ByDefinition(part);
         for (const Kernel kernel : AvailableKernels()) {
-            const Kernel before = ForceKernel(kernel);
+            const test::ScopedKernel scope(kernel);
             EXPECT_EQ(Crc32c(part), expected) << KernelName(kernel) << length;
-            ForceKernel(before);
         }
     }
 }

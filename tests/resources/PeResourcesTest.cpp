@@ -1,7 +1,7 @@
 #include "src/resources/PeResources.h"
 #include "tests/support/PeFile.h"
+#include "tests/support/Vectors.h"
 
-#include <functional>
 #include <gtest/gtest.h>
 #include <random>
 
@@ -76,118 +76,46 @@ TEST(PeResources, TakesFilesThatHaveLess) {
     }
 }
 
-struct Damage {
-    const char* what;
-    std::function<void(PeFile&)> apply;
-};
-
-std::function<void(PeFile&)> Cut(std::size_t PeFile::*part, std::ptrdiff_t offset) {
-    return [=](PeFile& file) {
-        file.bytes.resize(
-            static_cast<std::size_t>(static_cast<std::ptrdiff_t>(file.*part) + offset));
-    };
+std::size_t PartOf(const PeFile& file, const std::string& name) {
+    const std::map<std::string, std::size_t> parts = {{"start", 0},
+                                                      {"end", file.bytes.size()},
+                                                      {"header", file.header},
+                                                      {"optional", file.optional},
+                                                      {"resourceEntry", file.resourceEntry},
+                                                      {"sections", file.sections},
+                                                      {"resources", file.resources},
+                                                      {"typeDirectory", file.typeDirectory},
+                                                      {"nameDirectory", file.nameDirectory},
+                                                      {"dataEntry", file.dataEntry},
+                                                      {"data", file.data}};
+    return parts.at(name);
 }
 
-std::function<void(PeFile&)> Word(std::size_t PeFile::*part, std::size_t offset, unsigned value) {
-    return [=](PeFile& file) { file.SetWord(file.*part + offset, static_cast<WORD>(value)); };
+/// A number, or where a directory is: @ and a part, with a distance to it.
+DWORD ValueOf(const PeFile& file, const std::string& text) {
+    if (text[0] != '@')
+        return static_cast<DWORD>(std::stoll(text));
+    const std::size_t sign = std::min(text.find('-'), text.size());
+    const int distance = sign < text.size() ? std::stoi(text.substr(sign)) : 0;
+    return 0x80000000 |
+           (static_cast<DWORD>(PartOf(file, text.substr(1, sign - 1)) - file.resources) +
+            static_cast<DWORD>(distance));
 }
-
-std::function<void(PeFile&)> DWord(std::size_t PeFile::*part, std::size_t offset, DWORD value) {
-    return [=](PeFile& file) { file.SetDWord(file.*part + offset, value); };
-}
-
-const std::vector<Damage> kDamages = {
-    {"empty", [](PeFile& file) { file.bytes.clear(); }},
-    {"one byte", [](PeFile& file) { file.bytes.resize(1); }},
-    {"cut in the first header", [](PeFile& file) { file.bytes.resize(63); }},
-    {"cut before the file header", Cut(&PeFile::header, 0)},
-    {"cut in the signature", Cut(&PeFile::header, 3)},
-    {"cut in the file header", Cut(&PeFile::header, 23)},
-    {"cut before the optional header", Cut(&PeFile::optional, 0)},
-    {"cut in the optional header", Cut(&PeFile::optional, 100)},
-    {"cut before the resource entry", Cut(&PeFile::resourceEntry, 0)},
-    {"cut before the section table", Cut(&PeFile::sections, 0)},
-    {"cut in the section table", Cut(&PeFile::sections, 39)},
-    {"cut before the section", Cut(&PeFile::resources, 0)},
-    {"cut in the root directory", Cut(&PeFile::resources, 15)},
-    {"cut in the root's entries", Cut(&PeFile::resources, 20)},
-    {"cut in a type", Cut(&PeFile::typeDirectory, 8)},
-    {"cut in a name", Cut(&PeFile::nameDirectory, 17)},
-    {"cut in a data entry", Cut(&PeFile::dataEntry, 7)},
-    {"cut in a string", Cut(&PeFile::data, 3)},
-    {"cut before the last byte", [](PeFile& file) { file.bytes.pop_back(); }},
-    {"not MZ", [](PeFile& file) { file.bytes[1] = 'z'; }},
-    {"not PE", Word(&PeFile::header, 0, 0x4D5A)},
-    {"file header past the end", [](PeFile& file) { file.SetDWord(0x3C, 0x7FFFFFFF); }},
-    {"file header at the very end", [](PeFile& file) { file.SetDWord(0x3C, 0xFFFFFFFF); }},
-    {"file header in its own field", [](PeFile& file) { file.SetDWord(0x3C, 0x3C); }},
-    {"unknown kind of optional header", Word(&PeFile::optional, 0, 0x107)},
-    {"no optional header", Word(&PeFile::header, 20, 0)},
-    {"optional header of an odd length", Word(&PeFile::header, 20, 111)},
-    {"optional header without the entry", Word(&PeFile::header, 20, 112 + 17)},
-    {"optional header past the end", Word(&PeFile::header, 20, 0xFFFF)},
-    {"too many sections", Word(&PeFile::header, 6, 97)},
-    {"most sections", Word(&PeFile::header, 6, 0xFFFF)},
-    {"no section", Word(&PeFile::header, 6, 0)},
-    {"resources before the section", DWord(&PeFile::resourceEntry, 0, 0xFFF)},
-    {"resources past the section", DWord(&PeFile::resourceEntry, 0, 0x10001000)},
-    {"resources at the last address", DWord(&PeFile::resourceEntry, 0, 0xFFFFFFFF)},
-    {"section past the end", DWord(&PeFile::sections, 20, 0x10000000)},
-    {"section whose end overflows", DWord(&PeFile::sections, 20, 0xFFFFFFFF)},
-    {"section longer than the file", DWord(&PeFile::sections, 16, 0xFFFFFFFF)},
-    {"section of no length", DWord(&PeFile::sections, 16, 0)},
-    {"section of too small a memory", DWord(&PeFile::sections, 8, 20)},
-    {"section at the last address", DWord(&PeFile::sections, 12, 0xFFFFFFFF)},
-    {"most named entries", Word(&PeFile::resources, 12, 0xFFFF)},
-    {"most numbered entries", Word(&PeFile::resources, 14, 0xFFFF)},
-    {"most entries of a type", Word(&PeFile::typeDirectory, 14, 0xFFFF)},
-    {"the root is its own type", DWord(&PeFile::resources, 20, 0x80000000)},
-    {"a type is its own name",
-     [](PeFile& file) {
-         file.SetDWord(file.typeDirectory + 20,
-                       0x80000000 | static_cast<DWORD>(file.typeDirectory - file.resources));
-     }},
-    {"a name leads back to the root", DWord(&PeFile::typeDirectory, 20, 0x80000000)},
-    {"a language leads back to the root", DWord(&PeFile::nameDirectory, 20, 0x80000000)},
-    {"two names share a directory",
-     [](PeFile& file) {
-         file.SetDWord(file.typeDirectory + 28,
-                       0x80000000 | static_cast<DWORD>(file.nameDirectory - file.resources));
-     }},
-    {"a directory past the end", DWord(&PeFile::resources, 20, 0xFFFFFFFF)},
-    {"a directory in the last bytes",
-     [](PeFile& file) {
-         file.SetDWord(file.resources + 20,
-                       0x80000000 | static_cast<DWORD>(file.bytes.size() - file.resources - 8));
-     }},
-    {"a fourth level",
-     [](PeFile& file) {
-         file.SetDWord(file.nameDirectory + 20,
-                       0x80000000 | static_cast<DWORD>(file.data - file.resources));
-     }},
-    {"data in the place of types", DWord(&PeFile::resources, 20, 0x40)},
-    {"data in the place of names", DWord(&PeFile::typeDirectory, 20, 0x40)},
-    {"a data entry past the end", DWord(&PeFile::nameDirectory, 20, 0x7FFFFFF0)},
-    {"data before the section", DWord(&PeFile::dataEntry, 0, 0xFFE)},
-    {"data past the section", DWord(&PeFile::dataEntry, 0, 0xFFFFFFFE)},
-    {"data of too great a length", DWord(&PeFile::dataEntry, 4, 0x7FFFFFFF)},
-    {"data whose end overflows", DWord(&PeFile::dataEntry, 4, 0xFFFFFFFE)},
-    {"a table of an odd length", DWord(&PeFile::dataEntry, 4, 37)},
-    {"a table that ends in a string", DWord(&PeFile::dataEntry, 4, 6)},
-    {"a string that is too long", Word(&PeFile::data, 2, 0xFFFF)},
-    {"table 0", DWord(&PeFile::typeDirectory, 16, 0)},
-    {"table 4097", DWord(&PeFile::typeDirectory, 16, 4097)},
-    {"a table with a name", DWord(&PeFile::typeDirectory, 16, 0x80000000)},
-    {"a name past the end", DWord(&PeFile::typeDirectory, 16, 0xFFFFFFFF)},
-};
 
 TEST(PeResources, RefusesDamagedFiles) {
-    for (const Damage& damage : kDamages) {
+    for (const auto& damage : vnbytstr::test::ReadVectors("resources/data/damages.txt")) {
         PeFile file = MakePeFile(Content());
-        damage.apply(file);
+        const std::size_t at =
+            PartOf(file, damage[1]) + static_cast<std::size_t>(std::stoi(damage[2]));
+        if (damage[0] == "Cut")
+            file.bytes.resize(at);
+        else if (damage[0] == "Word")
+            file.SetWord(at, static_cast<WORD>(ValueOf(file, damage[3])));
+        else
+            file.SetDWord(at, ValueOf(file, damage[3]));
         PeResources resources;
-        EXPECT_FALSE(resources.Parse(file.bytes)) << damage.what;
-        EXPECT_TRUE(resources.GetStringIds().empty()) << damage.what;
+        EXPECT_FALSE(resources.Parse(file.bytes)) << testing::PrintToString(damage);
+        EXPECT_TRUE(resources.GetStringIds().empty()) << testing::PrintToString(damage);
     }
 }
 
@@ -297,7 +225,7 @@ TEST(PeResources, LengthsEndWhereTheyShould) {
     ASSERT_TRUE(good.IsTaken(resources));
     EXPECT_TRUE(resources.FindString(0, text));
     EXPECT_EQ(text, u"ab");
-    // Data that begin in the section and end behind it.
+    // Data that begin in the section and end after it.
     Image longer{.resources = Strings(table, table.size() + 2), .behind = Zeros(64)};
     EXPECT_FALSE(longer.IsTaken(resources));
     // A string of one unit more than its table.

@@ -28,7 +28,7 @@ TEST(Interaction, InstallsForAScope) {
 }
 
 TEST(ConsoleInteraction, PrintsAndTakesTheDefaultButton) {
-    ASSERT_NE(std::freopen("/dev/null", "r", stdin), nullptr); // no terminal: nobody is asked
+    ASSERT_NE(std::freopen("/dev/null", "r", stdin), nullptr); // no terminal: there is no question
     test::TestSystem system;
     const ScopedSystem scope(system);
     ConsoleInteraction console;

@@ -2,6 +2,7 @@
 #include "vnbytstr/MultibyteText.h"
 
 #include "src/charset/CodePage.h"
+#include "tests/support/Text.h"
 
 #include <gtest/gtest.h>
 
@@ -13,13 +14,8 @@
 namespace {
 
 using vnbytstr::ScopedCodePage;
-
-CString StringOf(const std::string& bytes) {
-    return {bytes.data(), static_cast<int>(bytes.size())};
-}
-std::string BytesOf(const CString& text) {
-    return {text, static_cast<std::size_t>(text.GetLength())};
-}
+using vnbytstr::test::BytesOf;
+using vnbytstr::test::StringOf;
 
 } // namespace
 

@@ -3,7 +3,7 @@
 
 #include "src/charset/CodePage.h"
 #include "src/text/SystemAnswers.h"
-#include "tests/support/TestSystem.h"
+#include "tests/support/Text.h"
 
 #include <gtest/gtest.h>
 
@@ -16,15 +16,10 @@ namespace {
 
 using vnbytstr::CodePage;
 using vnbytstr::ScopedCodePage;
-using vnbytstr::ScopedSystem;
+using vnbytstr::test::BytesOf;
+using vnbytstr::test::StringOf;
 using Characters = std::vector<std::string>;
 
-CString StringOf(const std::string& bytes) {
-    return {bytes.data(), static_cast<int>(bytes.size())};
-}
-std::string BytesOf(const CString& text) {
-    return {text, static_cast<std::size_t>(text.GetLength())};
-}
 std::string Join(const Characters& characters, std::size_t from, std::size_t to) {
     std::string text;
     for (std::size_t i = from; i < to; ++i)
@@ -232,24 +227,13 @@ TEST(MultibyteText, Quotes) {
         EXPECT_EQ(dequote(text), text);
 }
 
-TEST(MultibyteText, TheSystemIsAskedOnce) {
-    vnbytstr::detail::ForgetSystemAnswers();
-    {
-        const ScopedCodePage scope(932);
-        EXPECT_TRUE(IsDBCSWindows());
-    }
-    const ScopedCodePage scope(1252);
-    EXPECT_TRUE(IsDBCSWindows());
-    vnbytstr::detail::ForgetSystemAnswers();
-    EXPECT_FALSE(IsDBCSWindows());
-    vnbytstr::detail::ForgetSystemAnswers();
-}
-
-TEST(MultibyteText, DbcsFollowsTheCodePage) {
+TEST(MultibyteText, TheCodePageIsAskedOnceForDoubleBytes) {
     for (const UINT page : {932u, 950u, 65001u, 1252u, 1255u}) {
-        const ScopedCodePage scope(page);
         vnbytstr::detail::ForgetSystemAnswers();
-        EXPECT_EQ(IsDBCSWindows(), page != 1252 && page != 1255) << page;
+        for (const UINT asked : {page, 1252u, 932u}) {
+            const ScopedCodePage scope(asked);
+            EXPECT_EQ(IsDBCSWindows(), page != 1252 && page != 1255) << page;
+        }
     }
     vnbytstr::detail::ForgetSystemAnswers();
 }

@@ -109,7 +109,7 @@ TEST_F(ChildListsTest, StaysRightWhileTheDocumentChanges) {
         case 4:
             EXPECT_TRUE(m_xml.SetAttribute(at, "n", step));
             break;
-        case 5: { // by somebody else: to another place
+        case 5: { // moved by other code
             const XMLNode to = nodes[random() % nodes.size()];
             bool isBelow = false;
             for (auto* up = NodeOf(to); up != nullptr; up = up->getParentNode())

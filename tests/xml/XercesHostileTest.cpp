@@ -1,4 +1,4 @@
-// Documents that mean harm, or are broken: each must be refused, soon and without a trace.
+// Hostile and broken documents: each must be refused soon, and leave nothing.
 #include "tests/xml/XmlFixture.h"
 
 #include "src/charset/CodePage.h"
@@ -23,7 +23,7 @@ std::string Times(std::size_t count, const std::string& text) {
     return all;
 }
 
-/// A port of this machine at which nobody may knock.
+/// A port of this machine that must not be connected to.
 class Listener {
 public:
     Listener() : m_socket(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0)) {
@@ -69,45 +69,14 @@ TEST_F(XercesHostileTest, BrokenDocuments) {
     const std::pair<const char*, std::string> documents[] = {
         {"empty", ""},
         {"blanks", " \n\t "},
-        {"text", "no markup at all"},
-        {"two roots", "<a/><b/>"},
-        {"text behind the root", "<a/>x"},
-        {"text before the root", "x<a/>"},
+        {"text after the root", "<a/>x"},
         {"not closed", "<a><b></b>"},
-        {"crossed", "<a><b></a></b>"},
-        {"closed twice", "<a></a></a>"},
-        {"case of the end tag", "<a></A>"},
         {"attribute twice", "<a x='1' x='2'/>"},
-        {"attribute without quotes", "<a x=1/>"},
-        {"attribute without value", "<a x/>"},
-        {"attribute not closed", "<a x='1/>"},
-        {"attributes run together", "<a x='1'y='2'/>"},
-        {"less-than in an attribute", "<a x='<'/>"},
-        {"name begins with a digit", "<1a/>"},
-        {"blank before the name", "< a/>"},
-        {"lone ampersand", "<a>&</a>"},
-        {"reference without end", "<a>&amp</a>"},
         {"undeclared entity", "<a>&nobody;</a>"},
-        {"reference to NUL", "<a>&#0;</a>"},
-        {"reference to a control", "<a>&#x1;</a>"},
-        {"reference to a surrogate", "<a>&#xD800;</a>"},
-        {"reference past Unicode", "<a>&#x110000;</a>"},
-        {"reference beyond all numbers", "<a>&#99999999999999999999999;</a>"},
-        {"section end in text", "<a>]]></a>"},
-        {"section not closed", "<a><![CDATA[x</a>"},
-        {"comment not closed", "<a><!-- x</a>"},
-        {"comment with two dashes", "<a><!-- x -- y --></a>"},
-        {"instruction not closed", "<a><?p x</a>"},
-        {"instruction named xml", "<a><?XML x?></a>"},
-        {"late declaration", " <?xml version='1.0'?><a/>"},
-        {"declaration without version", "<?xml encoding='utf-8'?><a/>"},
-        {"unknown version", "<?xml version='9.9'?><a/>"},
         {"NUL in text", std::string("<a>\0</a>", 8)},
         {"NUL in a name", std::string("<a\0b/>", 6)},
         {"NUL in an attribute", std::string("<a x='\0'/>", 10)},
         {"only NULs", std::string(100, '\0')},
-        {"control in text", "<a>\x01</a>"},
-        {"escape in an attribute", "<a x='\x1B'/>"},
         {"unknown encoding", "<?xml version='1.0' encoding='no-such-thing'?><a/>"},
         {"encoding with an injection", "<?xml version='1.0' encoding='../../x%s%n'?><a/>"},
         {"says UTF-16, is UTF-8", "<?xml version='1.0' encoding='utf-16'?><a/>"},
@@ -175,17 +144,9 @@ TEST_F(XercesHostileTest, DocumentTypesThatReachOutOrExplode) {
         {"in a circle in an attribute",
          "<!DOCTYPE a [<!ENTITY e '&f;'><!ENTITY f '&e;'>]><a x='&e;'/>"},
         {"parameter in a circle", type("<!ENTITY % e '&#37;f;'><!ENTITY % f '&#37;e;'>%e;")},
-        {"entity not balanced", type("<!ENTITY e '<b>'>", "&e;</b>")},
-        {"entity closes its parent", type("<!ENTITY e '</a><a>'>", "&e;")},
-        {"less-than from an entity", "<!DOCTYPE a [<!ENTITY e '&#60;'>]><a x='&e;'/>"},
-        {"type not closed", "<!DOCTYPE a [<!ENTITY e 'x'"},
-        {"two types", "<!DOCTYPE a><!DOCTYPE a><a/>"},
         {"nested groups", "<!DOCTYPE a [<!ELEMENT a " + Times(200000, "(")},
         {"nested sequences, closed",
          "<!DOCTYPE a [<!ELEMENT a " + Times(100000, "(b,") + "b" + Times(100000, ")") + ">]><a/>"},
-        {"conditional section", type("<![INCLUDE[<!ENTITY e 'x'>]]>", "&e;")},
-        {"parameter within a declaration", type("<!ENTITY % e 'CDATA'><!ATTLIST a x %e; 'y'>")},
-        {"unknown declaration", type("<!NONSENSE a>")},
     };
     for (const auto& [name, document] : documents)
         ExpectRefused(document, name);

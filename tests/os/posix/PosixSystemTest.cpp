@@ -17,7 +17,7 @@
 #include <cstdlib>
 #include <thread>
 
-/// fontconfig keeps a little of its own for the life of the process, where nobody sees it.
+/// fontconfig keeps some memory for the life of the process.
 extern "C" [[gnu::visibility("default")]] const char* __lsan_default_suppressions() {
     return "leak:libfontconfig";
 }
@@ -124,7 +124,7 @@ TEST_F(PosixSystemTest, SignalsEndNoCall) {
     m_system.CloseFile(ends[1]);
 }
 
-TEST_F(PosixSystemTest, ScratchFilesAreOnesOwnAndLocked) {
+TEST_F(PosixSystemTest, ScratchFilesBelongToTheProcessAndAreLocked) {
     const std::string name = m_folder.File("s");
     const unsigned scratch = kOpenRead | kOpenWrite | kOpenCreate | kOpenExclusive | kOpenScratch;
     const FileHandle handle = Open(name, scratch);
