@@ -267,6 +267,20 @@ std::string Texts(const Folder&) {
     return TextOf(all) + TextOf(text) + (IsStringAllLTR(out) ? "ltr" : "-");
 }
 
+/// Blocks of operator new, which the caller deletes.
+std::string Blocks(const Folder&) {
+    auto* block = static_cast<char*>(::operator new(3));
+    std::memcpy(block, "abc", 3);
+    DWORD length = 0;
+    const bool isHex = FormatBufferAsHex(block, 3, length);
+    const std::string hex = isHex ? block : "";
+    ::operator delete(block);
+    Demand(isHex && URLEncodeStr("a b", block, true) != 0);
+    const std::string all = hex + block;
+    ::operator delete(block);
+    return all;
+}
+
 /// A page of double bytes that was half made would take every byte for a character.
 std::string DoubleBytePage(const Folder&) {
     const CodePage* const page = CodePage::Find(932);
@@ -301,6 +315,7 @@ const Scenario kScenarios[] = {
     {"Utf8File", WriteText, Utf8, KeepsText},
     {"StringFile", Nothing, StringFile},
     {"Texts", Nothing, Texts},
+    {"Blocks", Nothing, Blocks},
     // ICU's names of languages do not survive a lack of memory themselves.
     {"Languages", Nothing, Languages, nullptr, false, true},
     {"Xml", BeginXml, Xml, KeepsXmlFile},
