@@ -176,8 +176,8 @@ struct Avx2Scan {
         }
         return count;
     }
-    // Up to four bytes of the probe are compared at once, so that a start that passes and still
-    // fails moves the search on by more than four.
+    /// Up to four bytes of the probe are compared at once, so that a start that passes and still
+    /// fails moves the search on by more than four.
     VNBYTSTR_AVX2 std::size_t Next(const BYTE* text, std::size_t position,
                                    std::size_t last) const noexcept {
         // After a start at `last` comes all of the probe, after one at last - 31 a whole register.

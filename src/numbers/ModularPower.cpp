@@ -45,7 +45,7 @@ public:
         Trim(left);
         return left;
     }
-    // r may be a or b.
+    /// r may be a or b.
     void Multiply(Word64* r, const Word64* a, const Word64* b) {
         MultiplyWords(m_product.data(), {a, Size()}, {b, Size()}, m_rows);
         Reduce(r);
@@ -56,9 +56,9 @@ public:
     }
 
 private:
-    // Adds multiples of the modulus until the low half is zero; the upper half is the result. The
-    // carries out of the rows take the places of the words that became zero, and are added at the
-    // end.
+    /// Adds multiples of the modulus until the low half is zero; the upper half is the result. The
+    /// carries out of the rows take the places of the words that became zero, and are added at the
+    /// end.
     void Reduce(Word64* r) noexcept {
         Word64* const product = m_product.data();
         const std::size_t n = Size();
@@ -72,7 +72,7 @@ private:
         }
         Finish(r, AddWords(product + n, product + n, product, n));
     }
-    // The same for eight words at a time.
+    /// The same for eight words at a time.
     void ReduceEights(Word64* r) noexcept {
         Word64* const product = m_product.data();
         const std::size_t n = Size();
@@ -90,9 +90,9 @@ private:
         }
         Finish(r, carry);
     }
-    // Values need not be below the modulus in between, only below 2^(64 n): then the reduced
-    // product of two is less than that plus the modulus. The subtraction is always done, of zero
-    // where there is no carry, which avoids an unpredictable branch.
+    /// Values need not be below the modulus in between, only below 2^(64 n): then the reduced
+    /// product of two is less than that plus the modulus. The subtraction is always done, of zero
+    /// where there is no carry, which avoids an unpredictable branch.
     void Finish(Word64* r, Word64 carry) noexcept {
         const Word64* const subtrahend[] = {m_zeros.data(), m_modulus.data()};
         SubWords(r, m_product.data() + Size(), subtrahend[carry], Size());

@@ -110,7 +110,8 @@ public:
 private:
     static Word128 Join(Word64 high, Word64 low) noexcept { return Word128{high} << 64 | low; }
 
-    // The quotient of (top, next) by the top two words of the divisor; `top` becomes the remainder.
+    /// The quotient of (top, next) by the top two words of the divisor; `top` becomes the
+    /// remainder.
     Word64 Guess(Word128& top, Word64 next) const noexcept {
         const auto high = static_cast<Word64>(m_top >> 64);
         const auto low = static_cast<Word64>(m_top);

@@ -409,7 +409,7 @@ int WriteInPlace(FileHandle source, std::uint64_t length, const std::string& nam
     if (error == 0)
         error = system.GetFileStatus(target.handle, status);
     if (error == 0 && status.identity != expected)
-        error = ESTALE;
+        error = kStale;
     if (error != 0)
         return error;
     const Trailer trailer{

@@ -8,12 +8,16 @@
 
 namespace vnbytstr {
 
+/// The error for a target whose name leads to another file now: ESTALE of POSIX systems, which
+/// other systems' error numbers lack.
+inline constexpr int kStale = 116;
+
 /// Makes the first `length` bytes of the open file `source` the content of the file `target`: the
-/// one of that identity (ESTALE when another one is there now), or, when `expected` is unknown, a
+/// one of that identity (kStale when another one is there now), or, when `expected` is unknown, a
 /// new one (EEXIST). The target is locked meanwhile, so that two processes that write it over come
-/// one after the other; EWOULDBLOCK when somebody holds its lock for 2 seconds. 0 or an error
-/// number; after an error the target has its old content (on a disk that does not take even that,
-/// from the next RecoverInPlace on).
+/// one after the other; EWOULDBLOCK when another process holds its lock for 2 seconds. 0 or an
+/// error number; after an error the target has its old content (on a disk that does not take even
+/// that, from the next RecoverInPlace on).
 ///
 /// What needs room on the disk comes first. The old content is kept in a scratch file until all is
 /// on the disk, so that a process that is killed meanwhile, or a disk that fails, does not leave a
