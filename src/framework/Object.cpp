@@ -24,5 +24,3 @@ void CObject::Dump(CDumpContext& context) const {
 BOOL CObject::IsKindOf(const CRuntimeClass* type) const {
     return GetRuntimeClass()->IsDerivedFrom(type);
 }
-
-BOOL CObject::IsSerializable() const { return GetRuntimeClass()->m_wSchema != 0xFFFF; }

@@ -1,6 +1,5 @@
 // The collections against the standard library's, by random operations.
 #include "vnbytstr/framework/Arrays.h"
-#include "vnbytstr/framework/Maps.h"
 #include "vnbytstr/framework/StringList.h"
 
 #include <gtest/gtest.h>
@@ -209,82 +208,6 @@ TEST(StringList, RandomOperations) {
     own.RemoveAll();
     ExpectInvalidArgument([&] { own.RemoveHead(); });
     ExpectInvalidArgument([&] { own.GetTail(); });
-}
-
-TEST(Maps, RandomOperations) {
-    CMapStringToString own;
-    std::map<std::string, std::string> model;
-    for (int step = 0; step < 20000; ++step) {
-        const std::string key = Word();
-        const std::string word = Word();
-        switch (Number(0, 4)) {
-        case 0:
-            own.SetAt(key.c_str(), word.c_str());
-            model[key] = word;
-            break;
-        case 1:
-            own[key.c_str()] += word.c_str();
-            model[key] += word;
-            break;
-        case 2:
-            EXPECT_EQ(own.RemoveKey(key.c_str()), model.erase(key) != 0);
-            break;
-        case 3: {
-            CString value("untouched");
-            const auto found = model.find(key);
-            EXPECT_EQ(own.Lookup(key.c_str(), value), found != model.end());
-            EXPECT_EQ(value, found != model.end() ? found->second.c_str() : "untouched");
-            break;
-        }
-        default:
-            if (Number(0, 500) == 0) {
-                own.RemoveAll();
-                model.clear();
-            }
-            break;
-        }
-        ASSERT_EQ(own.GetCount(), static_cast<int>(model.size()));
-        if (step % 50 == 0) {
-            std::map<std::string, std::string> walked;
-            for (POSITION at = own.GetStartPosition(); at != nullptr;) {
-                CString foundKey;
-                CString value;
-                own.GetNextAssoc(at, foundKey, value);
-                EXPECT_TRUE(walked.emplace(foundKey, value).second);
-            }
-            ASSERT_EQ(walked, model);
-        }
-    }
-}
-
-TEST(Maps, EntriesMayBeRemovedWhileWalking) {
-    int things[100];
-    CMapPtrToPtr own;
-    for (int& thing : things)
-        own.SetAt(&thing, &things[0]);
-    own.SetAt(nullptr, nullptr);
-    int met = 0;
-    for (POSITION at = own.GetStartPosition(); at != nullptr; ++met) {
-        void* key = nullptr;
-        void* value = nullptr;
-        own.GetNextAssoc(at, key, value);
-        EXPECT_TRUE(own.RemoveKey(key));
-    }
-    EXPECT_EQ(met, 101);
-    EXPECT_TRUE(own.IsEmpty());
-}
-
-TEST(Maps, ANullTextIsTheEmptyKey) {
-    CMapStringToPtr own;
-    own.SetAt(nullptr, &own);
-    void* value = nullptr;
-    EXPECT_TRUE(own.Lookup("", value));
-    EXPECT_EQ(value, &own);
-    ExpectInvalidArgument([&] {
-        POSITION none = nullptr;
-        CString key;
-        own.GetNextAssoc(none, key, value);
-    });
 }
 
 } // namespace

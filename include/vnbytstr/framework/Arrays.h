@@ -41,7 +41,6 @@ public:
 
     const T& GetAt(int index) const { return m_elements[Checked(index)]; }
     void SetAt(int index, T value) { m_elements[Checked(index)] = std::move(value); }
-    T& ElementAt(int index) { return m_elements[Checked(index)]; }
     const T& operator[](int index) const { return m_elements[Checked(index)]; }
     T& operator[](int index) { return m_elements[Checked(index)]; }
     /// The elements one after the other; may be null when there are none.

@@ -44,7 +44,6 @@ public:
 
     /// TRUE when the object's class is `type` or derives from it.
     BOOL IsKindOf(const CRuntimeClass* type) const;
-    BOOL IsSerializable() const;
 
     CObject(const CObject&) = delete;
     CObject& operator=(const CObject&) = delete;

@@ -27,7 +27,6 @@ public:
     /// InitInstance, Run.
     int Main();
 
-    CWnd* GetMainWnd() const { return m_pMainWnd; }
     CWnd* m_pMainWnd = nullptr; ///< its end quits the loop
     CString m_pszAppName;
 
@@ -39,9 +38,8 @@ protected:
 
 /// The program's object; null when it has none.
 VNBYTSTR_API CWinApp* AfxGetApp();
-/// The program's main window: CWinApp's, else the window set here, else null.
+/// CWinApp's main window; null when there is no program object or it has no window.
 VNBYTSTR_API CWnd* AfxGetMainWnd();
-VNBYTSTR_API void AfxSetMainWnd(CWnd* window);
 /// Ends the innermost message loop with that answer.
 VNBYTSTR_API void AfxPostQuitMessage(int exitCode);
 VNBYTSTR_API void PostQuitMessage(int exitCode);

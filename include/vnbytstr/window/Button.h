@@ -10,9 +10,7 @@
 
 inline constexpr DWORD BS_USERBUTTON = 0x0008;
 inline constexpr DWORD BS_LEFTTEXT = 0x0020;
-inline constexpr DWORD BS_LEFT = 0x0100;
 inline constexpr DWORD BS_PUSHLIKE = 0x1000;
-inline constexpr DWORD BS_MULTILINE = 0x2000;
 inline constexpr DWORD BS_NOTIFY = 0x4000;
 inline constexpr UINT BST_PUSHED = 0x0004;
 inline constexpr UINT BST_FOCUS = 0x0008;
@@ -30,8 +28,4 @@ public:
     /// neighbours; a click on BS_AUTORADIOBUTTON does (up to the next WS_GROUP).
     void SetCheck(int check);
     UINT GetState() const; ///< the check with BST_PUSHED and BST_FOCUS
-    void SetState(BOOL pressed);
-    UINT GetButtonStyle() const; ///< BS_*, without the window's styles
-    /// Changes among BS_PUSHBUTTON and BS_DEFPUSHBUTTON, or the kind of check box.
-    void SetButtonStyle(UINT style, BOOL redraw = TRUE);
 };

@@ -22,8 +22,6 @@
 
 class CCmdTarget;
 
-/// The number of a command's message in a map.
-inline constexpr UINT kCommandEntry = WM_COMMAND;
 /// Codes by which a map tells command entries apart (as well as notification codes).
 inline constexpr int CN_COMMAND = 0;
 inline constexpr int CN_UPDATE_COMMAND_UI = -1;
@@ -52,7 +50,6 @@ public:
     virtual ~CCmdUI() = default;
     virtual void Enable(BOOL on = TRUE);
     virtual void SetCheck(int check = 1); ///< 0 off, 1 on, 2 indeterminate
-    virtual void SetRadio(BOOL on = TRUE);
     virtual void SetText(LPCTSTR text);
 
     UINT m_nID = 0;
@@ -119,22 +116,11 @@ protected:                                                                      
 
 /// Any message: `LRESULT member(WPARAM, LPARAM)`.
 #define ON_MESSAGE(message, member) AFX_RESULT_ENTRY(message, member(w, l))
-/// A message whose number a variable holds.
-#define ON_REGISTERED_MESSAGE(variable, member)                                                    \
-    { 0xC000, 0, 0, 0, &variable, AFX_ENTRY_FUNCTION(return self->member(w, l);) }                 \
-    ,
 /// A command (menu, accelerator, button click): `void member()`.
 #define ON_COMMAND(id, member)                                                                     \
     {                                                                                              \
         WM_COMMAND, CN_COMMAND, static_cast<UINT>(id), static_cast<UINT>(id), nullptr,             \
             AFX_ENTRY_FUNCTION(self->member(); return 1;)                                          \
-    }                                                                                              \
-    ,
-/// Commands of a range of ids: `void member(UINT id)`.
-#define ON_COMMAND_RANGE(first, last, member)                                                      \
-    {                                                                                              \
-        WM_COMMAND, CN_COMMAND, static_cast<UINT>(first), static_cast<UINT>(last), nullptr,        \
-            AFX_ENTRY_FUNCTION(self->member(static_cast<UINT>(w)); return 1;)                      \
     }                                                                                              \
     ,
 /// How a command's menu item looks: `void member(CCmdUI*)`.
@@ -151,114 +137,49 @@ protected:                                                                      
             AFX_ENTRY_FUNCTION(self->member(); return 1;)                                          \
     }                                                                                              \
     ,
-#define ON_CONTROL_RANGE(code, first, last, member)                                                \
-    {                                                                                              \
-        WM_COMMAND, static_cast<int>(code), static_cast<UINT>(first), static_cast<UINT>(last),     \
-            nullptr, AFX_ENTRY_FUNCTION(self->member(static_cast<UINT>(w)); return 1;)             \
-    }                                                                                              \
-    ,
-/// A control's WM_NOTIFY, in its parent: `void member(NMHDR*, LRESULT*)`.
-#define ON_NOTIFY(code, id, member)                                                                \
-    {                                                                                              \
-        WM_NOTIFY, static_cast<int>(code), static_cast<UINT>(id), static_cast<UINT>(id), nullptr,  \
-            AFX_ENTRY_FUNCTION(auto* notify = reinterpret_cast<AFX_NOTIFY*>(l);                    \
-                               self->member(notify->pNMHDR, notify->pResult); return 1;)           \
-    }                                                                                              \
-    ,
 
 /// A control's own notification, in the control itself: `void member()`; the parent does not get
 /// it. The _EX form lets it through when `BOOL member()` returns FALSE.
-#define ON_CONTROL_REFLECT(code, member)                                                           \
-    {                                                                                              \
-        WM_REFLECT_BASE + WM_COMMAND, static_cast<int>(code), 0, 0, nullptr,                       \
-            AFX_ENTRY_FUNCTION(self->member(); return 1;)                                          \
-    }                                                                                              \
-    ,
 #define ON_CONTROL_REFLECT_EX(code, member)                                                        \
     {                                                                                              \
         WM_REFLECT_BASE + WM_COMMAND, static_cast<int>(code), 0, 0, nullptr,                       \
             AFX_ENTRY_FUNCTION(return self->member();)                                             \
     }                                                                                              \
     ,
-#define ON_NOTIFY_REFLECT(code, member)                                                            \
-    {                                                                                              \
-        WM_REFLECT_BASE + WM_NOTIFY, static_cast<int>(code), 0, 0, nullptr,                        \
-            AFX_ENTRY_FUNCTION(auto* notify = reinterpret_cast<AFX_NOTIFY*>(l);                    \
-                               self->member(notify->pNMHDR, notify->pResult); return 1;)           \
-    }                                                                                              \
-    ,
 /// Any other message that came back from the parent: `LRESULT member(WPARAM, LPARAM)`.
-#define ON_MESSAGE_REFLECT(message, member)                                                        \
-    AFX_RESULT_ENTRY(WM_REFLECT_BASE + (message), member(w, l))
 #define ON_WM_DRAWITEM_REFLECT()                                                                   \
     AFX_VOID_ENTRY(WM_REFLECT_BASE + WM_DRAWITEM, DrawItem(reinterpret_cast<LPDRAWITEMSTRUCT>(l)))
 #define ON_WM_MEASUREITEM_REFLECT()                                                                \
     AFX_VOID_ENTRY(WM_REFLECT_BASE + WM_MEASUREITEM,                                               \
                    MeasureItem(reinterpret_cast<LPMEASUREITEMSTRUCT>(l)))
-/// `HBRUSH CtlColor(CDC* dc, UINT type)`, type being the message's number.
-#define ON_WM_CTLCOLOR_REFLECT()                                                                   \
-    {                                                                                              \
-        WM_REFLECT_BASE + WM_CTLCOLOREDIT, 0, 0, 0, nullptr,                                       \
-            AFX_ENTRY_FUNCTION(return reinterpret_cast<LRESULT>(self->CtlColor(                    \
-                CDC::FromHandle(reinterpret_cast<HDC>(w)), static_cast<UINT>(l)));)                \
-    }                                                                                              \
-    ,
 
 // --- the messages of windows, with the handler each one calls --------------------------------
 /// int OnCreate(LPCREATESTRUCT): -1 gives the window up.
 #define ON_WM_CREATE() AFX_RESULT_ENTRY(WM_CREATE, OnCreate(reinterpret_cast<LPCREATESTRUCT>(l)))
 /// void OnDestroy()
 #define ON_WM_DESTROY() AFX_VOID_ENTRY(WM_DESTROY, OnDestroy())
-/// void OnNcDestroy()
-#define ON_WM_NCDESTROY() AFX_VOID_ENTRY(WM_NCDESTROY, OnNcDestroy())
-/// void OnMove(int x, int y)
-#define ON_WM_MOVE() AFX_VOID_ENTRY(WM_MOVE, OnMove(GET_X_LPARAM(l), GET_Y_LPARAM(l)))
 /// void OnSize(UINT type, int cx, int cy)
 #define ON_WM_SIZE() AFX_VOID_ENTRY(WM_SIZE, OnSize(static_cast<UINT>(w), LOWORD(l), HIWORD(l)))
-/// void OnActivate(UINT state, CWnd* other, BOOL minimized)
-#define ON_WM_ACTIVATE()                                                                           \
-    AFX_VOID_ENTRY(WM_ACTIVATE,                                                                    \
-                   OnActivate(LOWORD(w), CWnd::FromHandle(reinterpret_cast<HWND>(l)), HIWORD(w)))
 /// void OnSetFocus(CWnd* old), void OnKillFocus(CWnd* next)
 #define ON_WM_SETFOCUS()                                                                           \
     AFX_VOID_ENTRY(WM_SETFOCUS, OnSetFocus(CWnd::FromHandle(reinterpret_cast<HWND>(w))))
 #define ON_WM_KILLFOCUS()                                                                          \
     AFX_VOID_ENTRY(WM_KILLFOCUS, OnKillFocus(CWnd::FromHandle(reinterpret_cast<HWND>(w))))
-/// void OnEnable(BOOL on)
-#define ON_WM_ENABLE() AFX_VOID_ENTRY(WM_ENABLE, OnEnable(static_cast<BOOL>(w)))
 /// void OnPaint()
 #define ON_WM_PAINT() AFX_VOID_ENTRY(WM_PAINT, OnPaint())
 /// void OnClose()
 #define ON_WM_CLOSE() AFX_VOID_ENTRY(WM_CLOSE, OnClose())
-/// BOOL OnEraseBkgnd(CDC*)
-#define ON_WM_ERASEBKGND()                                                                         \
-    AFX_RESULT_ENTRY(WM_ERASEBKGND, OnEraseBkgnd(CDC::FromHandle(reinterpret_cast<HDC>(w))))
 /// void OnSysColorChange()
 #define ON_WM_SYSCOLORCHANGE() AFX_VOID_ENTRY(WM_SYSCOLORCHANGE, OnSysColorChange())
-/// void OnShowWindow(BOOL show, UINT status)
-#define ON_WM_SHOWWINDOW()                                                                         \
-    AFX_VOID_ENTRY(WM_SHOWWINDOW, OnShowWindow(static_cast<BOOL>(w), static_cast<UINT>(l)))
 /// void OnCancelMode()
 #define ON_WM_CANCELMODE() AFX_VOID_ENTRY(WM_CANCELMODE, OnCancelMode())
 /// BOOL OnSetCursor(CWnd* window, UINT hitTest, UINT message)
 #define ON_WM_SETCURSOR()                                                                          \
     AFX_RESULT_ENTRY(WM_SETCURSOR, OnSetCursor(CWnd::FromHandle(reinterpret_cast<HWND>(w)),        \
                                                LOWORD(l), HIWORD(l)))
-/// void OnDrawItem(int id, LPDRAWITEMSTRUCT) and its kin, in the owner
-#define ON_WM_DRAWITEM()                                                                           \
-    AFX_VOID_ENTRY(WM_DRAWITEM,                                                                    \
-                   OnDrawItem(static_cast<int>(w), reinterpret_cast<LPDRAWITEMSTRUCT>(l)))
-#define ON_WM_MEASUREITEM()                                                                        \
-    AFX_VOID_ENTRY(WM_MEASUREITEM,                                                                 \
-                   OnMeasureItem(static_cast<int>(w), reinterpret_cast<LPMEASUREITEMSTRUCT>(l)))
-#define ON_WM_DELETEITEM()                                                                         \
-    AFX_VOID_ENTRY(WM_DELETEITEM,                                                                  \
-                   OnDeleteItem(static_cast<int>(w), reinterpret_cast<LPDELETEITEMSTRUCT>(l)))
 /// void OnWindowPosChanging(WINDOWPOS*), void OnWindowPosChanged(WINDOWPOS*)
 #define ON_WM_WINDOWPOSCHANGING()                                                                  \
     AFX_VOID_ENTRY(WM_WINDOWPOSCHANGING, OnWindowPosChanging(reinterpret_cast<WINDOWPOS*>(l)))
-#define ON_WM_WINDOWPOSCHANGED()                                                                   \
-    AFX_VOID_ENTRY(WM_WINDOWPOSCHANGED, OnWindowPosChanged(reinterpret_cast<WINDOWPOS*>(l)))
 /// void OnGetMinMaxInfo(MINMAXINFO*)
 #define ON_WM_GETMINMAXINFO()                                                                      \
     AFX_VOID_ENTRY(WM_GETMINMAXINFO, OnGetMinMaxInfo(reinterpret_cast<MINMAXINFO*>(l)))
@@ -271,10 +192,7 @@ protected:                                                                      
 /// void OnKeyDown(UINT key, UINT repeat, UINT flags) and its kin
 #define ON_WM_KEYDOWN()                                                                            \
     AFX_VOID_ENTRY(WM_KEYDOWN, OnKeyDown(static_cast<UINT>(w), LOWORD(l), HIWORD(l)))
-#define ON_WM_KEYUP() AFX_VOID_ENTRY(WM_KEYUP, OnKeyUp(static_cast<UINT>(w), LOWORD(l), HIWORD(l)))
 #define ON_WM_CHAR() AFX_VOID_ENTRY(WM_CHAR, OnChar(static_cast<UINT>(w), LOWORD(l), HIWORD(l)))
-#define ON_WM_SYSKEYDOWN()                                                                         \
-    AFX_VOID_ENTRY(WM_SYSKEYDOWN, OnSysKeyDown(static_cast<UINT>(w), LOWORD(l), HIWORD(l)))
 /// void OnTimer(UINT_PTR id)
 #define ON_WM_TIMER() AFX_VOID_ENTRY(WM_TIMER, OnTimer(w))
 /// void OnHScroll(UINT code, UINT position, CWnd* bar) and OnVScroll
@@ -293,18 +211,12 @@ protected:                                                                      
     AFX_VOID_ENTRY(WM_LBUTTONDBLCLK, OnLButtonDblClk(static_cast<UINT>(w), CPoint(l)))
 #define ON_WM_RBUTTONDOWN()                                                                        \
     AFX_VOID_ENTRY(WM_RBUTTONDOWN, OnRButtonDown(static_cast<UINT>(w), CPoint(l)))
-#define ON_WM_RBUTTONUP() AFX_VOID_ENTRY(WM_RBUTTONUP, OnRButtonUp(static_cast<UINT>(w), CPoint(l)))
-#define ON_WM_RBUTTONDBLCLK()                                                                      \
-    AFX_VOID_ENTRY(WM_RBUTTONDBLCLK, OnRButtonDblClk(static_cast<UINT>(w), CPoint(l)))
 /// BOOL OnMouseWheel(UINT flags, short delta, CPoint screen)
 #define ON_WM_MOUSEWHEEL()                                                                         \
     AFX_RESULT_ENTRY(WM_MOUSEWHEEL,                                                                \
                      OnMouseWheel(LOWORD(w), static_cast<short>(HIWORD(w)), CPoint(l)))
 /// void OnMouseLeave()
 #define ON_WM_MOUSELEAVE() AFX_VOID_ENTRY(WM_MOUSELEAVE, OnMouseLeave())
-/// void OnCaptureChanged(CWnd* next)
-#define ON_WM_CAPTURECHANGED()                                                                     \
-    AFX_VOID_ENTRY(WM_CAPTURECHANGED, OnCaptureChanged(CWnd::FromHandle(reinterpret_cast<HWND>(l))))
 /// void OnDropFiles(HDROP)
 #define ON_WM_DROPFILES() AFX_VOID_ENTRY(WM_DROPFILES, OnDropFiles(reinterpret_cast<HDROP>(w)))
 /// HBRUSH OnCtlColor(CDC* dc, CWnd* control, UINT type), type being the message's number
@@ -320,11 +232,6 @@ protected:                                                                      
 // ON_WM_GETFONT and ON_WM_SETFONT do not exist: use ON_MESSAGE(WM_GETFONT, ...).
 
 #define ON_BN_CLICKED(id, member) ON_CONTROL(BN_CLICKED, id, member)
-#define ON_LBN_SELCHANGE(id, member) ON_CONTROL(LBN_SELCHANGE, id, member)
-#define ON_LBN_DBLCLK(id, member) ON_CONTROL(LBN_DBLCLK, id, member)
-#define ON_CBN_SELCHANGE(id, member) ON_CONTROL(CBN_SELCHANGE, id, member)
-#define ON_CBN_EDITCHANGE(id, member) ON_CONTROL(CBN_EDITCHANGE, id, member)
-#define ON_EN_CHANGE(id, member) ON_CONTROL(EN_CHANGE, id, member)
 #define ON_EN_KILLFOCUS(id, member) ON_CONTROL(EN_KILLFOCUS, id, member)
 // NOLINTEND(bugprone-macro-parentheses)
 

@@ -42,7 +42,6 @@ public:
 
     BOOL LimitText(int bytes); ///< as CEdit::LimitText
     DWORD GetEditSel() const;
-    BOOL SetEditSel(int first, int end);
     void Clear();
     void Copy();
     void Cut();

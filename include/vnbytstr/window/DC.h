@@ -31,8 +31,6 @@ public:
     HDC Detach();
     /// The object for a handle; null for null. It lives as long as the handle.
     static CDC* FromHandle(HDC dc);
-    /// Makes a context that draws nothing and measures text as `other` (null: the screen) does.
-    BOOL CreateCompatibleDC(CDC* other);
     BOOL DeleteDC();
 
     /// Remembers the state (objects, colours, modes, clipping); returns a number above 0.
@@ -47,22 +45,10 @@ public:
     CBrush* SelectObject(CBrush* brush);
     CFont* SelectObject(CFont* font);
     HGDIOBJ SelectObject(HGDIOBJ object);
-    CGdiObject* SelectStockObject(int index);
-    CFont* GetCurrentFont() const;
 
     // Colours and modes: each returns the value before.
     COLORREF SetTextColor(COLORREF color);
-    COLORREF GetTextColor() const;
-    COLORREF SetBkColor(COLORREF color);
-    COLORREF GetBkColor() const;
     int SetBkMode(int mode); ///< TRANSPARENT or OPAQUE (the beginning)
-    int GetBkMode() const;
-    UINT SetTextAlign(UINT flags); ///< TA_*
-    UINT GetTextAlign() const;
-    int SetROP2(int mode); ///< R2_*, of lines
-    /// The colour at a place of the layer over the window; CLR_INVALID where nothing was drawn, and
-    /// inside WM_PAINT.
-    COLORREF GetPixel(int x, int y) const;
 
     // Shapes. Rectangles exclude their right and bottom edges.
     CPoint MoveTo(int x, int y);
@@ -70,11 +56,6 @@ public:
     /// A line with the selected pen up to, and not including, the point.
     BOOL LineTo(int x, int y);
     BOOL LineTo(POINT point) { return LineTo(point.x, point.y); }
-    BOOL Polygon(const POINT* points, int count);
-    BOOL Rectangle(int left, int top, int right, int bottom);
-    BOOL Rectangle(LPCRECT rect) {
-        return Rectangle(rect->left, rect->top, rect->right, rect->bottom);
-    }
     void FillRect(LPCRECT rect, CBrush* brush);
     void FillSolidRect(LPCRECT rect, COLORREF color);
     void FrameRect(LPCRECT rect, CBrush* brush);
@@ -83,15 +64,8 @@ public:
     /// Draws (or, drawn twice, removes) the dotted frame of the focus.
     void DrawFocusRect(LPCRECT rect);
     void Draw3dRect(LPCRECT rect, COLORREF leftTop, COLORREF rightBottom);
-    COLORREF SetPixel(int x, int y, COLORREF color);
-    /// Draws a picture scaled into a rectangle.
-    BOOL DrawBitmap(LPCRECT rect, const CBitmap& bitmap);
 
     // Text.
-    BOOL TextOut(int x, int y, LPCTSTR text, int length);
-    BOOL TextOut(int x, int y, const CString& text) {
-        return TextOut(x, y, text, text.GetLength());
-    }
     /// `options` ETO_*; `rect` (may be null) is filled or clips; `widths` is not used.
     BOOL ExtTextOut(int x, int y, UINT options, LPCRECT rect, LPCTSTR text, UINT length,
                     const int* widths = nullptr);
@@ -110,10 +84,7 @@ public:
     BOOL GetTextMetrics(LPTEXTMETRIC metrics) const;
 
     // Clipping.
-    int IntersectClipRect(LPCRECT rect);
     int GetClipBox(LPRECT rect) const;
-    /// Whether any of the rectangle would be drawn.
-    BOOL RectVisible(LPCRECT rect) const;
 
     HDC m_hDC = nullptr;
 

@@ -23,8 +23,6 @@ class QEventLoop;
 
 inline constexpr DWORD DS_MODALFRAME = 0x0080;
 inline constexpr DWORD DS_CENTER = 0x0800;
-inline constexpr DWORD DS_SETFONT = 0x0040;
-inline constexpr DWORD DS_CONTROL = 0x0400;
 inline constexpr UINT DM_GETDEFID = WM_USER + 0;
 inline constexpr UINT DM_SETDEFID = WM_USER + 1;
 inline constexpr WORD DC_HASDEFID = 0x534B;
@@ -73,8 +71,6 @@ public:
     virtual void OnOK();     ///< EndDialog(IDOK); a dialog made with CreateIndirect is hidden
     virtual void OnCancel(); ///< EndDialog(IDCANCEL), likewise
 
-    void NextDlgCtrl() const;
-    void PrevDlgCtrl() const;
     /// Gives the focus, and selects the text of an edit control.
     void GotoDlgCtrl(CWnd* control) const;
     DWORD GetDefID() const; ///< the default button's id, with DC_HASDEFID in the high word; or 0

@@ -16,9 +16,6 @@
 
 #include "vnbytstr/window/Wnd.h"
 
-inline constexpr UINT EM_GETFIRSTVISIBLELINE = 0x00CE;
-inline constexpr UINT EM_POSFROMCHAR = 0x00D6;
-inline constexpr UINT EM_CHARFROMPOS = 0x00D7;
 /// lParam: a text in the ANSI code page, shown while the control is empty.
 inline constexpr UINT EM_SETCUEBANNER = 0x1501;
 inline constexpr UINT EM_GETCUEBANNER = 0x1502; ///< wParam: the buffer, lParam: its size
@@ -47,18 +44,13 @@ public:
     /// How many bytes may be typed or pasted; 0: as many as there may be. A text set by the program
     /// may be longer. What does not fit is cut off at a character, and the parent gets EN_MAXTEXT.
     void LimitText(int bytes = 0);
-    void SetLimitText(UINT bytes) { LimitText(static_cast<int>(bytes)); }
-    UINT GetLimitText() const;
 
     BOOL GetModify() const; ///< changed by the user since SetWindowText or SetModify(FALSE)
     void SetModify(BOOL modified = TRUE);
     BOOL CanUndo() const;
     BOOL Undo();
-    void EmptyUndoBuffer();
     BOOL SetReadOnly(BOOL readOnly = TRUE);
-    /// Hides the characters behind bullets (whatever `ch` is); 0 shows them.
-    void SetPasswordChar(char ch);
-    char GetPasswordChar() const;
+    /// `text` is shown while the control is empty.
     BOOL SetCueBanner(LPCTSTR text);
 
     int GetLineCount() const;
@@ -70,10 +62,4 @@ public:
     int LineFromChar(int position = -1) const;
     /// Copies a line without break and NUL, at most `size` bytes; returns how many.
     int GetLine(int line, LPTSTR buffer, int size) const;
-    int GetFirstVisibleLine() const;
-    void LineScroll(int lines, int characters = 0);
-    /// The position under a point of the client area.
-    int CharFromPos(CPoint point) const;
-    /// The left top of the character at a position.
-    CPoint PosFromChar(UINT position) const;
 };

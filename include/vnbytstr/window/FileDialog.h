@@ -4,12 +4,9 @@
 #include "vnbytstr/framework/Arrays.h"
 #include "vnbytstr/window/Wnd.h"
 
-inline constexpr DWORD OFN_READONLY = 0x00000001;
 inline constexpr DWORD OFN_OVERWRITEPROMPT = 0x00000002; ///< asks before an existing file is chosen
 inline constexpr DWORD OFN_HIDEREADONLY = 0x00000004;
-inline constexpr DWORD OFN_NOCHANGEDIR = 0x00000008;
 inline constexpr DWORD OFN_ALLOWMULTISELECT = 0x00000200;
-inline constexpr DWORD OFN_PATHMUSTEXIST = 0x00000800;
 inline constexpr DWORD OFN_FILEMUSTEXIST = 0x00001000;
 
 /// The platform's file dialog. Names are in the ANSI code page, as files are opened by them.
@@ -27,8 +24,6 @@ public:
 
     void SetTitle(LPCTSTR title) { m_title = title; }
     void SetInitialFolder(LPCTSTR folder) { m_folder = folder; }
-    void SetFilterIndex(int index) { m_filterIndex = index; } ///< from 1
-    int GetFilterIndex() const { return m_filterIndex; }
 
     /// IDOK or IDCANCEL.
     virtual int DoModal();
@@ -38,14 +33,12 @@ public:
     CString GetFileName() const;  ///< without the folder
     CString GetFileTitle() const; ///< without folder and extension
     CString GetFileExt() const;   ///< without the dot
-    const CStringArray& GetPathNames() const { return m_paths; }
 
 private:
     BOOL m_open;
     CString m_extension, m_name, m_filter, m_title, m_folder;
     DWORD m_flags;
     CWnd* m_parent;
-    int m_filterIndex = 1;
     CStringArray m_paths;
 };
 

@@ -52,8 +52,6 @@ public:
     CBrush() = default;
     explicit CBrush(COLORREF color) { CreateSolidBrush(color); }
     BOOL CreateSolidBrush(COLORREF color);
-    /// A brush of a system colour (COLOR_*) as it is now.
-    BOOL CreateSysColorBrush(int index);
 };
 
 class VNBYTSTR_API CFont : public CGdiObject {
@@ -64,8 +62,6 @@ public:
     BOOL CreateFontIndirect(const LOGFONT* description);
     /// `tenths` of a point; an empty face is the default one.
     BOOL CreatePointFont(int tenths, LPCTSTR face);
-    /// FALSE when there is no font.
-    BOOL GetLogFont(LOGFONT* description) const;
 
     /// The object for a handle; null for null. It belongs to the window layer and lives until the
     /// handle is deleted.

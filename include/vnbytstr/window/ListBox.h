@@ -38,10 +38,7 @@ public:
     int GetSelCount() const;
     int GetSelItems(int count, int* rows) const;
     int SelItemRange(BOOL select, int first, int last);
-    int SetCaretIndex(int row, BOOL scroll = TRUE);
     int GetCaretIndex() const;
-    void SetAnchorIndex(int row);
-    int GetAnchorIndex() const;
 
     int AddString(LPCTSTR text);
     int InsertString(int row, LPCTSTR text); ///< -1: at the end; not sorted in

@@ -15,10 +15,8 @@
 inline constexpr UINT MF_BYCOMMAND = 0x0000;
 inline constexpr UINT MF_BYPOSITION = 0x0400;
 inline constexpr UINT MF_STRING = 0x0000;
-inline constexpr UINT MF_ENABLED = 0x0000;
 inline constexpr UINT MF_GRAYED = 0x0001;
 inline constexpr UINT MF_DISABLED = 0x0002;
-inline constexpr UINT MF_UNCHECKED = 0x0000;
 inline constexpr UINT MF_CHECKED = 0x0008;
 inline constexpr UINT MF_POPUP = 0x0010;
 inline constexpr UINT MF_SEPARATOR = 0x0800;
@@ -41,31 +39,14 @@ public:
     BOOL DestroyMenu();     ///< with its popups
     BOOL Attach(HMENU menu);
     HMENU Detach();
-    HMENU GetSafeHmenu() const { return m_hMenu; }
     operator HMENU() const { return m_hMenu; }
     /// The object for a handle; null for null. It lives as long as the handle.
     static CMenu* FromHandle(HMENU menu);
 
     /// `item`: the command's id; with MF_POPUP the popup's HMENU, which then belongs to this menu.
     BOOL AppendMenu(UINT flags, std::uintptr_t item = 0, LPCTSTR text = nullptr);
-    /// Before the item `before` (MF_BYPOSITION or MF_BYCOMMAND); -1 with MF_BYPOSITION appends.
-    BOOL InsertMenu(UINT before, UINT flags, std::uintptr_t item = 0, LPCTSTR text = nullptr);
-    BOOL ModifyMenu(UINT which, UINT flags, std::uintptr_t item = 0, LPCTSTR text = nullptr);
-    BOOL DeleteMenu(UINT which, UINT flags); ///< destroys its popup
-    BOOL RemoveMenu(UINT which, UINT flags); ///< its popup becomes the caller's
-
-    /// Return the state before as MF_*, -1 when there is no such item. By command they look into
-    /// popups too.
-    UINT CheckMenuItem(UINT which, UINT flags);
-    UINT EnableMenuItem(UINT which, UINT flags);
-    /// Checks one of the items with ids first to last, shown as a choice, and unchecks the others.
-    BOOL CheckMenuRadioItem(UINT first, UINT last, UINT check, UINT flags);
-    BOOL SetDefaultItem(UINT which, BOOL byPosition = FALSE); ///< shown bold
+    /// An item's state as MF_*, -1 when there is no such item. By command it looks into popups too.
     UINT GetMenuState(UINT which, UINT flags) const;
-    int GetMenuString(UINT which, CString& text, UINT flags) const;
-    UINT GetMenuItemCount() const;
-    UINT GetMenuItemID(int position) const; ///< 0: a separator; -1: a popup, or no such item
-    CMenu* GetSubMenu(int position) const;
 
     /// Opens the popup at a place of the screen and waits for a choice, which `owner` gets as
     /// WM_COMMAND. Returns its id with TPM_RETURNCMD (then no WM_COMMAND comes), else TRUE; 0 when

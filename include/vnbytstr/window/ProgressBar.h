@@ -5,7 +5,6 @@
 
 #include "vnbytstr/window/Wnd.h"
 
-inline constexpr DWORD PBS_SMOOTH = 0x01;
 inline constexpr DWORD PBS_VERTICAL = 0x04;
 inline constexpr DWORD PBS_MARQUEE = 0x08; ///< shows that something goes on, not how far
 inline constexpr UINT PBM_SETRANGE = WM_USER + 1;

@@ -12,13 +12,8 @@
 
 #include "vnbytstr/window/Wnd.h"
 
-inline constexpr UINT UDM_SETACCEL = WM_USER + 107;
-inline constexpr UINT UDM_GETACCEL = WM_USER + 108;
-inline constexpr UINT UDM_GETBASE = WM_USER + 110;
 inline constexpr DWORD UDS_HORZ = 0x0040;
-inline constexpr DWORD UDS_HOTTRACK = 0x0100;
 inline constexpr int UD_MAXVAL = 0x7FFF;
-inline constexpr int UD_MINVAL = -UD_MAXVAL;
 
 /// What UDN_DELTAPOS carries. The handler may change iDelta.
 struct NMUPDOWN {
@@ -28,12 +23,6 @@ struct NMUPDOWN {
 };
 using NM_UPDOWN = NMUPDOWN;
 using LPNMUPDOWN = NMUPDOWN*;
-
-/// One step of the acceleration: after `nSec` seconds of holding a button a step counts `nInc`.
-struct UDACCEL {
-    UINT nSec;
-    UINT nInc;
-};
 
 class VNBYTSTR_API CSpinButtonCtrl : public CWnd {
     DECLARE_DYNAMIC(CSpinButtonCtrl)
@@ -51,16 +40,9 @@ public:
     void SetRange(short lower, short upper);
     void SetRange32(int lower, int upper);
     void GetRange(int& lower, int& upper) const;
-    void GetRange32(int& lower, int& upper) const { GetRange(lower, upper); }
     /// Confined to the range. Returns the position before. Sends no notification.
     int SetPos(int position);
-    int SetPos32(int position) { return SetPos(position); }
     /// The position, read from the buddy with UDS_SETBUDDYINT; `*error` is set when its text is no
     /// number in the range.
     int GetPos(BOOL* error = nullptr) const;
-    int GetPos32(BOOL* error = nullptr) const { return GetPos(error); }
-    BOOL SetAccel(int count, const UDACCEL* steps);
-    UINT GetAccel(int count, UDACCEL* steps) const; ///< returns how many there are
-    int SetBase(int base); ///< 10 or 16, of the buddy's text; returns the one before, 0 for others
-    int GetBase() const;
 };

@@ -1,6 +1,4 @@
-// CStatic, a label: text, or a picture (SS_BITMAP).
-//
-// All of it also goes by STM_ messages, to a window of the class "STATIC". '&' in the text
+// CStatic, a label. The same as a window of the class "STATIC". '&' in the text
 // underlines the next character, which with Alt gives the focus to the control that follows;
 // SS_NOPREFIX shows it as it is. With SS_NOTIFY the parent gets STN_CLICKED and STN_DBLCLK.
 #pragma once
@@ -11,7 +9,6 @@ inline constexpr DWORD SS_BLACKFRAME = 0x0007;
 inline constexpr DWORD SS_ETCHEDHORZ = 0x0010;
 inline constexpr int STN_CLICKED = 0;
 inline constexpr int STN_DBLCLK = 1;
-inline constexpr WPARAM IMAGE_BITMAP = 0;
 
 class VNBYTSTR_API CStatic : public CWnd {
     DECLARE_DYNAMIC(CStatic)
@@ -21,10 +18,4 @@ public:
     virtual BOOL Create(LPCTSTR text, DWORD style, const RECT& rect, CWnd* parent,
                         UINT id = 0xFFFF);
     using CWnd::Create;
-
-    /// Shows a picture, which stays the caller's and must outlive its showing; null takes it away.
-    /// Returns the one before. A picture larger than the control is scaled down, keeping its sides'
-    /// ratio.
-    HBITMAP SetBitmap(HBITMAP bitmap);
-    HBITMAP GetBitmap() const;
 };

@@ -21,8 +21,6 @@ VNBYTSTR_API LRESULT SendMessage(HWND window, UINT message, WPARAM wParam, LPARA
 VNBYTSTR_API BOOL PostMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 /// The default treatment of a message in a window of no class of its own.
 VNBYTSTR_API LRESULT DefWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
-VNBYTSTR_API LRESULT CallWindowProc(WNDPROC procedure, HWND window, UINT message, WPARAM wParam,
-                                    LPARAM lParam);
 VNBYTSTR_API BOOL DestroyWindow(HWND window);
 VNBYTSTR_API HWND GetParent(HWND window);
 VNBYTSTR_API HWND GetDlgItem(HWND window, int id);
@@ -34,7 +32,6 @@ VNBYTSTR_API HWND GetActiveWindow();
 VNBYTSTR_API HWND GetCapture();
 VNBYTSTR_API HWND SetCapture(HWND window);
 VNBYTSTR_API BOOL ReleaseCapture();
-VNBYTSTR_API HWND WindowFromPoint(POINT screen);
 VNBYTSTR_API BOOL EnableWindow(HWND window, BOOL on);
 VNBYTSTR_API BOOL ShowWindow(HWND window, int command);
 VNBYTSTR_API BOOL InvalidateRect(HWND window, LPCRECT rect, BOOL erase);
@@ -48,7 +45,6 @@ VNBYTSTR_API BOOL MessageBeep(UINT type);
 VNBYTSTR_API short GetKeyState(int key);
 /// Milliseconds, wrapping after 49.7 days (vnbytstr::System's clock).
 VNBYTSTR_API DWORD GetTickCount();
-VNBYTSTR_API DWORD GetDoubleClickTime();
 VNBYTSTR_API BOOL GetCursorPos(LPPOINT point);
 VNBYTSTR_API BOOL SetCursorPos(int x, int y);
 /// Shows a pointer over the window that handles the message; returns the one before.
@@ -77,5 +73,4 @@ VNBYTSTR_API BOOL GetClipboardText(CString& text);
 /// `size` bytes with the NUL) and returns its length; with a null buffer the length only; 0 when
 /// there is none.
 VNBYTSTR_API UINT DragQueryFile(HDROP drop, UINT index, LPSTR buffer, UINT size);
-VNBYTSTR_API BOOL DragQueryPoint(HDROP drop, LPPOINT point);
 VNBYTSTR_API void DragFinish(HDROP drop);

@@ -101,10 +101,6 @@ public:
     constexpr CPoint(POINT point) : POINT(point) {}
     /// The point in a mouse message's lParam.
     constexpr explicit CPoint(LPARAM packed) : CPoint(GET_X_LPARAM(packed), GET_Y_LPARAM(packed)) {}
-    constexpr void Offset(int dx, int dy) {
-        x += dx;
-        y += dy;
-    }
     constexpr CPoint operator+(SIZE size) const { return {x + size.cx, y + size.cy}; }
     constexpr CPoint operator-(SIZE size) const { return {x - size.cx, y - size.cy}; }
     constexpr CSize operator-(POINT point) const { return {x - point.x, y - point.y}; }
@@ -128,17 +124,12 @@ public:
     constexpr int Height() const { return bottom - top; }
     constexpr CSize Size() const { return {Width(), Height()}; }
     constexpr CPoint TopLeft() const { return {left, top}; }
-    constexpr CPoint BottomRight() const { return {right, bottom}; }
-    constexpr CPoint CenterPoint() const { return {(left + right) / 2, (top + bottom) / 2}; }
     /// No area: a width or height of 0 or less.
     constexpr BOOL IsRectEmpty() const { return left >= right || top >= bottom; }
-    constexpr BOOL IsRectNull() const { return left == 0 && top == 0 && right == 0 && bottom == 0; }
     /// The right and bottom edges do not count.
     constexpr BOOL PtInRect(POINT point) const {
         return point.x >= left && point.x < right && point.y >= top && point.y < bottom;
     }
-    constexpr void SetRect(int l, int t, int r, int b) { *this = CRect(l, t, r, b); }
-    constexpr void SetRectEmpty() { *this = CRect(); }
     constexpr void InflateRect(int dx, int dy) {
         left -= dx;
         right += dx;
@@ -166,17 +157,6 @@ public:
         const CRect common(std::max(a->left, b->left), std::max(a->top, b->top),
                            std::min(a->right, b->right), std::min(a->bottom, b->bottom));
         *this = common.IsRectEmpty() ? CRect() : common;
-        return !IsRectEmpty();
-    }
-    /// Sets this to the smallest rectangle around both; an empty one does not count.
-    constexpr BOOL UnionRect(LPCRECT a, LPCRECT b) {
-        const CRect first(*a);
-        const CRect second(*b);
-        if (first.IsRectEmpty() || second.IsRectEmpty())
-            *this = !first.IsRectEmpty() ? first : !second.IsRectEmpty() ? second : CRect();
-        else
-            *this = CRect(std::min(a->left, b->left), std::min(a->top, b->top),
-                          std::max(a->right, b->right), std::max(a->bottom, b->bottom));
         return !IsRectEmpty();
     }
     constexpr operator LPRECT() { return this; }

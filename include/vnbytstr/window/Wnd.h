@@ -49,19 +49,13 @@ public:
     virtual BOOL DestroyWindow();
     /// Called last, after WM_NCDESTROY; m_hWnd is null.
     virtual void PostNcDestroy();
-    /// Connects this object to an existing window, whose messages it gets from now on.
-    BOOL SubclassWindow(HWND window);
-    BOOL SubclassDlgItem(UINT id, CWnd* parent);
-    HWND UnsubclassWindow();
-    /// As SubclassWindow, without taking messages: the handle only.
+    /// Takes the handle of an existing window; its messages do not come here.
     BOOL Attach(HWND window);
     HWND Detach();
     virtual void PreSubclassWindow();
 
     /// The object for a window, made for the time being when there is none; null for null.
     static CWnd* FromHandle(HWND window);
-    /// As FromHandle; null when nobody attached an object.
-    static CWnd* FromHandlePermanent(HWND window);
     /// The widget underneath; null when there is no window. For a Qt program that puts the window
     /// into a layout of its own. A window without Qt parent may be given one with setParent.
     QWidget* GetWidget() const;
@@ -90,7 +84,6 @@ public:
     BOOL ModifyStyle(DWORD remove, DWORD add, UINT flags = 0);
     BOOL ModifyStyleEx(DWORD remove, DWORD add, UINT flags = 0);
     int GetDlgCtrlID() const;
-    int SetDlgCtrlID(int id);
     void MoveWindow(int x, int y, int width, int height, BOOL repaint = TRUE);
     void MoveWindow(LPCRECT rect, BOOL repaint = TRUE) {
         MoveWindow(rect->left, rect->top, rect->right - rect->left, rect->bottom - rect->top,
@@ -100,7 +93,6 @@ public:
     BOOL SetWindowPos(const CWnd* after, int x, int y, int cx, int cy, UINT flags);
     static const CWnd wndTop;
     static const CWnd wndBottom;
-    void BringWindowToTop();
     void GetWindowRect(LPRECT rect) const; ///< screen coordinates
     void GetClientRect(LPRECT rect) const; ///< left and top are 0
     void ClientToScreen(LPPOINT point) const;
@@ -112,18 +104,10 @@ public:
     void MapWindowPoints(CWnd* to, LPRECT rect) const;
     BOOL ShowWindow(int command); ///< SW_*; TRUE when the window was visible
     BOOL IsWindowVisible() const;
-    BOOL IsZoomed() const;
-    BOOL IsIconic() const;
     /// Returns whether the window was disabled before.
     virtual BOOL EnableWindow(BOOL on = TRUE);
     BOOL IsWindowEnabled() const;
     void CenterWindow(CWnd* around = nullptr);
-    /// Confines and returns the scroll bar (SB_VERT, SB_HORZ) of a window with that style.
-    BOOL SetScrollInfo(int bar, const SCROLLINFO* info, BOOL redraw = TRUE);
-    BOOL GetScrollInfo(int bar, SCROLLINFO* info, UINT mask = SIF_ALL) const;
-    int SetScrollPos(int bar, int position, BOOL redraw = TRUE);
-    int GetScrollPos(int bar) const;
-    void SetScrollRange(int bar, int minimum, int maximum, BOOL redraw = TRUE);
 
     // --- text and font -----------------------------------------------------------------------
     void SetWindowText(LPCTSTR text);
@@ -136,35 +120,23 @@ public:
     // --- painting ----------------------------------------------------------------------------
     void Invalidate(BOOL erase = TRUE);
     void InvalidateRect(LPCRECT rect, BOOL erase = TRUE);
-    void ValidateRect(LPCRECT rect);
     /// Paints at once what is invalid.
     void UpdateWindow();
-    BOOL RedrawWindow(LPCRECT rect = nullptr,
-                      UINT flags = RDW_INVALIDATE | RDW_UPDATENOW | RDW_ERASE);
     void SetRedraw(BOOL on = TRUE);
-    BOOL GetUpdateRect(LPRECT rect) const;
     CDC* GetDC(); ///< to be given back with ReleaseDC
-    CDC* GetWindowDC();
     int ReleaseDC(CDC* dc);
 
     // --- family ------------------------------------------------------------------------------
     /// The parent window; of a top-level window its owner. Null when there is none, or it is a
     /// widget that is no CWnd.
     CWnd* GetParent() const;
-    CWnd* SetParent(CWnd* parent);
-    CWnd* GetOwner() const;
-    /// Who gets this control's notifications instead of its parent.
-    void SetOwner(CWnd* owner);
     CWnd* GetTopLevelParent() const;
     CWnd* GetDlgItem(int id) const; ///< null when there is none
     void GetDlgItem(int id, HWND* window) const;
     CWnd* GetWindow(UINT which) const;     ///< GW_*
     BOOL IsChild(const CWnd* other) const; ///< `other` lies in this window
-    CWnd* ChildWindowFromPoint(POINT point) const;
     void SetDlgItemText(int id, LPCTSTR text);
     int GetDlgItemText(int id, CString& text) const;
-    UINT GetDlgItemInt(int id, BOOL* translated = nullptr, BOOL isSigned = TRUE) const;
-    void SetDlgItemInt(int id, UINT value, BOOL isSigned = TRUE);
     /// The next (or previous) child that Tab goes to.
     CWnd* GetNextDlgTabItem(CWnd* from, BOOL previous = FALSE) const;
 
@@ -173,7 +145,6 @@ public:
     CWnd* SetFocus(); ///< the window that had it
     static CWnd* GetActiveWindow();
     CWnd* SetActiveWindow();
-    BOOL SetForegroundWindow();
     static CWnd* GetCapture();
     CWnd* SetCapture(); ///< all mouse messages come here until ReleaseCapture
     /// Calls OnTimer (or sends WM_TIMER) every `milliseconds`; returns `id`, 0 on failure.
@@ -206,32 +177,20 @@ protected:
     // Handlers a map may name without a class of its own: each does the default.
     int OnCreate(LPCREATESTRUCT create);
     void OnDestroy();
-    void OnNcDestroy();
-    void OnMove(int x, int y);
     void OnSize(UINT type, int cx, int cy);
-    void OnActivate(UINT state, CWnd* other, BOOL minimized);
     void OnSetFocus(CWnd* old);
     void OnKillFocus(CWnd* next);
-    void OnEnable(BOOL on);
     void OnPaint();
     void OnClose();
-    BOOL OnEraseBkgnd(CDC* dc);
     void OnSysColorChange();
-    void OnShowWindow(BOOL show, UINT status);
     void OnCancelMode();
     BOOL OnSetCursor(CWnd* window, UINT hitTest, UINT message);
-    void OnDrawItem(int id, LPDRAWITEMSTRUCT item);
-    void OnMeasureItem(int id, LPMEASUREITEMSTRUCT item);
-    void OnDeleteItem(int id, LPDELETEITEMSTRUCT item);
     void OnWindowPosChanging(WINDOWPOS* place);
-    void OnWindowPosChanged(WINDOWPOS* place);
     void OnGetMinMaxInfo(MINMAXINFO* info);
     void OnContextMenu(CWnd* window, CPoint screen);
     UINT OnGetDlgCode();
     void OnKeyDown(UINT key, UINT repeat, UINT flags);
-    void OnKeyUp(UINT key, UINT repeat, UINT flags);
     void OnChar(UINT ch, UINT repeat, UINT flags);
-    void OnSysKeyDown(UINT key, UINT repeat, UINT flags);
     void OnTimer(std::uintptr_t id);
     void OnHScroll(UINT code, UINT position, CWnd* bar);
     void OnVScroll(UINT code, UINT position, CWnd* bar);
@@ -240,11 +199,8 @@ protected:
     void OnLButtonUp(UINT flags, CPoint point);
     void OnLButtonDblClk(UINT flags, CPoint point);
     void OnRButtonDown(UINT flags, CPoint point);
-    void OnRButtonUp(UINT flags, CPoint point);
-    void OnRButtonDblClk(UINT flags, CPoint point);
     BOOL OnMouseWheel(UINT flags, short delta, CPoint screen);
     void OnMouseLeave();
-    void OnCaptureChanged(CWnd* next);
     void OnDropFiles(HDROP drop);
     HBRUSH OnCtlColor(CDC* dc, CWnd* control, UINT type);
 
@@ -258,5 +214,5 @@ private:
     friend class vnbytstr::detail::Window;
     static LRESULT Dispatch(CWnd& object, UINT message, WPARAM wParam, LPARAM lParam);
     BOOL ReflectChildNotify(UINT message, WPARAM wParam, LPARAM lParam, LRESULT* result);
-    BOOL m_subclassed = FALSE; ///< takes the window's messages (Create, SubclassWindow)
+    BOOL m_subclassed = FALSE; ///< takes the window's messages (Create)
 };

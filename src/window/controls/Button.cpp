@@ -9,7 +9,3 @@ BOOL CButton::Create(LPCTSTR caption, DWORD style, const RECT& rect, CWnd* paren
 int CButton::GetCheck() const { return static_cast<int>(SendMessage(BM_GETCHECK)); }
 void CButton::SetCheck(int check) { SendMessage(BM_SETCHECK, static_cast<WPARAM>(check)); }
 UINT CButton::GetState() const { return static_cast<UINT>(SendMessage(BM_GETSTATE)); }
-void CButton::SetState(BOOL pressed) { SendMessage(BM_SETSTATE, static_cast<WPARAM>(pressed)); }
-UINT CButton::GetButtonStyle() const { return GetStyle() & 0xFF; }
-
-void CButton::SetButtonStyle(UINT style, BOOL redraw) { SendMessage(BM_SETSTYLE, style, redraw); }

@@ -192,10 +192,6 @@ std::optional<LRESULT> ButtonControl::ButtonProc(UINT message, WPARAM wParam, LP
                    ? 0
                    : m_check | (m_button->isDown() ? static_cast<int>(BST_PUSHED) : 0) |
                          (m_button->hasFocus() ? static_cast<int>(BST_FOCUS) : 0);
-    case BM_SETSTATE:
-        if (m_button != nullptr)
-            m_button->setDown(wParam != 0);
-        return 0;
     case BM_SETSTYLE:
         SetStyle(static_cast<DWORD>(wParam));
         return 0;

@@ -85,10 +85,6 @@ BOOL CComboBox::LimitText(int bytes) {
 
 DWORD CComboBox::GetEditSel() const { return static_cast<DWORD>(SendMessage(CB_GETEDITSEL)); }
 
-BOOL CComboBox::SetEditSel(int first, int end) {
-    return static_cast<BOOL>(SendMessage(CB_SETEDITSEL, 0, MAKELPARAM(first, end)));
-}
-
 void CComboBox::Clear() { SendMessage(WM_CLEAR); }
 void CComboBox::Copy() { SendMessage(WM_COPY); }
 void CComboBox::Cut() { SendMessage(WM_CUT); }

@@ -330,14 +330,6 @@ std::optional<LRESULT> ComboControl::FieldProc(UINT message, WPARAM wParam, LPAR
             *reinterpret_cast<DWORD*>(lParam) = static_cast<DWORD>(to);
         return MAKELPARAM(from, to);
     }
-    case CB_SETEDITSEL: {
-        const int first = static_cast<std::int16_t>(LOWORD(lParam));
-        const int end = static_cast<std::int16_t>(HIWORD(lParam));
-        const int cursor = m_field->Cursor();
-        m_field->Select(first < 0 ? cursor : ToUnits(first), first < 0 ? cursor : ToUnits(end),
-                        true);
-        return TRUE;
-    }
     case WM_COPY:
     case WM_CUT:
         if (m_field->SelectionStart() != m_field->SelectionEnd())

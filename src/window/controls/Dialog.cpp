@@ -226,9 +226,6 @@ LRESULT CDialog::DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
 
 // --- controls -----------------------------------------------------------------------------------
 
-void CDialog::NextDlgCtrl() const { NextFrom(GetFocus(), false); }
-void CDialog::PrevDlgCtrl() const { NextFrom(GetFocus(), true); }
-
 void CDialog::GotoDlgCtrl(CWnd* control) const {
     if (Window* const window = Window::Of(control))
         vnbytstr::detail::FocusControl(*window);

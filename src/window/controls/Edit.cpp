@@ -38,22 +38,15 @@ void CEdit::LimitText(int bytes) {
     SendMessage(EM_LIMITTEXT, static_cast<WPARAM>(std::max(bytes, 0)));
 }
 
-UINT CEdit::GetLimitText() const { return static_cast<UINT>(SendMessage(EM_GETLIMITTEXT)); }
 BOOL CEdit::GetModify() const { return static_cast<BOOL>(SendMessage(EM_GETMODIFY)); }
 
 void CEdit::SetModify(BOOL modified) { SendMessage(EM_SETMODIFY, static_cast<WPARAM>(modified)); }
 
 BOOL CEdit::CanUndo() const { return static_cast<BOOL>(SendMessage(EM_CANUNDO)); }
 BOOL CEdit::Undo() { return static_cast<BOOL>(SendMessage(EM_UNDO)); }
-void CEdit::EmptyUndoBuffer() { SendMessage(EM_EMPTYUNDOBUFFER); }
-
 BOOL CEdit::SetReadOnly(BOOL readOnly) {
     return static_cast<BOOL>(SendMessage(EM_SETREADONLY, static_cast<WPARAM>(readOnly)));
 }
-
-void CEdit::SetPasswordChar(char ch) { SendMessage(EM_SETPASSWORDCHAR, static_cast<BYTE>(ch)); }
-
-char CEdit::GetPasswordChar() const { return static_cast<char>(SendMessage(EM_GETPASSWORDCHAR)); }
 
 BOOL CEdit::SetCueBanner(LPCTSTR text) {
     return static_cast<BOOL>(SendMessage(EM_SETCUEBANNER, 0, reinterpret_cast<LPARAM>(text)));
@@ -86,20 +79,4 @@ int CEdit::GetLine(int line, LPTSTR buffer, int size) const {
     if (place == small)
         buffer[0] = small[0];
     return count;
-}
-
-int CEdit::GetFirstVisibleLine() const {
-    return static_cast<int>(SendMessage(EM_GETFIRSTVISIBLELINE));
-}
-
-void CEdit::LineScroll(int lines, int characters) {
-    SendMessage(EM_LINESCROLL, static_cast<WPARAM>(characters), lines);
-}
-
-int CEdit::CharFromPos(CPoint point) const {
-    return static_cast<int>(SendMessage(EM_CHARFROMPOS, 0, MAKELPARAM(point.x, point.y)));
-}
-
-CPoint CEdit::PosFromChar(UINT position) const {
-    return CPoint(static_cast<LPARAM>(SendMessage(EM_POSFROMCHAR, position)));
 }

@@ -252,8 +252,6 @@ std::optional<LRESULT> EditControl::EditProc(UINT message, WPARAM wParam, LPARAM
             wParam == 0 ? EditRules::NoLimit
                         : std::min(static_cast<std::size_t>(wParam), EditRules::NoLimit);
         return 0;
-    case EM_GETLIMITTEXT:
-        return static_cast<LRESULT>(m_field->m_rules.limit);
     case EM_GETMODIFY:
         return m_modified ? TRUE : FALSE;
     case EM_SETMODIFY:
@@ -261,22 +259,11 @@ std::optional<LRESULT> EditControl::EditProc(UINT message, WPARAM wParam, LPARAM
         return 0;
     case EM_CANUNDO:
         return m_field->CanUndo() ? TRUE : FALSE;
-    case EM_EMPTYUNDOBUFFER: {
-        const QScopedValueRollback<bool> setting(m_setting, true);
-        m_field->EmptyUndo();
-        return 0;
-    }
     case EM_SETREADONLY:
         m_field->SetReadOnly(wParam != 0);
         m_window.m_style =
             wParam != 0 ? m_window.m_style | ES_READONLY : m_window.m_style & ~ES_READONLY;
         return TRUE;
-    case EM_SETPASSWORDCHAR:
-        m_password = static_cast<char>(wParam);
-        m_field->SetPassword(m_password != 0);
-        return 0;
-    case EM_GETPASSWORDCHAR:
-        return static_cast<BYTE>(m_password);
     case EM_SETCUEBANNER:
         m_cue = lParam != 0 ? reinterpret_cast<const char*>(lParam) : "";
         m_field->SetCue(ToQString(m_cue));
@@ -325,17 +312,6 @@ std::optional<LRESULT> EditControl::LineProc(UINT message, WPARAM wParam, LPARAM
         const int line = static_cast<int>(wParam);
         const std::string text = Wire(m_field->Text().section(u'\n', line, line));
         return static_cast<LRESULT>(text.copy(buffer, size)); // no NUL, as callers know it
-    }
-    case EM_GETFIRSTVISIBLELINE:
-        return m_field->FirstVisibleLine();
-    case EM_LINESCROLL:
-        m_field->Scroll(static_cast<int>(lParam), static_cast<int>(wParam));
-        return IsMultiline() ? TRUE : FALSE;
-    case EM_CHARFROMPOS:
-        return ToBytes(m_field->PositionAt({GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)}));
-    case EM_POSFROMCHAR: {
-        const POINT point = m_field->PointOf(ToUnits(static_cast<int>(wParam)));
-        return MAKELPARAM(point.x, point.y);
     }
     default:
         return std::nullopt;

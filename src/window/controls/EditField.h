@@ -56,7 +56,6 @@ public:
     virtual void Select(int anchor, int cursor, bool scroll) = 0;
     virtual QString SelectedText() const = 0;
     virtual void Insert(const QString& text) = 0; ///< replaces the selection; may be undone
-    virtual void DeleteBack() = 0;
     virtual bool CanUndo() const = 0;
     virtual void Undo() = 0;
     virtual void EmptyUndo() = 0;
@@ -66,10 +65,6 @@ public:
     virtual void SetPassword(bool on) = 0; ///< shows bullets
     virtual void SetCue(const QString& text) = 0;
     virtual void ScrollToCursor() = 0;
-    virtual void Scroll(int lines, int characters) = 0;
-    virtual int FirstVisibleLine() const = 0;
-    virtual int PositionAt(POINT point) const = 0; ///< point in the widget
-    virtual POINT PointOf(int position) const = 0;
 
     /// Puts in what the user typed or pasted, as far as the rules allow.
     void InsertFromUser(const QString& text);

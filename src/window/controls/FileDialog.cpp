@@ -52,11 +52,8 @@ int CFileDialog::DoModal() {
     if (!m_title.IsEmpty())
         dialog.setWindowTitle(Shown(m_title));
     const QStringList filters = vnbytstr::detail::NameFilters(Shown(m_filter));
-    if (!filters.isEmpty()) {
+    if (!filters.isEmpty())
         dialog.setNameFilters(filters);
-        if (m_filterIndex >= 1 && m_filterIndex <= filters.size())
-            dialog.selectNameFilter(filters[m_filterIndex - 1]);
-    }
     if (!m_extension.IsEmpty())
         dialog.setDefaultSuffix(Shown(m_extension));
     if (!m_folder.IsEmpty())
@@ -68,8 +65,6 @@ int CFileDialog::DoModal() {
         return IDCANCEL;
     for (const QString& path : dialog.selectedFiles())
         m_paths.Add(ToText(path));
-    const auto index = filters.indexOf(dialog.selectedNameFilter());
-    m_filterIndex = static_cast<int>(index) + 1;
     return IDOK;
 }
 

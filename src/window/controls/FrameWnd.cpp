@@ -32,10 +32,6 @@ public:
     void SetCheck(int check) override {
         m_item.flags = (m_item.flags & ~MF_CHECKED) | (check != 0 ? MF_CHECKED : 0);
     }
-    void SetRadio(BOOL on) override {
-        SetCheck(on);
-        m_item.radio = on != FALSE;
-    }
     void SetText(LPCTSTR text) override { m_item.text = text != nullptr ? text : ""; }
 
 private:

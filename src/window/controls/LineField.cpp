@@ -27,8 +27,6 @@ public:
     }
     void Forget() { m_field = nullptr; }
 
-    using QLineEdit::cursorRect;
-
 protected:
     void keyPressEvent(QKeyEvent* event) override {
         if (m_field == nullptr || IsTypedText(event->text(), event->modifiers()))
@@ -150,8 +148,6 @@ void LineField::Select(int anchor, int cursor, bool) {
         Line()->setSelection(anchor, cursor - anchor);
 }
 
-void LineField::DeleteBack() { Line()->backspace(); }
-
 void LineField::EmptyUndo() {
     // Qt forgets only when the text is set.
     const int start = SelectionStart();
@@ -172,29 +168,6 @@ void LineField::ScrollToCursor() {
     // Moving the cursor is what scrolls.
     Line()->cursorForward(false, 0);
     Select(cursor == start ? end : start, cursor, true);
-}
-
-int LineField::PositionAt(POINT point) const {
-    return Line()->cursorPositionAt({point.x, point.y});
-}
-
-POINT LineField::PointOf(int position) const {
-    // The cursor's own rectangle is the only way to ask where a character is.
-    const int start = SelectionStart();
-    const int end = SelectionEnd();
-    const int cursor = Cursor();
-    auto* const line = m_line.data();
-    const QSignalBlocker quiet(line);
-    line->setCursorPosition(position);
-    const QRect rect = line->cursorRect();
-    line->deselect();
-    if (start == end)
-        line->setCursorPosition(cursor);
-    else if (cursor == start)
-        line->setSelection(end, start - end);
-    else
-        line->setSelection(start, end - start);
-    return {rect.left() + rect.width() / 2, rect.top()};
 }
 
 } // namespace vnbytstr::detail

@@ -28,7 +28,6 @@ public:
     void Select(int anchor, int cursor, bool scroll) override;
     QString SelectedText() const override { return Line()->selectedText(); }
     void Insert(const QString& text) override { Line()->insert(text); }
-    void DeleteBack() override;
     bool CanUndo() const override { return Line()->isUndoAvailable(); }
     void Undo() override { Line()->undo(); }
     void EmptyUndo() override;
@@ -38,10 +37,6 @@ public:
     void SetPassword(bool on) override;
     void SetCue(const QString& text) override { Line()->setPlaceholderText(text); }
     void ScrollToCursor() override;
-    void Scroll(int, int) override {}
-    int FirstVisibleLine() const override { return 0; }
-    int PositionAt(POINT point) const override;
-    POINT PointOf(int position) const override;
 
 private:
     QPointer<LineFieldWidget> m_line;

@@ -81,14 +81,7 @@ int CListBox::SelItemRange(BOOL select, int first, int last) {
                                 ? SendMessage(LB_SELITEMRANGEEX, static_cast<WPARAM>(first), last)
                                 : SendMessage(LB_SELITEMRANGEEX, static_cast<WPARAM>(last), first));
 }
-int CListBox::SetCaretIndex(int row, BOOL scroll) {
-    return static_cast<int>(
-        SendMessage(LB_SETCARETINDEX, static_cast<WPARAM>(row), scroll ? 0 : 1));
-}
 int CListBox::GetCaretIndex() const { return static_cast<int>(SendMessage(LB_GETCARETINDEX)); }
-void CListBox::SetAnchorIndex(int row) { SendMessage(LB_SETANCHORINDEX, static_cast<WPARAM>(row)); }
-int CListBox::GetAnchorIndex() const { return static_cast<int>(SendMessage(LB_GETANCHORINDEX)); }
-
 int CListBox::AddString(LPCTSTR text) {
     return static_cast<int>(SendMessage(LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text)));
 }

@@ -73,128 +73,18 @@ CMenu* CMenu::FromHandle(HMENU handle) {
 }
 
 BOOL CMenu::AppendMenu(UINT flags, std::uintptr_t item, LPCTSTR text) {
-    return InsertMenu(static_cast<UINT>(-1), flags | MF_BYPOSITION, item, text);
-}
-
-BOOL CMenu::InsertMenu(UINT before, UINT flags, std::uintptr_t item, LPCTSTR text) {
-    MenuData* menu = MenuData::Of(m_hMenu);
-    if (menu == nullptr)
-        return FALSE;
-    auto place = menu->m_items.end();
-    if (const MenuItem* const next = menu->Find(before, flags, &menu))
-        place = menu->m_items.begin() + (next - menu->m_items.data());
-    else if ((flags & MF_BYPOSITION) == 0)
-        return FALSE;
+    MenuData* const menu = MenuData::Of(m_hMenu);
     MenuItem made;
-    if (!MakeItem(made, flags, item, text, menu))
+    if (menu == nullptr || !MakeItem(made, flags, item, text, menu))
         return FALSE;
-    menu->m_items.insert(place, std::move(made));
+    menu->m_items.push_back(std::move(made));
     return TRUE;
-}
-
-BOOL CMenu::ModifyMenu(UINT which, UINT flags, std::uintptr_t item, LPCTSTR text) {
-    MenuData* menu = MenuData::Of(m_hMenu);
-    MenuItem* const found = menu != nullptr ? menu->Find(which, flags, &menu) : nullptr;
-    MenuItem made;
-    if (found == nullptr || !MakeItem(made, flags, item, text, menu))
-        return FALSE;
-    *found = std::move(made);
-    return TRUE;
-}
-
-BOOL CMenu::DeleteMenu(UINT which, UINT flags) {
-    MenuData* menu = MenuData::Of(m_hMenu);
-    const MenuItem* const found = menu != nullptr ? menu->Find(which, flags, &menu) : nullptr;
-    if (found == nullptr)
-        return FALSE;
-    menu->m_items.erase(menu->m_items.begin() + (found - menu->m_items.data()));
-    return TRUE;
-}
-
-BOOL CMenu::RemoveMenu(UINT which, UINT flags) {
-    MenuData* const menu = MenuData::Of(m_hMenu);
-    MenuItem* const found = menu != nullptr ? menu->Find(which, flags) : nullptr;
-    if (found != nullptr && found->popup != nullptr) {
-        found->popup->m_owned = false;
-        static_cast<void>(found->popup.release()); // the caller's from here on
-    }
-    return DeleteMenu(which, flags);
-}
-
-UINT CMenu::CheckMenuItem(UINT which, UINT flags) {
-    MenuData* const menu = MenuData::Of(m_hMenu);
-    MenuItem* const item = menu != nullptr ? menu->Find(which, flags) : nullptr;
-    if (item == nullptr)
-        return static_cast<UINT>(-1);
-    const UINT before = StateOf(*item);
-    item->flags = (item->flags & ~MF_CHECKED) | (flags & MF_CHECKED);
-    item->radio = false;
-    return before;
-}
-
-UINT CMenu::EnableMenuItem(UINT which, UINT flags) {
-    MenuData* const menu = MenuData::Of(m_hMenu);
-    MenuItem* const item = menu != nullptr ? menu->Find(which, flags) : nullptr;
-    if (item == nullptr)
-        return static_cast<UINT>(-1);
-    const UINT before = StateOf(*item);
-    constexpr UINT kOff = MF_GRAYED | MF_DISABLED;
-    item->flags = (item->flags & ~kOff) | (flags & kOff);
-    return before;
-}
-
-BOOL CMenu::CheckMenuRadioItem(UINT first, UINT last, UINT check, UINT flags) {
-    MenuData* const menu = MenuData::Of(m_hMenu);
-    if (menu == nullptr || menu->Find(check, flags) == nullptr || check < first || check > last)
-        return FALSE;
-    for (UINT which = first; which <= last; ++which)
-        if (MenuItem* const item = menu->Find(which, flags)) {
-            item->flags = (item->flags & ~MF_CHECKED) | (which == check ? MF_CHECKED : 0);
-            item->radio = which == check;
-        }
-    return TRUE;
-}
-
-BOOL CMenu::SetDefaultItem(UINT which, BOOL byPosition) {
-    MenuData* const menu = MenuData::Of(m_hMenu);
-    if (menu == nullptr)
-        return FALSE;
-    MenuItem* const chosen = menu->Find(which, byPosition ? MF_BYPOSITION : MF_BYCOMMAND);
-    for (MenuItem& item : menu->m_items)
-        item.isDefault = &item == chosen;
-    return chosen != nullptr ? TRUE : FALSE;
 }
 
 UINT CMenu::GetMenuState(UINT which, UINT flags) const {
     MenuData* const menu = MenuData::Of(m_hMenu);
     const MenuItem* const item = menu != nullptr ? menu->Find(which, flags) : nullptr;
     return item != nullptr ? StateOf(*item) : static_cast<UINT>(-1);
-}
-
-int CMenu::GetMenuString(UINT which, CString& text, UINT flags) const {
-    MenuData* const menu = MenuData::Of(m_hMenu);
-    const MenuItem* const item = menu != nullptr ? menu->Find(which, flags) : nullptr;
-    text = item != nullptr ? item->text.c_str() : "";
-    return text.GetLength();
-}
-
-UINT CMenu::GetMenuItemCount() const {
-    const MenuData* const menu = MenuData::Of(m_hMenu);
-    return menu != nullptr ? static_cast<UINT>(menu->m_items.size()) : static_cast<UINT>(-1);
-}
-
-UINT CMenu::GetMenuItemID(int position) const {
-    MenuData* const menu = MenuData::Of(m_hMenu);
-    const MenuItem* const item =
-        menu != nullptr ? menu->Find(static_cast<UINT>(position), MF_BYPOSITION) : nullptr;
-    return item == nullptr || item->popup != nullptr ? static_cast<UINT>(-1) : item->id;
-}
-
-CMenu* CMenu::GetSubMenu(int position) const {
-    MenuData* const menu = MenuData::Of(m_hMenu);
-    const MenuItem* const item =
-        menu != nullptr ? menu->Find(static_cast<UINT>(position), MF_BYPOSITION) : nullptr;
-    return item != nullptr && item->popup != nullptr ? FromHandle(item->popup->Handle()) : nullptr;
 }
 
 // --- keys ---------------------------------------------------------------------------------------

@@ -4,7 +4,6 @@
 #include "src/window/core/WindowWidget.h"
 #include "vnbytstr/window/WindowFunctions.h"
 
-#include <QActionGroup>
 #include <QMenu>
 #include <QPointer>
 
@@ -40,8 +39,6 @@ void AddItem(QMenu& widget, MenuItem& item, int position, HWND owner, UINT* chos
         action = widget.addAction(text);
         action->setCheckable((item.flags & MF_CHECKED) != 0);
         action->setChecked((item.flags & MF_CHECKED) != 0);
-        if (item.radio)
-            (new QActionGroup(&widget))->addAction(action); // shown as one of a choice
         QObject::connect(action, &QAction::triggered, &widget, [owner, chosen, id = item.id] {
             if (chosen != nullptr)
                 *chosen = id;
@@ -50,8 +47,6 @@ void AddItem(QMenu& widget, MenuItem& item, int position, HWND owner, UINT* chos
         });
     }
     action->setEnabled((item.flags & (MF_GRAYED | MF_DISABLED)) == 0);
-    if (item.isDefault)
-        widget.setDefaultAction(action);
 }
 
 } // namespace
@@ -69,22 +64,15 @@ MenuData* MenuData::Of(HMENU menu) {
     return LivingMenus().count(data) != 0 ? data : nullptr;
 }
 
-MenuItem* MenuData::Find(UINT which, UINT flags, MenuData** in) {
-    if (in != nullptr)
-        *in = this;
+const MenuItem* MenuData::Find(UINT which, UINT flags) const {
     if ((flags & MF_BYPOSITION) != 0)
         return which < m_items.size() ? &m_items[which] : nullptr;
-    for (MenuItem& item : m_items) {
+    for (const MenuItem& item : m_items) {
         if (item.popup == nullptr && (item.flags & MF_SEPARATOR) == 0 && item.id == which)
             return &item;
-        MenuData* inner = nullptr;
-        MenuItem* const found =
-            item.popup != nullptr ? item.popup->Find(which, flags, &inner) : nullptr;
-        if (found != nullptr) {
-            if (in != nullptr)
-                *in = inner;
+        if (const MenuItem* const found =
+                item.popup != nullptr ? item.popup->Find(which, flags) : nullptr)
             return found;
-        }
     }
     return nullptr;
 }

@@ -19,8 +19,6 @@ struct MenuItem {
     UINT flags = 0; ///< MF_SEPARATOR, MF_GRAYED, MF_DISABLED, MF_CHECKED
     std::string text;
     std::unique_ptr<MenuData> popup;
-    bool radio = false;
-    bool isDefault = false;
 };
 
 /// A menu. The pointer is its HMENU as long as the menu lives. A popup belongs to the item it is
@@ -36,9 +34,8 @@ public:
     static MenuData* Of(HMENU menu);
     HMENU Handle() { return reinterpret_cast<HMENU>(this); }
 
-    /// The item at a position or with an id, and the menu it is in (popups included); null when
-    /// there is none.
-    MenuItem* Find(UINT which, UINT flags, MenuData** in = nullptr);
+    /// The item at a position, or with an id here or in a popup; null when there is none.
+    const MenuItem* Find(UINT which, UINT flags) const;
 
     std::vector<MenuItem> m_items;
     bool m_owned = false; ///< by an item or a window

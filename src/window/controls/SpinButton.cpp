@@ -34,21 +34,3 @@ int CSpinButtonCtrl::SetPos(int position) {
 int CSpinButtonCtrl::GetPos(BOOL* error) const {
     return static_cast<int>(SendMessage(UDM_GETPOS32, 0, reinterpret_cast<LPARAM>(error)));
 }
-
-BOOL CSpinButtonCtrl::SetAccel(int count, const UDACCEL* steps) {
-    if (count <= 0)
-        return FALSE;
-    return static_cast<BOOL>(
-        SendMessage(UDM_SETACCEL, static_cast<WPARAM>(count), reinterpret_cast<LPARAM>(steps)));
-}
-
-UINT CSpinButtonCtrl::GetAccel(int count, UDACCEL* steps) const {
-    return static_cast<UINT>(SendMessage(UDM_GETACCEL, static_cast<WPARAM>(count < 0 ? 0 : count),
-                                         reinterpret_cast<LPARAM>(steps)));
-}
-
-int CSpinButtonCtrl::SetBase(int base) {
-    return static_cast<int>(SendMessage(UDM_SETBASE, static_cast<WPARAM>(base)));
-}
-
-int CSpinButtonCtrl::GetBase() const { return static_cast<int>(SendMessage(UDM_GETBASE)); }

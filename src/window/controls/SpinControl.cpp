@@ -242,27 +242,6 @@ std::optional<LRESULT> SpinControl::SpinProc(UINT message, WPARAM wParam, LPARAM
         return SetBuddy(reinterpret_cast<HWND>(wParam));
     case UDM_GETBUDDY:
         return reinterpret_cast<LRESULT>(Window::Of(m_buddy) != nullptr ? m_buddy : nullptr);
-    case UDM_SETBASE:
-        return m_counter.SetBase(static_cast<int>(wParam));
-    case UDM_GETBASE:
-        return m_counter.Base();
-    case UDM_SETACCEL: {
-        const auto* const steps = reinterpret_cast<const UDACCEL*>(lParam);
-        if (steps == nullptr || wParam == 0)
-            return FALSE;
-        std::vector<std::pair<unsigned, unsigned>> taken;
-        for (WPARAM i = 0; i < wParam; ++i)
-            taken.emplace_back(steps[i].nSec, steps[i].nInc);
-        m_counter.SetSteps(std::move(taken));
-        return TRUE;
-    }
-    case UDM_GETACCEL: {
-        auto* const steps = reinterpret_cast<UDACCEL*>(lParam);
-        const auto& known = m_counter.Steps();
-        for (std::size_t i = 0; steps != nullptr && i < known.size() && i < wParam; ++i)
-            steps[i] = {known[i].first, known[i].second};
-        return static_cast<LRESULT>(known.size());
-    }
     default:
         return std::nullopt;
     }

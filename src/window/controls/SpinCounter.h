@@ -10,19 +10,15 @@
 
 namespace vnbytstr::detail {
 
-// Invariant: the position lies in the range; the steps are in the order of their seconds.
+// Invariant: the position lies in the range.
 class SpinCounter {
 public:
     int Lower() const { return m_lower; }
     int Upper() const { return m_upper; }
     int Position() const { return m_position; }
-    int Base() const { return m_base; }
-    const std::vector<std::pair<unsigned, unsigned>>& Steps() const { return m_steps; }
 
     void SetRange(int lower, int upper);
     int SetPosition(int position); ///< confined; returns the one before
-    int SetBase(int base);         ///< 10 or 16; the one before, 0 for others
-    void SetSteps(std::vector<std::pair<unsigned, unsigned>> steps);
 
     bool Contains(int position) const;
     /// How much one step counts after that many seconds, towards the upper (or lower) end.
@@ -37,8 +33,6 @@ private:
     int m_lower = 100;
     int m_upper = 0;
     int m_position = 0;
-    int m_base = 10;
-    std::vector<std::pair<unsigned, unsigned>> m_steps{{0, 1}, {2, 5}, {5, 20}};
 };
 
 } // namespace vnbytstr::detail

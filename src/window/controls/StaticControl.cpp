@@ -3,7 +3,6 @@
 #include "src/window/controls/DialogKeys.h"
 #include "src/window/core/WidgetDetails.h"
 #include "src/window/core/WindowWidget.h"
-#include "src/window/draw/GdiInternal.h"
 #include "vnbytstr/window/Static.h"
 
 namespace vnbytstr::detail {
@@ -101,18 +100,9 @@ void StaticControl::MakeWidget() {
 }
 
 void StaticControl::ShowContents() {
-    const GdiObject* const picture = GdiObject::Of(m_bitmap, GdiObject::Type::Bitmap);
-    if (picture != nullptr) {
-        const QSize space = m_label->size();
-        QPixmap shown = picture->pixmap;
-        if (shown.width() > space.width() || shown.height() > space.height())
-            shown = shown.scaled(space, Qt::KeepAspectRatio, Qt::SmoothTransformation);
-        m_label->setPixmap(shown);
-        return;
-    }
     QString text = ToQString(m_window.m_text);
     const DWORD type = m_window.m_style & kTypeMask;
-    if (type == SS_BITMAP || type == SS_ETCHEDHORZ || type == SS_BLACKFRAME)
+    if (type == SS_ETCHEDHORZ || type == SS_BLACKFRAME)
         text.clear();
     if ((m_window.m_style & SS_NOPREFIX) != 0) {
         // A label without a partner shows '&' as it is.
@@ -144,20 +134,6 @@ std::optional<LRESULT> StaticControl::StaticProc(UINT message, WPARAM wParam, LP
         ShowContents();
         return answer;
     }
-    case WM_SIZE:
-        if (m_bitmap != nullptr)
-            ShowContents();
-        return std::nullopt;
-    case STM_SETIMAGE: {
-        if (wParam != IMAGE_BITMAP)
-            return 0;
-        HBITMAP const before = std::exchange(m_bitmap, reinterpret_cast<HBITMAP>(lParam));
-        m_label->setPixmap({});
-        ShowContents();
-        return reinterpret_cast<LRESULT>(before);
-    }
-    case STM_GETIMAGE:
-        return reinterpret_cast<LRESULT>(m_bitmap);
     case WM_LBUTTONDOWN:
     case WM_LBUTTONDBLCLK:
         if ((m_window.m_style & SS_NOTIFY) != 0)

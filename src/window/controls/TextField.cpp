@@ -27,9 +27,6 @@ public:
     }
     void Forget() { m_field = nullptr; }
 
-    using QPlainTextEdit::contentOffset;
-    using QPlainTextEdit::firstVisibleBlock;
-
 protected:
     void keyPressEvent(QKeyEvent* event) override {
         if (m_field == nullptr || IsTypedText(event->text(), event->modifiers()))
@@ -124,37 +121,11 @@ void TextField::Select(int anchor, int cursor, bool scroll) {
     }
 }
 
-void TextField::DeleteBack() {
-    QTextCursor cursor = Edit()->textCursor();
-    cursor.deletePreviousChar();
-    Edit()->setTextCursor(cursor);
-}
-
 void TextField::SetReadOnly(bool on) {
     Edit()->setReadOnly(on);
     // A text to be read is still gone through with the keys.
     if (on)
         Edit()->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-}
-
-void TextField::Scroll(int lines, int characters) {
-    Edit()->verticalScrollBar()->setValue(Edit()->verticalScrollBar()->value() + lines);
-    QScrollBar* const bar = Edit()->horizontalScrollBar();
-    bar->setValue(bar->value() + characters * Edit()->fontMetrics().averageCharWidth());
-}
-
-int TextField::FirstVisibleLine() const { return m_edit->firstVisibleBlock().blockNumber(); }
-
-int TextField::PositionAt(POINT point) const {
-    const QWidget* const view = Edit()->viewport();
-    return Edit()->cursorForPosition(view->mapFrom(Edit(), QPoint(point.x, point.y))).position();
-}
-
-POINT TextField::PointOf(int position) const {
-    QTextCursor cursor(Edit()->document());
-    cursor.setPosition(position);
-    const QPoint point = Edit()->viewport()->mapTo(Edit(), Edit()->cursorRect(cursor).topLeft());
-    return {point.x(), point.y()};
 }
 
 } // namespace vnbytstr::detail

@@ -28,7 +28,6 @@ public:
     void Select(int anchor, int cursor, bool scroll) override;
     QString SelectedText() const override;
     void Insert(const QString& text) override { Edit()->insertPlainText(text); }
-    void DeleteBack() override;
     bool CanUndo() const override { return Edit()->document()->isUndoAvailable(); }
     void Undo() override { Edit()->undo(); }
     void EmptyUndo() override { Edit()->document()->clearUndoRedoStacks(); }
@@ -38,10 +37,6 @@ public:
     void SetPassword(bool) override {}
     void SetCue(const QString& text) override { Edit()->setPlaceholderText(text); }
     void ScrollToCursor() override { Edit()->ensureCursorVisible(); }
-    void Scroll(int lines, int characters) override;
-    int FirstVisibleLine() const override;
-    int PositionAt(POINT point) const override;
-    POINT PointOf(int position) const override;
 
 private:
     QPointer<TextFieldWidget> m_edit;

@@ -23,15 +23,6 @@ CString& LastTip() {
 
 } // namespace
 
-void SetToolTip(HWND handle, LPCSTR text) {
-    Window* const window = Window::Of(handle);
-    if (window == nullptr)
-        return;
-    window->Widget()->setToolTip(Plain(text));
-    if (window->Hosted() != nullptr)
-        window->Hosted()->setToolTip(Plain(text));
-}
-
 void ShowTip(HWND handle, POINT point, LPCSTR text, LPCRECT rect) {
     Window* const window = Window::Of(handle);
     if (window == nullptr)

@@ -19,7 +19,6 @@ END_MESSAGE_MAP()
 namespace {
 
 CWinApp* program = nullptr;
-HWND mainWindow = nullptr; ///< AfxSetMainWnd
 bool quitWanted = false;
 int quitCode = 0;
 
@@ -69,17 +68,7 @@ int CWinApp::Main() {
 
 CWinApp* AfxGetApp() { return program; }
 
-CWnd* AfxGetMainWnd() {
-    if (program != nullptr && program->m_pMainWnd != nullptr)
-        return program->m_pMainWnd;
-    return CWnd::FromHandle(mainWindow);
-}
-
-void AfxSetMainWnd(CWnd* window) {
-    mainWindow = window != nullptr ? window->m_hWnd : nullptr;
-    if (program != nullptr)
-        program->m_pMainWnd = window;
-}
+CWnd* AfxGetMainWnd() { return program != nullptr ? program->m_pMainWnd : nullptr; }
 
 void AfxPostQuitMessage(int exitCode) {
     quitCode = exitCode;

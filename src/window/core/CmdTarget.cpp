@@ -4,7 +4,6 @@ IMPLEMENT_DYNAMIC(CCmdTarget, CObject)
 
 void CCmdUI::Enable(BOOL /*on*/) { m_bEnableChanged = TRUE; }
 void CCmdUI::SetCheck(int /*check*/) {}
-void CCmdUI::SetRadio(BOOL on) { SetCheck(on ? 1 : 0); }
 void CCmdUI::SetText(LPCTSTR /*text*/) {}
 
 const AFX_MSGMAP* CCmdTarget::GetMessageMap() const { return GetThisMessageMap(); }

@@ -10,7 +10,6 @@ namespace vnbytstr::detail {
 
 struct DropFiles {
     std::vector<std::string> names;
-    CPoint point;
     bool belongsToDataObject = false; ///< DragFinish leaves it alone
 };
 

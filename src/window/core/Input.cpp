@@ -479,11 +479,6 @@ BOOL ReleaseCapture() {
     return TRUE;
 }
 
-HWND WindowFromPoint(POINT screen) {
-    Window* window = Window::Of(QApplication::widgetAt(screen.x, screen.y));
-    return window != nullptr ? window->Handle() : nullptr;
-}
-
 short GetKeyState(int key) {
     const auto& state = State();
     bool down = false;
@@ -514,9 +509,4 @@ short GetKeyState(int key) {
     const bool toggled =
         key > 0 && key < vnbytstr::detail::kKeys && state.toggled[static_cast<std::size_t>(key)];
     return static_cast<short>((down ? -0x8000 : 0) | (toggled ? 1 : 0));
-}
-
-DWORD GetDoubleClickTime() {
-    AfxInitWindows();
-    return static_cast<DWORD>(QGuiApplication::styleHints()->mouseDoubleClickInterval());
 }

@@ -246,10 +246,7 @@ CWnd* Window::ObjectOrTemporary() {
 }
 
 LRESULT Window::NotifyParent(UINT message, WPARAM wParam, LPARAM lParam) {
-    Window* to = Of(m_owner);
-    if (to == nullptr)
-        to = Parent();
-    if (to != nullptr)
+    if (Window* const to = Parent())
         return to->Send(message, wParam, lParam);
     LRESULT result = 0;
     CWnd::ReflectMessage(Handle(), message, wParam, lParam, &result);

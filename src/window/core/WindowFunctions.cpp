@@ -60,10 +60,6 @@ LRESULT DefWindowProc(HWND handle, UINT message, WPARAM wParam, LPARAM lParam) {
     return window != nullptr ? window->GenericProc(message, wParam, lParam) : 0;
 }
 
-LRESULT CallWindowProc(WNDPROC procedure, HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    return procedure != nullptr ? procedure(window, message, wParam, lParam) : 0;
-}
-
 BOOL DestroyWindow(HWND handle) {
     Window* window = Window::Of(handle);
     if (window == nullptr)

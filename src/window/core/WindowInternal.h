@@ -159,7 +159,6 @@ public:
     DWORD m_exStyle = 0;
     UINT m_id = 0;
     std::string m_text;
-    HWND m_owner = nullptr; ///< gets the notifications instead of the parent (SetOwner)
     HWND m_topLevelOwner = nullptr;
     CAccessibleTable* m_accessible = nullptr;
     std::unique_ptr<DropSink> m_drop;

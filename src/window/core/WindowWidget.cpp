@@ -134,7 +134,6 @@ bool HandleDrop(Window& window, QEvent* event) {
     for (const QUrl& url : drop->mimeData()->urls())
         if (url.isLocalFile())
             files->names.push_back(FromQString(url.toLocalFile()));
-    files->point = window.ToClient(drop->position().toPoint());
     drop->acceptProposedAction();
     window.Send(WM_DROPFILES, reinterpret_cast<WPARAM>(files.release()));
     return true;
@@ -427,13 +426,6 @@ UINT DragQueryFile(HDROP drop, UINT index, LPSTR buffer, UINT size) {
     const std::size_t copied = name.copy(buffer, size - 1);
     buffer[copied] = '\0';
     return static_cast<UINT>(copied);
-}
-
-BOOL DragQueryPoint(HDROP drop, LPPOINT point) {
-    if (drop == nullptr || point == nullptr)
-        return FALSE;
-    *point = reinterpret_cast<const DropFiles*>(drop)->point;
-    return TRUE;
 }
 
 void DragFinish(HDROP drop) {

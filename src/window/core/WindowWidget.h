@@ -92,7 +92,6 @@ public:
     bool IsFor(const Window* window) const { return m_window == window; }
     bool IsDelivering(const QEvent* event) const { return m_delivering && m_event == event; }
     QEvent* Event() const { return m_event; }
-    bool WasDelivered() const { return m_delivered; }
     void Deliver();
     /// Keys: the number of WM_CHAR that have to come through before the widget gets the event.
     int m_charsToCome = 0;

@@ -104,20 +104,6 @@ BOOL CWnd::DestroyWindow() {
 void CWnd::PostNcDestroy() {}
 void CWnd::PreSubclassWindow() {}
 
-BOOL CWnd::SubclassWindow(HWND handle) {
-    if (!Attach(handle))
-        return FALSE;
-    m_subclassed = TRUE;
-    PreSubclassWindow();
-    return TRUE;
-}
-
-BOOL CWnd::SubclassDlgItem(UINT id, CWnd* parent) {
-    return parent != nullptr && SubclassWindow(::GetDlgItem(parent->m_hWnd, static_cast<int>(id)));
-}
-
-HWND CWnd::UnsubclassWindow() { return Detach(); }
-
 BOOL CWnd::Attach(HWND handle) {
     Window* window = Window::Of(handle);
     if (window == nullptr || window->Object() != nullptr || m_hWnd != nullptr)
@@ -137,11 +123,6 @@ HWND CWnd::Detach() {
 }
 
 CWnd* CWnd::FromHandle(HWND handle) { return ObjectOf(Window::Of(handle)); }
-
-CWnd* CWnd::FromHandlePermanent(HWND handle) {
-    Window* window = Window::Of(handle);
-    return window != nullptr ? window->Object() : nullptr;
-}
 
 QWidget* CWnd::GetWidget() const {
     Window* window = Of(this);
@@ -204,12 +185,6 @@ BOOL CWnd::ModifyStyleEx(DWORD remove, DWORD add, UINT flags) {
 
 int CWnd::GetDlgCtrlID() const { return ::GetDlgCtrlID(m_hWnd); }
 
-int CWnd::SetDlgCtrlID(int id) {
-    Window* window = Of(this);
-    return window != nullptr ? static_cast<int>(std::exchange(window->m_id, static_cast<UINT>(id)))
-                             : 0;
-}
-
 void CWnd::MoveWindow(int x, int y, int width, int height, BOOL /*repaint*/) {
     SetWindowPos(nullptr, x, y, width, height, SWP_NOZORDER | SWP_NOACTIVATE);
 }
@@ -223,8 +198,6 @@ BOOL CWnd::SetWindowPos(const CWnd* after, int x, int y, int cx, int cy, UINT fl
                                       : nullptr;
     return window->SetPos(behind, x, y, cx, cy, flags);
 }
-
-void CWnd::BringWindowToTop() { SetWindowPos(&wndTop, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE); }
 
 void CWnd::GetWindowRect(LPRECT rect) const { ::GetWindowRect(m_hWnd, rect); }
 void CWnd::GetClientRect(LPRECT rect) const { ::GetClientRect(m_hWnd, rect); }
@@ -280,16 +253,6 @@ BOOL CWnd::IsWindowVisible() const {
     return widget != nullptr && widget->isVisible();
 }
 
-BOOL CWnd::IsZoomed() const {
-    const QWidget* widget = GetWidget();
-    return widget != nullptr && widget->isMaximized();
-}
-
-BOOL CWnd::IsIconic() const {
-    const QWidget* widget = GetWidget();
-    return widget != nullptr && widget->isMinimized();
-}
-
 BOOL CWnd::EnableWindow(BOOL on) { return ::EnableWindow(m_hWnd, on); }
 
 BOOL CWnd::IsWindowEnabled() const {
@@ -315,62 +278,6 @@ void CWnd::CenterWindow(CWnd* around) {
     SetWindowPos(nullptr, place.left + (place.Width() - widget->width()) / 2,
                  place.top + (place.Height() - widget->height()) / 2, 0, 0,
                  SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
-}
-
-BOOL CWnd::SetScrollInfo(int bar, const SCROLLINFO* info, BOOL /*redraw*/) {
-    Window* window = Of(this);
-    if (window == nullptr || info == nullptr)
-        return FALSE;
-    SCROLLINFO now{};
-    window->ShowScrollBar(bar, true);
-    GetScrollInfo(bar, &now);
-    if ((info->fMask & SIF_RANGE) != 0) {
-        now.nMin = info->nMin;
-        now.nMax = info->nMax;
-    }
-    if ((info->fMask & SIF_PAGE) != 0)
-        now.nPage = info->nPage;
-    if ((info->fMask & SIF_POS) != 0)
-        now.nPos = info->nPos;
-    const int page = static_cast<int>(std::min<UINT>(now.nPage, 0x7FFFFFFF));
-    window->SetScroll(bar, now.nMin, now.nMax, page, now.nPos);
-    window->ShowScrollBar(bar, now.nMax - now.nMin >= std::max(page, 1));
-    return TRUE;
-}
-
-BOOL CWnd::GetScrollInfo(int bar, SCROLLINFO* info, UINT /*mask*/) const {
-    Window* window = Of(this);
-    const QScrollBar* widget = window != nullptr ? window->ScrollBar(bar) : nullptr;
-    if (widget == nullptr || info == nullptr)
-        return FALSE;
-    info->nMin = widget->minimum();
-    info->nMax = widget->maximum() + widget->pageStep() - 1;
-    info->nPage = static_cast<UINT>(widget->pageStep());
-    info->nPos = widget->value();
-    info->nTrackPos = widget->sliderPosition();
-    return TRUE;
-}
-
-int CWnd::SetScrollPos(int bar, int position, BOOL redraw) {
-    const int before = GetScrollPos(bar);
-    SCROLLINFO info{};
-    info.fMask = SIF_POS;
-    info.nPos = position;
-    SetScrollInfo(bar, &info, redraw);
-    return before;
-}
-
-int CWnd::GetScrollPos(int bar) const {
-    SCROLLINFO info{};
-    return GetScrollInfo(bar, &info) ? info.nPos : 0;
-}
-
-void CWnd::SetScrollRange(int bar, int minimum, int maximum, BOOL redraw) {
-    SCROLLINFO info{};
-    info.fMask = SIF_RANGE;
-    info.nMin = minimum;
-    info.nMax = maximum;
-    SetScrollInfo(bar, &info, redraw);
 }
 
 // --- text and font -----------------------------------------------------------------------------
@@ -409,10 +316,6 @@ CFont* CWnd::GetFont() const {
 
 void CWnd::Invalidate(BOOL erase) { ::InvalidateRect(m_hWnd, nullptr, erase); }
 void CWnd::InvalidateRect(LPCRECT rect, BOOL erase) { ::InvalidateRect(m_hWnd, rect, erase); }
-void CWnd::ValidateRect(LPCRECT /*rect*/) {
-    // Qt repaints what it has noted; to paint a place once more does no harm.
-}
-
 void CWnd::UpdateWindow() {
     // A repaint with an empty region handles what is noted for the window.
     QWidget* widget = GetWidget();
@@ -420,34 +323,9 @@ void CWnd::UpdateWindow() {
         QCoreApplication::sendPostedEvents(widget->window(), QEvent::UpdateRequest);
 }
 
-BOOL CWnd::RedrawWindow(LPCRECT rect, UINT flags) {
-    if ((flags & RDW_INVALIDATE) != 0) {
-        InvalidateRect(rect);
-        if ((flags & RDW_ALLCHILDREN) != 0 && GetWidget() != nullptr)
-            for (WindowWidget* child : GetWidget()->findChildren<WindowWidget*>())
-                child->update();
-    }
-    if ((flags & RDW_UPDATENOW) != 0)
-        UpdateWindow();
-    return m_hWnd != nullptr;
-}
-
 void CWnd::SetRedraw(BOOL on) { SendMessage(WM_SETREDRAW, on != 0 ? 1 : 0); }
 
-BOOL CWnd::GetUpdateRect(LPRECT rect) const {
-    Window* window = Of(this);
-    if (rect != nullptr)
-        *rect = RECT{};
-    if (window == nullptr || window->Widget()->Session() == nullptr)
-        return FALSE;
-    if (rect != nullptr)
-        *rect = window->ToClient(window->Widget()->Session()->region.boundingRect());
-    return TRUE;
-}
-
 CDC* CWnd::GetDC() { return new CClientDC(this); }
-CDC* CWnd::GetWindowDC() { return new CWindowDC(this); }
-
 int CWnd::ReleaseDC(CDC* dc) {
     const std::unique_ptr<CDC> owner(dc);
     return dc != nullptr ? 1 : 0;
@@ -464,15 +342,6 @@ CWnd* CWnd::SetActiveWindow() {
     if (QWidget* widget = GetWidget())
         widget->window()->activateWindow();
     return before;
-}
-
-BOOL CWnd::SetForegroundWindow() {
-    QWidget* widget = GetWidget();
-    if (widget == nullptr)
-        return FALSE;
-    widget->window()->raise();
-    widget->window()->activateWindow();
-    return TRUE;
 }
 
 CWnd* CWnd::GetCapture() { return FromHandle(::GetCapture()); }

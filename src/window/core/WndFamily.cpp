@@ -24,31 +24,6 @@ CWnd* CWnd::GetParent() const {
     return window != nullptr ? ObjectOf(window->Parent()) : nullptr;
 }
 
-CWnd* CWnd::SetParent(CWnd* parent) {
-    Window* window = Of(this);
-    if (window == nullptr)
-        return nullptr;
-    CWnd* before = GetParent();
-    const bool visible = !window->Widget()->isHidden();
-    window->Widget()->setParent(parent != nullptr ? parent->GetWidget() : nullptr);
-    if (visible)
-        window->Widget()->show();
-    return before;
-}
-
-CWnd* CWnd::GetOwner() const {
-    Window* window = Of(this);
-    if (window == nullptr)
-        return nullptr;
-    Window* owner = Window::Of(window->m_owner);
-    return owner != nullptr ? ObjectOf(owner) : GetParent();
-}
-
-void CWnd::SetOwner(CWnd* owner) {
-    if (Window* window = Of(this))
-        window->m_owner = owner != nullptr ? owner->m_hWnd : nullptr;
-}
-
 CWnd* CWnd::GetTopLevelParent() const {
     Window* window = Of(this);
     while (window != nullptr && (window->m_style & WS_CHILD) != 0 && window->Parent() != nullptr)
@@ -114,19 +89,6 @@ BOOL CWnd::IsChild(const CWnd* other) const {
     return widget != nullptr && inner != nullptr && widget->isAncestorOf(inner);
 }
 
-CWnd* CWnd::ChildWindowFromPoint(POINT point) const {
-    Window* window = Of(this);
-    if (window == nullptr)
-        return nullptr;
-    const QPoint at = window->ToWidget(point);
-    if (!window->Widget()->rect().contains(at))
-        return nullptr;
-    for (Window* child : ChildWindows(window->Widget()))
-        if (child->Widget()->isVisible() && child->Widget()->geometry().contains(at))
-            return ObjectOf(child);
-    return ObjectOf(window);
-}
-
 void CWnd::SetDlgItemText(int id, LPCTSTR text) {
     if (CWnd* item = GetDlgItem(id))
         item->SetWindowText(text);
@@ -138,27 +100,6 @@ int CWnd::GetDlgItemText(int id, CString& text) const {
     if (item != nullptr)
         item->GetWindowText(text);
     return text.GetLength();
-}
-
-UINT CWnd::GetDlgItemInt(int id, BOOL* translated, BOOL isSigned) const {
-    CString text;
-    GetDlgItemText(id, text);
-    text.TrimLeft();
-    text.TrimRight();
-    char* end = nullptr;
-    const long long value = std::strtoll(text, &end, 10);
-    const bool good = !text.IsEmpty() && *end == '\0' &&
-                      (isSigned ? value >= INT32_MIN && value <= INT32_MAX
-                                : value >= 0 && value <= static_cast<long long>(UINT32_MAX));
-    if (translated != nullptr)
-        *translated = good;
-    return good ? static_cast<UINT>(value) : 0;
-}
-
-void CWnd::SetDlgItemInt(int id, UINT value, BOOL isSigned) {
-    const std::string text =
-        isSigned ? std::to_string(static_cast<LONG>(value)) : std::to_string(value);
-    SetDlgItemText(id, text.c_str());
 }
 
 CWnd* CWnd::GetNextDlgTabItem(CWnd* from, BOOL previous) const {

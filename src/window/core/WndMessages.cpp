@@ -178,47 +178,21 @@ BOOL CWnd::ReflectLastMsg(HWND child, LRESULT* result) {
 
 int CWnd::OnCreate(LPCREATESTRUCT) { return static_cast<int>(Default()); }
 void CWnd::OnDestroy() { Default(); }
-void CWnd::OnNcDestroy() { Default(); }
-void CWnd::OnMove(int, int) { Default(); }
 void CWnd::OnSize(UINT, int, int) { Default(); }
-void CWnd::OnActivate(UINT, CWnd*, BOOL) { Default(); }
 void CWnd::OnSetFocus(CWnd*) { Default(); }
 void CWnd::OnKillFocus(CWnd*) { Default(); }
-void CWnd::OnEnable(BOOL) { Default(); }
 void CWnd::OnPaint() { Default(); }
 void CWnd::OnClose() { Default(); }
-BOOL CWnd::OnEraseBkgnd(CDC*) { return static_cast<BOOL>(Default()); }
 void CWnd::OnSysColorChange() { Default(); }
-void CWnd::OnShowWindow(BOOL, UINT) { Default(); }
 void CWnd::OnCancelMode() { Default(); }
 BOOL CWnd::OnSetCursor(CWnd*, UINT, UINT) { return static_cast<BOOL>(Default()); }
 
-void CWnd::OnDrawItem(int, LPDRAWITEMSTRUCT item) {
-    if (!ReflectLastMsg(item->hwndItem))
-        Default();
-}
-
-void CWnd::OnMeasureItem(int id, LPMEASUREITEMSTRUCT) {
-    Window* own = Window::Of(m_hWnd);
-    Window* child = own != nullptr ? own->ChildOf(id) : nullptr;
-    if (child == nullptr || !ReflectLastMsg(child->Handle()))
-        Default();
-}
-
-void CWnd::OnDeleteItem(int, LPDELETEITEMSTRUCT item) {
-    if (!ReflectLastMsg(item->hwndItem))
-        Default();
-}
-
 void CWnd::OnWindowPosChanging(WINDOWPOS*) { Default(); }
-void CWnd::OnWindowPosChanged(WINDOWPOS*) { Default(); }
 void CWnd::OnGetMinMaxInfo(MINMAXINFO*) { Default(); }
 void CWnd::OnContextMenu(CWnd*, CPoint) { Default(); }
 UINT CWnd::OnGetDlgCode() { return static_cast<UINT>(Default()); }
 void CWnd::OnKeyDown(UINT, UINT, UINT) { Default(); }
-void CWnd::OnKeyUp(UINT, UINT, UINT) { Default(); }
 void CWnd::OnChar(UINT, UINT, UINT) { Default(); }
-void CWnd::OnSysKeyDown(UINT, UINT, UINT) { Default(); }
 void CWnd::OnTimer(std::uintptr_t) { Default(); }
 void CWnd::OnHScroll(UINT, UINT, CWnd* bar) {
     if (bar == nullptr || !ReflectLastMsg(bar->m_hWnd))
@@ -233,11 +207,8 @@ void CWnd::OnLButtonDown(UINT, CPoint) { Default(); }
 void CWnd::OnLButtonUp(UINT, CPoint) { Default(); }
 void CWnd::OnLButtonDblClk(UINT, CPoint) { Default(); }
 void CWnd::OnRButtonDown(UINT, CPoint) { Default(); }
-void CWnd::OnRButtonUp(UINT, CPoint) { Default(); }
-void CWnd::OnRButtonDblClk(UINT, CPoint) { Default(); }
 BOOL CWnd::OnMouseWheel(UINT, short, CPoint) { return static_cast<BOOL>(Default()); }
 void CWnd::OnMouseLeave() { Default(); }
-void CWnd::OnCaptureChanged(CWnd*) { Default(); }
 void CWnd::OnDropFiles(HDROP) { Default(); }
 
 HBRUSH CWnd::OnCtlColor(CDC* dc, CWnd* control, UINT type) {

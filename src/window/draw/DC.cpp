@@ -63,32 +63,22 @@ void DeviceContext::PaintLayer(const QRect& bounds, void (*call)(void*, QPainter
         return;
     window->GetOverlay().Paint(bounds, [&](QPainter& painter) {
         painter.setClipRect(m_area);
-        if (state.clipped)
-            painter.setClipRegion(state.clip, Qt::IntersectClip);
         call(context, painter);
     });
 }
 
 void DeviceContext::Invert(const QRegion& region) {
-    const QRegion visible = state.clipped ? region & state.clip : region;
     if (kind == Kind::Layer) {
         if (Window* window = GetWindow())
-            window->GetOverlay().Invert(visible & m_area);
+            window->GetOverlay().Invert(region & m_area);
         return;
     }
     Paint(region.boundingRect(), [&](QPainter& painter) {
         painter.setCompositionMode(QPainter::CompositionMode_Difference);
-        for (const QRect& rect : visible)
+        for (const QRect& rect : region)
             painter.fillRect(rect, Qt::white);
         painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
     });
-}
-
-QRect DeviceContext::Bounds() const {
-    QRect bounds = m_area;
-    if (state.clipped)
-        bounds &= state.clip.boundingRect();
-    return bounds;
 }
 
 bool DeviceContext::HasPen() const {
@@ -208,18 +198,6 @@ CDC* CDC::FromHandle(HDC dc) {
     return context->object.get();
 }
 
-BOOL CDC::CreateCompatibleDC(CDC* other) {
-    if (m_hDC != nullptr)
-        return FALSE;
-    AfxInitWindows();
-    auto context = std::make_unique<DeviceContext>(DeviceContext::Kind::Measure, nullptr, nullptr);
-    if (other != nullptr && other->m_hDC != nullptr)
-        context->state.font = Context(other->m_hDC)->state.font;
-    m_hDC = context.release()->Handle();
-    m_owned = TRUE;
-    return TRUE;
-}
-
 BOOL CDC::DeleteDC() {
     if (m_hDC == nullptr || !m_owned)
         return FALSE;
@@ -305,62 +283,14 @@ CFont* CDC::SelectObject(CFont* font) {
                                                               : GetStockObject(SYSTEM_FONT));
 }
 
-CGdiObject* CDC::SelectStockObject(int index) {
-    HGDIOBJ object = GetStockObject(index);
-    HGDIOBJ before = SelectObject(object);
-    const GdiObject* known = GdiObject::Of(before);
-    if (known == nullptr)
-        return nullptr;
-    if (known->type == GdiObject::Type::Pen)
-        return TemporaryOf<CPen>(before);
-    if (known->type == GdiObject::Type::Brush)
-        return TemporaryOf<CBrush>(before);
-    return CFont::FromHandle(before);
-}
-
-CFont* CDC::GetCurrentFont() const {
-    if (m_hDC == nullptr)
-        return nullptr;
-    CFont* font = CFont::FromHandle(Context(m_hDC)->state.font);
-    return font != nullptr ? font : CFont::FromHandle(GetStockObject(SYSTEM_FONT));
-}
-
 COLORREF CDC::SetTextColor(COLORREF color) {
     return m_hDC != nullptr ? std::exchange(Context(m_hDC)->state.textColor, color) : CLR_INVALID;
-}
-COLORREF CDC::GetTextColor() const {
-    return m_hDC != nullptr ? Context(m_hDC)->state.textColor : CLR_INVALID;
-}
-COLORREF CDC::SetBkColor(COLORREF color) {
-    return m_hDC != nullptr ? std::exchange(Context(m_hDC)->state.bkColor, color) : CLR_INVALID;
-}
-COLORREF CDC::GetBkColor() const {
-    return m_hDC != nullptr ? Context(m_hDC)->state.bkColor : CLR_INVALID;
 }
 int CDC::SetBkMode(int mode) {
     if (m_hDC == nullptr || (mode != TRANSPARENT && mode != OPAQUE))
         return 0;
     return std::exchange(Context(m_hDC)->state.bkMode, mode);
 }
-int CDC::GetBkMode() const { return m_hDC != nullptr ? Context(m_hDC)->state.bkMode : 0; }
-UINT CDC::SetTextAlign(UINT flags) {
-    return m_hDC != nullptr ? std::exchange(Context(m_hDC)->state.align, flags) : 0;
-}
-UINT CDC::GetTextAlign() const { return m_hDC != nullptr ? Context(m_hDC)->state.align : 0; }
-int CDC::SetROP2(int mode) {
-    return m_hDC != nullptr ? std::exchange(Context(m_hDC)->state.rop, mode) : 0;
-}
-
-COLORREF CDC::GetPixel(int x, int y) const {
-    if (m_hDC == nullptr || Context(m_hDC)->kind != DeviceContext::Kind::Layer)
-        return CLR_INVALID;
-    Window* window = Context(m_hDC)->GetWindow();
-    if (window == nullptr || window->ExistingOverlay() == nullptr)
-        return CLR_INVALID;
-    const QRgb pixel = window->GetOverlay().Pixel(Context(m_hDC)->ToDevice(CPoint(x, y)));
-    return qAlpha(pixel) == 0 ? CLR_INVALID : RGB(qRed(pixel), qGreen(pixel), qBlue(pixel));
-}
-
 CPoint CDC::MoveTo(int x, int y) {
     return m_hDC != nullptr ? std::exchange(Context(m_hDC)->state.current, CPoint(x, y)) : CPoint();
 }
@@ -374,51 +304,10 @@ BOOL CDC::LineTo(int x, int y) {
     context.state.current = CPoint(x, y);
     if (!context.HasPen())
         return TRUE;
-    if (context.state.rop == R2_NOT || context.state.rop == R2_XORPEN) {
-        const QRect line = QRect(from, to).normalized();
-        context.Invert(from.x() == to.x()   ? QRect(line.x(), line.y(), 1, line.height() - 1)
-                       : from.y() == to.y() ? QRect(line.x(), line.y(), line.width() - 1, 1)
-                                            : QRect());
-        return TRUE;
-    }
     const QColor color = context.PenColor();
     const int width = PenWidth(context);
     context.Paint(QRect(from, to).normalized().adjusted(-width, -width, width, width),
                   [&](QPainter& painter) { DrawLine(painter, from, to, color, width); });
-    return TRUE;
-}
-
-BOOL CDC::Polygon(const POINT* points, int count) {
-    if (m_hDC == nullptr || points == nullptr || count < 2)
-        return FALSE;
-    DeviceContext& context = *Context(m_hDC);
-    QPolygon polygon;
-    for (int i = 0; i < count; ++i)
-        polygon << context.ToDevice(points[i]);
-    COLORREF fill = RGB(255, 255, 255);
-    const bool filled = context.state.brush == nullptr || BrushColor(context.state.brush, fill);
-    context.Paint(polygon.boundingRect().adjusted(-1, -1, 1, 1), [&](QPainter& painter) {
-        painter.setPen(context.HasPen() ? QPen(context.PenColor()) : QPen(Qt::NoPen));
-        painter.setBrush(filled ? QBrush(ToQColor(fill)) : QBrush(Qt::NoBrush));
-        painter.drawPolygon(polygon);
-        painter.setBrush(Qt::NoBrush);
-    });
-    return TRUE;
-}
-
-BOOL CDC::Rectangle(int left, int top, int right, int bottom) {
-    if (m_hDC == nullptr)
-        return FALSE;
-    DeviceContext& context = *Context(m_hDC);
-    const QRect rect = context.ToDevice(CRect(left, top, right, bottom));
-    COLORREF fill = RGB(255, 255, 255);
-    const bool filled = context.state.brush == nullptr || BrushColor(context.state.brush, fill);
-    context.Paint(rect, [&](QPainter& painter) {
-        if (filled)
-            painter.fillRect(rect, ToQColor(fill));
-        if (context.HasPen())
-            DrawFrame(painter, rect, context.PenColor(), context.PenColor());
-    });
     return TRUE;
 }
 
@@ -466,45 +355,11 @@ void CDC::Draw3dRect(LPCRECT rect, COLORREF leftTop, COLORREF rightBottom) {
     });
 }
 
-COLORREF CDC::SetPixel(int x, int y, COLORREF color) {
-    const CRect pixel(x, y, x + 1, y + 1);
-    FillSolidRect(pixel, color);
-    return color;
-}
-
-BOOL CDC::DrawBitmap(LPCRECT rect, const CBitmap& bitmap) {
-    const GdiObject* object = GdiObject::Of(bitmap, GdiObject::Type::Bitmap);
-    if (m_hDC == nullptr || rect == nullptr || object == nullptr)
-        return FALSE;
-    DeviceContext& context = *Context(m_hDC);
-    const QRect area = context.ToDevice(*rect);
-    context.Paint(area, [&](QPainter& painter) {
-        painter.setRenderHint(QPainter::SmoothPixmapTransform);
-        painter.drawPixmap(area, object->pixmap);
-    });
-    return TRUE;
-}
-
-int CDC::IntersectClipRect(LPCRECT rect) {
-    if (m_hDC == nullptr || rect == nullptr)
-        return 0;
-    auto& context = *Context(m_hDC);
-    const QRegion region(context.ToDevice(*rect));
-    context.state.clip = context.state.clipped ? context.state.clip & region : region;
-    context.state.clipped = true;
-    return context.state.clip.isEmpty() ? 1 : 2;
-}
-
 int CDC::GetClipBox(LPRECT rect) const {
     if (m_hDC == nullptr || rect == nullptr)
         return 0;
-    *rect = Context(m_hDC)->FromDevice(Context(m_hDC)->Bounds());
+    *rect = Context(m_hDC)->FromDevice(Context(m_hDC)->Area());
     return CRect(*rect).IsRectEmpty() ? 1 : 2;
-}
-
-BOOL CDC::RectVisible(LPCRECT rect) const {
-    return m_hDC != nullptr && rect != nullptr &&
-           Context(m_hDC)->Bounds().intersects(Context(m_hDC)->ToDevice(*rect));
 }
 
 CPaintDC::CPaintDC(CWnd* window) : m_ps{} {

@@ -117,8 +117,7 @@ int CDC::DrawText(LPCTSTR text, int length, LPRECT rect, UINT flags) {
     if (m_hDC == nullptr || rect == nullptr)
         return 0;
     DeviceContext& context = *Context(m_hDC);
-    const bool rtl = (flags & DT_RTLREADING) != 0 || context.IsRtlReading() ||
-                     (context.state.align & TA_RTLREADING) != 0;
+    const bool rtl = (flags & DT_RTLREADING) != 0 || context.IsRtlReading();
     std::string_view shown = View(text, length);
     if ((flags & DT_SINGLELINE) == 0)
         return DrawLines(context, shown, rect, flags, rtl);
@@ -167,10 +166,6 @@ int CDC::DrawText(LPCTSTR text, int length, LPRECT rect, UINT flags) {
     return height;
 }
 
-BOOL CDC::TextOut(int x, int y, LPCTSTR text, int length) {
-    return ExtTextOut(x, y, 0, nullptr, text, static_cast<UINT>(View(text, length).size()));
-}
-
 BOOL CDC::ExtTextOut(int x, int y, UINT options, LPCRECT rect, LPCTSTR text, UINT length,
                      const int* /*widths*/) {
     if (m_hDC == nullptr)
@@ -181,15 +176,12 @@ BOOL CDC::ExtTextOut(int x, int y, UINT options, LPCRECT rect, LPCTSTR text, UIN
     const std::string_view shown = View(text, static_cast<int>(length));
     if (shown.empty())
         return TRUE;
-    const bool rtl = (options & ETO_RTLREADING) != 0 || context.IsRtlReading() ||
-                     (context.state.align & TA_RTLREADING) != 0;
+    const bool rtl = (options & ETO_RTLREADING) != 0 || context.IsRtlReading();
     const QFont font = FontOf(context.state.font);
     const TextLine& line = ShapeText(shown, {font, FontSerial(context.state.font), rtl});
     const int width = RoundUp(line.width);
-    const UINT align = context.state.align & TA_CENTER;
-    const int left = align == TA_CENTER ? x - width / 2 : align == TA_RIGHT ? x - width : x;
     const int height = QFontMetrics(font).height();
-    const CRect place(left, y, left + width, y + height);
+    const CRect place(x, y, x + width, y + height);
     const QRect area = context.ToDevice(place);
     const bool clip = (options & ETO_CLIPPED) != 0 && rect != nullptr;
     const QRect clipArea = clip ? context.ToDevice(*rect) : QRect();

@@ -28,11 +28,7 @@ public:
         COLORREF textColor = 0;
         COLORREF bkColor = 0xFFFFFF;
         int bkMode = OPAQUE;
-        UINT align = 0;
-        int rop = R2_COPYPEN;
         CPoint current;
-        bool clipped = false;
-        QRegion clip; ///< in widget coordinates
     };
 
     DeviceContext(Kind kind, Window* window, QPainter* painter, bool wholeWindow = false);
@@ -54,8 +50,8 @@ public:
     template <class Draw>
     void Paint(const QRect& bounds, Draw&& draw);
     void Invert(const QRegion& region);
-    /// Room that is drawn to: clipping, and the region being painted.
-    QRect Bounds() const;
+    /// What may be drawn to, in device coordinates.
+    const QRect& Area() const { return m_area; }
 
     QColor PenColor() const;
     bool HasPen() const;
@@ -74,17 +70,11 @@ private:
     int m_mirrorEdge = -1; ///< the right edge of the area in device coordinates; -1: not mirrored
     QRect m_area;
     bool m_rtlReading = false;
-    bool m_clipApplied = false;
 };
 
 template <class Draw>
 void DeviceContext::Paint(const QRect& bounds, Draw&& draw) {
     if (kind == Kind::Paint && m_painter != nullptr) {
-        if (state.clipped)
-            m_painter->setClipRegion(state.clip);
-        else if (m_clipApplied)
-            m_painter->setClipRect(m_area);
-        m_clipApplied = state.clipped;
         draw(*m_painter);
     } else if (kind == Kind::Layer) {
         auto call = [](void* context, QPainter& painter) {

@@ -225,10 +225,6 @@ BOOL CBrush::CreateSolidBrush(COLORREF color) {
     return m_hObject == nullptr && Attach(MakeBrush(color));
 }
 
-BOOL CBrush::CreateSysColorBrush(int index) {
-    return GetSysColorBrush(index) != nullptr && CreateSolidBrush(GetSysColor(index));
-}
-
 BOOL CFont::CreateFontIndirect(const LOGFONT* description) {
     return m_hObject == nullptr && Attach(::CreateFontIndirect(description));
 }
@@ -241,10 +237,6 @@ BOOL CFont::CreatePointFont(int tenths, LPCTSTR face) {
     description.lfCharSet = DEFAULT_CHARSET;
     std::strncpy(description.lfFaceName, face != nullptr ? face : "", LF_FACESIZE - 1);
     return CreateFontIndirect(&description);
-}
-
-BOOL CFont::GetLogFont(LOGFONT* description) const {
-    return description != nullptr && GetObject(sizeof *description, description) != 0;
 }
 
 CFont* CFont::FromHandle(HFONT font) {

@@ -14,9 +14,6 @@ namespace vnbytstr::detail {
 inline QColor ToQColor(COLORREF color) {
     return {GetRValue(color), GetGValue(color), GetBValue(color)};
 }
-inline COLORREF ToColorRef(const QColor& color) {
-    return RGB(color.red(), color.green(), color.blue());
-}
 
 /// A drawing object. Freed by GdiObject::Free, unless it is a stock object. Its number is never
 /// used again, so that what is kept about a font cannot be taken for another's.

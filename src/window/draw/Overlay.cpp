@@ -31,11 +31,6 @@ void Overlay::Forget(const QRegion& region) {
     update(region);
 }
 
-QRgb Overlay::Pixel(QPoint point) const {
-    const QPoint pixel = point * m_image.devicePixelRatio();
-    return m_image.valid(pixel) ? m_image.pixel(pixel) : 0;
-}
-
 QImage& Overlay::Image() {
     const QSize wanted = size() * devicePixelRatioF();
     if (m_image.size() != wanted) {

@@ -26,7 +26,6 @@ public:
     void Invert(const QRegion& region);
     /// Forgets what was filled and written there.
     void Forget(const QRegion& region);
-    QRgb Pixel(QPoint point) const;
 
 protected:
     void paintEvent(QPaintEvent* event) override;
