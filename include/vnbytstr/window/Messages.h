@@ -364,6 +364,7 @@ inline constexpr UINT EM_CANUNDO = 0x00C6;
 inline constexpr UINT EM_UNDO = 0x00C7;
 inline constexpr UINT EM_LINEFROMCHAR = 0x00C9;
 inline constexpr UINT EM_SETREADONLY = 0x00CF;
+inline constexpr UINT EM_GETLIMITTEXT = 0x00D5;
 inline constexpr int EN_SETFOCUS = 0x0100;
 inline constexpr int EN_KILLFOCUS = 0x0200;
 inline constexpr int EN_CHANGE = 0x0300;
@@ -411,11 +412,13 @@ inline constexpr int BN_KILLFOCUS = 7;
 inline constexpr DWORD SS_LEFT = 0x0000;
 inline constexpr DWORD SS_CENTER = 0x0001;
 inline constexpr DWORD SS_RIGHT = 0x0002;
+inline constexpr DWORD SS_BITMAP = 0x000E;
 inline constexpr DWORD SS_NOPREFIX = 0x0080;
 inline constexpr DWORD SS_NOTIFY = 0x0100;
 inline constexpr DWORD SS_CENTERIMAGE = 0x0200;
 inline constexpr DWORD SS_SUNKEN = 0x1000;
 inline constexpr DWORD SS_ENDELLIPSIS = 0x4000;
+inline constexpr UINT STM_SETIMAGE = 0x0172;
 
 // --- spin button -----------------------------------------------------------------------------
 inline constexpr DWORD UDS_WRAP = 0x0001;

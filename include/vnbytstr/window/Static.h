@@ -1,6 +1,12 @@
-// CStatic, a label. The same as a window of the class "STATIC". '&' in the text
-// underlines the next character, which with Alt gives the focus to the control that follows;
-// SS_NOPREFIX shows it as it is. With SS_NOTIFY the parent gets STN_CLICKED and STN_DBLCLK.
+// CStatic, a label: text, or a picture (SS_BITMAP).
+//
+// The same as a window of the class "STATIC". '&' in the text underlines the next character, which
+// with Alt gives the focus to the control that follows; SS_NOPREFIX shows '&' itself. With
+// SS_NOTIFY the parent gets STN_CLICKED and STN_DBLCLK.
+//
+// STM_SETIMAGE (wParam IMAGE_BITMAP) shows an HBITMAP, which stays the caller's and must live as
+// long as it is shown; null takes it away. It returns the one before. A picture larger than the
+// control is scaled down, keeping its sides' ratio.
 #pragma once
 
 #include "vnbytstr/window/Wnd.h"
@@ -9,6 +15,7 @@ inline constexpr DWORD SS_BLACKFRAME = 0x0007;
 inline constexpr DWORD SS_ETCHEDHORZ = 0x0010;
 inline constexpr int STN_CLICKED = 0;
 inline constexpr int STN_DBLCLK = 1;
+inline constexpr WPARAM IMAGE_BITMAP = 0;
 
 class VNBYTSTR_API CStatic : public CWnd {
     DECLARE_DYNAMIC(CStatic)

@@ -45,7 +45,7 @@ ButtonControl::~ButtonControl() {
         m_button->disconnect();
 }
 
-DWORD ButtonControl::Kind() const { return m_window.m_style & BS_TYPEMASK; }
+DWORD ButtonControl::Kind() const { return m_window.Style() & BS_TYPEMASK; }
 
 bool ButtonControl::IsPush() const {
     return Kind() == BS_PUSHBUTTON || Kind() == BS_DEFPUSHBUTTON || Kind() == BS_USERBUTTON ||
@@ -80,7 +80,7 @@ void ButtonControl::MakeWidget() {
         ShowText();
         return;
     }
-    if (IsPush() || (m_window.m_style & BS_PUSHLIKE) != 0) {
+    if (IsPush() || (m_window.Style() & BS_PUSHLIKE) != 0) {
         auto* const push = new PushButtonWidget(parent);
         push->setAutoDefault(false);
         push->setDefault(Kind() == BS_DEFPUSHBUTTON);
@@ -94,7 +94,7 @@ void ButtonControl::MakeWidget() {
         m_button = box;
     }
     HostControl(m_window, m_button);
-    if ((m_window.m_style & BS_LEFTTEXT) != 0)
+    if ((m_window.Style() & BS_LEFTTEXT) != 0)
         m_button->setLayoutDirection(
             m_button->layoutDirection() == Qt::LeftToRight ? Qt::RightToLeft : Qt::LeftToRight);
     QObject::connect(m_button, &QAbstractButton::clicked, m_button, [this] {
@@ -105,7 +105,7 @@ void ButtonControl::MakeWidget() {
 }
 
 void ButtonControl::ShowText() {
-    const QString text = ToQString(m_window.m_text);
+    const QString text = ToQString(m_window.Text());
     if (m_button != nullptr)
         m_button->setText(text);
     else
@@ -125,7 +125,7 @@ void ButtonControl::ShowCheck() {
 
 void ButtonControl::CheckInGroup() {
     for (Window* const other : ControlsOfGroup(m_window))
-        if (other != &m_window && (other->m_style & BS_TYPEMASK) == BS_AUTORADIOBUTTON &&
+        if (other != &m_window && (other->Style() & BS_TYPEMASK) == BS_AUTORADIOBUTTON &&
             dynamic_cast<ButtonControl*>(other->Control()) != nullptr)
             other->Send(BM_SETCHECK, BST_UNCHECKED);
     m_check = BST_CHECKED;
@@ -149,7 +149,7 @@ void ButtonControl::SetStyle(DWORD style) {
     const bool toPush = kind == BS_PUSHBUTTON || kind == BS_DEFPUSHBUTTON;
     if (m_button == nullptr || toPush != IsPush())
         return;
-    m_window.m_style = (m_window.m_style & ~BS_TYPEMASK) | kind;
+    m_window.ChangeClassStyle(BS_TYPEMASK, kind);
     if (push != nullptr && toPush) {
         push->setDefault(kind == BS_DEFPUSHBUTTON);
         push->update();
@@ -208,12 +208,12 @@ std::optional<LRESULT> ButtonControl::ButtonProc(UINT message, WPARAM wParam, LP
     case WM_KILLFOCUS: {
         const HWND window = m_window.Handle();
         const LRESULT answer = m_window.GenericProc(message, wParam, lParam);
-        if (Window::Of(window) != nullptr && (m_window.m_style & BS_NOTIFY) != 0)
+        if (Window::Of(window) != nullptr && (m_window.Style() & BS_NOTIFY) != 0)
             m_window.NotifyCommand(message == WM_SETFOCUS ? BN_SETFOCUS : BN_KILLFOCUS);
         return answer;
     }
     case WM_LBUTTONDBLCLK:
-        if ((m_window.m_style & BS_NOTIFY) != 0) {
+        if ((m_window.Style() & BS_NOTIFY) != 0) {
             const HWND window = m_window.Handle();
             m_window.NotifyCommand(BN_DBLCLK);
             if (Window::Of(window) == nullptr)

@@ -1,8 +1,8 @@
 #include "src/window/controls/ComboControl.h"
 
-#include "src/charset/CodePage.h"
 #include "src/charset/Collation.h"
 #include "src/window/controls/ComboWidgets.h"
+#include "src/window/controls/TextMatch.h"
 #include "src/window/core/WidgetDetails.h"
 #include "src/window/core/WindowWidget.h"
 #include "vnbytstr/window/ComboBox.h"
@@ -43,7 +43,7 @@ void ComboControl::Notify(int code) { m_window.NotifyCommand(code); }
 // --- making -------------------------------------------------------------------------------------
 
 void ComboControl::Create() {
-    const DWORD kind = m_window.m_style & CBS_DROPDOWNLIST;
+    const DWORD kind = m_window.Style() & CBS_DROPDOWNLIST;
     m_droppedHeight = m_window.Widget()->height();
     // The list scrolls, the window does not.
     m_window.ShowScrollBar(SB_VERT, false);
@@ -55,7 +55,7 @@ void ComboControl::Create() {
         m_window.SetPos(nullptr, 0, 0, m_window.Widget()->width(), FieldHeight(),
                         SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
     if (m_field != nullptr)
-        ShowInField(m_window.m_text);
+        ShowInField(m_window.Text());
 }
 
 void ComboControl::CreateDropDown(bool editable) {
@@ -65,6 +65,7 @@ void ComboControl::CreateDropDown(bool editable) {
         return;
     QLineEdit* line = nullptr;
     m_field = MakeLineField(*this, line);
+    m_messages.emplace(*m_field, false, false);
     m_combo->TakeLine(line);
     m_window.RouteEvents(line);
 }
@@ -72,6 +73,7 @@ void ComboControl::CreateDropDown(bool editable) {
 void ComboControl::CreateSimple() {
     QLineEdit* line = nullptr;
     m_field = MakeLineField(*this, line);
+    m_messages.emplace(*m_field, false, false);
     m_simple = new SimpleComboWidget(*this, line, HostParent(m_window));
     HostControl(m_window, m_simple);
     m_window.RouteEvents(line);
@@ -187,7 +189,7 @@ std::optional<LRESULT> ComboControl::ItemProc(UINT message, WPARAM wParam, LPARA
 LRESULT ComboControl::Add(const char* text) {
     if (text == nullptr)
         return CB_ERR;
-    if ((m_window.m_style & CBS_SORT) == 0)
+    if ((m_window.Style() & CBS_SORT) == 0)
         return Insert(static_cast<int>(m_items.size()), text);
     const auto& order = Collation::Current();
     const std::string_view added(text);
@@ -244,17 +246,9 @@ void ComboControl::Reset() {
 int ComboControl::Find(int after, const char* text, bool whole) const {
     if (text == nullptr)
         return CB_ERR;
-    const QString wanted = ToQString(text);
-    const int count = static_cast<int>(m_items.size());
-    const int start = Has(after) ? after + 1 : 0;
-    for (int i = 0; i < count; ++i) {
-        const int at = (start + i) % count;
-        const QString item = ToQString(m_items[static_cast<std::size_t>(at)].text);
-        if (whole ? item.compare(wanted, Qt::CaseInsensitive) == 0
-                  : item.startsWith(wanted, Qt::CaseInsensitive))
-            return at;
-    }
-    return CB_ERR;
+    return TextMatch(text).Find(after, static_cast<int>(m_items.size()), whole, [this](int index) {
+        return std::string_view(m_items[static_cast<std::size_t>(index)].text);
+    });
 }
 
 LRESULT ComboControl::Select(int index) {
@@ -277,18 +271,6 @@ void ComboControl::ShowInField(const std::string& text) {
     m_field->SetText(ToQString(text));
 }
 
-int ComboControl::ToBytes(int units) const {
-    return static_cast<int>(FromQString(m_field->Text().left(units)).size());
-}
-
-int ComboControl::ToUnits(int bytes) const {
-    const std::string text = FromQString(m_field->Text());
-    if (bytes < 0 || bytes >= static_cast<int>(text.size()))
-        return m_field->Length();
-    const std::size_t start = CodePage::Ansi().CharStart(text, static_cast<std::size_t>(bytes));
-    return static_cast<int>(ToQString(std::string_view(text).substr(0, start)).size());
-}
-
 std::optional<LRESULT> ComboControl::FieldProc(UINT message, WPARAM wParam, LPARAM lParam) {
     const bool isText =
         message == WM_SETTEXT || message == WM_GETTEXT || message == WM_GETTEXTLENGTH;
@@ -308,49 +290,15 @@ std::optional<LRESULT> ComboControl::FieldProc(UINT message, WPARAM wParam, LPAR
                                      : std::string();
         if (message == WM_GETTEXTLENGTH)
             return static_cast<LRESULT>(text.size());
-        if (wParam == 0 || lParam == 0)
-            return 0;
-        const std::size_t count = std::min<std::size_t>(text.size(), wParam - 1);
-        auto* const buffer = reinterpret_cast<char*>(lParam);
-        std::memcpy(buffer, text.data(), count);
-        buffer[count] = '\0';
-        return static_cast<LRESULT>(count);
+        return CopyOut(text, reinterpret_cast<char*>(lParam), static_cast<std::size_t>(wParam));
     }
     case CB_LIMITTEXT:
-        m_field->m_rules.limit =
-            wParam == 0 ? EditRules::NoLimit
-                        : std::min(static_cast<std::size_t>(wParam), EditRules::NoLimit);
+        m_messages->SetLimit(wParam);
         return TRUE;
-    case CB_GETEDITSEL: {
-        const int from = ToBytes(m_field->SelectionStart());
-        const int to = ToBytes(m_field->SelectionEnd());
-        if (wParam != 0)
-            *reinterpret_cast<DWORD*>(wParam) = static_cast<DWORD>(from);
-        if (lParam != 0)
-            *reinterpret_cast<DWORD*>(lParam) = static_cast<DWORD>(to);
-        return MAKELPARAM(from, to);
-    }
-    case WM_COPY:
-    case WM_CUT:
-        if (m_field->SelectionStart() != m_field->SelectionEnd())
-            m_field->Copy();
-        if (message == WM_CUT)
-            m_field->Insert(QString());
-        return 0;
-    case WM_PASTE: {
-        CString text;
-        if (GetClipboardText(text) && !text.IsEmpty())
-            m_field->InsertFromUser(ToQString(text.SpanExcluding("\r\n").operator const char*()));
-        return 0;
-    }
-    case WM_CLEAR:
-        m_field->Insert(QString());
-        return 0;
-    case WM_UNDO:
-        m_field->Undo();
-        return TRUE;
+    case CB_GETEDITSEL:
+        return m_messages->GetSelection(wParam, lParam);
     default:
-        return std::nullopt;
+        return m_messages->Proc(message);
     }
 }
 
@@ -410,24 +358,13 @@ std::optional<LRESULT> ComboControl::WindowProc(UINT message, WPARAM wParam, LPA
     }
 }
 
-bool ComboControl::TypeByte(char byte) {
-    if (m_field == nullptr || (m_typed.empty() && (static_cast<BYTE>(byte) < 0x20 || byte == 0x7F)))
-        return false;
-    m_typed += byte;
-    const char* const begin = m_typed.data();
-    if (!CodePage::Ansi().IsCutShort(begin, begin + m_typed.size()))
-        m_field->InsertFromUser(ToQString(std::exchange(m_typed, {})));
-    return true;
-}
-
 std::optional<LRESULT> ComboControl::KeyProc(UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
     case WM_CHAR:
-        if (IsComposed(m_window))
+        if (IsComposed(m_window) || m_field == nullptr ||
+            !m_messages->TypeByte(static_cast<char>(wParam)))
             return std::nullopt;
-        if (TypeByte(static_cast<char>(wParam)))
-            return 0;
-        return std::nullopt;
+        return 0;
     case WM_GETDLGCODE: {
         LRESULT code = DLGC_WANTARROWS | DLGC_WANTCHARS;
         const auto* const key = reinterpret_cast<const MSG*>(lParam);

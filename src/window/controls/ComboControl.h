@@ -1,7 +1,7 @@
 // The system class COMBOBOX. Inside platform/window only.
 #pragma once
 
-#include "src/window/controls/EditField.h"
+#include "src/window/controls/FieldMessages.h"
 #include "src/window/core/WindowInternal.h"
 
 #include <QPointer>
@@ -22,6 +22,7 @@ class SimpleComboWidget;
 // 1. m_items are the widget's items, in their order.
 // 2. m_current is an item's index or -1. The widget's own current index may differ while the field
 //    holds a text that was typed.
+// 3. m_messages is there as long as m_field.
 class ComboControl final : public SystemControl, public EditFieldOwner {
 public:
     explicit ComboControl(Window& window) : SystemControl(window) {}
@@ -60,16 +61,13 @@ private:
     bool Has(int index) const { return index >= 0 && index < static_cast<int>(m_items.size()); }
     void ShowInField(const std::string& text);
     int FieldHeight() const;
-    bool TypeByte(char byte);
-    int ToBytes(int units) const;
-    int ToUnits(int bytes) const;
     void Notify(int code);
 
     std::vector<Item> m_items;
-    std::unique_ptr<EditField> m_field; // null in a drop-down list
-    QPointer<ComboWidget> m_combo;      // null in a simple one
+    std::unique_ptr<EditField> m_field;      // null in a drop-down list
+    std::optional<FieldMessages> m_messages; // there as long as m_field is
+    QPointer<ComboWidget> m_combo;           // null in a simple one
     QPointer<SimpleComboWidget> m_simple;
-    std::string m_typed;
     int m_current = -1;
     int m_droppedHeight = 0;
     int m_fieldHeight = 0; // as CB_SETITEMHEIGHT wants it; 0: the font's

@@ -90,7 +90,6 @@ BOOL CDialog::Build(CWnd* parent) {
     if (!CreateEx(m_template.exStyle | WS_EX_CONTROLPARENT, nullptr, m_template.title, style, rect,
                   parent, 0))
         return FALSE;
-    Window::Of(this)->m_dialog = true;
     if (!MakeItems()) {
         DestroyWindow();
         return FALSE;

@@ -23,7 +23,7 @@ std::vector<Window*> WindowsIn(const QWidget* parent) {
     for (QObject* const child : parent->children()) {
         const auto* const widget = dynamic_cast<const WindowWidget*>(child);
         if (widget != nullptr && widget->GetWindow() != nullptr &&
-            (widget->GetWindow()->m_style & WS_CHILD) != 0)
+            (widget->GetWindow()->Style() & WS_CHILD) != 0)
             windows.push_back(widget->GetWindow());
     }
     return windows;
@@ -32,13 +32,13 @@ std::vector<Window*> WindowsIn(const QWidget* parent) {
 LRESULT CodeOf(Window& window) { return window.Send(WM_GETDLGCODE); }
 
 bool CanHaveFocus(const Window& window) {
-    return (window.m_style & WS_DISABLED) == 0 && !window.Widget()->isHidden();
+    return (window.Style() & WS_DISABLED) == 0 && !window.Widget()->isHidden();
 }
 
 /// The child of the dialog that a window is or lies in; null when it lies in none.
 Window* ControlOf(const Window& dialog, Window* window) {
     while (window != nullptr && window->Parent() != &dialog)
-        window = (window->m_style & WS_CHILD) != 0 ? window->Parent() : nullptr;
+        window = (window->Style() & WS_CHILD) != 0 ? window->Parent() : nullptr;
     return window;
 }
 
@@ -85,13 +85,13 @@ void PressEnter(Window& dialog, Window* focus) {
 
 void PressEscape(Window& dialog) {
     Window* const button = dialog.ChildOf(IDCANCEL);
-    if (button == nullptr || (button->m_style & WS_DISABLED) == 0)
+    if (button == nullptr || (button->Style() & WS_DISABLED) == 0)
         dialog.Send(WM_COMMAND, MAKEWPARAM(IDCANCEL, BN_CLICKED),
                     reinterpret_cast<LPARAM>(button != nullptr ? button->Handle() : nullptr));
 }
 
 bool HasLetter(const Window& control, QChar letter) {
-    const QString text = ToQString(control.m_text);
+    const QString text = ToQString(control.Text());
     for (qsizetype at = text.indexOf(u'&'); at >= 0 && at + 1 < text.size();
          at = text.indexOf(u'&', at + 2))
         if (text[at + 1] != u'&')
@@ -135,7 +135,7 @@ std::vector<Window*> SiblingsOf(const Window& window) {
 std::vector<Window*> ControlsOfGroup(const Window& window) {
     const auto all = SiblingsOf(window);
     const auto startsGroup = [](const Window* control) {
-        return (control->m_style & WS_GROUP) != 0;
+        return (control->Style() & WS_GROUP) != 0;
     };
     const auto self = std::find(all.begin(), all.end(), &window);
     if (self == all.end())
@@ -165,7 +165,7 @@ Window* NextTabStop(const Window& dialog, const Window* from, bool back) {
     if (start != all.end())
         std::rotate(all.begin(), start + 1, all.end());
     const auto found = std::find_if(all.begin(), all.end(), [](Window* control) {
-        return (control->m_style & WS_TABSTOP) != 0 && CanHaveFocus(*control) &&
+        return (control->Style() & WS_TABSTOP) != 0 && CanHaveFocus(*control) &&
                !IsPassedBy(*control);
     });
     return found != all.end() ? *found : nullptr;

@@ -1,7 +1,7 @@
 // The system class EDIT. Inside platform/window only.
 #pragma once
 
-#include "src/window/controls/EditField.h"
+#include "src/window/controls/FieldMessages.h"
 #include "src/window/core/WindowInternal.h"
 
 #include <optional>
@@ -19,7 +19,7 @@ public:
 // Invariants:
 // 1. m_original, when there is one, is the text that was set last, and nobody has changed the
 //    field's since.
-// 2. A field of one line has m_break "\n": its text goes through as it is.
+// 2. m_messages is there as long as m_field.
 class EditControl final : public SystemControl, public EditFieldOwner {
 public:
     explicit EditControl(Window& window) : SystemControl(window) {}
@@ -39,27 +39,19 @@ private:
     std::optional<LRESULT> LineProc(UINT message, WPARAM wParam, LPARAM lParam);
     std::optional<LRESULT> KeyProc(UINT message, WPARAM wParam, LPARAM lParam);
     LRESULT Notify(int code);
-    bool IsMultiline() const { return (m_window.m_style & 0x0004) != 0; }
+    bool IsMultiline() const { return (m_window.Style() & 0x0004) != 0; }
 
     void SetText(const char* text);
     std::string Text() const;
-    std::string Wire(const QString& text) const; // with the control's line breaks
-    int ToBytes(int units) const;
-    int ToUnits(int bytes) const;
     void SetSelection(int first, int end);
-    LRESULT GetSelection(WPARAM first, LPARAM end) const;
     void ReplaceSelection(const char* text, bool canUndo);
-    bool TypeByte(char byte);
-    void Paste();
     LRESULT DialogCode(const MSG* message) const;
 
     std::unique_ptr<EditField> m_field;
+    std::optional<FieldMessages> m_messages; // there as long as m_field is
     std::optional<std::string> m_original = std::string();
-    std::string m_break = "\n";
-    std::string m_typed; // the bytes of a character that is not complete yet
     std::string m_cue;
     ArrowKeyTaker* m_arrowKeys = nullptr;
-    char m_password = 0;
     bool m_modified = false;
     bool m_setting = false;
 };

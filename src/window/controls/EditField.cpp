@@ -5,6 +5,7 @@
 #include "src/window/core/WindowInternal.h"
 #include "vnbytstr/window/Wnd.h"
 
+#include <QKeyEvent>
 #include <QTextBoundaryFinder>
 
 namespace vnbytstr::detail {
@@ -81,6 +82,14 @@ std::unique_ptr<EditField> MakeLineField(EditFieldOwner& owner, QLineEdit*& widg
     auto field = std::make_unique<LineField>(owner, nullptr);
     widget = field->Line();
     return field;
+}
+
+UINT ClipboardCommand(const QKeyEvent& event) {
+    return event.matches(QKeySequence::Copy)    ? WM_COPY
+           : event.matches(QKeySequence::Cut)   ? WM_CUT
+           : event.matches(QKeySequence::Paste) ? WM_PASTE
+           : event.matches(QKeySequence::Undo)  ? WM_UNDO
+                                                : 0;
 }
 
 bool IsTypedText(const QString& text, Qt::KeyboardModifiers modifiers) {

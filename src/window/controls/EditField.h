@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <memory>
 
+class QKeyEvent;
 class QLineEdit;
 class QWidget;
 
@@ -94,6 +95,8 @@ std::unique_ptr<EditField> MakeEditField(const EditFieldStyle& style, EditFieldO
 /// A line's widget and field for a combo box. The field ends with its owner.
 std::unique_ptr<EditField> MakeLineField(EditFieldOwner& owner, QLineEdit*& widget);
 
+/// WM_CUT, WM_COPY, WM_PASTE or WM_UNDO for the platform's keys of these; 0 for other keys.
+UINT ClipboardCommand(const QKeyEvent& event);
 /// Whether a key's text is put in by WM_CHAR, not by the key itself.
 bool IsTypedText(const QString& text, Qt::KeyboardModifiers modifiers);
 

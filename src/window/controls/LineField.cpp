@@ -1,4 +1,5 @@
 #include "src/window/controls/LineField.h"
+#include "src/window/controls/FieldWidget.h"
 
 #include "vnbytstr/window/Messages.h"
 
@@ -7,7 +8,6 @@
 #include <QClipboard>
 #include <QContextMenuEvent>
 #include <QDropEvent>
-#include <QInputMethodEvent>
 #include <QKeyEvent>
 #include <QMenu>
 #include <QMimeData>
@@ -15,9 +15,9 @@
 namespace vnbytstr::detail {
 
 /// A QLineEdit all of whose input goes through the field.
-class LineFieldWidget final : public QLineEdit {
+class LineFieldWidget final : public FieldWidget<QLineEdit, LineField> {
 public:
-    LineFieldWidget(LineField& field, QWidget* parent) : QLineEdit(parent), m_field(&field) {
+    LineFieldWidget(LineField& field, QWidget* parent) : FieldWidget(field, parent) {
         setMaxLength(INT_MAX);
         setDragEnabled(true);
         QObject::connect(this, &QLineEdit::textChanged, this, [this] {
@@ -25,33 +25,21 @@ public:
                 m_field->Owner().FieldChanged();
         });
     }
-    void Forget() { m_field = nullptr; }
 
 protected:
     void keyPressEvent(QKeyEvent* event) override {
         if (m_field == nullptr || IsTypedText(event->text(), event->modifiers()))
             return;
-        if (const UINT command = CommandOf(*event))
+        if (const UINT command = ClipboardCommand(*event))
             m_field->Owner().FieldCommand(command);
         else
             QLineEdit::keyPressEvent(event);
     }
-    void inputMethodEvent(QInputMethodEvent* event) override {
-        if (m_field == nullptr || event->commitString().isEmpty()) {
-            QLineEdit::inputMethodEvent(event);
-            return;
-        }
-        bool full = false;
-        QString removed = selectedText();
-        if (event->replacementLength() > 0)
-            removed = text().mid(cursorPosition() + event->replacementStart(),
-                                 event->replacementLength());
-        const QString fitting = m_field->m_rules.Fit(text(), removed, event->commitString(), full);
-        QInputMethodEvent cut(event->preeditString(), event->attributes());
-        cut.setCommitString(fitting, event->replacementStart(), event->replacementLength());
-        QLineEdit::inputMethodEvent(&cut);
-        if (full && m_field != nullptr)
-            m_field->Owner().FieldFull();
+    QString Replaced(const QInputMethodEvent& event) const override {
+        return event.replacementLength() > 0
+                   ? text().mid(cursorPosition() + event.replacementStart(),
+                                event.replacementLength())
+                   : selectedText();
     }
     void mouseReleaseEvent(QMouseEvent* event) override {
         const QClipboard* const clipboard = QApplication::clipboard();
@@ -99,13 +87,6 @@ protected:
     }
 
 private:
-    static UINT CommandOf(const QKeyEvent& event) {
-        return event.matches(QKeySequence::Copy)    ? WM_COPY
-               : event.matches(QKeySequence::Cut)   ? WM_CUT
-               : event.matches(QKeySequence::Paste) ? WM_PASTE
-               : event.matches(QKeySequence::Undo)  ? WM_UNDO
-                                                    : 0;
-    }
     static UINT CommandOf(const QString& action) {
         return action == u"edit-copy"    ? WM_COPY
                : action == u"edit-cut"   ? WM_CUT
@@ -113,8 +94,6 @@ private:
                : action == u"edit-undo"  ? WM_UNDO
                                          : 0;
     }
-
-    LineField* m_field;
 };
 
 LineField::LineField(EditFieldOwner& owner, QWidget* parent)

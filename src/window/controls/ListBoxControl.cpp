@@ -165,14 +165,14 @@ int ListBoxControl::CompareRow(int row, std::string_view text, std::uintptr_t da
         return CompareIgnoringCaseKanaWidth(m_rows.Text(row), text);
     COMPAREITEMSTRUCT compare{};
     compare.CtlType = ODT_LISTBOX;
-    compare.CtlID = m_window.m_id;
+    compare.CtlID = m_window.Id();
     compare.hwndItem = m_window.Handle();
     compare.itemID1 = static_cast<UINT>(row);
     compare.itemData1 = m_rows.Data(row);
     compare.itemID2 = static_cast<UINT>(-1);
     compare.itemData2 = data;
     return static_cast<int>(
-        m_window.NotifyParent(WM_COMPAREITEM, m_window.m_id, reinterpret_cast<LPARAM>(&compare)));
+        m_window.NotifyParent(WM_COMPAREITEM, m_window.Id(), reinterpret_cast<LPARAM>(&compare)));
 }
 
 /// Behind all rows that are not greater.
@@ -279,9 +279,9 @@ void ListBoxControl::Reset() {
 void ListBoxControl::SendDeleteItem(int row) {
     if (!IsOwnerDrawn() || m_rows.Data(row) == 0)
         return;
-    DELETEITEMSTRUCT item{ODT_LISTBOX, m_window.m_id, static_cast<UINT>(row), m_window.Handle(),
+    DELETEITEMSTRUCT item{ODT_LISTBOX, m_window.Id(), static_cast<UINT>(row), m_window.Handle(),
                           m_rows.Data(row)};
-    m_window.NotifyParent(WM_DELETEITEM, m_window.m_id, reinterpret_cast<LPARAM>(&item));
+    m_window.NotifyParent(WM_DELETEITEM, m_window.Id(), reinterpret_cast<LPARAM>(&item));
 }
 
 LRESULT ListBoxControl::CopyText(int row, LPARAM buffer) const {
@@ -312,7 +312,7 @@ int ListBoxControl::Find(int after, LPARAM text, bool exact) const {
 // --- heights ---------------------------------------------------------------------------------
 
 void ListBoxControl::OnCreate() {
-    m_window.ShowScrollBar(SB_VERT, Has(LBS_DISABLENOSCROLL) && m_window.m_wantsVScroll);
+    m_window.ShowScrollBar(SB_VERT, Has(LBS_DISABLENOSCROLL) && m_window.WantsScrollBar(SB_VERT));
     m_window.ShowScrollBar(SB_HORZ, false);
     MeasureAll();
 }
@@ -323,8 +323,8 @@ void ListBoxControl::MeasureAll() {
         return;
     int height = QFontMetrics(m_window.QtFont()).height();
     if (Has(LBS_OWNERDRAWFIXED)) {
-        MEASUREITEMSTRUCT item{ODT_LISTBOX, m_window.m_id, 0, 0, static_cast<UINT>(height), 0};
-        m_window.NotifyParent(WM_MEASUREITEM, m_window.m_id, reinterpret_cast<LPARAM>(&item));
+        MEASUREITEMSTRUCT item{ODT_LISTBOX, m_window.Id(), 0, 0, static_cast<UINT>(height), 0};
+        m_window.NotifyParent(WM_MEASUREITEM, m_window.Id(), reinterpret_cast<LPARAM>(&item));
         height = static_cast<int>(item.itemHeight);
     }
     m_rows.SetHeight(height);
@@ -333,11 +333,11 @@ void ListBoxControl::MeasureAll() {
 void ListBoxControl::MeasureRow(int row) {
     MEASUREITEMSTRUCT item{};
     item.CtlType = ODT_LISTBOX;
-    item.CtlID = m_window.m_id;
+    item.CtlID = m_window.Id();
     item.itemID = static_cast<UINT>(row);
     item.itemHeight = static_cast<UINT>(m_rows.Height());
     item.itemData = m_rows.Data(row);
-    m_window.NotifyParent(WM_MEASUREITEM, m_window.m_id, reinterpret_cast<LPARAM>(&item));
+    m_window.NotifyParent(WM_MEASUREITEM, m_window.Id(), reinterpret_cast<LPARAM>(&item));
     if (m_rows.Has(row) && static_cast<int>(item.itemHeight) != m_rows.HeightOf(row))
         m_rows.SetHeightOf(row, static_cast<int>(item.itemHeight));
 }
@@ -497,8 +497,9 @@ void ListBoxControl::RowsChanged() {
         return;
     }
     const bool needs = m_rows.TopOf(m_rows.Count()) > m_client.cy;
-    const bool shown = (m_window.m_style & WS_VSCROLL) != 0;
-    const bool follows = !m_window.m_wantsVScroll || Has(LBS_DISABLENOSCROLL) || needs == shown;
+    const bool shown = (m_window.Style() & WS_VSCROLL) != 0;
+    const bool follows =
+        !m_window.WantsScrollBar(SB_VERT) || Has(LBS_DISABLENOSCROLL) || needs == shown;
     if (!follows) {
         UpdateScrollBars();
     } else if (!m_barsStale) {

@@ -27,7 +27,7 @@ public:
     bool SelectByAccess(int row, bool on);
 
 private:
-    bool Has(DWORD style) const { return (m_window.m_style & style) != 0; }
+    bool Has(DWORD style) const { return (m_window.Style() & style) != 0; }
     bool IsSingle() const { return !Has(LBS_MULTIPLESEL | LBS_EXTENDEDSEL); }
     bool IsExtended() const { return Has(LBS_EXTENDEDSEL); }
     bool IsOwnerDrawn() const { return Has(LBS_OWNERDRAWFIXED | LBS_OWNERDRAWVARIABLE); }

@@ -110,7 +110,7 @@ void ListBoxControl::OnTrack(CPoint point) {
     m_trackPoint = point;
     const bool beyond = point.y < 0 || point.y >= m_client.cy;
     CWnd* self = m_window.ObjectOrTemporary();
-    if (beyond && m_window.m_timers.count(kScrollTimer) == 0)
+    if (beyond && !m_window.HasTimer(kScrollTimer))
         self->SetTimer(kScrollTimer, kScrollEvery);
     else if (!beyond)
         self->KillTimer(kScrollTimer);

@@ -5,7 +5,7 @@
 // 5. m_sums, when valid, is the Fenwick tree over m_heights.
 #include "src/window/controls/ListBoxRows.h"
 
-#include "src/charset/CodePage.h"
+#include "src/window/controls/TextMatch.h"
 
 #include <algorithm>
 #include <array>
@@ -21,55 +21,6 @@ namespace {
 constexpr std::size_t kFirstChunk = 4096;
 constexpr std::size_t kLargestChunk = 1 << 20;
 constexpr std::size_t kLongestText = 0x7FFFFFFE;
-
-constexpr std::array<char, 256> kLower = [] {
-    std::array<char, 256> table{};
-    for (int i = 0; i < 256; ++i)
-        table[static_cast<std::size_t>(i)] =
-            static_cast<char>(i >= 'A' && i <= 'Z' ? i - 'A' + 'a' : i);
-    return table;
-}();
-char Lower(char ch) { return kLower[static_cast<BYTE>(ch)]; }
-
-/// A text to look for, ready to be compared with many.
-class Pattern {
-public:
-    explicit Pattern(std::string_view text) : m_lower(text) {
-        const CodePage& page = CodePage::Ansi();
-        page.MakeLower(m_lower);
-        m_ascii = std::all_of(text.begin(), text.end(),
-                              [](char ch) { return static_cast<BYTE>(ch) < 0x80; });
-        if (m_ascii || text.empty())
-            return;
-        std::string upper(m_lower);
-        page.MakeUpper(upper);
-        // A character keeps its length from case to case, but not its first byte.
-        m_first[0] = m_lower[0];
-        m_first[1] = upper[0];
-    }
-
-    bool Begins(const char* text, std::size_t length) const {
-        if (length < m_lower.size())
-            return false;
-        if (m_ascii) {
-            for (std::size_t i = 0; i < m_lower.size(); ++i)
-                if (Lower(text[i]) != m_lower[i])
-                    return false;
-            return true;
-        }
-        if (Lower(text[0]) != m_first[0] && text[0] != m_first[0] && text[0] != m_first[1])
-            return false;
-        std::string beginning(text, m_lower.size());
-        CodePage::Ansi().MakeLower(beginning);
-        return beginning == m_lower;
-    }
-    std::size_t Size() const { return m_lower.size(); }
-
-private:
-    std::string m_lower;
-    bool m_ascii = true;
-    char m_first[2] = {0, 0};
-};
 
 template <class T>
 void MakeRoom(std::vector<T>& values) {
@@ -279,20 +230,7 @@ int ListBoxRows::NextSelected(int from) const noexcept {
 }
 
 int ListBoxRows::Find(int after, std::string_view text, bool exact) const {
-    const Pattern pattern(text);
-    const int count = Count();
-    const int start = after < 0 || after >= count - 1 ? 0 : after + 1;
-    const auto search = [&](int from, int to) {
-        for (int row = from; row < to; ++row) {
-            const Row& entry = m_rows[Index(row)];
-            if ((!exact || entry.length == pattern.Size()) &&
-                pattern.Begins(entry.text, entry.length))
-                return row;
-        }
-        return -1;
-    };
-    const int found = search(start, count);
-    return found >= 0 ? found : search(0, start);
+    return TextMatch(text).Find(after, Count(), exact, [this](int row) { return Text(row); });
 }
 
 bool ListBoxRows::Reorder(std::span<const DWORD> order) {

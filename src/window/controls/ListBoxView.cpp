@@ -88,16 +88,16 @@ void ListBoxControl::ScrollIntoView(int row) {
 }
 
 void ListBoxControl::UpdateScrollBars() {
-    if (!m_barsStale && m_window.ScrollBar(SB_VERT) == nullptr && !m_window.m_wantsVScroll)
+    if (!m_barsStale && m_window.ScrollBar(SB_VERT) == nullptr && !m_window.WantsScrollBar(SB_VERT))
         return;
     m_barsStale = false;
-    if (m_window.m_wantsVScroll) {
+    if (m_window.WantsScrollBar(SB_VERT)) {
         const bool needs = m_rows.TopOf(m_rows.Count()) > m_client.cy && m_client.cy > 0;
         m_window.ShowScrollBar(SB_VERT, needs || Has(LBS_DISABLENOSCROLL));
         m_window.SetScroll(SB_VERT, 0, LastTop() + FullyVisible() - 1, FullyVisible(), m_top,
                            needs);
     }
-    if (m_window.m_wantsHScroll) {
+    if (m_window.WantsScrollBar(SB_HORZ)) {
         const bool needs = m_extent > m_client.cx && m_client.cx > 0;
         m_window.ShowScrollBar(SB_HORZ, needs || Has(LBS_DISABLENOSCROLL));
         m_window.SetScroll(SB_HORZ, 0, std::max(m_extent - 1, 0), m_client.cx, m_shift, needs);
@@ -205,16 +205,16 @@ void ListBoxControl::DrawRow(HDC dc, int row, const CRect& rect) {
     }
     DRAWITEMSTRUCT item{};
     item.CtlType = ODT_LISTBOX;
-    item.CtlID = m_window.m_id;
+    item.CtlID = m_window.Id();
     item.itemID = static_cast<UINT>(row);
     item.itemAction = ODA_DRAWENTIRE;
     item.itemState = (selected ? ODS_SELECTED : 0) | (focused ? ODS_FOCUS : 0) |
-                     ((m_window.m_style & WS_DISABLED) != 0 ? ODS_DISABLED : 0);
+                     ((m_window.Style() & WS_DISABLED) != 0 ? ODS_DISABLED : 0);
     item.hwndItem = m_window.Handle();
     item.hDC = dc;
     item.rcItem = rect;
     item.itemData = m_rows.Data(row);
-    m_window.NotifyParent(WM_DRAWITEM, m_window.m_id, reinterpret_cast<LPARAM>(&item));
+    m_window.NotifyParent(WM_DRAWITEM, m_window.Id(), reinterpret_cast<LPARAM>(&item));
 }
 
 void ListBoxControl::DrawPlainRow(HDC handle, int row, const CRect& rect, bool selected,
@@ -224,13 +224,13 @@ void ListBoxControl::DrawPlainRow(HDC handle, int row, const CRect& rect, bool s
         dc.SetTextColor(GetSysColor(COLOR_HIGHLIGHTTEXT));
         dc.FillSolidRect(rect, GetSysColor(COLOR_HIGHLIGHT));
     }
-    if ((m_window.m_style & WS_DISABLED) != 0)
+    if ((m_window.Style() & WS_DISABLED) != 0)
         dc.SetTextColor(GetSysColor(COLOR_GRAYTEXT));
     dc.SetBkMode(TRANSPARENT);
     CRect text = rect;
     text.DeflateRect(2, 0);
     const std::string_view shown = m_rows.Text(row);
-    const UINT right = (m_window.m_exStyle & WS_EX_RIGHT) != 0 ? DT_RIGHT : DT_LEFT;
+    const UINT right = (m_window.ExStyle() & WS_EX_RIGHT) != 0 ? DT_RIGHT : DT_LEFT;
     const auto length = static_cast<int>(std::min<std::size_t>(shown.size(), 0x7FFFFFFF));
     dc.DrawText(shown.data(), length, text, DT_SINGLELINE | DT_NOPREFIX | DT_VCENTER | right);
     if (focused)

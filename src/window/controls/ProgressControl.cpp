@@ -10,11 +10,11 @@ namespace vnbytstr::detail {
 
 void ProgressControl::MakeWidget() {
     m_bar = new QProgressBar(HostParent(m_window));
-    m_bar->setOrientation((m_window.m_style & PBS_VERTICAL) != 0 ? Qt::Vertical : Qt::Horizontal);
+    m_bar->setOrientation((m_window.Style() & PBS_VERTICAL) != 0 ? Qt::Vertical : Qt::Horizontal);
     m_bar->setTextVisible(false);
     HostControl(m_window, m_bar);
     m_bar->setFocusPolicy(Qt::NoFocus);
-    m_marquee = (m_window.m_style & PBS_MARQUEE) != 0;
+    m_marquee = (m_window.Style() & PBS_MARQUEE) != 0;
     Show();
 }
 
@@ -79,7 +79,7 @@ LRESULT ProgressControl::Proc(UINT message, WPARAM wParam, LPARAM lParam) {
         return MoveTo(next > m_upper ? m_lower + (next - m_lower) % span : next);
     }
     case PBM_SETMARQUEE:
-        m_marquee = wParam != 0 && (m_window.m_style & PBS_MARQUEE) != 0;
+        m_marquee = wParam != 0 && (m_window.Style() & PBS_MARQUEE) != 0;
         Show();
         return TRUE;
     default:

@@ -19,7 +19,7 @@ constexpr int kFirstRepeatMs = 400;
 constexpr int kRepeatMs = 60;
 
 char GroupSeparator(const Window& window) {
-    if ((window.m_style & UDS_NOTHOUSANDS) != 0)
+    if ((window.Style() & UDS_NOTHOUSANDS) != 0)
         return '\0';
     const std::string separator = FromQString(QLocale().groupSeparator());
     return separator.size() == 1 ? separator.front() : '\0';
@@ -62,7 +62,7 @@ void SpinControl::MakeWidget() {
         const WindowWidget::EventScope scope;
         Repeat();
     });
-    if ((m_window.m_style & UDS_AUTOBUDDY) != 0) {
+    if ((m_window.Style() & UDS_AUTOBUDDY) != 0) {
         const auto siblings = SiblingsOf(m_window);
         const auto self = std::find(siblings.begin(), siblings.end(), &m_window);
         if (self != siblings.end() && self != siblings.begin())
@@ -95,7 +95,7 @@ void SpinControl::TakeKeys(bool take) {
     auto* const edit = buddy != nullptr ? dynamic_cast<EditControl*>(buddy->Control()) : nullptr;
     if (edit == nullptr)
         return;
-    if (take && (m_window.m_style & UDS_ARROWKEYS) != 0)
+    if (take && (m_window.Style() & UDS_ARROWKEYS) != 0)
         edit->SetArrowKeys(this);
     else if (!take && edit->ArrowKeys() == this)
         edit->SetArrowKeys(nullptr);
@@ -111,9 +111,9 @@ LRESULT SpinControl::SetBuddy(HWND buddy) {
 
 void SpinControl::PlaceAtBuddy() {
     Window* const buddy = Window::Of(m_buddy);
-    const bool right = (m_window.m_style & UDS_ALIGNRIGHT) != 0;
+    const bool right = (m_window.Style() & UDS_ALIGNRIGHT) != 0;
     if (buddy == nullptr || buddy->Parent() == nullptr || buddy->Parent() != m_window.Parent() ||
-        (!right && (m_window.m_style & UDS_ALIGNLEFT) == 0))
+        (!right && (m_window.Style() & UDS_ALIGNLEFT) == 0))
         return;
     const CRect place = buddy->Parent()->ToClient(buddy->Widget()->geometry());
     const int width =
@@ -129,7 +129,7 @@ void SpinControl::ReadBuddy(bool* error) {
     if (error != nullptr)
         *error = false;
     const Window* const buddy = Window::Of(m_buddy);
-    if (buddy == nullptr || (m_window.m_style & UDS_SETBUDDYINT) == 0)
+    if (buddy == nullptr || (m_window.Style() & UDS_SETBUDDYINT) == 0)
         return;
     char text[64] = {};
     ::SendMessage(m_buddy, WM_GETTEXT, sizeof text, reinterpret_cast<LPARAM>(text));
@@ -141,7 +141,7 @@ void SpinControl::ReadBuddy(bool* error) {
 }
 
 void SpinControl::WriteBuddy() {
-    if ((m_window.m_style & UDS_SETBUDDYINT) == 0 || Window::Of(m_buddy) == nullptr)
+    if ((m_window.Style() & UDS_SETBUDDYINT) == 0 || Window::Of(m_buddy) == nullptr)
         return;
     const std::string text = m_counter.Text(m_counter.Position(), GroupSeparator(m_window));
     ::SendMessage(m_buddy, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(text.c_str()));
@@ -153,16 +153,16 @@ bool SpinControl::Step(bool up, int seconds) {
     ReadBuddy();
     const HWND window = m_window.Handle();
     NMUPDOWN notice{};
-    notice.hdr = {window, m_window.m_id, UDN_DELTAPOS};
+    notice.hdr = {window, m_window.Id(), UDN_DELTAPOS};
     notice.iPos = m_counter.Position();
     notice.iDelta = m_counter.Delta(up, seconds);
     const LRESULT refused =
-        m_window.NotifyParent(WM_NOTIFY, m_window.m_id, reinterpret_cast<LPARAM>(&notice));
+        m_window.NotifyParent(WM_NOTIFY, m_window.Id(), reinterpret_cast<LPARAM>(&notice));
     if (Window::Of(window) == nullptr)
         return false;
     if (refused != 0)
         return true;
-    m_counter.SetPosition(m_counter.After(notice.iDelta, (m_window.m_style & UDS_WRAP) != 0));
+    m_counter.SetPosition(m_counter.After(notice.iDelta, (m_window.Style() & UDS_WRAP) != 0));
     WriteBuddy();
     if (Window::Of(window) == nullptr)
         return false;
@@ -177,7 +177,7 @@ void SpinControl::Press(bool up) {
     m_heldMs = 0;
     m_timer->start(kFirstRepeatMs);
     if (Window* const buddy = Window::Of(m_buddy);
-        buddy != nullptr && (m_window.m_style & UDS_ARROWKEYS) != 0)
+        buddy != nullptr && (m_window.Style() & UDS_ARROWKEYS) != 0)
         SetFocus(m_buddy);
     Step(up, 0);
 }
@@ -196,7 +196,7 @@ void SpinControl::Release() {
 }
 
 void SpinControl::ArrowKey(bool up) {
-    if ((m_window.m_style & WS_DISABLED) == 0 && Step(up, 0))
+    if ((m_window.Style() & WS_DISABLED) == 0 && Step(up, 0))
         Release();
 }
 

@@ -36,7 +36,7 @@ private:
     bool Step(bool up, int seconds);
     void ReadBuddy(bool* error = nullptr);
     void WriteBuddy();
-    bool IsHorizontal() const { return (m_window.m_style & UDS_HORZ) != 0; }
+    bool IsHorizontal() const { return (m_window.Style() & UDS_HORZ) != 0; }
 
     SpinCounter m_counter;
     HWND m_buddy = nullptr;

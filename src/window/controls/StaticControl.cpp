@@ -3,6 +3,7 @@
 #include "src/window/controls/DialogKeys.h"
 #include "src/window/core/WidgetDetails.h"
 #include "src/window/core/WindowWidget.h"
+#include "src/window/draw/GdiInternal.h"
 #include "vnbytstr/window/Static.h"
 
 namespace vnbytstr::detail {
@@ -77,7 +78,7 @@ LRESULT StaticControl::Proc(UINT message, WPARAM wParam, LPARAM lParam) {
 }
 
 void StaticControl::MakeWidget() {
-    const DWORD style = m_window.m_style;
+    const DWORD style = m_window.Style();
     const DWORD type = style & kTypeMask;
     m_label = new LabelWidget(*this, HostParent(m_window));
     m_label->setTextFormat(Qt::PlainText);
@@ -100,22 +101,31 @@ void StaticControl::MakeWidget() {
 }
 
 void StaticControl::ShowContents() {
-    QString text = ToQString(m_window.m_text);
-    const DWORD type = m_window.m_style & kTypeMask;
-    if (type == SS_ETCHEDHORZ || type == SS_BLACKFRAME)
+    const GdiObject* const picture = GdiObject::Of(m_bitmap, GdiObject::Type::Bitmap);
+    if (picture != nullptr) {
+        const QSize space = m_label->size();
+        QPixmap shown = picture->pixmap;
+        if (shown.width() > space.width() || shown.height() > space.height())
+            shown = shown.scaled(space, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+        m_label->setPixmap(shown);
+        return;
+    }
+    QString text = ToQString(m_window.Text());
+    const DWORD type = m_window.Style() & kTypeMask;
+    if (type == SS_BITMAP || type == SS_ETCHEDHORZ || type == SS_BLACKFRAME)
         text.clear();
-    if ((m_window.m_style & SS_NOPREFIX) != 0) {
+    if ((m_window.Style() & SS_NOPREFIX) != 0) {
         // A label without a partner shows '&' as it is.
         m_label->setBuddy(nullptr);
     }
-    if ((m_window.m_style & SS_ENDELLIPSIS) != 0)
+    if ((m_window.Style() & SS_ENDELLIPSIS) != 0)
         m_label->SetElidedText(text);
     else
         m_label->setText(text);
 }
 
 void StaticControl::FindPartner() {
-    if ((m_window.m_style & SS_NOPREFIX) != 0 || m_label == nullptr)
+    if ((m_window.Style() & SS_NOPREFIX) != 0 || m_label == nullptr)
         return;
     Window* const partner = NextFocusable(m_window);
     // Without one the letter leads nowhere, but is marked all the same.
@@ -134,9 +144,23 @@ std::optional<LRESULT> StaticControl::StaticProc(UINT message, WPARAM wParam, LP
         ShowContents();
         return answer;
     }
+    case WM_SIZE:
+        if (m_bitmap != nullptr)
+            ShowContents();
+        return std::nullopt;
+    case STM_SETIMAGE: {
+        if (wParam != IMAGE_BITMAP)
+            return 0;
+        HBITMAP const before = std::exchange(m_bitmap, reinterpret_cast<HBITMAP>(lParam));
+        m_label->setPixmap({});
+        ShowContents();
+        return reinterpret_cast<LRESULT>(before);
+    }
+    case STM_GETIMAGE:
+        return reinterpret_cast<LRESULT>(m_bitmap);
     case WM_LBUTTONDOWN:
     case WM_LBUTTONDBLCLK:
-        if ((m_window.m_style & SS_NOTIFY) != 0)
+        if ((m_window.Style() & SS_NOTIFY) != 0)
             m_window.NotifyCommand(message == WM_LBUTTONDOWN ? STN_CLICKED : STN_DBLCLK);
         return 0;
     default:

@@ -27,6 +27,7 @@ private:
     std::optional<LRESULT> StaticProc(UINT message, WPARAM wParam, LPARAM lParam);
 
     QPointer<LabelWidget> m_label;
+    HBITMAP m_bitmap = nullptr;
 };
 
 } // namespace vnbytstr::detail

@@ -1,8 +1,8 @@
 #include "src/window/controls/TextField.h"
+#include "src/window/controls/FieldWidget.h"
 
 #include "vnbytstr/window/Messages.h"
 
-#include <QInputMethodEvent>
 #include <QKeyEvent>
 #include <QMimeData>
 #include <QScrollBar>
@@ -12,9 +12,9 @@
 namespace vnbytstr::detail {
 
 /// A QPlainTextEdit all of whose input goes through the field.
-class TextFieldWidget final : public QPlainTextEdit {
+class TextFieldWidget final : public FieldWidget<QPlainTextEdit, TextField> {
 public:
-    TextFieldWidget(TextField& field, QWidget* parent) : QPlainTextEdit(parent), m_field(&field) {
+    TextFieldWidget(TextField& field, QWidget* parent) : FieldWidget(field, parent) {
         connect(document(), &QTextDocument::contentsChange, this,
                 [this](int, int removed, int added) {
                     // A change of format alone says that as many were removed as added.
@@ -25,13 +25,12 @@ public:
                 m_field->Owner().FieldChanged();
         });
     }
-    void Forget() { m_field = nullptr; }
 
 protected:
     void keyPressEvent(QKeyEvent* event) override {
         if (m_field == nullptr || IsTypedText(event->text(), event->modifiers()))
             return;
-        if (const UINT command = CommandOf(*event)) {
+        if (const UINT command = ClipboardCommand(*event)) {
             m_field->Owner().FieldCommand(command);
         } else if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
             if ((event->modifiers() & (Qt::AltModifier | Qt::MetaModifier)) == 0)
@@ -42,20 +41,7 @@ protected:
             QPlainTextEdit::keyPressEvent(event);
         }
     }
-    void inputMethodEvent(QInputMethodEvent* event) override {
-        if (m_field == nullptr || event->commitString().isEmpty()) {
-            QPlainTextEdit::inputMethodEvent(event);
-            return;
-        }
-        bool full = false;
-        const QString fitting = m_field->m_rules.Fit(m_field->Text(), m_field->SelectedText(),
-                                                     event->commitString(), full);
-        QInputMethodEvent cut(event->preeditString(), event->attributes());
-        cut.setCommitString(fitting, event->replacementStart(), event->replacementLength());
-        QPlainTextEdit::inputMethodEvent(&cut);
-        if (full && m_field != nullptr)
-            m_field->Owner().FieldFull();
-    }
+    QString Replaced(const QInputMethodEvent&) const override { return m_field->SelectedText(); }
     /// Pasting and dropping end here.
     void insertFromMimeData(const QMimeData* source) override {
         if (m_field != nullptr && source->hasText())
@@ -64,15 +50,6 @@ protected:
     }
 
 private:
-    static UINT CommandOf(const QKeyEvent& event) {
-        return event.matches(QKeySequence::Copy)    ? WM_COPY
-               : event.matches(QKeySequence::Cut)   ? WM_CUT
-               : event.matches(QKeySequence::Paste) ? WM_PASTE
-               : event.matches(QKeySequence::Undo)  ? WM_UNDO
-                                                    : 0;
-    }
-
-    TextField* m_field;
     bool m_changed = false;
 };
 

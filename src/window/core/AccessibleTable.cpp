@@ -48,8 +48,8 @@ Result WithTable(const WindowWidget* widget, Result otherwise, Use&& use) {
     Window* window = widget != nullptr ? widget->GetWindow() : nullptr;
     if (window == nullptr)
         return otherwise;
-    if (window->m_accessible != nullptr)
-        return use(*window->m_accessible, *window);
+    if (window->Accessible() != nullptr)
+        return use(*window->Accessible(), *window);
     auto* control = dynamic_cast<ListBoxControl*>(window->Control());
     if (control == nullptr)
         return otherwise;
@@ -353,7 +353,7 @@ QAccessibleInterface* MakeInterface(const QString&, QObject* object) {
     auto* widget = dynamic_cast<WindowWidget*>(object);
     if (widget == nullptr || widget->GetWindow() == nullptr)
         return nullptr;
-    const bool isTable = widget->GetWindow()->m_accessible != nullptr ||
+    const bool isTable = widget->GetWindow()->Accessible() != nullptr ||
                          dynamic_cast<ListBoxControl*>(widget->GetWindow()->Control()) != nullptr;
     return isTable ? new TableInterface(widget) : nullptr;
 }

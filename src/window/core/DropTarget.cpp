@@ -89,7 +89,7 @@ public:
         COleDataObject data(event->mimeData());
         const HWND window = m_window.Handle();
         m_effect = m_target->OnDragOver(Object(), &data, Keys(*event), Point(*event));
-        if (Window::Of(window) == nullptr || m_window.m_drop.get() != this)
+        if (Window::Of(window) == nullptr || m_window.Drop() != this)
             return;
         Answer(*event);
         if (m_effect == DROPEFFECT_NONE) {
@@ -140,10 +140,10 @@ COleDropTarget::~COleDropTarget() { COleDropTarget::Revoke(); }
 
 BOOL COleDropTarget::Register(CWnd* object) {
     Window* const window = Window::Of(object);
-    if (window == nullptr || window->m_drop != nullptr || m_hWnd != nullptr)
+    if (window == nullptr || window->Drop() != nullptr || m_hWnd != nullptr)
         return FALSE;
-    window->m_drop = std::make_unique<TargetSink>(*this, *window);
-    window->SetStyles(window->m_style, window->m_exStyle);
+    window->SetDrop(std::make_unique<TargetSink>(*this, *window));
+    window->SetStyles(window->Style(), window->ExStyle());
     m_hWnd = window->Handle();
     return TRUE;
 }
@@ -153,10 +153,10 @@ void COleDropTarget::Revoke() {
     m_hWnd = nullptr;
     if (window == nullptr)
         return;
-    if (auto* const sink = dynamic_cast<TargetSink*>(window->m_drop.get()))
+    if (auto* const sink = dynamic_cast<TargetSink*>(window->Drop()))
         sink->Forget();
-    window->m_drop.reset();
-    window->SetStyles(window->m_style, window->m_exStyle);
+    window->SetDrop(nullptr);
+    window->SetStyles(window->Style(), window->ExStyle());
 }
 
 DROPEFFECT COleDropTarget::OnDragEnter(CWnd*, COleDataObject*, DWORD, CPoint) {

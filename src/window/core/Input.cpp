@@ -231,7 +231,7 @@ void MarkKeyUnused() { State().keyUnused = true; }
 bool PreTranslate(MSG& message, Window& window) {
     HWND handle = window.Handle();
     while (Window* current = Window::Of(handle)) {
-        const Window* parent = (current->m_style & WS_CHILD) != 0 ? current->Parent() : nullptr;
+        const Window* parent = (current->Style() & WS_CHILD) != 0 ? current->Parent() : nullptr;
         HWND next = parent != nullptr ? const_cast<Window*>(parent)->Handle() : nullptr;
         if (current->Object() != nullptr && current->Object()->PreTranslateMessage(&message))
             return true;

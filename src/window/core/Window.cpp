@@ -258,6 +258,21 @@ LRESULT Window::NotifyCommand(int code) {
                         reinterpret_cast<LPARAM>(Handle()));
 }
 
+void Window::StartTimer(std::uintptr_t id, UINT milliseconds) {
+    StopTimer(id);
+    const int interval = std::max(static_cast<int>(std::min<UINT>(milliseconds, 0x7FFFFFFF)), 1);
+    m_timers[id] = m_widget->startTimer(interval);
+}
+
+bool Window::StopTimer(std::uintptr_t id) {
+    const auto found = m_timers.find(id);
+    if (found == m_timers.end())
+        return false;
+    m_widget->killTimer(found->second);
+    m_timers.erase(found);
+    return true;
+}
+
 HBRUSH Window::AskCtlColor(UINT message, HDC dc) {
     auto* brush = reinterpret_cast<HBRUSH>(
         NotifyParent(message, reinterpret_cast<WPARAM>(dc), reinterpret_cast<LPARAM>(Handle())));

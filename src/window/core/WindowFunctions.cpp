@@ -82,7 +82,7 @@ HWND GetDlgItem(HWND handle, int id) {
 
 int GetDlgCtrlID(HWND handle) {
     Window* window = Window::Of(handle);
-    return window != nullptr ? static_cast<int>(window->m_id) : 0;
+    return window != nullptr ? static_cast<int>(window->Id()) : 0;
 }
 
 int GetClassName(HWND handle, LPSTR buffer, int size) {
@@ -99,7 +99,7 @@ BOOL EnableWindow(HWND handle, BOOL on) {
     Window* window = Window::Of(handle);
     if (window == nullptr)
         return FALSE;
-    const bool wasDisabled = (window->m_style & WS_DISABLED) != 0;
+    const bool wasDisabled = (window->Style() & WS_DISABLED) != 0;
     window->SetEnabled(on != 0);
     return wasDisabled;
 }
@@ -145,8 +145,8 @@ LONG GetWindowLong(HWND handle, int index) {
     Window* window = Window::Of(handle);
     if (window == nullptr)
         return 0;
-    return index == GWL_STYLE     ? static_cast<LONG>(window->m_style)
-           : index == GWL_EXSTYLE ? static_cast<LONG>(window->m_exStyle)
+    return index == GWL_STYLE     ? static_cast<LONG>(window->Style())
+           : index == GWL_EXSTYLE ? static_cast<LONG>(window->ExStyle())
                                   : 0;
 }
 
@@ -156,9 +156,9 @@ LONG SetWindowLong(HWND handle, int index, LONG value) {
         return 0;
     const LONG before = GetWindowLong(handle, index);
     if (index == GWL_STYLE)
-        window->SetStyles(static_cast<DWORD>(value), window->m_exStyle);
+        window->SetStyles(static_cast<DWORD>(value), window->ExStyle());
     else
-        window->SetStyles(window->m_style, static_cast<DWORD>(value));
+        window->SetStyles(window->Style(), static_cast<DWORD>(value));
     window->Send(WM_STYLECHANGED, static_cast<WPARAM>(static_cast<std::intptr_t>(index)), before);
     if (Window::Of(handle) != nullptr)
         window->Invalidate(nullptr);

@@ -31,6 +31,9 @@ class WindowWidget;
 /// Text of the ANSI code page to Qt's and back.
 QString ToQString(std::string_view text);
 std::string FromQString(const QString& text);
+/// WM_GETTEXT and its like: copies a text and a NUL into a buffer of `size` bytes, cut off where it
+/// ends. Returns the bytes copied without the NUL; 0 for a null or empty buffer.
+LRESULT CopyOut(std::string_view text, char* buffer, std::size_t size);
 
 /// The behaviour of a system class. One object per window, made before WM_NCCREATE and ended after
 /// WM_NCDESTROY.
@@ -155,17 +158,26 @@ public:
     Overlay& GetOverlay(); ///< the layer for drawing outside WM_PAINT
     Overlay* ExistingOverlay() const { return m_overlay; }
 
-    DWORD m_style = 0;
-    DWORD m_exStyle = 0;
-    UINT m_id = 0;
-    std::string m_text;
-    HWND m_topLevelOwner = nullptr;
-    CAccessibleTable* m_accessible = nullptr;
-    std::unique_ptr<DropSink> m_drop;
-    std::map<std::uintptr_t, int> m_timers; ///< id -> Qt's timer id
-    bool m_wantsVScroll = false;            ///< the creator's wish
-    bool m_wantsHScroll = false;
-    bool m_dialog = false; ///< Tab and the like travel inside it (CDialog sets it)
+    DWORD Style() const { return m_style; }
+    DWORD ExStyle() const { return m_exStyle; }
+    /// Changes style bits that only the window's class reads (BS_*, ES_*).
+    void ChangeClassStyle(DWORD remove, DWORD add) { m_style = (m_style & ~remove) | add; }
+    UINT Id() const { return m_id; }
+    /// The window's text as WM_SETTEXT set it; a class may keep its text elsewhere.
+    const std::string& Text() const { return m_text; }
+    Window* TopLevelOwner() const { return Of(m_topLevelOwner); } ///< null when there is none
+    /// Whether the creator's style had WS_VSCROLL (SB_VERT) or WS_HSCROLL (SB_HORZ).
+    bool WantsScrollBar(int bar) const { return bar == SB_VERT ? m_wantsVScroll : m_wantsHScroll; }
+
+    /// Sends WM_TIMER every `milliseconds` (at least 1), in place of a timer with the same id.
+    void StartTimer(std::uintptr_t id, UINT milliseconds);
+    bool StopTimer(std::uintptr_t id); ///< false when there is none
+    bool HasTimer(std::uintptr_t id) const { return m_timers.count(id) != 0; }
+
+    CAccessibleTable* Accessible() const { return m_accessible; } ///< null when there is none
+    void SetAccessible(CAccessibleTable* table) { m_accessible = table; } ///< not owned
+    DropSink* Drop() const { return m_drop.get(); } ///< null when there is none
+    void SetDrop(std::unique_ptr<DropSink> sink) { m_drop = std::move(sink); }
 
 private:
     friend class WindowWidget;
@@ -178,6 +190,16 @@ private:
     LRESULT DefaultSetCursor(WPARAM wParam, LPARAM lParam);
 
     const WindowClass* m_class;
+    DWORD m_style = 0;
+    DWORD m_exStyle = 0;
+    UINT m_id = 0;
+    std::string m_text;
+    HWND m_topLevelOwner = nullptr;
+    CAccessibleTable* m_accessible = nullptr;
+    std::unique_ptr<DropSink> m_drop;
+    std::map<std::uintptr_t, int> m_timers; // id -> Qt's timer id
+    bool m_wantsVScroll = false;
+    bool m_wantsHScroll = false;
     WindowWidget* m_widget = nullptr;
     CWnd* m_object = nullptr;
     std::unique_ptr<CWnd> m_temporary;

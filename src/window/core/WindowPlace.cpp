@@ -14,11 +14,11 @@ namespace vnbytstr::detail {
 namespace {
 
 int BorderWidth(const Window& window) {
-    if ((window.m_style & WS_CHILD) == 0 && (window.m_style & WS_CAPTION) == WS_CAPTION)
+    if ((window.Style() & WS_CHILD) == 0 && (window.Style() & WS_CAPTION) == WS_CAPTION)
         return 0;
-    if ((window.m_exStyle & WS_EX_CLIENTEDGE) != 0)
+    if ((window.ExStyle() & WS_EX_CLIENTEDGE) != 0)
         return 2;
-    return (window.m_style & WS_BORDER) != 0 || (window.m_exStyle & WS_EX_STATICEDGE) != 0 ? 1 : 0;
+    return (window.Style() & WS_BORDER) != 0 || (window.ExStyle() & WS_EX_STATICEDGE) != 0 ? 1 : 0;
 }
 
 } // namespace
@@ -133,7 +133,7 @@ void Window::Show(int command) {
         const QWidget* focus = QApplication::focusWidget();
         if ((m_style & WS_CHILD) != 0 && parent != nullptr && focus != nullptr &&
             (focus == m_widget || m_widget->isAncestorOf(focus)) &&
-            (parent->m_style & WS_TABSTOP) != 0)
+            (parent->Style() & WS_TABSTOP) != 0)
             SetFocus(parent->Handle());
     }
     Send(WM_SHOWWINDOW, show ? 1 : 0, 0);
@@ -201,7 +201,7 @@ void Window::Invalidate(const RECT* rect) {
     for (Window* window = this; window != nullptr;) {
         if (window->m_overlay != nullptr && window->m_overlayWidget)
             window->m_overlay->Forget(area.translated(m_widget->mapTo(window->m_widget, QPoint())));
-        window = (window->m_style & WS_CHILD) != 0 ? window->Parent() : nullptr;
+        window = (window->Style() & WS_CHILD) != 0 ? window->Parent() : nullptr;
     }
     m_widget->update(area);
     if (m_hosted)

@@ -41,16 +41,15 @@ bool CarriesEvent(RoutedEvent& routed, UINT message) {
     }
 }
 
-std::size_t CopyText(const std::string& text, WPARAM size, LPARAM buffer) {
-    auto* target = reinterpret_cast<char*>(buffer);
-    if (target == nullptr || size == 0)
-        return 0;
-    const std::size_t copied = text.copy(target, static_cast<std::size_t>(size) - 1);
-    target[copied] = '\0';
-    return copied;
-}
-
 } // namespace
+
+LRESULT CopyOut(std::string_view text, char* buffer, std::size_t size) {
+    if (buffer == nullptr || size == 0)
+        return 0;
+    const std::size_t count = text.copy(buffer, size - 1);
+    buffer[count] = '\0';
+    return static_cast<LRESULT>(count);
+}
 
 LRESULT Window::Send(UINT message, WPARAM wParam, LPARAM lParam) {
     if (m_object != nullptr)
@@ -106,7 +105,7 @@ LRESULT Window::GenericProc(UINT message, WPARAM wParam, LPARAM lParam) {
         Invalidate(nullptr);
         return 1;
     case WM_GETTEXT:
-        return static_cast<LRESULT>(CopyText(m_text, wParam, lParam));
+        return CopyOut(m_text, reinterpret_cast<char*>(lParam), static_cast<std::size_t>(wParam));
     case WM_GETTEXTLENGTH:
         return static_cast<LRESULT>(m_text.size());
     case WM_SETFONT:

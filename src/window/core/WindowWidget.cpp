@@ -52,7 +52,7 @@ WindowWidget::WindowWidget(Window& window, QWidget* parent, Qt::WindowFlags flag
     : QWidget(parent, flags), m_window(&window) {
     setMouseTracking(true);
     setAttribute(Qt::WA_OpaquePaintEvent);
-    setWindowTitle(ToQString(window.m_text));
+    setWindowTitle(ToQString(window.Text()));
     if ((flags & Qt::WindowType_Mask) == Qt::ToolTip)
         setAttribute(Qt::WA_ShowWithoutActivating);
 }
@@ -100,7 +100,7 @@ bool HasFiles(const QMimeData* data) {
 
 /// Drag and drop: the sink, or WM_DROPFILES.
 bool HandleDrop(Window& window, QEvent* event) {
-    DropSink* sink = window.m_drop.get();
+    DropSink* sink = window.Drop();
     switch (event->type()) {
     case QEvent::DragEnter: {
         auto* drag = static_cast<QDragEnterEvent*>(event);
@@ -205,7 +205,7 @@ bool WindowWidget::HandleEvent(QEvent* event) {
 /// A Qt host moved or sized the widget: the window may still have its say.
 void WindowWidget::OnMoved() {
     HWND handle = m_window->Handle();
-    const Window* parent = (m_window->m_style & WS_CHILD) != 0 ? m_window->Parent() : nullptr;
+    const Window* parent = (m_window->Style() & WS_CHILD) != 0 ? m_window->Parent() : nullptr;
     const CRect now = parent != nullptr ? parent->ToClient(geometry())
                                         : CRect(x(), y(), x() + width(), y() + height());
     WINDOWPOS place{handle,
@@ -220,7 +220,7 @@ void WindowWidget::OnMoved() {
     if (Window::Of(handle) == nullptr)
         return;
     const CRect wanted(place.x, place.y, place.x + place.cx, place.y + place.cy);
-    if (!(wanted == now) && (m_window->m_style & WS_CHILD) != 0)
+    if (!(wanted == now) && (m_window->Style() & WS_CHILD) != 0)
         setGeometry(parent != nullptr
                         ? parent->ToWidget(wanted)
                         : QRect(wanted.left, wanted.top, wanted.Width(), wanted.Height()));
@@ -254,7 +254,7 @@ void WindowWidget::OnChange(QEvent* event) {
     case QEvent::EnabledChange: {
         // A Qt host may enable and disable the widget itself; a disabled parent is no news.
         const bool disabled = testAttribute(Qt::WA_ForceDisabled);
-        const bool known = (m_window->m_style & WS_DISABLED) != 0;
+        const bool known = (m_window->Style() & WS_DISABLED) != 0;
         if (disabled != known) {
             m_window->m_style ^= WS_DISABLED;
             m_window->Send(WM_ENABLE, disabled ? 0 : 1);
@@ -355,13 +355,13 @@ void WindowWidget::PaintFrame(QPainter& painter) {
         painter.fillRect(r.x(), r.bottom(), r.width(), 1, ToQColor(rightBottom));
         painter.fillRect(r.right(), r.y(), 1, r.height(), ToQColor(rightBottom));
     };
-    if ((m_window->m_exStyle & WS_EX_CLIENTEDGE) != 0) {
+    if ((m_window->ExStyle() & WS_EX_CLIENTEDGE) != 0) {
         edge(rect(), GetSysColor(COLOR_3DSHADOW), GetSysColor(COLOR_3DHIGHLIGHT));
         edge(rect().adjusted(1, 1, -1, -1), GetSysColor(COLOR_3DDKSHADOW),
              GetSysColor(COLOR_3DLIGHT));
-    } else if ((m_window->m_exStyle & WS_EX_STATICEDGE) != 0) {
+    } else if ((m_window->ExStyle() & WS_EX_STATICEDGE) != 0) {
         edge(rect(), GetSysColor(COLOR_3DSHADOW), GetSysColor(COLOR_3DHIGHLIGHT));
-    } else if ((m_window->m_style & WS_BORDER) != 0) {
+    } else if ((m_window->Style() & WS_BORDER) != 0) {
         edge(rect(), GetSysColor(COLOR_WINDOWFRAME), GetSysColor(COLOR_WINDOWFRAME));
     }
 }

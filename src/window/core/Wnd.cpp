@@ -147,20 +147,20 @@ LRESULT CWnd::SendDlgItemMessage(int id, UINT message, WPARAM wParam, LPARAM lPa
 
 DWORD CWnd::GetStyle() const {
     Window* window = Of(this);
-    return window != nullptr ? window->m_style : 0;
+    return window != nullptr ? window->Style() : 0;
 }
 
 DWORD CWnd::GetExStyle() const {
     Window* window = Of(this);
-    return window != nullptr ? window->m_exStyle : 0;
+    return window != nullptr ? window->ExStyle() : 0;
 }
 
 BOOL CWnd::ModifyStyle(DWORD remove, DWORD add, UINT flags) {
     Window* window = Of(this);
     if (window == nullptr)
         return FALSE;
-    const DWORD next = (window->m_style & ~remove) | add;
-    if (next == window->m_style)
+    const DWORD next = (window->Style() & ~remove) | add;
+    if (next == window->Style())
         return FALSE;
     ::SetWindowLong(m_hWnd, GWL_STYLE, static_cast<LONG>(next));
     if (flags != 0)
@@ -173,8 +173,8 @@ BOOL CWnd::ModifyStyleEx(DWORD remove, DWORD add, UINT flags) {
     Window* window = Of(this);
     if (window == nullptr)
         return FALSE;
-    const DWORD next = (window->m_exStyle & ~remove) | add;
-    if (next == window->m_exStyle)
+    const DWORD next = (window->ExStyle() & ~remove) | add;
+    if (next == window->ExStyle())
         return FALSE;
     ::SetWindowLong(m_hWnd, GWL_EXSTYLE, static_cast<LONG>(next));
     if (flags != 0)
@@ -257,7 +257,7 @@ BOOL CWnd::EnableWindow(BOOL on) { return ::EnableWindow(m_hWnd, on); }
 
 BOOL CWnd::IsWindowEnabled() const {
     Window* window = Of(this);
-    return window != nullptr && (window->m_style & WS_DISABLED) == 0;
+    return window != nullptr && (window->Style() & WS_DISABLED) == 0;
 }
 
 void CWnd::CenterWindow(CWnd* around) {
@@ -351,22 +351,13 @@ std::uintptr_t CWnd::SetTimer(std::uintptr_t id, UINT milliseconds, void* /*func
     Window* window = Of(this);
     if (window == nullptr)
         return 0;
-    KillTimer(id);
-    const int shortest = std::max(static_cast<int>(std::min<UINT>(milliseconds, 0x7FFFFFFF)), 1);
-    window->m_timers[id] = window->Widget()->startTimer(shortest);
+    window->StartTimer(id, milliseconds);
     return id != 0 ? id : 1;
 }
 
 BOOL CWnd::KillTimer(std::uintptr_t id) {
     Window* window = Of(this);
-    if (window == nullptr)
-        return FALSE;
-    const auto found = window->m_timers.find(id);
-    if (found == window->m_timers.end())
-        return FALSE;
-    window->Widget()->killTimer(found->second);
-    window->m_timers.erase(found);
-    return TRUE;
+    return window != nullptr && window->StopTimer(id);
 }
 
 int CWnd::MessageBox(LPCTSTR text, LPCTSTR caption, UINT type) {
@@ -379,5 +370,5 @@ void CWnd::DragAcceptFiles(BOOL accept) {
 
 void CWnd::SetAccessibleTable(CAccessibleTable* table) {
     if (Window* window = Of(this))
-        window->m_accessible = table;
+        window->SetAccessible(table);
 }

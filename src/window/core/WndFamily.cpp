@@ -26,7 +26,7 @@ CWnd* CWnd::GetParent() const {
 
 CWnd* CWnd::GetTopLevelParent() const {
     Window* window = Of(this);
-    while (window != nullptr && (window->m_style & WS_CHILD) != 0 && window->Parent() != nullptr)
+    while (window != nullptr && (window->Style() & WS_CHILD) != 0 && window->Parent() != nullptr)
         window = window->Parent();
     return ObjectOf(window);
 }
@@ -60,7 +60,7 @@ CWnd* CWnd::GetWindow(UINT which) const {
     if (window == nullptr)
         return nullptr;
     if (which == GW_OWNER)
-        return ObjectOf(Window::Of(window->m_topLevelOwner));
+        return ObjectOf(window->TopLevelOwner());
     if (which == GW_CHILD) {
         const auto children = ChildWindows(window->Widget());
         return children.empty() ? nullptr : ObjectOf(children.front());
@@ -107,7 +107,7 @@ CWnd* CWnd::GetNextDlgTabItem(CWnd* from, BOOL previous) const {
     if (!previous)
         std::reverse(children.begin(), children.end());
     const auto usable = [](Window* window) {
-        return (window->m_style & (WS_TABSTOP | WS_DISABLED)) == WS_TABSTOP &&
+        return (window->Style() & (WS_TABSTOP | WS_DISABLED)) == WS_TABSTOP &&
                window->Widget()->isVisible();
     };
     Window* start = Of(from);

@@ -28,7 +28,7 @@ DeviceContext::DeviceContext(Kind ofKind, Window* window, QPainter* painter, boo
     m_origin = m_area.topLeft();
     if (window->IsMirrored())
         m_mirrorEdge = m_area.x() + m_area.width();
-    m_rtlReading = (window->m_exStyle & WS_EX_RTLREADING) != 0;
+    m_rtlReading = (window->ExStyle() & WS_EX_RTLREADING) != 0;
     state.font = window->Font();
     state.textColor = GetSysColor(COLOR_WINDOWTEXT);
     state.bkColor = GetSysColor(COLOR_WINDOW);
