@@ -13,6 +13,7 @@
 
 #include "vnbytstr/GlobalVars.h"
 #include "vnbytstr/Language.h"
+#include "vnbytstr/window/ComboBox.h"
 #include "vnbytstr/window/ListBox.h"
 
 #include <algorithm>

@@ -3,6 +3,7 @@
 #include "src/lists/ListBoxExInternal.h"
 #include "src/lists/ListColumns.h"
 #include "vnbytstr/Language.h"
+#include "vnbytstr/window/ListBox.h"
 
 #include <algorithm>
 

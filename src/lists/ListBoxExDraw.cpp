@@ -4,6 +4,7 @@
 #include "src/lists/RowText.h"
 
 #include "src/charset/CodePage.h"
+#include "vnbytstr/window/ListBox.h"
 
 #include <algorithm>
 #include <functional>

@@ -3,6 +3,8 @@
 #include "src/lists/ListColumns.h"
 
 #include "vnbytstr/ListBoxCellEdit.h"
+#include "vnbytstr/window/ComboBox.h"
+#include "vnbytstr/window/ListBox.h"
 
 #include <algorithm>
 

@@ -4,6 +4,8 @@
 #include "src/lists/TypeAhead.h"
 
 #include "src/charset/CodePage.h"
+#include "vnbytstr/window/Edit.h"
+#include "vnbytstr/window/ListBox.h"
 
 #include <algorithm>
 

@@ -1,4 +1,5 @@
 #include "vnbytstr/VNListBox.h"
+#include "vnbytstr/window/ListBox.h"
 
 #include "src/lists/ListColumns.h"
 #include "src/lists/RowMap.h"

@@ -3,6 +3,7 @@
 #include "messages/ResourceIds.h"
 #include "src/charset/CodePage.h"
 #include "vnbytstr/Language.h"
+#include "vnbytstr/window/Button.h"
 #include "vnbytstr/window/Edit.h"
 
 #include <algorithm>

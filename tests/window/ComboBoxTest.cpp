@@ -62,6 +62,7 @@ TEST_F(ComboBoxTest, ItemsKeepTheirOrderDataAndSelection) {
     EXPECT_EQ(m_combo.GetLBTextLen(-1), CB_ERR);
     m_combo.ResetContent();
     EXPECT_EQ(m_combo.GetCount(), 0);
+    EXPECT_GE(m_combo.InitStorage(100, 1000), 100);
     EXPECT_TRUE(Codes().empty()); // the program's own doing tells nobody
 }
 

@@ -1,5 +1,6 @@
 // Windows: making and ending, messages, input.
 #include "tests/window/WindowFixture.h"
+#include "vnbytstr/window/ListBox.h"
 
 #include <QPointer>
 #include <QVBoxLayout>
@@ -313,6 +314,20 @@ TEST_F(Wnd, ClassesAreRegisteredOnce) {
     window.DestroyWindow();
     EXPECT_TRUE(::UnregisterClass("OwnClass", nullptr));
     EXPECT_TRUE(::GetClassInfo(nullptr, "ListBox", &known));
+}
+
+TEST_F(Wnd, TheProgramEndsWithTheAnswerItIsToldAndDrawsAgainWhenItMay) {
+    struct Program : CWinApp {
+        BOOL OnIdle(LONG) override {
+            PostQuitMessage(7);
+            return FALSE;
+        }
+    } program;
+    EXPECT_EQ(program.Run(), 7);
+    m_child.SetRedraw(FALSE);
+    EXPECT_FALSE(m_child.GetWidget()->updatesEnabled());
+    m_child.SetRedraw();
+    EXPECT_TRUE(m_child.GetWidget()->updatesEnabled());
 }
 
 TEST(WndInQt, LivesInALayoutAndEndsWithIt) {

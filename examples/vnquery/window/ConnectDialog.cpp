@@ -1,5 +1,7 @@
 #include "vnquery/window/ConnectDialog.h"
 
+#include "vnbytstr/window/ComboBox.h"
+#include "vnbytstr/window/Static.h"
 #include "vnquery/sources/DataSources.h"
 #include "vnquery/window/Commands.h"
 

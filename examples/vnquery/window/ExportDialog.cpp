@@ -1,5 +1,6 @@
 #include "vnquery/window/ExportDialog.h"
 
+#include "vnbytstr/window/ComboBox.h"
 #include "vnquery/window/Commands.h"
 
 #include <algorithm>

@@ -4,6 +4,7 @@
 
 #include "vnbytstr/GlobalVars.h"
 #include "vnbytstr/Profile.h"
+#include "vnbytstr/window/Static.h"
 
 #include <algorithm>
 

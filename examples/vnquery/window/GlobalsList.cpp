@@ -1,5 +1,6 @@
 #include "vnquery/window/GlobalsList.h"
 
+#include "vnbytstr/window/ListBox.h"
 #include "vnquery/result/CellText.h"
 #include "vnquery/window/RowText.h"
 #include "vnquery/window/WindowText.h"

@@ -6,6 +6,10 @@
 #include "vnbytstr/Language.h"
 
 #include "vnbytstr/Messages.h"
+#include "vnbytstr/window/Button.h"
+#include "vnbytstr/window/Edit.h"
+#include "vnbytstr/window/Gdi.h"
+#include "vnbytstr/window/ListBox.h"
 
 #include <algorithm>
 #include <cstdio>

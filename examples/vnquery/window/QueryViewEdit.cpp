@@ -1,4 +1,5 @@
 // QueryView: cells, changes, files.
+#include "vnbytstr/window/ListBox.h"
 #include "vnquery/files/Exporter.h"
 #include "vnquery/files/ValueLoader.h"
 #include "vnquery/result/CellEdit.h"

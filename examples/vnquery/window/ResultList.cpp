@@ -1,5 +1,7 @@
 #include "vnquery/window/ResultList.h"
 
+#include "vnbytstr/window/Gdi.h"
+#include "vnbytstr/window/ListBox.h"
 #include "vnquery/window/Commands.h"
 #include "vnquery/window/RowText.h"
 #include "vnquery/window/WindowText.h"

@@ -1,5 +1,6 @@
 #include "vnquery/window/TaskDialog.h"
 
+#include "vnbytstr/window/Static.h"
 #include "vnquery/result/CellText.h"
 #include "vnquery/window/Commands.h"
 

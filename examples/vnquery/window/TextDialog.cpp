@@ -1,5 +1,8 @@
 #include "vnquery/window/TextDialog.h"
 
+#include "vnbytstr/window/Button.h"
+#include "vnbytstr/window/ComboBox.h"
+#include "vnbytstr/window/Edit.h"
 #include "vnquery/messages/HelpPages.h"
 
 namespace vnquery {

@@ -1,5 +1,8 @@
 #include "vnquery/window/ValueDialog.h"
 
+#include "vnbytstr/window/ComboBox.h"
+#include "vnbytstr/window/Edit.h"
+#include "vnbytstr/window/Static.h"
 #include "vnquery/files/ValueLoader.h"
 #include "vnquery/files/ValueSaver.h"
 #include "vnquery/result/PictureKind.h"

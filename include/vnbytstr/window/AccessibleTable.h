@@ -1,5 +1,5 @@
-// What an owner-drawn list tells screen readers. The list supplies it (CWnd::SetAccessibleTable);
-// the window layer makes the platform's accessible tree of it.
+// The interface through which an owner-drawn list describes itself to screen readers. The list
+// supplies it (CWnd::SetAccessibleTable); the window layer builds the platform's accessible tree.
 #pragma once
 
 #include "vnbytstr/framework/Export.h"
@@ -25,12 +25,13 @@ public:
     virtual bool IsAccessibleRowSelected(int row) const = 0;
     /// Selects (or deselects) a row as the user would. Returns whether that was possible.
     virtual bool SelectAccessibleRow(int row, bool on) = 0;
-    /// The row and column that keyboard input goes to; -1 for none.
+    /// The row and column that have the keyboard focus; -1 when none has.
     virtual int GetAccessibleFocusRow() const = 0;
     virtual int GetAccessibleFocusColumn() const { return -1; }
     /// A cell's rectangle in the list's client coordinates; empty when it is not in view.
     virtual CRect GetAccessibleCellRect(int row, int column) const = 0;
-    /// A heading's rectangle in the list's client coordinates (above it: negative); empty for none.
+    /// A heading's rectangle in the list's client coordinates (above the client area: negative);
+    /// empty when the column has no heading.
     virtual CRect GetAccessibleHeadingRect(int column) const {
         static_cast<void>(column);
         return {};
@@ -44,6 +45,6 @@ public:
 
 /// What changed in a table.
 enum class AccessibleChange { Rows, Columns, Sort, Selection, Focus, CellText };
-/// Tells screen readers that something changed in the table of `window`. Cheap when none listens.
+/// Tells screen readers that something changed in the table of `window`. Cheap when no screen reader runs.
 VNBYTSTR_API void NotifyAccessibility(HWND window, AccessibleChange change, int row = -1,
                                       int column = -1);

@@ -1,7 +1,7 @@
 // CWinApp, the program: its message loop and main window.
 //
-// A framework-style program derives from it and calls Run; a Qt program needs none. The Qt
-// application object is made when the first window is, unless there is one.
+// A framework-style program derives from it and calls Run; a Qt program does not need it. The first
+// window creates the Qt application object unless there is one.
 #pragma once
 
 #include "vnbytstr/window/CmdTarget.h"
@@ -27,7 +27,7 @@ public:
     /// InitInstance, Run.
     int Main();
 
-    CWnd* m_pMainWnd = nullptr; ///< its end quits the loop
+    CWnd* m_pMainWnd = nullptr; ///< Run returns when it is destroyed
     CString m_pszAppName;
 
     BOOL OnCmdMsg(UINT id, int code, void* extra) override;
@@ -36,22 +36,22 @@ protected:
     DECLARE_MESSAGE_MAP()
 };
 
-/// The program's object; null when it has none.
+/// The program's object; null when it has not created one.
 VNBYTSTR_API CWinApp* AfxGetApp();
 /// CWinApp's main window; null when there is no program object or it has no window.
 VNBYTSTR_API CWnd* AfxGetMainWnd();
-/// Ends the innermost message loop with that answer.
+/// Makes the innermost message loop return `exitCode`.
 VNBYTSTR_API void AfxPostQuitMessage(int exitCode);
 VNBYTSTR_API void PostQuitMessage(int exitCode);
 /// Whether this process can open windows: there is a display, or a Qt platform is chosen
 /// (QT_QPA_PLATFORM). Without, AfxInitWindows would end the process with Qt's message.
 VNBYTSTR_API BOOL AfxCanOpenWindows();
-/// Sees to it that there is a Qt application object. `argc` and `argv` (may be null) are those of
+/// Creates the Qt application object unless there is one. `argc` and `argv` (may be null) are those of
 /// main and must live as long as the program.
 VNBYTSTR_API void AfxInitWindows(int* argc = nullptr, char** argv = nullptr);
-/// Handles messages for that long; 0: those that wait.
+/// Handles messages for that long; 0: only those that are waiting.
 VNBYTSTR_API void AfxPumpMessages(int milliseconds = 50);
-/// Shows the waiting pointer for its life.
+/// Shows the wait pointer as long as it lives.
 class VNBYTSTR_API CWaitCursor {
 public:
     CWaitCursor();

@@ -1,5 +1,5 @@
-// CCmdTarget, whatever takes messages and commands through a message map, and the macros that write
-// one.
+// CCmdTarget, the base of objects that handle messages and commands through a message map, and the
+// macros that define one.
 //
 //     class CMyWnd : public CWnd {
 //         ...
@@ -12,8 +12,8 @@
 //         ON_COMMAND(IDM_SAVE, OnSave)
 //     END_MESSAGE_MAP()
 //
-// A map is searched from the class itself up to its bases; the first entry that fits takes the
-// message. Handlers are called as written in the class of the map; they need not be virtual.
+// The maps are searched from the class itself up to its bases; the first entry that matches handles
+// the message. Handlers are members of the map's class and need not be virtual.
 #pragma once
 
 #include "vnbytstr/framework/Export.h"
@@ -37,14 +37,13 @@ struct AFX_MSGMAP_ENTRY {
     LRESULT (*pfn)(CCmdTarget* target, WPARAM wParam, LPARAM lParam);
 };
 
-/// A class's map and the way to its base's.
+/// A class's map and the function that returns its base's.
 struct AFX_MSGMAP {
     const AFX_MSGMAP* (*pfnGetBaseMap)(); ///< null at the root
     const AFX_MSGMAP_ENTRY* lpEntries;
 };
 
-/// The state of a menu item or button as its command's update handler sets it. A menu derives from
-/// it.
+/// Lets a command's update handler set the state of a menu item or button.
 class VNBYTSTR_API CCmdUI {
 public:
     virtual ~CCmdUI() = default;
@@ -74,7 +73,7 @@ protected:
     CCmdTarget() = default;
     virtual const AFX_MSGMAP* GetMessageMap() const;
     static const AFX_MSGMAP* GetThisMessageMap();
-    /// The first entry for the message in this class's map or a base's; null when there is none.
+    /// The first entry for the message in the maps of this class and its bases; null when there is none.
     const AFX_MSGMAP_ENTRY* FindMessageEntry(UINT message, int code, UINT id) const;
 };
 
@@ -83,7 +82,7 @@ protected:                                                                      
     const AFX_MSGMAP* GetMessageMap() const override;                                              \
     static const AFX_MSGMAP* GetThisMessageMap();
 
-// A class name in parentheses is none; a handler's parameters are whatever it declares.
+// Class names cannot stand in parentheses; a handler's parameters are its own declaration's.
 // NOLINTBEGIN(bugprone-macro-parentheses)
 #define BEGIN_MESSAGE_MAP(class_name, base_class_name)                                             \
     const AFX_MSGMAP* class_name::GetMessageMap() const {                                          \
@@ -154,7 +153,7 @@ protected:                                                                      
                    MeasureItem(reinterpret_cast<LPMEASUREITEMSTRUCT>(l)))
 
 // --- the messages of windows, with the handler each one calls --------------------------------
-/// int OnCreate(LPCREATESTRUCT): -1 gives the window up.
+/// int OnCreate(LPCREATESTRUCT): -1 cancels the creation.
 #define ON_WM_CREATE() AFX_RESULT_ENTRY(WM_CREATE, OnCreate(reinterpret_cast<LPCREATESTRUCT>(l)))
 /// void OnDestroy()
 #define ON_WM_DESTROY() AFX_VOID_ENTRY(WM_DESTROY, OnDestroy())
@@ -189,7 +188,7 @@ protected:                                                                      
                    OnContextMenu(CWnd::FromHandle(reinterpret_cast<HWND>(w)), CPoint(l)))
 /// UINT OnGetDlgCode()
 #define ON_WM_GETDLGCODE() AFX_RESULT_ENTRY(WM_GETDLGCODE, OnGetDlgCode())
-/// void OnKeyDown(UINT key, UINT repeat, UINT flags) and its kin
+/// void OnKeyDown(UINT key, UINT repeat, UINT flags), likewise OnChar
 #define ON_WM_KEYDOWN()                                                                            \
     AFX_VOID_ENTRY(WM_KEYDOWN, OnKeyDown(static_cast<UINT>(w), LOWORD(l), HIWORD(l)))
 #define ON_WM_CHAR() AFX_VOID_ENTRY(WM_CHAR, OnChar(static_cast<UINT>(w), LOWORD(l), HIWORD(l)))
@@ -202,7 +201,7 @@ protected:                                                                      
 #define ON_WM_VSCROLL()                                                                            \
     AFX_VOID_ENTRY(WM_VSCROLL,                                                                     \
                    OnVScroll(LOWORD(w), HIWORD(w), CWnd::FromHandle(reinterpret_cast<HWND>(l))))
-/// void OnMouseMove(UINT flags, CPoint point) and its kin; the point in client coordinates
+/// void OnMouseMove(UINT flags, CPoint point), likewise the buttons; client coordinates
 #define ON_WM_MOUSEMOVE() AFX_VOID_ENTRY(WM_MOUSEMOVE, OnMouseMove(static_cast<UINT>(w), CPoint(l)))
 #define ON_WM_LBUTTONDOWN()                                                                        \
     AFX_VOID_ENTRY(WM_LBUTTONDOWN, OnLButtonDown(static_cast<UINT>(w), CPoint(l)))

@@ -10,6 +10,45 @@
 
 #include "vnbytstr/window/Wnd.h"
 
+inline constexpr UINT CB_GETEDITSEL = 0x0140;
+inline constexpr UINT CB_LIMITTEXT = 0x0141;
+inline constexpr UINT CB_ADDSTRING = 0x0143;
+inline constexpr UINT CB_DELETESTRING = 0x0144;
+inline constexpr UINT CB_GETCOUNT = 0x0146;
+inline constexpr UINT CB_GETCURSEL = 0x0147;
+inline constexpr UINT CB_GETLBTEXT = 0x0148;
+inline constexpr UINT CB_GETLBTEXTLEN = 0x0149;
+inline constexpr UINT CB_INSERTSTRING = 0x014A;
+inline constexpr UINT CB_RESETCONTENT = 0x014B;
+inline constexpr UINT CB_FINDSTRING = 0x014C;
+inline constexpr UINT CB_SELECTSTRING = 0x014D;
+inline constexpr UINT CB_SETCURSEL = 0x014E;
+inline constexpr UINT CB_SHOWDROPDOWN = 0x014F;
+inline constexpr UINT CB_GETITEMDATA = 0x0150;
+inline constexpr UINT CB_SETITEMDATA = 0x0151;
+inline constexpr UINT CB_GETDROPPEDCONTROLRECT = 0x0152;
+inline constexpr UINT CB_SETITEMHEIGHT = 0x0153;
+inline constexpr UINT CB_GETITEMHEIGHT = 0x0154;
+inline constexpr UINT CB_GETDROPPEDSTATE = 0x0157;
+inline constexpr UINT CB_FINDSTRINGEXACT = 0x0158;
+inline constexpr UINT CB_INITSTORAGE = 0x0161;
+inline constexpr int CB_OKAY = 0;
+inline constexpr int CB_ERR = -1;
+inline constexpr int CBN_SELCHANGE = 1;
+inline constexpr int CBN_SETFOCUS = 3;
+inline constexpr int CBN_KILLFOCUS = 4;
+inline constexpr int CBN_EDITCHANGE = 5;
+inline constexpr int CBN_EDITUPDATE = 6;
+inline constexpr int CBN_DROPDOWN = 7;
+inline constexpr int CBN_CLOSEUP = 8;
+inline constexpr int CBN_SELENDOK = 9;
+inline constexpr int CBN_SELENDCANCEL = 10;
+inline constexpr DWORD CBS_SIMPLE = 0x0001;
+inline constexpr DWORD CBS_DROPDOWN = 0x0002;
+inline constexpr DWORD CBS_DROPDOWNLIST = 0x0003;
+inline constexpr DWORD CBS_AUTOHSCROLL = 0x0040;
+inline constexpr DWORD CBS_SORT = 0x0100;
+
 class VNBYTSTR_API CComboBox : public CWnd {
     DECLARE_DYNAMIC(CComboBox)
 public:
@@ -33,7 +72,7 @@ public:
     /// As FindString, and selects it.
     int SelectString(int after, LPCTSTR beginning);
     int GetCurSel() const;
-    /// Selects an item and shows it in the field; -1: none, and empties the field. Sends no
+    /// Selects an item and shows it in the field; -1 selects nothing and empties the field. Sends no
     /// notification.
     int SetCurSel(int index);
     std::uintptr_t GetItemData(int index) const;

@@ -1,12 +1,12 @@
-// CDC and its kin: drawing on a window, or on nothing (for measuring).
+// CDC and the classes derived from it: drawing on a window, or measuring text without one.
 //
 // Coordinates are those of the window's client area (CWindowDC: of its whole rectangle), in
 // device-independent pixels, from its left top; in a window with WS_EX_LAYOUTRTL from its right
 // top, x growing to the left, and text is not mirrored. Text is in the ANSI code page.
 //
 // Drawing inside WM_PAINT (CPaintDC, and the device context of WM_DRAWITEM) goes to the window.
-// Drawing outside goes to a layer over the window and its children, where it stays: filled and
-// written pixels until the window paints that place again, inverted ones (InvertRect,
+// Drawing outside WM_PAINT goes to a layer over the window and its children. Filled and written
+// pixels stay there until the window paints that place again, inverted ones (InvertRect,
 // DrawFocusRect) until they are inverted back.
 #pragma once
 
@@ -26,7 +26,7 @@ public:
 
     operator HDC() const { return m_hDC; }
     HDC GetSafeHdc() const { return m_hDC; }
-    /// Takes a handle over. FALSE when it is null or there is one.
+    /// Attaches a handle. FALSE when it is null or one is attached.
     BOOL Attach(HDC dc);
     HDC Detach();
     /// The object for a handle; null for null. It lives as long as the handle.
@@ -37,10 +37,10 @@ public:
     int SaveDC();
     /// Goes back to a state; -1 to the last one.
     BOOL RestoreDC(int saved);
-    /// The window drawn on; null for none.
+    /// The window drawn on; null for a context that only measures.
     CWnd* GetWindow() const;
 
-    // Objects: each returns the one selected before, null when there was none.
+    // Objects: each returns the one selected before, null on failure.
     CPen* SelectObject(CPen* pen);
     CBrush* SelectObject(CBrush* brush);
     CFont* SelectObject(CFont* font);
@@ -107,7 +107,7 @@ public:
     } m_ps;
 };
 
-/// Draws on a window's client area at any time; null: measures as the screen does.
+/// Draws on a window's client area at any time. With a null window it only measures text.
 class VNBYTSTR_API CClientDC : public CDC {
     DECLARE_DYNAMIC(CClientDC)
 public:

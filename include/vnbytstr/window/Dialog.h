@@ -35,7 +35,7 @@ struct CDialogTemplate {
         LPCSTR className;
         LPCSTR text;
         UINT id;
-        DWORD style; ///< WS_CHILD and WS_VISIBLE come with it
+        DWORD style; ///< WS_CHILD and WS_VISIBLE are added
         short x, y, cx, cy;
         DWORD exStyle = 0;
     };
@@ -61,12 +61,12 @@ public:
     /// Makes a dialog that does not wait; it is shown with WS_VISIBLE or ShowWindow.
     BOOL CreateIndirect(const CDialogTemplate& description, CWnd* parent = nullptr);
     /// Shows the dialog over its disabled parent until EndDialog; returns its argument, -1 when the
-    /// dialog could not be made, IDABORT when the program ends meanwhile.
+    /// dialog could not be made, IDABORT when the program quits meanwhile.
     virtual int DoModal();
     void EndDialog(int result);
 
-    /// Called when the controls are there. TRUE: the first control gets the focus; FALSE: somebody
-    /// else has it already.
+    /// Called when the controls have been created. TRUE: give the focus to the first control; FALSE:
+    /// leave it where it is.
     virtual BOOL OnInitDialog();
     virtual void OnOK();     ///< EndDialog(IDOK); a dialog made with CreateIndirect is hidden
     virtual void OnCancel(); ///< EndDialog(IDCANCEL), likewise
@@ -82,7 +82,7 @@ public:
     UINT IsDlgButtonChecked(int id) const;
     /// Checks one of the radio buttons with ids first to last and unchecks the others.
     void CheckRadioButton(int first, int last, int check);
-    int GetCheckedRadioButton(int first, int last) const; ///< 0 for none
+    int GetCheckedRadioButton(int first, int last) const; ///< 0 when none is checked
 
     BOOL PreTranslateMessage(MSG* message) override;
     LRESULT DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
@@ -112,6 +112,6 @@ private:
     BOOL m_ended = FALSE;
 };
 
-/// Does with a keyboard message what a dialog does (Tab, arrows, Enter, Escape, letters with Alt)
-/// among the children of any window. TRUE: the message is done with.
+/// Handles a keyboard message among the children of any window as a dialog does: Tab, arrows, Enter,
+/// Escape, letters with Alt. TRUE: handled.
 VNBYTSTR_API BOOL IsDialogMessage(HWND dialog, MSG* message);

@@ -16,14 +16,14 @@ using HGLOBAL = void*;
 inline constexpr CLIPFORMAT CF_TEXT = 1;
 inline constexpr CLIPFORMAT CF_HDROP = 15; ///< files
 
-/// What becomes of what was dropped.
+/// The effect of a drop on its source.
 using DROPEFFECT = DWORD;
 inline constexpr DROPEFFECT DROPEFFECT_NONE = 0;
 inline constexpr DROPEFFECT DROPEFFECT_COPY = 1;
 inline constexpr DROPEFFECT DROPEFFECT_MOVE = 2;
 inline constexpr DROPEFFECT DROPEFFECT_LINK = 4;
 
-/// What is being dragged. Good for the call it is given to.
+/// What is being dragged. Valid during the call it is passed to.
 class VNBYTSTR_API COleDataObject {
 public:
     COleDataObject();
@@ -36,8 +36,8 @@ public:
 
     BOOL IsDataAvailable(CLIPFORMAT format) const;
     /// CF_HDROP: the local files as an HDROP, for DragQueryFile; it belongs to this object
-    /// (DragFinish does nothing to it). CF_TEXT: a text that ends with NUL, likewise. Null when the
-    /// format is not there.
+    /// (DragFinish does nothing to it). CF_TEXT: a NUL-terminated text, likewise. Null when the format
+    /// is not available.
     HGLOBAL GetGlobalData(CLIPFORMAT format) const;
     HDROP GetDrop() const { return static_cast<HDROP>(GetGlobalData(CF_HDROP)); }
 

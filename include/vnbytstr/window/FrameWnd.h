@@ -1,6 +1,5 @@
 // CFrameWnd, a program's top-level window: menu bar, keys, status line, and a view that fills the
-// rest. Menu bar and status line are child windows inside the client area, which GetPaneRect is
-// what is left of.
+// rest (GetPaneRect). Menu bar and status line are child windows inside the client area.
 //
 // Commands go to the view first, then to the frame, then to the program.
 #pragma once
@@ -23,10 +22,8 @@ public:
                         CWnd* parent = nullptr, DWORD exStyle = 0);
     using CWnd::Create;
 
-    /// The menu bar; the menu belongs to the window from there on. Its items ask
-    /// ON_UPDATE_COMMAND_UI when they are shown.
-    /// The menu bar (null: none). The menu belongs to the window from there on, and `menu` lets go
-    /// of it. Its items ask ON_UPDATE_COMMAND_UI when they are shown.
+    /// Sets or (null) removes the menu bar. The window takes the menu over and detaches it from
+    /// `menu`. Items are updated through ON_UPDATE_COMMAND_UI when they are shown.
     BOOL SetMenu(CMenu* menu);
     CMenu* GetMenu() const;
     /// To be called after changes of the bar itself; those of its popups are seen when they open.
@@ -43,7 +40,7 @@ public:
 
     /// Places the view (the child AFX_IDW_PANE_FIRST) and the status line. Called on WM_SIZE.
     virtual void RecalcLayout();
-    /// The place the view has, or would have.
+    /// The client area that is left for the view.
     void GetPaneRect(LPRECT rect) const;
 
     BOOL PreTranslateMessage(MSG* message) override;

@@ -9,6 +9,62 @@
 #include <cstddef>
 #include <span>
 
+// --- text drawing --------------------------------------------------------------------------------
+inline constexpr UINT DT_LEFT = 0x0000;
+inline constexpr UINT DT_CENTER = 0x0001;
+inline constexpr UINT DT_RIGHT = 0x0002;
+inline constexpr UINT DT_VCENTER = 0x0004; ///< with DT_SINGLELINE
+inline constexpr UINT DT_BOTTOM = 0x0008;  ///< with DT_SINGLELINE
+inline constexpr UINT DT_WORDBREAK = 0x0010;
+inline constexpr UINT DT_SINGLELINE = 0x0020;
+inline constexpr UINT DT_EXPANDTABS = 0x0040;
+inline constexpr UINT DT_NOCLIP = 0x0100;
+inline constexpr UINT DT_CALCRECT = 0x0400;
+inline constexpr UINT DT_NOPREFIX = 0x0800;
+inline constexpr UINT DT_END_ELLIPSIS = 0x8000;
+inline constexpr UINT DT_RTLREADING = 0x20000;
+inline constexpr UINT ETO_OPAQUE = 0x0002;
+inline constexpr UINT ETO_CLIPPED = 0x0004;
+inline constexpr UINT ETO_RTLREADING = 0x0080;
+inline constexpr int TRANSPARENT = 1;
+inline constexpr int OPAQUE = 2;
+inline constexpr int PS_SOLID = 0;
+inline constexpr int PS_NULL = 5;
+inline constexpr COLORREF CLR_INVALID = 0xFFFFFFFF;
+inline constexpr int FW_NORMAL = 400;
+inline constexpr int FW_BOLD = 700;
+inline constexpr BYTE DEFAULT_CHARSET = 1;
+inline constexpr int WHITE_BRUSH = 0;
+inline constexpr int BLACK_BRUSH = 4;
+inline constexpr int NULL_BRUSH = 5;
+inline constexpr int WHITE_PEN = 6;
+inline constexpr int BLACK_PEN = 7;
+inline constexpr int NULL_PEN = 8;
+inline constexpr int ANSI_FIXED_FONT = 11;
+inline constexpr int SYSTEM_FONT = 13;
+inline constexpr int DEFAULT_GUI_FONT = 17;
+
+// --- system colours ------------------------------------------------------------------------------
+inline constexpr int COLOR_WINDOW = 5;
+inline constexpr int COLOR_WINDOWFRAME = 6;
+inline constexpr int COLOR_MENUTEXT = 7;
+inline constexpr int COLOR_WINDOWTEXT = 8;
+inline constexpr int COLOR_CAPTIONTEXT = 9;
+inline constexpr int COLOR_APPWORKSPACE = 12;
+inline constexpr int COLOR_HIGHLIGHT = 13;
+inline constexpr int COLOR_HIGHLIGHTTEXT = 14;
+inline constexpr int COLOR_3DFACE = 15;
+inline constexpr int COLOR_BTNSHADOW = 16;
+inline constexpr int COLOR_3DSHADOW = 16;
+inline constexpr int COLOR_GRAYTEXT = 17;
+inline constexpr int COLOR_BTNTEXT = 18;
+inline constexpr int COLOR_BTNHIGHLIGHT = 20;
+inline constexpr int COLOR_3DHIGHLIGHT = 20;
+inline constexpr int COLOR_3DDKSHADOW = 21;
+inline constexpr int COLOR_3DLIGHT = 22;
+inline constexpr int COLOR_INFOTEXT = 23;
+inline constexpr int COLOR_INFOBK = 24;
+
 /// A drawing object. The destructor deletes it, unless it was attached to a stock object. Deleting
 /// an object that is selected into a device context leaves the context drawing with it until
 /// another one is selected.
@@ -19,9 +75,9 @@ public:
 
     operator HGDIOBJ() const { return m_hObject; }
     HGDIOBJ GetSafeHandle() const { return m_hObject; }
-    /// Takes the handle over. Fails when it is null or this object has one.
+    /// Attaches a handle. FALSE when it is null or one is attached.
     BOOL Attach(HGDIOBJ object);
-    /// Gives the handle to the caller.
+    /// Detaches the handle and returns it.
     HGDIOBJ Detach();
     /// Frees the object. FALSE when there is none.
     BOOL DeleteObject();
@@ -63,8 +119,7 @@ public:
     /// `tenths` of a point; an empty face is the default one.
     BOOL CreatePointFont(int tenths, LPCTSTR face);
 
-    /// The object for a handle; null for null. It belongs to the window layer and lives until the
-    /// handle is deleted.
+    /// The object for a handle; null for null. The window layer owns it until the handle is deleted.
     static CFont* FromHandle(HFONT font);
 };
 
@@ -73,7 +128,7 @@ class VNBYTSTR_API CBitmap : public CGdiObject {
 public:
     CBitmap() = default;
     /// A picture in a file's format (PNG, BMP, JPEG, GIF and what else the machine knows) from
-    /// memory. FALSE when the bytes are none, or it would take more than 256 megabytes.
+    /// memory. FALSE when the bytes are not a picture, or it would take more than 256 megabytes.
     BOOL LoadFromMemory(std::span<const std::byte> file);
     /// Width and height in pixels; (0, 0) when there is none.
     CSize GetBitmapSize() const;
@@ -81,7 +136,7 @@ public:
 
 VNBYTSTR_API BOOL DeleteObject(HGDIOBJ object);
 VNBYTSTR_API HGDIOBJ GetStockObject(int index);
-/// A system colour's brush. It is the layer's: nobody deletes it. Null for an unknown index.
+/// A system colour's brush, which is never deleted. Null for an unknown index.
 VNBYTSTR_API HBRUSH GetSysColorBrush(int index);
 VNBYTSTR_API HBRUSH CreateSolidBrush(COLORREF color);
 VNBYTSTR_API HFONT CreateFontIndirect(const LOGFONT* description);

@@ -10,6 +10,62 @@
 
 #include <span>
 
+inline constexpr UINT LB_ADDSTRING = 0x0180;
+inline constexpr UINT LB_INSERTSTRING = 0x0181;
+inline constexpr UINT LB_DELETESTRING = 0x0182;
+inline constexpr UINT LB_SELITEMRANGEEX = 0x0183;
+inline constexpr UINT LB_RESETCONTENT = 0x0184;
+inline constexpr UINT LB_SETSEL = 0x0185;
+inline constexpr UINT LB_SETCURSEL = 0x0186;
+inline constexpr UINT LB_GETSEL = 0x0187;
+inline constexpr UINT LB_GETCURSEL = 0x0188;
+inline constexpr UINT LB_GETTEXT = 0x0189;
+inline constexpr UINT LB_GETTEXTLEN = 0x018A;
+inline constexpr UINT LB_GETCOUNT = 0x018B;
+inline constexpr UINT LB_SELECTSTRING = 0x018C;
+inline constexpr UINT LB_GETTOPINDEX = 0x018E;
+inline constexpr UINT LB_FINDSTRING = 0x018F;
+inline constexpr UINT LB_GETSELCOUNT = 0x0190;
+inline constexpr UINT LB_GETSELITEMS = 0x0191;
+inline constexpr UINT LB_SETTABSTOPS = 0x0192;
+inline constexpr UINT LB_GETHORIZONTALEXTENT = 0x0193;
+inline constexpr UINT LB_SETHORIZONTALEXTENT = 0x0194;
+inline constexpr UINT LB_SETTOPINDEX = 0x0197;
+inline constexpr UINT LB_GETITEMRECT = 0x0198;
+inline constexpr UINT LB_GETITEMDATA = 0x0199;
+inline constexpr UINT LB_SETITEMDATA = 0x019A;
+inline constexpr UINT LB_SELITEMRANGE = 0x019B;
+inline constexpr UINT LB_SETANCHORINDEX = 0x019C;
+inline constexpr UINT LB_GETANCHORINDEX = 0x019D;
+inline constexpr UINT LB_SETCARETINDEX = 0x019E;
+inline constexpr UINT LB_GETCARETINDEX = 0x019F;
+inline constexpr UINT LB_SETITEMHEIGHT = 0x01A0;
+inline constexpr UINT LB_GETITEMHEIGHT = 0x01A1;
+inline constexpr UINT LB_FINDSTRINGEXACT = 0x01A2;
+inline constexpr UINT LB_SETLOCALE = 0x01A5;
+inline constexpr UINT LB_GETLOCALE = 0x01A6;
+inline constexpr UINT LB_INITSTORAGE = 0x01A8;
+inline constexpr UINT LB_ITEMFROMPOINT = 0x01A9;
+inline constexpr int LB_OKAY = 0;
+inline constexpr int LB_ERR = -1;
+inline constexpr int LB_ERRSPACE = -2;
+inline constexpr int LBN_ERRSPACE = -2;
+inline constexpr int LBN_SELCHANGE = 1;
+inline constexpr int LBN_DBLCLK = 2;
+inline constexpr int LBN_SETFOCUS = 4;
+inline constexpr int LBN_KILLFOCUS = 5;
+inline constexpr DWORD LBS_NOTIFY = 0x0001;
+inline constexpr DWORD LBS_SORT = 0x0002;
+inline constexpr DWORD LBS_MULTIPLESEL = 0x0008;
+inline constexpr DWORD LBS_OWNERDRAWFIXED = 0x0010;
+inline constexpr DWORD LBS_OWNERDRAWVARIABLE = 0x0020;
+inline constexpr DWORD LBS_HASSTRINGS = 0x0040;
+inline constexpr DWORD LBS_NOINTEGRALHEIGHT = 0x0100;
+inline constexpr DWORD LBS_WANTKEYBOARDINPUT = 0x0400;
+inline constexpr DWORD LBS_EXTENDEDSEL = 0x0800;
+inline constexpr DWORD LBS_DISABLENOSCROLL = 0x1000;
+inline constexpr DWORD LBS_NOSEL = 0x4000;
+
 class VNBYTSTR_API CListBox : public CWnd {
     DECLARE_DYNAMIC(CListBox)
 public:
@@ -32,7 +88,7 @@ public:
     int GetTextLen(int row) const;
     UINT ItemFromPoint(CPoint point, BOOL& outside) const; ///< the nearest row
 
-    int GetCurSel() const; ///< single selection: -1 for none
+    int GetCurSel() const; ///< single selection: -1 when no row is selected
     int SetCurSel(int row);
     int SetSel(int row, BOOL select = TRUE); ///< row -1: all rows
     int GetSelCount() const;
@@ -60,7 +116,7 @@ protected:
 // --- beyond messages, for lists of many rows ---------------------------------------------------
 // `list` is a window of class "LISTBOX" (CListBoxEx's own window, say); any other is refused.
 
-/// A row's text without copying; null when it is not there. Good until the rows change.
+/// A row's text without copying; null when there is no such row. Valid until the rows change.
 VNBYTSTR_API LPCSTR ListBoxRowText(HWND list, int row, int* length = nullptr);
 /// Adds rows at the end (an LBS_SORT list sorts them in), as that many LB_ADDSTRING. `texts` holds
 /// the rows' texts, each with its NUL, one after the other. Returns the index of the first new row,
@@ -70,10 +126,10 @@ VNBYTSTR_API int ListBoxAddRows(HWND list, LPCSTR texts, std::size_t bytes, int 
 /// selection go along; caret and current row stay with their row; the view stays where it is. FALSE
 /// when `order` is no permutation of the rows (nothing changed).
 VNBYTSTR_API BOOL ListBoxReorder(HWND list, std::span<const DWORD> order);
-/// How many pixels a list that scrolls sideways (WS_HSCROLL, LB_SETHORIZONTALEXTENT) hides at its
+/// How many pixels a list that scrolls horizontally (WS_HSCROLL, LB_SETHORIZONTALEXTENT) hides at its
 /// left; 0 for any other window. In a mirrored list: at its right.
 VNBYTSTR_API int ListBoxSideShift(HWND list);
-/// Scrolls it sideways, as far as there is something to see.
+/// Scrolls it horizontally, within its extent.
 VNBYTSTR_API void ListBoxSetSideShift(HWND list, int pixels);
 /// Replaces a row's text in place; data, selection and place stay (an LBS_SORT list too).
 VNBYTSTR_API BOOL ListBoxSetRowText(HWND list, int row, LPCSTR text);

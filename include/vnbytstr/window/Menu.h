@@ -2,8 +2,8 @@
 //
 // A chosen item sends WM_COMMAND with its id to the window the menu belongs to. Before a menu opens
 // that window gets WM_INITMENUPOPUP, and the handlers of ON_UPDATE_COMMAND_UI set each item's
-// state; an item nobody handles is disabled (CFrameWnd). '&' marks the letter of an item; what
-// follows a tab in its text is shown as its key.
+// state; an item without a handler is disabled (CFrameWnd). '&' marks an item's letter; text after
+// a tab is shown as its key.
 #pragma once
 
 #include "vnbytstr/window/CmdTarget.h"
@@ -26,8 +26,8 @@ inline constexpr UINT TPM_RIGHTALIGN = 0x0008;
 inline constexpr UINT TPM_NONOTIFY = 0x0080;
 inline constexpr UINT TPM_RETURNCMD = 0x0100;
 
-/// A menu. Whoever creates one destroys it, unless it has become a popup of another menu or the
-/// menu of a window, which then do.
+/// A menu. The destructor destroys it, unless it has become a popup of another menu or the menu of a
+/// window; these then own it.
 class VNBYTSTR_API CMenu : public CObject {
     DECLARE_DYNAMIC(CMenu)
 public:
@@ -43,7 +43,7 @@ public:
     /// The object for a handle; null for null. It lives as long as the handle.
     static CMenu* FromHandle(HMENU menu);
 
-    /// `item`: the command's id; with MF_POPUP the popup's HMENU, which then belongs to this menu.
+    /// `item`: the command's id; with MF_POPUP the popup's HMENU, which this menu then owns.
     BOOL AppendMenu(UINT flags, std::uintptr_t item = 0, LPCTSTR text = nullptr);
     /// An item's state as MF_*, -1 when there is no such item. By command it looks into popups too.
     UINT GetMenuState(UINT which, UINT flags) const;

@@ -1,11 +1,11 @@
-// Messages, notifications, styles and the other numbers of the window layer, under the values that
-// programs and resources know.
+// Messages, styles and keys of all windows, under the numbers that programs and resources use. What
+// belongs to one kind of control stands in its header, what belongs to drawing in Gdi.h.
 #pragma once
 
 #include "vnbytstr/framework/MessageBoxTypes.h"
 #include "vnbytstr/window/WindowTypes.h"
 
-// --- window messages -------------------------------------------------------------------------
+// --- window messages -----------------------------------------------------------------------------
 inline constexpr UINT WM_CREATE = 0x0001;
 inline constexpr UINT WM_DESTROY = 0x0002;
 inline constexpr UINT WM_MOVE = 0x0003;
@@ -131,7 +131,7 @@ inline constexpr int DLGC_BUTTON = 0x2000;
 // WM_SYSCOMMAND
 inline constexpr UINT SC_CLOSE = 0xF060;
 
-// --- window and class styles -----------------------------------------------------------------
+// --- window and class styles ---------------------------------------------------------------------
 inline constexpr DWORD WS_POPUP = 0x80000000;
 inline constexpr DWORD WS_CHILD = 0x40000000;
 inline constexpr DWORD WS_VISIBLE = 0x10000000;
@@ -179,7 +179,7 @@ inline constexpr UINT GW_CHILD = 5;
 inline constexpr int GWL_STYLE = -16;
 inline constexpr int GWL_EXSTYLE = -20;
 
-// --- virtual keys ----------------------------------------------------------------------------
+// --- virtual keys --------------------------------------------------------------------------------
 // A letter or digit key has its ASCII character (upper case) for its number.
 inline constexpr int VK_LBUTTON = 0x01;
 inline constexpr int VK_RBUTTON = 0x02;
@@ -243,295 +243,10 @@ inline constexpr int VK_OEM_6 = 0xDD;
 inline constexpr int VK_OEM_7 = 0xDE;
 inline constexpr int VK_PROCESSKEY = 0xE5; ///< the key belongs to an input method
 
-// --- list box --------------------------------------------------------------------------------
-inline constexpr UINT LB_ADDSTRING = 0x0180;
-inline constexpr UINT LB_INSERTSTRING = 0x0181;
-inline constexpr UINT LB_DELETESTRING = 0x0182;
-inline constexpr UINT LB_SELITEMRANGEEX = 0x0183;
-inline constexpr UINT LB_RESETCONTENT = 0x0184;
-inline constexpr UINT LB_SETSEL = 0x0185;
-inline constexpr UINT LB_SETCURSEL = 0x0186;
-inline constexpr UINT LB_GETSEL = 0x0187;
-inline constexpr UINT LB_GETCURSEL = 0x0188;
-inline constexpr UINT LB_GETTEXT = 0x0189;
-inline constexpr UINT LB_GETTEXTLEN = 0x018A;
-inline constexpr UINT LB_GETCOUNT = 0x018B;
-inline constexpr UINT LB_SELECTSTRING = 0x018C;
-inline constexpr UINT LB_GETTOPINDEX = 0x018E;
-inline constexpr UINT LB_FINDSTRING = 0x018F;
-inline constexpr UINT LB_GETSELCOUNT = 0x0190;
-inline constexpr UINT LB_GETSELITEMS = 0x0191;
-inline constexpr UINT LB_SETTABSTOPS = 0x0192;
-inline constexpr UINT LB_GETHORIZONTALEXTENT = 0x0193;
-inline constexpr UINT LB_SETHORIZONTALEXTENT = 0x0194;
-inline constexpr UINT LB_SETTOPINDEX = 0x0197;
-inline constexpr UINT LB_GETITEMRECT = 0x0198;
-inline constexpr UINT LB_GETITEMDATA = 0x0199;
-inline constexpr UINT LB_SETITEMDATA = 0x019A;
-inline constexpr UINT LB_SELITEMRANGE = 0x019B;
-inline constexpr UINT LB_SETANCHORINDEX = 0x019C;
-inline constexpr UINT LB_GETANCHORINDEX = 0x019D;
-inline constexpr UINT LB_SETCARETINDEX = 0x019E;
-inline constexpr UINT LB_GETCARETINDEX = 0x019F;
-inline constexpr UINT LB_SETITEMHEIGHT = 0x01A0;
-inline constexpr UINT LB_GETITEMHEIGHT = 0x01A1;
-inline constexpr UINT LB_FINDSTRINGEXACT = 0x01A2;
-inline constexpr UINT LB_SETLOCALE = 0x01A5;
-inline constexpr UINT LB_GETLOCALE = 0x01A6;
-inline constexpr UINT LB_INITSTORAGE = 0x01A8;
-inline constexpr UINT LB_ITEMFROMPOINT = 0x01A9;
-inline constexpr int LB_OKAY = 0;
-inline constexpr int LB_ERR = -1;
-inline constexpr int LB_ERRSPACE = -2;
-inline constexpr int LBN_ERRSPACE = -2;
-inline constexpr int LBN_SELCHANGE = 1;
-inline constexpr int LBN_DBLCLK = 2;
-inline constexpr int LBN_SETFOCUS = 4;
-inline constexpr int LBN_KILLFOCUS = 5;
-inline constexpr DWORD LBS_NOTIFY = 0x0001;
-inline constexpr DWORD LBS_SORT = 0x0002;
-inline constexpr DWORD LBS_MULTIPLESEL = 0x0008;
-inline constexpr DWORD LBS_OWNERDRAWFIXED = 0x0010;
-inline constexpr DWORD LBS_OWNERDRAWVARIABLE = 0x0020;
-inline constexpr DWORD LBS_HASSTRINGS = 0x0040;
-inline constexpr DWORD LBS_NOINTEGRALHEIGHT = 0x0100;
-inline constexpr DWORD LBS_WANTKEYBOARDINPUT = 0x0400;
-inline constexpr DWORD LBS_EXTENDEDSEL = 0x0800;
-inline constexpr DWORD LBS_DISABLENOSCROLL = 0x1000;
-inline constexpr DWORD LBS_NOSEL = 0x4000;
-
-// --- owner drawing ---------------------------------------------------------------------------
+// --- owner drawing -------------------------------------------------------------------------------
 inline constexpr UINT ODT_LISTBOX = 2;
 inline constexpr UINT ODA_DRAWENTIRE = 0x0001;
 inline constexpr UINT ODA_FOCUS = 0x0004;
 inline constexpr UINT ODS_SELECTED = 0x0001;
 inline constexpr UINT ODS_DISABLED = 0x0004;
 inline constexpr UINT ODS_FOCUS = 0x0010;
-
-// --- combo box -------------------------------------------------------------------------------
-inline constexpr UINT CB_GETEDITSEL = 0x0140;
-inline constexpr UINT CB_LIMITTEXT = 0x0141;
-inline constexpr UINT CB_ADDSTRING = 0x0143;
-inline constexpr UINT CB_DELETESTRING = 0x0144;
-inline constexpr UINT CB_GETCOUNT = 0x0146;
-inline constexpr UINT CB_GETCURSEL = 0x0147;
-inline constexpr UINT CB_GETLBTEXT = 0x0148;
-inline constexpr UINT CB_GETLBTEXTLEN = 0x0149;
-inline constexpr UINT CB_INSERTSTRING = 0x014A;
-inline constexpr UINT CB_RESETCONTENT = 0x014B;
-inline constexpr UINT CB_FINDSTRING = 0x014C;
-inline constexpr UINT CB_SELECTSTRING = 0x014D;
-inline constexpr UINT CB_SETCURSEL = 0x014E;
-inline constexpr UINT CB_SHOWDROPDOWN = 0x014F;
-inline constexpr UINT CB_GETITEMDATA = 0x0150;
-inline constexpr UINT CB_SETITEMDATA = 0x0151;
-inline constexpr UINT CB_GETDROPPEDCONTROLRECT = 0x0152;
-inline constexpr UINT CB_SETITEMHEIGHT = 0x0153;
-inline constexpr UINT CB_GETITEMHEIGHT = 0x0154;
-inline constexpr UINT CB_GETDROPPEDSTATE = 0x0157;
-inline constexpr UINT CB_FINDSTRINGEXACT = 0x0158;
-inline constexpr UINT CB_INITSTORAGE = 0x0161;
-inline constexpr int CB_OKAY = 0;
-inline constexpr int CB_ERR = -1;
-inline constexpr int CBN_SELCHANGE = 1;
-inline constexpr int CBN_SETFOCUS = 3;
-inline constexpr int CBN_KILLFOCUS = 4;
-inline constexpr int CBN_EDITCHANGE = 5;
-inline constexpr int CBN_EDITUPDATE = 6;
-inline constexpr int CBN_DROPDOWN = 7;
-inline constexpr int CBN_CLOSEUP = 8;
-inline constexpr int CBN_SELENDOK = 9;
-inline constexpr int CBN_SELENDCANCEL = 10;
-inline constexpr DWORD CBS_SIMPLE = 0x0001;
-inline constexpr DWORD CBS_DROPDOWN = 0x0002;
-inline constexpr DWORD CBS_DROPDOWNLIST = 0x0003;
-inline constexpr DWORD CBS_AUTOHSCROLL = 0x0040;
-inline constexpr DWORD CBS_SORT = 0x0100;
-
-// --- edit ------------------------------------------------------------------------------------
-inline constexpr UINT EM_GETSEL = 0x00B0;
-inline constexpr UINT EM_SETSEL = 0x00B1;
-inline constexpr UINT EM_SCROLLCARET = 0x00B7;
-inline constexpr UINT EM_GETMODIFY = 0x00B8;
-inline constexpr UINT EM_SETMODIFY = 0x00B9;
-inline constexpr UINT EM_GETLINECOUNT = 0x00BA;
-inline constexpr UINT EM_LINEINDEX = 0x00BB;
-inline constexpr UINT EM_LINELENGTH = 0x00C1;
-inline constexpr UINT EM_REPLACESEL = 0x00C2;
-inline constexpr UINT EM_GETLINE = 0x00C4;
-inline constexpr UINT EM_LIMITTEXT = 0x00C5;
-inline constexpr UINT EM_CANUNDO = 0x00C6;
-inline constexpr UINT EM_UNDO = 0x00C7;
-inline constexpr UINT EM_LINEFROMCHAR = 0x00C9;
-inline constexpr UINT EM_SETREADONLY = 0x00CF;
-inline constexpr UINT EM_GETLIMITTEXT = 0x00D5;
-inline constexpr int EN_SETFOCUS = 0x0100;
-inline constexpr int EN_KILLFOCUS = 0x0200;
-inline constexpr int EN_CHANGE = 0x0300;
-inline constexpr int EN_UPDATE = 0x0400;
-inline constexpr int EN_MAXTEXT = 0x0501;
-inline constexpr DWORD ES_LEFT = 0x0000;
-inline constexpr DWORD ES_CENTER = 0x0001;
-inline constexpr DWORD ES_RIGHT = 0x0002;
-inline constexpr DWORD ES_MULTILINE = 0x0004;
-inline constexpr DWORD ES_UPPERCASE = 0x0008;
-inline constexpr DWORD ES_LOWERCASE = 0x0010;
-inline constexpr DWORD ES_PASSWORD = 0x0020;
-inline constexpr DWORD ES_AUTOVSCROLL = 0x0040;
-inline constexpr DWORD ES_AUTOHSCROLL = 0x0080;
-inline constexpr DWORD ES_READONLY = 0x0800;
-inline constexpr DWORD ES_WANTRETURN = 0x1000;
-inline constexpr DWORD ES_NUMBER = 0x2000;
-
-// --- button ----------------------------------------------------------------------------------
-inline constexpr DWORD BS_PUSHBUTTON = 0x0000;
-inline constexpr DWORD BS_DEFPUSHBUTTON = 0x0001;
-inline constexpr DWORD BS_CHECKBOX = 0x0002;
-inline constexpr DWORD BS_AUTOCHECKBOX = 0x0003;
-inline constexpr DWORD BS_RADIOBUTTON = 0x0004;
-inline constexpr DWORD BS_3STATE = 0x0005;
-inline constexpr DWORD BS_AUTO3STATE = 0x0006;
-inline constexpr DWORD BS_GROUPBOX = 0x0007;
-inline constexpr DWORD BS_AUTORADIOBUTTON = 0x0009;
-inline constexpr DWORD BS_OWNERDRAW = 0x000B;
-inline constexpr DWORD BS_TYPEMASK = 0x000F;
-inline constexpr UINT BM_GETCHECK = 0x00F0;
-inline constexpr UINT BM_SETCHECK = 0x00F1;
-inline constexpr UINT BM_GETSTATE = 0x00F2;
-inline constexpr UINT BM_SETSTYLE = 0x00F4;
-inline constexpr UINT BM_CLICK = 0x00F5;
-inline constexpr int BST_UNCHECKED = 0;
-inline constexpr int BST_CHECKED = 1;
-inline constexpr int BST_INDETERMINATE = 2;
-inline constexpr int BN_CLICKED = 0;
-inline constexpr int BN_DBLCLK = 5;
-inline constexpr int BN_SETFOCUS = 6;
-inline constexpr int BN_KILLFOCUS = 7;
-
-// --- static ----------------------------------------------------------------------------------
-inline constexpr DWORD SS_LEFT = 0x0000;
-inline constexpr DWORD SS_CENTER = 0x0001;
-inline constexpr DWORD SS_RIGHT = 0x0002;
-inline constexpr DWORD SS_BITMAP = 0x000E;
-inline constexpr DWORD SS_NOPREFIX = 0x0080;
-inline constexpr DWORD SS_NOTIFY = 0x0100;
-inline constexpr DWORD SS_CENTERIMAGE = 0x0200;
-inline constexpr DWORD SS_SUNKEN = 0x1000;
-inline constexpr DWORD SS_ENDELLIPSIS = 0x4000;
-inline constexpr UINT STM_SETIMAGE = 0x0172;
-
-// --- spin button -----------------------------------------------------------------------------
-inline constexpr DWORD UDS_WRAP = 0x0001;
-inline constexpr DWORD UDS_SETBUDDYINT = 0x0002;
-inline constexpr DWORD UDS_ALIGNRIGHT = 0x0004;
-inline constexpr DWORD UDS_ALIGNLEFT = 0x0008;
-inline constexpr DWORD UDS_AUTOBUDDY = 0x0010;
-inline constexpr DWORD UDS_ARROWKEYS = 0x0020;
-inline constexpr DWORD UDS_NOTHOUSANDS = 0x0080;
-inline constexpr UINT UDM_SETRANGE = WM_USER + 101;
-inline constexpr UINT UDM_GETRANGE = WM_USER + 102;
-inline constexpr UINT UDM_SETPOS = WM_USER + 103;
-inline constexpr UINT UDM_GETPOS = WM_USER + 104;
-inline constexpr UINT UDM_SETBUDDY = WM_USER + 105;
-inline constexpr UINT UDM_GETBUDDY = WM_USER + 106;
-inline constexpr UINT UDM_SETRANGE32 = WM_USER + 111;
-inline constexpr UINT UDM_GETRANGE32 = WM_USER + 112;
-inline constexpr UINT UDM_SETPOS32 = WM_USER + 113;
-inline constexpr UINT UDM_GETPOS32 = WM_USER + 114;
-inline constexpr UINT UDN_DELTAPOS = 0xFFFFFD2E;
-
-// --- text drawing ----------------------------------------------------------------------------
-inline constexpr UINT DT_LEFT = 0x0000;
-inline constexpr UINT DT_CENTER = 0x0001;
-inline constexpr UINT DT_RIGHT = 0x0002;
-inline constexpr UINT DT_VCENTER = 0x0004; ///< with DT_SINGLELINE
-inline constexpr UINT DT_BOTTOM = 0x0008;  ///< with DT_SINGLELINE
-inline constexpr UINT DT_WORDBREAK = 0x0010;
-inline constexpr UINT DT_SINGLELINE = 0x0020;
-inline constexpr UINT DT_EXPANDTABS = 0x0040;
-inline constexpr UINT DT_NOCLIP = 0x0100;
-inline constexpr UINT DT_CALCRECT = 0x0400;
-inline constexpr UINT DT_NOPREFIX = 0x0800;
-inline constexpr UINT DT_END_ELLIPSIS = 0x8000;
-inline constexpr UINT DT_RTLREADING = 0x20000;
-inline constexpr UINT ETO_OPAQUE = 0x0002;
-inline constexpr UINT ETO_CLIPPED = 0x0004;
-inline constexpr UINT ETO_RTLREADING = 0x0080;
-inline constexpr int TRANSPARENT = 1;
-inline constexpr int OPAQUE = 2;
-inline constexpr int PS_SOLID = 0;
-inline constexpr int PS_NULL = 5;
-inline constexpr COLORREF CLR_INVALID = 0xFFFFFFFF;
-inline constexpr int FW_NORMAL = 400;
-inline constexpr int FW_BOLD = 700;
-inline constexpr BYTE DEFAULT_CHARSET = 1;
-inline constexpr int WHITE_BRUSH = 0;
-inline constexpr int BLACK_BRUSH = 4;
-inline constexpr int NULL_BRUSH = 5;
-inline constexpr int WHITE_PEN = 6;
-inline constexpr int BLACK_PEN = 7;
-inline constexpr int NULL_PEN = 8;
-inline constexpr int ANSI_FIXED_FONT = 11;
-inline constexpr int SYSTEM_FONT = 13;
-inline constexpr int DEFAULT_GUI_FONT = 17;
-
-// --- system colours --------------------------------------------------------------------------
-inline constexpr int COLOR_WINDOW = 5;
-inline constexpr int COLOR_WINDOWFRAME = 6;
-inline constexpr int COLOR_MENUTEXT = 7;
-inline constexpr int COLOR_WINDOWTEXT = 8;
-inline constexpr int COLOR_CAPTIONTEXT = 9;
-inline constexpr int COLOR_APPWORKSPACE = 12;
-inline constexpr int COLOR_HIGHLIGHT = 13;
-inline constexpr int COLOR_HIGHLIGHTTEXT = 14;
-inline constexpr int COLOR_3DFACE = 15;
-inline constexpr int COLOR_BTNSHADOW = 16;
-inline constexpr int COLOR_3DSHADOW = 16;
-inline constexpr int COLOR_GRAYTEXT = 17;
-inline constexpr int COLOR_BTNTEXT = 18;
-inline constexpr int COLOR_BTNHIGHLIGHT = 20;
-inline constexpr int COLOR_3DHIGHLIGHT = 20;
-inline constexpr int COLOR_3DDKSHADOW = 21;
-inline constexpr int COLOR_3DLIGHT = 22;
-inline constexpr int COLOR_INFOTEXT = 23;
-inline constexpr int COLOR_INFOBK = 24;
-
-// --- system metrics --------------------------------------------------------------------------
-inline constexpr int SM_CXSCREEN = 0;
-inline constexpr int SM_CYSCREEN = 1;
-inline constexpr int SM_CXVSCROLL = 2;
-inline constexpr int SM_CYHSCROLL = 3;
-inline constexpr int SM_CYCAPTION = 4;
-inline constexpr int SM_CXBORDER = 5;
-inline constexpr int SM_CYBORDER = 6;
-inline constexpr int SM_CXICON = 11;
-inline constexpr int SM_CYICON = 12;
-inline constexpr int SM_CYVSCROLL = 20;
-inline constexpr int SM_CXHSCROLL = 21;
-inline constexpr int SM_CXFRAME = 32;
-inline constexpr int SM_CYFRAME = 33;
-inline constexpr int SM_CXDOUBLECLK = 36;
-inline constexpr int SM_CYDOUBLECLK = 37;
-inline constexpr int SM_DBCSENABLED = 42;
-inline constexpr int SM_CXEDGE = 45;
-inline constexpr int SM_CYEDGE = 46;
-inline constexpr int SM_CXSMICON = 49;
-inline constexpr int SM_CYSMICON = 50;
-inline constexpr int SM_CXDRAG = 68;
-inline constexpr int SM_CYDRAG = 69;
-inline constexpr int SM_MIDEASTENABLED = 74;
-
-// --- mouse pointers --------------------------------------------------------------------------
-inline constexpr int IDC_ARROW = 32512;
-inline constexpr int IDC_IBEAM = 32513;
-inline constexpr int IDC_WAIT = 32514;
-inline constexpr int IDC_CROSS = 32515;
-inline constexpr int IDC_UPARROW = 32516;
-inline constexpr int IDC_SIZENWSE = 32642;
-inline constexpr int IDC_SIZENESW = 32643;
-inline constexpr int IDC_SIZEWE = 32644;
-inline constexpr int IDC_SIZENS = 32645;
-inline constexpr int IDC_SIZEALL = 32646;
-inline constexpr int IDC_NO = 32648;
-inline constexpr int IDC_HAND = 32649;
-inline constexpr int IDC_APPSTARTING = 32650;

@@ -6,12 +6,30 @@
 // keeps the position), after it WM_VSCROLL (UDS_HORZ: WM_HSCROLL) with SB_THUMBPOSITION and the
 // position in wParam's high word, and SB_ENDSCROLL when the button is let go.
 //
-// "Up" goes towards the range's upper end, which may be the smaller number. The beginning range is
-// 100 (lower) to 0 (upper), as callers know it: set the range.
+// "Up" moves towards the range's upper end, which may be the smaller number. The initial range is
+// 100 (lower) to 0 (upper), so a program should set one.
 #pragma once
 
 #include "vnbytstr/window/Wnd.h"
 
+inline constexpr DWORD UDS_WRAP = 0x0001;
+inline constexpr DWORD UDS_SETBUDDYINT = 0x0002;
+inline constexpr DWORD UDS_ALIGNRIGHT = 0x0004;
+inline constexpr DWORD UDS_ALIGNLEFT = 0x0008;
+inline constexpr DWORD UDS_AUTOBUDDY = 0x0010;
+inline constexpr DWORD UDS_ARROWKEYS = 0x0020;
+inline constexpr DWORD UDS_NOTHOUSANDS = 0x0080;
+inline constexpr UINT UDM_SETRANGE = WM_USER + 101;
+inline constexpr UINT UDM_GETRANGE = WM_USER + 102;
+inline constexpr UINT UDM_SETPOS = WM_USER + 103;
+inline constexpr UINT UDM_GETPOS = WM_USER + 104;
+inline constexpr UINT UDM_SETBUDDY = WM_USER + 105;
+inline constexpr UINT UDM_GETBUDDY = WM_USER + 106;
+inline constexpr UINT UDM_SETRANGE32 = WM_USER + 111;
+inline constexpr UINT UDM_GETRANGE32 = WM_USER + 112;
+inline constexpr UINT UDM_SETPOS32 = WM_USER + 113;
+inline constexpr UINT UDM_GETPOS32 = WM_USER + 114;
+inline constexpr UINT UDN_DELTAPOS = 0xFFFFFD2E;
 inline constexpr DWORD UDS_HORZ = 0x0040;
 inline constexpr int UD_MAXVAL = 0x7FFF;
 
@@ -40,9 +58,9 @@ public:
     void SetRange(short lower, short upper);
     void SetRange32(int lower, int upper);
     void GetRange(int& lower, int& upper) const;
-    /// Confined to the range. Returns the position before. Sends no notification.
+    /// Clamped to the range. Returns the previous position. Sends no notification.
     int SetPos(int position);
-    /// The position, read from the buddy with UDS_SETBUDDYINT; `*error` is set when its text is no
-    /// number in the range.
+    /// The position, read from the buddy with UDS_SETBUDDYINT; `*error` is set when its text is not
+    /// a number in the range.
     int GetPos(BOOL* error = nullptr) const;
 };

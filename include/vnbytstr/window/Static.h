@@ -11,6 +11,16 @@
 
 #include "vnbytstr/window/Wnd.h"
 
+inline constexpr DWORD SS_LEFT = 0x0000;
+inline constexpr DWORD SS_CENTER = 0x0001;
+inline constexpr DWORD SS_RIGHT = 0x0002;
+inline constexpr DWORD SS_BITMAP = 0x000E;
+inline constexpr DWORD SS_NOPREFIX = 0x0080;
+inline constexpr DWORD SS_NOTIFY = 0x0100;
+inline constexpr DWORD SS_CENTERIMAGE = 0x0200;
+inline constexpr DWORD SS_SUNKEN = 0x1000;
+inline constexpr DWORD SS_ENDELLIPSIS = 0x4000;
+inline constexpr UINT STM_SETIMAGE = 0x0172;
 inline constexpr DWORD SS_BLACKFRAME = 0x0007;
 inline constexpr DWORD SS_ETCHEDHORZ = 0x0010;
 inline constexpr int STN_CLICKED = 0;

@@ -1,11 +1,11 @@
-// Tips: small texts near the pointer.
+// Tooltips: small texts near the pointer.
 #pragma once
 
 #include "vnbytstr/window/Wnd.h"
 
-/// Shows a text at once, near a point of the window's client area. It goes when the pointer leaves
-/// `rect` (null: the window), on a click, a key, or HideTip.
+/// Shows a tooltip at once, near a point of the window's client area. It disappears when the pointer
+/// leaves `rect` (null: the window), on a click, a key, or HideTip.
 VNBYTSTR_API void ShowTip(HWND window, POINT point, LPCSTR text, LPCRECT rect = nullptr);
 VNBYTSTR_API void HideTip();
-/// The text being shown; empty when none is.
+/// The text of the tooltip; empty when none is shown.
 VNBYTSTR_API CString GetShownTip();

@@ -1,12 +1,52 @@
 // The window layer's free functions: on windows by handle, the keyboard, the mouse, the clipboard,
-// colours and measures. A handle that names no window is refused with 0.
+// colours and measures. They return 0 for a handle that names no window.
 #pragma once
 
 #include "vnbytstr/framework/Export.h"
 #include "vnbytstr/framework/String.h"
 #include "vnbytstr/window/Messages.h"
 
-/// Makes a class of windows known under its name (case does not matter). Returns a number above 0;
+// --- system metrics ------------------------------------------------------------------------------
+inline constexpr int SM_CXSCREEN = 0;
+inline constexpr int SM_CYSCREEN = 1;
+inline constexpr int SM_CXVSCROLL = 2;
+inline constexpr int SM_CYHSCROLL = 3;
+inline constexpr int SM_CYCAPTION = 4;
+inline constexpr int SM_CXBORDER = 5;
+inline constexpr int SM_CYBORDER = 6;
+inline constexpr int SM_CXICON = 11;
+inline constexpr int SM_CYICON = 12;
+inline constexpr int SM_CYVSCROLL = 20;
+inline constexpr int SM_CXHSCROLL = 21;
+inline constexpr int SM_CXFRAME = 32;
+inline constexpr int SM_CYFRAME = 33;
+inline constexpr int SM_CXDOUBLECLK = 36;
+inline constexpr int SM_CYDOUBLECLK = 37;
+inline constexpr int SM_DBCSENABLED = 42;
+inline constexpr int SM_CXEDGE = 45;
+inline constexpr int SM_CYEDGE = 46;
+inline constexpr int SM_CXSMICON = 49;
+inline constexpr int SM_CYSMICON = 50;
+inline constexpr int SM_CXDRAG = 68;
+inline constexpr int SM_CYDRAG = 69;
+inline constexpr int SM_MIDEASTENABLED = 74;
+
+// --- mouse pointers ------------------------------------------------------------------------------
+inline constexpr int IDC_ARROW = 32512;
+inline constexpr int IDC_IBEAM = 32513;
+inline constexpr int IDC_WAIT = 32514;
+inline constexpr int IDC_CROSS = 32515;
+inline constexpr int IDC_UPARROW = 32516;
+inline constexpr int IDC_SIZENWSE = 32642;
+inline constexpr int IDC_SIZENESW = 32643;
+inline constexpr int IDC_SIZEWE = 32644;
+inline constexpr int IDC_SIZENS = 32645;
+inline constexpr int IDC_SIZEALL = 32646;
+inline constexpr int IDC_NO = 32648;
+inline constexpr int IDC_HAND = 32649;
+inline constexpr int IDC_APPSTARTING = 32650;
+
+/// Registers a class of windows under its name (case does not matter). Returns a number above 0;
 /// 0 when the name is empty or taken.
 VNBYTSTR_API WORD RegisterClass(const WNDCLASS* windowClass);
 /// Fills `*windowClass` with the class of that name; FALSE when there is none. `instance` does not
@@ -16,10 +56,10 @@ VNBYTSTR_API BOOL UnregisterClass(LPCSTR name, HINSTANCE instance);
 
 VNBYTSTR_API BOOL IsWindow(HWND window);
 VNBYTSTR_API LRESULT SendMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
-/// The message is handled when the program next waits for events; a window that ends before then
-/// does not get it.
+/// The message is handled when the program next waits for events, unless the window is destroyed
+/// before.
 VNBYTSTR_API BOOL PostMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
-/// The default treatment of a message in a window of no class of its own.
+/// The default treatment of a message in a window of a registered or no class.
 VNBYTSTR_API LRESULT DefWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 VNBYTSTR_API BOOL DestroyWindow(HWND window);
 VNBYTSTR_API HWND GetParent(HWND window);
@@ -27,7 +67,7 @@ VNBYTSTR_API HWND GetDlgItem(HWND window, int id);
 VNBYTSTR_API int GetDlgCtrlID(HWND window);
 VNBYTSTR_API int GetClassName(HWND window, LPSTR buffer, int size);
 VNBYTSTR_API HWND GetFocus();
-VNBYTSTR_API HWND SetFocus(HWND window); ///< null: nobody has it
+VNBYTSTR_API HWND SetFocus(HWND window); ///< null takes it away from the window that has it
 VNBYTSTR_API HWND GetActiveWindow();
 VNBYTSTR_API HWND GetCapture();
 VNBYTSTR_API HWND SetCapture(HWND window);
@@ -47,18 +87,18 @@ VNBYTSTR_API short GetKeyState(int key);
 VNBYTSTR_API DWORD GetTickCount();
 VNBYTSTR_API BOOL GetCursorPos(LPPOINT point);
 VNBYTSTR_API BOOL SetCursorPos(int x, int y);
-/// Shows a pointer over the window that handles the message; returns the one before.
+/// Sets the pointer over the window that is handling a mouse message; returns the previous one.
 VNBYTSTR_API HCURSOR SetCursor(HCURSOR cursor);
 VNBYTSTR_API HCURSOR GetCursor();
 /// The system's pointer of that number (IDC_*); null for an unknown one.
 VNBYTSTR_API HCURSOR LoadCursor(HINSTANCE instance, int id);
-/// Keeps the pointer inside a rectangle of the screen; null lets it go.
+/// Confines the pointer to a rectangle of the screen; null ends that.
 VNBYTSTR_API BOOL ClipCursor(LPCRECT rect);
 /// The rectangle of ClipCursor, else the whole screen.
 VNBYTSTR_API BOOL GetClipCursor(LPRECT rect);
 
-VNBYTSTR_API int GetSystemMetrics(int index); ///< SM_*; 0 for an unknown one
-VNBYTSTR_API COLORREF GetSysColor(int index); ///< COLOR_*; 0 for an unknown one
+VNBYTSTR_API int GetSystemMetrics(int index); ///< SM_*; 0 for an unknown index
+VNBYTSTR_API COLORREF GetSysColor(int index); ///< COLOR_*; 0 for an unknown index
 /// The low word: average width of a character of the dialog font; the high word: its height.
 VNBYTSTR_API LONG GetDialogBaseUnits();
 /// number * numerator / denominator in 64 bits, rounded to the nearest; -1 when that does not fit

@@ -20,7 +20,7 @@ using HFONT = HGDIOBJ;
 using HPEN = HGDIOBJ;
 using HBRUSH = HGDIOBJ;
 using HBITMAP = HGDIOBJ;
-using HCURSOR = HCURSOR__*; ///< a mouse pointer; nobody frees it
+using HCURSOR = HCURSOR__*; ///< a mouse pointer, never freed
 using HICON = HBITMAP;
 using HMENU = HMENU__*; ///< a menu, or a child window's id cast to it
 using HDROP = HDROP__*; ///< the files of a drop
@@ -33,7 +33,7 @@ struct SIZE {
     LONG cx;
     LONG cy;
 };
-/// The right and bottom edges lie outside.
+/// The right and bottom edges are outside the rectangle.
 struct RECT {
     LONG left;
     LONG top;
@@ -66,7 +66,7 @@ constexpr LPARAM MAKELPARAM(int low, int high) {
 /// The signed coordinates in a mouse message's lParam.
 constexpr int GET_X_LPARAM(LPARAM value) { return static_cast<std::int16_t>(LOWORD(value)); }
 constexpr int GET_Y_LPARAM(LPARAM value) { return static_cast<std::int16_t>(HIWORD(value)); }
-/// The turn of the wheel in a WM_MOUSEWHEEL's wParam; 120 is one notch away from the user.
+/// The rotation in a WM_MOUSEWHEEL's wParam; 120 is one notch away from the user.
 constexpr int GET_WHEEL_DELTA_WPARAM(WPARAM value) {
     return static_cast<std::int16_t>(HIWORD(value));
 }
@@ -79,7 +79,8 @@ constexpr BYTE GetRValue(COLORREF color) { return static_cast<BYTE>(color); }
 constexpr BYTE GetGValue(COLORREF color) { return static_cast<BYTE>(color >> 8); }
 constexpr BYTE GetBValue(COLORREF color) { return static_cast<BYTE>(color >> 16); }
 
-// Edges are set in the constructors' bodies: braces around a base are lost on the static analyzer.
+// The members are set in the constructors' bodies because the static analyzer does not see those of
+// a base that is initialised in braces.
 class CSize : public SIZE {
 public:
     constexpr CSize() : CSize(0, 0) {}
@@ -124,7 +125,7 @@ public:
     constexpr int Height() const { return bottom - top; }
     constexpr CSize Size() const { return {Width(), Height()}; }
     constexpr CPoint TopLeft() const { return {left, top}; }
-    /// No area: a width or height of 0 or less.
+    /// Whether the width or height is 0 or less.
     constexpr BOOL IsRectEmpty() const { return left >= right || top >= bottom; }
     /// The right and bottom edges do not count.
     constexpr BOOL PtInRect(POINT point) const {
@@ -151,8 +152,7 @@ public:
         if (top > bottom)
             std::swap(top, bottom);
     }
-    /// Sets this to what both have in common (all zero when that is nothing). Returns whether there
-    /// is any.
+    /// Sets this to the intersection, all zero when it is empty. Returns whether it is not.
     constexpr BOOL IntersectRect(LPCRECT a, LPCRECT b) {
         const CRect common(std::max(a->left, b->left), std::max(a->top, b->top),
                            std::min(a->right, b->right), std::min(a->bottom, b->bottom));
@@ -173,7 +173,7 @@ struct MSG {
     WPARAM wParam;
     LPARAM lParam;
     DWORD time; ///< tick count when the message was made
-    POINT pt;   ///< the pointer's place on the screen at that time
+    POINT pt;   ///< the pointer's position on the screen at that time
 };
 using LPMSG = MSG*;
 
@@ -198,7 +198,7 @@ using LPCREATESTRUCT = CREATESTRUCT*;
 struct DRAWITEMSTRUCT {
     UINT CtlType; ///< ODT_*
     UINT CtlID;
-    UINT itemID;     ///< index; 0xFFFFFFFF for the focus of an empty list
+    UINT itemID;     ///< index; 0xFFFFFFFF: the focus rectangle of an empty list
     UINT itemAction; ///< ODA_*
     UINT itemState;  ///< ODS_*
     HWND hwndItem;

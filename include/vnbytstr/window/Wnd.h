@@ -16,11 +16,11 @@ namespace vnbytstr::detail {
 class Window;
 }
 
-/// A window. The C++ object and the window live separately: Create makes the window, DestroyWindow
-/// (or its parent's end) takes it away, and the object goes on; the object's destructor destroys
-/// the window. PostNcDestroy is the place for `delete this`.
+/// A window. The C++ object and the window have separate lives: Create makes the window;
+/// DestroyWindow, or the destruction of its parent, destroys it and leaves the object; the object's
+/// destructor destroys the window. PostNcDestroy is the place for `delete this`.
 ///
-/// Everything runs on the program's main thread. Coordinates: see DC.h; a child's place is in its
+/// Everything runs on the program's main thread. Coordinates: see DC.h; a child's position is in its
 /// parent's client coordinates.
 class VNBYTSTR_API CWnd : public CCmdTarget {
     DECLARE_DYNAMIC(CWnd)
@@ -32,7 +32,7 @@ public:
     operator HWND() const { return m_hWnd; }
     HWND GetSafeHwnd() const;
 
-    // --- making and unmaking -----------------------------------------------------------------
+    // --- creation and destruction ------------------------------------------------------------
     /// A child window. `className` is a registered or system class ("LISTBOX", "EDIT", "COMBOBOX",
     /// "BUTTON", "STATIC", "msctls_updown32"; case does not matter); null is a plain window.
     /// FALSE when the class is unknown, there is no parent, or WM_CREATE was answered with -1.
@@ -41,25 +41,26 @@ public:
     /// A window of any kind; `parent` may be null (a top-level window), `id` is the child's id.
     BOOL CreateEx(DWORD exStyle, LPCTSTR className, LPCTSTR windowName, DWORD style,
                   const RECT& rect, CWnd* parent, UINT id, void* param = nullptr);
-    /// A child window inside any widget of a Qt program. The widget owns it from there on.
+    /// A child window inside any widget of a Qt program, which then owns it.
     BOOL CreateInWidget(QWidget* parent, LPCTSTR className, LPCTSTR windowName, DWORD style,
                         const RECT& rect, UINT id);
-    /// Changes the class, style or place before the window is made; FALSE gives it up.
+    /// May change class, style and position before the window is created; FALSE cancels creation.
     virtual BOOL PreCreateWindow(CREATESTRUCT& create);
     virtual BOOL DestroyWindow();
     /// Called last, after WM_NCDESTROY; m_hWnd is null.
     virtual void PostNcDestroy();
-    /// Takes the handle of an existing window; its messages do not come here.
+    /// Attaches the handle of an existing window, without receiving its messages.
     BOOL Attach(HWND window);
     HWND Detach();
     virtual void PreSubclassWindow();
 
-    /// The object for a window, made for the time being when there is none; null for null.
+    /// The object attached to a window, else a temporary one that lives as long as the window; null
+    /// for null.
     static CWnd* FromHandle(HWND window);
-    /// The widget underneath; null when there is no window. For a Qt program that puts the window
-    /// into a layout of its own. A window without Qt parent may be given one with setParent.
+    /// The window's widget, for a Qt program that puts it into a layout; null when there is no window.
+    /// A window without a Qt parent may be given one with setParent.
     QWidget* GetWidget() const;
-    /// The window that a widget (or the nearest widget around it) is; null for none.
+    /// The window of a widget or of its nearest ancestor that has one; null when none has.
     static CWnd* FromWidget(const QWidget* widget);
 
     // --- messages ----------------------------------------------------------------------------
@@ -67,12 +68,12 @@ public:
     BOOL PostMessage(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const;
     /// Sends to a child by its id.
     LRESULT SendDlgItemMessage(int id, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const;
-    /// Where every message of the window arrives.
+    /// Gets every message of the window.
     virtual LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam);
-    /// What happens to a message that nobody handles: the window class's own behaviour.
+    /// The window class's treatment of a message that no handler took.
     virtual LRESULT DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam);
-    /// Sees keyboard messages before they go to the window that has the focus, from that window up
-    /// to its top-level window. TRUE: the message goes no further.
+    /// Gets keyboard messages before the window that has the focus: called for that window first,
+    /// then for its parents up to the top-level window. TRUE: handled.
     virtual BOOL PreTranslateMessage(MSG* message);
     /// The message being handled.
     static const MSG* GetCurrentMessage();
@@ -89,7 +90,7 @@ public:
         MoveWindow(rect->left, rect->top, rect->right - rect->left, rect->bottom - rect->top,
                    repaint);
     }
-    /// `after`: &wndTop, &wndBottom, or the window to come behind.
+    /// `after`: &wndTop, &wndBottom, or the window that is to be in front of this one.
     BOOL SetWindowPos(const CWnd* after, int x, int y, int cx, int cy, UINT flags);
     static const CWnd wndTop;
     static const CWnd wndBottom;
@@ -120,15 +121,15 @@ public:
     // --- painting ----------------------------------------------------------------------------
     void Invalidate(BOOL erase = TRUE);
     void InvalidateRect(LPCRECT rect, BOOL erase = TRUE);
-    /// Paints at once what is invalid.
+    /// Paints invalid areas at once.
     void UpdateWindow();
     void SetRedraw(BOOL on = TRUE);
-    CDC* GetDC(); ///< to be given back with ReleaseDC
+    CDC* GetDC(); ///< to be released with ReleaseDC
     int ReleaseDC(CDC* dc);
 
     // --- family ------------------------------------------------------------------------------
-    /// The parent window; of a top-level window its owner. Null when there is none, or it is a
-    /// widget that is no CWnd.
+    /// The parent window; for a top-level window its owner. Null when there is none, or when it is
+    /// not a CWnd's widget.
     CWnd* GetParent() const;
     CWnd* GetTopLevelParent() const;
     CWnd* GetDlgItem(int id) const; ///< null when there is none
@@ -153,10 +154,9 @@ public:
     int MessageBox(LPCTSTR text, LPCTSTR caption = nullptr, UINT type = 0);
     void DragAcceptFiles(BOOL accept = TRUE);
 
-    // --- beyond what programs know -----------------------------------------------------------
-    /// What a screen reader is told about a window that draws a table itself. The window does not
-    /// own it; null takes it away. See AccessibleTable.h; after a change call
-    /// NotifyAccessibility.
+    // --- accessibility -----------------------------------------------------------------------
+    /// Describes a table that the window draws itself to screen readers. The window does not own it;
+    /// null removes it. See AccessibleTable.h; call NotifyAccessibility after changes.
     void SetAccessibleTable(CAccessibleTable* table);
 
     BOOL OnCmdMsg(UINT id, int code, void* extra) override;
@@ -164,17 +164,17 @@ public:
 protected:
     virtual BOOL OnCommand(WPARAM wParam, LPARAM lParam);
     virtual BOOL OnNotify(WPARAM wParam, LPARAM lParam, LRESULT* result);
-    /// A message that this control sent to its parent comes here first. TRUE: handled, the parent
-    /// does not get it.
+    /// Gets a message that this control sends to its parent before the parent does. TRUE: handled;
+    /// the parent does not get it.
     virtual BOOL OnChildNotify(UINT message, WPARAM wParam, LPARAM lParam, LRESULT* result);
-    /// Looks a message up in the map and calls its handler. FALSE when there is none.
+    /// Calls the handler of a message in the message map. FALSE when it has none.
     virtual BOOL OnWndMsg(UINT message, WPARAM wParam, LPARAM lParam, LRESULT* result);
-    /// Gives a child's notification back to it. Called by parents for the messages of children.
+    /// Reflects the message being handled to the child that sent it.
     static BOOL ReflectLastMsg(HWND child, LRESULT* result = nullptr);
     /// The default treatment of the message being handled.
     LRESULT Default();
 
-    // Handlers a map may name without a class of its own: each does the default.
+    // Default handlers of the ON_WM_ macros: each calls Default.
     int OnCreate(LPCREATESTRUCT create);
     void OnDestroy();
     void OnSize(UINT type, int cx, int cy);

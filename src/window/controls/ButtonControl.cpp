@@ -13,7 +13,7 @@ namespace vnbytstr::detail {
 
 namespace {
 
-// The control decides what a click checks, so these do nothing by themselves.
+// ButtonControl decides what a click checks; Qt's own change of state is turned off.
 class CheckBoxWidget final : public QCheckBox {
 public:
     using QCheckBox::QCheckBox;
@@ -75,7 +75,7 @@ void ButtonControl::MakeWidget() {
         m_group = new QGroupBox(parent);
         HostControl(m_window, m_group);
         m_group->setFocusPolicy(Qt::NoFocus);
-        // What stands in the frame are siblings; they get the mouse.
+        // The controls in the frame are its siblings; the mouse is theirs.
         m_window.Widget()->setAttribute(Qt::WA_TransparentForMouseEvents);
         ShowText();
         return;
@@ -200,7 +200,7 @@ std::optional<LRESULT> ButtonControl::ButtonProc(UINT message, WPARAM wParam, LP
             Clicked();
         return 0;
     case WM_KEYDOWN:
-        // Arrows belong to the dialog; Qt would move the focus by itself.
+        // Arrow keys are the dialog's; Qt would move the focus.
         if (wParam >= VK_LEFT && wParam <= VK_DOWN)
             return 0;
         return std::nullopt;

@@ -1,4 +1,4 @@
-// The system class BUTTON. Inside platform/window only.
+// The system class BUTTON.
 #pragma once
 
 #include "src/window/core/WindowInternal.h"
@@ -31,7 +31,7 @@ private:
     void SetStyle(DWORD style);
     LRESULT DialogCode() const;
 
-    QPointer<QAbstractButton> m_button; // null for a group box
+    QPointer<QAbstractButton> m_button; ///< null for a group box
     QPointer<QGroupBox> m_group;
     int m_check = 0;
 };

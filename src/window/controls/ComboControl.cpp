@@ -268,6 +268,7 @@ LRESULT ComboControl::Select(int index) {
 
 void ComboControl::ShowInField(const std::string& text) {
     const QScopedValueRollback<bool> setting(m_setting, true);
+    m_messages->ForgetTyped();
     m_field->SetText(ToQString(text));
 }
 
@@ -307,7 +308,7 @@ std::optional<LRESULT> ComboControl::FieldProc(UINT message, WPARAM wParam, LPAR
 std::optional<LRESULT> ComboControl::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
     case WM_WINDOWPOSCHANGING: {
-        // Callers give the height with the dropped list; the window keeps the field's.
+        // Callers give the height including the dropped list; the window is as high as the field.
         auto* const place = reinterpret_cast<WINDOWPOS*>(lParam);
         if (m_combo != nullptr && (place->flags & SWP_NOSIZE) == 0) {
             if (place->cy != FieldHeight())

@@ -1,4 +1,4 @@
-// The system class COMBOBOX. Inside platform/window only.
+// The system class COMBOBOX.
 #pragma once
 
 #include "src/window/controls/FieldMessages.h"
@@ -64,13 +64,13 @@ private:
     void Notify(int code);
 
     std::vector<Item> m_items;
-    std::unique_ptr<EditField> m_field;      // null in a drop-down list
-    std::optional<FieldMessages> m_messages; // there as long as m_field is
-    QPointer<ComboWidget> m_combo;           // null in a simple one
+    std::unique_ptr<EditField> m_field;      ///< null in a drop-down list
+    std::optional<FieldMessages> m_messages; ///< there as long as m_field is
+    QPointer<ComboWidget> m_combo;           ///< null in a simple one
     QPointer<SimpleComboWidget> m_simple;
     int m_current = -1;
     int m_droppedHeight = 0;
-    int m_fieldHeight = 0; // as CB_SETITEMHEIGHT wants it; 0: the font's
+    int m_fieldHeight = 0; ///< as CB_SETITEMHEIGHT wants it; 0: the font's
     bool m_setting = false;
     bool m_pickedWhileOpen = false;
 };

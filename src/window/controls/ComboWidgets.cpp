@@ -31,7 +31,7 @@ void ComboWidget::TakeLine(QLineEdit* line) {
     setLineEdit(line);
     setCompleter(nullptr);
     line->setFrame(false);
-    // Qt would pick the item whose text was typed when the field is left; that is the owner's call.
+    // When the field loses the focus, Qt would pick the item whose text was typed.
     disconnect(line, &QLineEdit::editingFinished, this, nullptr);
     disconnect(line, &QLineEdit::returnPressed, this, nullptr);
 }
@@ -68,7 +68,7 @@ void ComboWidget::showPopup() {
 
 void ComboWidget::hidePopup() {
     QComboBox::hidePopup();
-    // Qt hides the list before it tells what was picked.
+    // Qt hides the list before it reports what was picked.
     if (std::exchange(m_open, false))
         QMetaObject::invokeMethod(
             this,
@@ -87,7 +87,7 @@ void ComboWidget::keyPressEvent(QKeyEvent* event) {
 }
 
 void ComboWidget::wheelEvent(QWheelEvent* event) {
-    // A wheel that happens to be over the box changes nothing by accident.
+    // Turning the wheel over an unfocused box must not change its item.
     if (hasFocus() || (lineEdit() != nullptr && lineEdit()->hasFocus()))
         QComboBox::wheelEvent(event);
     else

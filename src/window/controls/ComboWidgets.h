@@ -1,4 +1,4 @@
-// The Qt widgets of combo boxes. Inside platform/window only.
+// The Qt widgets of combo boxes.
 #pragma once
 
 #include <QComboBox>
@@ -18,7 +18,7 @@ public:
     /// Makes it editable, with that line for its field.
     void TakeLine(QLineEdit* line);
     bool IsOpen() const { return m_open; }
-    // Qt's own would put the first item, or a removed one's neighbour, into the field.
+    // As Qt's, which would put the first item, or a removed one's neighbour, into the field.
     void InsertKeepingField(int index, const QString& text);
     void RemoveKeepingField(int index, int current);
 

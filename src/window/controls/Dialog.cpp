@@ -5,6 +5,7 @@
 #include "vnbytstr/window/Application.h"
 
 #include "vnbytstr/framework/MessageBoxTypes.h"
+#include "vnbytstr/window/Button.h"
 
 #include <QApplication>
 #include <QEventLoop>
@@ -29,7 +30,7 @@ CDialog::CDialog(const CDialogTemplate& description, CWnd* parent) {
 CDialog::~CDialog() {
     if (m_loop != nullptr)
         m_loop->quit();
-    // Here, while the messages of the end still find this class.
+    // In this destructor WM_DESTROY still reaches this class's message map.
     DestroyWindow();
 }
 
@@ -135,7 +136,7 @@ void CDialog::NextFrom(CWnd* control, bool back) const {
     const Window* const dialog = Window::Of(this);
     if (dialog == nullptr)
         return;
-    // The focus may be in a part of the control.
+    // The focus may be in an inner widget of the control.
     const Window* from = Window::Of(control);
     while (from != nullptr && from->Parent() != dialog)
         from = from->Parent();

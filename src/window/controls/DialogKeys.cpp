@@ -7,6 +7,8 @@
 
 #include "src/charset/CodePage.h"
 #include "vnbytstr/framework/MessageBoxTypes.h"
+#include "vnbytstr/window/Button.h"
+#include "vnbytstr/window/Edit.h"
 
 #include <algorithm>
 #include <string>
@@ -35,14 +37,14 @@ bool CanHaveFocus(const Window& window) {
     return (window.Style() & WS_DISABLED) == 0 && !window.Widget()->isHidden();
 }
 
-/// The child of the dialog that a window is or lies in; null when it lies in none.
+/// The dialog's direct child that is the window or contains it; null when there is none.
 Window* ControlOf(const Window& dialog, Window* window) {
     while (window != nullptr && window->Parent() != &dialog)
         window = (window->Style() & WS_CHILD) != 0 ? window->Parent() : nullptr;
     return window;
 }
 
-/// A radio button that Tab passes by, because another one of its group is checked.
+/// A radio button that Tab skips, because another one of its group is checked.
 bool IsPassedBy(Window& control) {
     if ((CodeOf(control) & DLGC_RADIOBUTTON) == 0 || control.Send(BM_GETCHECK) == BST_CHECKED)
         return false;
@@ -100,7 +102,7 @@ bool HasLetter(const Window& control, QChar letter) {
 }
 
 bool GoToLetter(Window& dialog, char byte) {
-    static std::string bytes; // of a letter: those of one that has several come one by one
+    static std::string bytes; // of a character whose bytes come one by one
     bytes.push_back(byte);
     if (CodePage::Ansi().IsCutShort(bytes.data(), bytes.data() + bytes.size()))
         return false;

@@ -1,4 +1,4 @@
-// The order of a window's controls, and what keys do among them. Inside platform/window only.
+// The order of a window's controls, and what keys do among them.
 #pragma once
 
 #include "src/window/core/WindowInternal.h"
@@ -7,12 +7,12 @@
 
 namespace vnbytstr::detail {
 
-/// The windows among which this one stands, itself included, in their order.
+/// This window and its siblings in their order.
 std::vector<Window*> SiblingsOf(const Window& window);
 std::vector<Window*> ChildrenOf(const Window& parent);
 /// The controls from the nearest WS_GROUP at or before this one up to the next.
 std::vector<Window*> ControlsOfGroup(const Window& window);
-/// The first control behind this one that is no label and no frame; null for none.
+/// The next control that is neither a label nor a frame; null when there is none.
 Window* NextFocusable(const Window& window);
 /// Where Tab goes from a control (null: from the beginning, or the end): the next WS_TABSTOP that
 /// is enabled and not hidden; of a group of radio buttons the checked one. Null when there is none.

@@ -15,7 +15,7 @@ namespace vnbytstr::detail {
 
 namespace {
 
-/// The kind of line break that a text has first.
+/// The first line break's kind; CR LF for a text without one.
 std::string FirstBreak(std::string_view text) {
     const std::size_t at = text.find_first_of("\r\n");
     if (at == std::string_view::npos || text.substr(at, 2) == "\r\n")
@@ -119,7 +119,7 @@ void EditControl::SetSelection(int first, int end) {
         m_field->Select(cursor, cursor, false);
         return;
     }
-    // Most often the whole text is meant; its ends need no counting.
+    // Most often the whole text is selected, which needs no counting.
     const int anchor = first == 0 ? 0 : m_messages->ToUnits(first);
     const int cursor = end < 0 ? m_field->Length() : end == 0 ? 0 : m_messages->ToUnits(end);
     m_field->Select(anchor, cursor, false);
@@ -190,7 +190,7 @@ std::optional<LRESULT> EditControl::EditProc(UINT message, WPARAM wParam, LPARAM
 }
 
 std::optional<LRESULT> EditControl::LineProc(UINT message, WPARAM wParam, LPARAM lParam) {
-    // The line and its beginning, in units, that holds a position of -1 or in bytes.
+    // The line that holds a position in bytes (-1: the unit `whenNone`), and the unit it begins at.
     const auto lineOf = [this](int position, int whenNone) {
         const QString before =
             m_field->Text().left(position < 0 ? whenNone : m_messages->ToUnits(position));
@@ -226,7 +226,7 @@ std::optional<LRESULT> EditControl::LineProc(UINT message, WPARAM wParam, LPARAM
         std::memcpy(&size, buffer, sizeof size);
         const int line = static_cast<int>(wParam);
         const std::string text = m_messages->Bytes(m_field->Text().section(u'\n', line, line));
-        return static_cast<LRESULT>(text.copy(buffer, size)); // no NUL, as callers know it
+        return static_cast<LRESULT>(text.copy(buffer, size)); // without a NUL: callers expect it so
     }
     default:
         return std::nullopt;

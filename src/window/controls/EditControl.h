@@ -1,4 +1,4 @@
-// The system class EDIT. Inside platform/window only.
+// The system class EDIT.
 #pragma once
 
 #include "src/window/controls/FieldMessages.h"
@@ -17,8 +17,7 @@ public:
 };
 
 // Invariants:
-// 1. m_original, when there is one, is the text that was set last, and nobody has changed the
-//    field's since.
+// 1. m_original, when it has a value, is the text that was set last and that the field still shows.
 // 2. m_messages is there as long as m_field.
 class EditControl final : public SystemControl, public EditFieldOwner {
 public:
@@ -48,7 +47,7 @@ private:
     LRESULT DialogCode(const MSG* message) const;
 
     std::unique_ptr<EditField> m_field;
-    std::optional<FieldMessages> m_messages; // there as long as m_field is
+    std::optional<FieldMessages> m_messages; ///< there as long as m_field is
     std::optional<std::string> m_original = std::string();
     std::string m_cue;
     ArrowKeyTaker* m_arrowKeys = nullptr;

@@ -12,7 +12,7 @@ namespace vnbytstr::detail {
 
 namespace {
 
-/// The longest beginning of whole user-perceived characters that is no longer than `bytes`.
+/// The longest beginning of whole user-perceived characters that fits into `bytes`.
 QString CutToBytes(const EditRules& rules, const QString& text, std::size_t bytes) {
     QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
     std::size_t used = 0;
@@ -41,7 +41,7 @@ QString EditRules::Fit(const QString& text, const QString& removed, QString adde
         added = added.toLower();
     if (digits)
         added.removeIf([](QChar ch) { return ch < u'0' || ch > u'9'; });
-    // No encoding takes more than four bytes for a unit; most often that settles it.
+    // No encoding takes more than four bytes for a unit, so a short text needs no counting.
     const auto units = static_cast<std::size_t>(text.size() + added.size());
     if (limit >= NoLimit || units * 4 <= limit)
         return added;
@@ -58,7 +58,7 @@ void EditField::InsertFromUser(const QString& text) {
         return;
     bool full = false;
     const QString fitting = m_rules.Fit(Text(), SelectedText(), text, full);
-    // Nothing that may go in leaves the selection alone, unless nothing is what was to go in.
+    // When the rules let nothing in, the selection stays; an empty text is meant to delete it.
     const std::weak_ptr<char> life = m_life;
     if (!fitting.isEmpty() || text.isEmpty())
         Insert(fitting);

@@ -1,6 +1,6 @@
-// The Qt widgets that people type into, behind one interface: a line, or several. They apply the
-// limit and the letter rules to all that the user puts in, however it comes: typed, pasted, dropped
-// or composed by an input method. Inside platform/window only.
+// One interface over the Qt widgets for text input, of one line or several. They apply the limit and
+// the letter rules to whatever the user enters, be it typed, pasted, dropped or composed by an
+// input method.
 #pragma once
 
 #include "vnbytstr/window/WindowTypes.h"
@@ -16,11 +16,11 @@ class QWidget;
 
 namespace vnbytstr::detail {
 
-/// Who is told about a field.
+/// Gets the notifications of a field.
 class EditFieldOwner {
 public:
     virtual ~EditFieldOwner() = default;
-    virtual void FieldChanged() = 0; ///< by whomever
+    virtual void FieldChanged() = 0; ///< by the user or the program
     virtual void FieldFull() = 0;    ///< something did not fit
     /// A key or the menu asks for WM_CUT, WM_COPY, WM_PASTE or WM_UNDO.
     virtual void FieldCommand(UINT message) = 0;
@@ -35,8 +35,8 @@ struct EditRules {
     std::size_t breakBytes = 1; ///< what a line break counts
 
     static constexpr std::size_t NoLimit = 0x7FFFFFFE;
-    /// As much of `added` as may go into `text` in place of `removed` of its characters; `full`
-    /// becomes true when that is not all because of the limit.
+    /// As much of `added` as the rules let replace `removed` in `text`; `full` becomes true when
+    /// the limit cut some off.
     QString Fit(const QString& text, const QString& removed, QString added, bool& full) const;
     std::size_t Bytes(const QString& text) const;
 };
@@ -47,7 +47,7 @@ public:
     virtual ~EditField() = default;
     virtual QWidget* Widget() const = 0;
     virtual QString Text() const = 0; ///< line breaks are '\n'
-    /// Sets the text, forgets what could be undone, puts the cursor at the beginning.
+    /// Sets the text, clears the undo history, puts the cursor at the beginning.
     virtual void SetText(const QString& text) = 0;
     virtual int Length() const = 0;
     virtual int SelectionStart() const = 0; ///< the cursor's place when nothing is selected
@@ -67,7 +67,7 @@ public:
     virtual void SetCue(const QString& text) = 0;
     virtual void ScrollToCursor() = 0;
 
-    /// Puts in what the user typed or pasted, as far as the rules allow.
+    /// Inserts what the user typed or pasted, as far as the rules allow.
     void InsertFromUser(const QString& text);
 
     EditRules m_rules;
@@ -77,8 +77,8 @@ protected:
     EditFieldOwner& m_owner;
 
 private:
-    std::shared_ptr<char> m_life =
-        std::make_shared<char>(); // who holds it weakly learns of the end
+    /// Callers that hold it weakly notice that the field was destroyed meanwhile.
+    std::shared_ptr<char> m_life = std::make_shared<char>();
 };
 
 struct EditFieldStyle {
@@ -89,15 +89,15 @@ struct EditFieldStyle {
     bool vScroll = false;
     bool hScroll = false;
 };
-/// The widget belongs to `parent`; the field must end before or with it.
+/// The widget belongs to `parent`; the field must be destroyed before it.
 std::unique_ptr<EditField> MakeEditField(const EditFieldStyle& style, EditFieldOwner& owner,
                                          QWidget* parent);
-/// A line's widget and field for a combo box. The field ends with its owner.
+/// A line's widget and field for a combo box. The field is destroyed with its owner.
 std::unique_ptr<EditField> MakeLineField(EditFieldOwner& owner, QLineEdit*& widget);
 
 /// WM_CUT, WM_COPY, WM_PASTE or WM_UNDO for the platform's keys of these; 0 for other keys.
 UINT ClipboardCommand(const QKeyEvent& event);
-/// Whether a key's text is put in by WM_CHAR, not by the key itself.
+/// Whether a key's text is inserted by WM_CHAR, not by the key itself.
 bool IsTypedText(const QString& text, Qt::KeyboardModifiers modifiers);
 
 } // namespace vnbytstr::detail

@@ -24,8 +24,8 @@ public:
     /// The text for the field: its line breaks are '\n' in a field of several lines.
     QString Units(std::string_view text) const;
 
-    /// A position in bytes for one in UTF-16 units, and back. A position inside a character is the
-    /// character's beginning, one behind the text its end, one before it 0.
+    /// A position in bytes for one in UTF-16 units, and back. A position inside a character counts
+    /// as its beginning, one past the text as its end, a negative one as 0.
     int ToBytes(int units) const;
     int ToUnits(int bytes) const;
     /// EM_GETSEL, CB_GETEDITSEL: the parameters may be null; -1 when an end does not fit 16 bits.
@@ -52,7 +52,7 @@ private:
     bool m_multiline;
     bool m_secret;
     std::string m_break = "\n";
-    std::string m_typed; // the bytes of a character that is not complete yet
+    std::string m_typed; ///< the bytes of a character that is not complete yet
 };
 
 } // namespace vnbytstr::detail

@@ -13,7 +13,7 @@ template <class Base, class Field>
 class FieldWidget : public Base {
 public:
     FieldWidget(Field& field, QWidget* parent) : Base(parent), m_field(&field) {}
-    /// The field ends before its widget.
+    /// To be called when the field is destroyed before its widget.
     void Forget() { m_field = nullptr; }
 
 protected:
@@ -35,7 +35,7 @@ protected:
             m_field->Owner().FieldFull();
     }
 
-    Field* m_field; ///< null once the field has ended
+    Field* m_field; ///< null once the field has been destroyed
 };
 
 } // namespace vnbytstr::detail

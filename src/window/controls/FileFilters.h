@@ -1,4 +1,4 @@
-// File dialogs' filters in Qt's form. Inside platform/window only.
+// File dialogs' filters in Qt's form.
 #pragma once
 
 #include <QStringList>

@@ -1,4 +1,4 @@
-// The classes of a frame's bars: "MenuBar" and "msctls_statusbar32". Inside platform/window only.
+// The classes of a frame's bars: "MenuBar" and "msctls_statusbar32".
 #pragma once
 
 #include "src/window/core/WindowInternal.h"

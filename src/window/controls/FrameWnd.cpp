@@ -41,7 +41,7 @@ private:
 } // namespace
 
 CFrameWnd::~CFrameWnd() {
-    // Here, while the messages of the end still find this class.
+    // In this destructor WM_DESTROY still reaches this class's message map.
     DestroyWindow();
     const std::unique_ptr<MenuData> menu(MenuData::Of(m_menu));
 }

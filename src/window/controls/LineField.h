@@ -1,4 +1,4 @@
-// A field of one line. Inside platform/window only.
+// A field of one line.
 #pragma once
 
 #include "src/window/controls/EditField.h"

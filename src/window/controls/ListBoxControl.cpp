@@ -1,4 +1,4 @@
-// The list box: its messages, rows and their heights.
+// The list box: its messages and rows.
 #include "src/window/controls/ListBoxControl.h"
 
 #include "src/window/draw/GdiInternal.h"
@@ -7,8 +7,6 @@
 #include "vnbytstr/window/WindowFunctions.h"
 
 #include "src/charset/Collation.h"
-
-#include <QFontMetrics>
 
 #include <algorithm>
 #include <cstring>
@@ -155,7 +153,7 @@ void ListBoxControl::RowInserted(int row) {
     if (Has(LBS_OWNERDRAWVARIABLE))
         MeasureRow(row);
     if (row < m_top)
-        ++m_top; // what is seen stays where it is
+        ++m_top; // the rows in view stay in view
     RowsChanged();
     InvalidateFrom(row);
 }
@@ -175,7 +173,7 @@ int ListBoxControl::CompareRow(int row, std::string_view text, std::uintptr_t da
         m_window.NotifyParent(WM_COMPAREITEM, m_window.Id(), reinterpret_cast<LPARAM>(&compare)));
 }
 
-/// Behind all rows that are not greater.
+/// Upper bound: the index after the last row that is not greater.
 int ListBoxControl::SortedPlace(std::string_view text, std::uintptr_t data) {
     int from = 0;
     int to = m_rows.Count();
@@ -309,95 +307,6 @@ int ListBoxControl::Find(int after, LPARAM text, bool exact) const {
                  : m_rows.FindBeginning(after, ViewOf(text));
 }
 
-// --- heights ---------------------------------------------------------------------------------
-
-void ListBoxControl::OnCreate() {
-    m_window.ShowScrollBar(SB_VERT, Has(LBS_DISABLENOSCROLL) && m_window.WantsScrollBar(SB_VERT));
-    m_window.ShowScrollBar(SB_HORZ, false);
-    MeasureAll();
-}
-
-/// The height of rows without one of their own: the owner's answer, else the font's.
-void ListBoxControl::MeasureAll() {
-    if (m_heightSet)
-        return;
-    int height = QFontMetrics(m_window.QtFont()).height();
-    if (Has(LBS_OWNERDRAWFIXED)) {
-        MEASUREITEMSTRUCT item{ODT_LISTBOX, m_window.Id(), 0, 0, static_cast<UINT>(height), 0};
-        m_window.NotifyParent(WM_MEASUREITEM, m_window.Id(), reinterpret_cast<LPARAM>(&item));
-        height = static_cast<int>(item.itemHeight);
-    }
-    m_rows.SetHeight(height);
-}
-
-void ListBoxControl::MeasureRow(int row) {
-    MEASUREITEMSTRUCT item{};
-    item.CtlType = ODT_LISTBOX;
-    item.CtlID = m_window.Id();
-    item.itemID = static_cast<UINT>(row);
-    item.itemHeight = static_cast<UINT>(m_rows.Height());
-    item.itemData = m_rows.Data(row);
-    m_window.NotifyParent(WM_MEASUREITEM, m_window.Id(), reinterpret_cast<LPARAM>(&item));
-    if (m_rows.Has(row) && static_cast<int>(item.itemHeight) != m_rows.HeightOf(row))
-        m_rows.SetHeightOf(row, static_cast<int>(item.itemHeight));
-}
-
-LRESULT ListBoxControl::PlaceProc(UINT message, WPARAM wParam, LPARAM lParam) {
-    const int row = static_cast<int>(wParam);
-    switch (message) {
-    case LB_GETTOPINDEX:
-        return m_top;
-    case LB_SETTOPINDEX:
-        if (!m_rows.Has(row))
-            return LB_ERR;
-        ScrollTo(row);
-        return LB_OKAY;
-    case LB_GETITEMRECT:
-        // The row behind the last has a place too: where it would stand.
-        if (lParam == 0 || row < 0 || row > m_rows.Count())
-            return LB_ERR;
-        *reinterpret_cast<RECT*>(lParam) = RowRect(row);
-        return m_rows.Has(row) ? LB_OKAY : LB_ERR;
-    case LB_GETITEMHEIGHT:
-        if (!Has(LBS_OWNERDRAWVARIABLE))
-            return m_rows.Height();
-        return m_rows.Has(row)       ? m_rows.HeightOf(row)
-               : m_rows.Count() == 0 ? m_rows.Height()
-                                     : LB_ERR;
-    case LB_SETITEMHEIGHT: {
-        constexpr LPARAM kHighest = 255;
-        if (lParam < 1 || lParam > kHighest || (Has(LBS_OWNERDRAWVARIABLE) && !m_rows.Has(row)))
-            return LB_ERR;
-        if (Has(LBS_OWNERDRAWVARIABLE)) {
-            m_rows.SetHeightOf(row, static_cast<int>(lParam));
-        } else {
-            m_rows.SetHeight(static_cast<int>(lParam));
-            m_heightSet = true;
-        }
-        RowsChanged();
-        InvalidateFrom(Has(LBS_OWNERDRAWVARIABLE) ? row : 0);
-        return LB_OKAY;
-    }
-    case LB_GETHORIZONTALEXTENT:
-        return m_extent;
-    case LB_SETHORIZONTALEXTENT:
-        m_extent = std::max(row, 0);
-        ShiftTo(m_shift);
-        RowsChanged();
-        InvalidateFrom(0);
-        return LB_OKAY;
-    case LB_ITEMFROMPOINT: {
-        bool outside = false;
-        const int nearest = RowFromPoint(CPoint(lParam), outside);
-        return nearest < 0
-                   ? MAKELONG(0xFFFF, 1)
-                   : static_cast<LRESULT>(nearest) | (outside ? static_cast<LRESULT>(1) << 32 : 0);
-    }
-    default:
-        return LB_ERR;
-    }
-}
-
 // --- the rest --------------------------------------------------------------------------------
 
 LRESULT ListBoxControl::InputProc(UINT message, WPARAM wParam, LPARAM lParam) {
@@ -490,8 +399,8 @@ LRESULT ListBoxControl::InputProc(UINT message, WPARAM wParam, LPARAM lParam) {
 }
 
 void ListBoxControl::RowsChanged() {
-    // While many rows come and go, the scroll bars follow when there is time; whether they are
-    // there at all shows at once, because it changes the client area.
+    // While many rows come and go, the scroll bars are updated later; but showing or hiding one is
+    // done at once, because it changes the client area.
     if (!m_redraw) {
         m_barsStale = true;
         return;

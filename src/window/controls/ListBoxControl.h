@@ -3,6 +3,7 @@
 
 #include "src/window/controls/ListBoxRows.h"
 #include "src/window/core/WindowInternal.h"
+#include "vnbytstr/window/ListBox.h"
 
 namespace vnbytstr::detail {
 
@@ -69,7 +70,7 @@ private:
     int FullyVisible() const; ///< rows that fit whole, at least 1
     void ScrollTo(int top);
     void ScrollIntoView(int row);
-    void RowsChanged(); ///< scroll bars to be looked at again, soon
+    void RowsChanged(); ///< the scroll bars will be updated soon
     void UpdateScrollBars();
     void OnScroll(int bar, UINT code);
     int RowFromPoint(CPoint point, bool& outside) const;

@@ -1,15 +1,16 @@
 // The list box: mouse and keyboard.
 //
 // Mouse. Single selection: the row under the pointer is selected, also while it is dragged.
-// Multiple selection: a click turns a row's selection over. Extended selection: a click selects one
-// row, dragging and Shift the rows from the anchor on, Ctrl adds to (takes from) what is selected.
+// Multiple selection: a click toggles a row's selection. Extended selection: a click selects one
+// row, dragging and Shift the rows from the anchor on, Ctrl adds to (takes from) the selection.
 // Dragging above or below scrolls. LBN_SELCHANGE comes when the button goes up.
 //
 // Keys. Arrows, Page, Home and End move the current row and, in single and extended selection,
-// select it; Shift extends, Ctrl moves without selecting. Space turns the current row over. A
+// select it; Shift extends, Ctrl moves without selecting. Space toggles the current row. A
 // letter goes to the next row that begins with it.
 #include "src/window/controls/ListBoxControl.h"
 
+#include "vnbytstr/window/ListBox.h"
 #include "vnbytstr/window/WindowFunctions.h"
 #include "vnbytstr/window/Wnd.h"
 
@@ -129,7 +130,7 @@ void ListBoxControl::OnAutoScroll() {
         SelectTo(row);
 }
 
-/// The pointer, dragged, came to another row.
+/// The pointer was dragged to another row.
 void ListBoxControl::SelectTo(int row) {
     m_trackTo = row;
     if (IsSingle()) {
@@ -155,7 +156,7 @@ void ListBoxControl::EndTracking(bool notify) {
     const bool released = GetCapture() == handle;
     if (released)
         ReleaseCapture();
-    // The button went up: the owner hears of it even when the same row was clicked again.
+    // On release the owner is notified even when the same row was clicked again.
     if (notify && Window::Of(handle) != nullptr && (m_changed || released))
         Notify(LBN_SELCHANGE);
 }
@@ -230,7 +231,7 @@ bool ListBoxControl::OnCharacter(char ch) {
     const bool printable = static_cast<BYTE>(ch) > 0x20 && ch != 0x7F;
     if (!printable || !HasStrings() || Has(LBS_NOSEL))
         return false;
-    // The bytes of one character come one by one.
+    // A character's bytes come one by one.
     m_typed += ch;
     if (CodePage::Ansi().IsCutShort(m_typed.data(), m_typed.data() + m_typed.size()))
         return true;

@@ -1,4 +1,4 @@
-// 1. Every row's text lies in one of the chunks, with a NUL behind it.
+// 1. Every row's text lies in one of the chunks, followed by a NUL.
 // 2. m_live and m_garbage together are no more than what the chunks have given out.
 // 3. m_selected is the number of selected rows.
 // 4. m_data and m_heights are empty, or have an element per row.
@@ -19,8 +19,8 @@ namespace vnbytstr::detail {
 namespace {
 
 constexpr std::size_t kFirstChunk = 4096;
-constexpr std::size_t kLargestChunk = 1 << 20;
-constexpr std::size_t kLongestText = 0x7FFFFFFE;
+constexpr std::size_t kMaxChunk = 1 << 20;
+constexpr std::size_t kMaxText = 0x7FFFFFFE;
 
 template <class T>
 void MakeRoom(std::vector<T>& values) {
@@ -36,10 +36,10 @@ std::size_t LowestBit(std::size_t n) { return n & (~n + 1); }
 char* ListBoxRows::Allocate(std::size_t bytes) {
     if (m_chunks.empty() || m_chunks.back().size - m_chunks.back().used < bytes) {
         const std::size_t last = m_chunks.empty() ? 0 : m_chunks.back().size;
-        const std::size_t usual = std::clamp(last * 2, kFirstChunk, kLargestChunk);
+        const std::size_t usual = std::clamp(last * 2, kFirstChunk, kMaxChunk);
         const std::size_t size = std::max(usual, bytes);
         m_chunks.push_back({std::make_unique_for_overwrite<char[]>(size), size, 0});
-        // A large text gets a chunk of its own; the one in use stays in use behind it.
+        // A large text gets its own chunk, put before the one in use, which stays the last.
         if (size == bytes && m_chunks.size() > 1)
             std::swap(m_chunks.back(), m_chunks[m_chunks.size() - 2]);
         if (size == bytes && m_chunks.size() > 1) {
@@ -55,7 +55,7 @@ char* ListBoxRows::Allocate(std::size_t bytes) {
 }
 
 char* ListBoxRows::Store(std::string_view text) {
-    if (text.size() > kLongestText)
+    if (text.size() > kMaxText)
         throw std::bad_alloc();
     char* place = Allocate(text.size() + 1);
     if (!text.empty())
@@ -174,9 +174,9 @@ void ListBoxRows::Clear() noexcept {
     m_selected = 0;
 }
 
-/// Copies the texts together when more than half of their room is lost.
+/// Copies the texts into new chunks when more than half of the bytes are garbage.
 void ListBoxRows::Compact() {
-    if (m_garbage < kLargestChunk || m_garbage < m_live)
+    if (m_garbage < kMaxChunk || m_garbage < m_live)
         return;
     std::unique_ptr<char[]> bytes(new (std::nothrow) char[m_live]);
     if (!bytes)
@@ -195,8 +195,8 @@ void ListBoxRows::Compact() {
 }
 
 void ListBoxRows::Reserve(int rows, std::size_t bytes) {
-    constexpr int kMost = 1 << 26;
-    m_rows.reserve(m_rows.size() + Index(std::clamp(rows, 0, kMost)));
+    constexpr int kMaxReserve = 1 << 26;
+    m_rows.reserve(m_rows.size() + Index(std::clamp(rows, 0, kMaxReserve)));
     static_cast<void>(bytes); // chunks come as they are needed
 }
 

@@ -15,14 +15,14 @@ namespace vnbytstr::detail {
 /// A list of rows. Indexes count from 0 and must be those of a row, unless said otherwise.
 ///
 /// A row costs 16 bytes and its text with a NUL; 8 more when any row has data, 10 more when any row
-/// has a height of its own. Adding at the end takes amortised constant time, inserting and removing
-/// move the rows behind. Memory that cannot be had throws std::bad_alloc and changes nothing.
+/// has its own height. Adding at the end takes amortised constant time; inserting and removing move
+/// the rows that follow. When memory runs out, std::bad_alloc is thrown and nothing has changed.
 class VNBYTSTR_API ListBoxRows {
 public:
     int Count() const noexcept { return static_cast<int>(m_rows.size()); }
     bool Has(int row) const noexcept { return row >= 0 && row < Count(); }
 
-    /// The text, with a NUL behind it. Good until a row's text is set or a row removed.
+    /// The text, followed by a NUL. Valid until a row's text is set or a row is removed.
     std::string_view Text(int row) const noexcept {
         const Row& entry = m_rows[Index(row)];
         return {entry.text, entry.length};
@@ -30,7 +30,7 @@ public:
     /// A text of at most 0x7FFFFFFE bytes; `row` may be Count().
     void Insert(int row, std::string_view text, std::uintptr_t data = 0);
     void Add(std::string_view text, std::uintptr_t data = 0) { Insert(Count(), text, data); }
-    /// Adds `count` texts that stand one after the other in `texts`, each with its NUL. False (and
+    /// Adds `count` texts that follow one another in `texts`, each with its NUL. False (and
     /// nothing added) when there are fewer.
     bool AddMany(std::string_view texts, int count);
     void SetText(int row, std::string_view text);
@@ -50,8 +50,8 @@ public:
     /// The next selected row at or after `from`; -1 when there is none.
     int NextSelected(int from) const noexcept;
 
-    /// The first row behind `after`, and from the top again, whose text begins with (is) `text`,
-    /// letters of both cases alike; -1 when there is none. `after` -1 (or no row): from the top.
+    /// The first row after `after`, and from the top again, whose text begins with (is) `text` in
+    /// either case; -1 when there is none. `after` -1 (or not a row): from the top. See TextMatch.h.
     int FindBeginning(int after, std::string_view text) const { return Find(after, text, false); }
     int FindExact(int after, std::string_view text) const { return Find(after, text, true); }
 
@@ -60,7 +60,7 @@ public:
     bool Reorder(std::span<const DWORD> order);
 
     // --- heights, in pixels ---
-    /// The height of every row that has none of its own.
+    /// The height of every row without its own.
     void SetHeight(int height);
     int Height() const noexcept { return m_height; }
     void SetHeightOf(int row, int height);
@@ -73,7 +73,7 @@ public:
     /// The row that the place `y` lies in; -1 above the first, Count() below the last.
     int RowAt(std::int64_t y) const;
 
-    /// Bytes of memory in use, about.
+    /// Approximate number of bytes in use, for tests of the memory per row.
     std::size_t MemoryUse() const noexcept;
 
 private:

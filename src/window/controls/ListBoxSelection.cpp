@@ -99,7 +99,7 @@ LRESULT ListBoxControl::SelectedItems(int size, int* rows) const {
     return count;
 }
 
-/// Single selection: `row` -1 for none. Returns whether that changed anything.
+/// Single selection; `row` -1 deselects. Returns whether that changed anything.
 bool ListBoxControl::SetCurrent(int row) {
     if (row == m_current)
         return false;

@@ -1,9 +1,10 @@
-// The list box: what is seen of it.
+// The list box: scrolling and painting.
 #include "src/window/controls/ListBoxControl.h"
 
 #include "src/window/core/WindowWidget.h"
 #include "src/window/draw/DeviceContext.h"
 #include "src/window/draw/GdiInternal.h"
+#include "vnbytstr/window/ListBox.h"
 #include "vnbytstr/window/WindowFunctions.h"
 
 #include <QScrollBar>
@@ -13,7 +14,7 @@
 namespace vnbytstr::detail {
 
 CRect ListBoxControl::RowRect(int row) const {
-    // Rows far away lie outside all rectangles of 32 bits; nobody can see them.
+    // A row too far away for 32-bit coordinates is out of view anyway.
     constexpr std::int64_t kFar = 0x3FFFFFFF;
     const std::int64_t top = std::clamp(m_rows.TopOf(row) - m_rows.TopOf(m_top), -kFar, kFar);
     const int height = m_rows.Has(row) ? m_rows.HeightOf(row) : m_rows.Height();
@@ -44,7 +45,7 @@ int ListBoxControl::LastTop() const {
     if (over <= 0 || m_rows.Count() == 0)
         return 0;
     const int row = m_rows.RowAt(over);
-    // A row that is cut by the upper edge has to go.
+    // A row cut by the upper edge is scrolled out.
     return std::min(m_rows.TopOf(row) < over ? row + 1 : row, m_rows.Count() - 1);
 }
 

@@ -17,7 +17,7 @@ constexpr UINT kStateBits = MF_GRAYED | MF_DISABLED | MF_CHECKED;
 
 UINT StateOf(const MenuItem& item) { return item.flags | (item.popup != nullptr ? MF_POPUP : 0); }
 
-/// A popup that belongs to nobody yet, for an item to take.
+/// Takes a popup without an owner for a menu item.
 std::unique_ptr<MenuData> TakePopup(std::uintptr_t item, const MenuData* into) {
     MenuData* const popup = MenuData::Of(reinterpret_cast<HMENU>(item));
     if (popup == nullptr || popup->m_owned || popup == into)
@@ -117,7 +117,7 @@ bool IsKey(const ACCEL& key, const MSG& message) {
            ((key.fVirt & FALT) != 0) == isDown(VK_MENU);
 }
 
-/// Learns whether a command can be given.
+/// Finds out whether a command is enabled.
 class EnabledUI final : public CCmdUI {
 public:
     void Enable(BOOL on) override {

@@ -1,4 +1,4 @@
-// What stands behind an HMENU, and how it becomes Qt's. Inside platform/window only.
+// The menu an HMENU points to, and its form for Qt.
 #pragma once
 
 #include "vnbytstr/window/Menu.h"
@@ -42,10 +42,10 @@ public:
     std::unique_ptr<CMenu> m_temporary;
 };
 
-/// A Qt menu that asks `owner` (WM_INITMENUPOPUP) and takes the items over whenever it opens, and
-/// posts WM_COMMAND to it.
+/// A Qt menu that, each time it opens, sends WM_INITMENUPOPUP to `owner` and copies the items; a
+/// chosen item is posted to `owner` as WM_COMMAND.
 QMenu* MakeQMenu(MenuData& menu, HWND owner, int index, QWidget* parent);
-/// Takes the items over at once. `chosen`, when not null, gets the id instead of WM_COMMAND.
+/// Copies the items now. `chosen`, when not null, gets the id instead of WM_COMMAND.
 void FillQMenu(QMenu& widget, MenuData& menu, HWND owner, UINT* chosen);
 
 } // namespace vnbytstr::detail

@@ -1,4 +1,4 @@
-// The system class msctls_progress32. Inside platform/window only.
+// The system class msctls_progress32.
 #pragma once
 
 #include "src/window/core/WindowInternal.h"

@@ -1,4 +1,4 @@
-// The system class msctls_updown32. Inside platform/window only.
+// The system class msctls_updown32.
 #pragma once
 
 #include "src/window/controls/EditControl.h"
@@ -32,7 +32,7 @@ private:
     void Press(bool up);
     void Release();
     void Repeat();
-    /// One step, asked for and told; false when this window has ended meanwhile.
+    /// One step with its notifications; false when they destroyed this window.
     bool Step(bool up, int seconds);
     void ReadBuddy(bool* error = nullptr);
     void WriteBuddy();

@@ -1,5 +1,5 @@
-// What a spin button counts: range, position, wrapping, acceleration, and the number as text. It
-// knows no window. Inside platform/window only.
+// What a spin button counts: range, position, wrapping, acceleration, and the number as text,
+// independent of any window.
 #pragma once
 
 #include <optional>
@@ -18,7 +18,7 @@ public:
     int Position() const { return m_position; }
 
     void SetRange(int lower, int upper);
-    int SetPosition(int position); ///< confined; returns the one before
+    int SetPosition(int position); ///< clamped to the range; returns the previous one
 
     bool Contains(int position) const;
     /// How much one step counts after that many seconds, towards the upper (or lower) end.

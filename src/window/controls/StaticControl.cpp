@@ -22,8 +22,8 @@ Qt::Alignment AlignmentOf(DWORD style) {
 
 } // namespace
 
-/// A QLabel that cuts a long text off with an ellipsis if its style asks for it, and that finds its
-/// partner when it comes up.
+/// A QLabel that cuts a long text off with an ellipsis if its style asks for it, and that finds the
+/// control it labels when it is shown.
 class LabelWidget final : public QLabel {
 public:
     LabelWidget(StaticControl& control, QWidget* parent) : QLabel(parent), m_control(&control) {}
@@ -37,7 +37,7 @@ public:
 protected:
     void showEvent(QShowEvent* event) override {
         QLabel::showEvent(event);
-        // What follows may not be made yet.
+        // The control that follows may not have been created yet.
         QMetaObject::invokeMethod(
             this,
             [this] {
@@ -115,7 +115,7 @@ void StaticControl::ShowContents() {
     if (type == SS_BITMAP || type == SS_ETCHEDHORZ || type == SS_BLACKFRAME)
         text.clear();
     if ((m_window.Style() & SS_NOPREFIX) != 0) {
-        // A label without a partner shows '&' as it is.
+        // Without a buddy Qt shows '&' itself.
         m_label->setBuddy(nullptr);
     }
     if ((m_window.Style() & SS_ENDELLIPSIS) != 0)
@@ -128,7 +128,7 @@ void StaticControl::FindPartner() {
     if ((m_window.Style() & SS_NOPREFIX) != 0 || m_label == nullptr)
         return;
     Window* const partner = NextFocusable(m_window);
-    // Without one the letter leads nowhere, but is marked all the same.
+    // Without one the letter leads nowhere, but is still underlined.
     QWidget* target = m_label;
     if (partner != nullptr)
         target = partner->Hosted() != nullptr ? partner->Hosted() : partner->Widget();
@@ -156,8 +156,6 @@ std::optional<LRESULT> StaticControl::StaticProc(UINT message, WPARAM wParam, LP
         ShowContents();
         return reinterpret_cast<LRESULT>(before);
     }
-    case STM_GETIMAGE:
-        return reinterpret_cast<LRESULT>(m_bitmap);
     case WM_LBUTTONDOWN:
     case WM_LBUTTONDBLCLK:
         if ((m_window.Style() & SS_NOTIFY) != 0)

@@ -1,4 +1,4 @@
-// The system class STATIC. Inside platform/window only.
+// The system class STATIC.
 #pragma once
 
 #include "src/window/core/WindowInternal.h"
@@ -18,7 +18,7 @@ public:
     ~StaticControl() override;
 
     LRESULT Proc(UINT message, WPARAM wParam, LPARAM lParam) override;
-    /// The control that the label stands before gets its letter.
+    /// Makes the label's mnemonic lead to the control that follows it.
     void FindPartner();
 
 private:

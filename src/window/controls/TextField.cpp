@@ -17,7 +17,7 @@ public:
     TextFieldWidget(TextField& field, QWidget* parent) : FieldWidget(field, parent) {
         connect(document(), &QTextDocument::contentsChange, this,
                 [this](int, int removed, int added) {
-                    // A change of format alone says that as many were removed as added.
+                    // A mere change of format counts as many characters removed as added.
                     m_changed = m_changed || removed != 0 || added != 0;
                 });
         connect(this, &QPlainTextEdit::textChanged, this, [this] {
@@ -100,7 +100,7 @@ void TextField::Select(int anchor, int cursor, bool scroll) {
 
 void TextField::SetReadOnly(bool on) {
     Edit()->setReadOnly(on);
-    // A text to be read is still gone through with the keys.
+    // The keys still move through a read-only text.
     if (on)
         Edit()->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
 }

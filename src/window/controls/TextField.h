@@ -1,4 +1,4 @@
-// A field of several lines. Inside platform/window only.
+// A field of several lines.
 #pragma once
 
 #include "src/window/controls/EditField.h"

@@ -42,7 +42,7 @@ private:
 
     std::string m_lower;
     bool m_ascii;
-    char m_first[2] = {0, 0}; // the first byte in lower and upper case
+    char m_first[2] = {0, 0}; ///< the first byte in lower and upper case
 };
 
 } // namespace vnbytstr::detail

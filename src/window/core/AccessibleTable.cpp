@@ -281,7 +281,7 @@ public:
     QList<QAccessibleInterface*> selectedCells() const override {
         QList<QAccessibleInterface*> cells;
         for (const int row : selectedRows())
-            for (int column = 0; column < columnCount() && cells.size() < kMostCells; ++column)
+            for (int column = 0; column < columnCount() && cells.size() < kMaxCells; ++column)
                 cells << Cell(row, column);
         return cells;
     }
@@ -304,7 +304,7 @@ public:
         const auto key = std::make_pair(row, column);
         if (const auto found = m_cells.find(key); found != m_cells.end())
             return QAccessible::accessibleInterface(found->second);
-        if (static_cast<qsizetype>(m_cells.size()) >= kMostCells)
+        if (static_cast<qsizetype>(m_cells.size()) >= kMaxCells)
             ForgetCells();
         auto* cell = new CellInterface(Own(), row, column);
         m_cells[key] = QAccessible::registerAccessibleInterface(cell);
@@ -329,7 +329,7 @@ public:
     }
 
 private:
-    static constexpr qsizetype kMostCells = 4096;
+    static constexpr qsizetype kMaxCells = 4096;
 
     WindowWidget* Own() const { return static_cast<WindowWidget*>(widget()); }
     bool Select(int row, bool on) {

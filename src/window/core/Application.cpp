@@ -94,16 +94,16 @@ void AfxInitWindows(int* argc, char** argv) {
     if (ready && qApp != nullptr)
         return;
     ready = true;
-    if (qApp == nullptr) { // else it is a Qt program's own
+    if (qApp == nullptr) { // else a Qt program made it
         static int noCount = 1;
         static char name[] = "vnbytstr";
         static char* noArguments[] = {name, nullptr};
-        // It lives until the process ends: windows may be static objects.
+        // Never deleted: windows may be static objects.
         static QApplication* application = new QApplication(argc != nullptr ? *argc : noCount,
                                                             argv != nullptr ? argv : noArguments);
         static_cast<void>(application);
     }
-    // After Qt's own, so that these are asked first.
+    // Installed after Qt's own, so that these are asked first.
     vnbytstr::InstallWindowInteraction();
     vnbytstr::detail::InstallAccessibility();
 }

@@ -32,8 +32,8 @@ const AFX_MSGMAP_ENTRY* SearchMaps(const AFX_MSGMAP* map, UINT message, int code
     return nullptr;
 }
 
-// The maps of a window's classes are searched for every message it gets; what they say never
-// changes.
+// The maps of a window's classes are searched for every message; maps never change, so the answers
+// are cached.
 struct Remembered {
     const AFX_MSGMAP* map = nullptr;
     UINT message = 0;

@@ -1,4 +1,4 @@
-// The pointer: where it is, how it looks, and what it is confined to.
+// The mouse pointer: its place, its shape, and the rectangle it is confined to.
 #include "src/window/core/WindowWidget.h"
 #include "vnbytstr/window/Application.h"
 #include "vnbytstr/window/WindowFunctions.h"
@@ -16,7 +16,7 @@ namespace vnbytstr::detail {
 namespace {
 
 struct CursorState {
-    HWND window = nullptr; // that got the last mouse message; what has ended is found no more
+    HWND window = nullptr; // that got the last mouse message; may have been destroyed
     int id = IDC_ARROW;
     std::optional<QRect> clip;
 };

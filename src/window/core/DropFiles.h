@@ -1,4 +1,4 @@
-// What stands behind an HDROP. Inside platform/window only.
+// The files an HDROP points to.
 #pragma once
 
 #include "vnbytstr/window/WindowTypes.h"

@@ -73,7 +73,7 @@ public:
         COleDataObject data(event->mimeData());
         m_effect = m_target->OnDragEnter(Object(), &data, Keys(*event), Point(*event));
         Answer(*event);
-        // Qt tells of further moves only to who accepts the drag; this one may change its mind.
+        // Qt reports further moves only when the drag is accepted; the target may still refuse it.
         event->accept();
     }
     void DragMove(QDragMoveEvent* event) override {
@@ -117,7 +117,7 @@ private:
             event.ignore();
             return;
         }
-        // Another program deletes what it believes to have been moved.
+        // Another program deletes what it is told was moved.
         Qt::DropAction action = Qt::CopyAction;
         if (event.source() != nullptr && (m_effect & DROPEFFECT_MOVE) != 0)
             action = Qt::MoveAction;

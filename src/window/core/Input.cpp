@@ -1,4 +1,5 @@
 // Mouse, keyboard and focus: Qt's events as messages, and the state that goes with them.
+#include "src/window/core/KeyMap.h"
 #include "src/window/core/WindowWidget.h"
 #include "vnbytstr/window/Application.h"
 #include "vnbytstr/window/WindowFunctions.h"
@@ -28,7 +29,7 @@ struct InputState {
     std::bitset<kKeys> down;
     std::bitset<kKeys> toggled;
     bool keyUnused = false;
-    // The key event handled last: Qt offers one that nobody wanted to the widgets around, too.
+    // The key event handled last: Qt offers an unhandled one to the ancestors as well.
     const QKeyEvent* lastKey = nullptr;
     QEvent::Type lastType = QEvent::None;
     const QWidget* lastReceiver = nullptr;
@@ -49,7 +50,7 @@ UINT MouseFlags(Qt::MouseButtons buttons, Qt::KeyboardModifiers modifiers) {
     return flags;
 }
 
-/// The message of a button event; 0 for a button that programs do not know.
+/// The message of a button event; 0 for a button without messages.
 UINT ButtonMessage(const QMouseEvent& event, bool doubleClicks) {
     UINT base = 0;
     switch (event.button()) {
@@ -70,113 +71,6 @@ UINT ButtonMessage(const QMouseEvent& event, bool doubleClicks) {
     return event.type() == QEvent::MouseButtonDblClick && doubleClicks ? base + 2 : base;
 }
 
-struct KeyPair {
-    int qt;
-    int vk;
-};
-constexpr KeyPair kKeyTable[] = {
-    {Qt::Key_Escape, VK_ESCAPE},
-    {Qt::Key_Tab, VK_TAB},
-    {Qt::Key_Backtab, VK_TAB},
-    {Qt::Key_Backspace, VK_BACK},
-    {Qt::Key_Return, VK_RETURN},
-    {Qt::Key_Enter, VK_RETURN},
-    {Qt::Key_Insert, VK_INSERT},
-    {Qt::Key_Delete, VK_DELETE},
-    {Qt::Key_Pause, VK_PAUSE},
-    {Qt::Key_Print, VK_SNAPSHOT},
-    {Qt::Key_Clear, VK_CLEAR},
-    {Qt::Key_Home, VK_HOME},
-    {Qt::Key_End, VK_END},
-    {Qt::Key_Left, VK_LEFT},
-    {Qt::Key_Up, VK_UP},
-    {Qt::Key_Right, VK_RIGHT},
-    {Qt::Key_Down, VK_DOWN},
-    {Qt::Key_PageUp, VK_PRIOR},
-    {Qt::Key_PageDown, VK_NEXT},
-    {Qt::Key_Shift, VK_SHIFT},
-    {Qt::Key_Control, VK_CONTROL},
-    {Qt::Key_Alt, VK_MENU},
-    {Qt::Key_CapsLock, VK_CAPITAL},
-    {Qt::Key_NumLock, VK_NUMLOCK},
-    {Qt::Key_ScrollLock, VK_SCROLL},
-    {Qt::Key_Menu, VK_APPS},
-    {Qt::Key_Meta, VK_LWIN},
-    {Qt::Key_Help, VK_HELP},
-    {Qt::Key_Space, VK_SPACE},
-    {Qt::Key_Semicolon, VK_OEM_1},
-    {Qt::Key_Equal, VK_OEM_PLUS},
-    {Qt::Key_Plus, VK_OEM_PLUS},
-    {Qt::Key_Comma, VK_OEM_COMMA},
-    {Qt::Key_Minus, VK_OEM_MINUS},
-    {Qt::Key_Period, VK_OEM_PERIOD},
-    {Qt::Key_Slash, VK_OEM_2},
-    {Qt::Key_QuoteLeft, VK_OEM_3},
-    {Qt::Key_BracketLeft, VK_OEM_4},
-    {Qt::Key_Backslash, VK_OEM_5},
-    {Qt::Key_BracketRight, VK_OEM_6},
-    {Qt::Key_Apostrophe, VK_OEM_7},
-};
-
-int VirtualKey(const QKeyEvent& event) {
-    const int key = event.key();
-    if ((event.modifiers() & Qt::KeypadModifier) != 0) {
-        if (key >= Qt::Key_0 && key <= Qt::Key_9)
-            return VK_NUMPAD0 + (key - Qt::Key_0);
-        switch (key) {
-        case Qt::Key_Plus:
-            return VK_ADD;
-        case Qt::Key_Minus:
-            return VK_SUBTRACT;
-        case Qt::Key_Asterisk:
-            return VK_MULTIPLY;
-        case Qt::Key_Slash:
-            return VK_DIVIDE;
-        case Qt::Key_Comma:
-        case Qt::Key_Period:
-            return VK_DECIMAL;
-        default:
-            break;
-        }
-    }
-    if ((key >= Qt::Key_0 && key <= Qt::Key_9) || (key >= Qt::Key_A && key <= Qt::Key_Z))
-        return key;
-    if (key >= Qt::Key_F1 && key <= Qt::Key_F24)
-        return VK_F1 + (key - Qt::Key_F1);
-    const auto* end = std::end(kKeyTable);
-    const auto* found =
-        std::find_if(std::begin(kKeyTable), end, [key](KeyPair pair) { return pair.qt == key; });
-    return found != end ? found->vk : 0;
-}
-
-/// The characters a key makes, as bytes of the ANSI code page.
-std::string KeyText(const QKeyEvent& event, int vk) {
-    const bool control = (event.modifiers() & Qt::ControlModifier) != 0;
-    const bool alt = (event.modifiers() & Qt::AltModifier) != 0;
-    switch (vk) {
-    case VK_BACK:
-        return control ? "\x7F" : "\b";
-    case VK_RETURN:
-        return control ? "\n" : "\r";
-    case VK_TAB:
-        return "\t";
-    case VK_ESCAPE:
-        return "\x1B";
-    case VK_DELETE:
-    case VK_INSERT:
-        return {};
-    default:
-        break;
-    }
-    if (control && !alt) {
-        if (vk >= 'A' && vk <= 'Z')
-            return std::string(1, static_cast<char>(vk - 'A' + 1));
-        if (vk == VK_OEM_5)
-            return "\x1C";
-    }
-    return FromQString(event.text());
-}
-
 LPARAM KeyFlags(const QKeyEvent& event, bool alt) {
     constexpr LPARAM kAltContext = 1 << 29;
     constexpr LPARAM kWasDown = 1 << 30;
@@ -189,7 +83,7 @@ MSG MakeMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     return {window, message, wParam, lParam, GetTickCount(), {at.x(), at.y()}};
 }
 
-/// PreTranslateMessage, then the window. True when it was not left to nobody.
+/// PreTranslateMessage, then the window. True when somebody handled it.
 bool SendKeyMessage(HWND handle, UINT message, WPARAM wParam, LPARAM lParam) {
     Window* window = Window::Of(handle);
     if (window == nullptr)
@@ -205,7 +99,7 @@ bool SendKeyMessage(HWND handle, UINT message, WPARAM wParam, LPARAM lParam) {
     return !State().keyUnused;
 }
 
-/// Tab goes to the next window, unless the one with the focus wants it for itself.
+/// Tab moves the focus to the next window, unless the one that has it wants the key.
 bool TravelByTab(HWND handle, const QKeyEvent& event) {
     Window* window = Window::Of(handle);
     if (window == nullptr || (event.modifiers() & (Qt::ControlModifier | Qt::AltModifier)) != 0)
@@ -248,7 +142,7 @@ bool SendKeyEvent(Window& window, QKeyEvent* event) {
     const QEvent::Type type = event->type();
     if (state.lastKey == event && state.lastType == type && state.lastReceiver != receiver &&
         window.Widget()->isAncestorOf(state.lastReceiver))
-        return false; // came out of a window inside this one, where nobody wanted it
+        return false; // bubbled up unhandled from a nested window: not sent twice
     state.lastKey = event;
     state.lastType = type;
     state.lastReceiver = receiver;
@@ -256,7 +150,7 @@ bool SendKeyEvent(Window& window, QKeyEvent* event) {
     HWND handle = window.Handle();
     const int vk = VirtualKey(*event);
     state.modifiers = event->modifiers();
-    // Of a modifier's own key Qt tells the state before.
+    // For a modifier's own key Qt reports the state before the event.
     const Qt::KeyboardModifier own = vk == VK_SHIFT     ? Qt::ShiftModifier
                                      : vk == VK_CONTROL ? Qt::ControlModifier
                                      : vk == VK_MENU    ? Qt::AltModifier
@@ -363,7 +257,7 @@ void SendFocusIn(Window& window, Qt::FocusReason reason) {
     static_cast<void>(reason);
     HWND handle = window.Handle();
     if (Window* borrower = Window::Of(std::exchange(state.focus, nullptr))) {
-        // Its popup had the keys when the focus went on.
+        // A popup of that window had the keyboard when the focus moved on.
         state.lastFocus = borrower->Handle();
         borrower->Send(WM_KILLFOCUS, reinterpret_cast<WPARAM>(handle));
         if (Window::Of(handle) == nullptr || state.focus != nullptr)
@@ -398,7 +292,7 @@ bool IsInPopupOf(const Window& window, const QWidget* widget) {
 void SendFocusOut(Window& window, Qt::FocusReason reason) {
     InputState& state = State();
     Window* next = Window::Of(QApplication::focusWidget());
-    // A menu or drop-down list borrows the keys; the window keeps the focus meanwhile.
+    // A menu or drop-down list takes the keys while it is open; the window keeps the focus.
     if (reason == Qt::PopupFocusReason || next == &window || state.focus != window.Handle() ||
         IsInPopupOf(window, QApplication::focusWidget()))
         return;
@@ -460,7 +354,7 @@ HWND SetCapture(HWND handle) {
     State().capture = handle;
     if (Window* old = Window::Of(before))
         old->Send(WM_CAPTURECHANGED, 0, reinterpret_cast<LPARAM>(handle));
-    // With a button down Qt sends all to one widget anyway.
+    // While a button is down Qt grabs the mouse anyway.
     if (Window::Of(handle) != nullptr && State().buttons == Qt::NoButton &&
         window->Widget()->isVisible())
         window->Widget()->grabMouse();

@@ -1,18 +1,18 @@
-// What the classes that host Qt's widgets have in common. Inside platform/window only.
+// What the system classes that host Qt widgets share.
 #pragma once
 
 #include "src/window/core/WindowInternal.h"
 
 namespace vnbytstr::detail {
 
-/// The widget to make a hosted one in.
+/// The parent for a hosted widget.
 QWidget* HostParent(Window& window);
 /// Window::Host, and the directions and frames that the styles ask for.
 void HostControl(Window& window, QWidget* inner);
-/// Whether the message being handled comes of what an input method composed: the hosted widget gets
-/// that as a whole when the last byte has come through.
+/// Whether the WM_CHAR being handled is part of a text composed by an input method; the hosted
+/// widget gets that text as a whole with its last byte.
 bool IsComposed(const Window& window);
-/// The system classes of this library's controls, but the list box.
+/// Registers the system classes, except the list box.
 void RegisterControlClasses();
 
 template <class Control>

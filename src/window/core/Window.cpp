@@ -1,7 +1,7 @@
 // Window handles stay valid as long as their window lives:
 // 1. A Window is in LiveWindows from its creation until after WM_NCDESTROY, and no longer.
-// 2. A living window has a widget, and that widget knows it; a widget whose window has ended knows
-//    none and sends no more messages.
+// 2. A living window has a widget that points to it; once the window is destroyed its widget points
+//    to nothing and sends no more messages.
 // 3. An object that is attached to a living window has its handle in m_hWnd.
 #include "src/window/core/WindowInternal.h"
 
@@ -27,7 +27,7 @@ std::unordered_set<const Window*>& LiveWindows() {
     static auto* live = new std::unordered_set<const Window*>; // outlives every static CWnd
     return *live;
 }
-const Window* lastLooked = nullptr; // sends mostly go to the window of the last one
+const Window* lastLooked = nullptr; // most messages go to the same window as the last one
 
 Qt::WindowFlags WidgetFlags(DWORD style, DWORD exStyle) {
     if ((style & WS_CHILD) != 0)
@@ -129,7 +129,7 @@ Window* Window::Create(CREATESTRUCT& create, CWnd* object, QWidget* host) {
     return window;
 }
 
-/// The first place, of which the window hears when it has been made.
+/// Initial geometry; WM_SIZE and WM_MOVE follow after creation.
 void Window::PlaceFirst(const CREATESTRUCT& create) {
     if (create.x == CW_USEDEFAULT || create.cx == CW_USEDEFAULT)
         return;
@@ -168,7 +168,7 @@ void Window::Destroy() {
         (focus == widget || widget->isAncestorOf(focus)) && (parent->m_style & WS_TABSTOP) != 0)
         SetFocus(parent->Handle());
     HWND handle = Handle();
-    widget->hide(); // takes the focus away, while the window still hears of it
+    widget->hide(); // takes the focus away while the window still gets messages
     if (Of(handle) == nullptr || m_destroying)
         return;
     DestroyRecords(false);
@@ -184,7 +184,7 @@ void Window::DestroyRecords(bool widgetEnds) {
     m_destroying = true;
     ForgetWindow(*this);
     Send(WM_DESTROY);
-    // Owned windows and children end with this one. Each end may end others.
+    // Owned windows and children are destroyed with this one, and may destroy others on their way.
     for (bool again = true; again;) {
         again = false;
         const auto living = LiveWindows();
@@ -366,7 +366,7 @@ std::map<std::string, WindowClass>& Classes() {
 
 } // namespace
 
-// One line per system class; each stands in the file of its control.
+// One line per system class; each is defined in its control's file.
 void RegisterControlClasses();
 std::unique_ptr<SystemControl> MakeListBoxControl(Window& window);
 
@@ -377,7 +377,8 @@ void RegisterSystemClasses() {
     if (done)
         return;
     done = true;
-    RegisterSystemClass("", CS_DBLCLKS, nullptr); // the class of windows that name none
+    RegisterSystemClass("", CS_DBLCLKS,
+                        nullptr); // the class of windows created without a class name
     RegisterSystemClass("LISTBOX", CS_DBLCLKS, MakeListBoxControl);
     RegisterControlClasses();
 }
@@ -391,7 +392,7 @@ void RegisterSystemClass(const char* name, UINT style,
     entry.info.style = style;
     entry.info.lpfnWndProc = ::DefWindowProc;
     entry.info.hCursor = LoadCursor(nullptr, IDC_ARROW);
-    // Lists and fields are paper; labels and buttons stand on the ground around them.
+    // Lists and edit fields use COLOR_WINDOW, other controls COLOR_3DFACE.
     const std::string_view kind = name;
     const bool isPaper = kind == "LISTBOX" || kind == "EDIT" || kind == "COMBOBOX";
     entry.info.hbrBackground = reinterpret_cast<HBRUSH>(

@@ -116,7 +116,7 @@ int ShowBox(const char* text, const char* caption, UINT type, UINT helpContext) 
     }
     if ((type & MB_HELP) != 0) {
         auto* help = box.addButton(QMessageBox::Help);
-        help->disconnect(); // it must not end the box
+        help->disconnect(); // it must not close the box
         QObject::connect(help, &QAbstractButton::clicked, &box,
                          [owner, helpContext] { SendHelp(owner, helpContext); });
     }
@@ -150,7 +150,7 @@ void InstallWindowInteraction() {
         return;
     done = true;
     static WindowInteraction window;
-    // A program (or test) that installed its own keeps it.
+    // An Interaction installed by the program (or a test) stays.
     if (Interaction* before = Interaction::Install(&window); before != nullptr)
         Interaction::Install(before);
 }

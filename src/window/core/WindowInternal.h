@@ -1,5 +1,5 @@
-// What stands behind an HWND: the window's record, its Qt widget, and the seam through which a
-// system class (LISTBOX, EDIT, ...) gives its windows their behaviour. Inside platform/window only.
+// The window an HWND points to: its record, its Qt widget, and the seam through which a system class
+// (LISTBOX, EDIT, ...) gives its windows their behaviour.
 #pragma once
 
 #include "vnbytstr/framework/String.h"
@@ -35,8 +35,8 @@ std::string FromQString(const QString& text);
 /// ends. Returns the bytes copied without the NUL; 0 for a null or empty buffer.
 LRESULT CopyOut(std::string_view text, char* buffer, std::size_t size);
 
-/// The behaviour of a system class. One object per window, made before WM_NCCREATE and ended after
-/// WM_NCDESTROY.
+/// The behaviour of a system class. One object per window, created before WM_NCCREATE and destroyed
+/// after WM_NCDESTROY.
 class SystemControl {
 public:
     explicit SystemControl(Window& window) : m_window(window) {}
@@ -44,9 +44,9 @@ public:
     SystemControl(const SystemControl&) = delete;
     SystemControl& operator=(const SystemControl&) = delete;
 
-    /// What the class does with a message that the window's object did not keep. Messages that the
-    /// class has nothing to say about go to Window::GenericProc. WM_CREATE is the place to make the
-    /// hosted widget (Window::Host).
+    /// The class's treatment of a message that the window's object passed on. Messages without a
+    /// special treatment go to Window::GenericProc. The hosted widget is made on WM_CREATE
+    /// (Window::Host).
     virtual LRESULT Proc(UINT message, WPARAM wParam, LPARAM lParam) = 0;
 
 protected:
@@ -60,8 +60,8 @@ struct WindowClass {
     std::unique_ptr<SystemControl> (*makeControl)(Window&) = nullptr; ///< null: no system class
 };
 
-/// Makes a system class known. The system classes are registered when the first window (or
-/// GetClassInfo) needs one: see RegisterSystemClasses in Window.cpp, where each class has a line.
+/// Registers a system class. The first window (or GetClassInfo) registers them all: see
+/// RegisterSystemClasses in Window.cpp.
 void RegisterSystemClass(const char* name, UINT style,
                          std::unique_ptr<SystemControl> (*makeControl)(Window&));
 /// As RegisterClass and UnregisterClass.
@@ -80,7 +80,7 @@ public:
     virtual void Drop(QDropEvent* event) = 0;
 };
 
-/// One window. The pointer is its HWND. It ends with DestroyWindow, or with its widget.
+/// One window. The pointer is its HWND. DestroyWindow, or the end of its widget, destroys it.
 class Window {
 public:
     /// Null when the handle names no living window.
@@ -88,8 +88,8 @@ public:
     static Window* Of(const QWidget* widget); ///< the nearest one around the widget
     static Window* Of(const CWnd* object);
     /// The whole of CreateWindowEx: `object` gets the messages from the first one on. Null when the
-    /// class is unknown or WM_NCCREATE or WM_CREATE refuse. `host` is a Qt parent that is no
-    /// Window's widget, or null.
+    /// class is unknown or WM_NCCREATE or WM_CREATE refuse. `host` is null or a Qt parent that is
+    /// not the widget of a Window.
     static Window* Create(CREATESTRUCT& create, CWnd* object, QWidget* host);
     void Destroy();
     ~Window(); ///< DestroyRecords alone does it
@@ -111,18 +111,18 @@ public:
     /// The treatment common to all windows.
     LRESULT GenericProc(UINT message, WPARAM wParam, LPARAM lParam);
     /// Sends a notification (WM_COMMAND, WM_NOTIFY, WM_DRAWITEM, WM_CTLCOLOR..., WM_HSCROLL ...) to
-    /// the owner or parent; the parent's CWnd gives it back to this window's object first, as does
-    /// this function when the parent is no CWnd.
+    /// the parent. The parent's CWnd offers it to this window's object first; without a parent
+    /// that is a CWnd this function does.
     LRESULT NotifyParent(UINT message, WPARAM wParam, LPARAM lParam);
     /// WM_COMMAND with this control's id and a notification code.
     LRESULT NotifyCommand(int code);
     /// The brush for WM_CTLCOLOR...; never null. The answer may set colours of the context.
     HBRUSH AskCtlColor(UINT message, HDC dc);
 
-    /// Puts a Qt widget into the client area (it follows its size), makes it the one that gets the
-    /// focus, and routes its key, mouse, focus and input method events through messages: what
-    /// reaches DefaultProc -> GenericProc is given to the widget there and then. A compound
-    /// widget's inner ones (the line edit of a combo box) are routed with RouteEvents.
+    /// Makes a Qt widget fill the client area and take the focus, and routes its key, mouse, focus
+    /// and input method events through messages: a message that reaches GenericProc passes its
+    /// event on to the widget. Inner widgets (the line edit of a combo box) are routed with
+    /// RouteEvents.
     void Host(QWidget* inner);
     void RouteEvents(QWidget* inner);
     QWidget* Hosted() const { return m_hosted; }
@@ -139,7 +139,7 @@ public:
     /// Applies WM_WINDOWPOSCHANGING and moves the widget; coordinates as for SetWindowPos.
     bool SetPos(HWND after, int x, int y, int cx, int cy, UINT flags);
     void Show(int command);
-    /// Lays scroll bars and hosted widget out and sends WM_SIZE when the client area changed.
+    /// Lays out scroll bars and hosted widget, and sends WM_SIZE when the client area changed.
     void UpdateLayout();
     void Invalidate(const RECT* rect); ///< null: all
     /// Gives the focus to the next (previous) window that Tab goes to; false when there is none.
@@ -197,7 +197,7 @@ private:
     HWND m_topLevelOwner = nullptr;
     CAccessibleTable* m_accessible = nullptr;
     std::unique_ptr<DropSink> m_drop;
-    std::map<std::uintptr_t, int> m_timers; // id -> Qt's timer id
+    std::map<std::uintptr_t, int> m_timers; ///< id -> Qt's timer id
     bool m_wantsVScroll = false;
     bool m_wantsHScroll = false;
     WindowWidget* m_widget = nullptr;
@@ -214,11 +214,11 @@ private:
     int m_wheelRest = 0;
 };
 
-/// Sees messages before they are handled: keys and the like, from `window` up
-/// (PreTranslateMessage), then the program. True: taken.
+/// Offers a keyboard message to PreTranslateMessage of `window` and its parents, then of the program.
+/// True: handled.
 bool PreTranslate(MSG& message, Window& window);
-/// Sends WM_CANCELMODE to the window that has the mouse, when one has (a dialog opens, another
-/// window comes up).
+/// Sends WM_CANCELMODE to the window that has captured the mouse, if one has (when a dialog or
+/// another window opens).
 void CancelCapture();
 
 } // namespace vnbytstr::detail

@@ -1,4 +1,4 @@
-// Where a window is: its client area, its place, its scroll bars.
+// A window's geometry: position, client area, scroll bars.
 #include "src/window/core/WindowInternal.h"
 
 #include "src/window/core/WindowWidget.h"
@@ -197,7 +197,7 @@ void Window::Invalidate(const RECT* rect) {
     const QRect area = rect != nullptr ? ToWidget(*rect) & ClientArea() : ClientArea();
     if (area.isEmpty())
         return;
-    // What was drawn over this place, and over the parents' layers there, is out of date.
+    // Whatever was drawn here on the overlays of this window and its parents is out of date.
     for (Window* window = this; window != nullptr;) {
         if (window->m_overlay != nullptr && window->m_overlayWidget)
             window->m_overlay->Forget(area.translated(m_widget->mapTo(window->m_widget, QPoint())));

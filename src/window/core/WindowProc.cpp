@@ -22,7 +22,7 @@ bool IsRoutedInput(UINT message) {
 
 bool IsKey(UINT message) { return message >= WM_KEYFIRST && message <= WM_KEYLAST; }
 
-/// Whether the message is the one that brings the hosted widget's event along.
+/// Whether the hosted widget's event belongs to this message.
 bool CarriesEvent(RoutedEvent& routed, UINT message) {
     switch (routed.Event()->type()) {
     case QEvent::KeyPress:
@@ -146,7 +146,7 @@ LRESULT Window::GenericProc(UINT message, WPARAM wParam, LPARAM lParam) {
 LRESULT Window::DefaultSetCursor(WPARAM wParam, LPARAM lParam) {
     static_cast<void>(wParam);
     if (GET_X_LPARAM(lParam) != HTCLIENT || m_hosted)
-        return 0; // a hosted widget has pointers of its own
+        return 0; // a hosted widget sets its own pointer
     HCURSOR cursor = m_class->info.hCursor;
     SetCursor(cursor != nullptr ? cursor : LoadCursor(nullptr, IDC_ARROW));
     return 1;

@@ -58,7 +58,7 @@ WindowWidget::WindowWidget(Window& window, QWidget* parent, Qt::WindowFlags flag
 }
 
 WindowWidget::~WindowWidget() {
-    ++s_depth; // whatever ends along with this widget must not delete widgets at once
+    ++s_depth; // windows destroyed along with this widget must not delete widgets at once
     if (m_window != nullptr)
         m_window->OnWidgetEnds();
     --s_depth;
@@ -202,7 +202,7 @@ bool WindowWidget::HandleEvent(QEvent* event) {
     }
 }
 
-/// A Qt host moved or sized the widget: the window may still have its say.
+/// A Qt host moved or sized the widget: WM_WINDOWPOSCHANGING may still change that.
 void WindowWidget::OnMoved() {
     HWND handle = m_window->Handle();
     const Window* parent = (m_window->Style() & WS_CHILD) != 0 ? m_window->Parent() : nullptr;
@@ -252,7 +252,7 @@ void WindowWidget::OnChange(QEvent* event) {
         ForgetShapedText();
         break;
     case QEvent::EnabledChange: {
-        // A Qt host may enable and disable the widget itself; a disabled parent is no news.
+        // A Qt host may enable and disable the widget itself; a change of the parent's state is ignored.
         const bool disabled = testAttribute(Qt::WA_ForceDisabled);
         const bool known = (m_window->Style() & WS_DISABLED) != 0;
         if (disabled != known) {
@@ -301,7 +301,7 @@ bool WindowWidget::eventFilter(QObject* watched, QEvent* event) {
         case QEvent::KeyRelease: {
             RoutedEvent routed(*m_window, inner, event);
             SendKeyEvent(*m_window, static_cast<QKeyEvent*>(event));
-            event->accept(); // whoever stands further out has been asked already
+            event->accept(); // the ancestors were asked in PreTranslateMessage
             taken = true;
             break;
         }
@@ -386,7 +386,7 @@ HDC BeginWindowPaint(Window& window, bool& erase, RECT& paint) {
     PaintSession* session = window.Widget()->Session();
     paint = RECT{};
     erase = false;
-    if (session == nullptr) // outside a paint event nothing can be painted
+    if (session == nullptr) // outside a paint event
         return (new DeviceContext(DeviceContext::Kind::Measure, &window, nullptr))->Handle();
     auto* context = new DeviceContext(DeviceContext::Kind::Paint, &window, session->painter.get());
     paint = window.ToClient(session->region.boundingRect());
@@ -397,8 +397,8 @@ HDC BeginWindowPaint(Window& window, bool& erase, RECT& paint) {
         erase = window.Send(WM_ERASEBKGND, reinterpret_cast<WPARAM>(context->Handle())) == 0;
         context->state = before;
         if (erase && Window::Of(handle) != nullptr) {
-            // Qt keeps nothing of what was here before: a window without background gets the
-            // surface's.
+            // Qt does not keep the old pixels: a window that erases nothing gets the surface's
+            // background.
             CDC::FromHandle(context->Handle())->FillSolidRect(&paint, GetSysColor(COLOR_3DFACE));
         }
     }

@@ -49,7 +49,7 @@ public:
     PaintSession* Session() { return m_session; }
     /// No event of a window's widget is being handled: a widget may be deleted at once.
     static bool IsQuiet() { return s_depth == 0; }
-    /// Says that an event of a hosted widget is being handled that does not come through here.
+    /// Marks that an event of a hosted widget is being handled that does not come through here.
     struct EventScope {
         EventScope() { ++s_depth; }
         ~EventScope() { --s_depth; }
@@ -75,12 +75,12 @@ private:
 
     Window* m_window;
     PaintSession* m_session = nullptr;
-    bool m_placing = false; ///< SetPos moves it: what follows is not the host's doing
+    bool m_placing = false; ///< SetPos is moving it, not the Qt host
     static int s_depth;
 };
 
-/// The event of a hosted widget that is being handled as messages: GenericProc hands it on to the
-/// widget with Deliver.
+/// A hosted widget's event while it is handled as messages: GenericProc passes it to the widget with
+/// Deliver.
 class RoutedEvent {
 public:
     RoutedEvent(Window& window, QWidget* inner, QEvent* event);
@@ -93,7 +93,7 @@ public:
     bool IsDelivering(const QEvent* event) const { return m_delivering && m_event == event; }
     QEvent* Event() const { return m_event; }
     void Deliver();
-    /// Keys: the number of WM_CHAR that have to come through before the widget gets the event.
+    /// Keys: how many WM_CHAR must reach GenericProc before the widget gets the event.
     int m_charsToCome = 0;
 
 private:
@@ -107,7 +107,7 @@ private:
 };
 
 // --- input (Input.cpp) -----------------------------------------------------------------------
-/// Sends the messages of a key event. True when somebody took it.
+/// Sends the messages of a key event. True when it was handled.
 bool SendKeyEvent(Window& window, QKeyEvent* event);
 /// Sends WM_CHAR for every byte of a text that an input method made.
 void SendInputText(Window& window, const QString& text);
@@ -117,7 +117,7 @@ bool SendWheelEvent(Window& window, QWheelEvent* event);
 void SendFocusIn(Window& window, Qt::FocusReason reason);
 void SendFocusOut(Window& window, Qt::FocusReason reason);
 void SendMouseLeave(Window& window);
-/// The window is ending: it has neither mouse nor focus any longer.
+/// The window is being destroyed: it loses mouse and focus.
 void ForgetWindow(Window& window);
 /// A default treatment was reached while the key event was handled.
 void MarkKeyUnused();

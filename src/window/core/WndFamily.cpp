@@ -40,7 +40,7 @@ void CWnd::GetDlgItem(int id, HWND* window) const {
 
 namespace {
 
-/// The child windows of a widget, the topmost first.
+/// The child windows of a widget, topmost first.
 std::vector<Window*> ChildWindows(const QWidget* widget) {
     std::vector<Window*> windows;
     if (widget != nullptr)

@@ -15,7 +15,7 @@ MSG currentMessage{};
 
 bool IsCtlColor(UINT message) { return message >= WM_CTLCOLOREDIT && message <= WM_CTLCOLORSTATIC; }
 
-/// The control that a parent's message is about; null for other messages.
+/// The control that sent a notification to its parent; null for other messages.
 HWND SenderOf(UINT message, WPARAM wParam, LPARAM lParam) {
     static_cast<void>(wParam);
     if (lParam == 0)
@@ -174,7 +174,7 @@ BOOL CWnd::ReflectLastMsg(HWND child, LRESULT* result) {
                           result != nullptr ? result : &ignored);
 }
 
-// --- handlers without a class of their own -----------------------------------------------------
+// --- default handlers --------------------------------------------------------------------------
 
 int CWnd::OnCreate(LPCREATESTRUCT) { return static_cast<int>(Default()); }
 void CWnd::OnDestroy() { Default(); }

@@ -113,7 +113,7 @@ QRegion FocusFrame(const QRect& rect) {
     QRegion frame;
     if (rect.isEmpty())
         return frame;
-    // Beyond any screen only the edges count: keep the number of dots within reason.
+    // No screen is larger: limit the number of dots.
     constexpr int kMaxEdge = 16384;
     const QRect shown = rect & QRect(-kMaxEdge, -kMaxEdge, 2 * kMaxEdge, 2 * kMaxEdge);
     std::vector<QRect> dots;

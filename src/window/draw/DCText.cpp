@@ -37,7 +37,7 @@ std::string_view View(LPCTSTR text, int length) {
 
 int RoundUp(double width) { return static_cast<int>(std::ceil(width - 0.01)); }
 
-/// Where the mnemonic ('&' before a character) stands in the text without the marks; -1: none.
+/// A text without its '&' marks, and the index of the marked character in it; -1: no character.
 struct Mnemonic {
     std::string text;
     qsizetype at = -1;

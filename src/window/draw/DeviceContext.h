@@ -1,4 +1,4 @@
-// What stands behind an HDC.
+// The device context an HDC points to.
 #pragma once
 
 #include "src/window/core/WindowInternal.h"
@@ -17,7 +17,7 @@ public:
     enum class Kind {
         Paint,  ///< on the window, inside its paint event
         Layer,  ///< on the layer over the window
-        Measure ///< nowhere
+        Measure ///< draws nothing
     };
 
     /// Everything SaveDC keeps.
@@ -84,7 +84,7 @@ void DeviceContext::Paint(const QRect& bounds, Draw&& draw) {
     }
 }
 
-/// Painting of a window goes on: what CPaintDC draws with. One at a time per window.
+/// Begins painting a window and returns what CPaintDC draws with; one at a time per window.
 HDC BeginWindowPaint(Window& window, bool& erase, RECT& paint);
 void EndWindowPaint(HDC dc);
 

@@ -1,4 +1,4 @@
-// What stands behind an HGDIOBJ, and how it becomes Qt's.
+// The object an HGDIOBJ points to, and its form for Qt.
 #pragma once
 
 #include "vnbytstr/window/Gdi.h"
@@ -16,12 +16,12 @@ inline QColor ToQColor(COLORREF color) {
 }
 
 /// A drawing object. Freed by GdiObject::Free, unless it is a stock object. Its number is never
-/// used again, so that what is kept about a font cannot be taken for another's.
+/// reused, so that a cache entry for one font cannot be taken for another's.
 struct GdiObject {
     enum class Type { Pen, Brush, Font, Bitmap };
 
     static HGDIOBJ Make(std::unique_ptr<GdiObject> object);
-    static GdiObject* Of(HGDIOBJ object); ///< null when the handle is none (any longer)
+    static GdiObject* Of(HGDIOBJ object); ///< null unless the handle names a living object
     static GdiObject* Of(HGDIOBJ object, Type type);
     static bool Free(HGDIOBJ object);
 
@@ -38,7 +38,7 @@ struct GdiObject {
     std::unique_ptr<CGdiObject> temporary; ///< what FromHandle gives out
 };
 
-/// The font of a handle, the application's font for null or a handle that is none.
+/// The font of a handle; the application's font for null or an invalid handle.
 QFont FontOf(HFONT font);
 unsigned FontSerial(HFONT font);
 /// Brushes may also be given as COLOR_* + 1.

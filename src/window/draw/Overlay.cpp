@@ -50,7 +50,7 @@ void Overlay::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
     if (!m_image.isNull())
         painter.drawImage(0, 0, m_image);
-    // The difference from white is the inverse, of what the widgets below have drawn.
+    // The difference from white inverts what the widgets below have drawn.
     painter.setCompositionMode(QPainter::CompositionMode_Difference);
     for (const QRect& rect : m_inverted & event->region())
         painter.fillRect(rect, Qt::white);

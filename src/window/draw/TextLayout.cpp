@@ -44,10 +44,10 @@ struct KeyEqual {
 };
 using Lines = std::unordered_map<Key, TextLine, KeyHash, KeyEqual>;
 
-// Two generations: when the young one is full it becomes the old one, and what is asked for from
-// there comes back. Together they hold what a few screens show.
+// Two generations: when the young one is full it becomes the old one; a line found in the old one
+// moves back to the young one. Together they hold what a few screens show.
 constexpr std::size_t kGeneration = 2048;
-constexpr std::size_t kLongestKept = 1024; // bytes
+constexpr std::size_t kMaxKept = 1024; // bytes
 Lines young;
 Lines old;
 TextLine unkept;
@@ -63,7 +63,7 @@ TextLine* Find(const KeyView& view) {
 }
 
 const TextLine& Keep(const KeyView& view, TextLine line) {
-    if (view.text.size() > kLongestKept) {
+    if (view.text.size() > kMaxKept) {
         unkept = std::move(line);
         return unkept;
     }

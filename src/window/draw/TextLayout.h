@@ -30,10 +30,10 @@ struct TextStyle {
     bool rightToLeft = false;
 };
 
-/// Of a longer text only that many bytes are looked at: no screen shows more.
+/// Longer texts are cut off here: no screen shows more.
 inline constexpr std::size_t kMaxDrawnBytes = 65536;
 
-/// The text in one line; control characters are drawn as spaces. Good until the next call.
+/// The text in one line; control characters are drawn as spaces. Valid until the next call.
 const TextLine& ShapeText(std::string_view text, const TextStyle& style);
 /// The same, cut with an ellipsis where it is wider than `width` pixels.
 const TextLine& ShapeElided(std::string_view text, const TextStyle& style, int width);

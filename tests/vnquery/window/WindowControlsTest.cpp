@@ -4,6 +4,7 @@
 #include "examples/vnquery/console/Process.h"
 #include "examples/vnquery/window/Commands.h"
 #include "examples/vnquery/work/Interruption.h"
+#include "vnbytstr/window/Edit.h"
 
 #include <csignal>
 #include <thread>

@@ -1,6 +1,7 @@
 #include "tests/vnquery/window/WindowRun.h"
 
 #include "vnbytstr/GlobalVars.h"
+#include "vnbytstr/window/ListBox.h"
 
 #include <chrono>
 #include <sqlite3.h>
