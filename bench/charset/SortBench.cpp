@@ -47,11 +47,6 @@ int main(int argc, char** argv) {
     const auto ascii = MakeTexts(kMillion, false), mixed = MakeTexts(kMillion, true);
     const auto few = MakeTexts(kMillion / 10, true);
     const auto asciiViews = views(ascii), mixedViews = views(mixed), fewViews = views(few);
-    std::vector<std::string> digits(kMillion);
-    std::mt19937 random(2);
-    for (std::string& text : digits)
-        text = std::to_string(static_cast<LONG>(random()));
-    const auto digitViews = views(digits);
     const auto ours = [](const std::vector<std::string_view>& texts) {
         return [&texts] {
             benchmark::DoNotOptimize(SortOrder(texts, SortDirection::Ascending).data());
@@ -89,16 +84,6 @@ int main(int argc, char** argv) {
                                                      return CompareIgnoringCaseKanaWidth(
                                                                 few[a], few[b]) < 0;
                                                  }).data());
-                    }}},
-                  0,
-                  3});
-    contests.Add({"sort 1,000,000 integers",
-                  kMillion,
-                  Contest::Nanoseconds,
-                  {{"ours",
-                    [&] {
-                        benchmark::DoNotOptimize(
-                            IntegerSortOrder(digitViews, SortDirection::Ascending).data());
                     }}},
                   0,
                   3});

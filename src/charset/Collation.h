@@ -43,12 +43,6 @@ public:
     void AppendKey(std::string_view text, std::string& keys) const;
     /// As AppendKey, without the way around ICU that plain ASCII text takes there: the same bytes.
     void AppendKeyByIcu(std::string_view text, std::string& keys) const;
-    /// The text's key, for looking names up in hash tables.
-    std::string FoldKey(std::string_view text) const {
-        std::string key;
-        AppendKey(text, key);
-        return key;
-    }
 
 private:
     struct Rules;

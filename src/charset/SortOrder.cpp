@@ -139,8 +139,6 @@ std::vector<DWORD> IndexesOf(const std::vector<Item>& items, SortDirection direc
     return order;
 }
 
-bool IsSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
-
 } // namespace
 
 std::vector<DWORD> SortOrder(const CollationKeys& keys, SortDirection direction) {
@@ -162,37 +160,6 @@ std::vector<DWORD> SortOrder(std::span<const std::string_view> texts, SortDirect
     for (const std::string_view text : texts)
         keys.Add(text);
     return SortOrder(keys, direction);
-}
-
-std::vector<DWORD> SortOrder(std::span<const LONG> values, SortDirection direction) {
-    CheckCount(values.size());
-    std::vector<Item> items(values.size()), spare(values.size());
-    for (std::size_t i = 0; i < items.size(); ++i)
-        items[i] = {static_cast<DWORD>(values[i]) ^ 0x80000000u, static_cast<DWORD>(i)};
-    SortByParts(items, spare, 24);
-    return IndexesOf(items, direction);
-}
-
-LONG LeadingInteger(std::string_view text) noexcept {
-    std::size_t i = 0;
-    while (i < text.size() && IsSpace(text[i]))
-        ++i;
-    const bool isNegative = i < text.size() && text[i] == '-';
-    if (i < text.size() && (text[i] == '-' || text[i] == '+'))
-        ++i;
-    constexpr LONGLONG kMax = std::numeric_limits<LONG>::max();
-    const LONGLONG limit = isNegative ? kMax + 1 : kMax;
-    LONGLONG value = 0;
-    for (; i < text.size() && text[i] >= '0' && text[i] <= '9'; ++i)
-        value = std::min(limit, value * 10 + (text[i] - '0'));
-    return static_cast<LONG>(isNegative ? -value : value);
-}
-
-std::vector<DWORD> IntegerSortOrder(std::span<const std::string_view> texts,
-                                    SortDirection direction) {
-    std::vector<LONG> values(texts.size());
-    std::transform(texts.begin(), texts.end(), values.begin(), LeadingInteger);
-    return SortOrder(std::span<const LONG>(values), direction);
 }
 
 } // namespace vnbytstr

@@ -24,15 +24,4 @@ VNBYTSTR_API std::vector<DWORD> SortOrder(const CollationKeys& keys, SortDirecti
 VNBYTSTR_API std::vector<DWORD> SortOrder(std::span<const std::string_view> texts,
                                           SortDirection direction);
 
-/// Indexes into `values` in numeric order.
-VNBYTSTR_API std::vector<DWORD> SortOrder(std::span<const LONG> values, SortDirection direction);
-
-/// The number a text begins with, as C's strtol reads it in base 10: blanks, a sign, digits; 0 when
-/// there is none; the nearest 32-bit number when it is too great or too small.
-VNBYTSTR_API LONG LeadingInteger(std::string_view text) noexcept;
-
-/// Indexes into `texts` in the order of their leading integers.
-VNBYTSTR_API std::vector<DWORD> IntegerSortOrder(std::span<const std::string_view> texts,
-                                                 SortDirection direction);
-
 } // namespace vnbytstr

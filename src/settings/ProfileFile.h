@@ -43,6 +43,7 @@ public:
 
     /// The value in the code page, null when there is none. Valid until the next change.
     const std::string* Find(UINT root, std::string_view section, std::string_view name) const;
+    /// Whether the section has any value; for tests.
     bool HasSection(UINT root, std::string_view section) const;
     /// Calls `visit` with each name and value of a section, in the file's order.
     void ForEach(UINT root, std::string_view section,

@@ -39,8 +39,9 @@ public:
     void EndReserve() noexcept;
     /// Gives back every region that nothing uses.
     void Trim() noexcept;
-    /// Bytes of regions held, and how many blocks in them are in use.
+    /// Bytes of regions held, for tests.
     std::size_t RegionBytes() const;
+    /// Blocks in use in them, for tests.
     std::size_t LiveBlocks() const;
 
 private:

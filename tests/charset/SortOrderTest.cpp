@@ -36,13 +36,6 @@ void ExpectSorted(const std::vector<std::string>& texts) {
                           return CompareIgnoringCaseKanaWidth(texts[a], texts[b]) < 0;
                       },
                       direction));
-        EXPECT_EQ(IntegerSortOrder(views, direction), StableOrder(
-                                                          texts.size(),
-                                                          [&](DWORD a, DWORD b) {
-                                                              return LeadingInteger(texts[a]) <
-                                                                     LeadingInteger(texts[b]);
-                                                          },
-                                                          direction));
     }
 }
 
@@ -71,24 +64,6 @@ TEST(SortOrder, LooksPastLongCommonPrefixes) {
     }
     ExpectSorted(texts);
     ExpectSorted(std::vector<std::string>(1000, std::string(5000, 'q')));
-}
-
-TEST(SortOrder, IntegersAreThoseOfStrtol) {
-    for (const char* text : {"", "0", "12", "-12", "+7x", " \t\n\v\f\r42", "--1", "+-1", "- 1",
-                             "x1", "0x10", "2147483647", "2147483648", "-2147483648", "-2147483649",
-                             "99999999999999999999999999", "-99999999999999999999999999", "007"}) {
-        const long long wide = std::strtoll(text, nullptr, 10);
-        const auto wanted = std::clamp<long long>(wide, std::numeric_limits<LONG>::min(),
-                                                  std::numeric_limits<LONG>::max());
-        EXPECT_EQ(LeadingInteger(text), wanted) << text;
-    }
-    EXPECT_EQ(LeadingInteger(std::string_view("1\0002", 3)), 1);
-    const std::vector<LONG> values = {
-        5, -1, 5, std::numeric_limits<LONG>::min(), 0, std::numeric_limits<LONG>::max(), -1};
-    EXPECT_EQ(SortOrder(values, SortDirection::Ascending),
-              (std::vector<DWORD>{3, 1, 6, 4, 0, 2, 5}));
-    EXPECT_EQ(SortOrder(values, SortDirection::Descending),
-              (std::vector<DWORD>{5, 2, 0, 4, 6, 1, 3}));
 }
 
 } // namespace
