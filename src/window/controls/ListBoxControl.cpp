@@ -108,7 +108,7 @@ LRESULT ListBoxControl::RowsProc(UINT message, WPARAM wParam, LPARAM lParam) {
             m_rows.SetData(row, static_cast<std::uintptr_t>(lParam));
             return LB_OKAY;
         case LB_INITSTORAGE:
-            m_rows.Reserve(row, static_cast<std::size_t>(lParam));
+            m_rows.Reserve(row);
             return m_rows.Count() + std::max(row, 0);
         case LB_SETTABSTOPS:
         case LB_GETLOCALE:

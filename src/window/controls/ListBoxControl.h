@@ -58,7 +58,7 @@ private:
     bool SetCurrent(int row);
     void SetSelected(int row, bool on);
     void SelectOnly(int first, int last);
-    void SetCaret(int row, bool scroll, bool partly = false);
+    void SetCaret(int row, bool scroll);
 
     // View (ListBoxView.cpp)
     void Paint();

@@ -194,10 +194,9 @@ void ListBoxRows::Compact() {
     Check();
 }
 
-void ListBoxRows::Reserve(int rows, std::size_t bytes) {
+void ListBoxRows::Reserve(int rows) {
     constexpr int kMaxReserve = 1 << 26;
     m_rows.reserve(m_rows.size() + Index(std::clamp(rows, 0, kMaxReserve)));
-    static_cast<void>(bytes); // chunks come as they are needed
 }
 
 void ListBoxRows::SetData(int row, std::uintptr_t data) {

@@ -36,7 +36,8 @@ public:
     void SetText(int row, std::string_view text);
     void Remove(int row);
     void Clear() noexcept;
-    void Reserve(int rows, std::size_t bytes);
+    /// Makes room for that many more rows.
+    void Reserve(int rows);
 
     std::uintptr_t Data(int row) const noexcept { return m_data.empty() ? 0 : m_data[Index(row)]; }
     void SetData(int row, std::uintptr_t data);

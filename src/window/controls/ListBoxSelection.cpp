@@ -140,8 +140,7 @@ void ListBoxControl::SelectOnly(int first, int last) {
     NotifyAccessibility(m_window.Handle(), AccessibleChange::Selection, last);
 }
 
-void ListBoxControl::SetCaret(int row, bool scroll, bool partly) {
-    static_cast<void>(partly);
+void ListBoxControl::SetCaret(int row, bool scroll) {
     if (m_caret != row) {
         InvalidateRow(m_caret);
         m_caret = row;

@@ -250,11 +250,10 @@ void SendMouseLeave(Window& window) {
         window.Send(WM_MOUSELEAVE);
 }
 
-void SendFocusIn(Window& window, Qt::FocusReason reason) {
+void SendFocusIn(Window& window) {
     InputState& state = State();
     if (state.focus == window.Handle())
         return;
-    static_cast<void>(reason);
     HWND handle = window.Handle();
     if (Window* borrower = Window::Of(std::exchange(state.focus, nullptr))) {
         // A popup of that window had the keyboard when the focus moved on.

@@ -111,8 +111,8 @@ public:
     /// The treatment common to all windows.
     LRESULT GenericProc(UINT message, WPARAM wParam, LPARAM lParam);
     /// Sends a notification (WM_COMMAND, WM_NOTIFY, WM_DRAWITEM, WM_CTLCOLOR..., WM_HSCROLL ...) to
-    /// the parent. The parent's CWnd offers it to this window's object first; without a parent
-    /// that is a CWnd this function does.
+    /// the parent. The parent's CWnd offers it to this window's object first; without such
+    /// a parent this function does.
     LRESULT NotifyParent(UINT message, WPARAM wParam, LPARAM lParam);
     /// WM_COMMAND with this control's id and a notification code.
     LRESULT NotifyCommand(int code);
@@ -187,7 +187,7 @@ private:
     void PlaceFirst(const CREATESTRUCT& create);
     bool FinishCreation(CREATESTRUCT& create);
     LRESULT DefaultWheel(UINT message, WPARAM wParam, LPARAM lParam);
-    LRESULT DefaultSetCursor(WPARAM wParam, LPARAM lParam);
+    LRESULT DefaultSetCursor(LPARAM lParam);
 
     const WindowClass* m_class;
     DWORD m_style = 0;

@@ -117,7 +117,7 @@ LRESULT Window::GenericProc(UINT message, WPARAM wParam, LPARAM lParam) {
         m_widget->setUpdatesEnabled(wParam != 0);
         return 0;
     case WM_SETCURSOR:
-        return DefaultSetCursor(wParam, lParam);
+        return DefaultSetCursor(lParam);
     case WM_CANCELMODE:
         if (GetCapture() == Handle())
             ReleaseCapture();
@@ -143,8 +143,7 @@ LRESULT Window::GenericProc(UINT message, WPARAM wParam, LPARAM lParam) {
     }
 }
 
-LRESULT Window::DefaultSetCursor(WPARAM wParam, LPARAM lParam) {
-    static_cast<void>(wParam);
+LRESULT Window::DefaultSetCursor(LPARAM lParam) {
     if (GET_X_LPARAM(lParam) != HTCLIENT || m_hosted)
         return 0; // a hosted widget sets its own pointer
     HCURSOR cursor = m_class->info.hCursor;

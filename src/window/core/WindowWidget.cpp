@@ -166,7 +166,7 @@ bool WindowWidget::HandleEvent(QEvent* event) {
         SendMouseLeave(*m_window);
         return false;
     case QEvent::FocusIn:
-        SendFocusIn(*m_window, static_cast<QFocusEvent*>(event)->reason());
+        SendFocusIn(*m_window);
         return true;
     case QEvent::FocusOut:
         SendFocusOut(*m_window, static_cast<QFocusEvent*>(event)->reason());
@@ -327,7 +327,7 @@ bool WindowWidget::eventFilter(QObject* watched, QEvent* event) {
             break;
         }
         case QEvent::FocusIn:
-            SendFocusIn(*m_window, static_cast<QFocusEvent*>(event)->reason());
+            SendFocusIn(*m_window);
             break;
         case QEvent::FocusOut:
             SendFocusOut(*m_window, static_cast<QFocusEvent*>(event)->reason());

@@ -114,7 +114,7 @@ void SendInputText(Window& window, const QString& text);
 /// Sends the messages of a mouse event to the window, or to the one that has the mouse.
 bool SendMouseEvent(Window& window, QWidget* receiver, QMouseEvent* event);
 bool SendWheelEvent(Window& window, QWheelEvent* event);
-void SendFocusIn(Window& window, Qt::FocusReason reason);
+void SendFocusIn(Window& window);
 void SendFocusOut(Window& window, Qt::FocusReason reason);
 void SendMouseLeave(Window& window);
 /// The window is being destroyed: it loses mouse and focus.

@@ -16,8 +16,7 @@ MSG currentMessage{};
 bool IsCtlColor(UINT message) { return message >= WM_CTLCOLOREDIT && message <= WM_CTLCOLORSTATIC; }
 
 /// The control that sent a notification to its parent; null for other messages.
-HWND SenderOf(UINT message, WPARAM wParam, LPARAM lParam) {
-    static_cast<void>(wParam);
+HWND SenderOf(UINT message, LPARAM lParam) {
     if (lParam == 0)
         return nullptr;
     switch (message) {
@@ -93,7 +92,7 @@ BOOL CWnd::OnWndMsg(UINT message, WPARAM wParam, LPARAM lParam, LRESULT* result)
         *result = entry->pfn(this, wParam, lParam);
         return !isColor || *result != 0;
     }
-    if (HWND sender = SenderOf(message, wParam, lParam); sender != nullptr && sender != m_hWnd)
+    if (HWND sender = SenderOf(message, lParam); sender != nullptr && sender != m_hWnd)
         return ReflectMessage(sender, message, wParam, lParam, result);
     if (message == WM_MEASUREITEM && lParam != 0) {
         // The message names its sender by id only.
