@@ -77,6 +77,7 @@ public:
     int SetCurSel(int index);
     std::uintptr_t GetItemData(int index) const;
     int SetItemData(int index, std::uintptr_t data);
+    /// Makes room for that many more items; `bytes` is not needed. Returns how many there is room for.
     int InitStorage(int items, UINT bytes);
 
     BOOL LimitText(int bytes); ///< as CEdit::LimitText

@@ -103,6 +103,7 @@ public:
     int FindString(int after, LPCTSTR beginning) const;
     int FindStringExact(int after, LPCTSTR text) const;
     int SelectString(int after, LPCTSTR beginning);
+    /// Makes room for that many more rows; `bytes` is not needed. Returns how many there is room for.
     int InitStorage(int rows, UINT bytes);
 
     /// Draw and measure a row of an owner-draw list box; the base does nothing.

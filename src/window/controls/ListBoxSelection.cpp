@@ -80,7 +80,7 @@ LRESULT ListBoxControl::SelectionProc(UINT message, WPARAM wParam, LPARAM lParam
     case LB_SETCARETINDEX:
         if (row != -1 && !m_rows.Has(row))
             return LB_ERR;
-        SetCaret(row, true, LOWORD(lParam) != 0);
+        SetCaret(row, true);
         return LB_OKAY;
     case LB_GETCARETINDEX:
         return m_caret;
