@@ -13,7 +13,9 @@
 
 #include "vnbytstr/GlobalVars.h"
 #include "vnbytstr/Language.h"
+#include "vnbytstr/window/Button.h"
 #include "vnbytstr/window/ComboBox.h"
+#include "vnbytstr/window/Edit.h"
 #include "vnbytstr/window/ListBox.h"
 
 #include <algorithm>
