@@ -83,8 +83,6 @@ protected:
     LRESULT OnOpenCell(WPARAM column, LPARAM);
     LRESULT OnStoreValue(WPARAM column, LPARAM value);
     LRESULT OnEditorClosed(WPARAM, LPARAM);
-    /// Posted to itself, so that a dropped file is loaded once the drop is over.
-    static constexpr UINT kWmLoadDropped = WM_APP + 1;
     LRESULT OnLoadDropped(WPARAM, LPARAM);
     DECLARE_MESSAGE_MAP()
 
