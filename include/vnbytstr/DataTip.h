@@ -1,13 +1,13 @@
 // CDataTip, a tooltip with a text at a given point.
 #pragma once
 
-#include "vnbytstr/framework/Export.h"
 #include "vnbytstr/framework/String.h"
+#include "vnbytstr/window/Export.h"
 #include "vnbytstr/window/Wnd.h"
 
 /// The tooltip of one window. It is hidden when the pointer leaves the window, on a click and on a
 /// key press. Only one tooltip is on the screen at a time.
-class VNBYTSTR_API CDataTip {
+class VNBYTSTR_CONTROLS_API CDataTip {
 public:
     CDataTip() = default;
     ~CDataTip();

@@ -2,14 +2,14 @@
 // folder for it.
 #pragma once
 
-#include "vnbytstr/framework/Export.h"
 #include "vnbytstr/framework/String.h"
 #include "vnbytstr/window/Button.h"
 #include "vnbytstr/window/Edit.h"
+#include "vnbytstr/window/Export.h"
 #include "vnbytstr/window/SpinButton.h"
 
 /// Asks the user for a file or a folder with the platform's dialog.
-class VNBYTSTR_API CBrowser {
+class VNBYTSTR_CONTROLS_API CBrowser {
 public:
     enum EBrowseType : int { kFile = 0, kFolder = 1 };
 
@@ -32,7 +32,7 @@ private:
 ///
 /// Spinner and browse button are siblings of the control at its right edge. ShowAll and PlaceAll
 /// show and move them together with it; they are destroyed with it.
-class VNBYTSTR_API CEditEx : public CEdit {
+class VNBYTSTR_CONTROLS_API CEditEx : public CEdit {
     DECLARE_DYNAMIC(CEditEx)
 public:
     enum EType : int { kInteger = 0, kText = 1, kBrowse = 3 };

@@ -4,13 +4,13 @@
 
 #include "vnbytstr/EditEx.h"
 #include "vnbytstr/ListParts.h"
-#include "vnbytstr/framework/Export.h"
+#include "vnbytstr/window/Export.h"
 #include "vnbytstr/window/Wnd.h"
 
 class CListBoxEx;
 
 /// The edit control of kEditorText, kEditorFile, kEditorFolder and kEditorNumber.
-class VNBYTSTR_API CListBoxCellEdit : public CEditEx {
+class VNBYTSTR_CONTROLS_API CListBoxCellEdit : public CEditEx {
     DECLARE_DYNAMIC(CListBoxCellEdit)
 public:
     explicit CListBoxCellEdit(int browseType = CBrowser::kFile) : m_browser(browseType) {}
@@ -32,7 +32,7 @@ private:
 };
 
 /// The combo box of kEditorCombo, kEditorPick and their sorted variants.
-class VNBYTSTR_API CListBoxCellComboBox : public CWnd {
+class VNBYTSTR_CONTROLS_API CListBoxCellComboBox : public CWnd {
     DECLARE_DYNAMIC(CListBoxCellComboBox)
 public:
     CListBoxCellComboBox() = default;

@@ -7,9 +7,9 @@
 #include "vnbytstr/ListDropTarget.h"
 #include "vnbytstr/ListParts.h"
 #include "vnbytstr/framework/Arrays.h"
-#include "vnbytstr/framework/Export.h"
 #include "vnbytstr/framework/String.h"
 #include "vnbytstr/window/AccessibleTable.h"
+#include "vnbytstr/window/Export.h"
 #include "vnbytstr/window/Wnd.h"
 
 #include <cstdarg>
@@ -56,10 +56,10 @@ struct SSortItem {
 ///
 /// While the parent handles a message of the list it may do anything, including destroying the
 /// list and deleting this object. Main thread only.
-class VNBYTSTR_API CListBoxEx : public CWnd,
-                                public vnbytstr::detail::HeadingsOwner,
-                                public vnbytstr::detail::CellEditorOwner,
-                                public vnbytstr::detail::DropOwner {
+class VNBYTSTR_CONTROLS_API CListBoxEx : public CWnd,
+                                         public vnbytstr::detail::HeadingsOwner,
+                                         public vnbytstr::detail::CellEditorOwner,
+                                         public vnbytstr::detail::DropOwner {
     DECLARE_DYNAMIC(CListBoxEx)
 public:
     CListBoxEx();

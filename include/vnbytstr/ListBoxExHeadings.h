@@ -2,7 +2,7 @@
 // sorts by the header that is clicked.
 #pragma once
 
-#include "vnbytstr/framework/Export.h"
+#include "vnbytstr/window/Export.h"
 #include "vnbytstr/window/Wnd.h"
 
 #include <memory>
@@ -21,7 +21,7 @@ class CListBoxEx;
 /// The background is COLOR_3DFACE, also right of the last column; lines are COLOR_3DDKSHADOW
 /// (frame), COLOR_3DHIGHLIGHT and COLOR_3DSHADOW, texts COLOR_BTNTEXT, or COLOR_GRAYTEXT while the
 /// control is disabled.
-class VNBYTSTR_API CListBoxExHeadings : public CWnd {
+class VNBYTSTR_CONTROLS_API CListBoxExHeadings : public CWnd {
     DECLARE_DYNAMIC(CListBoxExHeadings)
 public:
     CListBoxExHeadings();

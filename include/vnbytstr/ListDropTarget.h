@@ -1,13 +1,13 @@
 // Lets a file dragged from a file manager be dropped on a cell of a CListBoxEx.
 #pragma once
 
-#include "vnbytstr/framework/Export.h"
 #include "vnbytstr/framework/String.h"
 #include "vnbytstr/window/DropTarget.h"
+#include "vnbytstr/window/Export.h"
 
 class CListBoxEx;
 
-class VNBYTSTR_API CListDropTarget : public COleDropTarget {
+class VNBYTSTR_CONTROLS_API CListDropTarget : public COleDropTarget {
     DECLARE_DYNAMIC(CListDropTarget)
 public:
     CListDropTarget() = default;

@@ -3,10 +3,10 @@
 #pragma once
 
 #include "vnbytstr/ListColumn.h"
-#include "vnbytstr/framework/Export.h"
 #include "vnbytstr/framework/String.h"
 #include "vnbytstr/framework/Types.h"
 #include "vnbytstr/window/DropTarget.h"
+#include "vnbytstr/window/Export.h"
 
 #include <span>
 
@@ -15,7 +15,7 @@ class CWnd;
 namespace vnbytstr::detail {
 
 /// What CListBoxExHeadings asks. Columns count from 0, widths and positions are in pixels.
-class VNBYTSTR_API HeadingsOwner {
+class VNBYTSTR_CONTROLS_API HeadingsOwner {
 public:
     /// The columns from left to right; valid until the number of columns changes.
     virtual std::span<const SListColumn> GetColumns() const = 0;
@@ -50,7 +50,7 @@ protected:
 
 /// What CListBoxCellEdit and CListBoxCellComboBox ask. The owner outlives its editors, since their
 /// windows are its window's children.
-class VNBYTSTR_API CellEditorOwner {
+class VNBYTSTR_CONTROLS_API CellEditorOwner {
 public:
     /// The editor's window has been destroyed; its object is deleted after this call.
     virtual void EditorDestroyed(const CWnd* editor) = 0;
@@ -60,7 +60,7 @@ protected:
 };
 
 /// What CListDropTarget asks.
-class VNBYTSTR_API DropOwner {
+class VNBYTSTR_CONTROLS_API DropOwner {
 public:
     /// Files are dragged over a point of the client area: makes the cell there the current one.
     /// DROPEFFECT_MOVE when files may be dropped on its row, else DROPEFFECT_NONE.

@@ -4,10 +4,10 @@
 #include "vnbytstr/DataTip.h"
 #include "vnbytstr/ListBoxEx.h"
 #include "vnbytstr/framework/Arrays.h"
-#include "vnbytstr/framework/Export.h"
+#include "vnbytstr/window/Export.h"
 
 /// Shows the tooltip of the row under the pointer. Tooltips appear only while every row has one.
-class VNBYTSTR_API CVNListBox : public CListBoxEx {
+class VNBYTSTR_CONTROLS_API CVNListBox : public CListBoxEx {
     DECLARE_DYNAMIC(CVNListBox)
 public:
     CVNListBox();

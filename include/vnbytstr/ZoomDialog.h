@@ -1,16 +1,16 @@
 // CZoomDialog: a dialog to view and change one value.
 #pragma once
 
-#include "vnbytstr/framework/Export.h"
 #include "vnbytstr/framework/String.h"
 #include "vnbytstr/window/Dialog.h"
+#include "vnbytstr/window/Export.h"
 
 /// A modal dialog with the value in a multi-line edit control, OK and Cancel; Ctrl+Enter is OK. It
 /// can be resized. Its captions come from the resource library, or are English.
 ///
 /// A value of more than kMaxBytes, or with a line of more than kMaxLine bytes, is shown only up to
 /// there and cannot be changed: DoModal then returns IDCANCEL.
-class VNBYTSTR_API CZoomDialog : public CDialog {
+class VNBYTSTR_CONTROLS_API CZoomDialog : public CDialog {
     DECLARE_DYNAMIC(CZoomDialog)
 public:
     static constexpr int kMaxBytes = 1 << 20;

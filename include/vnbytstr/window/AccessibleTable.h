@@ -2,13 +2,13 @@
 // supplies it (CWnd::SetAccessibleTable); the window layer builds the platform's accessible tree.
 #pragma once
 
-#include "vnbytstr/framework/Export.h"
 #include "vnbytstr/framework/String.h"
+#include "vnbytstr/window/Export.h"
 #include "vnbytstr/window/WindowTypes.h"
 
 /// A table of cells with a heading per column. Rows and columns count from 0. The window layer asks
 /// only for what a screen reader asks for.
-class VNBYTSTR_API CAccessibleTable {
+class VNBYTSTR_CONTROLS_API CAccessibleTable {
 public:
     virtual ~CAccessibleTable() = default;
 
@@ -46,5 +46,5 @@ public:
 /// What changed in a table.
 enum class AccessibleChange { Rows, Columns, Sort, Selection, Focus, CellText };
 /// Tells screen readers that something changed in the table of `window`. Cheap when no screen reader runs.
-VNBYTSTR_API void NotifyAccessibility(HWND window, AccessibleChange change, int row = -1,
-                                      int column = -1);
+VNBYTSTR_CONTROLS_API void NotifyAccessibility(HWND window, AccessibleChange change, int row = -1,
+                                               int column = -1);

@@ -5,9 +5,10 @@
 #pragma once
 
 #include "vnbytstr/window/CmdTarget.h"
+#include "vnbytstr/window/Export.h"
 #include "vnbytstr/window/Wnd.h"
 
-class VNBYTSTR_API CWinApp : public CCmdTarget {
+class VNBYTSTR_CONTROLS_API CWinApp : public CCmdTarget {
     DECLARE_DYNAMIC(CWinApp)
 public:
     /// At most one at a time.
@@ -37,22 +38,22 @@ protected:
 };
 
 /// The program's object; null when it has not created one.
-VNBYTSTR_API CWinApp* AfxGetApp();
+VNBYTSTR_CONTROLS_API CWinApp* AfxGetApp();
 /// CWinApp's main window; null when there is no program object or it has no window.
-VNBYTSTR_API CWnd* AfxGetMainWnd();
+VNBYTSTR_CONTROLS_API CWnd* AfxGetMainWnd();
 /// Makes the innermost message loop return `exitCode`.
-VNBYTSTR_API void AfxPostQuitMessage(int exitCode);
-VNBYTSTR_API void PostQuitMessage(int exitCode);
+VNBYTSTR_CONTROLS_API void AfxPostQuitMessage(int exitCode);
+VNBYTSTR_CONTROLS_API void PostQuitMessage(int exitCode);
 /// Whether this process can open windows: there is a display, or a Qt platform is chosen
 /// (QT_QPA_PLATFORM). Without, AfxInitWindows would end the process with Qt's message.
-VNBYTSTR_API BOOL AfxCanOpenWindows();
+VNBYTSTR_CONTROLS_API BOOL AfxCanOpenWindows();
 /// Creates the Qt application object unless there is one. `argc` and `argv` (may be null) are those of
 /// main and must live as long as the program.
-VNBYTSTR_API void AfxInitWindows(int* argc = nullptr, char** argv = nullptr);
+VNBYTSTR_CONTROLS_API void AfxInitWindows(int* argc = nullptr, char** argv = nullptr);
 /// Handles messages for that long; 0: only those that are waiting.
-VNBYTSTR_API void AfxPumpMessages(int milliseconds = 50);
+VNBYTSTR_CONTROLS_API void AfxPumpMessages(int milliseconds = 50);
 /// Shows the wait pointer as long as it lives.
-class VNBYTSTR_API CWaitCursor {
+class VNBYTSTR_CONTROLS_API CWaitCursor {
 public:
     CWaitCursor();
     ~CWaitCursor();

@@ -6,6 +6,7 @@
 // supported.
 #pragma once
 
+#include "vnbytstr/window/Export.h"
 #include "vnbytstr/window/Wnd.h"
 
 inline constexpr DWORD BS_PUSHBUTTON = 0x0000;
@@ -39,7 +40,7 @@ inline constexpr DWORD BS_NOTIFY = 0x4000;
 inline constexpr UINT BST_PUSHED = 0x0004;
 inline constexpr UINT BST_FOCUS = 0x0008;
 
-class VNBYTSTR_API CButton : public CWnd {
+class VNBYTSTR_CONTROLS_API CButton : public CWnd {
     DECLARE_DYNAMIC(CButton)
 public:
     CButton() = default;

@@ -16,8 +16,8 @@
 // the message. Handlers are members of the map's class and need not be virtual.
 #pragma once
 
-#include "vnbytstr/framework/Export.h"
 #include "vnbytstr/framework/Object.h"
+#include "vnbytstr/window/Export.h"
 #include "vnbytstr/window/Messages.h"
 
 class CCmdTarget;
@@ -44,7 +44,7 @@ struct AFX_MSGMAP {
 };
 
 /// Lets a command's update handler set the state of a menu item or button.
-class VNBYTSTR_API CCmdUI {
+class VNBYTSTR_CONTROLS_API CCmdUI {
 public:
     virtual ~CCmdUI() = default;
     virtual void Enable(BOOL on = TRUE);
@@ -61,7 +61,7 @@ struct AFX_NOTIFY {
     NMHDR* pNMHDR;
 };
 
-class VNBYTSTR_API CCmdTarget : public CObject {
+class VNBYTSTR_CONTROLS_API CCmdTarget : public CObject {
     DECLARE_DYNAMIC(CCmdTarget)
 public:
     /// Offers a command (`code` CN_COMMAND), a control's notification (`code` as the control sent

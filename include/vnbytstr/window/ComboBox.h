@@ -8,6 +8,7 @@
 // dropped list together, as callers give it; the field itself takes the height its font needs.
 #pragma once
 
+#include "vnbytstr/window/Export.h"
 #include "vnbytstr/window/Wnd.h"
 
 inline constexpr UINT CB_GETEDITSEL = 0x0140;
@@ -49,7 +50,7 @@ inline constexpr DWORD CBS_DROPDOWNLIST = 0x0003;
 inline constexpr DWORD CBS_AUTOHSCROLL = 0x0040;
 inline constexpr DWORD CBS_SORT = 0x0100;
 
-class VNBYTSTR_API CComboBox : public CWnd {
+class VNBYTSTR_CONTROLS_API CComboBox : public CWnd {
     DECLARE_DYNAMIC(CComboBox)
 public:
     CComboBox() = default;

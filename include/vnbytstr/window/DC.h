@@ -10,15 +10,15 @@
 // DrawFocusRect) until they are inverted back.
 #pragma once
 
-#include "vnbytstr/framework/Export.h"
 #include "vnbytstr/framework/Object.h"
 #include "vnbytstr/framework/String.h"
+#include "vnbytstr/window/Export.h"
 #include "vnbytstr/window/Gdi.h"
 #include "vnbytstr/window/Messages.h"
 
 class CWnd;
 
-class VNBYTSTR_API CDC : public CObject {
+class VNBYTSTR_CONTROLS_API CDC : public CObject {
     DECLARE_DYNAMIC(CDC)
 public:
     CDC() = default;
@@ -94,7 +94,7 @@ protected:
 
 /// Draws a window in its WM_PAINT handler: the constructor begins painting (erasing the
 /// background), the destructor ends it.
-class VNBYTSTR_API CPaintDC : public CDC {
+class VNBYTSTR_CONTROLS_API CPaintDC : public CDC {
     DECLARE_DYNAMIC(CPaintDC)
 public:
     explicit CPaintDC(CWnd* window);
@@ -108,17 +108,17 @@ public:
 };
 
 /// Draws on a window's client area at any time. With a null window it only measures text.
-class VNBYTSTR_API CClientDC : public CDC {
+class VNBYTSTR_CONTROLS_API CClientDC : public CDC {
     DECLARE_DYNAMIC(CClientDC)
 public:
     explicit CClientDC(CWnd* window);
 };
 
 /// As CClientDC, with the coordinates of the whole window.
-class VNBYTSTR_API CWindowDC : public CDC {
+class VNBYTSTR_CONTROLS_API CWindowDC : public CDC {
     DECLARE_DYNAMIC(CWindowDC)
 public:
     explicit CWindowDC(CWnd* window);
 };
 
-VNBYTSTR_API BOOL GetTextExtentPoint32(HDC dc, LPCTSTR text, int length, LPSIZE size);
+VNBYTSTR_CONTROLS_API BOOL GetTextExtentPoint32(HDC dc, LPCTSTR text, int length, LPSIZE size);

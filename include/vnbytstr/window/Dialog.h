@@ -15,11 +15,10 @@
 // control that asks for a key with WM_GETDLGCODE gets it.
 #pragma once
 
+#include "vnbytstr/window/Export.h"
 #include "vnbytstr/window/Wnd.h"
 
 #include <span>
-
-class QEventLoop;
 
 inline constexpr DWORD DS_MODALFRAME = 0x0080;
 inline constexpr DWORD DS_CENTER = 0x0800;
@@ -49,7 +48,7 @@ struct CDialogTemplate {
     short points = 9;
 };
 
-class VNBYTSTR_API CDialog : public CWnd {
+class VNBYTSTR_CONTROLS_API CDialog : public CWnd {
     DECLARE_DYNAMIC(CDialog)
 public:
     CDialog() = default;
@@ -106,7 +105,7 @@ private:
     SIZE m_units{1, 1}; ///< average width and height of a character
     UINT m_defaultId = 0;
     int m_result = -1;
-    QEventLoop* m_loop = nullptr;
+    vnbytstr::HostEventLoop* m_loop = nullptr;
     BOOL m_hasTemplate = FALSE;
     BOOL m_modal = FALSE;
     BOOL m_ended = FALSE;
@@ -114,4 +113,4 @@ private:
 
 /// Handles a keyboard message among the children of any window as a dialog does: Tab, arrows, Enter,
 /// Escape, letters with Alt. TRUE: handled.
-VNBYTSTR_API BOOL IsDialogMessage(HWND dialog, MSG* message);
+VNBYTSTR_CONTROLS_API BOOL IsDialogMessage(HWND dialog, MSG* message);

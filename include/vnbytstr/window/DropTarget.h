@@ -2,11 +2,11 @@
 #pragma once
 
 #include "vnbytstr/framework/Arrays.h"
+#include "vnbytstr/window/Export.h"
 #include "vnbytstr/window/Wnd.h"
 
 #include <memory>
 
-class QMimeData;
 namespace vnbytstr::detail {
 class TargetSink;
 }
@@ -24,10 +24,10 @@ inline constexpr DROPEFFECT DROPEFFECT_MOVE = 2;
 inline constexpr DROPEFFECT DROPEFFECT_LINK = 4;
 
 /// What is being dragged. Valid during the call it is passed to.
-class VNBYTSTR_API COleDataObject {
+class VNBYTSTR_CONTROLS_API COleDataObject {
 public:
     COleDataObject();
-    explicit COleDataObject(const QMimeData* data);
+    explicit COleDataObject(const vnbytstr::HostDragData* data);
     /// Local files, for programs (and tests) that drop by themselves.
     explicit COleDataObject(const CStringArray& files);
     ~COleDataObject();
@@ -49,7 +49,7 @@ private:
 /// Takes what is dropped on a window. Points are in the window's client coordinates. What is
 /// dragged by another program is copied, whatever effect is answered: DROPEFFECT_MOVE and
 /// DROPEFFECT_LINK are told to it as a copy, so that it deletes nothing.
-class VNBYTSTR_API COleDropTarget : public CCmdTarget {
+class VNBYTSTR_CONTROLS_API COleDropTarget : public CCmdTarget {
     DECLARE_DYNAMIC(COleDropTarget)
 public:
     COleDropTarget() = default;

@@ -14,6 +14,7 @@
 // WM_UNDO to the control.
 #pragma once
 
+#include "vnbytstr/window/Export.h"
 #include "vnbytstr/window/Wnd.h"
 
 inline constexpr UINT EM_GETSEL = 0x00B0;
@@ -53,7 +54,7 @@ inline constexpr DWORD ES_NUMBER = 0x2000;
 inline constexpr UINT EM_SETCUEBANNER = 0x1501;
 inline constexpr UINT EM_GETCUEBANNER = 0x1502; ///< wParam: the buffer, lParam: its size
 
-class VNBYTSTR_API CEdit : public CWnd {
+class VNBYTSTR_CONTROLS_API CEdit : public CWnd {
     DECLARE_DYNAMIC(CEdit)
 public:
     CEdit() = default;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "vnbytstr/framework/Arrays.h"
+#include "vnbytstr/window/Export.h"
 #include "vnbytstr/window/Wnd.h"
 
 inline constexpr DWORD OFN_OVERWRITEPROMPT = 0x00000002; ///< asks before an existing file is chosen
@@ -10,7 +11,7 @@ inline constexpr DWORD OFN_ALLOWMULTISELECT = 0x00000200;
 inline constexpr DWORD OFN_FILEMUSTEXIST = 0x00001000;
 
 /// The platform's file dialog. Names are in the ANSI code page, as files are opened by them.
-class VNBYTSTR_API CFileDialog {
+class VNBYTSTR_CONTROLS_API CFileDialog {
 public:
     /// `open` FALSE: to save. `extension` (without dot) is added to a name typed without one.
     /// `filter`: pairs of description and patterns ("*.txt;*.log"), each ended by '|', the last by
@@ -43,7 +44,7 @@ private:
 };
 
 /// The platform's dialog to choose a folder.
-class VNBYTSTR_API CFolderDialog {
+class VNBYTSTR_CONTROLS_API CFolderDialog {
 public:
     explicit CFolderDialog(LPCTSTR folder = nullptr, LPCTSTR title = nullptr,
                            CWnd* parent = nullptr)

@@ -4,6 +4,7 @@
 // Commands go to the view first, then to the frame, then to the program.
 #pragma once
 
+#include "vnbytstr/window/Export.h"
 #include "vnbytstr/window/Menu.h"
 #include "vnbytstr/window/Wnd.h"
 
@@ -11,7 +12,7 @@ inline constexpr UINT AFX_IDW_STATUS_BAR = 0xE801;
 inline constexpr UINT AFX_IDW_MENU_BAR = 0xE802;
 inline constexpr UINT AFX_IDW_PANE_FIRST = 0xE900; ///< the id of the view
 
-class VNBYTSTR_API CFrameWnd : public CWnd {
+class VNBYTSTR_CONTROLS_API CFrameWnd : public CWnd {
     DECLARE_DYNAMIC(CFrameWnd)
 public:
     CFrameWnd() = default;

@@ -1,9 +1,9 @@
 // What is selected into a device context: CPen, CBrush, CFont, CBitmap.
 #pragma once
 
-#include "vnbytstr/framework/Export.h"
 #include "vnbytstr/framework/Object.h"
 #include "vnbytstr/framework/String.h"
+#include "vnbytstr/window/Export.h"
 #include "vnbytstr/window/Messages.h"
 
 #include <cstddef>
@@ -68,7 +68,7 @@ inline constexpr int COLOR_INFOBK = 24;
 /// A drawing object. The destructor deletes it, unless it was attached to a stock object. Deleting
 /// an object that is selected into a device context leaves the context drawing with it until
 /// another one is selected.
-class VNBYTSTR_API CGdiObject : public CObject {
+class VNBYTSTR_CONTROLS_API CGdiObject : public CObject {
     DECLARE_DYNAMIC(CGdiObject)
 public:
     ~CGdiObject() override { DeleteObject(); }
@@ -93,7 +93,7 @@ protected:
     CGdiObject() = default;
 };
 
-class VNBYTSTR_API CPen : public CGdiObject {
+class VNBYTSTR_CONTROLS_API CPen : public CGdiObject {
     DECLARE_DYNAMIC(CPen)
 public:
     CPen() = default;
@@ -102,7 +102,7 @@ public:
     BOOL CreatePen(int style, int width, COLORREF color);
 };
 
-class VNBYTSTR_API CBrush : public CGdiObject {
+class VNBYTSTR_CONTROLS_API CBrush : public CGdiObject {
     DECLARE_DYNAMIC(CBrush)
 public:
     CBrush() = default;
@@ -110,7 +110,7 @@ public:
     BOOL CreateSolidBrush(COLORREF color);
 };
 
-class VNBYTSTR_API CFont : public CGdiObject {
+class VNBYTSTR_CONTROLS_API CFont : public CGdiObject {
     DECLARE_DYNAMIC(CFont)
 public:
     CFont() = default;
@@ -123,7 +123,7 @@ public:
     static CFont* FromHandle(HFONT font);
 };
 
-class VNBYTSTR_API CBitmap : public CGdiObject {
+class VNBYTSTR_CONTROLS_API CBitmap : public CGdiObject {
     DECLARE_DYNAMIC(CBitmap)
 public:
     CBitmap() = default;
@@ -134,10 +134,10 @@ public:
     CSize GetBitmapSize() const;
 };
 
-VNBYTSTR_API BOOL DeleteObject(HGDIOBJ object);
-VNBYTSTR_API HGDIOBJ GetStockObject(int index);
+VNBYTSTR_CONTROLS_API BOOL DeleteObject(HGDIOBJ object);
+VNBYTSTR_CONTROLS_API HGDIOBJ GetStockObject(int index);
 /// A system colour's brush, which is never deleted. Null for an unknown index.
-VNBYTSTR_API HBRUSH GetSysColorBrush(int index);
-VNBYTSTR_API HBRUSH CreateSolidBrush(COLORREF color);
-VNBYTSTR_API HFONT CreateFontIndirect(const LOGFONT* description);
-VNBYTSTR_API int GetObject(HGDIOBJ object, int size, void* buffer);
+VNBYTSTR_CONTROLS_API HBRUSH GetSysColorBrush(int index);
+VNBYTSTR_CONTROLS_API HBRUSH CreateSolidBrush(COLORREF color);
+VNBYTSTR_CONTROLS_API HFONT CreateFontIndirect(const LOGFONT* description);
+VNBYTSTR_CONTROLS_API int GetObject(HGDIOBJ object, int size, void* buffer);

@@ -6,6 +6,7 @@
 // collation (ignoring case, kana type and width).
 #pragma once
 
+#include "vnbytstr/window/Export.h"
 #include "vnbytstr/window/Wnd.h"
 
 #include <span>
@@ -66,7 +67,7 @@ inline constexpr DWORD LBS_EXTENDEDSEL = 0x0800;
 inline constexpr DWORD LBS_DISABLENOSCROLL = 0x1000;
 inline constexpr DWORD LBS_NOSEL = 0x4000;
 
-class VNBYTSTR_API CListBox : public CWnd {
+class VNBYTSTR_CONTROLS_API CListBox : public CWnd {
     DECLARE_DYNAMIC(CListBox)
 public:
     CListBox() = default;
@@ -118,19 +119,19 @@ protected:
 // `list` is a window of class "LISTBOX" (CListBoxEx's own window, say); any other is refused.
 
 /// A row's text without copying; null when there is no such row. Valid until the rows change.
-VNBYTSTR_API LPCSTR ListBoxRowText(HWND list, int row, int* length = nullptr);
+VNBYTSTR_CONTROLS_API LPCSTR ListBoxRowText(HWND list, int row, int* length = nullptr);
 /// Adds rows at the end (an LBS_SORT list sorts them in), as that many LB_ADDSTRING. `texts` holds
 /// the rows' texts, each with its NUL, one after the other. Returns the index of the first new row,
 /// LB_ERRSPACE when memory ran out (nothing was added).
-VNBYTSTR_API int ListBoxAddRows(HWND list, LPCSTR texts, std::size_t bytes, int count);
+VNBYTSTR_CONTROLS_API int ListBoxAddRows(HWND list, LPCSTR texts, std::size_t bytes, int count);
 /// Puts the rows in a new order: the row that stood at order[i] comes to i. Text, data, height and
 /// selection go along; caret and current row stay with their row; the view stays where it is. FALSE
 /// when `order` is no permutation of the rows (nothing changed).
-VNBYTSTR_API BOOL ListBoxReorder(HWND list, std::span<const DWORD> order);
+VNBYTSTR_CONTROLS_API BOOL ListBoxReorder(HWND list, std::span<const DWORD> order);
 /// How many pixels a list that scrolls horizontally (WS_HSCROLL, LB_SETHORIZONTALEXTENT) hides at its
 /// left; 0 for any other window. In a mirrored list: at its right.
-VNBYTSTR_API int ListBoxSideShift(HWND list);
+VNBYTSTR_CONTROLS_API int ListBoxSideShift(HWND list);
 /// Scrolls it horizontally, within its extent.
-VNBYTSTR_API void ListBoxSetSideShift(HWND list, int pixels);
+VNBYTSTR_CONTROLS_API void ListBoxSetSideShift(HWND list, int pixels);
 /// Replaces a row's text in place; data, selection and place stay (an LBS_SORT list too).
-VNBYTSTR_API BOOL ListBoxSetRowText(HWND list, int row, LPCSTR text);
+VNBYTSTR_CONTROLS_API BOOL ListBoxSetRowText(HWND list, int row, LPCSTR text);

@@ -7,6 +7,7 @@
 #pragma once
 
 #include "vnbytstr/window/CmdTarget.h"
+#include "vnbytstr/window/Export.h"
 #include "vnbytstr/window/Wnd.h"
 
 #include <memory>
@@ -28,7 +29,7 @@ inline constexpr UINT TPM_RETURNCMD = 0x0100;
 
 /// A menu. The destructor destroys it, unless it has become a popup of another menu or the menu of a
 /// window; these then own it.
-class VNBYTSTR_API CMenu : public CObject {
+class VNBYTSTR_CONTROLS_API CMenu : public CObject {
     DECLARE_DYNAMIC(CMenu)
 public:
     CMenu() = default;
@@ -68,7 +69,7 @@ struct ACCEL {
     WORD cmd;
 };
 
-class VNBYTSTR_API CAcceleratorTable {
+class VNBYTSTR_CONTROLS_API CAcceleratorTable {
 public:
     CAcceleratorTable();
     explicit CAcceleratorTable(std::span<const ACCEL> keys);

@@ -3,6 +3,7 @@
 // All of it also goes by PBM_ messages, to a window of the class "msctls_progress32".
 #pragma once
 
+#include "vnbytstr/window/Export.h"
 #include "vnbytstr/window/Wnd.h"
 
 inline constexpr DWORD PBS_VERTICAL = 0x04;
@@ -17,7 +18,7 @@ inline constexpr UINT PBM_GETRANGE = WM_USER + 7;
 inline constexpr UINT PBM_GETPOS = WM_USER + 8;
 inline constexpr UINT PBM_SETMARQUEE = WM_USER + 10;
 
-class VNBYTSTR_API CProgressCtrl : public CWnd {
+class VNBYTSTR_CONTROLS_API CProgressCtrl : public CWnd {
     DECLARE_DYNAMIC(CProgressCtrl)
 public:
     CProgressCtrl() = default;

@@ -10,6 +10,7 @@
 // 100 (lower) to 0 (upper), so a program should set one.
 #pragma once
 
+#include "vnbytstr/window/Export.h"
 #include "vnbytstr/window/Wnd.h"
 
 inline constexpr DWORD UDS_WRAP = 0x0001;
@@ -42,7 +43,7 @@ struct NMUPDOWN {
 using NM_UPDOWN = NMUPDOWN;
 using LPNMUPDOWN = NMUPDOWN*;
 
-class VNBYTSTR_API CSpinButtonCtrl : public CWnd {
+class VNBYTSTR_CONTROLS_API CSpinButtonCtrl : public CWnd {
     DECLARE_DYNAMIC(CSpinButtonCtrl)
 public:
     CSpinButtonCtrl() = default;

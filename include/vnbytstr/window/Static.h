@@ -9,6 +9,7 @@
 // control is scaled down, keeping its sides' ratio.
 #pragma once
 
+#include "vnbytstr/window/Export.h"
 #include "vnbytstr/window/Wnd.h"
 
 inline constexpr DWORD SS_LEFT = 0x0000;
@@ -27,7 +28,7 @@ inline constexpr int STN_CLICKED = 0;
 inline constexpr int STN_DBLCLK = 1;
 inline constexpr WPARAM IMAGE_BITMAP = 0;
 
-class VNBYTSTR_API CStatic : public CWnd {
+class VNBYTSTR_CONTROLS_API CStatic : public CWnd {
     DECLARE_DYNAMIC(CStatic)
 public:
     CStatic() = default;

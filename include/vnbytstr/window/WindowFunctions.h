@@ -2,8 +2,8 @@
 // colours and measures. They return 0 for a handle that names no window.
 #pragma once
 
-#include "vnbytstr/framework/Export.h"
 #include "vnbytstr/framework/String.h"
+#include "vnbytstr/window/Export.h"
 #include "vnbytstr/window/Messages.h"
 
 // --- system metrics ------------------------------------------------------------------------------
@@ -48,69 +48,71 @@ inline constexpr int IDC_APPSTARTING = 32650;
 
 /// Registers a class of windows under its name (case does not matter). Returns a number above 0;
 /// 0 when the name is empty or taken.
-VNBYTSTR_API WORD RegisterClass(const WNDCLASS* windowClass);
+VNBYTSTR_CONTROLS_API WORD RegisterClass(const WNDCLASS* windowClass);
 /// Fills `*windowClass` with the class of that name; FALSE when there is none. `instance` does not
 /// matter: all modules of a process share their classes.
-VNBYTSTR_API BOOL GetClassInfo(HINSTANCE instance, LPCSTR name, WNDCLASS* windowClass);
-VNBYTSTR_API BOOL UnregisterClass(LPCSTR name, HINSTANCE instance);
+VNBYTSTR_CONTROLS_API BOOL GetClassInfo(HINSTANCE instance, LPCSTR name, WNDCLASS* windowClass);
+VNBYTSTR_CONTROLS_API BOOL UnregisterClass(LPCSTR name, HINSTANCE instance);
 
-VNBYTSTR_API BOOL IsWindow(HWND window);
-VNBYTSTR_API LRESULT SendMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+VNBYTSTR_CONTROLS_API BOOL IsWindow(HWND window);
+VNBYTSTR_CONTROLS_API LRESULT SendMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 /// The message is handled when the program next waits for events, unless the window is destroyed
 /// before.
-VNBYTSTR_API BOOL PostMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+VNBYTSTR_CONTROLS_API BOOL PostMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 /// The default treatment of a message in a window of a registered or no class.
-VNBYTSTR_API LRESULT DefWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
-VNBYTSTR_API BOOL DestroyWindow(HWND window);
-VNBYTSTR_API HWND GetParent(HWND window);
-VNBYTSTR_API HWND GetDlgItem(HWND window, int id);
-VNBYTSTR_API int GetDlgCtrlID(HWND window);
-VNBYTSTR_API int GetClassName(HWND window, LPSTR buffer, int size);
-VNBYTSTR_API HWND GetFocus();
-VNBYTSTR_API HWND SetFocus(HWND window); ///< null takes it away from the window that has it
-VNBYTSTR_API HWND GetActiveWindow();
-VNBYTSTR_API HWND GetCapture();
-VNBYTSTR_API HWND SetCapture(HWND window);
-VNBYTSTR_API BOOL ReleaseCapture();
-VNBYTSTR_API BOOL EnableWindow(HWND window, BOOL on);
-VNBYTSTR_API BOOL ShowWindow(HWND window, int command);
-VNBYTSTR_API BOOL InvalidateRect(HWND window, LPCRECT rect, BOOL erase);
-VNBYTSTR_API BOOL GetClientRect(HWND window, LPRECT rect);
-VNBYTSTR_API BOOL GetWindowRect(HWND window, LPRECT rect);
-VNBYTSTR_API LONG GetWindowLong(HWND window, int index); ///< GWL_STYLE, GWL_EXSTYLE
-VNBYTSTR_API LONG SetWindowLong(HWND window, int index, LONG value);
-VNBYTSTR_API BOOL MessageBeep(UINT type);
+VNBYTSTR_CONTROLS_API LRESULT DefWindowProc(HWND window, UINT message, WPARAM wParam,
+                                            LPARAM lParam);
+VNBYTSTR_CONTROLS_API BOOL DestroyWindow(HWND window);
+VNBYTSTR_CONTROLS_API HWND GetParent(HWND window);
+VNBYTSTR_CONTROLS_API HWND GetDlgItem(HWND window, int id);
+VNBYTSTR_CONTROLS_API int GetDlgCtrlID(HWND window);
+VNBYTSTR_CONTROLS_API int GetClassName(HWND window, LPSTR buffer, int size);
+VNBYTSTR_CONTROLS_API HWND GetFocus();
+VNBYTSTR_CONTROLS_API HWND
+SetFocus(HWND window); ///< null takes it away from the window that has it
+VNBYTSTR_CONTROLS_API HWND GetActiveWindow();
+VNBYTSTR_CONTROLS_API HWND GetCapture();
+VNBYTSTR_CONTROLS_API HWND SetCapture(HWND window);
+VNBYTSTR_CONTROLS_API BOOL ReleaseCapture();
+VNBYTSTR_CONTROLS_API BOOL EnableWindow(HWND window, BOOL on);
+VNBYTSTR_CONTROLS_API BOOL ShowWindow(HWND window, int command);
+VNBYTSTR_CONTROLS_API BOOL InvalidateRect(HWND window, LPCRECT rect, BOOL erase);
+VNBYTSTR_CONTROLS_API BOOL GetClientRect(HWND window, LPRECT rect);
+VNBYTSTR_CONTROLS_API BOOL GetWindowRect(HWND window, LPRECT rect);
+VNBYTSTR_CONTROLS_API LONG GetWindowLong(HWND window, int index); ///< GWL_STYLE, GWL_EXSTYLE
+VNBYTSTR_CONTROLS_API LONG SetWindowLong(HWND window, int index, LONG value);
+VNBYTSTR_CONTROLS_API BOOL MessageBeep(UINT type);
 
 /// Bit 15 set: the key (VK_*) is down, as far as the messages handled so far tell; bit 0: toggled.
-VNBYTSTR_API short GetKeyState(int key);
+VNBYTSTR_CONTROLS_API short GetKeyState(int key);
 /// Milliseconds, wrapping after 49.7 days (vnbytstr::System's clock).
-VNBYTSTR_API DWORD GetTickCount();
-VNBYTSTR_API BOOL GetCursorPos(LPPOINT point);
-VNBYTSTR_API BOOL SetCursorPos(int x, int y);
+VNBYTSTR_CONTROLS_API DWORD GetTickCount();
+VNBYTSTR_CONTROLS_API BOOL GetCursorPos(LPPOINT point);
+VNBYTSTR_CONTROLS_API BOOL SetCursorPos(int x, int y);
 /// Sets the pointer over the window that is handling a mouse message; returns the previous one.
-VNBYTSTR_API HCURSOR SetCursor(HCURSOR cursor);
-VNBYTSTR_API HCURSOR GetCursor();
+VNBYTSTR_CONTROLS_API HCURSOR SetCursor(HCURSOR cursor);
+VNBYTSTR_CONTROLS_API HCURSOR GetCursor();
 /// The system's pointer of that number (IDC_*); null for an unknown one.
-VNBYTSTR_API HCURSOR LoadCursor(HINSTANCE instance, int id);
+VNBYTSTR_CONTROLS_API HCURSOR LoadCursor(HINSTANCE instance, int id);
 /// Confines the pointer to a rectangle of the screen; null ends that.
-VNBYTSTR_API BOOL ClipCursor(LPCRECT rect);
+VNBYTSTR_CONTROLS_API BOOL ClipCursor(LPCRECT rect);
 /// The rectangle of ClipCursor, else the whole screen.
-VNBYTSTR_API BOOL GetClipCursor(LPRECT rect);
+VNBYTSTR_CONTROLS_API BOOL GetClipCursor(LPRECT rect);
 
-VNBYTSTR_API int GetSystemMetrics(int index); ///< SM_*; 0 for an unknown index
-VNBYTSTR_API COLORREF GetSysColor(int index); ///< COLOR_*; 0 for an unknown index
+VNBYTSTR_CONTROLS_API int GetSystemMetrics(int index); ///< SM_*; 0 for an unknown index
+VNBYTSTR_CONTROLS_API COLORREF GetSysColor(int index); ///< COLOR_*; 0 for an unknown index
 /// The low word: average width of a character of the dialog font; the high word: its height.
-VNBYTSTR_API LONG GetDialogBaseUnits();
+VNBYTSTR_CONTROLS_API LONG GetDialogBaseUnits();
 /// number * numerator / denominator in 64 bits, rounded to the nearest; -1 when that does not fit
 /// or the denominator is 0.
-VNBYTSTR_API int MulDiv(int number, int numerator, int denominator);
+VNBYTSTR_CONTROLS_API int MulDiv(int number, int numerator, int denominator);
 
 /// The clipboard's text, to and from the ANSI code page.
-VNBYTSTR_API BOOL SetClipboardText(LPCSTR text);
-VNBYTSTR_API BOOL GetClipboardText(CString& text);
+VNBYTSTR_CONTROLS_API BOOL SetClipboardText(LPCSTR text);
+VNBYTSTR_CONTROLS_API BOOL GetClipboardText(CString& text);
 
 /// The files of WM_DROPFILES. `index` 0xFFFFFFFF: their number; else copies the name (at most
 /// `size` bytes with the NUL) and returns its length; with a null buffer the length only; 0 when
 /// there is none.
-VNBYTSTR_API UINT DragQueryFile(HDROP drop, UINT index, LPSTR buffer, UINT size);
-VNBYTSTR_API void DragFinish(HDROP drop);
+VNBYTSTR_CONTROLS_API UINT DragQueryFile(HDROP drop, UINT index, LPSTR buffer, UINT size);
+VNBYTSTR_CONTROLS_API void DragFinish(HDROP drop);

@@ -2,15 +2,15 @@
 #pragma once
 
 #include "vnbytstr/framework/Arrays.h"
-#include "vnbytstr/framework/Export.h"
 #include "vnbytstr/framework/String.h"
 #include "vnbytstr/window/CmdTarget.h"
 #include "vnbytstr/window/DC.h"
+#include "vnbytstr/window/Export.h"
 #include "vnbytstr/window/Gdi.h"
 #include "vnbytstr/window/Messages.h"
+#include "vnbytstr/window/QtInterop.h"
 #include "vnbytstr/window/WindowFunctions.h"
 
-class QWidget;
 class CAccessibleTable;
 namespace vnbytstr::detail {
 class Window;
@@ -22,7 +22,7 @@ class Window;
 ///
 /// Everything runs on the program's main thread. Coordinates: see DC.h; a child's position is in its
 /// parent's client coordinates.
-class VNBYTSTR_API CWnd : public CCmdTarget {
+class VNBYTSTR_CONTROLS_API CWnd : public CCmdTarget {
     DECLARE_DYNAMIC(CWnd)
 public:
     CWnd() = default;
@@ -42,8 +42,8 @@ public:
     BOOL CreateEx(DWORD exStyle, LPCTSTR className, LPCTSTR windowName, DWORD style,
                   const RECT& rect, CWnd* parent, UINT id, void* param = nullptr);
     /// A child window inside any widget of a Qt program, which then owns it.
-    BOOL CreateInWidget(QWidget* parent, LPCTSTR className, LPCTSTR windowName, DWORD style,
-                        const RECT& rect, UINT id);
+    BOOL CreateInWidget(vnbytstr::HostWidget* parent, LPCTSTR className, LPCTSTR windowName,
+                        DWORD style, const RECT& rect, UINT id);
     /// May change class, style and position before the window is created; FALSE cancels creation.
     virtual BOOL PreCreateWindow(CREATESTRUCT& create);
     virtual BOOL DestroyWindow();
@@ -59,9 +59,9 @@ public:
     static CWnd* FromHandle(HWND window);
     /// The window's widget, for a Qt program that puts it into a layout; null when there is no window.
     /// A window without a Qt parent may be given one with setParent.
-    QWidget* GetWidget() const;
+    vnbytstr::HostWidget* GetWidget() const;
     /// The window of a widget or of its nearest ancestor that has one; null when none has.
-    static CWnd* FromWidget(const QWidget* widget);
+    static CWnd* FromWidget(const vnbytstr::HostWidget* widget);
 
     // --- messages ----------------------------------------------------------------------------
     LRESULT SendMessage(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const;

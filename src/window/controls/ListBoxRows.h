@@ -1,8 +1,8 @@
 // The rows of a list box: texts, data, selection and heights, apart from any window.
 #pragma once
 
-#include "vnbytstr/framework/Export.h"
 #include "vnbytstr/framework/Types.h"
+#include "vnbytstr/window/Export.h"
 
 #include <cstddef>
 #include <memory>
@@ -17,7 +17,7 @@ namespace vnbytstr::detail {
 /// A row costs 16 bytes and its text with a NUL; 8 more when any row has data, 10 more when any row
 /// has its own height. Adding at the end takes amortised constant time; inserting and removing move
 /// the rows that follow. When memory runs out, std::bad_alloc is thrown and nothing has changed.
-class VNBYTSTR_API ListBoxRows {
+class VNBYTSTR_CONTROLS_API ListBoxRows {
 public:
     int Count() const noexcept { return static_cast<int>(m_rows.size()); }
     bool Has(int row) const noexcept { return row >= 0 && row < Count(); }
