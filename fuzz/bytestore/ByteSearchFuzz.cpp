@@ -11,7 +11,7 @@ using fuzz::Require;
 
 namespace {
 
-constexpr std::size_t kMostText = 4096, kMostPattern = 600;
+constexpr std::size_t kMaxText = 4096, kMaxPattern = 600;
 
 std::string Repeated(fuzz::Input& input, std::size_t most) {
     std::string text;
@@ -44,15 +44,15 @@ std::size_t InPieces(const std::string& text, const std::string& pattern, std::s
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::Input input(data, size);
     const Kernel kernel = AvailableKernels()[input.Byte() % AvailableKernels().size()];
-    const std::size_t from = input.Number() % (kMostText + 2);
+    const std::size_t from = input.Number() % (kMaxText + 2);
     const std::size_t piece = 1 + input.Number() % 700;
-    const auto before = static_cast<DWORD>(CBytePage::m_dwPageSize - input.Number() % kMostText);
-    std::string pattern = Repeated(input, kMostPattern);
-    std::string text = Repeated(input, kMostText);
+    const auto before = static_cast<DWORD>(CBytePage::m_dwPageSize - input.Number() % kMaxText);
+    std::string pattern = Repeated(input, kMaxPattern);
+    std::string text = Repeated(input, kMaxText);
     if (input.Byte() % 2 != 0) // it is there, or nearly
         text += pattern.substr(0, pattern.size() -
                                       std::min<std::size_t>(pattern.size(), input.Byte() % 2));
-    text += input.Rest().substr(0, kMostText);
+    text += input.Rest().substr(0, kMaxText);
 
     const Kernel previous = ForceKernel(kernel);
     const std::size_t expected = text.find(pattern, from);

@@ -122,7 +122,7 @@ public:
     void SkipWord() { m_dwCurrent += 2; }
 
     // --- typed access, big-endian ----------------------------------------------------------------
-    BYTE GetByte(DWORD index);
+    inline BYTE GetByte(DWORD index);
     WORD GetWord(DWORD index);
     DWORD GetDWord(DWORD index);
     LONGLONG GetInt48(DWORD index); ///< 6 bytes, 0 to 2^48 - 1
@@ -149,7 +149,7 @@ public:
     // --- appending -------------------------------------------------------------------------------
     /// Appends `count` bytes. Cause 6 when the length would pass 4 GiB - 1.
     void Concat(const BYTE* bytes, DWORD count);
-    void ConcatByte(BYTE value);
+    inline void ConcatByte(BYTE value);
     void ConcatWord(WORD value);
     void Concat(CByteStore& source);
     void Concat(const CByteStream& source);
@@ -365,7 +365,7 @@ private:
     void NoteOnFile(DWORD number, std::span<const BYTE> written);
     void NoteNotOnFile(DWORD number) noexcept;
     void GrowPageTable(DWORD length);
-    BYTE* Touch(CBytePage* page);
+    inline BYTE* Touch(CBytePage* page);
     void StampNow(CBytePage* page);
     void EndRun() const noexcept;
     BYTE GetByteSlow(DWORD index);

@@ -91,14 +91,14 @@ public:
 
     DWORD GetCurrentOffset() const { return m_pStore ? m_pStore->GetCurrentOffset() : m_dwCurrent; }
     DWORD GetCO() const { return GetCurrentOffset(); }
-    void SetCurrentOffset(DWORD index);
+    inline void SetCurrentOffset(DWORD index);
     DWORD GetRemaining() const { return GetLength() - GetCurrentOffset(); }
     void Skip(DWORD count) { SetCurrentOffset(GetCurrentOffset() + count); }
     void SkipByte() { Skip(1); }
     void SkipWord() { Skip(2); }
 
     // --- typed access, big-endian ----------------------------------------------------------------
-    BYTE GetByte(DWORD index) const;
+    inline BYTE GetByte(DWORD index) const;
     WORD GetWord(DWORD index) const;
     DWORD GetDWord(DWORD index) const;
     LONGLONG GetInt48(DWORD index) const; ///< 6 bytes, 0 to 2^48 - 1
@@ -130,7 +130,7 @@ public:
     void Concat(const CByteStream& source);
     void Concat(CByteStore& source);
     void Concat(const char* hex) { CopyFromHex(GetLength(), hex); }
-    void ConcatByte(BYTE value);
+    inline void ConcatByte(BYTE value);
     void ConcatWord(WORD value);
     /// In memory: adds `count` real bytes, zero in new memory, otherwise what the buffer held
     /// there. In a store: accounts for `count` bytes never held, as CByteStore::Concat(DWORD) does.

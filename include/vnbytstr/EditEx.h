@@ -1,5 +1,5 @@
-// CEditEx, an edit control for one kind of value, and CBrowser, which lets the user choose a file or
-// folder for it.
+// CEditEx, an edit control for one kind of value, and CBrowser, which lets the user choose a file
+// or folder for it.
 #pragma once
 
 #include "vnbytstr/framework/String.h"
@@ -26,8 +26,8 @@ private:
     int m_nType;
 };
 
-/// An edit control with a type: 0 is an integer, 3 text with a browse button at its right, any other
-/// value plain text. Typing into an integer is limited to digits, signs and the characters of
+/// An edit control with a type: 0 is an integer, 3 text with a browse button at its right, any
+/// other value plain text. Typing into an integer is limited to digits, signs and the characters of
 /// SetOtherCharacters; text that is pasted or set is not checked.
 ///
 /// Spinner and browse button are siblings of the control at its right edge. ShowAll and PlaceAll

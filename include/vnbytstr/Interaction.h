@@ -21,16 +21,15 @@ public:
     /// Opens `file` (a document, a folder, a program or an address with its scheme) and does not
     /// wait. `verb` is "open" or null. `parameters` (null: none) are a program's arguments,
     /// separated by blanks; one that holds blanks stands in double quotes, and a double quote in
-    /// one is \".
-    /// `folder` (null: this process's) is the working folder. `show` is an SW_ value. No shell
-    /// reads any of it. Returns more than 32 when it was started, else a ShellError.
+    /// one is \". `folder` (null: this process's) is the working folder. `show` is an SW_ value. No
+    /// shell reads any of it. Returns more than 32 when it was started, else a ShellError.
     virtual int ShellExecute(const char* verb, const char* file, const char* parameters,
                              const char* folder, int show) = 0;
 
     /// The one in use. Safe from every thread.
     static Interaction& Current() noexcept;
     /// Makes `interaction` current (null: the console again) and returns the one before, null for
-    /// the console. The object stays the caller's and must outlive its use.
+    /// the console. The caller keeps the object, which must outlive its use.
     static Interaction* Install(Interaction* interaction) noexcept;
 };
 

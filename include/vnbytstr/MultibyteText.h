@@ -64,10 +64,10 @@ VNBYTSTR_API void MakeStringLower(CString& text);
 VNBYTSTR_API CString MakeStringUpper(const CString& text);
 VNBYTSTR_API CString MakeStringLower(const CString& text);
 
-/// Whether a byte may stand in an identifier, by its character's type words: letters, syllables and ideographs may; digits, symbols (@ # $
-/// and _ among them), marks and control characters may not. It is no test of a whole name, where
-/// some of these may follow the first character. A byte that is no character by itself (a lead
-/// byte; in UTF-8 one of 0x80 and above) may not.
+/// Whether a byte may stand in an identifier, by its character's type words: letters, syllables and
+/// ideographs may; digits, symbols (@ # $ and _ among them), marks and control characters may not.
+/// It is no test of a whole name, where some of these may follow the first character. A byte that
+/// is no character by itself (a lead byte; in UTF-8 one of 0x80 and above) may not.
 VNBYTSTR_API bool IsValidIdentifierChar(char character);
 
 /// The text without one pair of quotes around it, both ' or both "; any other text unchanged.

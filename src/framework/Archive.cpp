@@ -1,9 +1,8 @@
 // Invariants of an archive:
-//  1. m_buffer has m_size bytes, 0 once the archive has let the file go.
+//  1. m_buffer has m_size bytes, 0 once the file is detached.
 //  2. Storing: m_current <= m_size, m_end is 0; the bytes below m_current are not in the file yet.
 //  3. Loading: m_current <= m_end <= m_size; the bytes between are the next ones, and the file
-//  stands
-//     right after them.
+//     stands right after them.
 #include "vnbytstr/framework/Archive.h"
 
 #include "vnbytstr/framework/Exception.h"

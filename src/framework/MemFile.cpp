@@ -1,6 +1,6 @@
 // Invariants of a file in memory:
-//  1. m_block has m_room bytes; it is null when m_room is 0, unless the caller attached an empty
-//  block.
+//  1. m_block has m_room bytes; it is null when m_room is 0, unless the caller attached an
+//     empty block.
 //  2. m_length <= m_room; the bytes below m_length are the content.
 //  3. m_position may lie anywhere; the bytes between m_length and a write past it become zero then.
 #include "vnbytstr/framework/MemFile.h"

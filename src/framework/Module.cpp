@@ -33,7 +33,7 @@ CString AfxGetAppName() {
 
 void AfxFormatStrings(CString& out, const char* format, const char* const* texts, int count) {
     CString result;
-    // A digit and a percent sign are never a part of a longer character, nor is a digit behind one.
+    // Neither a percent sign nor the digit after it is ever part of a longer character.
     for (const char* p = format != nullptr ? format : ""; *p != '\0'; ++p) {
         if (p[0] != '%' || p[1] < '1' || p[1] > '9') {
             result += *p;

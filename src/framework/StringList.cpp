@@ -1,8 +1,7 @@
 // Invariants of the list:
 //  1. m_head and m_tail are both null when m_count is 0, and neither is otherwise.
 //  2. From m_head, m_count steps along m_next reach m_tail, whose m_next is null; each node's
-//  m_previous
-//     is the node before it, null for m_head.
+//     m_previous is the node before it, null for m_head.
 //  3. A POSITION is the address of a node, or null.
 #include "vnbytstr/framework/StringList.h"
 

@@ -92,8 +92,8 @@ int CListBoxEx::SendJoined(UINT message, int row, LPCTSTR first, std::va_list re
         if (value != nullptr)
             text.append(value);
     }
-    // A row at the end moves no per-row data, so WindowProc is skipped, which matters with a million
-    // rows.
+    // A row at the end moves no per-row data, so WindowProc is skipped, which matters with a
+    // million rows.
     const bool isPlainAdd = message == LB_ADDSTRING && (GetStyle() & LBS_SORT) == 0;
     const auto at = static_cast<WPARAM>(static_cast<std::intptr_t>(row));
     const auto string = reinterpret_cast<LPARAM>(text.c_str());

@@ -159,10 +159,10 @@ std::string PowerCutSystem::Relative(const std::string& name) const {
 void PowerCutSystem::ForEachCut(
     const Moment& moment,
     const std::function<void(const Disk& disk, const std::string& what)>& visit) {
-    constexpr std::size_t kMostChosen = 4; // files whose fates are chosen one by one
+    constexpr std::size_t kMaxChosen = 4; // files whose fates are chosen one by one
     std::vector<FileId> dirty;
     for (const auto& [id, file] : moment.files) {
-        if (file.now != file.synced && *file.now != *file.synced && dirty.size() < kMostChosen)
+        if (file.now != file.synced && *file.now != *file.synced && dirty.size() < kMaxChosen)
             dirty.push_back(id);
     }
     std::size_t fates = 1;

@@ -1,5 +1,5 @@
-// Conversion of files to UTF-8: ICU, called directly, is the oracle of the text. What becomes of the
-// file when calls fail is with the other saves in tests/durability.
+// Conversion of files to UTF-8: ICU, called directly, is the oracle of the text. What becomes of
+// the file when calls fail is with the other saves in tests/durability.
 #include "src/charset/CodePage.h"
 #include "src/text/AnsiToUtf8.h"
 #include "tests/support/TemporaryFolder.h"

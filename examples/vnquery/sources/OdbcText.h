@@ -13,8 +13,8 @@ namespace vnquery {
 /// UTF-16 with a terminating zero, for ODBC's functions that end in W.
 std::vector<SQLWCHAR> ToWide(std::string_view text);
 std::string FromWide(const SQLWCHAR* text, std::size_t count);
-/// The text that an ODBC function has put into a buffer; `units` is its length as the function tells
-/// it, which may be more than the buffer holds, or negative.
+/// The text that an ODBC function has put into a buffer; `units` is its length as the function
+/// tells it, which may be more than the buffer holds, or negative.
 template <std::size_t Size>
 std::string FromBuffer(const SQLWCHAR (&buffer)[Size], SQLLEN units) {
     return FromWide(buffer, static_cast<std::size_t>(

@@ -87,7 +87,8 @@ protected:
     DECLARE_MESSAGE_MAP()
 
 private:
-    /// Loads the file that was dropped on the current cell; posted by the drop to be handled after it.
+    /// Loads the file that was dropped on the current cell; posted by the drop to be handled after
+    /// it.
     static constexpr UINT kWmLoadDropped = WM_APP + 1;
 
     bool RefuseEdit(ReadOnlyReason reason);

@@ -13,8 +13,8 @@
 /// on every machine.
 ///
 /// Errors are thrown: CArchiveException with cause readOnly (writing to an archive opened for
-/// loading), writeOnly (the other way round), endOfFile (less there than asked for; what the caller
-/// passed to be read into is untouched, the position undefined), badSchema and badIndex (a string
+/// loading), writeOnly (the other way round), endOfFile (fewer bytes than asked for; the variable
+/// to be read is unchanged, the position undefined), badSchema and badIndex (a string
 /// in a form this library does not write); what the file throws passes through. After a failed
 /// write what reached the file is undefined: Abort the archive. One archive, one thread at a time.
 class VNBYTSTR_API CArchive {
@@ -25,8 +25,8 @@ public:
         bNoFlushOnDelete = 2 ///< with store: the destructor writes nothing
     };
 
-    /// Works on `file`, which stays the caller's and must be open and outlive the archive's use.
-    /// `bufferSize` is in bytes. The buffer is `buffer`, which stays the caller's, or one made here
+    /// Works on `file`, which the caller owns and which must be open and outlive the archive's use.
+    /// `bufferSize` is in bytes. The buffer is `buffer`, which the caller owns, or one made here
     /// when that is null or smaller than 128 bytes. A null file throws CInvalidArgException.
     CArchive(CFile* file, UINT mode, int bufferSize = 4096, void* buffer = nullptr);
     /// As Close unless bNoFlushOnDelete is set; but an error is lost, and nothing is written after
@@ -46,10 +46,10 @@ public:
     /// Storing: writes what is buffered to the file. Loading: forgets what is buffered and moves
     /// the file back to the archive's position.
     void Flush();
-    /// Flushes and lets the file go (without closing it); nothing when that has been done. After an
-    /// error the archive still has the file.
+    /// Flushes and detaches the file (without closing it); does nothing the second time. After an
+    /// error the file stays attached.
     void Close();
-    /// Lets the file go without writing; throws nothing.
+    /// Detaches the file without writing; throws nothing.
     void Abort() noexcept;
 
     CArchive& operator<<(BYTE value) { return Put(value); }
@@ -57,7 +57,7 @@ public:
     CArchive& operator<<(WORD value) { return Put(value); }
     CArchive& operator<<(short value) { return Put(value); }
     CArchive& operator<<(DWORD value) { return Put(value); }
-    CArchive& operator<<(LONG value) { return Put(value); } // int, too
+    CArchive& operator<<(LONG value) { return Put(value); } ///< int, too
     CArchive& operator<<(ULONGLONG value) { return Put(value); }
     CArchive& operator<<(LONGLONG value) { return Put(value); }
     CArchive& operator<<(float value) { return Put(std::bit_cast<DWORD>(value)); }
@@ -141,8 +141,8 @@ private:
     UINT m_mode;
     std::unique_ptr<BYTE[]> m_own;
     BYTE* m_buffer = nullptr;
-    UINT m_size = 0;    // of the buffer
-    UINT m_current = 0; // next place in it to write or to read
-    UINT m_end = 0;     // loading: where what was read ends
+    UINT m_size = 0;    ///< of the buffer
+    UINT m_current = 0; ///< next place in it to write or to read
+    UINT m_end = 0;     ///< loading: end of what was read
     bool m_failed = false;
 };

@@ -16,8 +16,8 @@ namespace vnbytstr::detail {
 /// What all arrays share. An array of pointers does not own what they point to.
 ///
 /// Sizes and counts are in elements; indexes count from 0. An index that names no element, and a
-/// negative size or count, throws CInvalidArgException; memory that cannot be had throws
-/// CMemoryException. Either leaves the array as it was. References and the pointer of GetData stay
+/// negative size or count, throws CInvalidArgException; when memory runs out, CMemoryException is
+/// thrown. Either leaves the array as it was. References and the pointer of GetData stay
 /// valid until the size changes. One array, one thread at a time.
 template <class T>
 class VNBYTSTR_API ArrayBase : public CObject {
@@ -25,14 +25,14 @@ public:
     int GetSize() const noexcept { return static_cast<int>(m_elements.size()); }
     int GetCount() const noexcept { return GetSize(); }
     bool IsEmpty() const noexcept { return m_elements.empty(); }
-    /// The last index; -1 when there is none.
+    /// The last index; -1 when the array is empty.
     int GetUpperBound() const noexcept { return GetSize() - 1; }
     /// Cuts the array, or lengthens it with zero, null or empty elements. `growBy`, unless -1, is
-    /// the least number of elements to make room for when the array grows later; by itself it grows
-    /// to twice its room.
+    /// the least number of elements to add room for when the array grows later; without it the
+    /// capacity doubles.
     void SetSize(int size, int growBy = -1);
 
-    /// Gives memory back that the elements do not need.
+    /// Frees memory that the elements do not need.
     void FreeExtra() {
         WithMemoryException([&] { m_elements.shrink_to_fit(); });
     }
@@ -43,7 +43,7 @@ public:
     void SetAt(int index, T value) { m_elements[Checked(index)] = std::move(value); }
     const T& operator[](int index) const { return m_elements[Checked(index)]; }
     T& operator[](int index) { return m_elements[Checked(index)]; }
-    /// The elements one after the other; may be null when there are none.
+    /// The elements, contiguous; may be null when the array is empty.
     const T* GetData() const noexcept { return m_elements.data(); }
     T* GetData() noexcept { return m_elements.data(); }
 
@@ -174,12 +174,12 @@ void ArrayBase<T>::RemoveAt(int index, int count) {
 
 } // namespace vnbytstr::detail
 
-/// Array of pointers to objects; it does not own them.
+/// Array of pointers to objects, which it does not own.
 class VNBYTSTR_API CObArray : public vnbytstr::detail::ArrayBase<CObject*> {
     DECLARE_DYNAMIC(CObArray)
 };
 
-/// Array of pointers to anything; it does not own them.
+/// Array of pointers to anything, which it does not own.
 class VNBYTSTR_API CPtrArray : public vnbytstr::detail::ArrayBase<void*> {
     DECLARE_DYNAMIC(CPtrArray)
 };

@@ -23,10 +23,10 @@ public:
     /// Frees the exception; the catcher calls it when it does not rethrow.
     void Delete();
 
-    /// Writes a text for people into `buffer` (at most `size` bytes with the terminating NUL, cut
-    /// between two UTF-8 characters when it is longer) and the help context, 0 when there is none,
+    /// Writes a text to show into `buffer` (at most `size` bytes with the terminating NUL, cut
+    /// between two UTF-8 characters when it is longer) and the help context, 0 for none,
     /// into `*helpContext` when that is not null. Returns FALSE, with an empty text, when there is
-    /// nothing to say (the root and CUserException: whoever stopped the operation knows), and FALSE
+    /// nothing to say (the root, and CUserException: the user knows), and FALSE
     /// without a buffer.
     virtual BOOL GetErrorMessage(char* buffer, UINT size, UINT* helpContext = nullptr) const;
 
@@ -51,7 +51,7 @@ public:
     BOOL GetErrorMessage(char* buffer, UINT size, UINT* helpContext = nullptr) const override;
 };
 
-/// The person, or a program in the person's name, stopped the operation.
+/// The user, or a program on the user's behalf, cancelled the operation.
 class VNBYTSTR_API CUserException : public CException {
     DECLARE_DYNAMIC(CUserException)
 public:
@@ -81,7 +81,7 @@ public:
     };
 
     /// `cause` is one of the values above, `osError` the system's own error number (an errno value
-    /// here, -1 when there is none), `fileName` the file it happened to (copied; may be null).
+    /// here, -1 for none), `fileName` the file it happened to (copied; may be null).
     explicit CFileException(int cause = none, LONG osError = -1, const char* fileName = nullptr)
         : m_cause(cause), m_lOsError(osError), m_strFileName(fileName) {}
 

@@ -16,7 +16,7 @@ struct VNBYTSTR_API CFileStatus {
     CString m_szFullName; ///< with its folder
 };
 
-/// An open file, read and written through vnbytstr::System::Current(). Names are byte strings in
+/// An open file. Names are byte strings in
 /// the file system's own encoding.
 ///
 /// Positions and lengths are those of a file of at most 4 GiB - 1; one that is longer, or a
@@ -35,12 +35,12 @@ public:
         modeRead = 0x0000,
         modeWrite = 0x0001,
         modeReadWrite = 0x0002,
-        /// Other openers are not kept out (shareCompat as well as shareDenyNone).
+        /// Others may open the file (shareCompat as well as shareDenyNone).
         shareCompat = 0x0000,
-        /// The other share modes take the file's advisory lock: an exclusive one, but for reading
-        /// with shareDenyWrite a shared one. They keep each other out, of this program and of
-        /// others, with cause sharingViolation; openers with shareCompat or shareDenyNone do not
-        /// look. Where the file system has no locks they do nothing.
+        /// The other share modes take the file's advisory lock: an exclusive one, or a shared one
+        /// for reading with shareDenyWrite. A lock that this program or another one holds gives
+        /// cause sharingViolation; shareCompat and shareDenyNone ignore locks. Where the file
+        /// system has no locks these modes do nothing.
         shareExclusive = 0x0010,
         shareDenyWrite = 0x0020,
         shareDenyRead = 0x0030,
@@ -54,12 +54,13 @@ public:
         /// Accepted without effect: bytes are never translated.
         typeText = 0x4000,
         typeBinary = 0x8000,
-        /// With modeCreate: fails with EEXIST (accessDenied) when the name is taken, be it by a
+        /// With modeCreate: fails with EEXIST (accessDenied) when the name is taken, even by a
         /// symbolic link that points nowhere. Extension.
         modeExclusive = 0x20000,
         /// A temporary file for this user alone, that is marked and locked while it is open, so
-        /// that the sweep of dead processes' files can tell. Never through a symbolic link. When
-        /// the sweep was faster the open fails with EEXIST: take another name. Extension.
+        /// that the sweep of files left by dead processes leaves it alone. Never through a symbolic
+        /// link. When a sweep takes it while it is made, the open fails with EEXIST: take another
+        /// name. Extension.
         modeScratch = 0x40000,
     };
     enum Attribute { normal = 0x00, readOnly = 0x01, directory = 0x10 };
@@ -69,7 +70,7 @@ public:
     static constexpr vnbytstr::FileHandle hFileNull = vnbytstr::kNoFile;
 
     CFile() = default;
-    /// Works on a handle of the caller's, which this object does not close unless Close is called.
+    /// Works on a handle that the caller owns; this object closes it only when Close is called.
     explicit CFile(vnbytstr::FileHandle handle) : m_hFile(handle) {}
     /// As Open; throws when that fails.
     CFile(const char* name, UINT flags);
@@ -117,7 +118,7 @@ public:
     virtual CString GetFilePath() const { return m_strFileName; }
     /// Sets the name that messages and GetFilePath give; the file itself keeps its own.
     virtual void SetFilePath(const char* name) { m_strFileName = name; }
-    /// Status of the open file. FALSE when it cannot be had.
+    /// Status of the open file. FALSE when the system does not give it.
     virtual BOOL GetStatus(CFileStatus& status) const;
 
     /// Status of a name (of what a symbolic link points to). FALSE when there is no such file.

@@ -5,8 +5,8 @@
 
 namespace vnbytstr {
 
-/// An open file. A value of the system's own (a descriptor on POSIX): files are read, written, moved in
-/// and closed by CFile. kNoFile is never an open one.
+/// An open file. A value of the system's own (a descriptor on POSIX): files are read, written,
+/// moved in and closed by CFile. kNoFile is never an open one.
 using FileHandle = std::intptr_t;
 inline constexpr FileHandle kNoFile = -1;
 

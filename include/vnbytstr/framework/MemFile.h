@@ -4,8 +4,8 @@
 #include "vnbytstr/framework/File.h"
 
 /// A file whose content is one block of memory that grows. It behaves as CFile does, with lengths
-/// and positions to 4 GiB - 1; memory that cannot be had throws CMemoryException and leaves content
-/// and position as they were.
+/// and positions to 4 GiB - 1. When memory runs out, CMemoryException is thrown, and content and
+/// position are unchanged.
 class VNBYTSTR_API CMemFile : public CFile {
     DECLARE_DYNAMIC(CMemFile)
 public:
@@ -19,11 +19,11 @@ public:
     /// Uses the caller's block of `size` bytes, dropping what the file had. With `growBytes` 0 the
     /// block is the file's content, and writing past it throws CMemoryException. Else the file is
     /// empty, `size` bytes are room, and the block, which must come from malloc (or from the
-    /// override of Alloc), is reallocated when the file grows. The block stays the caller's: call
+    /// override of Alloc), is reallocated when the file grows. The caller keeps the block: call
     /// Detach to get it back.
     void Attach(BYTE* buffer, UINT size, UINT growBytes = 0);
-    /// Gives the block to the caller, who frees it (free, or the override of Free); null when there
-    /// is none. The file is then empty and cannot grow until the next Attach.
+    /// Gives the block to the caller, who frees it (free, or the override of Free); null when the
+    /// file has no block. The file is then empty and cannot grow until the next Attach.
     BYTE* Detach();
 
     /// Refused: a file in memory has no name. FALSE, cause genericException.

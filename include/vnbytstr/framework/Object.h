@@ -74,7 +74,7 @@ public:                                                                         
     DECLARE_DYNAMIC(class_name)                                                                    \
     static CObject* CreateObject();
 
-// A class name in parentheses is none.
+// A class name in parentheses would not be one.
 // NOLINTBEGIN(bugprone-macro-parentheses)
 #define IMPLEMENT_DYNCREATE(class_name, base_class_name)                                           \
     CObject* class_name::CreateObject() { return new class_name; }                                 \

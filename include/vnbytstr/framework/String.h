@@ -44,7 +44,7 @@ VNBYTSTR_API extern EmptyStringBlock emptyString;
 /// Upper and lower case, and white space, are those of ASCII here, whatever the code page; other
 /// bytes are left as they are. A character of several bytes is several bytes to all functions.
 ///
-/// Errors: a length that would pass INT_MAX, or memory that cannot be had, throws CMemoryException
+/// Errors: a length that would pass INT_MAX, or a lack of memory, throws CMemoryException
 /// and leaves the string as it was. Indexes and counts out of range are defined for each function;
 /// none reads or writes out of bounds.
 ///
@@ -99,12 +99,12 @@ public:
 
     /// The characters with a terminating NUL; valid until the string changes or ends.
     operator const char*() const noexcept { return m_data; }
-    /// The byte at `index`; NUL when there is none.
+    /// The byte at `index`; NUL past the end.
     char GetAt(int index) const noexcept {
         return static_cast<UINT>(index) < static_cast<UINT>(GetLength()) ? m_data[index] : '\0';
     }
     char operator[](int index) const noexcept { return GetAt(index); }
-    /// Changes the byte at `index`; CInvalidArgException when there is none.
+    /// Changes the byte at `index`; CInvalidArgException past the end.
     void SetAt(int index, char ch);
 
     CString& operator+=(const CString& other) {
@@ -161,8 +161,8 @@ public:
     void TrimRight(char ch);
     void TrimRight(const char* set);
 
-    /// Index of the first `ch` at or after `from`; -1 when there is none. A negative `from` counts
-    /// as 0; past the end nothing is found. NUL is found where the text ends.
+    /// Index of the first `ch` at or after `from`; -1 when it is not found. A negative `from`
+    /// counts as 0; past the end nothing is found. NUL is found where the text ends.
     int Find(char ch, int from = 0) const noexcept;
     /// As above for a text; an empty one is found at `from`.
     int Find(const char* text, int from = 0) const noexcept;
@@ -201,7 +201,7 @@ public:
     /// Ends the use of the buffer and sets the length; -1 (or any negative value): up to the first
     /// NUL. A length that passes the buffer is cut to it.
     void ReleaseBuffer(int length = -1);
-    /// Gives memory back that the string does not need.
+    /// Frees memory that the string does not need.
     void FreeExtra();
 
 private:

@@ -4,7 +4,7 @@
 #include "vnbytstr/framework/Object.h"
 #include "vnbytstr/framework/String.h"
 
-/// A place in a list, or the next entry of a map. Null means there is none.
+/// A place in a list; null means no place.
 struct CollectionPosition;
 using POSITION = CollectionPosition*;
 
@@ -55,10 +55,10 @@ public:
     POSITION InsertBefore(POSITION position, CString text);
     POSITION InsertAfter(POSITION position, CString text);
 
-    /// Position of the first string equal to `text`, looked for after `startAfter` (null: from the
-    /// head); null when there is none.
+    /// Position of the first string equal to `text` after `startAfter` (null: from the head); null
+    /// when no string is equal.
     POSITION Find(const char* text, POSITION startAfter = nullptr) const noexcept;
-    /// Position of the string with that index from 0; null when there is none.
+    /// Position of the string at an index, from 0; null when the list is shorter.
     POSITION FindIndex(int index) const noexcept;
 
 private:

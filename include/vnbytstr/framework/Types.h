@@ -1,6 +1,7 @@
-// The framework's scalar types, with the same widths on every platform; the one place that has them.
-// On Windows they are the system's own, so that a program may include <windows.h> before or after.
-// A 32-bit unsigned value is a DWORD: `unsigned long` has 64 bits elsewhere and is used nowhere.
+// The framework's scalar types, with the same widths on every platform; the one place that has
+// them. On Windows they are the system's own, so that a program may include <windows.h> before or
+// after. A 32-bit unsigned value is a DWORD: `unsigned long` has 64 bits elsewhere and is used
+// nowhere.
 #pragma once
 
 #include "vnbytstr/framework/Export.h"

@@ -45,6 +45,7 @@ public:
 
 /// What changed in a table.
 enum class AccessibleChange { Rows, Columns, Sort, Selection, Focus, CellText };
-/// Tells screen readers that something changed in the table of `window`. Cheap when no screen reader runs.
+/// Tells screen readers that something changed in the table of `window`. Cheap when no screen
+/// reader runs.
 VNBYTSTR_CONTROLS_API void NotifyAccessibility(HWND window, AccessibleChange change, int row = -1,
                                                int column = -1);

@@ -47,8 +47,8 @@ VNBYTSTR_CONTROLS_API void PostQuitMessage(int exitCode);
 /// Whether this process can open windows: there is a display, or a Qt platform is chosen
 /// (QT_QPA_PLATFORM). Without, AfxInitWindows would end the process with Qt's message.
 VNBYTSTR_CONTROLS_API BOOL AfxCanOpenWindows();
-/// Creates the Qt application object unless there is one. `argc` and `argv` (may be null) are those of
-/// main and must live as long as the program.
+/// Creates the Qt application object unless there is one. `argc` and `argv` (may be null) are those
+/// of main and must live as long as the program.
 VNBYTSTR_CONTROLS_API void AfxInitWindows(int* argc = nullptr, char** argv = nullptr);
 /// Handles messages for that long; 0: only those that are waiting.
 VNBYTSTR_CONTROLS_API void AfxPumpMessages(int milliseconds = 50);

@@ -73,7 +73,8 @@ protected:
     CCmdTarget() = default;
     virtual const AFX_MSGMAP* GetMessageMap() const;
     static const AFX_MSGMAP* GetThisMessageMap();
-    /// The first entry for the message in the maps of this class and its bases; null when there is none.
+    /// The first entry for the message in the maps of this class and its bases; null when there is
+    /// none.
     const AFX_MSGMAP_ENTRY* FindMessageEntry(UINT message, int code, UINT id) const;
 };
 

@@ -73,12 +73,13 @@ public:
     /// As FindString, and selects it.
     int SelectString(int after, LPCTSTR beginning);
     int GetCurSel() const;
-    /// Selects an item and shows it in the field; -1 selects nothing and empties the field. Sends no
-    /// notification.
+    /// Selects an item and shows it in the field; -1 selects nothing and empties the field. Sends
+    /// no notification.
     int SetCurSel(int index);
     std::uintptr_t GetItemData(int index) const;
     int SetItemData(int index, std::uintptr_t data);
-    /// Makes room for that many more items; `bytes` is not needed. Returns how many there is room for.
+    /// Makes room for that many more items; `bytes` is not needed. Returns how many there is room
+    /// for.
     int InitStorage(int items, UINT bytes);
 
     BOOL LimitText(int bytes); ///< as CEdit::LimitText

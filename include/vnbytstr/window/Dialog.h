@@ -64,8 +64,8 @@ public:
     virtual int DoModal();
     void EndDialog(int result);
 
-    /// Called when the controls have been created. TRUE: give the focus to the first control; FALSE:
-    /// leave it where it is.
+    /// Called when the controls have been created. TRUE: give the focus to the first control;
+    /// FALSE: leave it where it is.
     virtual BOOL OnInitDialog();
     virtual void OnOK();     ///< EndDialog(IDOK); a dialog made with CreateIndirect is hidden
     virtual void OnCancel(); ///< EndDialog(IDCANCEL), likewise
@@ -111,6 +111,6 @@ private:
     BOOL m_ended = FALSE;
 };
 
-/// Handles a keyboard message among the children of any window as a dialog does: Tab, arrows, Enter,
-/// Escape, letters with Alt. TRUE: handled.
+/// Handles a keyboard message among the children of any window as a dialog does: Tab, arrows,
+/// Enter, Escape, letters with Alt. TRUE: handled.
 VNBYTSTR_CONTROLS_API BOOL IsDialogMessage(HWND dialog, MSG* message);

@@ -1,9 +1,9 @@
 // CEdit, the system's edit control: one line, or several with ES_MULTILINE.
 //
-// Every function also has its EM_ or WM_ message, for a window of the class "EDIT". Text is in the ANSI
-// code page, and positions, lengths and limits count its bytes, line breaks included. A position
-// inside a character counts as the character's beginning. Lines count from 0; they are those that
-// the line breaks make, however they are wrapped on the screen.
+// Every function also has its EM_ or WM_ message, for a window of the class "EDIT". Text is in the
+// ANSI code page, and positions, lengths and limits count its bytes, line breaks included. A
+// position inside a character counts as the character's beginning. Lines count from 0; they are
+// those that the line breaks make, however they are wrapped on the screen.
 //
 // A text is returned byte for byte as it was set until it is edited. A typed line break is of the
 // kind that comes first in the text set last (CR LF, LF or CR; CR LF when that text has no break);
@@ -62,13 +62,14 @@ public:
     virtual BOOL Create(DWORD style, const RECT& rect, CWnd* parent, UINT id);
     using CWnd::Create;
 
-    /// The selection; `first` and `end` are equal when nothing is selected. The cursor is at `end` unless
-    /// the user selected backwards.
+    /// The selection; `first` and `end` are equal when nothing is selected. The cursor is at `end`
+    /// unless the user selected backwards.
     void GetSel(int& first, int& end) const;
     DWORD GetSel() const; ///< as MAKELONG; positions past 65535 do not fit
     /// Selects and puts the cursor at `end`. (0, -1): everything; first -1: nothing.
     void SetSel(int first, int end, BOOL noScroll = FALSE);
-    /// Replaces the selection; the limit does not apply. Undo can revert it unless `canUndo` is FALSE.
+    /// Replaces the selection; the limit does not apply. Undo can revert it unless `canUndo` is
+    /// FALSE.
     void ReplaceSel(LPCTSTR text, BOOL canUndo = FALSE);
     void Clear(); ///< deletes the selection
     void Cut();

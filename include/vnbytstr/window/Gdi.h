@@ -119,7 +119,8 @@ public:
     /// `tenths` of a point; an empty face is the default one.
     BOOL CreatePointFont(int tenths, LPCTSTR face);
 
-    /// The object for a handle; null for null. The window layer owns it until the handle is deleted.
+    /// The object for a handle; null for null. The window layer owns it until the handle is
+    /// deleted.
     static CFont* FromHandle(HFONT font);
 };
 

@@ -104,7 +104,8 @@ public:
     int FindString(int after, LPCTSTR beginning) const;
     int FindStringExact(int after, LPCTSTR text) const;
     int SelectString(int after, LPCTSTR beginning);
-    /// Makes room for that many more rows; `bytes` is not needed. Returns how many there is room for.
+    /// Makes room for that many more rows; `bytes` is not needed. Returns how many there is room
+    /// for.
     int InitStorage(int rows, UINT bytes);
 
     /// Draw and measure a row of an owner-draw list box; the base does nothing.
@@ -128,8 +129,8 @@ VNBYTSTR_CONTROLS_API int ListBoxAddRows(HWND list, LPCSTR texts, std::size_t by
 /// selection go along; caret and current row stay with their row; the view stays where it is. FALSE
 /// when `order` is no permutation of the rows (nothing changed).
 VNBYTSTR_CONTROLS_API BOOL ListBoxReorder(HWND list, std::span<const DWORD> order);
-/// How many pixels a list that scrolls horizontally (WS_HSCROLL, LB_SETHORIZONTALEXTENT) hides at its
-/// left; 0 for any other window. In a mirrored list: at its right.
+/// How many pixels a list that scrolls horizontally (WS_HSCROLL, LB_SETHORIZONTALEXTENT) hides at
+/// its left; 0 for any other window. In a mirrored list: at its right.
 VNBYTSTR_CONTROLS_API int ListBoxSideShift(HWND list);
 /// Scrolls it horizontally, within its extent.
 VNBYTSTR_CONTROLS_API void ListBoxSetSideShift(HWND list, int pixels);

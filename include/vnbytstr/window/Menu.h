@@ -27,8 +27,8 @@ inline constexpr UINT TPM_RIGHTALIGN = 0x0008;
 inline constexpr UINT TPM_NONOTIFY = 0x0080;
 inline constexpr UINT TPM_RETURNCMD = 0x0100;
 
-/// A menu. The destructor destroys it, unless it has become a popup of another menu or the menu of a
-/// window; these then own it.
+/// A menu. The destructor destroys it, unless it has become a popup of another menu or the menu of
+/// a window; these then own it.
 class VNBYTSTR_CONTROLS_API CMenu : public CObject {
     DECLARE_DYNAMIC(CMenu)
 public:

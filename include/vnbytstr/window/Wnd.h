@@ -20,8 +20,8 @@ class Window;
 /// DestroyWindow, or the destruction of its parent, destroys it and leaves the object; the object's
 /// destructor destroys the window. PostNcDestroy is the place for `delete this`.
 ///
-/// Everything runs on the program's main thread. Coordinates: see DC.h; a child's position is in its
-/// parent's client coordinates.
+/// Everything runs on the program's main thread. Coordinates: see DC.h; a child's position is in
+/// its parent's client coordinates.
 class VNBYTSTR_CONTROLS_API CWnd : public CCmdTarget {
     DECLARE_DYNAMIC(CWnd)
 public:
@@ -57,8 +57,8 @@ public:
     /// The object attached to a window, else a temporary one that lives as long as the window; null
     /// for null.
     static CWnd* FromHandle(HWND window);
-    /// The window's widget, for a Qt program that puts it into a layout; null when there is no window.
-    /// A window without a Qt parent may be given one with setParent.
+    /// The window's widget, for a Qt program that puts it into a layout; null when there is no
+    /// window. A window without a Qt parent may be given one with setParent.
     vnbytstr::HostWidget* GetWidget() const;
     /// The window of a widget or of its nearest ancestor that has one; null when none has.
     static CWnd* FromWidget(const vnbytstr::HostWidget* widget);
@@ -155,8 +155,8 @@ public:
     void DragAcceptFiles(BOOL accept = TRUE);
 
     // --- accessibility -----------------------------------------------------------------------
-    /// Describes a table that the window draws itself to screen readers. The window does not own it;
-    /// null removes it. See AccessibleTable.h; call NotifyAccessibility after changes.
+    /// Describes a table that the window draws itself to screen readers. The window does not own
+    /// it; null removes it. See AccessibleTable.h; call NotifyAccessibility after changes.
     void SetAccessibleTable(CAccessibleTable* table);
 
     BOOL OnCmdMsg(UINT id, int code, void* extra) override;

@@ -1,5 +1,5 @@
-// One interface over the Qt widgets for text input, of one line or several. They apply the limit and
-// the letter rules to whatever the user enters, be it typed, pasted, dropped or composed by an
+// One interface over the Qt widgets for text input, of one line or several. They apply the limit
+// and the letter rules to whatever the user enters, be it typed, pasted, dropped or composed by an
 // input method.
 #pragma once
 

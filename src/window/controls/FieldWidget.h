@@ -7,8 +7,8 @@
 
 namespace vnbytstr::detail {
 
-/// A Qt text widget whose input goes through its field's rules. `Base`: QLineEdit or QPlainTextEdit;
-/// `Field`: the EditField it belongs to.
+/// A Qt text widget whose input goes through its field's rules. `Base`: QLineEdit or
+/// QPlainTextEdit; `Field`: the EditField it belongs to.
 template <class Base, class Field>
 class FieldWidget : public Base {
 public:

@@ -52,7 +52,8 @@ public:
     int NextSelected(int from) const noexcept;
 
     /// The first row after `after`, and from the top again, whose text begins with (is) `text` in
-    /// either case; -1 when there is none. `after` -1 (or not a row): from the top. See TextMatch.h.
+    /// either case; -1 when there is none. `after` -1 (or not a row): from the top. See
+    /// TextMatch.h.
     int FindBeginning(int after, std::string_view text) const { return Find(after, text, false); }
     int FindExact(int after, std::string_view text) const { return Find(after, text, true); }
 

@@ -6,9 +6,9 @@
 namespace vnbytstr {
 
 /// Message boxes are windows over the active one, in the language of the resources. A call from
-/// another thread than the main one waits while the main thread shows the box. The Help button sends
-/// WM_HELP with the message's help identifier to the window underneath and leaves the box open.
-/// Before a box opens, the window that has the mouse gets WM_CANCELMODE.
+/// another thread than the main one waits while the main thread shows the box. The Help button
+/// sends WM_HELP with the message's help identifier to the window underneath and leaves the box
+/// open. Before a box opens, the window that has the mouse gets WM_CANCELMODE.
 ///
 /// Without a display, message boxes and ShellExecute work as on the console.
 class WindowInteraction : public ConsoleInteraction {

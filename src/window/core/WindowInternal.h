@@ -1,5 +1,5 @@
-// The window an HWND points to: its record, its Qt widget, and the seam through which a system class
-// (LISTBOX, EDIT, ...) gives its windows their behaviour.
+// The window an HWND points to: its record, its Qt widget, and the seam through which a system
+// class (LISTBOX, EDIT, ...) gives its windows their behaviour.
 #pragma once
 
 #include "vnbytstr/framework/String.h"
@@ -214,8 +214,8 @@ private:
     int m_wheelRest = 0;
 };
 
-/// Offers a keyboard message to PreTranslateMessage of `window` and its parents, then of the program.
-/// True: handled.
+/// Offers a keyboard message to PreTranslateMessage of `window` and its parents, then of the
+/// program. True: handled.
 bool PreTranslate(MSG& message, Window& window);
 /// Sends WM_CANCELMODE to the window that has captured the mouse, if one has (when a dialog or
 /// another window opens).

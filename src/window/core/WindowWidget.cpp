@@ -252,7 +252,8 @@ void WindowWidget::OnChange(QEvent* event) {
         ForgetShapedText();
         break;
     case QEvent::EnabledChange: {
-        // A Qt host may enable and disable the widget itself; a change of the parent's state is ignored.
+        // A Qt host may enable and disable the widget itself; a change of the parent's state is
+        // ignored.
         const bool disabled = testAttribute(Qt::WA_ForceDisabled);
         const bool known = (m_window->Style() & WS_DISABLED) != 0;
         if (disabled != known) {

@@ -79,8 +79,8 @@ private:
     static int s_depth;
 };
 
-/// A hosted widget's event while it is handled as messages: GenericProc passes it to the widget with
-/// Deliver.
+/// A hosted widget's event while it is handled as messages: GenericProc passes it to the widget
+/// with Deliver.
 class RoutedEvent {
 public:
     RoutedEvent(Window& window, QWidget* inner, QEvent* event);
