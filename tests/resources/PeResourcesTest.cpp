@@ -253,14 +253,14 @@ TEST(PeResources, LengthsEndWhereTheyShould) {
 
 TEST(PeResources, EntriesEnd) {
     // All lead to one data entry of no length.
-    constexpr auto kMost = static_cast<unsigned>(PeResources::kMaxEntries);
-    for (const unsigned count : {kMost - 2, kMost - 1}) {
+    constexpr auto kMax = static_cast<unsigned>(PeResources::kMaxEntries);
+    for (const unsigned count : {kMax - 2, kMax - 1}) {
         std::string tree = Directory({{16, kSub | 24}}) + Directory({{1, kSub | 64}}) +
                            DWords({0, 0, 0, 0}) + Zeros(12) + Words({count - 30000, 30000});
         for (DWORD i = 0; i < count; ++i)
             tree += DWords({i, 48});
         PeResources resources;
-        EXPECT_EQ(Image{.resources = tree}.IsTaken(resources), count == kMost - 2);
+        EXPECT_EQ(Image{.resources = tree}.IsTaken(resources), count == kMax - 2);
     }
 }
 
