@@ -13,8 +13,8 @@
 #include "vnquery/messages/HelpPages.h"
 #include "vnquery/messages/Messages.h"
 #include "vnquery/sources/Connection.h"
-#include "vnquery/work/Failure.h"
-#include "vnquery/work/Interruption.h"
+#include "vnquery/tasks/Failure.h"
+#include "vnquery/tasks/Interruption.h"
 
 #ifdef VNQUERY_WINDOW
 #include "vnquery/window/WindowProgram.h"

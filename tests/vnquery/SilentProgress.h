@@ -1,7 +1,7 @@
 // A progress that is not shown.
 #pragma once
 
-#include "examples/vnquery/work/Progress.h"
+#include "examples/vnquery/tasks/Progress.h"
 
 namespace vnquery::test {
 

@@ -1,7 +1,7 @@
 #include "vnquery/console/Options.h"
 
 #include "vnquery/messages/Messages.h"
-#include "vnquery/work/Failure.h"
+#include "vnquery/tasks/Failure.h"
 
 #include <charconv>
 #include <iostream>

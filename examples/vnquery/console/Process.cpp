@@ -1,8 +1,8 @@
 #include "vnquery/console/Process.h"
 
 #include "vnquery/messages/Messages.h"
-#include "vnquery/work/Failure.h"
-#include "vnquery/work/Interruption.h"
+#include "vnquery/tasks/Failure.h"
+#include "vnquery/tasks/Interruption.h"
 
 #include <cerrno>
 #include <csignal>

@@ -2,7 +2,7 @@
 
 #include "vnquery/console/Process.h"
 #include "vnquery/messages/Messages.h"
-#include "vnquery/work/Interruption.h"
+#include "vnquery/tasks/Interruption.h"
 
 #include <algorithm>
 

@@ -3,7 +3,7 @@
 #include "vnquery/console/Process.h"
 #include "vnquery/messages/Messages.h"
 #include "vnquery/result/CellText.h"
-#include "vnquery/work/Interruption.h"
+#include "vnquery/tasks/Interruption.h"
 
 #include <cstdio>
 #include <utility>

@@ -1,7 +1,7 @@
 // How far long work has come, on the terminal.
 #pragma once
 
-#include "vnquery/work/Progress.h"
+#include "vnquery/tasks/Progress.h"
 
 #include <chrono>
 #include <string>

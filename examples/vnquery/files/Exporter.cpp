@@ -4,9 +4,9 @@
 #include "vnquery/files/Losses.h"
 #include "vnquery/messages/Messages.h"
 #include "vnquery/result/CellText.h"
-#include "vnquery/work/Failure.h"
-#include "vnquery/work/Interruption.h"
-#include "vnquery/work/Progress.h"
+#include "vnquery/tasks/Failure.h"
+#include "vnquery/tasks/Interruption.h"
+#include "vnquery/tasks/Progress.h"
 
 #include <algorithm>
 

@@ -2,7 +2,7 @@
 
 #include "vnquery/files/FileContent.h"
 #include "vnquery/messages/Messages.h"
-#include "vnquery/work/Failure.h"
+#include "vnquery/tasks/Failure.h"
 
 namespace vnquery {
 

@@ -2,7 +2,7 @@
 
 #include "vnquery/messages/Messages.h"
 #include "vnquery/result/CellText.h"
-#include "vnquery/work/Failure.h"
+#include "vnquery/tasks/Failure.h"
 
 #include <algorithm>
 #include <filesystem>

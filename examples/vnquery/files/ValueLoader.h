@@ -3,7 +3,7 @@
 
 #include "vnquery/result/ColumnKind.h"
 #include "vnquery/result/Value.h"
-#include "vnquery/work/Progress.h"
+#include "vnquery/tasks/Progress.h"
 
 #include <string>
 

@@ -2,8 +2,8 @@
 
 #include "vnquery/files/BufferedReplacementFile.h"
 #include "vnquery/messages/Messages.h"
-#include "vnquery/work/Failure.h"
-#include "vnquery/work/Progress.h"
+#include "vnquery/tasks/Failure.h"
+#include "vnquery/tasks/Progress.h"
 
 #include <cstdio>
 

@@ -1,7 +1,7 @@
 #include "vnquery/result/PendingEdits.h"
 
 #include "vnquery/result/CellEdit.h"
-#include "vnquery/work/Progress.h"
+#include "vnquery/tasks/Progress.h"
 
 #include <set>
 

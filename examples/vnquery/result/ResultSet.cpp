@@ -2,8 +2,8 @@
 
 #include "vnquery/messages/Messages.h"
 #include "vnquery/result/CellText.h"
-#include "vnquery/work/Failure.h"
-#include "vnquery/work/Progress.h"
+#include "vnquery/tasks/Failure.h"
+#include "vnquery/tasks/Progress.h"
 
 #include <algorithm>
 #include <iterator>

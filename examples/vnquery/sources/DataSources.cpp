@@ -2,7 +2,7 @@
 
 #include "vnquery/sources/OdbcConnection.h"
 #include "vnquery/sources/OdbcText.h"
-#include "vnquery/work/Failure.h"
+#include "vnquery/tasks/Failure.h"
 
 #include <iterator>
 

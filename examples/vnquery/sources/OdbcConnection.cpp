@@ -2,8 +2,8 @@
 
 #include "vnquery/messages/Messages.h"
 #include "vnquery/sources/OdbcText.h"
-#include "vnquery/work/Failure.h"
-#include "vnquery/work/Interruption.h"
+#include "vnquery/tasks/Failure.h"
+#include "vnquery/tasks/Interruption.h"
 
 #include <iterator>
 

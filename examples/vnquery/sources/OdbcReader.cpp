@@ -3,7 +3,7 @@
 #include "vnquery/messages/Messages.h"
 #include "vnquery/sources/OdbcConnection.h"
 #include "vnquery/sources/OdbcText.h"
-#include "vnquery/work/Failure.h"
+#include "vnquery/tasks/Failure.h"
 
 namespace vnquery {
 

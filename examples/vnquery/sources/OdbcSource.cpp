@@ -3,8 +3,8 @@
 #include "vnquery/messages/Messages.h"
 #include "vnquery/sources/OdbcText.h"
 #include "vnquery/sources/OneTableQuery.h"
-#include "vnquery/work/Failure.h"
-#include "vnquery/work/Interruption.h"
+#include "vnquery/tasks/Failure.h"
+#include "vnquery/tasks/Interruption.h"
 
 #include <chrono>
 #include <condition_variable>

@@ -3,8 +3,8 @@
 #include "vnquery/messages/Messages.h"
 #include "vnquery/sources/OdbcReader.h"
 #include "vnquery/sources/OdbcText.h"
-#include "vnquery/work/Failure.h"
-#include "vnquery/work/Progress.h"
+#include "vnquery/tasks/Failure.h"
+#include "vnquery/tasks/Progress.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #include "vnquery/sources/QueryRun.h"
 
-#include "vnquery/work/Interruption.h"
+#include "vnquery/tasks/Interruption.h"
 
 #include <chrono>
 #include <utility>

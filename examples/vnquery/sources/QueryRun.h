@@ -3,7 +3,7 @@
 
 #include "vnquery/result/ResultSet.h"
 #include "vnquery/sources/Connection.h"
-#include "vnquery/work/BackgroundTask.h"
+#include "vnquery/tasks/BackgroundTask.h"
 
 #include <condition_variable>
 #include <deque>

@@ -1,8 +1,8 @@
 #include "vnquery/sources/SqliteDatabase.h"
 
 #include "vnquery/messages/Messages.h"
-#include "vnquery/work/Failure.h"
-#include "vnquery/work/Interruption.h"
+#include "vnquery/tasks/Failure.h"
+#include "vnquery/tasks/Interruption.h"
 
 #include <algorithm>
 #include <charconv>

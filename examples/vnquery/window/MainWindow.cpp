@@ -6,7 +6,7 @@
 #include "vnquery/window/LanguageDialog.h"
 #include "vnquery/window/ValueDialog.h"
 
-#include "vnquery/work/Interruption.h"
+#include "vnquery/tasks/Interruption.h"
 
 #include "vnbytstr/GlobalVars.h"
 

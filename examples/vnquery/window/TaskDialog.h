@@ -1,8 +1,8 @@
 // Shows the progress of long work, with a Cancel button.
 #pragma once
 
+#include "vnquery/tasks/BackgroundTask.h"
 #include "vnquery/window/TextDialog.h"
-#include "vnquery/work/BackgroundTask.h"
 
 namespace vnquery {
 

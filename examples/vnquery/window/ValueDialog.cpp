@@ -6,10 +6,10 @@
 #include "vnquery/files/ValueLoader.h"
 #include "vnquery/files/ValueSaver.h"
 #include "vnquery/result/PictureKind.h"
+#include "vnquery/tasks/Failure.h"
 #include "vnquery/window/Commands.h"
 #include "vnquery/window/SaveValueAs.h"
 #include "vnquery/window/TaskDialog.h"
-#include "vnquery/work/Failure.h"
 
 #include <algorithm>
 #include <charconv>

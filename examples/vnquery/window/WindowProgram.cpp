@@ -1,8 +1,8 @@
 #include "vnquery/window/WindowProgram.h"
 
+#include "vnquery/tasks/Failure.h"
 #include "vnquery/window/MainWindow.h"
 #include "vnquery/window/WindowText.h"
-#include "vnquery/work/Failure.h"
 
 #include "vnbytstr/GlobalVars.h"
 #include "vnbytstr/Profile.h"

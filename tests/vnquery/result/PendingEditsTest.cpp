@@ -1,8 +1,8 @@
 // Edited cells on their way to the table and back.
 #include "examples/vnquery/result/PendingEdits.h"
 
+#include "examples/vnquery/tasks/Failure.h"
 #include "examples/vnquery/window/RowText.h"
-#include "examples/vnquery/work/Failure.h"
 
 #include "tests/vnquery/EditTest.h"
 

@@ -1,6 +1,6 @@
 // Writing cells back to a server. postgres_test.sh makes the table and names the server in
 // VNQUERY_ODBC; without it these tests are skipped.
-#include "examples/vnquery/work/Failure.h"
+#include "examples/vnquery/tasks/Failure.h"
 
 #include "tests/vnquery/EditTest.h"
 

@@ -2,8 +2,8 @@
 #include "tests/vnquery/window/WindowRun.h"
 
 #include "examples/vnquery/console/Process.h"
+#include "examples/vnquery/tasks/Interruption.h"
 #include "examples/vnquery/window/Commands.h"
-#include "examples/vnquery/work/Interruption.h"
 #include "vnbytstr/window/Edit.h"
 
 #include <csignal>

@@ -1,7 +1,7 @@
 // Work on another thread, so that the window stays responsive.
 #pragma once
 
-#include "vnquery/work/Progress.h"
+#include "vnquery/tasks/Progress.h"
 
 #include <atomic>
 #include <functional>

@@ -1,8 +1,8 @@
-#include "vnquery/work/BackgroundTask.h"
+#include "vnquery/tasks/BackgroundTask.h"
 
 #include "vnquery/messages/Messages.h"
-#include "vnquery/work/Failure.h"
-#include "vnquery/work/Interruption.h"
+#include "vnquery/tasks/Failure.h"
+#include "vnquery/tasks/Interruption.h"
 
 #include <new>
 #include <utility>

@@ -1,4 +1,4 @@
-#include "vnquery/work/Interruption.h"
+#include "vnquery/tasks/Interruption.h"
 
 #include <csignal>
 #include <utility>

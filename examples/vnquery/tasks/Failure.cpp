@@ -1,4 +1,4 @@
-#include "vnquery/work/Failure.h"
+#include "vnquery/tasks/Failure.h"
 
 #include "vnquery/messages/Messages.h"
 
