@@ -30,4 +30,12 @@ VNBYTSTR_API std::string_view FileNameOf(std::string_view name) noexcept;
 /// name.
 VNBYTSTR_API std::string AsFolderPrefix(std::string_view folder);
 
+/// The folder for this user's settings of programs; empty when the environment does not tell. On
+/// POSIX systems by the XDG base directory rules: XDG_CONFIG_HOME when it is absolute, else
+/// .config in HOME.
+VNBYTSTR_API std::string SettingsFolder();
+
+/// The device that reads as an empty file.
+VNBYTSTR_API const char* NullDevice() noexcept;
+
 } // namespace vnbytstr

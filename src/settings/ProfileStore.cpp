@@ -67,7 +67,7 @@ int LookAt(const std::string& path, FileStatus& status, bool& isNothing) {
     if (!status.identity.IsKnown())
         return ENOENT; // a link that leads nowhere
     FileStatus null;
-    isNothing = !status.isFolder && system.GetFileStatus("/dev/null", null) == 0 &&
+    isNothing = !status.isFolder && system.GetFileStatus(NullDevice(), null) == 0 &&
                 null.identity == status.identity;
     return isNothing ? ENOENT : kNotPlain;
 }
@@ -101,19 +101,11 @@ ProfileStore& ProfileStore::Get() {
 }
 
 std::string ProfileStore::Path() {
-    System& system = System::Current();
-    std::string path = system.GetEnvironment("VNBYTSTR_PROFILE");
+    const std::string path = System::Current().GetEnvironment("VNBYTSTR_PROFILE");
     if (!path.empty())
         return path;
-    // The XDG base directory rules: a name that is not absolute does not count.
-    path = system.GetEnvironment("XDG_CONFIG_HOME");
-    if (!IsAbsolutePath(path)) {
-        path = system.GetEnvironment("HOME");
-        if (path.empty())
-            return {};
-        path += "/.config";
-    }
-    return path + "/vnbytstr/profile.ini";
+    const std::string folder = SettingsFolder();
+    return folder.empty() ? folder : AsFolderPrefix(folder) + "vnbytstr/profile.ini";
 }
 
 ProfileStore::Stamp ProfileStore::StampOf(const std::string& path) {

@@ -1,5 +1,7 @@
 #include "src/os/Paths.h"
 
+#include "src/os/System.h"
+
 namespace vnbytstr {
 
 bool IsAbsolutePath(std::string_view name) noexcept { return name.starts_with('/'); }
@@ -25,5 +27,16 @@ std::string AsFolderPrefix(std::string_view folder) {
         prefix += '/';
     return prefix;
 }
+
+std::string SettingsFolder() {
+    System& system = System::Current();
+    std::string folder = system.GetEnvironment("XDG_CONFIG_HOME");
+    if (IsAbsolutePath(folder))
+        return folder;
+    folder = system.GetEnvironment("HOME");
+    return folder.empty() ? folder : folder + "/.config";
+}
+
+const char* NullDevice() noexcept { return "/dev/null"; }
 
 } // namespace vnbytstr
