@@ -1,11 +1,11 @@
 // CByteStore: its swap file, saving, and files as content.
+#include "src/os/Paths.h"
 #include "tests/bytestore/StoreFixture.h"
 
 #include "src/os/LeftoverSweep.h"
 #include "vnbytstr/TempFileName.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
+#include <filesystem>
 
 #include <set>
 
@@ -22,9 +22,7 @@ TEST_F(ByteStoreFilesTest, SwapFileLivesUntilEmpty) {
     const std::string name = store.GetFileName();
     EXPECT_EQ(name.find(m_folder.Path() + "~dat-"), 0u);
     EXPECT_TRUE(name.ends_with(".tmp"));
-    struct stat info;
-    ASSERT_EQ(::stat(name.c_str(), &info), 0);
-    EXPECT_EQ(info.st_mode & 0777, 0600u);
+    EXPECT_EQ(m_folder.ModeOf(name) & 0777, 0600u);
     store.Empty();
     EXPECT_EQ(FileCount(), 0u);
     EXPECT_EQ(store.GetFileName(), name);
@@ -54,9 +52,8 @@ TEST_F(ByteStoreFilesTest, NamesTakenMeanwhileArePassedOver) {
     const std::string stem = last.substr(0, last.rfind('-') + 1);
     const unsigned counter = static_cast<unsigned>(std::stoul(last.substr(stem.size())));
     for (unsigned i = 1; i <= 3; ++i)
-        ASSERT_EQ(::symlink(m_folder.File("nowhere").c_str(),
-                            (stem + std::to_string(counter + i) + ".tmp").c_str()),
-                  0);
+        std::filesystem::create_symlink(m_folder.File("nowhere"),
+                                        stem + std::to_string(counter + i) + ".tmp");
     // The fourth is taken between the look and the opening.
     m_system.Inject(Fault{.call = Call::Open, .at = 1, .error = EEXIST});
     CByteStore store;
@@ -111,11 +108,9 @@ TEST_F(ByteStoreFilesTest, SaveLeavesTheFileAndNothingElse) {
         store.CopyToFile(m_folder.File("copy").c_str());
         EXPECT_EQ(Content(store), bytes);
         EXPECT_EQ(m_folder.Read("copy"), AsText(bytes));
-        ::unlink(m_folder.File("copy").c_str());
+        std::filesystem::remove(m_folder.File("copy"));
     }
-    struct stat info;
-    ASSERT_EQ(::stat(m_folder.File("target").c_str(), &info), 0);
-    EXPECT_EQ(info.st_mode & 07777, 0644u);
+    EXPECT_EQ(m_folder.ModeOf(m_folder.File("target")), 0644u);
 }
 
 TEST_F(ByteStoreFilesTest, LastPageThatLeftMemoryWholeIsCutInTheSavedFile) {
@@ -181,23 +176,19 @@ TEST_F(ByteStoreFilesTest, SavesFromTheCursorByTheRuleOfPages) {
 TEST_F(ByteStoreFilesTest, SaveLeavesLinksAndDevicesWhatTheyAre) {
     const Bytes bytes = Pattern(20 * kPage);
     m_folder.Write("real", "old");
-    ASSERT_EQ(::chmod(m_folder.File("real").c_str(), 0640), 0);
-    ASSERT_EQ(::symlink("real", m_folder.File("link").c_str()), 0);
-    ASSERT_EQ(::symlink("/dev/null", m_folder.File("null").c_str()), 0);
+    std::filesystem::permissions(m_folder.File("real"), std::filesystem::perms{0640});
+    std::filesystem::create_symlink("real", m_folder.File("link"));
+    std::filesystem::create_symlink(vnbytstr::NullDevice(), m_folder.File("null"));
     for (const char* name : {"link", "null", "real"}) {
         CByteStore store;
         Append(store, bytes);
         store.SaveToFile(m_folder.File(name).c_str());
         EXPECT_TRUE(store.IsEmpty());
     }
-    struct stat info;
-    ASSERT_EQ(::lstat(m_folder.File("link").c_str(), &info), 0);
-    EXPECT_TRUE(S_ISLNK(info.st_mode));
+    EXPECT_TRUE(std::filesystem::is_symlink(m_folder.File("link")));
     EXPECT_EQ(m_folder.Read("real"), AsText(bytes));
-    ASSERT_EQ(::stat(m_folder.File("real").c_str(), &info), 0);
-    EXPECT_EQ(info.st_mode & 07777, 0640u);
-    ASSERT_EQ(::stat("/dev/null", &info), 0);
-    EXPECT_TRUE(S_ISCHR(info.st_mode));
+    EXPECT_EQ(m_folder.ModeOf(m_folder.File("real")), 0640u);
+    EXPECT_TRUE(std::filesystem::is_character_file(vnbytstr::NullDevice()));
 }
 
 TEST_F(ByteStoreFilesTest, SavedOntoItsOwnFilesStaysThere) {

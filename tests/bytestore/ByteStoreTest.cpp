@@ -3,7 +3,7 @@
 
 #include "vnbytstr/Profile.h"
 
-#include <unistd.h>
+#include <filesystem>
 
 namespace vnbytstr::test {
 namespace {
@@ -54,9 +54,9 @@ TEST_F(ByteStoreTest, LengthsUpTo4GiBLess1) {
     m_folder.Write("sparse", "");
     const std::string name = m_folder.File("sparse");
     CByteStore file;
-    ASSERT_EQ(::truncate(name.c_str(), 0x100000000), 0);
+    std::filesystem::resize_file(name, 0x100000000);
     EXPECT_EQ(CauseOf([&] { file.SetFileName(name.c_str()); }), 6);
-    ASSERT_EQ(::truncate(name.c_str(), 0xFFFFFFFF), 0);
+    std::filesystem::resize_file(name, 0xFFFFFFFF);
     file.SetFileName(name.c_str());
     file.SetDWord(0xFFFFFFFB, 0x01020304);
     file.SetByte(0x7FFFFFFF, 9);

@@ -3,8 +3,6 @@
 
 #include "vnbytstr/Profile.h"
 
-#include <unistd.h>
-
 namespace vnbytstr::test {
 namespace {
 

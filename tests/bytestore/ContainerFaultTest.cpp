@@ -4,7 +4,7 @@
 #include "vnbytstr/Ccsid.h"
 #include "vnbytstr/DES.h"
 
-#include <unistd.h>
+#include <filesystem>
 
 #include <atomic>
 #include <cstdlib>
@@ -38,7 +38,7 @@ TEST_F(ContainerFaultTest, MemoryThatRunsOutIsAnExceptionOfTheFramework) {
     const CByteStream key("0102030405060708"), pattern(bytes.data() + 1000, 50);
     m_folder.Write("two", "old"); // a file that is written over, as it has two names
     const std::string two = m_folder.File("two");
-    ASSERT_EQ(::link(two.c_str(), m_folder.File("names").c_str()), 0);
+    std::filesystem::create_hard_link(two, m_folder.File("names"));
     using Operation = std::function<void(CByteStream&, CByteStore&)>;
     const std::vector<Operation> operations = {
         [&](CByteStream&, CByteStore& store) { store.CopyToFile(two.c_str()); },
@@ -162,12 +162,12 @@ TEST_F(ContainerFaultTest, CutOrRemovedSwapFileIsNoticed) {
     CByteStore store;
     const Bytes bytes = Pattern(40 * kPage);
     Append(store, bytes);
-    ASSERT_EQ(::unlink(store.GetFileName()), 0); // the open file is still there
+    std::filesystem::remove(store.GetFileName()); // the open file is still there
     EXPECT_EQ(Content(store), bytes);
     store.Empty();
     AppendPages(store, bytes);
     store.Flush();
-    ASSERT_EQ(::truncate(store.GetFileName(), 10 * kPage + 100), 0);
+    std::filesystem::resize_file(store.GetFileName(), 10 * kPage + 100);
     EXPECT_EQ(CauseOf([&] { store.GetByte(20 * kPage); }), 2);
     EXPECT_EQ(CauseOf([&] { store.GetByte(10 * kPage); }), 2);
     EXPECT_EQ(store.GetByte(3 * kPage), bytes[3 * kPage]);
@@ -280,7 +280,7 @@ TEST_F(ContainerFaultTest, EverySystemCallMayFail) {
                 // A removal that was itself made to fail may leave its file; nothing else may.
                 ASSERT_TRUE(FileCount() == 0 || fault.call == Call::Any);
                 for (const std::string& name : m_folder.Names())
-                    ::unlink(m_folder.File(name.c_str()).c_str());
+                    std::filesystem::remove(m_folder.File(name.c_str()));
                 if (!hit)
                     break;
             }

@@ -6,8 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <sys/stat.h>
-
 #include <fstream>
 #include <optional>
 #include <set>
@@ -56,7 +54,7 @@ protected:
             const bool isNew = !std::filesystem::exists(file);
             std::ofstream(file, std::ios::binary) << *content;
             if (isNew) // a scratch file
-                ::chmod(file.c_str(), 01600);
+                std::filesystem::permissions(file, std::filesystem::perms{01600});
         }
     }
 

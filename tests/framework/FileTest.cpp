@@ -16,8 +16,6 @@
 #include <string>
 #include <vector>
 
-#include <sys/stat.h>
-
 using vnbytstr::ScopedSystem;
 using vnbytstr::test::Call;
 using vnbytstr::test::Fault;
@@ -120,9 +118,7 @@ TEST_F(FileTest, ScratchFileIsPrivateMarkedAndLocked) {
     vnbytstr::FileStatus status;
     ASSERT_EQ(m_system.GetFileStatus(Name("scratch").c_str(), status), 0);
     EXPECT_TRUE(status.isScratch);
-    struct ::stat info;
-    ASSERT_EQ(::stat(Name("scratch").c_str(), &info), 0);
-    EXPECT_EQ(info.st_mode & 0777u, 0600u);
+    EXPECT_EQ(vnbytstr::test::TemporaryFolder::ModeOf(Name("scratch")) & 0777u, 0600u);
     CFile other(Name("scratch").c_str(), CFile::modeReadWrite);
     EXPECT_EQ(m_system.LockFile(other.m_hFile, true, false), EWOULDBLOCK);
 

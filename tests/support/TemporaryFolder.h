@@ -1,11 +1,11 @@
 // A fresh folder for one test, removed with all it holds.
 #pragma once
 
-#include <cstdlib>
+#include <atomic>
 #include <filesystem>
 #include <fstream>
+#include <random>
 #include <sstream>
-#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -15,11 +15,12 @@ namespace vnbytstr::test {
 class TemporaryFolder {
 public:
     TemporaryFolder() {
-        std::string name =
-            (std::filesystem::temp_directory_path() / "vnbytstr-test-XXXXXX").string();
-        if (!::mkdtemp(name.data()))
-            throw std::runtime_error("cannot make a folder for the test");
-        m_path = name;
+        static std::atomic<unsigned> counter{std::random_device()()};
+        const auto place = std::filesystem::temp_directory_path();
+        do
+            m_path = place / ("vnbytstr-test-" + std::to_string(counter.fetch_add(1)));
+        while (!std::filesystem::create_directory(m_path));
+        std::filesystem::permissions(m_path, std::filesystem::perms::owner_all);
     }
     ~TemporaryFolder() {
         std::error_code ignored;
@@ -40,6 +41,10 @@ public:
         std::ostringstream content;
         content << file.rdbuf();
         return std::move(content).str();
+    }
+    /// A file's permission bits (at most 07777).
+    static unsigned ModeOf(const std::string& file) {
+        return static_cast<unsigned>(std::filesystem::status(file).permissions());
     }
     /// Names of what the folder holds.
     std::vector<std::string> Names() const {
