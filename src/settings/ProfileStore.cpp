@@ -101,10 +101,10 @@ ProfileStore& ProfileStore::Get() {
 }
 
 std::string ProfileStore::Path() {
-    const std::string path = System::Current().GetEnvironment("VNBYTSTR_PROFILE");
+    std::string path = System::Current().GetEnvironment("VNBYTSTR_PROFILE");
     if (!path.empty())
         return path;
-    const std::string folder = SettingsFolder();
+    std::string folder = SettingsFolder();
     return folder.empty() ? folder : AsFolderPrefix(folder) + "vnbytstr/profile.ini";
 }
 
