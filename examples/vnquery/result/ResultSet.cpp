@@ -41,8 +41,9 @@ bool RowReader::ReadRow(ResultSet& result) {
         if (!m_source.Next())
             return false;
         for (; column < result.GetColumnCount(); ++column) {
-            ValueSink sink(result.m_values.emplace_back(), m_progress);
+            ValueKeeper sink(result.m_values.emplace_back(), m_progress);
             m_source.Read(column, sink);
+            sink.ReportBytes();
             ReleaseMemory(result.m_values.back());
         }
     } catch (CException* error) {

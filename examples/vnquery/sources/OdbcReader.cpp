@@ -61,21 +61,23 @@ OdbcReader::Piece OdbcReader::ReadPiece(std::size_t column, const std::string& n
 }
 
 void OdbcReader::ReadBinary(std::size_t column, const std::string& name, ValueSink& sink) {
-    std::optional<ULONGLONG> announced;
     for (bool isFirst = true;; isFirst = false) {
         const Piece piece = ReadPiece(column, name, SQL_C_BINARY, 0);
         if (piece.isNull)
-            return;
+            return sink.Null();
         if (isFirst) {
-            sink.Begin(Value::Type::Binary);
-            if (piece.remaining >= 0 && piece.remaining != SQL_NO_TOTAL)
-                announced = static_cast<ULONGLONG>(piece.remaining);
+            const bool isKnown = piece.remaining >= 0 && piece.remaining != SQL_NO_TOTAL;
+            const bool isAsked = sink.Begin(
+                Value::Type::Binary,
+                isKnown ? std::optional(static_cast<ULONGLONG>(piece.remaining)) : std::nullopt);
+            if (!isAsked && isKnown)
+                break;
         }
         sink.Append(m_buffer.data(), piece.bytes);
         if (piece.isLast)
             break;
     }
-    sink.End(announced);
+    sink.End();
 }
 
 void OdbcReader::ReadText(std::size_t column, const std::string& name, Value::Type type,
@@ -86,7 +88,7 @@ void OdbcReader::ReadText(std::size_t column, const std::string& name, Value::Ty
     for (bool isFirst = true;; isFirst = false) {
         const Piece piece = ReadPiece(column, name, SQL_C_WCHAR, sizeof(SQLWCHAR));
         if (piece.isNull)
-            return;
+            return sink.Null();
         if (isFirst) {
             sink.Begin(type);
             announced = piece.remaining >= 0 ? static_cast<ULONGLONG>(piece.remaining) : 0;

@@ -107,7 +107,7 @@ std::optional<Value> OdbcWriter::Read(const RowKey& key, std::size_t column, Pro
     if (!SQL_SUCCEEDED(result))
         OdbcFail(what, SQL_HANDLE_STMT, select->Get());
     Value value;
-    ValueSink sink(value, progress);
+    ValueKeeper sink(value, progress);
     OdbcReader(select->Get()).Read(0, plan.name, OdbcReader::TypeOf(plan.sqlType), sink);
     return value;
 }

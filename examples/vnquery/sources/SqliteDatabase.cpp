@@ -20,14 +20,20 @@ constexpr int kWaitForLock = 5000;          ///< milliseconds
 int StopWhenAsked(void*) { return IsInterrupted(); }
 
 /// The shortest text that reads back as the same number, with a decimal point as SQLite writes it.
-std::string FormatReal(double number) {
-    char text[40];
-    const auto [end, error] = std::to_chars(text, text + sizeof text, number);
-    std::string formatted(text, end);
-    if (formatted.find_first_not_of("-0123456789") == std::string::npos)
-        formatted += ".0";
-    return formatted;
-}
+class RealText {
+public:
+    explicit RealText(double number) {
+        constexpr std::size_t kSuffix = 2;
+        m_end = std::to_chars(m_text, m_text + sizeof m_text - kSuffix, number).ptr;
+        if (Get().find_first_not_of("-0123456789") == std::string_view::npos)
+            m_end = std::copy_n(".0", kSuffix, m_end);
+    }
+    std::string_view Get() const { return {m_text, m_end}; }
+
+private:
+    char m_text[40];
+    char* m_end;
+};
 
 } // namespace
 
@@ -96,18 +102,17 @@ void SqliteDatabase::Run(const std::string& sql, const std::string& what) const 
 
 void SqliteDatabase::ReadWhole(sqlite3_stmt* statement, int column, ValueSink& sink) const {
     const int type = sqlite3_column_type(statement, column);
-    if (type == SQLITE_NULL)
-        return;
-    if (type == SQLITE_INTEGER || type == SQLITE_FLOAT) {
-        const std::string number = type == SQLITE_INTEGER
-                                       ? std::to_string(sqlite3_column_int64(statement, column))
-                                       : FormatReal(sqlite3_column_double(statement, column));
-        sink.Begin(Value::Type::Number);
-        sink.Append(number.data(), number.size());
-        sink.End(number.size());
-        return;
+    switch (type) {
+    case SQLITE_NULL:
+        return sink.Null();
+    case SQLITE_INTEGER:
+        return sink.Integer(sqlite3_column_int64(statement, column));
+    case SQLITE_FLOAT:
+        return sink.Whole(Value::Type::Number,
+                          RealText(sqlite3_column_double(statement, column)).Get());
+    default:
+        break;
     }
-    sink.Begin(type == SQLITE_TEXT ? Value::Type::Text : Value::Type::Binary);
     // In this order: the call for the text converts it, and its length is known only afterwards.
     const void* bytes = type == SQLITE_TEXT
                             ? static_cast<const void*>(sqlite3_column_text(statement, column))
@@ -115,23 +120,28 @@ void SqliteDatabase::ReadWhole(sqlite3_stmt* statement, int column, ValueSink& s
     const auto length = static_cast<std::size_t>(sqlite3_column_bytes(statement, column));
     if (!bytes && sqlite3_errcode(m_database.get()) == SQLITE_NOMEM)
         throw Failure(kQueryFailed, Text(IDS_VQ_VALUE_TOO_LONG));
-    if (bytes)
-        sink.Append(bytes, length);
-    sink.End(length);
+    const auto valueType = type == SQLITE_TEXT ? Value::Type::Text : Value::Type::Binary;
+    const std::string_view value(static_cast<const char*>(bytes), bytes ? length : 0);
+    if (length <= kPieceSize)
+        return sink.Whole(valueType, value);
+    if (sink.Begin(valueType, length))
+        sink.Append(value.data(), value.size());
+    sink.End();
 }
 
-void SqliteDatabase::ReadPieces(sqlite3_blob* blob, const std::string& column,
+void SqliteDatabase::ReadPieces(sqlite3_blob* blob, Value::Type type, const std::string& column,
                                 ValueSink& sink) const {
     const int length = sqlite3_blob_bytes(blob);
+    const bool isAsked = sink.Begin(type, static_cast<ULONGLONG>(length));
     BYTE piece[kPieceSize];
-    for (int done = 0; done < length;) {
+    for (int done = 0; isAsked && done < length;) {
         const int count = std::min(length - done, static_cast<int>(kPieceSize));
         if (sqlite3_blob_read(blob, piece, count, done) != SQLITE_OK)
             Fail(Text(IDS_VQ_CANNOT_READ_VALUE, {column}));
         sink.Append(piece, static_cast<std::size_t>(count));
         done += count;
     }
-    sink.End(static_cast<ULONGLONG>(length));
+    sink.End();
 }
 
 } // namespace vnquery

@@ -45,8 +45,9 @@ public:
 
     /// Reads a value of the current row in one piece.
     void ReadWhole(sqlite3_stmt* statement, int column, ValueSink& sink) const;
-    /// Reads a value's bytes in pieces.
-    void ReadPieces(sqlite3_blob* blob, const std::string& column, ValueSink& sink) const;
+    /// Reads a text or bytes in pieces.
+    void ReadPieces(sqlite3_blob* blob, Value::Type type, const std::string& column,
+                    ValueSink& sink) const;
 
 private:
     std::string m_file;

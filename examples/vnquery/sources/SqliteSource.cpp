@@ -278,7 +278,7 @@ bool SqliteSource::SeekBlob(ColumnPlan& plan, long long row) {
 
 void SqliteSource::ReadInPieces(ColumnPlan& plan, ValueSink& sink) {
     if (!HasCurrentRow())
-        return;
+        return sink.Null();
     if (!m_hasDetails) {
         sqlite3_reset(m_details.get());
         sqlite3_bind_int64(m_details.get(), 1, CurrentRow());
@@ -289,16 +289,15 @@ void SqliteSource::ReadInPieces(ColumnPlan& plan, ValueSink& sink) {
     const std::string_view type = SqliteColumnText(m_details.get(), plan.index);
     const bool isText = type == "text";
     if (type == "blob" || (isText && m_database.IsTextUtf8())) {
-        sink.Begin(isText ? Value::Type::Text : Value::Type::Binary);
-        ReadFromTable(plan, sink);
+        ReadFromTable(plan, isText ? Value::Type::Text : Value::Type::Binary, sink);
     } else {
         m_database.ReadWhole(m_details.get(), plan.index + 1, sink);
     }
 }
 
-void SqliteSource::ReadFromTable(ColumnPlan& plan, ValueSink& sink) {
+void SqliteSource::ReadFromTable(ColumnPlan& plan, Value::Type type, ValueSink& sink) {
     if (SeekBlob(plan, CurrentRow())) {
-        m_database.ReadPieces(plan.blob.get(), plan.name, sink);
+        m_database.ReadPieces(plan.blob.get(), type, plan.name, sink);
         return;
     }
     if (!plan.whole)

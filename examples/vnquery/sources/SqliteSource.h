@@ -60,7 +60,7 @@ private:
     bool IsInPieces(sqlite3_stmt* statement, int column) const;
     bool SeekBlob(ColumnPlan& plan, long long row);
     void ReadInPieces(ColumnPlan& plan, ValueSink& sink);
-    void ReadFromTable(ColumnPlan& plan, ValueSink& sink);
+    void ReadFromTable(ColumnPlan& plan, Value::Type type, ValueSink& sink);
 
     SqliteDatabase m_database;
     Statement m_statement;

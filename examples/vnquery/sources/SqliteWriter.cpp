@@ -97,7 +97,7 @@ std::optional<Value> SqliteWriter::Read(const RowKey& key, std::size_t column, P
     if (!m_database.Step(select.get(), Text(IDS_VQ_CANNOT_READ_VALUE, {name})))
         return {};
     Value value;
-    ValueSink sink(value, progress);
+    ValueKeeper sink(value, progress);
     m_database.ReadWhole(select.get(), 0, sink);
     return value;
 }
