@@ -282,24 +282,26 @@ public:
 
     // --- translation -----------------------------------------------------------------------------
     // From the start to the end. Characters that the target lacks are substituted (see
-    // Ccsid.h); `report`, when not null, tells how many and where the first was.
-    // A character may lie across pages.
+    // Ccsid.h); `report`, when not null, tells how many and where the first was. `options` as for
+    // TranslateBeginEx: with translateStop such a character makes the result 0, and the report
+    // tells its place. A character may lie across pages.
 
     /// Translates the whole content from one coded character set to another into `destination`,
-    /// which is emptied first. 1, or 0 when the pair cannot be translated; `destination` is then
-    /// empty, as it is after an exception. It may be this store: its content is replaced as by an
+    /// which is emptied first. 1, or 0 when that cannot be done; `destination` is then empty, as it
+    /// is after an exception. It may be this store: its content is replaced as by an
     /// assignment when the result is complete, and else stays.
     int TranslateCCSID(WORD from, WORD to, CByteStore& destination,
-                       STranslationReport* report = nullptr);
+                       STranslationReport* report = nullptr, UINT options = 0);
     /// Translates a range (count 0, or too long: up to the end) into `out`; `*outLength` is its
     /// room in bytes before and the bytes written after. 0 when it does not fit (`*outLength` is
     /// then the room needed) or cannot be translated (0).
     int TranslateCCSID(DWORD index, DWORD count, BYTE* out, DWORD* outLength, WORD from, WORD to,
-                       STranslationReport* report = nullptr);
+                       STranslationReport* report = nullptr, UINT options = 0);
     int TranslateCCSID(BYTE* out, DWORD* outLength, WORD from, WORD to,
-                       STranslationReport* report = nullptr);
+                       STranslationReport* report = nullptr, UINT options = 0);
     /// The content as text of the native coded character set.
-    int TranslateCCSID(WORD from, CString& text, STranslationReport* report = nullptr);
+    int TranslateCCSID(WORD from, CString& text, STranslationReport* report = nullptr,
+                       UINT options = 0);
 
     // --- encryption ------------------------------------------------------------------------------
     // Single DES, for existing peers; it protects nothing today (see DES.h). The first 8 bytes of

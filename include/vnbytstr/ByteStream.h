@@ -209,15 +209,16 @@ public:
 
     // --- translation: as in CByteStore, and in place ---------------------------------------------
     /// Replaces the content by its translation; the cursor becomes 0. Returns 0, with the content
-    /// unchanged, when the pair cannot be translated.
-    int TranslateCCSID(WORD from, WORD to, STranslationReport* report = nullptr);
+    /// unchanged, when the pair cannot be translated or the options stopped the translation.
+    int TranslateCCSID(WORD from, WORD to, STranslationReport* report = nullptr, UINT options = 0);
     int TranslateCCSID(WORD from, WORD to, CByteStream& destination,
-                       STranslationReport* report = nullptr) const;
+                       STranslationReport* report = nullptr, UINT options = 0) const;
     int TranslateCCSID(DWORD index, DWORD count, BYTE* out, DWORD* outLength, WORD from, WORD to,
-                       STranslationReport* report = nullptr) const;
+                       STranslationReport* report = nullptr, UINT options = 0) const;
     int TranslateCCSID(BYTE* out, DWORD* outLength, WORD from, WORD to,
-                       STranslationReport* report = nullptr) const;
-    int TranslateCCSID(WORD from, CString& text, STranslationReport* report = nullptr) const;
+                       STranslationReport* report = nullptr, UINT options = 0) const;
+    int TranslateCCSID(WORD from, CString& text, STranslationReport* report = nullptr,
+                       UINT options = 0) const;
 
     // --- encryption, in place --------------------------------------------------------------------
     // In pieces of 32768 bytes counted from the start, as in CByteStore, wherever the content lies;

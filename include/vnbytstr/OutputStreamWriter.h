@@ -5,7 +5,12 @@
 #include "vnbytstr/framework/File.h"
 
 #include <cstddef>
+#include <memory>
 #include <string_view>
+
+namespace vnbytstr::detail {
+class SliceTranslator;
+}
 
 /// Writes text in the ANSI code page to an open file, translated into a coded character set, with
 /// entity references for the characters that have a meaning in markup, and with lines padded to
@@ -16,8 +21,10 @@
 /// with every call. (1204 would put a byte-order mark before every piece: write 1200 or 1202.)
 ///
 /// A character that the target does not hold is substituted as Ccsid.h says; GetReport tells how
-/// many there were, and where the first. Errors: a CCSID that cannot be translated to throws
-/// CTranslationException, the file a CFileException; both by pointer. One thread at a time.
+/// many there were, and where the first. With translateStop it is an error instead: what precedes
+/// it in its text is in the file, and CTranslationException is thrown. Other errors: a CCSID that
+/// cannot be translated to throws CTranslationException, the file a CFileException; all by pointer.
+/// After one, the writer can be used on. One thread at a time.
 class VNBYTSTR_API COutputStreamWriter {
 public:
     enum ELineBreak : int {
@@ -26,9 +33,10 @@ public:
         eNone = 2  ///< a new record without a line break, as any other value
     };
 
-    /// Writes to `file`, which must outlive the writer, in CCSID `ccsid`. Throws
-    /// CTranslationException when text cannot be translated from the native CCSID to that one.
-    COutputStreamWriter(CFile& file, WORD ccsid);
+    /// Writes to `file`, which must outlive the writer, in CCSID `ccsid`; `options` as for
+    /// TranslateCCSID. Throws CTranslationException when text cannot be translated from the native
+    /// CCSID to that one.
+    COutputStreamWriter(CFile& file, WORD ccsid, UINT options = 0);
     /// Closes the file when auto-close is on and it is open. A failure to close is not reported
     /// here: close the file yourself to learn of it.
     virtual ~COutputStreamWriter();
@@ -38,10 +46,14 @@ public:
     /// Writes the text, with "&lt;", "&gt;", "&amp;" and "&quot;" for < > & and the double quote
     /// when substitution is on. A null text is empty.
     void Write(const char* text);
+    /// The same of `length` bytes, which may contain NUL. Extension.
+    void Write(const char* text, DWORD length);
     /// As Write, of the text formatted as printf does: substitution applies to all of it.
     [[gnu::format(printf, 2, 3)]] void FormattedWrite(const char* format, ...);
     /// Writes the text as it is.
     void WriteVerbatim(const char* text);
+    /// The same of `length` bytes, which may contain NUL. Extension.
+    void WriteVerbatim(const char* text, DWORD length);
     /// Ends the line: pads it with blanks to the next multiple of the record length (when that is
     /// positive; a line at a multiple, be it empty, gets none), writes the line break, and sets the
     /// record index to 0.
@@ -71,18 +83,19 @@ public:
     /// in bytes of the native text. Extension.
     const STranslationReport& GetReport() const { return m_report; }
 
-protected:
-    /// Writes `length` bytes as they are.
-    void WriteVerbatim(const char* text, DWORD length);
-
 private:
+    void WriteSubstituted(std::string_view text);
     void WriteText(std::string_view text);
-    void Translate(std::string_view text);
+    void Translate(std::string_view text, WORD native);
     void AddToRecordIndex(std::size_t length);
     void AddToReport(const STranslationReport& piece);
 
     CFile* m_pFile;
     WORD m_wCCSID;
+    UINT m_nOptions;
+    /// Between two texts ready for the next one; null before the first and after an exception.
+    std::unique_ptr<vnbytstr::detail::SliceTranslator> m_pTranslator;
+    WORD m_wTranslatedFrom = 0; ///< the native CCSID that m_pTranslator is for
     BOOL m_bAutoClose = TRUE;
     int m_nRecordIndex = 0;
     int m_nRecordLength = 0;

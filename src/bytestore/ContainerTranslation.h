@@ -29,10 +29,11 @@ bool TranslateRange(Container& bytes, SliceTranslator& translator, DWORD index, 
 }
 
 /// Gives the translation of all that the container holds to `take`, piece by piece. False when the
-/// pair cannot be translated.
+/// pair cannot be translated, or the options stopped it.
 template <class Container, class Take>
-bool TranslateAll(Container& bytes, WORD from, WORD to, STranslationReport* report, Take take) {
-    SliceTranslator translator(from, to);
+bool TranslateAll(Container& bytes, WORD from, WORD to, STranslationReport* report, UINT options,
+                  Take take) {
+    SliceTranslator translator(from, to, options);
     if (!translator.IsValid())
         return false;
     DWORD start, end;
@@ -45,9 +46,9 @@ bool TranslateAll(Container& bytes, WORD from, WORD to, STranslationReport* repo
 /// Replaces the content of another container by the translation.
 template <class Container>
 int TranslateTo(Container& bytes, WORD from, WORD to, std::remove_const_t<Container>& destination,
-                STranslationReport* report) {
+                STranslationReport* report, UINT options) {
     EmptyGuard guard(destination);
-    if (!TranslateAll(bytes, from, to, report,
+    if (!TranslateAll(bytes, from, to, report, options,
                       [&](const BYTE* piece, DWORD count) { destination.Concat(piece, count); }))
         return 0;
     guard.Keep();
@@ -58,9 +59,9 @@ int TranslateTo(Container& bytes, WORD from, WORD to, std::remove_const_t<Contai
 /// needed.
 template <class Container>
 int TranslateInto(Container& bytes, DWORD index, DWORD count, BYTE* out, DWORD* outLength,
-                  WORD from, WORD to, STranslationReport* report) {
+                  WORD from, WORD to, STranslationReport* report, UINT options) {
     count = CheckedCount(bytes.GetLength(), index, count);
-    SliceTranslator translator(from, to);
+    SliceTranslator translator(from, to, options);
     bool done = translator.IsValid();
     const DWORD room = std::exchange(*outLength, 0);
     ULONGLONG total = 0;
@@ -80,9 +81,10 @@ int TranslateInto(Container& bytes, DWORD index, DWORD count, BYTE* out, DWORD* 
 
 /// Translates into a text of the native coded character set; the text stays when that fails.
 template <class Container>
-int TranslateToText(Container& bytes, WORD from, CString& text, STranslationReport* report) {
+int TranslateToText(Container& bytes, WORD from, CString& text, STranslationReport* report,
+                    UINT options) {
     CByteStream translated;
-    if (!TranslateAll(bytes, from, GetNativeCCSID(), report,
+    if (!TranslateAll(bytes, from, GetNativeCCSID(), report, options,
                       [&](const BYTE* piece, DWORD count) { translated.Concat(piece, count); }))
         return 0;
     const DWORD length = translated.GetLength();

@@ -32,8 +32,8 @@ std::string_view EntityFor(char c) {
 
 } // namespace
 
-COutputStreamWriter::COutputStreamWriter(CFile& file, WORD ccsid)
-    : m_pFile(&file), m_wCCSID(ccsid) {
+COutputStreamWriter::COutputStreamWriter(CFile& file, WORD ccsid, UINT options)
+    : m_pFile(&file), m_wCCSID(ccsid), m_nOptions(options) {
     const WORD native = GetNativeCCSID();
     if (!CanTranslateCCSID(native, ccsid))
         ThrowTranslationException(native, ccsid);
@@ -50,11 +50,22 @@ COutputStreamWriter::~COutputStreamWriter() {
 }
 
 void COutputStreamWriter::Write(const char* text) {
-    if (!m_bSubstituteEntityReferences || !text) {
-        WriteVerbatim(text);
+    if (!text)
         return;
-    }
-    std::string_view rest(text);
+    if (m_bSubstituteEntityReferences)
+        WriteSubstituted(text);
+    else
+        WriteText(text);
+}
+
+void COutputStreamWriter::Write(const char* text, DWORD length) {
+    if (m_bSubstituteEntityReferences)
+        WriteSubstituted({text, length});
+    else
+        WriteText({text, length});
+}
+
+void COutputStreamWriter::WriteSubstituted(std::string_view rest) {
     std::string piece; // several runs and entities in one write
     while (!rest.empty()) {
         const std::size_t run = CodePage::Ansi().SpanWithout(rest, "<>&\"");
@@ -107,29 +118,36 @@ void COutputStreamWriter::WriteText(std::string_view text) {
         m_report.ullConsumed += text.size();
         m_report.ullProduced += text.size();
     } else {
-        Translate(text);
+        Translate(text, native);
     }
     AddToRecordIndex(text.size());
 }
 
-void COutputStreamWriter::Translate(std::string_view text) {
-    const WORD native = GetNativeCCSID();
-    SliceTranslator translator(native, m_wCCSID);
-    bool done = translator.IsValid();
+void COutputStreamWriter::Translate(std::string_view text, WORD native) {
+    // Out of the member while it is in use: after an exception the next text begins with a new one.
+    std::unique_ptr<SliceTranslator> translator;
+    if (m_wTranslatedFrom == native)
+        translator = std::move(m_pTranslator);
+    if (!translator)
+        WithMemoryException(
+            [&] { translator = std::make_unique<SliceTranslator>(native, m_wCCSID, m_nOptions); });
+    bool done = translator->IsValid();
     const auto* bytes = reinterpret_cast<const BYTE*>(text.data());
     for (std::size_t at = 0; done && at < text.size();) {
         const auto size =
             static_cast<DWORD>(std::min<std::size_t>(text.size() - at, SliceTranslator::kSlice));
         done =
-            translator.Pass(bytes + at, size, at + size == text.size(),
-                            [this](const BYTE* out, DWORD count) { m_pFile->Write(out, count); });
+            translator->Pass(bytes + at, size, at + size == text.size(),
+                             [this](const BYTE* out, DWORD count) { m_pFile->Write(out, count); });
         at += size;
     }
+    STranslationReport piece;
+    translator->Report(&piece);
+    AddToReport(piece);
     if (!done)
         ThrowTranslationException(native, m_wCCSID);
-    STranslationReport piece;
-    translator.Report(&piece);
-    AddToReport(piece);
+    m_pTranslator = std::move(translator);
+    m_wTranslatedFrom = native;
 }
 
 void COutputStreamWriter::AddToReport(const STranslationReport& piece) {

@@ -14,14 +14,17 @@ public:
     static constexpr DWORD kSlice = 16384;  ///< most input bytes at a time
     static constexpr DWORD kOutput = 32768; ///< room for output; a slice may need it several times
 
-    SliceTranslator(WORD from, WORD to)
-        : m_translation(WithMemoryException([=] { return TranslateBeginEx(from, to); })) {}
+    /// `options` as for TranslateBeginEx.
+    SliceTranslator(WORD from, WORD to, UINT options = 0)
+        : m_translation(
+              WithMemoryException([=] { return TranslateBeginEx(from, to, nullptr, options); })) {}
 
     /// False when the pair cannot be translated.
     bool IsValid() const { return m_translation != nullptr; }
 
     /// Translates `count` bytes; `last` says that the text ends with them. `take(bytes, count)`
-    /// gets every piece of output. False when the translation fails.
+    /// gets every piece of output. False when the translation fails. After the last piece the
+    /// object is ready for another text.
     template <class Take>
     bool Pass(const BYTE* bytes, DWORD count, bool last, Take take) {
         for (;;) {

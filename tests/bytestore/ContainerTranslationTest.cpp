@@ -1,6 +1,7 @@
 // Translation between coded character sets by stores and streams, and the messages of their errors.
 #include "tests/bytestore/StoreFixture.h"
 
+#include "src/charset/CodePage.h"
 #include "vnbytstr/Ccsid.h"
 
 namespace vnbytstr::test {
@@ -35,6 +36,33 @@ protected:
     CByteStream m_inMemory, m_spilled;
     CByteStore m_store;
 };
+
+TEST_F(ContainerTranslationTest, StopsWhereAskedTo) {
+    const auto check = [&](auto& value) {
+        const Bytes before = Content(value);
+        STranslationReport report;
+        std::remove_reference_t<decltype(value)> target("0102");
+        EXPECT_EQ(value.TranslateCCSID(kUtf8, kEbcdic, target, &report, translateStop), 0);
+        EXPECT_EQ(report.ullFirstUntranslatable, 1u);
+        EXPECT_TRUE(target.IsEmpty());
+        EXPECT_EQ(value.TranslateCCSID(kUtf8, kEbcdic, value, nullptr, translateStop), 0);
+        EXPECT_TRUE(Content(value) == before);
+        BYTE out[16];
+        DWORD room = sizeof out;
+        EXPECT_EQ(value.TranslateCCSID(0, 4, out, &room, kUtf8, kEbcdic, nullptr, translateStop),
+                  0);
+        room = sizeof out;
+        EXPECT_EQ(value.TranslateCCSID(0, 1, out, &room, kUtf8, kEbcdic, nullptr, translateStop),
+                  1);
+        EXPECT_EQ(value.TranslateCCSID(kUtf8, kUtf16, value, nullptr, translateStop), 1);
+        const ScopedCodePage page(1252);
+        CString text("kept");
+        EXPECT_EQ(value.TranslateCCSID(kUtf16, text, nullptr, translateStop), 1); // has a euro
+    };
+    check(m_inMemory);
+    check(m_spilled);
+    check(m_store);
+}
 
 TEST_F(ContainerTranslationTest, EveryFormAgreesWithTheWholeText) {
     ASSERT_FALSE(m_spilled.IsAllInBuffer());

@@ -162,6 +162,53 @@ TEST_F(OutputStreamWriterTest, ReportsWhatTheTargetDoesNotHold) {
               "abcd\x1A\x1A\x1A\x1A");
 }
 
+TEST_F(OutputStreamWriterTest, TextsWithLengthMayContainNul) {
+    const std::string text("a\0<\0", 4);
+    const auto both = [&](COutputStreamWriter& writer) {
+        writer.WriteVerbatim(text.data(), 4);
+        writer.SetSubstituteEntityReferences(TRUE);
+        writer.Write(text.data(), 4);
+        writer.Write(nullptr, 0);
+        EXPECT_EQ(writer.GetRecordIndex(), 11);
+    };
+    const std::string expected("a\0<\0a\0&lt;\0", 11);
+    EXPECT_EQ(Written(1252, both), expected);
+    EXPECT_EQ(Written(37, both), Ebcdic(expected));
+}
+
+TEST_F(OutputStreamWriterTest, StopsAtWhatTheTargetDoesNotHold) {
+    const ScopedCodePage page(65001);
+    CFile file(m_folder.File("out").c_str(), CFile::modeCreate | CFile::modeReadWrite);
+    COutputStreamWriter writer(file, 939, translateStop);
+    const auto fails = [&](const char* text) {
+        try {
+            writer.Write(text);
+            return false;
+        } catch (CTranslationException* error) {
+            EXPECT_EQ(error->m_wTo, 939);
+            error->Delete();
+            return true;
+        }
+    };
+    EXPECT_FALSE(fails("\xE3\x81\x84"));
+    EXPECT_TRUE(fails("\xE3\x81\x84\xF0\x9F\x98\x80\xE3\x81\x84")); // an emoji, in double-byte mode
+    EXPECT_EQ(writer.GetReport().ullFirstUntranslatable, 6u);
+    EXPECT_FALSE(fails("\xE3\x81\x84")); // a new text: begins in single-byte mode
+    writer.LineBreak();
+    file.Close();
+    EXPECT_EQ(m_folder.Read("out"), "\x0E\x44\x82\x0F\x0E\x44\x82\x0E\x44\x82\x0F\x0D\x25");
+}
+
+TEST_F(OutputStreamWriterTest, FollowsAChangeOfTheCodePage) {
+    EXPECT_EQ(Written(1208,
+                      [](COutputStreamWriter& writer) {
+                          writer.Write("\xE4");
+                          const ScopedCodePage page(1253);
+                          writer.Write("\xE4");
+                      }),
+              "\xC3\xA4\xCE\xB4");
+}
+
 TEST_F(OutputStreamWriterTest, RefusesAnUnknownSet) {
     CFile file(m_folder.File("out").c_str(), CFile::modeCreate | CFile::modeWrite);
     try {
@@ -204,6 +251,8 @@ TEST_F(OutputStreamWriterTest, AFailedWriteThrowsAndDoesNotCount) {
         error->Delete();
     }
     EXPECT_EQ(writer.GetRecordIndex(), 3);
+    writer.Write("x"); // not the rest of the text that failed
+    EXPECT_EQ(m_folder.Read("out"), Ebcdic("abcx"));
     m_system.Inject(Fault{.call = Call::Close}); // and the destructor swallows this
 }
 
