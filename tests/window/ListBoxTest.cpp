@@ -267,6 +267,9 @@ TEST_F(ListBox, ScrollsByBarWheelAndMessage) {
     EXPECT_EQ(bar->maximum(), 95);
     bar->triggerAction(QAbstractSlider::SliderToMaximum);
     EXPECT_EQ(m_list.GetTopIndex(), 95);
+    bar->setSliderPosition(30); // as when the thumb is dragged
+    EXPECT_EQ(m_list.GetTopIndex(), 30);
+    EXPECT_EQ(bar->value(), 30);
     m_list.SetTopIndex(50);
     EXPECT_EQ(bar->value(), 50);
     CRect rect;

@@ -4,6 +4,15 @@
 // LB_ERR (-1) answers a row that is not there, and what the list's style does not allow. A row's
 // text may hold any bytes but NUL. A list box with LBS_SORT is kept in the order of the system's
 // collation (ignoring case, kana type and width).
+//
+// An owner-draw list box with LBS_NODATA, and without LBS_HASSTRINGS and LBS_SORT (with either of
+// them LBS_NODATA is ignored), has a number of rows, set by LB_SETCOUNT, and their selection: no
+// texts and no data. Its rows are drawn by number. A row costs no memory but, once rows have been
+// selected, at most a bit. LB_SETCOUNT keeps selection, caret and top row as far as their rows stay
+// and takes no longer for many rows than for few; there may be 2^31 - 1. Adding and inserting
+// ignore the text or data given; finding and setting data answer LB_ERR, and item data reads as 0.
+// With LBS_OWNERDRAWVARIABLE all rows are as high as the first, which is measured when rows come to
+// the empty list. WM_DELETEITEM is not sent.
 #pragma once
 
 #include "vnbytstr/window/Export.h"
@@ -45,6 +54,7 @@ inline constexpr UINT LB_GETITEMHEIGHT = 0x01A1;
 inline constexpr UINT LB_FINDSTRINGEXACT = 0x01A2;
 inline constexpr UINT LB_SETLOCALE = 0x01A5;
 inline constexpr UINT LB_GETLOCALE = 0x01A6;
+inline constexpr UINT LB_SETCOUNT = 0x01A7;
 inline constexpr UINT LB_INITSTORAGE = 0x01A8;
 inline constexpr UINT LB_ITEMFROMPOINT = 0x01A9;
 inline constexpr int LB_OKAY = 0;
@@ -65,6 +75,7 @@ inline constexpr DWORD LBS_NOINTEGRALHEIGHT = 0x0100;
 inline constexpr DWORD LBS_WANTKEYBOARDINPUT = 0x0400;
 inline constexpr DWORD LBS_EXTENDEDSEL = 0x0800;
 inline constexpr DWORD LBS_DISABLENOSCROLL = 0x1000;
+inline constexpr DWORD LBS_NODATA = 0x2000;
 inline constexpr DWORD LBS_NOSEL = 0x4000;
 
 class VNBYTSTR_CONTROLS_API CListBox : public CWnd {
@@ -104,6 +115,8 @@ public:
     int FindString(int after, LPCTSTR beginning) const;
     int FindStringExact(int after, LPCTSTR text) const;
     int SelectString(int after, LPCTSTR beginning);
+    /// LBS_NODATA only: the number of rows. LB_ERR with any other style, and below 0.
+    int SetCount(int rows);
     /// Makes room for that many more rows; `bytes` is not needed. Returns how many there is room
     /// for.
     int InitStorage(int rows, UINT bytes);
@@ -125,6 +138,11 @@ VNBYTSTR_CONTROLS_API LPCSTR ListBoxRowText(HWND list, int row, int* length = nu
 /// the rows' texts, each with its NUL, one after the other. Returns the index of the first new row,
 /// LB_ERRSPACE when memory ran out (nothing was added).
 VNBYTSTR_CONTROLS_API int ListBoxAddRows(HWND list, LPCSTR texts, std::size_t bytes, int count);
+/// Empties an owner-draw list and takes its rows' texts away (LBS_NODATA instead of LBS_HASSTRINGS)
+/// or gives them back. FALSE for any other list, and for one with LBS_SORT.
+VNBYTSTR_CONTROLS_API BOOL ListBoxSetNoData(HWND list, BOOL on);
+/// The next selected row at or after `from`; -1 when there is none.
+VNBYTSTR_CONTROLS_API int ListBoxNextSelected(HWND list, int from);
 /// Puts the rows in a new order: the row that stood at order[i] comes to i. Text, data, height and
 /// selection go along; caret and current row stay with their row; the view stays where it is. FALSE
 /// when `order` is no permutation of the rows (nothing changed).

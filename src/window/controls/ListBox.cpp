@@ -103,6 +103,9 @@ int CListBox::SelectString(int after, LPCTSTR beginning) {
     return static_cast<int>(SendMessage(LB_SELECTSTRING, static_cast<WPARAM>(after),
                                         reinterpret_cast<LPARAM>(beginning)));
 }
+int CListBox::SetCount(int rows) {
+    return static_cast<int>(SendMessage(LB_SETCOUNT, static_cast<WPARAM>(rows)));
+}
 int CListBox::InitStorage(int rows, UINT bytes) {
     return static_cast<int>(SendMessage(LB_INITSTORAGE, static_cast<WPARAM>(std::max(rows, 0)),
                                         static_cast<LPARAM>(bytes)));
@@ -138,6 +141,16 @@ int ListBoxAddRows(HWND list, LPCSTR texts, std::size_t bytes, int count) {
     if (control == nullptr || (texts == nullptr && bytes != 0))
         return LB_ERR;
     return control->AddMany({texts, bytes}, count);
+}
+
+BOOL ListBoxSetNoData(HWND list, BOOL on) {
+    ListBoxControl* control = ListBoxControl::Of(list);
+    return control != nullptr && control->SetNoData(on != FALSE);
+}
+
+int ListBoxNextSelected(HWND list, int from) {
+    ListBoxControl* control = ListBoxControl::Of(list);
+    return control != nullptr ? control->Rows().NextSelected(from) : -1;
 }
 
 BOOL ListBoxReorder(HWND list, std::span<const DWORD> order) {

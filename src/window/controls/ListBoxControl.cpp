@@ -9,6 +9,7 @@
 #include "src/charset/Collation.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstring>
 #include <new>
 #include <numeric>
@@ -97,7 +98,11 @@ LRESULT ListBoxControl::RowsProc(UINT message, WPARAM wParam, LPARAM lParam) {
             return Find(row, lParam, true);
         case LB_GETITEMDATA:
             return m_rows.Has(row) ? static_cast<LRESULT>(m_rows.Data(row)) : LB_ERR;
+        case LB_SETCOUNT:
+            return SetCount(wParam);
         case LB_SETITEMDATA:
+            if (m_rows.IsNoData())
+                return LB_ERR;
             if (row == -1) {
                 for (int i = 0; i < m_rows.Count(); ++i)
                     m_rows.SetData(i, static_cast<std::uintptr_t>(lParam));
@@ -109,7 +114,7 @@ LRESULT ListBoxControl::RowsProc(UINT message, WPARAM wParam, LPARAM lParam) {
             return LB_OKAY;
         case LB_INITSTORAGE:
             m_rows.Reserve(row);
-            return m_rows.Count() + std::max(row, 0);
+            return static_cast<LRESULT>(m_rows.Count()) + std::max(row, 0);
         case LB_SETTABSTOPS:
         case LB_GETLOCALE:
         case LB_SETLOCALE:
@@ -138,6 +143,8 @@ int ListBoxControl::Insert(int row, LPARAM text) {
         return LB_ERR;
     if (HasStrings())
         m_rows.Insert(row, ViewOf(text));
+    else if (m_rows.IsNoData())
+        m_rows.Insert(row, {});
     else
         m_rows.Insert(row, {}, static_cast<std::uintptr_t>(text));
     RowInserted(row);
@@ -150,8 +157,10 @@ void ListBoxControl::RowInserted(int row) {
             ++*place;
     if (!IsSingle() && m_caret < 0)
         m_caret = 0;
-    if (Has(LBS_OWNERDRAWVARIABLE))
+    if (HasOwnHeights())
         MeasureRow(row);
+    else if (m_rows.Count() == 1)
+        MeasureCommon();
     if (row < m_top)
         ++m_top; // the rows in view stay in view
     RowsChanged();
@@ -210,7 +219,7 @@ int ListBoxControl::AddMany(std::string_view texts, int count) {
     }
     if (!IsSingle() && m_caret < 0 && m_rows.Count() > 0)
         m_caret = 0;
-    if (Has(LBS_OWNERDRAWVARIABLE))
+    if (HasOwnHeights())
         for (int row = first; row < m_rows.Count(); ++row)
             MeasureRow(row);
     RowsChanged();
@@ -261,8 +270,49 @@ LRESULT ListBoxControl::Delete(int row) {
     return m_rows.Count();
 }
 
+/// The rows up to the lower of the numbers before and after stay what they are: selected or not,
+/// current, at the top.
+LRESULT ListBoxControl::SetCount(WPARAM wanted) {
+    if (!m_rows.IsNoData() || wanted > INT_MAX)
+        return LB_ERR;
+    const int before = m_rows.Count();
+    const int count = static_cast<int>(wanted);
+    if (count == before)
+        return LB_OKAY;
+    m_rows.SetCount(count);
+    const int caret = m_caret;
+    if (m_current >= count)
+        m_current = -1;
+    for (int* place : {&m_caret, &m_anchor})
+        *place = std::min(*place, count - 1);
+    if (!IsSingle() && m_caret < 0 && count > 0)
+        m_caret = 0;
+    if (before == 0)
+        MeasureCommon();
+    const int top = m_top;
+    m_top = std::min(m_top, LastTop());
+    RowsChanged();
+    m_top = std::min(m_top, LastTop()); // the scroll bar may have come or gone
+    InvalidateFrom(m_top == top ? std::min(before, count) : m_top);
+    if (m_caret != caret)
+        InvalidateRow(std::max(m_caret, 0));
+    return LB_OKAY;
+}
+
+/// Empties the list; its rows have (no) texts from now on.
+bool ListBoxControl::SetNoData(bool on) {
+    if (!IsOwnerDrawn() || Has(LBS_SORT))
+        return false;
+    Reset();
+    m_window.ChangeClassStyle(on ? LBS_HASSTRINGS : LBS_NODATA, on ? LBS_NODATA : LBS_HASSTRINGS);
+    m_rows.SetNoData(on);
+    if (!on && !Has(LBS_OWNERDRAWFIXED))
+        MeasureAll(); // rows are measured one by one again
+    return true;
+}
+
 void ListBoxControl::Reset() {
-    if (IsOwnerDrawn())
+    if (IsOwnerDrawn() && !m_rows.IsNoData())
         for (int row = m_rows.Count() - 1; row >= 0; --row)
             if (m_rows.Has(row))
                 SendDeleteItem(row);
@@ -297,6 +347,8 @@ LRESULT ListBoxControl::CopyText(int row, LPARAM buffer) const {
 }
 
 int ListBoxControl::Find(int after, LPARAM text, bool exact) const {
+    if (m_rows.IsNoData())
+        return LB_ERR;
     if (!HasStrings()) {
         for (int row = 0; row < m_rows.Count(); ++row)
             if (m_rows.Data(row) == static_cast<std::uintptr_t>(text))

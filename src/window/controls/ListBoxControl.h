@@ -22,6 +22,7 @@ public:
     int AddMany(std::string_view texts, int count);
     bool Reorder(std::span<const DWORD> order);
     bool SetRowText(int row, std::string_view text);
+    bool SetNoData(bool on);
     int Caret() const { return m_caret; }
     int FirstVisible() const { return m_top; }
     CRect RowRect(int row) const; ///< in client coordinates; may lie outside the client area
@@ -33,6 +34,7 @@ private:
     bool IsExtended() const { return Has(LBS_EXTENDEDSEL); }
     bool IsOwnerDrawn() const { return Has(LBS_OWNERDRAWFIXED | LBS_OWNERDRAWVARIABLE); }
     bool HasStrings() const { return !IsOwnerDrawn() || Has(LBS_HASSTRINGS); }
+    bool HasOwnHeights() const { return Has(LBS_OWNERDRAWVARIABLE) && !m_rows.IsNoData(); }
 
     // Messages (ListBoxControl.cpp)
     LRESULT RowsProc(UINT message, WPARAM wParam, LPARAM lParam);
@@ -45,11 +47,13 @@ private:
     int SortedPlace(std::string_view text, std::uintptr_t data);
     int CompareRow(int row, std::string_view text, std::uintptr_t data);
     LRESULT Delete(int row);
+    LRESULT SetCount(WPARAM count);
     void Reset();
     void SendDeleteItem(int row);
     void RowInserted(int row);
     void MeasureRow(int row);
     void MeasureAll();
+    void MeasureCommon();
     LRESULT CopyText(int row, LPARAM buffer) const;
     int Find(int after, LPARAM text, bool exact) const;
     LRESULT SelectedItems(int size, int* rows) const;

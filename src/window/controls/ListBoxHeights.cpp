@@ -9,6 +9,7 @@
 namespace vnbytstr::detail {
 
 void ListBoxControl::OnCreate() {
+    m_rows.SetNoData(Has(LBS_NODATA) && IsOwnerDrawn() && !Has(LBS_SORT | LBS_HASSTRINGS));
     m_window.ShowScrollBar(SB_VERT, Has(LBS_DISABLENOSCROLL) && m_window.WantsScrollBar(SB_VERT));
     m_window.ShowScrollBar(SB_HORZ, false);
     MeasureAll();
@@ -25,6 +26,19 @@ void ListBoxControl::MeasureAll() {
         height = static_cast<int>(item.itemHeight);
     }
     m_rows.SetHeight(height);
+}
+
+/// Without data all rows of an LBS_OWNERDRAWVARIABLE list are as high as the first. It is asked
+/// for when the first row comes, as in other lists of that style.
+void ListBoxControl::MeasureCommon() {
+    if (m_heightSet || !m_rows.IsNoData() || !Has(LBS_OWNERDRAWVARIABLE))
+        return;
+    MEASUREITEMSTRUCT item{};
+    item.CtlType = ODT_LISTBOX;
+    item.CtlID = m_window.Id();
+    item.itemHeight = static_cast<UINT>(m_rows.Height());
+    m_window.NotifyParent(WM_MEASUREITEM, m_window.Id(), reinterpret_cast<LPARAM>(&item));
+    m_rows.SetHeight(static_cast<int>(std::min<UINT>(item.itemHeight, 0xFFFF)));
 }
 
 void ListBoxControl::MeasureRow(int row) {
@@ -56,23 +70,23 @@ LRESULT ListBoxControl::PlaceProc(UINT message, WPARAM wParam, LPARAM lParam) {
         *reinterpret_cast<RECT*>(lParam) = RowRect(row);
         return m_rows.Has(row) ? LB_OKAY : LB_ERR;
     case LB_GETITEMHEIGHT:
-        if (!Has(LBS_OWNERDRAWVARIABLE))
+        if (!HasOwnHeights())
             return m_rows.Height();
         return m_rows.Has(row)       ? m_rows.HeightOf(row)
                : m_rows.Count() == 0 ? m_rows.Height()
                                      : LB_ERR;
     case LB_SETITEMHEIGHT: {
         constexpr LPARAM kMaxHeight = 255;
-        if (lParam < 1 || lParam > kMaxHeight || (Has(LBS_OWNERDRAWVARIABLE) && !m_rows.Has(row)))
+        if (lParam < 1 || lParam > kMaxHeight || (HasOwnHeights() && !m_rows.Has(row)))
             return LB_ERR;
-        if (Has(LBS_OWNERDRAWVARIABLE)) {
+        if (HasOwnHeights()) {
             m_rows.SetHeightOf(row, static_cast<int>(lParam));
         } else {
             m_rows.SetHeight(static_cast<int>(lParam));
             m_heightSet = true;
         }
         RowsChanged();
-        InvalidateFrom(Has(LBS_OWNERDRAWVARIABLE) ? row : 0);
+        InvalidateFrom(HasOwnHeights() ? row : 0);
         return LB_OKAY;
     }
     case LB_GETHORIZONTALEXTENT:

@@ -17,7 +17,7 @@
 #include "src/charset/CodePage.h"
 
 #include <algorithm>
-#include <climits>
+#include <cstdint>
 
 namespace vnbytstr::detail {
 namespace {
@@ -25,10 +25,10 @@ namespace {
 constexpr std::uintptr_t kScrollTimer = 0xFFFFFE01;
 constexpr UINT kScrollEvery = 50; // milliseconds
 
-constexpr int kNoTarget = INT_MIN;
+constexpr std::int64_t kNoTarget = INT64_MIN;
 
 /// Where a key takes the current row; kNoTarget for a key that does not move it.
-int Target(int key, int from, int page, int count) {
+std::int64_t Target(int key, std::int64_t from, int page, int count) {
     switch (key) {
     case VK_UP:
     case VK_LEFT:
@@ -184,11 +184,11 @@ bool ListBoxControl::OnKey(int key) {
         Notify(LBN_SELCHANGE);
         return true;
     }
-    const int to = Target(key, from, page, count);
+    const std::int64_t to = Target(key, from, page, count);
     if (to == kNoTarget)
         return false;
     if (count > 0 && !Has(LBS_NOSEL))
-        MoveCaret(std::clamp(to, 0, count - 1));
+        MoveCaret(static_cast<int>(std::clamp<std::int64_t>(to, 0, count - 1)));
     return true;
 }
 

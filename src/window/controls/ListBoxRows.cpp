@@ -3,6 +3,8 @@
 // 3. m_selected is the number of selected rows.
 // 4. m_data and m_heights are empty, or have an element per row.
 // 5. m_sums, when valid, is the Fenwick tree over m_heights.
+// 6. Without data all of the above are empty; m_marked holds rows below m_count only. With data
+//    m_count is 0 and m_marked empty.
 #include "src/window/controls/ListBoxRows.h"
 
 #include "src/window/controls/TextMatch.h"
@@ -11,6 +13,7 @@
 #include <array>
 #include <bit>
 #include <cassert>
+#include <climits>
 #include <cstring>
 #include <new>
 #include <string>
@@ -64,7 +67,26 @@ char* ListBoxRows::Store(std::string_view text) {
     return place;
 }
 
+void ListBoxRows::SetNoData(bool on) noexcept {
+    Clear();
+    m_noData = on;
+}
+
+void ListBoxRows::SetCount(int count) {
+    if (count < m_count)
+        m_marked.Set(count, m_count - 1, false);
+    m_count = count;
+    Check();
+}
+
 void ListBoxRows::Insert(int row, std::string_view text, std::uintptr_t data) {
+    if (m_noData) {
+        if (m_count == INT_MAX)
+            throw std::bad_alloc();
+        m_marked.InsertRow(row);
+        ++m_count;
+        return;
+    }
     MakeRoom(m_rows);
     if (m_data.empty() && data != 0)
         m_data.resize(m_rows.size());
@@ -147,6 +169,11 @@ void ListBoxRows::SetText(int row, std::string_view text) {
 }
 
 void ListBoxRows::Remove(int row) {
+    if (m_noData) {
+        m_marked.RemoveRow(row);
+        --m_count;
+        return;
+    }
     Discard(m_rows[Index(row)]);
     m_selected -= m_rows[Index(row)].selected ? 1 : 0;
     m_rows.erase(m_rows.begin() + row);
@@ -172,6 +199,8 @@ void ListBoxRows::Clear() noexcept {
     m_live = 0;
     m_garbage = 0;
     m_selected = 0;
+    m_count = 0;
+    m_marked.Clear();
 }
 
 /// Copies the texts into new chunks when more than half of the bytes are garbage.
@@ -196,7 +225,8 @@ void ListBoxRows::Compact() {
 
 void ListBoxRows::Reserve(int rows) {
     constexpr int kMaxReserve = 1 << 26;
-    m_rows.reserve(m_rows.size() + Index(std::clamp(rows, 0, kMaxReserve)));
+    if (!m_noData)
+        m_rows.reserve(m_rows.size() + Index(std::clamp(rows, 0, kMaxReserve)));
 }
 
 void ListBoxRows::SetData(int row, std::uintptr_t data) {
@@ -206,7 +236,9 @@ void ListBoxRows::SetData(int row, std::uintptr_t data) {
     m_data[Index(row)] = data;
 }
 
-bool ListBoxRows::Select(int row, bool on) noexcept {
+bool ListBoxRows::Select(int row, bool on) {
+    if (m_noData)
+        return m_marked.Set(row, row, on);
     Row& entry = m_rows[Index(row)];
     if ((entry.selected != 0) == on)
         return false;
@@ -215,12 +247,36 @@ bool ListBoxRows::Select(int row, bool on) noexcept {
     return true;
 }
 
-void ListBoxRows::SelectRange(int first, int last, bool on) noexcept {
-    for (int row = std::max(first, 0); row <= std::min(last, Count() - 1); ++row)
-        Select(row, on);
+void ListBoxRows::SelectRange(int first, int last, bool on) {
+    first = std::max(first, 0);
+    last = std::min(last, Count() - 1);
+    if (m_noData)
+        m_marked.Set(first, last, on);
+    else
+        for (int row = first; row <= last; ++row)
+            Select(row, on);
+}
+
+bool ListBoxRows::SelectOnly(int first, int last) {
+    first = std::max(first, 0);
+    last = std::min(last, Count() - 1);
+    if (m_noData) {
+        const bool cleared = m_marked.Set(0, first - 1, false);
+        const bool ended = m_marked.Set(last + 1, m_count, false);
+        return m_marked.Set(first, last, true) || cleared || ended;
+    }
+    bool changed = false;
+    for (int row = NextSelected(0); row >= 0; row = NextSelected(row + 1))
+        if (row < first || row > last)
+            changed = Select(row, false) || changed;
+    for (int row = first; row <= last; ++row)
+        changed = Select(row, true) || changed;
+    return changed;
 }
 
 int ListBoxRows::NextSelected(int from) const noexcept {
+    if (m_noData)
+        return m_marked.Next(from);
     if (m_selected != 0)
         for (int row = std::max(from, 0); row < Count(); ++row)
             if (m_rows[Index(row)].selected)
@@ -233,6 +289,8 @@ int ListBoxRows::Find(int after, std::string_view text, bool exact) const {
 }
 
 bool ListBoxRows::Reorder(std::span<const DWORD> order) {
+    if (m_noData)
+        return false;
     const std::size_t count = m_rows.size();
     if (order.size() != count)
         return false;
@@ -311,9 +369,10 @@ int ListBoxRows::RowAt(std::int64_t y) const {
 }
 
 std::size_t ListBoxRows::MemoryUse() const noexcept {
-    std::size_t bytes =
-        m_rows.capacity() * sizeof(Row) + m_data.capacity() * sizeof(std::uintptr_t) +
-        m_heights.capacity() * sizeof(WORD) + m_sums.capacity() * sizeof(std::int64_t);
+    std::size_t bytes = m_rows.capacity() * sizeof(Row) +
+                        m_data.capacity() * sizeof(std::uintptr_t) +
+                        m_heights.capacity() * sizeof(WORD) +
+                        m_sums.capacity() * sizeof(std::int64_t) + m_marked.MemoryUse();
     for (const Chunk& chunk : m_chunks)
         bytes += chunk.size + sizeof(Chunk);
     return bytes;
@@ -330,6 +389,8 @@ void ListBoxRows::Check() const noexcept {
     const auto selected =
         std::count_if(m_rows.begin(), m_rows.end(), [](const Row& row) { return row.selected; });
     assert(selected == m_selected);
+    assert(m_noData ? m_rows.empty() : m_count == 0);
+    assert(m_marked.Next(m_count) < 0);
 #endif
 }
 

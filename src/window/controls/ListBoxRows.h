@@ -1,6 +1,7 @@
 // The rows of a list box: texts, data, selection and heights, apart from any window.
 #pragma once
 
+#include "src/window/controls/RowSet.h"
 #include "vnbytstr/framework/Types.h"
 #include "vnbytstr/window/Export.h"
 
@@ -17,13 +18,25 @@ namespace vnbytstr::detail {
 /// A row costs 16 bytes and its text with a NUL; 8 more when any row has data, 10 more when any row
 /// has its own height. Adding at the end takes amortised constant time; inserting and removing move
 /// the rows that follow. When memory runs out, std::bad_alloc is thrown and nothing has changed.
+///
+/// Without data (SetNoData) there is only a number of rows and their selection, all rows have the
+/// common height, and a row costs nothing but its bit in the selection.
 class VNBYTSTR_CONTROLS_API ListBoxRows {
 public:
-    int Count() const noexcept { return static_cast<int>(m_rows.size()); }
+    int Count() const noexcept { return m_noData ? m_count : static_cast<int>(m_rows.size()); }
     bool Has(int row) const noexcept { return row >= 0 && row < Count(); }
 
-    /// The text, followed by a NUL. Valid until a row's text is set or a row is removed.
+    /// Removes all rows; rows added from now on have (have no) texts, data and own heights.
+    void SetNoData(bool on) noexcept;
+    bool IsNoData() const noexcept { return m_noData; }
+    /// Without data only: adds rows at the end or removes the last ones.
+    void SetCount(int count);
+
+    /// The text, followed by a NUL; empty without data. Valid until a row's text is set or a row
+    /// is removed.
     std::string_view Text(int row) const noexcept {
+        if (m_noData)
+            return {"", 0};
         const Row& entry = m_rows[Index(row)];
         return {entry.text, entry.length};
     }
@@ -42,12 +55,16 @@ public:
     std::uintptr_t Data(int row) const noexcept { return m_data.empty() ? 0 : m_data[Index(row)]; }
     void SetData(int row, std::uintptr_t data);
 
-    bool IsSelected(int row) const noexcept { return m_rows[Index(row)].selected != 0; }
+    bool IsSelected(int row) const noexcept {
+        return m_noData ? m_marked.Has(row) : m_rows[Index(row)].selected != 0;
+    }
     /// Returns whether that changed anything.
-    bool Select(int row, bool on) noexcept;
+    bool Select(int row, bool on);
     /// Rows first to last (inclusive).
-    void SelectRange(int first, int last, bool on) noexcept;
-    int SelectedCount() const noexcept { return m_selected; }
+    void SelectRange(int first, int last, bool on);
+    /// Those and no others. Returns whether that changed anything.
+    bool SelectOnly(int first, int last);
+    int SelectedCount() const noexcept { return m_noData ? m_marked.Count() : m_selected; }
     /// The next selected row at or after `from`; -1 when there is none.
     int NextSelected(int from) const noexcept;
 
@@ -58,7 +75,7 @@ public:
     int FindExact(int after, std::string_view text) const { return Find(after, text, true); }
 
     /// The row that stood at order[i] comes to i, with all it has. False (and nothing changed) when
-    /// `order` is no permutation.
+    /// `order` is no permutation, and without data.
     bool Reorder(std::span<const DWORD> order);
 
     // --- heights, in pixels ---
@@ -101,6 +118,9 @@ private:
     void EnsureSums() const;
     void Check() const noexcept;
 
+    bool m_noData = false;
+    int m_count = 0; ///< of rows without data
+    RowSet m_marked; ///< the selected rows without data
     std::vector<Row> m_rows;
     std::vector<Chunk> m_chunks;
     std::size_t m_live = 0;    ///< bytes of texts in use, with their NULs

@@ -126,14 +126,7 @@ void ListBoxControl::SetSelected(int row, bool on) {
 void ListBoxControl::SelectOnly(int first, int last) {
     if (first > last)
         std::swap(first, last);
-    bool changed = false;
-    for (int row = m_rows.NextSelected(0); row >= 0;
-         row = row + 1 < m_rows.Count() ? m_rows.NextSelected(row + 1) : -1)
-        if (row < first || row > last)
-            changed = m_rows.Select(row, false) || changed;
-    for (int row = std::max(first, 0); row <= last && row < m_rows.Count(); ++row)
-        changed = m_rows.Select(row, true) || changed;
-    if (!changed)
+    if (!m_rows.SelectOnly(first, last))
         return;
     m_changed = true;
     InvalidateFrom(m_top);

@@ -106,14 +106,16 @@ void ListBoxControl::UpdateScrollBars() {
 }
 
 void ListBoxControl::OnScroll(int bar, UINT code) {
-    UpdateScrollBars();
     const QScrollBar* widget = m_window.ScrollBar(bar);
     const bool vertical = bar == SB_VERT;
+    int at = vertical ? m_top : m_shift;
+    // Read before the bars are updated, which puts the thumb back.
+    const int thumb = widget != nullptr ? widget->sliderPosition() : at;
+    UpdateScrollBars();
     const int page = std::max(vertical ? FullyVisible() : m_client.cx, 1);
     constexpr int kSidestep = 8;
     const int line = vertical ? 1 : kSidestep;
     const int last = vertical ? LastTop() : std::max<int>(0, m_extent - m_client.cx);
-    int at = vertical ? m_top : m_shift;
     switch (code) {
     case SB_LINEUP:
         at -= line;
@@ -135,8 +137,7 @@ void ListBoxControl::OnScroll(int bar, UINT code) {
         break;
     case SB_THUMBTRACK:
     case SB_THUMBPOSITION:
-        if (widget != nullptr)
-            at = widget->sliderPosition();
+        at = thumb;
         break;
     default:
         return;

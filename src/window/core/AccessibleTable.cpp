@@ -10,6 +10,9 @@
 #include <QAccessibleWidget>
 #include <QPointer>
 
+#include <algorithm>
+#include <climits>
+#include <cstdint>
 #include <map>
 
 namespace vnbytstr::detail {
@@ -199,7 +202,8 @@ public:
         return QAccessibleWidget::interface_cast(type);
     }
 
-    int childCount() const override { return (rowCount() + HeadingRows()) * columnCount(); }
+    /// A child's index is an int: of very many rows the last ones are reached as cells only.
+    int childCount() const override { return IndexOf(rowCount(), 0); }
     QAccessibleInterface* child(int index) const override {
         const int columns = columnCount();
         if (index < 0 || columns == 0 || index >= childCount())
@@ -268,9 +272,14 @@ public:
     }
     QString rowDescription(int) const override { return {}; }
     QList<int> selectedRows() const override {
-        return WithTable(Own(), QList<int>(), [](CAccessibleTable& table, Window&) {
+        return WithTable(Own(), QList<int>(), [](CAccessibleTable& table, Window& window) {
             QList<int> rows;
-            for (int row = 0; row < table.GetAccessibleRowCount(); ++row)
+            const int count = table.GetAccessibleRowCount();
+            auto* list = dynamic_cast<ListBoxControl*>(window.Control());
+            const auto next = [list](int row) {
+                return list != nullptr ? list->Rows().NextSelected(row) : row;
+            };
+            for (int row = next(0); row >= 0 && row < count; row = next(row + 1))
                 if (table.IsAccessibleRowSelected(row))
                     rows << row;
             return rows;
@@ -311,7 +320,9 @@ public:
         return cell;
     }
     int IndexOf(int row, int column) const {
-        return (row + HeadingRows()) * columnCount() + column;
+        const std::int64_t index =
+            (static_cast<std::int64_t>(row) + HeadingRows()) * columnCount() + column;
+        return static_cast<int>(std::min<std::int64_t>(index, INT_MAX));
     }
     int HeadingRows() const {
         return WithTable(
