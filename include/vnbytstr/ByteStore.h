@@ -330,6 +330,15 @@ public:
     /// default) times the percentage of memory that is free, at least 16.
     static int GetTargetMaxPages();
 
+    /// From now on at most `pages` pages stay in memory, whatever GetTargetMaxPages says; 0: as many
+    /// as that again. Pages that are too many leave at once. While there is a limit, no pages are
+    /// gathered beside the cache before they are written. For programs that share out memory among
+    /// several stores. When a page cannot be written the limit stays as it was, and some pages may
+    /// have left. The limit belongs to the object: a move takes it along, an assignment leaves it,
+    /// a copy has none. Extension.
+    void SetPageLimit(DWORD pages);
+    DWORD GetPageLimit() const { return m_dwPageLimit; }
+
     /// Pages in memory now, and pages whose bytes the swap file has.
     DWORD GetResidentPageCount() const { return static_cast<DWORD>(m_arrPages.GetSize()); }
     DWORD GetSwappedPageCount() const { return m_dwPagesOnFile; }
@@ -347,6 +356,10 @@ protected:
     /// m_arrPages.
     CBytePage* SwapOutAPage();
     void CreateSwapFile();
+    /// Whether the page is in memory with its bytes.
+    bool IsPageResident(DWORD number) const { return LoadedPage(number) != nullptr; }
+    /// Removes the least recently used page that need not be written; false when there is none.
+    bool DropCleanPage() noexcept;
     /// Appends zeros until the length is at least `length`.
     void ExtendTo(DWORD length);
     /// Compares what both hold of two stores of equal length; 0 when equal.
@@ -360,6 +373,11 @@ protected:
 private:
     void Swap(CByteStore& other) noexcept;
     void TakeContent(CByteStore& result) noexcept;
+    /// What a temporary store that TakeContent will be given needs to be like this one.
+    void TakeLimits(const CByteStore& other) noexcept {
+        m_nMaxPages = other.m_nMaxPages;
+        m_dwPageLimit = other.m_dwPageLimit;
+    }
     CBytePage* LoadedPage(DWORD number) const {
         return number < m_arrLoaded.size() ? m_arrLoaded[number] : nullptr;
     }
@@ -371,6 +389,7 @@ private:
     void StampNow(CBytePage* page);
     void EndRun() const noexcept;
     BYTE GetByteSlow(DWORD index);
+    int TargetPages() const;
     bool RoomForPage() const { return m_arrPages.GetSize() < (m_nMaxPages > 1 ? m_nMaxPages : 1); }
     CBytePage* AddPage();
     void RemovePage(CBytePage* page);
@@ -423,6 +442,7 @@ private:
     DWORD m_dwStart;
     DWORD m_dwCurrent;
     int m_nMaxPages;
+    DWORD m_dwPageLimit; ///< SetPageLimit's, 0 for none
     CObArray m_arrPages;
     CString m_strFileName;
     CFile m_file;

@@ -11,7 +11,8 @@
 //  4. m_arrLoaded covers every page below the length.
 //  5. m_arrOnFile[n] tells whether the swap file has bytes of page n, or will have them once
 //     m_pPending has been written. m_dwPagesOnFile counts those pages; the count is 0 while the
-//     swap file is closed. m_pPending is written before anything else is.
+//     swap file is closed. m_pPending is written before anything else is; it is null while there is
+//     a page limit.
 //  6. A byte of the valid range that was ever stored is in its resident page; if the page is not
 //     resident, in m_pPending; if it is not there either, in the swap file.
 //  7. A resident page with m_bMustWrite clear equals its copy in m_pPending or else in the swap
@@ -109,6 +110,7 @@ void CByteStore::Init() noexcept {
     m_bComplete = FALSE;
     m_dwLength = m_dwStart = m_dwCurrent = 0;
     m_nMaxPages = kInitialMaxPages;
+    m_dwPageLimit = 0;
     m_bAutoDelete = TRUE;
     m_dwPagesOnFile = 0;
     m_ullImageEnd = 0;
@@ -121,7 +123,7 @@ void CByteStore::Init() noexcept {
 CByteStore& CByteStore::operator=(CByteStore& source) {
     if (&source != this) {
         CByteStore copy;
-        copy.m_nMaxPages = m_nMaxPages;
+        copy.TakeLimits(*this);
         CopyRetained(copy, source);
         TakeContent(copy);
     }
@@ -129,7 +131,9 @@ CByteStore& CByteStore::operator=(CByteStore& source) {
 }
 
 CByteStore& CByteStore::operator=(const char* hex) {
-    CByteStore copy(hex);
+    CByteStore copy;
+    copy.TakeLimits(*this);
+    copy.CopyFromHex(0, hex);
     TakeContent(copy);
     return *this;
 }
@@ -148,6 +152,7 @@ void CByteStore::Swap(CByteStore& other) noexcept {
     std::swap(m_dwStart, other.m_dwStart);
     std::swap(m_dwCurrent, other.m_dwCurrent);
     std::swap(m_nMaxPages, other.m_nMaxPages);
+    std::swap(m_dwPageLimit, other.m_dwPageLimit);
     m_arrPages.Swap(other.m_arrPages);
     std::swap(m_strFileName, other.m_strFileName);
     m_file.Swap(other.m_file);
@@ -226,7 +231,7 @@ void CByteStore::AppendToLastPage(const BYTE*& bytes, DWORD& count) {
 
 void CByteStore::AppendToNewPages(const BYTE* bytes, DWORD count) {
     while (count > 0) {
-        const int target = GetTargetMaxPages();
+        const int target = TargetPages();
         if (target != m_nMaxPages)
             SetMaxPages(target);
         const DWORD taken = std::min(count, kPageSize);
@@ -352,6 +357,7 @@ void CByteStore::CheckPages() const {
 
 void CByteStore::CheckPagesOnFile() const {
     assert(m_dwPagesOnFile == 0 || m_file.m_hFile != CFile::hFileNull); // 5
+    assert(m_dwPageLimit == 0 || !m_pPending);
     if (m_arrOnFile.size() <= 64)
         assert(std::count_if(m_arrOnFile.begin(), m_arrOnFile.end(), [](const auto& page) {
                    return page.IsPresent();

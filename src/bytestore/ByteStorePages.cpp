@@ -32,6 +32,11 @@ int CByteStore::GetTargetMaxPages() {
     return static_cast<int>(std::clamp<DWORD>(target, kMinPages, 0x7FFFFFFF));
 }
 
+int CByteStore::TargetPages() const {
+    return m_dwPageLimit == 0 ? GetTargetMaxPages()
+                              : static_cast<int>(std::min<DWORD>(m_dwPageLimit, 0x7FFFFFFF));
+}
+
 // --- lookup --------------------------------------------------------------------------------------
 
 CBytePage* CByteStore::GetPageFromPageNum(DWORD number) {
@@ -234,6 +239,38 @@ void CByteStore::SetMaxPages(int count) {
     m_nMaxPages = count;
 }
 
+void CByteStore::SetPageLimit(DWORD pages) {
+    const DWORD before = std::exchange(m_dwPageLimit, pages);
+    try {
+        WithMemoryException([&] {
+            if (pages != 0 && m_pPending) {
+                if (!m_pPending->IsEmpty())
+                    WriteImage();
+                WritePending();
+                m_pPending.reset();
+            }
+            SetMaxPages(TargetPages());
+        });
+    } catch (...) {
+        m_dwPageLimit = before;
+        throw;
+    }
+    CheckInvariants();
+}
+
+bool CByteStore::DropCleanPage() noexcept {
+    EndRun();
+    CBytePage* oldest = nullptr;
+    for (int i = 0; i < m_arrPages.GetSize(); ++i) {
+        auto* page = static_cast<CBytePage*>(m_arrPages[i]);
+        if (!page->GetMustWrite() && (!oldest || page->m_dwLastAccess < oldest->m_dwLastAccess))
+            oldest = page;
+    }
+    if (oldest)
+        RemovePage(oldest);
+    return oldest != nullptr;
+}
+
 // --- the swap file -------------------------------------------------------------------------------
 
 void CByteStore::WriteVictim(CBytePage* page) {
@@ -244,6 +281,11 @@ void CByteStore::WriteVictim(CBytePage* page) {
     if (WriteRun(page))
         return;
     const std::span<const BYTE> bytes(page->m_pData, kPageSize);
+    if (m_dwPageLimit != 0) {
+        page->SwapOut(m_file, 0, 0);
+        NoteOnFile(number, bytes);
+        return;
+    }
     if (!m_pPending)
         m_pPending = std::make_unique<vnbytstr::detail::WriteBehind>();
     if (m_pPending->IsFull() || (!m_pPending->IsEmpty() &&

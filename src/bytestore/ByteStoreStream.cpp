@@ -17,7 +17,7 @@ CByteStore::CByteStore(const CByteStream& source) : CByteStore() { CopyRetained(
 CByteStore& CByteStore::operator=(const CByteStream& source) {
     if (source.GetStore() != this) {
         CByteStore copy;
-        copy.m_nMaxPages = m_nMaxPages;
+        copy.TakeLimits(*this);
         CopyRetained(copy, source);
         TakeContent(copy);
     }

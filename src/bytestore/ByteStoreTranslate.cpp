@@ -9,7 +9,7 @@ int CByteStore::TranslateCCSID(WORD from, WORD to, CByteStore& destination,
     if (&destination != this)
         return TranslateTo(*this, from, to, destination, report, options);
     CByteStore translated;
-    translated.m_nMaxPages = m_nMaxPages;
+    translated.TakeLimits(*this);
     if (!TranslateTo(*this, from, to, translated, report, options))
         return 0;
     TakeContent(translated);

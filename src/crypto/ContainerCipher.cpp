@@ -87,7 +87,7 @@ bool RunPieces(Source& source, bool encrypt, CDES& cipher, Result& result) {
 int CByteStore::Encipher(bool encrypt, CDES& cipher, CByteStore& destination) {
     if (&destination == this) {
         CByteStore result;
-        result.m_nMaxPages = m_nMaxPages;
+        result.TakeLimits(*this);
         if (!RunPieces(*this, encrypt, cipher, result))
             return 0;
         TakeContent(result);

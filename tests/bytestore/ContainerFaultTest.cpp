@@ -125,6 +125,37 @@ TEST_F(ContainerFaultTest, ReleasedPagesComeBack) {
     }
 }
 
+TEST_F(ContainerFaultTest, PageLimitBoundsWhatIsInMemory) {
+    const Bytes bytes = Pattern(40 * kPage + 9);
+    CByteStore store, other;
+    AppendPages(store, bytes); // the last of the pages that have left wait to be written
+    store.SetPageLimit(20);
+    EXPECT_EQ(Content(store), bytes);
+    EXPECT_EQ(store.GetResidentPageCount(), 20u);
+    store.SetByte(3, 1);
+    m_system.Inject(Fault{.call = Call::Write, .fromThenOn = true, .error = ENOSPC});
+    EXPECT_EQ(CauseOf([&] { store.SetPageLimit(1); }), 4);
+    m_system.Inject(std::nullopt);
+    EXPECT_EQ(store.GetPageLimit(), 20u);
+    store.SetByte(3, bytes[3]);
+    store.SetPageLimit(2);
+    EXPECT_EQ(store.GetResidentPageCount(), 2u);
+    AppendPages(store, bytes);
+    EXPECT_EQ(store.GetResidentPageCount(), 2u);
+    EXPECT_EQ(store.GetLength(), 2 * bytes.size());
+    AppendPages(other, bytes);
+    store = other;
+    EXPECT_EQ(store.GetPageLimit(), 2u);
+    EXPECT_EQ(store.GetResidentPageCount(), 2u);
+    other = std::move(store);
+    EXPECT_EQ(other.GetPageLimit(), 2u);
+    EXPECT_EQ(store.GetPageLimit(), 0u);
+    EXPECT_EQ(Content(other), bytes);
+    other.SetPageLimit(0);
+    EXPECT_EQ(Content(other), bytes);
+    EXPECT_EQ(other.GetResidentPageCount(), 16u);
+}
+
 TEST_F(ContainerFaultTest, PageThatCouldNotBeReadIsReadAgain) {
     CByteStore store;
     const Bytes bytes = Pattern(20 * kPage);

@@ -1,0 +1,229 @@
+// CRowStore against plain vectors, with a small cache and when system calls fail.
+#include "tests/bytestore/StoreFixture.h"
+
+#include "vnbytstr/RowStore.h"
+
+#include <cstring>
+#include <deque>
+
+namespace vnbytstr::test {
+namespace {
+
+/// A value of the model.
+struct Plain {
+    ERowValueType type = rowNull;
+    WORD ccsid = 0;
+    LONGLONG integer = 0;
+    double real = 0;
+    std::string bytes;
+
+    CRowValue Value() const {
+        switch (type) {
+        case rowInteger:
+            return CRowValue::Integer(integer);
+        case rowReal:
+            return CRowValue::Real(real);
+        case rowDecimal:
+            return CRowValue::Decimal(bytes);
+        case rowText:
+            return CRowValue::Text(bytes, ccsid);
+        case rowBytes:
+            return CRowValue::Bytes({reinterpret_cast<const BYTE*>(bytes.data()), bytes.size()});
+        default:
+            return {};
+        }
+    }
+};
+using PlainRow = std::vector<Plain>;
+using Model = std::vector<const PlainRow*>;
+
+bool IsSame(CRowStore& store, const CRowValue& value, const Plain& plain) {
+    if (value.GetType() != plain.type || value.GetCCSID() != plain.ccsid ||
+        value.GetLength() != plain.bytes.size())
+        return false;
+    if (plain.type == rowInteger)
+        return value.GetInteger() == plain.integer;
+    if (plain.type == rowReal)
+        return value.GetReal() == plain.real;
+    for (std::size_t at = 0; at < plain.bytes.size();) {
+        const auto piece = store.GetPiece(value, static_cast<DWORD>(at));
+        if (piece.empty() || std::memcmp(piece.data(), plain.bytes.data() + at, piece.size()) != 0)
+            return false;
+        at += piece.size();
+    }
+    return store.GetPiece(value, value.GetLength()).empty() &&
+           (value.IsLong() || value.GetText() == plain.bytes);
+}
+
+void ExpectRow(CRowStore& store, DWORD row, const PlainRow& plain) {
+    for (std::size_t column = 0; column < plain.size(); ++column)
+        ASSERT_TRUE(IsSame(store, store.GetValue(row, static_cast<int>(column)), plain[column]))
+            << "row " << row << ", column " << column;
+}
+
+void ExpectAll(CRowStore& store, const Model& model) {
+    ASSERT_EQ(store.GetRowCount(), model.size());
+    for (DWORD row = 0; row < model.size(); ++row)
+        ASSERT_NO_FATAL_FAILURE(ExpectRow(store, row, *model[row]));
+}
+
+class RowStoreTest : public StoreFixture {
+protected:
+    static constexpr int kColumns = 5;
+    static constexpr DWORD kPages = 16, kSegment = 3 * kPage;
+
+    std::size_t Random(std::size_t below) { return m_random() % below; }
+
+    Plain RandomValue() {
+        static constexpr LONGLONG kIntegers[] = {0,     -1,         -2,        46,       47,
+                                                 127,   128,        -128,      -129,     32767,
+                                                 32768, 0x7FFFFFFF, INT64_MAX, INT64_MIN};
+        static constexpr std::size_t kLengths[] = {0,    31,   32,        127,   128,       129,
+                                                   4096, 4097, kPage - 1, kPage, kPage + 1, 100000};
+        Plain plain;
+        plain.type = static_cast<ERowValueType>(Random(6));
+        if (plain.type == rowInteger) {
+            plain.integer = Random(2) ? kIntegers[Random(std::size(kIntegers))]
+                                      : static_cast<LONGLONG>(m_random()) >> Random(64);
+        } else if (plain.type == rowReal) {
+            plain.real = static_cast<double>(m_random()) / 3;
+        } else if (plain.type != rowNull) {
+            const std::size_t length = Random(20)   ? Random(40)
+                                       : Random(20) ? Random(200)
+                                                    : kLengths[Random(std::size(kLengths))];
+            plain.bytes.assign(length, static_cast<char>('a' + Random(26)));
+            for (std::size_t i = 0; i < length; i += 61)
+                plain.bytes[i] = static_cast<char>(m_random());
+            plain.ccsid = plain.type == rowText && Random(3) == 0 ? 37 : 0;
+        }
+        return plain;
+    }
+    PlainRow RandomRow() {
+        PlainRow row(kColumns);
+        std::generate(row.begin(), row.end(), [this] { return RandomValue(); });
+        return row;
+    }
+
+    /// As a whole or in pieces.
+    void Put(CRowStore& store, const Plain& plain) {
+        if (plain.type < rowDecimal || Random(3) != 0) {
+            store.Append(plain.Value());
+            return;
+        }
+        store.BeginValue(plain.type, plain.ccsid);
+        const auto* bytes = reinterpret_cast<const BYTE*>(plain.bytes.data());
+        for (std::size_t at = 0; at < plain.bytes.size();) {
+            const std::size_t count =
+                std::min(plain.bytes.size() - at, 1 + Random(plain.bytes.size()));
+            store.AppendPiece({bytes + at, count});
+            at += count;
+        }
+        store.EndValue();
+    }
+    void Put(CRowStore& store, const PlainRow& row) {
+        store.BeginRow();
+        for (const Plain& plain : row)
+            Put(store, plain);
+        store.EndRow();
+    }
+
+    /// One operation on both, of which the store's may throw: then neither has changed.
+    void Operate(CRowStore& store, Model& model) {
+        const std::size_t kind = Random(100);
+        const DWORD row = static_cast<DWORD>(Random(model.empty() ? 1 : model.size()));
+        if (model.empty() || kind < 50) {
+            const PlainRow& added = m_rows.emplace_back(RandomRow());
+            Put(store, added);
+            model.push_back(&added);
+        } else if (kind < 80) {
+            ASSERT_NO_FATAL_FAILURE(ExpectRow(store, row, *model[row]));
+        } else if (kind < 93) {
+            const auto column = static_cast<int>(Random(kColumns));
+            Plain value = RandomValue();
+            if (Random(2)) {
+                store.UpdateValue(row, column, value.Value());
+            } else {
+                store.BeginUpdate(row, column);
+                Put(store, value);
+                store.EndUpdate();
+            }
+            PlainRow& changed = m_rows.emplace_back(*model[row]);
+            changed[static_cast<std::size_t>(column)] = std::move(value);
+            model[row] = &changed;
+        } else if (kind < 98) {
+            store.DeleteRow(row);
+            model.erase(model.begin() + row);
+        } else { // a row that is given up
+            store.BeginRow();
+            for (std::size_t i = Random(kColumns); i > 0; --i)
+                Put(store, RandomValue());
+            store.CancelRow();
+        }
+        ASSERT_LE(store.GetResidentPageCount(), kPages);
+    }
+
+    std::mt19937_64 m_random{1};
+    std::deque<PlainRow> m_rows; ///< those of all models
+};
+
+TEST_F(RowStoreTest, EqualsPlainVectors) {
+    CRowStore store(kColumns, kPages, kSegment);
+    Model model;
+    for (int i = 0; i < 200000; ++i) {
+        m_system.SetTick(m_tick += i % 7 == 0);
+        ASSERT_NO_FATAL_FAILURE(Operate(store, model)) << "operation " << i;
+    }
+    ASSERT_NO_FATAL_FAILURE(ExpectAll(store, model));
+    store.ReleasePages();
+    EXPECT_LE(store.GetResidentPageCount(), 3u);
+    ASSERT_NO_FATAL_FAILURE(ExpectAll(store, model));
+    store.Empty();
+    EXPECT_EQ(FileCount(), 0u);
+    ASSERT_NO_FATAL_FAILURE(ExpectAll(store, {}));
+    model.clear();
+    for (int i = 0; i < 100; ++i)
+        Operate(store, model);
+    ExpectAll(store, model);
+}
+
+/// Any call may fail, once or from then on. The rows are those of before then; while nothing can be
+/// written they can all be read; and once there is room again the operations go on.
+TEST_F(RowStoreTest, FailingCallsLoseNoRow) {
+    const Fault kinds[] = {{.call = Call::Any},
+                           {.call = Call::Any, .fromThenOn = true},
+                           {.call = Call::Write, .fromThenOn = true, .error = ENOSPC},
+                           {.call = Call::Write, .error = ENOSPC, .kind = Fault::Kind::Shorten},
+                           {.call = Call::Read, .kind = Fault::Kind::Shorten},
+                           {.call = Call::Seek, .kind = Fault::Kind::Misplace},
+                           {.call = Call::Open, .fromThenOn = true, .error = EMFILE}};
+    unsigned failures = 0;
+    for (Fault fault : kinds) {
+        CRowStore store(kColumns, 8, kSegment);
+        Model model;
+        for (int round = 0; round < 60; ++round) {
+            fault.at = 1 + static_cast<unsigned>(Random(20));
+            m_system.SetTick(++m_tick);
+            m_system.Inject(fault);
+            for (int i = 0; i < 200; ++i) {
+                const int cause = CauseOf([&] { Operate(store, model); });
+                failures += cause != -1;
+                if (cause != -1 && fault.call == Call::Write && Random(8) == 0) {
+                    ASSERT_NO_FATAL_FAILURE(ExpectAll(store, model)) << "on a full disk";
+                }
+            }
+            m_system.Inject(std::nullopt);
+            ASSERT_NO_FATAL_FAILURE(ExpectAll(store, model)) << "round " << round;
+            EXPECT_EQ(CauseOf([&] { Put(store, RandomRow()); }), -1);
+            model.push_back(nullptr);
+            store.DeleteRow(store.GetRowCount() - 1);
+            model.pop_back();
+        }
+        store.Empty();
+        for (const std::string& name : m_folder.Names()) // whose removal has failed
+            std::filesystem::remove(m_folder.File(name.c_str()));
+    }
+    EXPECT_GT(failures, 100u);
+}
+
+} // namespace
+} // namespace vnbytstr::test
