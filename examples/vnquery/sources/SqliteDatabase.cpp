@@ -41,6 +41,13 @@ void SqliteDatabase::CloseDatabase(sqlite3* database) { sqlite3_close(database);
 void SqliteDatabase::CloseStatement(sqlite3_stmt* statement) { sqlite3_finalize(statement); }
 void SqliteDatabase::CloseBlob(sqlite3_blob* blob) { sqlite3_blob_close(blob); }
 
+SqliteLengthLimit::SqliteLengthLimit(const SqliteDatabase& database)
+    : m_database(database.Get()), m_before(sqlite3_limit(m_database, SQLITE_LIMIT_LENGTH, kMost)) {}
+
+SqliteLengthLimit::~SqliteLengthLimit() {
+    sqlite3_limit(m_database, SQLITE_LIMIT_LENGTH, m_before);
+}
+
 std::string_view SqliteColumnText(sqlite3_stmt* statement, int column) {
     const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
     return text ? std::string_view(
@@ -53,7 +60,9 @@ SqliteDatabase::SqliteDatabase(const std::string& file, Access access) : m_file(
     if (!std::filesystem::exists(file, error))
         throw Failure(kQueryFailed, Text(IDS_VQ_NO_DATABASE_FILE, {file}));
     sqlite3* database = nullptr;
-    const int mode = access == Access::Read ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
+    // One thread at a time uses the object, so SQLite needs no locks for each value.
+    const int mode = SQLITE_OPEN_NOMUTEX |
+                     (access == Access::Read ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE);
     const int result = sqlite3_open_v2(file.c_str(), &database, mode, nullptr);
     m_database.reset(database);
     if (result != SQLITE_OK)
@@ -67,6 +76,8 @@ SqliteDatabase::SqliteDatabase(const std::string& file, Access access) : m_file(
 }
 
 void SqliteDatabase::Fail(const std::string& what) const {
+    if (sqlite3_errcode(m_database.get()) == SQLITE_NOTADB)
+        throw Failure(kQueryFailed, Text(IDS_VQ_NOT_A_DATABASE, {m_file}));
     if (sqlite3_errcode(m_database.get()) == SQLITE_INTERRUPT)
         CheckInterrupted();
     throw Failure(kQueryFailed, what + ": " + sqlite3_errmsg(m_database.get()) + ".");
@@ -78,20 +89,14 @@ SqliteDatabase::Statement SqliteDatabase::Prepare(const std::string& sql, const 
     const int result = sqlite3_prepare_v2(m_database.get(), sql.c_str(), -1, &statement, &tail);
     if (rest)
         *rest = sql.c_str() + (tail ? tail - sql.c_str() : 0);
-    if (result == SQLITE_NOTADB)
-        throw Failure(kQueryFailed, Text(IDS_VQ_NOT_A_DATABASE, {m_file}));
     if (result != SQLITE_OK)
         Fail(Text(IDS_VQ_CANNOT_RUN_ON, {m_file}));
     return Statement(statement);
 }
 
-bool SqliteDatabase::Step(sqlite3_stmt* statement, const std::string& what) const {
+int SqliteDatabase::StepOnce(sqlite3_stmt* statement) const {
     const int result = sqlite3_step(statement);
-    if (result == SQLITE_NOTADB)
-        throw Failure(kQueryFailed, Text(IDS_VQ_NOT_A_DATABASE, {m_file}));
-    if (result != SQLITE_ROW && result != SQLITE_DONE)
-        Fail(what);
-    return result == SQLITE_ROW;
+    return result == SQLITE_ROW ? 1 : result == SQLITE_DONE ? 0 : -1;
 }
 
 void SqliteDatabase::Run(const std::string& sql, const std::string& what) const {

@@ -3,6 +3,7 @@
 
 #include "vnquery/result/RowSource.h"
 
+#include <concepts>
 #include <memory>
 #include <string>
 
@@ -13,7 +14,8 @@ struct sqlite3_blob;
 namespace vnquery {
 
 /// An existing database file; none is created. Statements stop when their thread is asked to (see
-/// CheckInterrupted). All functions throw Failure and Interrupted.
+/// CheckInterrupted). One thread at a time may use
+/// it. All functions throw Failure and Interrupted.
 class SqliteDatabase {
     template <auto Close>
     struct Closer {
@@ -39,7 +41,17 @@ public:
     /// `rest` receives the beginning of the next statement.
     Statement Prepare(const std::string& sql, const char** rest = nullptr) const;
     /// Goes to the next row; false after the last one. `what` (was tried) is for messages.
-    bool Step(sqlite3_stmt* statement, const std::string& what) const;
+    bool Step(sqlite3_stmt* statement, const std::string& what) const {
+        return Step(statement, [&] { return what; });
+    }
+    /// The same with a function that makes the text, for statements of many rows.
+    template <std::invocable Describe>
+    bool Step(sqlite3_stmt* statement, Describe&& describe) const {
+        const int result = StepOnce(statement);
+        if (result < 0)
+            Fail(describe());
+        return result > 0;
+    }
     void Run(const std::string& sql, const std::string& what) const;
     [[noreturn]] void Fail(const std::string& what) const;
 
@@ -50,9 +62,28 @@ public:
                     ValueSink& sink) const;
 
 private:
+    /// 1: a row, 0: there are no more, -1: it failed.
+    int StepOnce(sqlite3_stmt* statement) const;
+
     std::string m_file;
     std::unique_ptr<sqlite3, Closer<CloseDatabase>> m_database;
     bool m_isTextUtf8 = false;
+};
+
+/// During its life statements refuse values of more than kMost bytes, with SQLITE_TOOBIG. Rows and
+/// values are refused before they are loaded.
+class SqliteLengthLimit {
+public:
+    explicit SqliteLengthLimit(const SqliteDatabase& database);
+    ~SqliteLengthLimit();
+    SqliteLengthLimit(const SqliteLengthLimit&) = delete;
+    SqliteLengthLimit& operator=(const SqliteLengthLimit&) = delete;
+
+    static constexpr int kMost = 1048576;
+
+private:
+    sqlite3* m_database;
+    int m_before;
 };
 
 /// A text of the current row.
