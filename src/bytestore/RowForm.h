@@ -1,7 +1,7 @@
 // The compact form of a row's values: a code, perhaps what belongs to it, and the bytes.
 //
 //   00        NULL
-//   01 - 08   integer of 1 to 8 bytes, two's complement, big-endian
+//   01 - 08   integer of 1 to 8 bytes, two's complement, the lowest first
 //   09        real, 8 bytes as in memory
 //   0A        decimal number: length, bytes
 //   0B        bytes: length, bytes
@@ -19,6 +19,7 @@
 
 #include "vnbytstr/RowStore.h"
 
+#include <bit>
 #include <cstring>
 #include <utility>
 
@@ -50,13 +51,16 @@ struct RowForm {
             *at = static_cast<BYTE>(kSmall + value);
             return at + 1;
         }
-        int bytes = 1;
-        while (bytes < 8 && (value >> (bytes * 8 - 1)) != 0 && (value >> (bytes * 8 - 1)) != -1)
-            ++bytes;
+        const auto bytes =
+            static_cast<int>(std::bit_width(static_cast<ULONGLONG>(value ^ (value >> 63))) / 8 + 1);
         *at++ = static_cast<BYTE>(bytes);
-        for (int shift = (bytes - 1) * 8; shift >= 0; shift -= 8)
-            *at++ = static_cast<BYTE>(value >> shift);
-        return at;
+        if constexpr (std::endian::native == std::endian::little) {
+            std::memcpy(at, &value, 8); // there is room; the next value goes over what is too much
+        } else {
+            for (int i = 0; i < bytes; ++i)
+                at[i] = static_cast<BYTE>(value >> (i * 8));
+        }
+        return at + bytes;
     }
     static BYTE* PutReal(BYTE* at, double value) {
         *at = kReal;
@@ -142,8 +146,9 @@ private:
         default:
             break;
         }
-        auto value = static_cast<ULONGLONG>(static_cast<LONGLONG>(static_cast<signed char>(*at)));
-        for (int i = 1; i < code; ++i)
+        auto value =
+            static_cast<ULONGLONG>(static_cast<LONGLONG>(static_cast<signed char>(at[code - 1])));
+        for (int i = code - 2; i >= 0; --i)
             value = value << 8 | at[i];
         return {CRowValue::Integer(static_cast<LONGLONG>(value)), at + code};
     }

@@ -173,19 +173,18 @@ void CRowStore::AppendReal(double value) {
 }
 
 void CRowStore::Append(const CRowValue& value) {
-    switch (value.m_type) {
-    case rowNull:
-        return AppendNull();
-    case rowInteger:
-        return AppendInteger(value.GetInteger());
-    case rowReal:
-        return AppendReal(value.GetReal());
-    default:
+    if (value.m_type >= rowDecimal) {
         m_state->Guarded([&] {
             if (value.m_isLong)
                 State::ThrowOutOfRange();
             m_state->PutLying(value, reinterpret_cast<const BYTE*>(value.m_value));
         });
+    } else if (value.m_type == rowInteger) {
+        AppendInteger(value.GetInteger());
+    } else if (value.m_type == rowReal) {
+        AppendReal(value.GetReal());
+    } else {
+        AppendNull();
     }
 }
 
