@@ -1,23 +1,14 @@
 // How much memory a large value takes. A separate program, since a peak never goes down.
+#include "tests/support/PeakMemory.h"
 #include "vnbytstr/ByteStream.h"
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <string>
 #include <vector>
 
-namespace {
+using vnbytstr::test::PeakKiB;
 
-/// Peak resident memory of this process, in KiB.
-long PeakKiB() {
-    std::ifstream status("/proc/self/status");
-    for (std::string line; std::getline(status, line);) {
-        if (line.starts_with("VmHWM:"))
-            return std::stol(line.substr(6));
-    }
-    return -1;
-}
+namespace {
 
 TEST(PeakMemory, ValueOf1GiBTakesAtMost8MiB) {
     const std::vector<BYTE> piece(65536, 7);

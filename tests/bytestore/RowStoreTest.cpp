@@ -225,5 +225,123 @@ TEST_F(RowStoreTest, FailingCallsLoseNoRow) {
     EXPECT_GT(failures, 100u);
 }
 
+Plain Bytes(std::size_t length, char fill) {
+    return {.type = rowBytes, .bytes = std::string(length, fill)};
+}
+
+TEST_F(RowStoreTest, RowsOfAnyWidth) {
+    for (const std::size_t columns : {0, 1, 2000, CRowStore::kMaxColumns}) {
+        for (const std::size_t length : {0, 3, 16, 17, 40, 4096, 4097}) {
+            if (columns * length > 10'000'000)
+                continue;
+            CRowStore store(static_cast<int>(columns), kPages, kSegment);
+            Model model;
+            for (char fill = 'a'; fill < 'd'; ++fill) {
+                model.push_back(&m_rows.emplace_back(columns, Bytes(length, fill)));
+                for (std::size_t i = 0; i < columns; i += 7)
+                    m_rows.back()[i].bytes += fill;
+                Put(store, m_rows.back());
+            }
+            ASSERT_NO_FATAL_FAILURE(ExpectAll(store, model)) << columns << ", " << length;
+            if (columns == 0)
+                continue;
+            const auto last = static_cast<int>(columns) - 1; // and from right to left
+            for (int column = last; column >= std::max(0, last - 2); --column)
+                EXPECT_TRUE(IsSame(store, store.GetValue(1, column),
+                                   (*model[1])[static_cast<std::size_t>(column)]));
+            PlainRow& changed = m_rows.emplace_back(*model[1]);
+            changed.back() = Bytes(100, 'x');
+            store.UpdateValue(1, last, changed.back().Value());
+            model[1] = &changed;
+            ASSERT_NO_FATAL_FAILURE(ExpectAll(store, model)) << columns << ", " << length;
+        }
+    }
+}
+
+TEST_F(RowStoreTest, ManyLongValuesTakeFewPagesAndFiles) {
+    CRowStore store(1, kPages);
+    const std::string text(100'000, 'x');
+    for (int i = 0; i < 1000; ++i) {
+        store.BeginRow();
+        store.AppendText(text);
+        store.EndRow();
+        ASSERT_LE(store.GetResidentPageCount(), kPages);
+    }
+    EXPECT_EQ(FileCount(), 1u);
+    for (DWORD row = 0; row < 1000; row += 37) {
+        const CRowValue value = store.GetValue(row, 0);
+        EXPECT_TRUE(value.IsLong() && value.GetBytes().empty());
+        std::string copy(text.size() + 1, '-');
+        EXPECT_EQ(store.CopyTo(value, 0, reinterpret_cast<BYTE*>(copy.data()),
+                               static_cast<DWORD>(copy.size())),
+                  text.size());
+        EXPECT_EQ(copy, text + '-');
+        ASSERT_LE(store.GetResidentPageCount(), kPages);
+    }
+    EXPECT_LE(m_system.OpenHandles().size(), 3u);
+}
+
+TEST_F(RowStoreTest, CallsOutOfOrderAreRefused) {
+    for (const int columns : {-1, CRowStore::kMaxColumns + 1})
+        EXPECT_EQ(CauseOf([&] { CRowStore store(columns); }), 0);
+    CRowStore store(2, kPages, kSegment);
+    const auto refuses = [&](auto action) { EXPECT_EQ(CauseOf([&] { action(); }), 0); };
+    refuses([&] { store.AppendNull(); });
+    refuses([&] { store.EndRow(); });
+    refuses([&] { store.EndUpdate(); });
+    store.BeginRow();
+    store.AppendInteger(7);
+    store.EndRow(); // the second is NULL
+    refuses([&] {
+        store.BeginRow();
+        for (int i = 0; i < 3; ++i)
+            store.AppendNull();
+    });
+    refuses([&] { store.EndRow(); }); // the row was given up
+    refuses([&] {
+        store.BeginRow();
+        store.BeginValue(rowInteger);
+    });
+    refuses([&] {
+        store.BeginRow();
+        store.BeginValue(rowText);
+        store.AppendNull();
+    });
+    refuses([&] {
+        store.BeginRow();
+        store.BeginValue(rowText);
+        store.EndRow();
+    });
+    refuses([&] {
+        store.BeginRow();
+        store.EndUpdate();
+    });
+    store.BeginRow();
+    refuses([&] { store.DeleteRow(0); });
+    refuses([&] { store.BeginUpdate(0, 0); });
+    store.AppendText(std::string(5000, 'x'));
+    store.EndRow();
+    const CRowValue value = store.GetValue(1, 0);
+    refuses([&] {
+        store.BeginRow();
+        store.Append(value); // long: its bytes are the store's
+    });
+    refuses([&] { store.GetValue(2, 0); });
+    refuses([&] { store.GetValue(0, 2); });
+    refuses([&] { store.GetValue(0, -1); });
+    refuses([&] { store.DeleteRow(2); });
+    refuses([&] { store.UpdateValue(2, 0, {}); });
+    refuses([&] { store.UpdateValue(0, 2, {}); });
+    refuses([&] {
+        store.BeginUpdate(0, 0);
+        store.EndUpdate();
+    });
+    EXPECT_EQ(store.GetRowCount(), 2u);
+    EXPECT_EQ(store.GetValue(0, 0).GetInteger(), 7);
+    EXPECT_TRUE(store.GetValue(0, 1).IsNull());
+    store.Empty();
+    refuses([&] { store.GetPiece(value, 0); });
+}
+
 } // namespace
 } // namespace vnbytstr::test
