@@ -1,6 +1,7 @@
 // The list of a million rows of four columns against QTreeWidget, and QTreeView over a table model:
 // filling, memory, sorting by text and by integer, drawing a page while scrolling, finding a row by
-// its beginning. On the offscreen platform.
+// its beginning; and the list with a row source, which holds no texts, against the same model. On
+// the offscreen platform.
 #include "bench/Rounds.h"
 #include "src/charset/CodePage.h"
 #include "vnbytstr/controls.h"
@@ -103,6 +104,19 @@ public:
 
 private:
     std::vector<std::array<QString, 4>> m_rows;
+};
+
+/// The same rows, which the list asks for.
+class Rows : public CListRowSource {
+public:
+    explicit Rows(const std::vector<Row>& rows) : m_rows(rows) {}
+    int GetRowCount() override { return static_cast<int>(m_rows.size()); }
+    void GetCell(int row, int column, std::string& text) override {
+        text = m_rows[static_cast<std::size_t>(row)][static_cast<std::size_t>(column)];
+    }
+
+private:
+    const std::vector<Row>& m_rows;
 };
 
 class Ours {
@@ -282,6 +296,64 @@ int main(int argc, char** argv) {
                         ours.List().AddStringItems("Zzz the last", "", "", "");
                     }}},
                   0,
+                  5});
+    // The list of a source: its own, since the other one holds texts.
+    Rows source(rows);
+    Ours sourced;
+    const auto show = [](QWidget* widget) {
+        QImage image(600, 600, QImage::Format_ARGB32_Premultiplied);
+        widget->render(&image);
+    };
+    std::unique_ptr<TableModel> other;
+    contests.Add({"show the rows of a source",
+                  1,
+                  Contest::Nanoseconds,
+                  {{"ours",
+                    [&] {
+                        sourced.List().SetRowSource(&source);
+                        show(sourced.List().GetWidget());
+                    },
+                    [&] { sourced.List().SetRowSource(nullptr); }},
+                   {"QTreeView",
+                    [&] {
+                        view.setModel(other.get());
+                        show(&view);
+                    },
+                    [&] {
+                        view.setModel(nullptr);
+                        other = std::make_unique<TableModel>(rows);
+                    }}},
+                  1,
+                  5});
+    contests.Add({"draw a page of a source while scrolling",
+                  kPages,
+                  Contest::Nanoseconds,
+                  {{"ours",
+                    [&] {
+                        Pages(
+                            sourced.List().GetWidget(),
+                            [&](int i) {
+                                sourced.List().SendMessage(
+                                    LB_SETTOPINDEX, static_cast<WPARAM>((i * 977) % (count / 2)));
+                            },
+                            kPages)();
+                    },
+                    [&] { sourced.List().SetRowSource(&source); }},
+                   {"QTreeView",
+                    [&] {
+                        Pages(
+                            &view,
+                            [&](int i) {
+                                view.scrollTo(other->index((i * 977) % (count / 2), 0),
+                                              QAbstractItemView::PositionAtTop);
+                            },
+                            kPages)();
+                    },
+                    [&] {
+                        other = std::make_unique<TableModel>(rows);
+                        view.setModel(other.get());
+                    }}},
+                  2,
                   5});
     const int result = contests.Run(argc, argv);
     view.setModel(nullptr);

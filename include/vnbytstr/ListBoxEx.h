@@ -12,12 +12,14 @@
 #include "vnbytstr/window/Export.h"
 #include "vnbytstr/window/Wnd.h"
 
+#include <chrono>
 #include <cstdarg>
 #include <cstddef>
 #include <memory>
 #include <span>
-#include <string_view>
 #include <vector>
+
+class CListRowSource;
 
 namespace vnbytstr::detail {
 struct CellAddress;
@@ -110,9 +112,9 @@ public:
     /// Sorts by a column: ascending, or descending when the last sort was ascending by the same
     /// column. An open editor is stored first. Returns an array with an SSortItem for each row in
     /// the new order, to be freed with delete[]; null when nothing was sorted (LBS_SORT style, no
-    /// such column, or the editor's value was refused). Texts are ordered by the rules of the
-    /// user's language, ignoring case, kana type and width; equal ones keep their order, reversed
-    /// in a descending sort.
+    /// such column, rows of a source, or the editor's value was refused). Texts are ordered by the
+    /// rules of the user's language, ignoring case, kana type and width; equal ones keep their
+    /// order, reversed in a descending sort.
     virtual SSortItem* SortInternal(int column);
     /// The same without the array; returns whether the rows were sorted. Called from here,
     /// SortInternal leaves the items' values empty unless SetSortValues asked for them.
@@ -168,6 +170,7 @@ public:
     int AddStringItems(LPCTSTR first, ...);
     /// The same at a row (-1: at the end).
     int InsertStringItems(int row, LPCTSTR first, ...);
+    /// FALSE when there is no such row or column, and when a source refuses the text.
     BOOL UpdateStringItem(int row, int column, LPCTSTR text);
     /// FALSE, and an empty text, when there is no such row or column.
     BOOL GetStringItem(int row, int column, CString& text) const;
@@ -175,7 +178,8 @@ public:
     BOOL GetStringItems(int row, CString* first, ...) const;
     int GetCount() const;
     /// Removes all rows and what belongs to them, and forgets the sort; an open editor closes
-    /// without storing.
+    /// without storing. With a source: selection and sort are forgotten, and its rows are shown
+    /// from the top.
     void ResetContent();
     BOOL HasSel() const { return GetFirstSel() >= 0; }
     /// The first selected row, or -1.
@@ -188,7 +192,7 @@ public:
     void HitTest(CPoint point, int& row, int& column);
 
     void AddFileName(int row, LPCTSTR name);
-    /// Null when the row has no file name.
+    /// Null when the row has no file name. Of a source's row: valid until the next call.
     LPCTSTR GetFileName(int row) const;
     /// Whether files may be dropped on the row.
     BOOL GetDragDrop(int row) const;
@@ -204,6 +208,33 @@ public:
     /// and values of other types, are not changed.
     void GetDisplayString(CString& value, int row) const;
 
+    // --- rows of a source ------------------------------------------------------------------------
+    /// From now on the rows are those of `source`, which the list does not own; null: texts of the
+    /// list again, none at first. Selection, sort and what belonged to rows are forgotten, an open
+    /// editor closes without storing. FALSE, and no source, without a window and for a list that
+    /// is not drawn by its owner or has LBS_SORT.
+    ///
+    /// The list box is one without data then (LBS_NODATA): all rows are equally high, there may be
+    /// 2^31 - 1 of them, and messages and functions that add, insert, delete or find rows answer
+    /// LB_ERR. All getters, drawing, editing, copying, the search by typing and screen readers ask
+    /// the source; what a setter stores with a row (SetDragDrop, SetEditSubType, SetEditDataType)
+    /// is ignored. DrawItem and DrawColumns are called as for other rows: the text is made of the
+    /// cells of the columns in view, those of other columns are empty. The search by typing looks
+    /// through column 0 and needs SetPrintInput. SortInternal returns null; Sort asks the source.
+    BOOL SetRowSource(CListRowSource* source);
+    /// Null without one.
+    CListRowSource* GetRowSource() const;
+    /// The source has more or fewer rows than before. Selection, caret and the rows in view stay as
+    /// they are as long as their rows are there; takes no longer for many rows than for few.
+    /// ResetContent instead when all rows are others.
+    void RowsChanged();
+    /// Draws a row again whose texts the source has changed.
+    void RowChanged(int row);
+    /// The source has sorted its rows by a column, as an EListSortState says (kNotSorted: they are
+    /// in no column's order): the headings show it, and the selection follows the rows as far as
+    /// the source knows where they are (CListRowSource::GetSortedRow).
+    void SourceSorted(int column, int state);
+
     // --- editing ---------------------------------------------------------------------------------
     /// Closes an open editor without storing, selects the row and opens an editor in the cell; the
     /// parent may be asked first (VNM_OPENCELL).
@@ -218,11 +249,12 @@ public:
     /// Closes the editor, if one is open, without storing.
     void CellCancel();
     /// Makes a column as wide as its header and its widest value need. Up to 1000 rows are all
-    /// measured; of more rows, the visible ones and the 1000 with the longest texts.
+    /// measured; of more rows, the visible ones and the 1000 with the longest texts. Of a source's
+    /// rows, the visible ones and 1000 spread over the others, as many as fit 20 milliseconds.
     void AutoFitCol(int column) override;
 
     // --- extensions, off by default --------------------------------------------------------------
-    /// AutoFitCol for every column.
+    /// AutoFitCol for every column; the rows of a source are measured for 40 milliseconds in all.
     void FitAllColumns();
     /// Ctrl+0 in an editor replaces its text by the null marker.
     void EnableSetNull(BOOL on = TRUE) { m_bSetNull = on; }
@@ -242,7 +274,8 @@ public:
     /// control.
     int GetOwnColumnWidth(int column) const;
     /// The selected rows: values separated by tabs, lines ended by CR LF. A value that contains a
-    /// tab, CR, LF or double quote is enclosed in double quotes, its own quotes doubled.
+    /// tab, CR, LF or double quote is enclosed in double quotes, its own quotes doubled. Empty when
+    /// it would be longer than a CString can be, 2 GB.
     CString GetSelectionText(BOOL withHeadings) const;
 
 protected:
@@ -307,6 +340,9 @@ protected:
 private:
     class Lifeline;
     class Accessible;
+    class Rows;
+    class TextRows;
+    class SourceRows;
     struct CellPlace;
 
     std::span<const SListColumn> GetColumns() const override {
@@ -325,12 +361,10 @@ private:
     BOOL IsColumn(int column) const { return column >= 0 && column < m_nColumns; }
     BOOL IsRow(int row) const { return row >= 0 && row < GetCount(); }
     BOOL HasManySelected() const;
-    std::string_view RowText(int row) const;
-    std::string_view CellOf(int row, int column) const;
+    void UseRowsOf(CListRowSource* source);
+    void InvalidateRow(int row);
     int SendJoined(UINT message, int row, LPCTSTR first, std::va_list rest);
-    CString TextToDraw(int row) const;
-    std::vector<int> LongestValues(int column, int count) const;
-    int MeasureColumn(int column);
+    int MeasureColumn(int column, std::chrono::steady_clock::time_point until);
     int EffectiveEditorType(int row, int column) const;
     BOOL IsFileCell(int row, int column) const;
     BOOL ParentTakesCell(int column);
@@ -349,6 +383,7 @@ private:
     void UpdateExtent();
     void SideShiftChanged();
     void RefocusEditor();
+    LRESULT OnOwnMessage(UINT message);
     void ForgetRows();
     void ApplyOrder(const std::vector<DWORD>& order, const SSortItem* items);
     void ReorderRowData(const DWORD* order, int count);
@@ -363,4 +398,5 @@ private:
     int m_nItemHeight = 0;   ///< the result of MeasureItem; 0: not measured yet
     Lifeline* m_pLifeline = nullptr;
     std::unique_ptr<Accessible> m_pAccessible;
+    std::unique_ptr<Rows> m_pRows; ///< never null
 };

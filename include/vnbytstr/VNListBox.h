@@ -13,7 +13,7 @@ public:
     CVNListBox();
 
     /// Sets a row's tooltip; to be called right after the row was inserted. All other rows keep
-    /// theirs, also after a sort. Rows out of range are ignored.
+    /// theirs, also after a sort. Rows out of range, and those of a source, are ignored.
     void SetItemTip(int row, LPCTSTR text);
     /// Removes all tooltips; to be called with ResetContent.
     void ResetTips();

@@ -9,6 +9,7 @@
 #include "vnbytstr/ListBoxExHeadings.h"
 #include "vnbytstr/ListColumn.h"
 #include "vnbytstr/ListDropTarget.h"
+#include "vnbytstr/ListRowSource.h"
 #include "vnbytstr/ListParts.h"
 #include "vnbytstr/VNListBox.h"
 #include "vnbytstr/Window.h"

@@ -6,10 +6,14 @@
 // 4. While m_pActiveEditor is set it is an editor created by this list that is not closing, and
 //    m_nCurRow, m_nCurColumn are its cell.
 // 5. Entry i of the per-row arrays belongs to row i; rows beyond an array's end have the default.
+//    The arrays are empty while a source supplies the rows.
+// 6. The list box is without data exactly while m_pRows has a source, apart from the time in which
+//    SetRowSource changes from one to the other; that source knows this list.
 #include "vnbytstr/ListBoxEx.h"
 
 #include "src/lists/ListBoxExInternal.h"
 #include "src/lists/ListColumns.h"
+#include "src/lists/ListRows.h"
 
 #include "vnbytstr/GlobalVars.h"
 #include "vnbytstr/Language.h"
@@ -47,7 +51,7 @@ ON_WM_DRAWITEM_REFLECT()
 ON_WM_MEASUREITEM_REFLECT()
 END_MESSAGE_MAP()
 
-CListBoxEx::CListBoxEx() { Init(); }
+CListBoxEx::CListBoxEx() : m_pRows(std::make_unique<TextRows>(*this)) { Init(); }
 
 CListBoxEx::~CListBoxEx() {
     for (Lifeline* line = m_pLifeline; line != nullptr; line = line->m_pOuter)
@@ -60,6 +64,7 @@ CListBoxEx::~CListBoxEx() {
     m_Headings.SetListBox(nullptr);
     if (GetSafeHwnd() != nullptr)
         DestroyWindow();
+    UseRowsOf(nullptr);
 }
 
 void CListBoxEx::Init() {
@@ -79,6 +84,9 @@ void CListBoxEx::CheckInvariants() const {
     assert(m_nSortState >= kNotSorted && m_nSortState <= kSortedDescending);
     assert((m_nSortState == kNotSorted) == (m_nSortColumn == -1));
     assert(m_pActiveEditor == nullptr || IsColumn(m_nCurColumn));
+    assert(GetRowSource() == nullptr || (GetStyle() & LBS_NODATA) != 0);
+    assert(GetRowSource() == nullptr || (m_DragDrop.IsEmpty() && m_FileNames.IsEmpty() &&
+                                         m_EditSubTypes.IsEmpty() && m_EditDataTypes.IsEmpty()));
 }
 
 // --- set-up --------------------------------------------------------------------------------------

@@ -16,7 +16,9 @@ int CListBoxEx::Accessible::GetAccessibleColumnCount() const {
 }
 
 CString CListBoxEx::Accessible::GetAccessibleCellText(int row, int column) const {
-    return StringOf(m_list.CellOf(row, column));
+    CString text;
+    m_list.GetStringItem(row, column, text);
+    return text;
 }
 
 CString CListBoxEx::Accessible::GetAccessibleHeading(int column) const {

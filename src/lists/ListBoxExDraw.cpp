@@ -1,15 +1,15 @@
 // CListBoxEx: drawing and measuring rows.
 #include "src/lists/ListBoxExInternal.h"
 #include "src/lists/ListColumns.h"
-#include "src/lists/RowText.h"
+#include "src/lists/ListRows.h"
+#include "src/lists/LongText.h"
 
-#include "src/charset/CodePage.h"
 #include "vnbytstr/window/ListBox.h"
 
 #include <algorithm>
-#include <functional>
+#include <chrono>
+#include <string>
 #include <utility>
-#include <vector>
 
 using namespace vnbytstr::detail;
 
@@ -17,21 +17,10 @@ namespace {
 
 /// Gap between what AutoFitCol measured and the column's edge, on either side.
 constexpr int kFitGap = 4;
-/// Of lists with more rows only the visible rows and this number of longest rows are measured.
-constexpr int kMaxMeasuredRows = 1000;
-constexpr int kMaxVisibleRows = 100; ///< as many as a screen shows
 /// Texts are measured up to here; no screen shows more.
 constexpr std::size_t kMaxMeasuredBytes = 4000;
-
-/// The start of a text, cut between characters.
-std::string_view Beginning(std::string_view text, std::size_t bytes) {
-    if (text.size() <= bytes)
-        return text;
-    // CharStart gets a few bytes more than are kept, not the whole text, which may be 100 MB.
-    const std::string_view head = text.substr(0, bytes);
-    const vnbytstr::CodePage& page = vnbytstr::CodePage::Ansi();
-    return head.substr(0, page.CharStart(text.substr(0, bytes + 8), bytes));
-}
+/// The longest text of a CString.
+constexpr std::size_t kMaxCopied = 0x7FFFFFF0;
 
 /// At least as much of a text as is visible in `width` pixels; a text that is too long still gets
 /// its ellipsis.
@@ -40,9 +29,12 @@ std::string_view Visible(std::string_view text, int width) {
     return Beginning(text, 64 + kBytesPerPixel * static_cast<std::size_t>(std::max(width, 0)));
 }
 
-/// The values of rows longer than this are cut before they are drawn.
-constexpr std::size_t kLongRow = 32 * 1024;
-constexpr std::size_t kMaxDrawnBytes = 8 * 1024;
+/// Rows' texts are put together in this buffer.
+thread_local std::string drawBuffer;
+constexpr std::size_t kMaxKeptBuffer = 64 * 1024;
+
+/// FitAllColumns measures about this long, AutoFitCol half of it.
+constexpr std::chrono::milliseconds kLongestFit{40};
 
 } // namespace
 
@@ -93,29 +85,18 @@ void CListBoxEx::DrawItem(LPDRAWITEMSTRUCT item) {
     if (isRow) {
         CRect text(rect);
         text.DeflateRect(2, 0);
-        DrawColumns(dc, text, TextToDraw(static_cast<int>(item->itemID)));
+        // A copy of the row's text, moved out: an override of DrawColumns may change the row, and
+        // draw another list.
+        std::string row = std::exchange(drawBuffer, {});
+        m_pRows->TextToDraw(static_cast<int>(item->itemID), row);
+        DrawColumns(dc, text, row.c_str());
+        if (row.capacity() <= kMaxKeptBuffer)
+            drawBuffer = std::move(row);
     }
     dc->SetTextColor(oldColor);
     dc->SetBkMode(oldMode);
     if (item->itemAction == ODA_FOCUS || (item->itemState & ODS_FOCUS) != 0)
         dc->DrawFocusRect(rect);
-}
-
-/// A row's text with very long values cut; a copy, since an override of DrawColumns may change the
-/// row.
-CString CListBoxEx::TextToDraw(int row) const {
-    const std::string_view text = RowText(row);
-    if (text.size() <= kLongRow)
-        return StringOf(text);
-    CellReader reader(text, m_nColumns > 0 ? ViewOf(m_strSeparator) : std::string_view());
-    CString shortened;
-    std::string_view value;
-    for (int column = 0; column < std::max(1, m_nColumns) && reader.Next(value); ++column) {
-        if (column > 0)
-            shortened += m_strSeparator;
-        shortened += StringOf(Beginning(value, kMaxDrawnBytes));
-    }
-    return shortened;
 }
 
 void CListBoxEx::DrawColumns(CDC* dc, CRect rect, LPCTSTR text) {
@@ -144,20 +125,7 @@ void CListBoxEx::DrawColumns(CDC* dc, CRect rect, LPCTSTR text) {
 
 // --- fitting -------------------------------------------------------------------------------------
 
-/// The `count` rows with the longest values of a column, in bytes; the first ones of equal length.
-std::vector<int> CListBoxEx::LongestValues(int column, int count) const {
-    std::vector<std::pair<std::size_t, int>> lengths(static_cast<std::size_t>(GetCount()));
-    for (std::size_t row = 0; row < lengths.size(); ++row)
-        lengths[row] = {CellOf(static_cast<int>(row), column).size(), -static_cast<int>(row)};
-    const auto end = lengths.begin() + std::min<std::ptrdiff_t>(count, std::ssize(lengths));
-    std::nth_element(lengths.begin(), end, lengths.end(), std::greater<>());
-    std::vector<int> rows;
-    for (auto at = lengths.begin(); at != end; ++at)
-        rows.push_back(-at->second);
-    return rows;
-}
-
-int CListBoxEx::MeasureColumn(int column) {
+int CListBoxEx::MeasureColumn(int column, std::chrono::steady_clock::time_point until) {
     CClientDC dc(this);
     const auto widthOf = [&dc](std::string_view text) {
         const std::string_view head = Beginning(text, kMaxMeasuredBytes);
@@ -175,22 +143,10 @@ int CListBoxEx::MeasureColumn(int column) {
         CFont* previous = dc.SelectObject(listFont);
         old = old != nullptr ? old : previous;
     }
-    const auto measure = [&](int row) {
-        const std::string_view value = CellOf(row, column);
+    m_pRows->ForEachMeasured(column, until, [&](std::string_view value) {
         if (!value.empty())
             width = std::max<int>(width, widthOf(value) + record.m_nSpacing + m_nOffset + kFitGap);
-    };
-    const int count = GetCount();
-    if (count <= kMaxMeasuredRows) {
-        for (int row = 0; row < count; ++row)
-            measure(row);
-    } else {
-        const int top = static_cast<int>(SendMessage(LB_GETTOPINDEX));
-        for (int row = top; row < std::min(count, top + kMaxVisibleRows); ++row)
-            measure(row);
-        for (const int row : LongestValues(column, kMaxMeasuredRows))
-            measure(row);
-    }
+    });
     if (old != nullptr)
         dc.SelectObject(old);
     return width;
@@ -200,7 +156,8 @@ void CListBoxEx::AutoFitCol(int column) {
     if (!IsColumn(column) || GetSafeHwnd() == nullptr)
         return;
     SetWidths();
-    SetColumnWidth(column, MeasureColumn(column));
+    SetColumnWidth(column,
+                   MeasureColumn(column, std::chrono::steady_clock::now() + kLongestFit / 2));
     if (m_pHeadings != nullptr)
         m_pHeadings->FixLastColWidth();
     FollowEditedRow();
@@ -211,8 +168,11 @@ void CListBoxEx::FitAllColumns() {
     if (GetSafeHwnd() == nullptr)
         return;
     SetWidths();
-    for (int column = 0; column < m_nColumns; ++column)
-        SetColumnWidth(column, MeasureColumn(column));
+    const auto end = std::chrono::steady_clock::now() + kLongestFit;
+    for (int column = 0; column < m_nColumns; ++column) {
+        const auto now = std::chrono::steady_clock::now();
+        SetColumnWidth(column, MeasureColumn(column, now + (end - now) / (m_nColumns - column)));
+    }
     if (m_pHeadings != nullptr)
         m_pHeadings->FixLastColWidth();
     FollowEditedRow();
@@ -240,11 +200,14 @@ CString CListBoxEx::GetSelectionText(BOOL withHeadings) const {
             add(ViewOf(m_pColumns[static_cast<std::size_t>(column)].m_strHeading),
                 column == columns - 1);
     const int count = GetCount();
-    for (int row = 0; row < count; ++row) {
-        if (SendMessage(LB_GETSEL, static_cast<WPARAM>(row)) <= 0)
-            continue;
-        for (int column = 0; column < columns; ++column)
-            add(CellOf(row, column), column == columns - 1);
+    const auto next = [this](int row) {
+        return GetSafeHwnd() != nullptr ? ListBoxNextSelected(m_hWnd, row) : -1;
+    };
+    for (int row = next(0); row >= 0 && row < count; row = next(row + 1)) {
+        m_pRows->ForEachCell(
+            row, [&](int column, std::string_view value) { add(value, column == columns - 1); });
+        if (text.size() > kMaxCopied)
+            return {};
     }
     return StringOf(text);
 }

@@ -7,6 +7,7 @@
 #include "vnbytstr/window/ListBox.h"
 
 #include <algorithm>
+#include <cstdint>
 
 using namespace vnbytstr::detail;
 
@@ -44,12 +45,15 @@ BOOL CListBoxEx::PlaceCell(int row, int column, CellPlace& place) {
     if (scrolls && span.IsEmpty())
         return FALSE;
     const int height = static_cast<int>(SendMessage(LB_GETITEMHEIGHT));
-    const int top = (row - static_cast<int>(SendMessage(LB_GETTOPINDEX))) * height;
+    // Of a row far out of view it does not matter how far.
+    constexpr std::int64_t kFar = 1'000'000'000;
+    const std::int64_t rows = std::int64_t{row} - SendMessage(LB_GETTOPINDEX);
+    const int top = static_cast<int>(std::clamp(rows * height, -kFar, kFar));
     place.m_rect = CRect(span.left - shift, top, span.right - shift, top + height);
     if (place.m_nType <= kEditorNumber)
         place.m_rect.bottom = top + ((HIWORD(static_cast<DWORD>(GetDialogBaseUnits())) * 10) >> 3);
     else // includes the drop-down list
-        place.m_rect.bottom = 15 * place.m_rect.bottom - 14 * top;
+        place.m_rect.bottom = top + 15 * height;
     return TRUE;
 }
 
@@ -197,7 +201,14 @@ BOOL CListBoxEx::CellEnter(BOOL notify) {
         if (answer != 0)
             return FALSE;
     }
-    UpdateStringItem(row < 0 ? -1 : m_nCurRow, column, value);
+    const int target = row < 0 ? -1 : m_nCurRow;
+    const Lifeline life(this);
+    const CListRowSource* const source = GetRowSource();
+    const BOOL stored = UpdateStringItem(target, column, value);
+    if (!life.Holds() || m_pActiveEditor != editor)
+        return TRUE; // the source closed the editor
+    if (!stored && source != nullptr && source == GetRowSource() && IsRow(target))
+        return FALSE; // refused
     StopEditing();
     return TRUE;
 }

@@ -1,6 +1,7 @@
 // CListBoxEx: the window's messages, mouse, keyboard and files dropped.
 #include "src/lists/ListBoxExInternal.h"
 #include "src/lists/ListColumns.h"
+#include "src/lists/ListRows.h"
 #include "src/lists/TypeAhead.h"
 
 #include "src/charset/CodePage.h"
@@ -47,6 +48,7 @@ void CListBoxEx::Prepare() {
 void CListBoxEx::OnDestroy() {
     m_pActiveEditor = nullptr;
     m_bCommitting = FALSE;
+    UseRowsOf(nullptr);
     SetAccessibleTable(nullptr);
     if (m_DropTarget.m_hWnd != nullptr)
         m_DropTarget.Revoke();
@@ -58,6 +60,8 @@ void CListBoxEx::OnDestroy() {
 }
 
 void CListBoxEx::OnPaint() {
+    if (GetRowSource() != nullptr && SendMessage(LB_GETCOUNT) != GetCount())
+        PostMessage(kRowsGone);
     SetWidths();
     Default();
 }
@@ -191,9 +195,7 @@ void CListBoxEx::OnChar(UINT ch, UINT repeat, UINT flags) {
     AddTyped(m_strTyped, m_dwTypedTime, GetTickCount(), {&typed, 1});
     if (EndsInCharacter(ViewOf(m_strTyped)))
         return; // the other bytes follow in further messages
-    const CString text = m_strTyped;
-    SendMessage(LB_SELECTSTRING, static_cast<WPARAM>(SendMessage(LB_GETCURSEL)),
-                reinterpret_cast<LPARAM>(static_cast<const char*>(text)));
+    m_pRows->FindTyped(m_strTyped);
 }
 
 UINT CListBoxEx::OnGetDlgCode() {

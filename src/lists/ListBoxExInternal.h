@@ -15,6 +15,10 @@ inline constexpr UINT kSpinnerId = 3;
 /// Posted by the list to itself when a value was refused because the focus was leaving: the editor
 /// gets the focus back. List boxes have no messages with numbers as high as this.
 inline constexpr UINT kRefocusEditor = WM_USER + 0x100;
+/// Posted by the list to itself while it searches for what was typed.
+inline constexpr UINT kContinueSearch = WM_USER + 0x101;
+/// Posted by the list to itself when it finds that its source has fewer rows than it shows.
+inline constexpr UINT kRowsGone = WM_USER + 0x102;
 
 /// The characters of a string, without copying.
 inline std::string_view ViewOf(const CString& text) {

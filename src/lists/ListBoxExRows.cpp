@@ -1,7 +1,7 @@
 // CListBoxEx: rows, cells and per-row data.
 #include "src/lists/ListBoxExInternal.h"
 #include "src/lists/ListColumns.h"
-#include "src/lists/RowText.h"
+#include "src/lists/ListRows.h"
 
 #include "vnbytstr/Messages.h"
 #include "vnbytstr/window/ListBox.h"
@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <string>
 #include <utility>
+#include <vector>
 
 using namespace vnbytstr::detail;
 
@@ -30,14 +31,6 @@ void DeleteRowFrom(Array& array, int row) {
         array.RemoveAt(row);
 }
 
-/// Sets an element; an array that is too short is filled up to it with `fallback`.
-template <class Array, class Value>
-void SetGrowing(Array& array, int row, Value value, Value fallback) {
-    while (array.GetSize() < row)
-        array.Add(fallback);
-    array.SetAtGrow(row, value);
-}
-
 template <class Array, class Value>
 void ReorderRowsOf(Array& array, const DWORD* order, int count, Value fallback) {
     if (array.IsEmpty())
@@ -53,32 +46,16 @@ void ReorderRowsOf(Array& array, const DWORD* order, int count, Value fallback) 
 
 } // namespace
 
-int CListBoxEx::GetCount() const {
-    if (GetSafeHwnd() == nullptr)
-        return 0;
-    return std::max(0, static_cast<int>(SendMessage(LB_GETCOUNT)));
-}
+int CListBoxEx::GetCount() const { return m_pRows->Count(); }
+
+CListRowSource* CListBoxEx::GetRowSource() const { return m_pRows->Source(); }
 
 BOOL CListBoxEx::HasManySelected() const {
     return (GetStyle() & (LBS_MULTIPLESEL | LBS_EXTENDEDSEL)) != 0;
 }
 
-std::string_view CListBoxEx::RowText(int row) const {
-    int length = 0;
-    const char* text = GetSafeHwnd() != nullptr ? ListBoxRowText(m_hWnd, row, &length) : nullptr;
-    return text != nullptr ? std::string_view(text, static_cast<std::size_t>(length))
-                           : std::string_view();
-}
-
-std::string_view CListBoxEx::CellOf(int row, int column) const {
-    const std::string_view text = RowText(row);
-    if (m_nColumns == 0)
-        return column == 0 ? text : std::string_view();
-    return CellText(text, ViewOf(m_strSeparator), column);
-}
-
 int CListBoxEx::SendJoined(UINT message, int row, LPCTSTR first, std::va_list rest) {
-    if (GetSafeHwnd() == nullptr)
+    if (GetSafeHwnd() == nullptr || GetRowSource() != nullptr)
         return LB_ERR;
     // Moved out of the buffer: the list's owner may add more rows when it is notified of this one.
     std::string text = std::exchange(rowBuffer, {});
@@ -123,34 +100,34 @@ int CListBoxEx::InsertStringItems(int row, LPCTSTR first, ...) {
 BOOL CListBoxEx::UpdateStringItem(int row, int column, LPCTSTR text) {
     if (!IsRow(row) || (!IsColumn(column) && !(m_nColumns == 0 && column == 0)))
         return FALSE;
-    const char* value = text != nullptr ? text : "";
-    const std::string updated =
-        m_nColumns == 0 ? std::string(value)
-                        : ReplaceCell(RowText(row), ViewOf(m_strSeparator), column, value);
-    if (!ListBoxSetRowText(m_hWnd, row, updated.c_str()))
+    const Lifeline life(this);
+    if (!m_pRows->SetCell(row, column, text != nullptr ? text : ""))
         return FALSE;
+    if (!life.Holds())
+        return TRUE;
+    if (GetRowSource() != nullptr)
+        InvalidateRow(row);
     NotifyAccessibility(m_hWnd, AccessibleChange::CellText, row, column);
     return TRUE;
 }
 
 BOOL CListBoxEx::GetStringItem(int row, int column, CString& text) const {
-    text = StringOf(CellOf(row, column));
+    std::string buffer;
+    text = StringOf(m_pRows->Cell(row, column, buffer));
     return IsRow(row) && (IsColumn(column) || (m_nColumns == 0 && column == 0));
 }
 
 BOOL CListBoxEx::GetStringItems(int row, CString* first, ...) const {
-    CellReader reader(RowText(row), m_nColumns > 0 ? ViewOf(m_strSeparator) : std::string_view());
+    std::vector<CString*> targets{first};
     std::va_list rest;
     va_start(rest, first);
-    for (int column = 0; column < std::max(1, m_nColumns); ++column) {
-        CString* target = column == 0 ? first : va_arg(rest, CString*);
-        std::string_view value;
-        if (!reader.Next(value))
-            value = {};
-        if (target != nullptr)
-            *target = StringOf(value);
-    }
+    for (int column = 1; column < m_nColumns; ++column)
+        targets.push_back(va_arg(rest, CString*));
     va_end(rest);
+    m_pRows->ForEachCell(row, [&targets](int column, std::string_view value) {
+        if (CString* const target = targets[static_cast<std::size_t>(column)]; target != nullptr)
+            *target = StringOf(value);
+    });
     return IsRow(row);
 }
 
@@ -178,8 +155,10 @@ void CListBoxEx::SetOnlySel(int row) {
     }
     int only = -1;
     if (SendMessage(LB_GETSELCOUNT) == 1 &&
-        SendMessage(LB_GETSELITEMS, 1, reinterpret_cast<LPARAM>(&only)) == 1 && only == row)
+        SendMessage(LB_GETSELITEMS, 1, reinterpret_cast<LPARAM>(&only)) == 1 && only == row) {
+        SendMessage(LB_SETCARETINDEX, static_cast<WPARAM>(row)); // it may be out of view
         return;
+    }
     SendMessage(LB_SETSEL, FALSE, -1);
     SendMessage(LB_SETSEL, TRUE, row);
 }
@@ -197,45 +176,37 @@ void CListBoxEx::HitTest(CPoint point, int& row, int& column) {
 // --- per-row data --------------------------------------------------------------------------------
 
 void CListBoxEx::AddFileName(int row, LPCTSTR name) {
-    if (!IsRow(row))
-        return;
-    if (row >= m_FileNames.GetSize())
-        m_FileNames.SetSize(row + 10);
-    m_FileNames[row] = name;
+    if (IsRow(row))
+        m_pRows->SetFileName(row, name);
 }
 
 LPCTSTR CListBoxEx::GetFileName(int row) const {
-    if (row < 0 || row >= m_FileNames.GetSize() || m_FileNames[row].IsEmpty())
-        return nullptr;
-    return m_FileNames[row];
+    return IsRow(row) ? m_pRows->FileName(row) : nullptr;
 }
 
-BOOL CListBoxEx::GetDragDrop(int row) const {
-    return IsRow(row) && row < m_DragDrop.GetSize() && m_DragDrop[row] == 1;
-}
+BOOL CListBoxEx::GetDragDrop(int row) const { return IsRow(row) && m_pRows->TakesFiles(row); }
 
 void CListBoxEx::SetDragDrop(int row, BOOL on) {
     if (IsRow(row))
-        SetGrowing(m_DragDrop, row, static_cast<BYTE>(on ? 1 : 0), BYTE{0});
+        m_pRows->SetTakesFiles(row, on);
 }
 
 short CListBoxEx::GetEditSubType(int row) const {
-    return IsRow(row) && row < m_EditSubTypes.GetSize() ? m_EditSubTypes[row] : short{1};
+    return IsRow(row) ? m_pRows->SubType(row) : short{1};
 }
 
 void CListBoxEx::SetEditSubType(int row, short type) {
     if (IsRow(row))
-        SetGrowing(m_EditSubTypes, row, static_cast<BYTE>(type), BYTE{1});
+        m_pRows->SetSubType(row, type);
 }
 
 short CListBoxEx::GetEditDataType(int row) const {
-    return IsRow(row) && row < m_EditDataTypes.GetSize() ? static_cast<short>(m_EditDataTypes[row])
-                                                         : short{0};
+    return IsRow(row) ? m_pRows->DataType(row) : short{0};
 }
 
 void CListBoxEx::SetEditDataType(int row, short type) {
     if (IsRow(row))
-        SetGrowing(m_EditDataTypes, row, static_cast<WORD>(type), WORD{0});
+        m_pRows->SetDataType(row, type);
 }
 
 void CListBoxEx::GetDisplayString(CString& value, int row) const {
@@ -313,15 +284,91 @@ void CListBoxEx::ReorderRowData(const DWORD* order, int count) {
             std::find(order, order + count, static_cast<DWORD>(m_nCurRow)) - order);
 }
 
+// --- rows of a source ----------------------------------------------------------------------------
+
+/// Lists and sources know each other, so that either may end first.
+void CListBoxEx::UseRowsOf(CListRowSource* source) {
+    if (CListRowSource* const before = GetRowSource(); before != nullptr)
+        std::erase(before->m_lists, this);
+    if (source != nullptr) {
+        m_pRows = std::make_unique<SourceRows>(*this, *source);
+        source->m_lists.push_back(this);
+    } else {
+        m_pRows = std::make_unique<TextRows>(*this);
+    }
+}
+
+BOOL CListBoxEx::SetRowSource(CListRowSource* source) {
+    if (GetSafeHwnd() == nullptr || (GetStyle() & LBS_SORT) != 0 ||
+        (GetStyle() & (LBS_OWNERDRAWFIXED | LBS_OWNERDRAWVARIABLE)) == 0) {
+        UseRowsOf(nullptr);
+        return source == nullptr;
+    }
+    UseRowsOf(source); // first of all: the source of before may be ending
+    const Lifeline life(this);
+    CellCancel();
+    if (!life.Holds() || GetRowSource() != source)
+        return FALSE;
+    ListBoxSetNoData(m_hWnd, source != nullptr);
+    ForgetRows();
+    RowsChanged();
+    return TRUE;
+}
+
+void CListBoxEx::RowsChanged() {
+    CListRowSource* const source = GetRowSource();
+    if (source == nullptr || GetSafeHwnd() == nullptr)
+        return;
+    const int count = std::max(source->GetRowCount(), 0);
+    if (m_nCurRow >= count) {
+        const Lifeline life(this);
+        m_nCurRow = -1;
+        CellCancel();
+        if (!life.Holds() || GetRowSource() != source)
+            return;
+    }
+    SendMessage(LB_SETCOUNT, static_cast<WPARAM>(count));
+    FollowEditedRow();
+}
+
+void CListBoxEx::RowChanged(int row) {
+    if (GetRowSource() == nullptr || !IsRow(row))
+        return;
+    InvalidateRow(row);
+    NotifyAccessibility(m_hWnd, AccessibleChange::CellText, row);
+}
+
+void CListBoxEx::InvalidateRow(int row) {
+    CRect rect;
+    if (SendMessage(LB_GETITEMRECT, static_cast<WPARAM>(row),
+                    reinterpret_cast<LPARAM>(static_cast<LPRECT>(rect))) != LB_ERR)
+        InvalidateRect(rect);
+}
+
+/// What the list has posted to itself.
+LRESULT CListBoxEx::OnOwnMessage(UINT message) {
+    if (message == kRefocusEditor)
+        RefocusEditor();
+    else if (message == kContinueSearch)
+        m_pRows->ContinueSearch();
+    else
+        RowsChanged();
+    return 0;
+}
+
 LRESULT CListBoxEx::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     // Rows are inserted and deleted by message; the per-row data follows.
     if (m_pActiveEditor != nullptr &&
         (message == LB_RESETCONTENT ||
          (message == LB_DELETESTRING && static_cast<int>(wParam) == m_nCurRow)))
         CellCancel();
+    if (message == kRefocusEditor || message == kContinueSearch || message == kRowsGone)
+        return OnOwnMessage(message);
     if (message < LB_ADDSTRING || message > LB_RESETCONTENT)
-        return message == kRefocusEditor ? (RefocusEditor(), 0)
-                                         : CWnd::WindowProc(message, wParam, lParam);
+        return CWnd::WindowProc(message, wParam, lParam);
+    if (GetRowSource() != nullptr &&
+        (message == LB_ADDSTRING || message == LB_INSERTSTRING || message == LB_DELETESTRING))
+        return LB_ERR; // the source alone adds and deletes rows
     const Lifeline life(this);
     const LRESULT result = CWnd::WindowProc(message, wParam, lParam);
     if (!life.Holds())
@@ -332,6 +379,7 @@ LRESULT CListBoxEx::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
         ForgetRows();
         if (m_bSideScroll)
             SideShiftChanged(); // it is scrolled to the left again
+        RowsChanged();          // a source may have others now
     } else if (message == LB_DELETESTRING && result != LB_ERR) {
         RowDeleted(static_cast<int>(wParam));
     } else if (isPlaced && result >= 0) {

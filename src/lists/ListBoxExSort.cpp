@@ -1,5 +1,5 @@
 // CListBoxEx: sorting.
-#include "src/lists/ListBoxExInternal.h"
+#include "src/lists/ListRows.h"
 #include "src/lists/ListSort.h"
 
 #include "src/charset/SortOrder.h"
@@ -14,7 +14,8 @@ using namespace vnbytstr::detail;
 
 SSortItem* CListBoxEx::SortInternal(int column) {
     const bool isPlain = m_nColumns == 0 && column == 0;
-    if (GetSafeHwnd() == nullptr || (GetStyle() & LBS_SORT) != 0 || (!IsColumn(column) && !isPlain))
+    if (GetSafeHwnd() == nullptr || GetRowSource() != nullptr || (GetStyle() & LBS_SORT) != 0 ||
+        (!IsColumn(column) && !isPlain))
         return nullptr;
     if (m_pActiveEditor != nullptr) { // its row would move
         const Lifeline life(this);
@@ -28,9 +29,10 @@ SSortItem* CListBoxEx::SortInternal(int column) {
     std::vector<DWORD> order;
     auto items = std::make_unique<SSortItem[]>(rows);
     {
+        std::string buffer; // stays empty: the texts are those of the list box
         std::vector<std::string_view> values(rows);
         for (std::size_t row = 0; row < rows; ++row)
-            values[row] = CellOf(static_cast<int>(row), column);
+            values[row] = m_pRows->Cell(static_cast<int>(row), column, buffer);
         const bool isText =
             isPlain || m_pColumns[static_cast<std::size_t>(column)].m_nSortType == 0;
         order = isText
@@ -98,7 +100,4 @@ SSortItem* CListBoxEx::SortForOrder(int column) {
     return items;
 }
 
-BOOL CListBoxEx::Sort(int column) {
-    const std::unique_ptr<SSortItem[]> items(SortForOrder(column));
-    return items != nullptr;
-}
+BOOL CListBoxEx::Sort(int column) { return m_pRows->Sort(column); }

@@ -101,9 +101,11 @@ BOOL CListBoxEx::ZoomCell() {
             return TRUE;
         m_bCommitting = FALSE;
         row = m_nCurRow;
-        if (answer == 0)
-            UpdateStringItem(row, column, value);
-        if (answer == 0 || answer == kRefuseAndEndZoom || row < 0)
+        const bool refused = answer == 0 && !UpdateStringItem(row, column, value) && life.Holds() &&
+                             GetRowSource() != nullptr && IsRow(row);
+        if (!life.Holds())
+            return TRUE;
+        if ((answer == 0 && !refused) || answer == kRefuseAndEndZoom || row < 0)
             break;
     }
     return TRUE;

@@ -19,7 +19,7 @@ END_MESSAGE_MAP()
 CVNListBox::CVNListBox() { m_DataTip.Create(this); }
 
 void CVNListBox::SetItemTip(int row, LPCTSTR text) {
-    if (row < 0 || row >= GetCount())
+    if (row < 0 || row >= GetCount() || GetRowSource() != nullptr)
         return;
     InsertMappedRow(m_RowMap, row);
     m_Tips.InsertAt(row, CString(text));
@@ -81,6 +81,8 @@ void CVNListBox::OnMouseLeave() {
 }
 
 BOOL CVNListBox::Sort(int column) {
+    if (GetRowSource() != nullptr)
+        return CListBoxEx::Sort(column); // its rows have no tooltips
     const std::unique_ptr<SSortItem[]> items(SortForOrder(column));
     if (items == nullptr)
         return FALSE;
