@@ -1,13 +1,14 @@
-// vnquery: runs a query, displays the result, saves and exports it. Run calls the steps one after
-// the other; each step is in its own file.
+// vnquery: runs a query, displays the result, saves and exports it. The rows go
+// one by one through what the options ask for; each part is in its own file.
 
+#include "vnquery/console/KeptValues.h"
 #include "vnquery/console/Options.h"
 #include "vnquery/console/Process.h"
-#include "vnquery/console/ResultPrinter.h"
 #include "vnquery/console/Statistics.h"
+#include "vnquery/console/TablePrinter.h"
 #include "vnquery/console/TerminalProgress.h"
-#include "vnquery/files/Exporter.h"
 #include "vnquery/files/FileCipher.h"
+#include "vnquery/files/FileExport.h"
 #include "vnquery/files/FileTranslation.h"
 #include "vnquery/files/ValueSaver.h"
 #include "vnquery/messages/HelpPages.h"
@@ -20,43 +21,86 @@
 #include "vnquery/window/WindowProgram.h"
 #endif
 
-#include <algorithm>
 #include <cstdio>
+#include <memory>
 #include <new>
+#include <optional>
 
 namespace vnquery {
 
 namespace {
 
-ResultSet RunQuery(const Options& options) {
+/// What is done with the rows of a query, one after the other, while they are read.
+class QueryOutput {
+public:
+    QueryOutput(const Options& options, const std::vector<std::string>& columns)
+        : m_options(options), m_columns(columns.size()), m_kept(options.saves, nullptr),
+          m_progress(Text(options.exportFile.empty() ? IDS_VQ_READING : IDS_VQ_EXPORTING),
+                     options.quiet || !IsOutputTerminal()),
+          m_all(&m_progress) {
+        if (!options.exportFile.empty())
+            m_export = FileExport::Begin(options.exportFile, options.exportFormat, columns);
+        if (!options.quiet)
+            m_printer.emplace(columns, options.cells, options.widths);
+        if (m_export)
+            m_all.Add(*m_export);
+        if (m_printer)
+            m_all.Add(*m_printer);
+        if (options.statistics)
+            m_all.Add(m_statistics);
+        if (!options.saves.empty())
+            m_all.Add(m_kept);
+    }
+
+    void Take(RowSource& source) {
+        try {
+            m_rows = ReadRows(source, m_all, m_progress);
+        } catch (const Interrupted&) {
+            throw;
+        } catch (...) {
+            m_progress.Hide();
+            if (m_printer)
+                m_printer->Abandon();
+            throw;
+        }
+        m_progress.Hide();
+    }
+
+    void Finish() {
+        if (m_printer)
+            m_printer->Finish();
+        if (m_options.statistics)
+            m_statistics.Print(m_kept);
+        if (m_export)
+            FinishExport();
+        m_kept.Save(m_options.saves, m_options.saveFormat, m_rows, m_columns);
+    }
+
+private:
+    void FinishExport() {
+        const std::string& name = m_options.exportFile;
+        const ExportSummary summary = m_export->Commit();
+        ReportLosses(name, summary.losses);
+        std::fprintf(stderr, "%s\n", DescribeExport(summary, name).c_str());
+    }
+
+    const Options& m_options;
+    const std::size_t m_columns;
+    std::size_t m_rows = 0;
+    std::optional<TablePrinter> m_printer;
+    std::unique_ptr<FileExport> m_export;
+    Statistics m_statistics;
+    KeptValues m_kept;
+    TerminalProgress m_progress;
+    RowTee m_all;
+};
+
+void RunQuery(const Options& options) {
     const std::unique_ptr<RowSource> source =
         OpenSource({options.database, options.connection}, options.sql, SourceUse::ReadOnly);
-    ResultSet result(source->GetColumns());
-    TerminalProgress progress(Text(IDS_VQ_READING));
-    result.Fetch(*source, progress);
-    return result;
-}
-
-void Export(const ResultSet& result, const Options& options) {
-    const std::string& name = options.exportFile;
-    ExportSummary summary;
-    {
-        TerminalProgress progress(Text(IDS_VQ_EXPORTING));
-        summary = ExportToFile(result, name, options.exportFormat, progress);
-    }
-    ReportLosses(name, summary.losses);
-    std::fprintf(stderr, "%s\n", DescribeExport(result.GetRowCount(), summary.bytes, name).c_str());
-}
-
-void SaveValues(ResultSet& result, const std::vector<SaveRequest>& saves,
-                const ExportFormat& format) {
-    for (auto save = saves.begin(); save != saves.end(); ++save) {
-        CheckInterrupted();
-        const bool isLastUse = std::none_of(save + 1, saves.end(), [&](const SaveRequest& later) {
-            return later.row == save->row && later.column == save->column;
-        });
-        SaveValue(result, save->row, save->column, save->file, format, isLastUse);
-    }
+    QueryOutput output(options, source->GetColumns());
+    output.Take(*source);
+    output.Finish();
 }
 
 #ifdef VNQUERY_WINDOW
@@ -81,14 +125,7 @@ void Run(const Options& options) {
         CipherFile(*options.des);
         return;
     }
-    ResultSet result = RunQuery(options);
-    if (!options.quiet)
-        PrintResult(result, options.cells);
-    if (options.statistics)
-        PrintStatistics(result);
-    if (!options.exportFile.empty())
-        Export(result, options);
-    SaveValues(result, options.saves, options.saveFormat); // last, since saving may empty a value
+    RunQuery(options);
 }
 
 int Complain(ExitCode code, const std::string& message) {

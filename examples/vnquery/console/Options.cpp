@@ -61,6 +61,7 @@ struct RawOptions {
     std::string lineBreak = "crlf";
     std::string lineEnds = "escape";
     std::string blobs = "placeholder";
+    std::string widths = "first";
 };
 
 void AddQueryOptions(CLI::App& app, Options& options) {
@@ -77,6 +78,9 @@ void AddDisplayOptions(CLI::App& app, Options& options, RawOptions& raw) {
     app.add_option("--text-limit", options.cells.textLimit, Text(IDS_VQ_CL_TEXT_LIMIT))
         ->type_name("N")
         ->check(CLI::Range(0u, 1u << 28));
+    app.add_option("--widths", raw.widths, Text(IDS_VQ_CL_WIDTHS))
+        ->type_name("ROWS")
+        ->check(CLI::IsMember({"first", "all"}));
     app.add_flag("--quiet", options.quiet, Text(IDS_VQ_CL_QUIET));
     app.add_flag("--stats", options.statistics, Text(IDS_VQ_CL_STATS));
 }
@@ -159,6 +163,7 @@ void SetFormats(const CLI::App& app, Options& options, const RawOptions& raw) {
     format.hexBlobs = raw.blobs == "hex";
     if (app.count("--null") > 0)
         format.nullText = options.cells.nullText = raw.nullText;
+    options.widths = raw.widths == "all" ? WidthSource::All : WidthSource::First;
     options.saveFormat = format;
     if (app.count("--line-ends") == 0)
         options.saveFormat.lineEnds = format.recordLength > 0 ? LineEnds::Records : LineEnds::Keep;

@@ -1,9 +1,9 @@
 // The command line.
 #pragma once
 
+#include "vnquery/console/TablePrinter.h"
 #include "vnquery/files/Exporter.h"
 #include "vnquery/files/FileCipher.h"
-#include "vnquery/result/CellText.h"
 
 #include <optional>
 #include <string>
@@ -29,6 +29,7 @@ struct Options {
     std::string connection; ///< ODBC connection string
     std::string sql;
     CellFormat cells;
+    WidthSource widths = WidthSource::First;
     bool quiet = false; ///< the result is not displayed
     bool statistics = false;
     std::vector<SaveRequest> saves;

@@ -27,6 +27,7 @@ void PrepareProcess() {
     }
 }
 
+bool IsOutputTerminal() { return isatty(STDOUT_FILENO) == 1; }
 bool IsErrorOutputTerminal() { return isatty(STDERR_FILENO) == 1; }
 
 std::uint64_t GetPeakMemory() {

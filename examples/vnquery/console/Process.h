@@ -11,6 +11,7 @@ namespace vnquery {
 /// and as many files may be open as the system allows, since every large value has one.
 void PrepareProcess();
 
+bool IsOutputTerminal();
 bool IsErrorOutputTerminal();
 
 /// The most memory that the process has had, in bytes; 0 when the system does not tell.

@@ -3,6 +3,7 @@
 #include "vnquery/console/Process.h"
 #include "vnquery/messages/Messages.h"
 #include "vnquery/result/CellText.h"
+#include "vnquery/result/ResultSet.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -18,33 +19,29 @@ struct SwapFile {
     DWORD length; ///< of the value
 };
 
+/// What values take.
 struct Totals {
-    std::size_t shortValues = 0; ///< in the result's own cells, NULL included
-    std::size_t inMemory = 0;    ///< in a block of memory each
+    std::size_t values = 0;
     std::size_t inStores = 0;
-    ULONGLONG bytes = 0;
     ULONGLONG residentPages = 0;
     ULONGLONG swappedPages = 0;
     std::vector<SwapFile> files;
 };
 
-Totals AddUp(const ResultSet& result) {
+Totals AddUp(const KeptValues& kept) {
     Totals totals;
-    for (std::size_t row = 0; row < result.GetRowCount(); ++row) {
-        for (std::size_t column = 0; column < result.GetColumnCount(); ++column) {
-            const Value& value = result.At(row, column);
-            totals.bytes += value.GetLength();
-            const CByteStream* stream = value.GetStream();
-            const CByteStore* store = stream ? stream->GetStore() : nullptr;
-            ++(store ? totals.inStores : stream ? totals.inMemory : totals.shortValues);
-            if (!store)
-                continue;
-            totals.residentPages += store->GetResidentPageCount();
-            totals.swappedPages += store->GetSwappedPageCount();
-            if (store->GetSwappedPageCount() > 0)
-                totals.files.push_back(
-                    {CellName(row, column), stream->GetFileName(), store->GetLength()});
-        }
+    for (const auto& [place, value] : kept.Get()) {
+        ++totals.values;
+        const CByteStream* stream = value.GetStream();
+        const CByteStore* store = stream ? stream->GetStore() : nullptr;
+        if (!store)
+            continue;
+        ++totals.inStores;
+        totals.residentPages += store->GetResidentPageCount();
+        totals.swappedPages += store->GetSwappedPageCount();
+        if (store->GetSwappedPageCount() > 0)
+            totals.files.push_back(
+                {CellName(place.first, place.second), stream->GetFileName(), store->GetLength()});
     }
     return totals;
 }
@@ -62,15 +59,24 @@ std::string DescribePages(ULONGLONG pages) {
 
 } // namespace
 
-void PrintStatistics(const ResultSet& result) {
-    const Totals totals = AddUp(result);
-    PrintLine(IDS_VQ_STAT_ROWS, GroupDigits(result.GetRowCount()));
+void Statistics::DoWhole(Value::Type, std::string_view bytes) {
+    ++m_values;
+    m_bytes += bytes.size();
+}
+
+bool Statistics::DoBegin(Value::Type, std::optional<ULONGLONG>) {
+    ++m_values;
+    return false;
+}
+
+void Statistics::Print(const KeptValues& kept) const {
+    const Totals totals = AddUp(kept);
+    PrintLine(IDS_VQ_STAT_ROWS, GroupDigits(m_rows));
     PrintLine(IDS_VQ_STAT_VALUES,
               Text(IDS_VQ_STAT_VALUES_FIGURES,
-                   {GroupDigits(totals.shortValues + totals.inMemory + totals.inStores),
-                    GroupDigits(totals.shortValues), GroupDigits(totals.inMemory),
-                    GroupDigits(totals.inStores)}));
-    PrintLine(IDS_VQ_STAT_BYTES, GroupDigits(totals.bytes) + " (" + FormatSize(totals.bytes) + ")");
+                   {GroupDigits(m_values), GroupDigits(totals.values),
+                    GroupDigits(totals.values - totals.inStores), GroupDigits(totals.inStores)}));
+    PrintLine(IDS_VQ_STAT_BYTES, GroupDigits(m_bytes) + " (" + FormatSize(m_bytes) + ")");
     PrintLine(IDS_VQ_STAT_RESIDENT, DescribePages(totals.residentPages));
     PrintLine(IDS_VQ_STAT_SWAPPED, DescribePages(totals.swappedPages));
     for (const SwapFile& file : totals.files) {

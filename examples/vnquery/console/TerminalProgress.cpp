@@ -18,13 +18,16 @@ constexpr std::uint64_t kBytesPerLook = 16384;
 
 } // namespace
 
-TerminalProgress::TerminalProgress(std::string work)
-    : m_work(std::move(work)), m_isTerminal(IsErrorOutputTerminal()),
+TerminalProgress::TerminalProgress(std::string work, bool isShown)
+    : m_work(std::move(work)), m_isTerminal(isShown && IsErrorOutputTerminal()),
       m_next(Clock::now() + kInterval) {}
 
-TerminalProgress::~TerminalProgress() {
+TerminalProgress::~TerminalProgress() { Hide(); }
+
+void TerminalProgress::Hide() {
     if (m_isShown)
         std::fputs("\r\x1B[K", stderr);
+    m_isShown = false;
 }
 
 void TerminalProgress::AddRow() {

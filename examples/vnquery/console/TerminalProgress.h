@@ -13,12 +13,14 @@ namespace vnquery {
 /// a signal to end.
 class TerminalProgress : public Progress {
 public:
-    /// `work` says what is being done, such as "Reading".
-    explicit TerminalProgress(std::string work);
+    /// `work` says what is being done, such as "Reading". Without `isShown` nothing appears.
+    explicit TerminalProgress(std::string work, bool isShown = true);
     ~TerminalProgress() override;
     TerminalProgress(const TerminalProgress&) = delete;
     TerminalProgress& operator=(const TerminalProgress&) = delete;
 
+    /// Removes the line until the next call that shows it.
+    void Hide();
     void AddRow() override;
     void AddBytes(std::uint64_t count) override;
 

@@ -7,27 +7,12 @@
 
 namespace vnquery {
 
-std::optional<ULONGLONG> FindFirstLoss(const Value& text, WORD ccsid) {
-    const std::unique_ptr<CCCSIDTranslation, decltype([](CCCSIDTranslation* translation) {
-                              TranslateEndEx(translation);
-                          })>
-        translation(TranslateBeginEx(GetNativeCCSID(), ccsid));
-    const auto output = std::make_unique<BYTE[]>(kPieceSize); // not used
-    const auto translate = [&](std::span<const BYTE> piece, BOOL isLast) {
-        ETranslation result = translationMore;
-        while (result == translationMore) {
-            auto taken = static_cast<DWORD>(piece.size());
-            DWORD room = kPieceSize;
-            result = TranslateCCSIDEx(translation.get(), piece.data(), &taken, output.get(), &room,
-                                      isLast);
-            piece = piece.subspan(taken);
-        }
-    };
-    text.ForEachPiece([&](std::span<const BYTE> piece) { translate(piece, FALSE); });
-    const BYTE nothing = 0;
-    translate({&nothing, 0}, TRUE);
+std::optional<ULONGLONG> FindFirstLoss(std::string_view text, WORD ccsid) {
     STranslationReport report;
-    TranslateReportEx(translation.get(), &report);
+    DWORD room = 0; // the report is all that is wanted
+    TranslateCCSID(GetNativeCCSID(), ccsid, reinterpret_cast<const BYTE*>(text.data()),
+                   static_cast<DWORD>(text.size()), nullptr, &room, nullptr, translateSubstitute,
+                   &report);
     const ULONGLONG first = std::min(report.ullFirstUntranslatable, report.ullFirstMalformed);
     return first == STranslationReport::nowhere ? std::optional<ULONGLONG>() : first;
 }

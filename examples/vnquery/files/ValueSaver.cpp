@@ -2,6 +2,7 @@
 
 #include "vnquery/files/BufferedReplacementFile.h"
 #include "vnquery/messages/Messages.h"
+#include "vnquery/result/ResultSet.h"
 #include "vnquery/tasks/Failure.h"
 #include "vnquery/tasks/Progress.h"
 
@@ -26,15 +27,9 @@ void SaveBytes(Value& value, const std::string& file, bool isLastUse) {
 
 } // namespace
 
-void SaveValue(ResultSet& result, std::size_t row, std::size_t column, const std::string& file,
+void SaveValue(Value& value, std::size_t row, std::size_t column, const std::string& file,
                const ExportFormat& format, bool isLastUse) {
     const std::string what = Text(IDS_VQ_CANNOT_SAVE, {CellName(row, column), file});
-    if (row >= result.GetRowCount() || column >= result.GetColumnCount())
-        throw Failure(kBadUsage,
-                      what + ": " +
-                          Text(IDS_VQ_SAVE_OUTSIDE, {std::to_string(result.GetRowCount()),
-                                                     std::to_string(result.GetColumnCount())}));
-    Value& value = result.At(row, column);
     if (value.IsNull())
         throw Failure(kBadUsage, what + ": " + Text(IDS_VQ_SAVE_NULL));
     WithMessage(what, [&] {

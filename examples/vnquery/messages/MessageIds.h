@@ -130,6 +130,7 @@
 #define IDS_VQ_CL_WINDOW_ALONE 41159
 #define IDS_VQ_CL_NO_WINDOWS 41160
 #define IDS_VQ_CL_NO_DISPLAY 41161
+#define IDS_VQ_CL_WIDTHS 41163
 
 /* Common captions */
 #define IDS_VQ_APP 41180

@@ -75,7 +75,14 @@ std::size_t CountCharacters(std::string_view text) {
     return count;
 }
 
-std::string Placeholder(const char* kind, const std::string& text, DWORD length) {
+/// Bytes from 0x20 to 0x7E at the beginning of the text: they stand for themselves, one cell each.
+std::size_t PlainRun(std::string_view text) {
+    const auto end = std::ranges::find_if(
+        text, [](char ch) { return static_cast<unsigned char>(ch - 0x20) > 0x7E - 0x20; });
+    return static_cast<std::size_t>(end - text.begin());
+}
+
+std::string Placeholder(const char* kind, const std::string& text, ULONGLONG length) {
     return text.empty() ? "<" + std::string(kind) + " " + FormatSize(length) + ">"
                         : text + " " + FormatSize(length);
 }
@@ -107,10 +114,13 @@ std::size_t DecodeUtf8(std::string_view text, char32_t& character) {
     return character >= kMin[length - 2] && character < 0x110000 && !isSurrogate ? length : 0;
 }
 
-std::string MakeVisible(std::string_view text) {
-    std::string out;
-    out.reserve(text.size());
-    while (!text.empty()) {
+void AppendVisible(std::string& out, std::string_view text) {
+    for (;;) {
+        const std::size_t run = PlainRun(text);
+        out += text.substr(0, run);
+        text.remove_prefix(run);
+        if (text.empty())
+            return;
         char32_t character = 0;
         const std::size_t length = DecodeUtf8(text, character);
         if (length == 0)
@@ -121,35 +131,70 @@ std::string MakeVisible(std::string_view text) {
             out += text.substr(0, length);
         text.remove_prefix(std::max<std::size_t>(length, 1));
     }
+}
+
+std::string MakeVisible(std::string_view text) {
+    std::string out;
+    out.reserve(text.size());
+    AppendVisible(out, text);
     return out;
 }
 
-std::string FormatCell(const Value& value, const CellFormat& format) {
-    switch (value.GetType()) {
+ULONGLONG BytesToShow(const CellFormat& format) {
+    constexpr ULONGLONG kMaxCharacter = 4;
+    return kMaxCharacter * format.textLimit;
+}
+
+namespace {
+
+bool IsLongText(std::string_view bytes, ULONGLONG length, const CellFormat& format) {
+    return length > BytesToShow(format) ||
+           (length > format.textLimit && CountCharacters(bytes) > format.textLimit);
+}
+
+} // namespace
+
+void AppendCell(std::string& out, Value::Type type, std::string_view bytes, ULONGLONG length,
+                const CellFormat& format) {
+    switch (type) {
     case Value::Type::Null:
-        return format.nullText;
+        out += format.nullText;
+        return;
     case Value::Type::Number:
-        return value.GetBytes();
+        out += bytes;
+        return;
     case Value::Type::Binary:
-        return Placeholder("BLOB", format.blobText, value.GetLength());
+        out += Placeholder("BLOB", format.blobText, length);
+        return;
     case Value::Type::Text:
         break;
     }
-    if (IsPlaceholder(value, format))
-        return Placeholder("CLOB", format.clobText, value.GetLength());
-    const std::string text = value.GetBytes();
     const bool isQuoted =
-        IsMarker(text, format) || (!format.defaultText.empty() && IsQuotedMarker(text, format));
-    return isQuoted ? '"' + text + '"' : MakeVisible(text);
+        IsMarker(bytes, format) || (!format.defaultText.empty() && IsQuotedMarker(bytes, format));
+    if (IsLongText(bytes, length, format))
+        out += Placeholder("CLOB", format.clobText, length);
+    else if (isQuoted)
+        out.append(1, '"').append(bytes).append(1, '"');
+    else
+        AppendVisible(out, bytes);
+}
+
+std::string FormatCell(const Value& value, const CellFormat& format) {
+    const bool isNeeded =
+        value.GetType() == Value::Type::Number ||
+        (value.GetType() == Value::Type::Text && value.GetLength() <= BytesToShow(format));
+    std::string out;
+    AppendCell(out, value.GetType(), isNeeded ? value.GetBytes() : std::string(), value.GetLength(),
+               format);
+    return out;
 }
 
 bool IsPlaceholder(const Value& value, const CellFormat& format) {
     if (value.GetType() != Value::Type::Text)
         return value.GetType() == Value::Type::Binary;
-    constexpr ULONGLONG kMaxCharacter = 4;
-    return value.GetLength() > kMaxCharacter * format.textLimit ||
-           (value.GetLength() > format.textLimit &&
-            CountCharacters(value.GetBytes()) > format.textLimit);
+    const ULONGLONG length = value.GetLength();
+    return IsLongText(length > BytesToShow(format) ? std::string() : value.GetBytes(), length,
+                      format);
 }
 
 bool IsQuotedMarker(std::string_view text, const CellFormat& format) {
@@ -163,7 +208,12 @@ bool IsQuotedMarker(std::string_view text, const CellFormat& format) {
 
 std::size_t DisplayWidth(std::string_view text) {
     std::size_t width = 0;
-    while (!text.empty()) {
+    for (;;) {
+        const std::size_t run = PlainRun(text);
+        width += run;
+        text.remove_prefix(run);
+        if (text.empty())
+            return width;
         char32_t character = 0;
         const std::size_t length = std::max<std::size_t>(DecodeUtf8(text, character), 1);
         if (character < 0x300)
@@ -172,7 +222,6 @@ std::size_t DisplayWidth(std::string_view text) {
             width += IsIn(kWide, character) ? 2 : 1;
         text.remove_prefix(length);
     }
-    return width;
 }
 
 std::string FormatSize(std::uint64_t bytes) {

@@ -25,6 +25,12 @@ struct CellFormat {
 ///    other control characters and for marks that change the direction of text; \xFF for a byte
 ///    that is not UTF-8.
 std::string FormatCell(const Value& value, const CellFormat& format);
+/// The same of a value of `length` bytes, appended to `out`. Of a text whose bytes are all within
+/// BytesToShow `bytes` has all, of others nothing is looked at.
+void AppendCell(std::string& out, Value::Type type, std::string_view bytes, ULONGLONG length,
+                const CellFormat& format);
+/// A text that is longer than this, in bytes, is shown as a placeholder.
+ULONGLONG BytesToShow(const CellFormat& format);
 
 /// Whether the value is shown as a placeholder.
 bool IsPlaceholder(const Value& value, const CellFormat& format);
@@ -33,6 +39,7 @@ bool IsQuotedMarker(std::string_view text, const CellFormat& format);
 
 /// Makes control characters visible in the same way, whatever the length; for column headings.
 std::string MakeVisible(std::string_view text);
+void AppendVisible(std::string& out, std::string_view text);
 
 /// The number of terminal columns that UTF-8 text without control characters takes: two for East
 /// Asian wide characters and emoji, none for combining marks.

@@ -22,6 +22,16 @@ void ResultSet::Fetch(RowSource& source, Progress& progress) {
         continue;
 }
 
+void ResultSet::PassTo(RowSink& sink, Progress& progress) const {
+    for (std::size_t row = 0; row < m_rows; ++row) {
+        for (std::size_t column = 0; column < m_columns.size(); ++column)
+            At(row, column).PassTo(sink);
+        sink.EndRow();
+        sink.ReportBytes();
+        progress.AddRow();
+    }
+}
+
 void ResultSet::Append(ResultSet&& other) {
     std::ranges::move(other.m_values, std::back_inserter(m_values));
     m_rowIds.insert(m_rowIds.end(), other.m_rowIds.begin(), other.m_rowIds.end());

@@ -1,7 +1,7 @@
 // The rows that a query has returned.
 #pragma once
 
-#include "vnquery/result/RowSource.h"
+#include "vnquery/result/RowSink.h"
 
 #include <deque>
 
@@ -25,6 +25,8 @@ public:
     /// Reads all rows of the source. Throws what the source throws, and Failure, with the row and
     /// column in the message, when a value does not fit on the disk or in memory.
     void Fetch(RowSource& source, Progress& progress);
+    /// Passes all rows on. Throws what the sink throws.
+    void PassTo(RowSink& sink, Progress& progress) const;
     /// Appends the rows of another result with the same columns, which is empty afterwards.
     void Append(ResultSet&& other);
     /// Forgets the values of a row whose reading failed.

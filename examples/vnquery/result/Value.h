@@ -11,6 +11,8 @@
 
 namespace vnquery {
 
+class ValueSink;
+
 /// Values are passed on in pieces of at most so many bytes.
 constexpr DWORD kPieceSize = 65536;
 
@@ -41,6 +43,7 @@ public:
     /// The bytes of a value that is not a stream.
     std::string_view GetShort() const { return m_short; }
     void ForEachPiece(const PieceReceiver& receive) const;
+    void PassTo(ValueSink& sink) const;
     /// All bytes; for values known to be of moderate length.
     std::string GetBytes() const;
 

@@ -18,6 +18,19 @@ std::span<const BYTE> BytesOf(std::string_view text) {
 
 } // namespace
 
+void Value::PassTo(ValueSink& sink) const {
+    if (IsNull()) {
+        sink.Null();
+    } else if (!m_stream) {
+        sink.Whole(m_type, m_short);
+    } else {
+        if (sink.Begin(m_type, GetLength()))
+            ForEachPiece(
+                [&](std::span<const BYTE> piece) { sink.Append(piece.data(), piece.size()); });
+        sink.End();
+    }
+}
+
 bool ValueSink::Begin(Value::Type type, std::optional<ULONGLONG> announced) {
     m_arrived = 0;
     m_announced = announced;
@@ -32,7 +45,8 @@ void ValueSink::Append(const void* bytes, std::size_t count) {
         const std::string_view piece = rest.substr(0, kPieceSize);
         if (m_isAsked)
             DoAppend(piece);
-        m_progress.AddBytes(piece.size());
+        if (m_progress)
+            m_progress->AddBytes(piece.size());
         rest.remove_prefix(piece.size());
     }
 }
@@ -47,8 +61,8 @@ void ValueSink::End() {
 }
 
 void ValueSink::ReportBytes() {
-    if (m_bytes > 0)
-        m_progress.AddBytes(m_bytes);
+    if (m_progress && m_bytes > 0)
+        m_progress->AddBytes(m_bytes);
     m_bytes = 0;
 }
 

@@ -15,7 +15,8 @@ class Progress;
 /// signal to end, and what the derived class throws.
 class ValueSink {
 public:
-    explicit ValueSink(Progress& progress) : m_progress(progress) {}
+    /// Reports to `progress` unless that is null.
+    explicit ValueSink(Progress* progress) : m_progress(progress) {}
     virtual ~ValueSink() = default;
     ValueSink(const ValueSink&) = delete;
     ValueSink& operator=(const ValueSink&) = delete;
@@ -48,10 +49,10 @@ protected:
     /// `length` is that of the value, also where its bytes were not asked for.
     virtual void DoEnd(ULONGLONG length) = 0;
 
-    Progress& GetProgress() const { return m_progress; }
+    Progress* GetProgress() const { return m_progress; }
 
 private:
-    Progress& m_progress;
+    Progress* m_progress;
     ULONGLONG m_bytes = 0; ///< not yet reported
     ULONGLONG m_arrived = 0;
     std::optional<ULONGLONG> m_announced;
@@ -61,7 +62,7 @@ private:
 /// Keeps the value that it takes.
 class ValueKeeper : public ValueSink {
 public:
-    ValueKeeper(Value& value, Progress& progress) : ValueSink(progress), m_value(value) {}
+    ValueKeeper(Value& value, Progress& progress) : ValueSink(&progress), m_value(value) {}
 
 protected:
     void DoNull() override { m_value.Begin(Value::Type::Null); }

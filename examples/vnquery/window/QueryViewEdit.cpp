@@ -1,6 +1,6 @@
 // QueryView: cells, changes, files.
 #include "vnbytstr/window/ListBox.h"
-#include "vnquery/files/Exporter.h"
+#include "vnquery/files/FileExport.h"
 #include "vnquery/files/ValueLoader.h"
 #include "vnquery/result/CellEdit.h"
 #include "vnquery/window/Commands.h"
@@ -426,7 +426,7 @@ void QueryView::Export() {
             summary = ExportToFile(m_document.GetResult(), file, dialog.GetFormat(), progress);
         }))
         return;
-    m_host.ShowStatus(DescribeExport(m_document.GetResult().GetRowCount(), summary.bytes, file));
+    m_host.ShowStatus(DescribeExport(summary, file));
     if (!summary.losses.empty())
         ShowMessage(Text(IDS_VQ_X_LOSSES, {file, summary.losses}));
 }

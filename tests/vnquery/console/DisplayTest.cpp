@@ -115,16 +115,48 @@ TEST_F(Display, ValuesAreTheSameByEveryWay) {
 
 TEST_F(Display, StatisticsTellWhatIsOnDisk) {
     MakeDatabase("blob", SomeBytes(4 << 20, 1), false);
-    const RunResult run = Query("select * from t", {"--stats"});
-    EXPECT_EQ(run.code, 0);
+    const RunResult run =
+        Query("select * from t", {"--stats", "--save", "1:2", File("saved"), "--save", "1:1", "x"});
     EXPECT_NE(run.out.find("<BLOB 4.0 MB>"), std::string::npos);
-    EXPECT_NE(run.error.find("bytes held         4,194,305 (4.0 MB)\n"), std::string::npos)
+    EXPECT_NE(run.error.find("bytes read         4,194,305 (4.0 MB)\n"), std::string::npos)
         << run.error;
-    EXPECT_NE(run.error.find("2: 1 short, 0 in a block of memory, 1 in a paged store\n"),
+    EXPECT_NE(run.error.find("2 read, 2 kept to be saved: 1 in memory, 1 in a paged store\n"),
               std::string::npos);
     EXPECT_NE(run.error.find("swap file          " + m_temporary.Path() + "~dat-"),
               std::string::npos);
     EXPECT_NE(run.error.find("peak memory"), std::string::npos);
+    // What is not saved is not kept.
+    EXPECT_EQ(Query("select * from t", {"--stats"}).error.find("swap file"), std::string::npos);
+}
+
+/// Rows go out while the query runs: the widths come from the first mebibyte.
+TEST_F(Display, ALaterWiderCellPushesItsRowOnly) {
+    MakeDatabase("create table t(n, v, w);"
+                 "with recursive r(i) as (select 1 union all select i + 1 from r where i < 30000)"
+                 "insert into t select i, 'a text that fills a row ' || printf('%06d', i), 'b' "
+                 "from r;"
+                 "update t set v = v || ' and more' where n = 29999;"
+                 "insert into t select null, null, null;");
+    const auto last = [](const std::string& text) {
+        return text.substr(text.rfind("\n29998") + 1);
+    };
+    EXPECT_EQ(last(Query("select * from t").out),
+              "29998  a text that fills a row 029998  b\n"
+              "29999  a text that fills a row 029999 and more  b\n"
+              "30000  a text that fills a row 030000  b\n"
+              "    -  -                               -\n"
+              "(30,001 rows)\n");
+    EXPECT_EQ(last(Query("select * from t", {"--widths", "all"}).out).substr(0, 88),
+              "29998  a text that fills a row 029998           b\n"
+              "29999  a text that fills a row 029999 ");
+}
+
+TEST_F(Display, RowsBeforeAFailureAreShown) {
+    MakeDatabase("create table t(n, v); insert into t values (1, 'a'), (2, 'b'), (3, '{')");
+    const RunResult run = Query("select n, json_extract(case n when 3 then v else '[1]' end, '$')"
+                                " as j from t");
+    EXPECT_EQ(run.code, 1);
+    EXPECT_EQ(run.out, "n  j\n-  ---\n1  [1]\n2  [1]\n");
 }
 
 TEST_F(Display, OpensHelpPages) {

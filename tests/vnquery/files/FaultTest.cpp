@@ -143,15 +143,15 @@ TEST_F(Faults, ProtectedTargets) {
 
 TEST_F(Faults, NoRoomForTheSwapFile) {
     MakeDatabase("blob", SomeBytes(6000000, 7), false);
-    const RunResult run =
-        RunWithFileLimit(102400, {"--db", Database(), "--sql", "select * from t"});
+    const RunResult run = RunWithFileLimit(
+        102400, {"--db", Database(), "--sql", "select * from t", "--save", "1:2", File("saved")});
     EXPECT_EQ(run.code, 3);
     EXPECT_NE(run.error.find("row 1, column 2"), std::string::npos) << run.error;
     EXPECT_NE(run.error.find("TMPDIR"), std::string::npos) << run.error;
     EXPECT_EQ(run.out, "");
 }
 
-/// A first row that goes to the swap file, then one that never comes.
+/// A first row that goes to the swap file and into an export, then one that never comes.
 TEST_F(Faults, SignalsStopAndRemoveTheSwapFile) {
     MakeDatabase("create table t(v)");
     for (const int signal : {SIGINT, SIGTERM}) {
@@ -159,7 +159,8 @@ TEST_F(Faults, SignalsStopAndRemoveTheSwapFile) {
             Start({VNQUERY_PROGRAM, "--db", Database(), "--sql",
                    "select zeroblob(6000000) union all "
                    "select * from (with recursive c(x) as (select 1 union all select x + 1 from c) "
-                   "select sum(x) from c)"});
+                   "select sum(x) from c)",
+                   "--save", "1:1", File("saved"), "--export", File("exported")});
         while (m_temporary.Names().empty())
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         kill(process, signal);
@@ -167,6 +168,7 @@ TEST_F(Faults, SignalsStopAndRemoveTheSwapFile) {
         EXPECT_EQ(run.code, 128 + signal);
         EXPECT_EQ(run.out, "");
         EXPECT_NE(run.error.find("stopped"), std::string::npos);
+        EXPECT_EQ(Names(), std::vector<std::string>{"test.sqlite"});
     }
 }
 

@@ -1,0 +1,175 @@
+#include "vnquery/console/TablePrinter.h"
+
+#include "vnquery/console/Process.h"
+#include "vnquery/messages/Messages.h"
+#include "vnquery/tasks/Interruption.h"
+
+#include <algorithm>
+#include <charconv>
+
+namespace vnquery {
+
+namespace {
+
+constexpr std::size_t kOutputBlock = 65536;
+constexpr std::size_t kGap = 2;                            ///< between two columns
+constexpr std::size_t kMaxGathered = 1 << 20;              ///< bytes of rows that set the widths
+constexpr auto kMaxWait = std::chrono::seconds(1);         ///< for them
+constexpr auto kMaxDelay = std::chrono::milliseconds(100); ///< of a row that has been read
+
+} // namespace
+
+TablePrinter::TablePrinter(const std::vector<std::string>& columns, const CellFormat& format,
+                           WidthSource widths)
+    : RowSink(nullptr), m_format(format), m_widthSource(widths) {
+    for (const std::string& name : columns) {
+        Column& column = m_columns.emplace_back();
+        column.heading = MakeVisible(name);
+        column.width = DisplayWidth(column.heading);
+    }
+}
+
+// --- values --------------------------------------------------------------------------------------
+
+void TablePrinter::DoNull() { AddCell(Value::Type::Null, m_format.nullText); }
+
+void TablePrinter::DoInteger(long long number) {
+    char digits[24];
+    const auto [end, error] = std::to_chars(digits, digits + sizeof digits, number);
+    AddCell(Value::Type::Number, {digits, end});
+}
+
+void TablePrinter::DoWhole(Value::Type type, std::string_view bytes) {
+    m_text.clear();
+    AppendCell(m_text, type, bytes, bytes.size(), m_format);
+    AddCell(type, m_text);
+}
+
+bool TablePrinter::DoBegin(Value::Type type, std::optional<ULONGLONG> announced) {
+    m_type = type;
+    m_piece.clear();
+    return type != Value::Type::Binary && (!announced || *announced <= BytesToShow(m_format));
+}
+
+void TablePrinter::DoAppend(std::string_view piece) {
+    if (m_piece.size() + piece.size() <= BytesToShow(m_format))
+        m_piece += piece;
+}
+
+void TablePrinter::DoEnd(ULONGLONG length) {
+    m_text.clear();
+    AppendCell(m_text, m_type, m_piece, length, m_format);
+    AddCell(m_type, m_text);
+}
+
+void TablePrinter::AddCell(Value::Type type, std::string_view text) {
+    const std::size_t width = DisplayWidth(text);
+    if (m_isStarted) {
+        PutCell(m_column++, text, width);
+        return;
+    }
+    Column& column = m_columns[m_column++];
+    column.width = std::max(column.width, width);
+    column.hasNumbers |= type == Value::Type::Number;
+    column.hasOthers |= type == Value::Type::Text || type == Value::Type::Binary;
+    m_gathered += text;
+    m_cells.push_back({m_gathered.size(), width});
+}
+
+void TablePrinter::DoEndRow() {
+    CheckInterrupted();
+    ++m_rows;
+    m_column = 0;
+    if (m_isStarted) {
+        EndLine();
+        return;
+    }
+    if (m_rows == 1)
+        m_first = Clock::now();
+    if (m_widthSource == WidthSource::First &&
+        (m_gathered.size() >= kMaxGathered || Clock::now() - m_first >= kMaxWait))
+        StartTable();
+}
+
+void TablePrinter::Finish() {
+    if (!m_isStarted)
+        StartTable();
+    m_output += m_rows == 1 ? Text(IDS_VQ_ONE_ROW) : Text(IDS_VQ_ROWS, {GroupDigits(m_rows)});
+    m_output += '\n';
+    Write();
+}
+
+void TablePrinter::Abandon() {
+    if (m_isStarted) {
+        m_output.resize(m_lines);
+        Write();
+    } else if (m_rows > 0) {
+        m_cells.resize(m_rows * m_columns.size());
+        StartTable();
+    }
+}
+
+// --- lines ---------------------------------------------------------------------------------------
+
+/// Writes what has been gathered.
+void TablePrinter::StartTable() {
+    m_isStarted = true;
+    m_written = Clock::now();
+    for (Column& column : m_columns)
+        column.isNumeric = column.hasNumbers && !column.hasOthers;
+    for (std::size_t column = 0; column < m_columns.size(); ++column)
+        PutCell(column, m_columns[column].heading, DisplayWidth(m_columns[column].heading));
+    EndLine();
+    for (std::size_t column = 0; column < m_columns.size(); ++column)
+        PutCell(column, std::string(m_columns[column].width, '-'), m_columns[column].width);
+    EndLine();
+    std::size_t column = 0;
+    std::size_t begin = 0;
+    for (const Cell& cell : m_cells) {
+        PutCell(column, std::string_view(m_gathered).substr(begin, cell.end - begin), cell.width);
+        begin = cell.end;
+        if (++column < m_columns.size())
+            continue;
+        column = 0;
+        EndLine();
+        CheckInterrupted();
+    }
+    m_cells = {};
+    m_gathered = {};
+    Write();
+}
+
+void TablePrinter::PutCell(std::size_t column, std::string_view text, std::size_t width) {
+    const Column& layout = m_columns[column];
+    if (column > 0)
+        m_blanks += kGap;
+    std::size_t room = layout.width > width ? layout.width - width : 0;
+    const std::size_t caughtUp = std::min(room, m_excess);
+    room -= caughtUp;
+    m_excess += (width > layout.width ? width - layout.width : 0) - caughtUp;
+    if (layout.isNumeric)
+        m_blanks += room;
+    if (!text.empty()) {
+        m_output.append(m_blanks, ' ').append(text);
+        m_blanks = 0;
+    }
+    if (!layout.isNumeric)
+        m_blanks += room;
+}
+
+void TablePrinter::EndLine() {
+    m_blanks = m_excess = 0; // no blanks at the end of a line
+    m_output += '\n';
+    m_lines = m_output.size();
+    if (m_lines >= kOutputBlock || Clock::now() - m_written >= kMaxDelay)
+        Write();
+}
+
+void TablePrinter::Write() {
+    WriteOutput(m_output);
+    m_output.clear();
+    m_lines = 0;
+    m_written = Clock::now();
+}
+
+} // namespace vnquery

@@ -1,0 +1,87 @@
+// Rows as columns on the terminal.
+#pragma once
+
+#include "vnquery/result/CellText.h"
+#include "vnquery/result/RowSink.h"
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+namespace vnquery {
+
+/// Which rows the widths of the columns come from.
+enum class WidthSource {
+    First, ///< those whose cells fit in 1 MiB, or that arrive within a second of the first one
+    All    ///< all; nothing is written before the last one
+};
+
+/// Writes headings, the rows it takes and the number of rows to standard output. A column is as
+/// wide as its widest cell among the rows that its width comes from; if these hold nothing but
+/// numbers there, it is right-aligned. A later cell that is wider is written in full and pushes
+/// the rest of its row to the right; the cells after it go back to their places as soon as there
+/// is room. Throws Failure when the output cannot be written.
+class TablePrinter : public RowSink {
+public:
+    TablePrinter(const std::vector<std::string>& columns, const CellFormat& format,
+                 WidthSource widths);
+
+    /// After the last row.
+    void Finish();
+    /// Instead of that, when the next row cannot be read: writes the rows before it.
+    void Abandon();
+
+protected:
+    void DoNull() override;
+    void DoInteger(long long number) override;
+    void DoWhole(Value::Type type, std::string_view bytes) override;
+    bool DoBegin(Value::Type type, std::optional<ULONGLONG> announced) override;
+    void DoAppend(std::string_view piece) override;
+    void DoEnd(ULONGLONG length) override;
+    void DoEndRow() override;
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    struct Column {
+        std::string heading;
+        std::size_t width = 0;
+        bool hasNumbers = false;
+        bool hasOthers = false;
+        bool isNumeric = false; ///< right-aligned
+    };
+    /// A cell of a row whose widths are not known yet, in m_gathered.
+    struct Cell {
+        std::size_t end;
+        std::size_t width;
+    };
+
+    void AddCell(Value::Type type, std::string_view text);
+    void StartTable();
+    void PutCell(std::size_t column, std::string_view text, std::size_t width);
+    void EndLine();
+    void Write();
+
+    const CellFormat m_format;
+    const WidthSource m_widthSource;
+    std::vector<Column> m_columns;
+    std::size_t m_column = 0; ///< of the next cell
+    std::size_t m_rows = 0;
+
+    bool m_isStarted = false; ///< widths are known, headings written
+    std::string m_gathered;   ///< until then the cells' texts
+    std::vector<Cell> m_cells;
+    Clock::time_point m_first; ///< when the first row arrived
+
+    std::string m_output;     ///< not yet written
+    std::size_t m_lines = 0;  ///< bytes of m_output that are whole lines
+    std::size_t m_blanks = 0; ///< before the next cell of the line
+    std::size_t m_excess = 0; ///< by how much the line is too far to the right
+    Clock::time_point m_written;
+
+    std::string m_piece; ///< of a value in pieces, as far as it could be shown
+    std::string m_text;  ///< of a cell
+    Value::Type m_type = Value::Type::Null;
+};
+
+} // namespace vnquery
