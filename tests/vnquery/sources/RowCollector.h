@@ -21,7 +21,7 @@ using Rows = std::vector<std::vector<Cell>>;
 
 class CellSink : public ValueSink {
 public:
-    CellSink(std::vector<Cell>& cells, Progress& progress) : ValueSink(progress), m_cells(cells) {}
+    CellSink(std::vector<Cell>& cells, Progress& progress) : ValueSink(&progress), m_cells(cells) {}
 
 protected:
     void DoNull() override { m_cells.emplace_back(); }
