@@ -58,7 +58,11 @@ TABLE
 run --quiet --sql "select body from doc where id = 1" --save 1:1 "$folder/body" || fail "text"
 sql -c "select body from doc where id = 1" | head -c -1 >"$folder/body.expected"
 cmp "$folder/body" "$folder/body.expected" || fail "text differs"
-# In portions from a cursor, as for results that do not fit the driver's memory.
+# Rows in blocks: from a cursor as vnquery asks for it, whole, and in portions that the user chooses.
+for portions in "" ";UseDeclareFetch=0" ";UseDeclareFetch=1;Fetch=3"; do
+    VNQUERY_ODBC="$connection$portions" "$tests" --gtest_filter='OdbcSource*' >"$folder/err" 2>&1 ||
+        fail "rows in blocks $portions"
+done
 connection="$connection;UseDeclareFetch=1;Fetch=1"
 run --quiet --sql "select data from doc order by id" --save 3:1 "$folder/data.out" || fail "bytes"
 sql -c "select encode(data, 'hex') from doc where id = 3" | tr -d '\n' >"$folder/hex.expected"
@@ -118,5 +122,20 @@ kill -INT $process
 code=0; wait $process || code=$?
 [ $code -eq 130 ] || fail "an interrupted query gives code $code"
 [ "$(sleepers)" = 0 ] || fail "the server works on"
+
+# Ctrl-C, and a server process that ends, while rows arrive.
+connection=${connection%;UseDeclareFetch=1;Fetch=1}
+rows="select i, repeat('x', 100) from generate_series(1, 100000000) i"
+reader() { sql -c "select pid from pg_stat_activity where query ilike '%fetch%' and pid <> pg_backend_pid()"; }
+for how in interrupt terminate; do
+    TMPDIR="$folder/tmp" "$vnquery" --connect "$connection" --quiet --sql "$rows" 2>"$folder/err" &
+    process=$!
+    until [ -n "$(reader)" ]; do sleep 0.05; done
+    if [ $how = interrupt ]; then kill -INT $process; else
+        sql -c "select pg_terminate_backend($(reader))" >/dev/null; fi
+    code=0; wait $process || code=$?
+    [ $how-$code = interrupt-130 ] || [ $how-$code = terminate-1 ] || fail "$how gives code $code"
+done
+grep -q 'terminat\|connection\|communication' "$folder/err" || fail "message of a lost server"
 [ -z "$(ls "$folder/tmp")" ] || fail "temporary files are left"
 echo "passed"

@@ -1,10 +1,12 @@
 #include "vnquery/sources/OdbcConnection.h"
 
 #include "vnquery/messages/Messages.h"
+#include "vnquery/result/AsciiUpper.h"
 #include "vnquery/sources/OdbcText.h"
 #include "vnquery/tasks/Failure.h"
 #include "vnquery/tasks/Interruption.h"
 
+#include <algorithm>
 #include <iterator>
 
 namespace vnquery {
@@ -24,6 +26,20 @@ std::string Diagnose(SQLSMALLINT type, SQLHANDLE handle) {
         text += (text.empty() ? "" : "; ") + FromBuffer(message, length) + " [" +
                 FromWide(state, 5) + "]";
     return text;
+}
+
+/// The keywords of a connection string, in upper case. (Braces may hide a semicolon; what is found
+/// within them does no harm.)
+std::vector<std::string> KeysOf(std::string_view connection) {
+    std::vector<std::string> keys;
+    while (!connection.empty()) {
+        const std::string_view part = connection.substr(0, connection.find(';'));
+        connection.remove_prefix(std::min(part.size() + 1, connection.size()));
+        std::string key = ToUpper(part.substr(0, part.find('=')));
+        std::erase(key, ' ');
+        keys.push_back(std::move(key));
+    }
+    return keys;
 }
 
 bool SetAttribute(SQLHANDLE connection, SQLINTEGER attribute, std::uintptr_t value) {
@@ -66,8 +82,10 @@ OdbcConnection::OdbcConnection(const std::string& connection, Access access)
         if (!SetAttribute(m_handle.Get(), SQL_ATTR_AUTOCOMMIT, SQL_AUTOCOMMIT_OFF) &&
             access == Access::Write)
             OdbcFail(Text(IDS_VQ_CANNOT_PREPARE_TRANSACTION), SQL_HANDLE_DBC, m_handle.Get());
-        if (access == Access::Read)
+        if (access == Access::Read) {
+            FetchInPortions(connection);
             MakeReadOnly();
+        }
     } catch (...) {
         SQLDisconnect(m_handle.Get());
         throw;
@@ -95,17 +113,46 @@ void OdbcConnection::MakeReadOnly() {
         SQLEndTran(SQL_HANDLE_DBC, m_handle.Get(), SQL_ROLLBACK); // no such statement there
 }
 
+void OdbcConnection::FetchInPortions(const std::string& connection) {
+    if (!ToUpper(GetInfo(SQL_DRIVER_NAME)).starts_with("PSQLODBC"))
+        return;
+    // Attributes of the driver itself; what its connection string names UseDeclareFetch (or B6) and
+    // Fetch (or A7). It fetches at least as many rows at once as Fetch says, or as a block has.
+    constexpr SQLINTEGER kUseDeclareFetch = 65539;
+    constexpr SQLINTEGER kFetch = 65541;
+    const std::vector<std::string> keys = KeysOf(connection);
+    const auto has = [&](const char* key) { return std::ranges::find(keys, key) != keys.end(); };
+    if (has("USEDECLAREFETCH") || has("B6"))
+        return;
+    if (SetAttribute(m_handle.Get(), kUseDeclareFetch, 1) && !has("FETCH") && !has("A7"))
+        SetAttribute(m_handle.Get(), kFetch, 1);
+}
+
 OdbcConnection::~OdbcConnection() {
     SQLEndTran(SQL_HANDLE_DBC, m_handle.Get(), SQL_ROLLBACK);
     SQLDisconnect(m_handle.Get());
 }
 
-SqlServer OdbcConnection::GetServer() const {
-    SQLWCHAR name[64] = {};
+std::string OdbcConnection::GetInfo(SQLUSMALLINT what) const {
+    SQLWCHAR text[64] = {};
     SQLSMALLINT bytes = 0;
-    if (!SQL_SUCCEEDED(SQLGetInfoW(m_handle.Get(), SQL_DBMS_NAME, name, sizeof name, &bytes)))
-        return SqlServer::Other;
-    return ServerOf(FromBuffer(name, bytes / static_cast<SQLLEN>(sizeof(SQLWCHAR))));
+    if (!SQL_SUCCEEDED(SQLGetInfoW(m_handle.Get(), what, text, sizeof text, &bytes)))
+        return {};
+    return FromBuffer(text, bytes / static_cast<SQLLEN>(sizeof(SQLWCHAR)));
+}
+
+SqlServer OdbcConnection::GetServer() const { return ServerOf(GetInfo(SQL_DBMS_NAME)); }
+
+OdbcAbilities OdbcConnection::GetAbilities() const {
+    SQLUINTEGER extensions = 0;
+    if (!SQL_SUCCEEDED(SQLGetInfoW(m_handle.Get(), SQL_GETDATA_EXTENSIONS, &extensions,
+                                   sizeof extensions, nullptr)))
+        return {};
+    constexpr SQLUINTEGER kBound = SQL_GD_BOUND | SQL_GD_ANY_COLUMN | SQL_GD_ANY_ORDER;
+    OdbcAbilities abilities;
+    abilities.canReadBound = (extensions & kBound) == kBound;
+    abilities.canReadBlocks = abilities.canReadBound && (extensions & SQL_GD_BLOCK) != 0;
+    return abilities;
 }
 
 std::unique_ptr<OdbcHandle> OdbcConnection::NewStatement() const {

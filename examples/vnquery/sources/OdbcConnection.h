@@ -1,7 +1,7 @@
 // A connection to a database server, and what ODBC's handles need.
 #pragma once
 
-#include "vnquery/sources/Odbc.h"
+#include "vnquery/sources/OdbcBlock.h"
 #include "vnquery/sources/QueryGuard.h"
 
 #include <memory>
@@ -41,6 +41,8 @@ public:
     std::unique_ptr<OdbcHandle> NewStatement() const;
     /// How the server reads SQL text.
     SqlServer GetServer() const;
+    /// How the driver reads values.
+    OdbcAbilities GetAbilities() const;
     /// The server's quote character for names; "" for none.
     std::string GetNameQuote() const;
     /// SQL_COMMIT or SQL_ROLLBACK. Throws Failure.
@@ -49,6 +51,10 @@ public:
 private:
     void Connect(const std::string& connection, Access access);
     void MakeReadOnly();
+    /// PostgreSQL's driver would hold a whole result in memory. It is asked to fetch as many rows
+    /// as a block has, unless the connection string says how it shall fetch (UseDeclareFetch).
+    void FetchInPortions(const std::string& connection);
+    std::string GetInfo(SQLUSMALLINT what) const;
 
     OdbcHandle m_environment;
     OdbcHandle m_handle;

@@ -29,12 +29,10 @@ Value::Type OdbcReader::TypeOf(int sqlType) {
     }
 }
 
-void OdbcReader::Read(std::size_t column, const std::string& name, Value::Type type,
-                      ValueSink& sink) {
-    if (type == Value::Type::Binary)
-        ReadBinary(column, name, sink);
-    else
-        ReadText(column, name, type, sink);
+ULONGLONG OdbcReader::Read(std::size_t column, const std::string& name, Value::Type type,
+                           ValueSink& sink) {
+    return type == Value::Type::Binary ? ReadBinary(column, name, sink)
+                                       : ReadText(column, name, type, sink);
 }
 
 OdbcReader::Piece OdbcReader::ReadPiece(std::size_t column, const std::string& name,
@@ -60,11 +58,12 @@ OdbcReader::Piece OdbcReader::ReadPiece(std::size_t column, const std::string& n
     return piece;
 }
 
-void OdbcReader::ReadBinary(std::size_t column, const std::string& name, ValueSink& sink) {
+ULONGLONG OdbcReader::ReadBinary(std::size_t column, const std::string& name, ValueSink& sink) {
+    ULONGLONG arrived = 0;
     for (bool isFirst = true;; isFirst = false) {
         const Piece piece = ReadPiece(column, name, SQL_C_BINARY, 0);
         if (piece.isNull)
-            return sink.Null();
+            return sink.Null(), 0;
         if (isFirst) {
             const bool isKnown = piece.remaining >= 0 && piece.remaining != SQL_NO_TOTAL;
             const bool isAsked = sink.Begin(
@@ -74,30 +73,32 @@ void OdbcReader::ReadBinary(std::size_t column, const std::string& name, ValueSi
                 break;
         }
         sink.Append(m_buffer.data(), piece.bytes);
+        arrived += piece.bytes;
         if (piece.isLast)
             break;
     }
     sink.End();
+    return arrived;
 }
 
-void OdbcReader::ReadText(std::size_t column, const std::string& name, Value::Type type,
-                          ValueSink& sink) {
+ULONGLONG OdbcReader::ReadText(std::size_t column, const std::string& name, Value::Type type,
+                               ValueSink& sink) {
     WideTextDecoder decoder;
     ULONGLONG announced = 0;
     ULONGLONG arrived = 0;
     for (bool isFirst = true;; isFirst = false) {
         const Piece piece = ReadPiece(column, name, SQL_C_WCHAR, sizeof(SQLWCHAR));
         if (piece.isNull)
-            return sink.Null();
+            return sink.Null(), 0;
         if (isFirst) {
             sink.Begin(type);
             announced = piece.remaining >= 0 ? static_cast<ULONGLONG>(piece.remaining) : 0;
         }
         arrived += piece.bytes;
-        const CByteStream text = decoder.Decode(reinterpret_cast<const SQLWCHAR*>(m_buffer.data()),
-                                                piece.bytes / sizeof(SQLWCHAR), piece.isLast);
-        ForEachPiece(text,
-                     [&](std::span<const BYTE> part) { sink.Append(part.data(), part.size()); });
+        const std::string_view text =
+            decoder.Decode(reinterpret_cast<const SQLWCHAR*>(m_buffer.data()),
+                           piece.bytes / sizeof(SQLWCHAR), piece.isLast);
+        sink.Append(text.data(), text.size());
         if (piece.isLast)
             break;
     }
@@ -105,6 +106,7 @@ void OdbcReader::ReadText(std::size_t column, const std::string& name, Value::Ty
         throw Failure(kQueryFailed, Text(IDS_VQ_SHORT_COLUMN, {std::to_string(announced), name,
                                                                std::to_string(arrived)}));
     sink.End();
+    return arrived;
 }
 
 } // namespace vnquery

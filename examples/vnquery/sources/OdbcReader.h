@@ -16,8 +16,9 @@ public:
     /// The type of the values in a column of that SQL type. Dates, times and types that only the
     /// driver knows come as text.
     static Value::Type TypeOf(int sqlType);
-    /// Reads a value; columns count from 0 and are read in order. Throws Failure and Interrupted.
-    void Read(std::size_t column, const std::string& name, Value::Type type, ValueSink& sink);
+    /// Reads a value and returns how many bytes the driver gave; columns count from 0. Throws Failure
+    /// and Interrupted.
+    ULONGLONG Read(std::size_t column, const std::string& name, Value::Type type, ValueSink& sink);
 
 private:
     /// A piece of a value, in m_buffer.
@@ -30,8 +31,9 @@ private:
     };
     Piece ReadPiece(std::size_t column, const std::string& name, SQLSMALLINT type,
                     std::size_t terminator);
-    void ReadBinary(std::size_t column, const std::string& name, ValueSink& sink);
-    void ReadText(std::size_t column, const std::string& name, Value::Type type, ValueSink& sink);
+    ULONGLONG ReadBinary(std::size_t column, const std::string& name, ValueSink& sink);
+    ULONGLONG ReadText(std::size_t column, const std::string& name, Value::Type type,
+                       ValueSink& sink);
 
     SQLHANDLE m_statement;
     std::vector<BYTE> m_buffer;

@@ -42,7 +42,7 @@ ColumnKind KindOf(SQLSMALLINT sqlType) {
 
 OdbcSource::OdbcSource(const std::string& connection, const std::string& sql, SourceUse use)
     : m_connection(std::make_unique<OdbcConnection>(connection, OdbcConnection::Access::Read)),
-      m_statement(m_connection->NewStatement()), m_reader(m_statement->Get()) {
+      m_statement(m_connection->NewStatement()) {
     RefuseChanges(sql);
     m_watcher = std::jthread([this, asked = CurrentStop()](const std::stop_token& stop) {
         CancelWhenAsked(stop, asked);
@@ -108,6 +108,7 @@ void OdbcSource::DescribeColumns() {
     Check(SQLNumResultCols(m_statement->Get(), &count), IDS_VQ_CANNOT_READ_COLUMNS);
     if (count <= 0)
         throw Failure(kQueryFailed, Text(IDS_VQ_NO_RESULT));
+    std::vector<OdbcColumn> columns;
     for (SQLUSMALLINT column = 1; column <= count; ++column) {
         SQLWCHAR name[512] = {};
         SQLSMALLINT length = 0;
@@ -119,7 +120,10 @@ void OdbcSource::DescribeColumns() {
                               &size, &digits, &nullable),
               IDS_VQ_CANNOT_READ_COLUMNS);
         m_names.push_back(FromBuffer(name, length));
-        m_types.push_back(OdbcReader::TypeOf(type));
+        SQLLEN isUnsigned = SQL_FALSE;
+        SQLColAttributeW(m_statement->Get(), column, SQL_DESC_UNSIGNED, nullptr, 0, nullptr,
+                         &isUnsigned);
+        columns.push_back({m_names.back(), type, size, isUnsigned == SQL_TRUE});
         m_kinds.push_back(KindOf(type));
         EditColumn& edit = m_editPlan.columns.emplace_back();
         edit.sqlType = type;
@@ -127,6 +131,8 @@ void OdbcSource::DescribeColumns() {
         edit.sqlDigits = digits;
         edit.isNullable = nullable != SQL_NO_NULLS;
     }
+    m_block = std::make_unique<OdbcBlock>(m_statement->Get(), std::move(columns),
+                                          m_connection->GetAbilities());
 }
 
 // --- what can be written back --------------------------------------------------------------------
@@ -195,15 +201,9 @@ void OdbcSource::PlanEditing(const std::string& sql) {
 
 bool OdbcSource::Next() {
     CheckInterrupted();
-    const SQLRETURN result = SQLFetch(m_statement->Get());
-    if (result == SQL_NO_DATA)
-        return false;
-    Check(result, IDS_VQ_CANNOT_READ_ROW);
-    return true;
+    return m_block->Next();
 }
 
-void OdbcSource::Read(std::size_t column, ValueSink& sink) {
-    m_reader.Read(column, m_names[column], m_types[column], sink);
-}
+void OdbcSource::Read(std::size_t column, ValueSink& sink) { m_block->Read(column, sink); }
 
 } // namespace vnquery

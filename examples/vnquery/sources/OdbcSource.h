@@ -2,8 +2,8 @@
 #pragma once
 
 #include "vnquery/result/RowSource.h"
+#include "vnquery/sources/OdbcBlock.h"
 #include "vnquery/sources/OdbcConnection.h"
-#include "vnquery/sources/OdbcReader.h"
 
 #include <memory>
 #include <string>
@@ -13,9 +13,9 @@
 namespace vnquery {
 
 /// Runs one query on the server that an ODBC connection string names. Only queries are run, see
-/// FindRefusal and OdbcConnection. Values come in pieces, texts as UTF-16. How much of the result
-/// the driver keeps in memory is up to the driver: for PostgreSQL, "UseDeclareFetch=1" in the
-/// connection string makes it fetch rows in portions.
+/// FindRefusal and OdbcConnection. Rows come in blocks, long values in pieces (see OdbcBlock). How
+/// much of the result the driver keeps in memory is up to the driver; see
+/// OdbcConnection::FetchInPortions.
 class OdbcSource : public RowSource {
 public:
     OdbcSource(const std::string& connection, const std::string& sql,
@@ -42,9 +42,8 @@ private:
 
     std::unique_ptr<OdbcConnection> m_connection;
     std::unique_ptr<OdbcHandle> m_statement;
-    OdbcReader m_reader;
+    std::unique_ptr<OdbcBlock> m_block;
     std::vector<std::string> m_names;
-    std::vector<Value::Type> m_types;
     std::vector<ColumnKind> m_kinds;
     EditPlan m_editPlan;
     std::jthread m_watcher; ///< last, so that it stops before the statement is freed

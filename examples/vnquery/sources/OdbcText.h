@@ -4,6 +4,7 @@
 #include "vnquery/sources/Odbc.h"
 
 #include <algorithm>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,15 +22,28 @@ std::string FromBuffer(const SQLWCHAR (&buffer)[Size], SQLLEN units) {
                                 std::clamp<SQLLEN>(units, 0, static_cast<SQLLEN>(Size) - 1)));
 }
 
+/// Converts UTF-16 to UTF-8 in memory of its own, which it keeps for the next text. Half a
+/// surrogate pair becomes U+FFFD, as in the library's translation.
+class Utf8Text {
+public:
+    /// Valid until the next call.
+    std::string_view Convert(const SQLWCHAR* text, std::size_t count);
+
+private:
+    std::vector<char> m_bytes;
+};
+
 /// Converts pieces of UTF-16 to UTF-8; a surrogate pair may lie across two of them.
 class WideTextDecoder {
 public:
-    /// The piece, together with what was left of the one before, in UTF-8. In the last piece half a
-    /// pair becomes U+FFFD.
-    CByteStream Decode(const SQLWCHAR* text, std::size_t count, bool last);
+    /// The piece, together with what was left of the one before, in UTF-8; valid until the next
+    /// call.
+    std::string_view Decode(const SQLWCHAR* text, std::size_t count, bool last);
 
 private:
-    std::vector<SQLWCHAR> m_left; ///< at most one unit
+    Utf8Text m_text;
+    std::vector<SQLWCHAR> m_units;
+    std::optional<SQLWCHAR> m_left; ///< the first half of a pair
 };
 
 } // namespace vnquery
