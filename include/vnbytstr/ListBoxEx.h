@@ -250,11 +250,12 @@ public:
     void CellCancel();
     /// Makes a column as wide as its header and its widest value need. Up to 1000 rows are all
     /// measured; of more rows, the visible ones and the 1000 with the longest texts. Of a source's
-    /// rows, the visible ones and 1000 spread over the others, as many as fit 20 milliseconds.
+    /// rows, the visible ones and up to 1000 spread over the others, for about 20 milliseconds.
     void AutoFitCol(int column) override;
 
     // --- extensions, off by default --------------------------------------------------------------
-    /// AutoFitCol for every column; the rows of a source are measured for 40 milliseconds in all.
+    /// AutoFitCol for every column; of a source's rows, the cells in view and others, for about 40
+    /// milliseconds in all.
     void FitAllColumns();
     /// Ctrl+0 in an editor replaces its text by the null marker.
     void EnableSetNull(BOOL on = TRUE) { m_bSetNull = on; }
@@ -319,7 +320,7 @@ protected:
     BOOL m_bEditing = FALSE;
     int m_nCurRow = -1;
     int m_nCurColumn = -1;
-    BOOL m_bCommitting = FALSE; ///< the parent is being asked about a value
+    BOOL m_bCommitting = FALSE; ///< the parent (or the source) is being asked about a value
     BOOL m_bPrintInput = FALSE;
     CString m_strTyped;
     DWORD m_dwTypedTime = 0;

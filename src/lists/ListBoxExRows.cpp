@@ -288,7 +288,10 @@ void CListBoxEx::ReorderRowData(const DWORD* order, int count) {
 
 /// Lists and sources know each other, so that either may end first.
 void CListBoxEx::UseRowsOf(CListRowSource* source) {
-    if (CListRowSource* const before = GetRowSource(); before != nullptr)
+    CListRowSource* const before = GetRowSource();
+    if (before == nullptr && source == nullptr)
+        return;
+    if (before != nullptr)
         std::erase(before->m_lists, this);
     if (source != nullptr) {
         m_pRows = std::make_unique<SourceRows>(*this, *source);
@@ -312,6 +315,9 @@ BOOL CListBoxEx::SetRowSource(CListRowSource* source) {
     ListBoxSetNoData(m_hWnd, source != nullptr);
     ForgetRows();
     RowsChanged();
+    if (m_bSideScroll)
+        SideShiftChanged(); // it is scrolled to the left again
+    RedrawAll();
     return TRUE;
 }
 

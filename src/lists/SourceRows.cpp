@@ -85,17 +85,22 @@ void CListBoxEx::SourceRows::TextToDraw(int row, std::string& text) const {
     }
 }
 
-/// Of many rows the visible ones and others spread evenly over all of them.
+/// Of many rows the visible ones and others spread evenly over all of them. Cells in view are
+/// measured however long it takes: they are drawn anyway.
 void CListBoxEx::SourceRows::ForEachMeasured(int column, Time until, const TextUse& use) const {
     std::string buffer;
     const int count = Count();
     const int top = std::max(0, static_cast<int>(m_list.SendMessage(LB_GETTOPINDEX)));
-    const int visible = std::clamp(count - top, 0, kMaxVisibleRows);
-    for (int i = 0; i < visible; ++i) {
-        use(Cell(top + i, column, buffer));
-        if (Clock::now() >= until)
-            return;
-    }
+    CRect client;
+    m_list.GetClientRect(client);
+    const int height = std::max(1, static_cast<int>(m_list.SendMessage(LB_GETITEMHEIGHT)));
+    const int inView = std::min(client.Height() / height + 1, kMaxVisibleRows);
+    const int start = WidthBefore(m_list.GetColumns(), column) - m_list.GetSideShift();
+    const bool isSeen =
+        start < client.Width() && start + m_list.GetColumnWidth(column) >= client.left;
+    for (int row = top; row < count && row - top < inView; ++row)
+        if (isSeen || Clock::now() < until)
+            use(Cell(row, column, buffer));
     const int others = std::min(count, kMaxMeasuredRows);
     // In steps over the whole, so that those before `until` are spread, too.
     constexpr int kStep = 619; // a prime that divides no number of rows up to kMaxMeasuredRows
@@ -108,7 +113,14 @@ void CListBoxEx::SourceRows::ForEachMeasured(int column, Time until, const TextU
 }
 
 bool CListBoxEx::SourceRows::SetCell(int row, int column, const char* text) {
-    return m_source.SetCell(row, column, text);
+    CListBoxEx& list = m_list; // this object ends with the list's use of the source
+    const Lifeline life(&list);
+    // The source may show a message: the editor that loses the focus to it stores nothing.
+    const BOOL before = std::exchange(list.m_bCommitting, TRUE);
+    const bool stored = m_source.SetCell(row, column, text);
+    if (life.Holds())
+        list.m_bCommitting = before;
+    return stored;
 }
 
 LPCTSTR CListBoxEx::SourceRows::FileName(int row) const {
@@ -184,7 +196,7 @@ void CListBoxEx::SourceRows::SelectFound(int row) {
 // --- sorting -------------------------------------------------------------------------------------
 
 BOOL CListBoxEx::SourceRows::Sort(int column) {
-    CListBoxEx& list = m_list; // this object ends when the program takes the source away
+    CListBoxEx& list = m_list; // this object ends with the list's use of the source
     CListRowSource* const source = &m_source;
     if (list.GetSafeHwnd() == nullptr || !HasColumn(column))
         return FALSE;

@@ -53,7 +53,8 @@ void CVNListBox::SetDataTip(CPoint point) {
     const int count = GetCount();
     const int row = RowAt(point.y, static_cast<int>(SendMessage(LB_GETTOPINDEX)),
                           static_cast<int>(SendMessage(LB_GETITEMHEIGHT)), count);
-    const int index = row >= 0 && m_Tips.GetSize() == count ? GetItemIndex(row) : -1;
+    const bool hasTips = GetRowSource() == nullptr && m_Tips.GetSize() == count;
+    const int index = row >= 0 && hasTips ? GetItemIndex(row) : -1;
     if (index < 0) {
         m_DataTip.Hide();
         return;

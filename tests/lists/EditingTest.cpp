@@ -329,5 +329,17 @@ TEST_F(Editing, AFileIsDroppedOnACell) {
     EXPECT_STREQ(list->GetFileName(2), "/tmp");
 }
 
+TEST_F(Editing, TheOnlySelectedRowComesIntoView) {
+    Make(LBS_EXTENDEDSEL | WS_VSCROLL);
+    list->SetEditorType(0, kEditorText);
+    for (int i = 0; i < 100; ++i)
+        list->AddStringItems("more", "", "");
+    list->SetOnlySel(1);
+    list->SendMessage(LB_SETTOPINDEX, 90);
+    Key(Qt::Key_F2);
+    ASSERT_TRUE(IsOpenAt(1, 0));
+    EXPECT_GE(EditorRect().top, 0);
+}
+
 } // namespace
 } // namespace vnbytstr::test
