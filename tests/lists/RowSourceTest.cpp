@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <mutex>
 #include <numeric>
 #include <set>
 #include <thread>
@@ -584,6 +585,49 @@ TEST_F(RowSource, ListsAndSourcesEndInAnyOrder) {
     list->RowChanged(0);
     list->SourceSorted(0, kSortedAscending);
     EXPECT_EQ(list->GetSortColumn(), -1);
+}
+
+/// Rows that a thread adds while they are shown, scrolled and searched.
+TEST_F(RowSource, AThreadMayAddRows) {
+    class Growing : public CListRowSource {
+    public:
+        int GetRowCount() override {
+            const std::lock_guard lock(m_mutex);
+            return static_cast<int>(m_rows.size());
+        }
+        void GetCell(int row, int column, std::string& text) override {
+            const std::lock_guard lock(m_mutex);
+            text = m_rows[static_cast<std::size_t>(row)] + "." + std::to_string(column);
+        }
+        void Add() {
+            const std::lock_guard lock(m_mutex);
+            m_rows.push_back("row " + std::to_string(m_rows.size()));
+        }
+
+    private:
+        std::mutex m_mutex;
+        std::vector<std::string> m_rows;
+    } growing;
+    constexpr int kRows = 30'000;
+    Make(WS_VSCROLL | LBS_EXTENDEDSEL);
+    list->SetRowSource(&growing);
+    list->SetPrintInput(TRUE);
+    std::thread adding([&growing] {
+        for (int i = 0; i < kRows; ++i)
+            growing.Add();
+    });
+    int before = 0;
+    while (list->GetCount() < kRows) {
+        list->RowsChanged();
+        EXPECT_GE(list->GetCount(), before);
+        before = list->GetCount();
+        list->SendMessage(LB_SETTOPINDEX, static_cast<WPARAM>(before / 2));
+        list->SendMessage(WM_CHAR, 'r', 1);
+        parent.GetWidget()->grab();
+        Pump();
+    }
+    adding.join();
+    EXPECT_EQ(Cell(kRows - 1, 2), "row 29999.2");
 }
 
 TEST_F(RowSource, WhatASourceNeedNotHave) {
