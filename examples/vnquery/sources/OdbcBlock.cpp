@@ -1,6 +1,6 @@
 // Invariants:
 // 1. m_row < m_fetched between a successful Next and the following one; m_fetched <= m_rows.
-// 2. m_rows <= m_capacity <= kMaxRows; more than 1 only if m_abilities.canReadBlocks.
+// 2. m_rows <= m_capacity <= kMaxRows; more than 1 only with OdbcFetching::Blocks.
 // 3. A column is bound exactly if its width is not 0; its buffers and those of all others lie one
 //    after the other in m_buffer, without overlapping.
 #include "vnquery/sources/OdbcBlock.h"
@@ -30,8 +30,8 @@ std::size_t RoundUp(std::size_t bytes) {
 
 } // namespace
 
-OdbcBlock::OdbcBlock(SQLHANDLE statement, std::vector<OdbcColumn> columns, OdbcAbilities abilities)
-    : m_statement(statement), m_columns(std::move(columns)), m_abilities(abilities),
+OdbcBlock::OdbcBlock(SQLHANDLE statement, std::vector<OdbcColumn> columns, OdbcFetching fetching)
+    : m_statement(statement), m_columns(std::move(columns)), m_fetching(fetching),
       m_reader(statement), m_bound(m_columns.size()), m_status(kMaxRows) {
     for (std::size_t i = 0; i < m_columns.size(); ++i) {
         Bound& bound = m_bound[i];
@@ -45,8 +45,10 @@ OdbcBlock::OdbcBlock(SQLHANDLE statement, std::vector<OdbcColumn> columns, OdbcA
                      : isInteger && !m_columns[i].isUnsigned ? Kind::Integer
                                                              : Kind::Number;
     }
-    if (!m_abilities.canReadBound)
+    if (m_fetching == OdbcFetching::RowByRow)
         return;
+    SQLSetStmtAttr(m_statement, SQL_ATTR_ROWS_FETCHED_PTR, &m_fetched, 0);
+    SQLSetStmtAttr(m_statement, SQL_ATTR_ROW_STATUS_PTR, m_status.data(), 0);
     ChooseWidths();
     Bind();
     CheckInvariants();
@@ -54,6 +56,8 @@ OdbcBlock::OdbcBlock(SQLHANDLE statement, std::vector<OdbcColumn> columns, OdbcA
 
 /// Nothing of the driver points into the buffers afterwards.
 OdbcBlock::~OdbcBlock() {
+    if (m_fetching == OdbcFetching::RowByRow)
+        return;
     SQLFreeStmt(m_statement, SQL_UNBIND);
     SQLSetStmtAttr(m_statement, SQL_ATTR_ROWS_FETCHED_PTR, nullptr, 0);
     SQLSetStmtAttr(m_statement, SQL_ATTR_ROW_STATUS_PTR, nullptr, 0);
@@ -61,8 +65,8 @@ OdbcBlock::~OdbcBlock() {
 
 void OdbcBlock::CheckInvariants() const {
     assert(m_fetched <= m_rows && m_rows <= m_capacity && m_capacity <= kMaxRows);
-    assert(m_rows == 1 || m_abilities.canReadBlocks);
-    assert(!m_abilities.canReadBound || RowBytes() * m_capacity <= m_buffer.size());
+    assert(m_rows == 1 || m_fetching == OdbcFetching::Blocks);
+    assert(RowBytes() * m_capacity <= m_buffer.size());
 }
 
 // --- buffers -------------------------------------------------------------------------------------
@@ -100,10 +104,8 @@ std::size_t OdbcBlock::RowBytes() const {
 }
 
 void OdbcBlock::Bind() {
-    m_capacity = m_abilities.canReadBlocks
-                     ? std::clamp<std::size_t>(kBufferBytes / std::max<std::size_t>(RowBytes(), 1),
-                                               1, kMaxRows)
-                     : 1;
+    m_capacity =
+        std::clamp<std::size_t>(kBufferBytes / std::max<std::size_t>(RowBytes(), 1), 1, kMaxRows);
     SQLFreeStmt(m_statement, SQL_UNBIND);
     m_buffer.resize(RowBytes() * m_capacity);
     m_indicators.assign(m_columns.size() * m_capacity, 0);
@@ -174,11 +176,6 @@ void OdbcBlock::ChooseRows() {
 
 // --- blocks --------------------------------------------------------------------------------------
 
-/// Whether the driver keeps what it says; asked in the first row, which is a block of its own.
-bool OdbcBlock::CanPosition() const {
-    return SQL_SUCCEEDED(SQLSetPos(m_statement, 1, SQL_POSITION, SQL_LOCK_NO_CHANGE));
-}
-
 bool OdbcBlock::Next() {
     m_isPositioned = false;
     if (++m_row >= m_fetched)
@@ -192,10 +189,7 @@ bool OdbcBlock::Next() {
 }
 
 void OdbcBlock::FetchBlock() {
-    if (m_isFirst) {
-        SQLSetStmtAttr(m_statement, SQL_ATTR_ROWS_FETCHED_PTR, &m_fetched, 0);
-        SQLSetStmtAttr(m_statement, SQL_ATTR_ROW_STATUS_PTR, m_status.data(), 0);
-    } else if (m_abilities.canReadBound && m_fetched > 0) {
+    if (m_fetching == OdbcFetching::Blocks && m_fetched > 0) {
         ChooseRows();
         AdaptWidths();
     }
@@ -210,14 +204,10 @@ void OdbcBlock::FetchBlock() {
     }
     if (!SQL_SUCCEEDED(result))
         OdbcFail(Text(IDS_VQ_CANNOT_READ_ROW), SQL_HANDLE_STMT, m_statement);
-    if (m_rows == 1)
-        m_fetched = 1; // also where a driver does not report it
+    if (m_fetching == OdbcFetching::RowByRow)
+        m_fetched = 1;
     KeepFailure();
     Measure();
-    if (std::exchange(m_isFirst, false) && m_abilities.canReadBlocks && !CanPosition()) {
-        m_abilities.canReadBlocks = false;
-        m_capacity = 1;
-    }
 }
 
 /// Rows before the one that failed are given first.

@@ -18,10 +18,10 @@ struct OdbcColumn {
     bool isUnsigned = false;
 };
 
-/// What a driver can do beside reading the columns of one row in order.
-struct OdbcAbilities {
-    bool canReadBound = false;  ///< SQLGetData also reads what is bound, in any order
-    bool canReadBlocks = false; ///< and in any row of a block
+/// How rows are fetched.
+enum class OdbcFetching {
+    RowByRow, ///< each value with SQLGetData, in order: what every driver can do
+    Blocks    ///< SQLGetData also reads values that are bound, in any row of a block and any order
 };
 
 /// Binds a buffer to each column for values of usual lengths, and fetches as many rows at once as
@@ -32,10 +32,10 @@ struct OdbcAbilities {
 /// The first block is one row. The next ones grow while their values stay small, since drivers hold
 /// a block in memory: about kBlockBytes, or one row.
 ///
-/// A driver that cannot read bound values again is read row by row, without buffers.
+/// With OdbcFetching::RowByRow there are no buffers, and a block is one row.
 class OdbcBlock {
 public:
-    OdbcBlock(SQLHANDLE statement, std::vector<OdbcColumn> columns, OdbcAbilities abilities);
+    OdbcBlock(SQLHANDLE statement, std::vector<OdbcColumn> columns, OdbcFetching fetching);
     OdbcBlock(const OdbcBlock&) = delete;
     OdbcBlock& operator=(const OdbcBlock&) = delete;
     ~OdbcBlock();
@@ -71,14 +71,13 @@ private:
     void AdaptWidths();
     void Measure();
     std::size_t RowBytes() const;
-    bool CanPosition() const;
     void ReadAgain(std::size_t column, ValueSink& sink);
     void CheckInvariants() const;
     SQLLEN Indicator(std::size_t column) const { return m_indicators[column * m_capacity + m_row]; }
 
     SQLHANDLE m_statement;
     std::vector<OdbcColumn> m_columns;
-    OdbcAbilities m_abilities;
+    OdbcFetching m_fetching;
     OdbcReader m_reader;
     Utf8Text m_text;
     std::vector<Bound> m_bound;
@@ -90,7 +89,6 @@ private:
     SQLULEN m_fetched = 0;      ///< rows of the present block
     std::size_t m_row = 0;      ///< the current one of them
     bool m_isPositioned = false;
-    bool m_isFirst = true;
     ULONGLONG m_bytesRead = 0;            ///< of the present block, by SQLGetData
     std::optional<std::string> m_failure; ///< why a row of the block could not be fetched
 };

@@ -114,7 +114,7 @@ void OdbcConnection::MakeReadOnly() {
 }
 
 void OdbcConnection::FetchInPortions(const std::string& connection) {
-    if (!ToUpper(GetInfo(SQL_DRIVER_NAME)).starts_with("PSQLODBC"))
+    if (!HasPostgreSqlDriver())
         return;
     // Attributes of the driver itself; what its connection string names UseDeclareFetch (or B6) and
     // Fetch (or A7). It fetches at least as many rows at once as Fetch says, or as a block has.
@@ -143,16 +143,18 @@ std::string OdbcConnection::GetInfo(SQLUSMALLINT what) const {
 
 SqlServer OdbcConnection::GetServer() const { return ServerOf(GetInfo(SQL_DBMS_NAME)); }
 
-OdbcAbilities OdbcConnection::GetAbilities() const {
+bool OdbcConnection::HasPostgreSqlDriver() const {
+    return ToUpper(GetInfo(SQL_DRIVER_NAME)).starts_with("PSQLODBC");
+}
+
+OdbcFetching OdbcConnection::GetFetching() const {
+    constexpr SQLUINTEGER kNeeded =
+        SQL_GD_BOUND | SQL_GD_BLOCK | SQL_GD_ANY_COLUMN | SQL_GD_ANY_ORDER;
     SQLUINTEGER extensions = 0;
-    if (!SQL_SUCCEEDED(SQLGetInfoW(m_handle.Get(), SQL_GETDATA_EXTENSIONS, &extensions,
-                                   sizeof extensions, nullptr)))
-        return {};
-    constexpr SQLUINTEGER kBound = SQL_GD_BOUND | SQL_GD_ANY_COLUMN | SQL_GD_ANY_ORDER;
-    OdbcAbilities abilities;
-    abilities.canReadBound = (extensions & kBound) == kBound;
-    abilities.canReadBlocks = abilities.canReadBound && (extensions & SQL_GD_BLOCK) != 0;
-    return abilities;
+    const bool hasAll = SQL_SUCCEEDED(SQLGetInfoW(m_handle.Get(), SQL_GETDATA_EXTENSIONS,
+                                                  &extensions, sizeof extensions, nullptr)) &&
+                        (extensions & kNeeded) == kNeeded;
+    return hasAll && HasPostgreSqlDriver() ? OdbcFetching::Blocks : OdbcFetching::RowByRow;
 }
 
 std::unique_ptr<OdbcHandle> OdbcConnection::NewStatement() const {

@@ -41,8 +41,9 @@ public:
     std::unique_ptr<OdbcHandle> NewStatement() const;
     /// How the server reads SQL text.
     SqlServer GetServer() const;
-    /// How the driver reads values.
-    OdbcAbilities GetAbilities() const;
+    /// Blocks for PostgreSQL's driver. What other drivers say of themselves cannot be relied on:
+    /// MariaDB's claims all that blocks need, cuts values that are read again and leaves out rows.
+    OdbcFetching GetFetching() const;
     /// The server's quote character for names; "" for none.
     std::string GetNameQuote() const;
     /// SQL_COMMIT or SQL_ROLLBACK. Throws Failure.
@@ -54,6 +55,7 @@ private:
     /// PostgreSQL's driver would hold a whole result in memory. It is asked to fetch as many rows
     /// as a block has, unless the connection string says how it shall fetch (UseDeclareFetch).
     void FetchInPortions(const std::string& connection);
+    bool HasPostgreSqlDriver() const;
     std::string GetInfo(SQLUSMALLINT what) const;
 
     OdbcHandle m_environment;

@@ -132,7 +132,7 @@ void OdbcSource::DescribeColumns() {
         edit.isNullable = nullable != SQL_NO_NULLS;
     }
     m_block = std::make_unique<OdbcBlock>(m_statement->Get(), std::move(columns),
-                                          m_connection->GetAbilities());
+                                          m_connection->GetFetching());
 }
 
 // --- what can be written back --------------------------------------------------------------------
