@@ -282,6 +282,23 @@ TEST_F(RowSource, RowsComeAndGo) {
     }
 }
 
+TEST_F(RowSource, AnEditorStaysWithItsRow) {
+    Make(WS_VSCROLL);
+    TestSource many(100);
+    list->SetRowSource(&many);
+    list->SetEditorType(0, kEditorText);
+    list->SendMessage(LB_SETTOPINDEX, 50);
+    EditAndType(55, 0, "typed");
+    many.count = 57; // the last rows now end at the bottom: the view scrolls
+    list->RowsChanged();
+    EXPECT_LT(Top(), 50);
+    EXPECT_EQ(EditorRect().top, (55 - Top()) * RowHeight());
+    many.count = 55; // its row is gone
+    list->RowsChanged();
+    EXPECT_FALSE(IsOpen());
+    EXPECT_EQ(parent.Take(), Asked{});
+}
+
 TEST_F(RowSource, OneRowIsDrawnAgain) {
     list->SetRowSource(&source);
     Draw();
