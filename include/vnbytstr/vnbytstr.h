@@ -20,6 +20,7 @@
 #include "vnbytstr/ProgramTexts.h"
 #include "vnbytstr/ReplacementFile.h"
 #include "vnbytstr/ResourceLibrary.h"
+#include "vnbytstr/RowSort.h"
 #include "vnbytstr/RowStore.h"
 #include "vnbytstr/StrX.h"
 #include "vnbytstr/StringPersistence.h"
