@@ -58,8 +58,9 @@ TABLE
 run --quiet --sql "select body from doc where id = 1" --save 1:1 "$folder/body" || fail "text"
 sql -c "select body from doc where id = 1" | head -c -1 >"$folder/body.expected"
 cmp "$folder/body" "$folder/body.expected" || fail "text differs"
-# Rows in blocks: from a cursor as vnquery asks for it, whole, and in portions that the user chooses.
-for portions in "" ";UseDeclareFetch=0" ";UseDeclareFetch=1;Fetch=3"; do
+# Rows in blocks: from a cursor as vnquery asks for it, whole, and in portions that the user
+# chooses, with texts that the driver converts.
+for portions in "" ";UseDeclareFetch=0" ";UseDeclareFetch=1;Fetch=3;LFConversion=1"; do
     VNQUERY_ODBC="$connection$portions" "$tests" --gtest_filter='OdbcSource*' >"$folder/err" 2>&1 ||
         fail "rows in blocks $portions"
 done

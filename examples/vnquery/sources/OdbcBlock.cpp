@@ -41,6 +41,7 @@ OdbcBlock::OdbcBlock(SQLHANDLE statement, std::vector<OdbcColumn> columns, OdbcF
         const bool isInteger = type == SQL_TINYINT || type == SQL_SMALLINT || type == SQL_INTEGER ||
                                type == SQL_BIGINT;
         bound.kind = bound.type == Value::Type::Binary       ? Kind::Bytes
+                     : m_columns[i].isUtf8                   ? Kind::Utf8
                      : bound.type == Value::Type::Text       ? Kind::Text
                      : isInteger && !m_columns[i].isUnsigned ? Kind::Integer
                                                              : Kind::Number;
@@ -89,6 +90,7 @@ void OdbcBlock::ChooseWidths() {
             bound.width = kNumberBytes;
             break;
         case Kind::Text:
+        case Kind::Utf8:
             bound.width = RoundUp((units + 1) * sizeof(SQLWCHAR));
             break;
         case Kind::Bytes:
@@ -116,7 +118,8 @@ void OdbcBlock::Bind() {
         offset += bound.width * m_capacity;
         if (bound.width == 0)
             continue;
-        constexpr SQLSMALLINT kTypes[] = {SQL_C_SBIGINT, SQL_C_CHAR, SQL_C_WCHAR, SQL_C_BINARY};
+        constexpr SQLSMALLINT kTypes[] = {SQL_C_SBIGINT, SQL_C_CHAR, SQL_C_WCHAR, SQL_C_BINARY,
+                                          SQL_C_BINARY};
         if (!SQL_SUCCEEDED(
                 SQLBindCol(m_statement, static_cast<SQLUSMALLINT>(i + 1),
                            kTypes[static_cast<int>(bound.kind)], m_buffer.data() + bound.offset,
@@ -196,7 +199,7 @@ void OdbcBlock::FetchBlock() {
     m_row = 0;
     m_fetched = 0;
     m_bytesRead = 0;
-    std::ranges::fill(m_status, static_cast<SQLUSMALLINT>(SQL_ROW_SUCCESS));
+    std::fill_n(m_status.begin(), m_rows, static_cast<SQLUSMALLINT>(SQL_ROW_SUCCESS));
     const SQLRETURN result = SQLFetch(m_statement);
     if (result == SQL_NO_DATA) {
         m_fetched = 0;

@@ -16,6 +16,7 @@ struct OdbcColumn {
     SQLSMALLINT sqlType = 0;
     SQLULEN size = 0; ///< characters or bytes as the driver says it, which may be 0 or too small
     bool isUnsigned = false;
+    bool isUtf8 = false; ///< a text whose UTF-8 the driver gives as bytes
 };
 
 /// How rows are fetched.
@@ -51,7 +52,7 @@ public:
     static constexpr std::size_t kMaxRows = 1024;
 
 private:
-    enum class Kind { Integer, Number, Text, Bytes };
+    enum class Kind { Integer, Number, Text, Utf8, Bytes };
 
     struct Bound {
         Kind kind = Kind::Text;

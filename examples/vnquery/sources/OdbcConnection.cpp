@@ -83,8 +83,9 @@ OdbcConnection::OdbcConnection(const std::string& connection, Access access)
             access == Access::Write)
             OdbcFail(Text(IDS_VQ_CANNOT_PREPARE_TRANSACTION), SQL_HANDLE_DBC, m_handle.Get());
         if (access == Access::Read) {
-            FetchInPortions(connection);
-            MakeReadOnly();
+            const bool isInPortions = FetchInPortions(connection);
+            m_hasUtf8Bytes = HasPostgreSqlDriver() && FindOutWhetherUtf8();
+            BeginReading(isInPortions);
         }
     } catch (...) {
         SQLDisconnect(m_handle.Get());
@@ -105,27 +106,67 @@ void OdbcConnection::Connect(const std::string& connection, Access access) {
         OdbcFail(Text(IDS_VQ_CANNOT_CONNECT), SQL_HANDLE_DBC, m_handle.Get());
 }
 
-/// For this transaction only: a connection pool may give the session to another program afterwards.
-void OdbcConnection::MakeReadOnly() {
-    std::vector<SQLWCHAR> text = ToWide("SET TRANSACTION READ ONLY");
+bool OdbcConnection::Run(const std::string& sql) const {
+    std::vector<SQLWCHAR> text = ToWide(sql);
     const std::unique_ptr<OdbcHandle> statement = NewStatement();
-    if (!SQL_SUCCEEDED(SQLExecDirectW(statement->Get(), text.data(), SQL_NTS)))
+    return SQL_SUCCEEDED(SQLExecDirectW(statement->Get(), text.data(), SQL_NTS));
+}
+
+/// For this transaction only: a connection pool may give the session to another program afterwards.
+void OdbcConnection::MakeReadOnly() const {
+    if (!Run("SET TRANSACTION READ ONLY"))
         SQLEndTran(SQL_HANDLE_DBC, m_handle.Get(), SQL_ROLLBACK); // no such statement there
 }
 
-void OdbcConnection::FetchInPortions(const std::string& connection) {
+void OdbcConnection::BeginReading(bool isInPortions) const {
+    MakeReadOnly();
+    // PostgreSQL plans a cursor for its first rows; here all of them are read.
+    if (isInPortions && !Run("SET LOCAL cursor_tuple_fraction = 1")) {
+        SQLEndTran(SQL_HANDLE_DBC, m_handle.Get(), SQL_ROLLBACK); // a server of that family
+        MakeReadOnly();
+    }
+}
+
+/// With a character beyond ASCII and a line break, since the driver may convert both.
+bool OdbcConnection::FindOutWhetherUtf8() const {
+    const std::string expected = "\xC3\xA4\n";
+    std::vector<SQLWCHAR> text =
+        ToWide("SELECT CAST('" + expected + "' AS text), CAST('" + expected + "' AS text)");
+    SQLWCHAR wide[8] = {};
+    char bytes[8] = {};
+    SQLLEN wideLength = 0;
+    SQLLEN length = 0;
+    bool isSame = false;
+    {
+        const std::unique_ptr<OdbcHandle> statement = NewStatement();
+        SQLHANDLE handle = statement->Get();
+        isSame =
+            SQL_SUCCEEDED(SQLExecDirectW(handle, text.data(), SQL_NTS)) &&
+            SQL_SUCCEEDED(SQLFetch(handle)) &&
+            SQL_SUCCEEDED(SQLGetData(handle, 1, SQL_C_WCHAR, wide, sizeof wide, &wideLength)) &&
+            SQL_SUCCEEDED(SQLGetData(handle, 2, SQL_C_BINARY, bytes, sizeof bytes, &length)) &&
+            length == static_cast<SQLLEN>(expected.size()) &&
+            expected == std::string_view(bytes, expected.size()) &&
+            expected == FromBuffer(wide, wideLength / static_cast<SQLLEN>(sizeof(SQLWCHAR)));
+    }
+    SQLEndTran(SQL_HANDLE_DBC, m_handle.Get(), SQL_ROLLBACK);
+    return isSame;
+}
+
+bool OdbcConnection::FetchInPortions(const std::string& connection) {
     if (!HasPostgreSqlDriver())
-        return;
+        return false;
     // Attributes of the driver itself; what its connection string names UseDeclareFetch (or B6) and
     // Fetch (or A7). It fetches at least as many rows at once as Fetch says, or as a block has.
     constexpr SQLINTEGER kUseDeclareFetch = 65539;
     constexpr SQLINTEGER kFetch = 65541;
     const std::vector<std::string> keys = KeysOf(connection);
     const auto has = [&](const char* key) { return std::ranges::find(keys, key) != keys.end(); };
-    if (has("USEDECLAREFETCH") || has("B6"))
-        return;
-    if (SetAttribute(m_handle.Get(), kUseDeclareFetch, 1) && !has("FETCH") && !has("A7"))
+    if (has("USEDECLAREFETCH") || has("B6") || !SetAttribute(m_handle.Get(), kUseDeclareFetch, 1))
+        return false;
+    if (!has("FETCH") && !has("A7"))
         SetAttribute(m_handle.Get(), kFetch, 1);
+    return true;
 }
 
 OdbcConnection::~OdbcConnection() {

@@ -44,6 +44,9 @@ public:
     /// Blocks for PostgreSQL's driver. What other drivers say of themselves cannot be relied on:
     /// MariaDB's claims all that blocks need, cuts values that are read again and leaves out rows.
     OdbcFetching GetFetching() const;
+    /// Whether the driver gives a text's UTF-8, unchanged, when bytes are asked for. It is tried
+    /// out. Columns of other types than texts may give something else.
+    bool HasUtf8Bytes() const { return m_hasUtf8Bytes; }
     /// The server's quote character for names; "" for none.
     std::string GetNameQuote() const;
     /// SQL_COMMIT or SQL_ROLLBACK. Throws Failure.
@@ -51,15 +54,20 @@ public:
 
 private:
     void Connect(const std::string& connection, Access access);
-    void MakeReadOnly();
+    bool Run(const std::string& sql) const;
+    void BeginReading(bool isInPortions) const;
+    void MakeReadOnly() const;
+    bool FindOutWhetherUtf8() const;
     /// PostgreSQL's driver would hold a whole result in memory. It is asked to fetch as many rows
     /// as a block has, unless the connection string says how it shall fetch (UseDeclareFetch).
-    void FetchInPortions(const std::string& connection);
+    /// Returns whether it does.
+    bool FetchInPortions(const std::string& connection);
     bool HasPostgreSqlDriver() const;
     std::string GetInfo(SQLUSMALLINT what) const;
 
     OdbcHandle m_environment;
     OdbcHandle m_handle;
+    bool m_hasUtf8Bytes = false;
 };
 
 /// The SQLSTATE of the handle's first diagnostic record; "" without one.

@@ -123,7 +123,8 @@ void OdbcSource::DescribeColumns() {
         SQLLEN isUnsigned = SQL_FALSE;
         SQLColAttributeW(m_statement->Get(), column, SQL_DESC_UNSIGNED, nullptr, 0, nullptr,
                          &isUnsigned);
-        columns.push_back({m_names.back(), type, size, isUnsigned == SQL_TRUE});
+        columns.push_back({m_names.back(), type, size, isUnsigned == SQL_TRUE,
+                           m_connection->HasUtf8Bytes() && IsCharacters(column - 1u)});
         m_kinds.push_back(KindOf(type));
         EditColumn& edit = m_editPlan.columns.emplace_back();
         edit.sqlType = type;
@@ -133,6 +134,12 @@ void OdbcSource::DescribeColumns() {
     }
     m_block = std::make_unique<OdbcBlock>(m_statement->Get(), std::move(columns),
                                           m_connection->GetFetching());
+}
+
+/// Whether PostgreSQL's driver passes the column on as the server gives it.
+bool OdbcSource::IsCharacters(std::size_t column) const {
+    const std::string type = GetAttribute(column, SQL_DESC_TYPE_NAME);
+    return type == "text" || type == "varchar" || type == "bpchar";
 }
 
 // --- what can be written back --------------------------------------------------------------------

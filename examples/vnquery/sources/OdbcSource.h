@@ -32,6 +32,7 @@ private:
     void RefuseChanges(const std::string& sql) const;
     void Prepare(const std::string& sql);
     void DescribeColumns();
+    bool IsCharacters(std::size_t column) const;
     void PlanEditing(const std::string& sql);
     std::string GetAttribute(std::size_t column, SQLUSMALLINT attribute) const;
     std::vector<std::string> FindPrimaryKey(const std::string& catalog) const;

@@ -161,6 +161,16 @@ TEST_F(OdbcSourceTest, FailuresInTheMiddle) {
     }
 }
 
+/// All rows are read, so the server plans for all; it may change nothing.
+TEST_F(OdbcSourceTest, TheServerKnowsWhatIsRead) {
+    const auto row = Query("select current_setting('transaction_read_only'), "
+                           "current_setting('cursor_tuple_fraction')")
+                         .at(0);
+    EXPECT_EQ(row[0].bytes, "on");
+    EXPECT_EQ(row[1].bytes,
+              m_connection.find("UseDeclareFetch") == std::string::npos ? "1" : "0.1");
+}
+
 /// Neither vnquery nor the driver keeps the rows, unless the connection string says so.
 TEST_F(OdbcSourceTest, RowsAreNotKept) {
     if (m_connection.find("UseDeclareFetch=0") != std::string::npos)
