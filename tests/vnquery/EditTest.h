@@ -15,7 +15,7 @@ protected:
     void Query(const std::string& sql) {
         m_edits.Clear();
         const auto source = OpenSource(m_connection, sql, SourceUse::Editing);
-        m_result = ResultSet(source->GetColumns());
+        m_result = ResultSet(*source);
         m_plan = source->GetEditPlan();
         m_kinds = source->GetKinds();
         m_result.Fetch(*source, m_progress);

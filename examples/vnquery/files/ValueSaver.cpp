@@ -15,7 +15,7 @@ namespace {
 void SaveBytes(Value& value, const std::string& file, bool isLastUse) {
     CByteStream* stream = value.GetStream();
     if (!stream) {
-        const std::string_view bytes = value.GetShort();
+        const std::string bytes = value.GetBytes();
         CByteStream(reinterpret_cast<const BYTE*>(bytes.data()), static_cast<DWORD>(bytes.size()))
             .CopyToFile(file.c_str());
     } else if (isLastUse) {

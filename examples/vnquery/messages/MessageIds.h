@@ -213,6 +213,9 @@
 #define IDS_VQ_W_LOADED 41283
 #define IDS_VQ_W_NOTHING_SELECTED 41284
 #define IDS_VQ_W_NO_RESULT 41285
+#define IDS_VQ_W_SORTING 41289
+#define IDS_VQ_W_SORTED 41290
+#define IDS_VQ_W_SORT_STOPPED 41291
 #define IDS_VQ_ABOUT 41286
 
 /* Questions and refusals of the main window */

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstring>
 
 namespace vnquery {
 
@@ -124,9 +125,16 @@ bool AreSame(const Value& a, const Value& b) {
     const auto isBytes = [](const Value& value) { return value.GetType() == Value::Type::Binary; };
     if (a.IsNull() != b.IsNull() || a.GetLength() != b.GetLength() || isBytes(a) != isBytes(b))
         return false;
-    const CByteStream* left = a.GetStream();
-    const CByteStream* right = b.GetStream();
-    return left && right ? *left == *right : a.GetBytes() == b.GetBytes();
+    bool isSame = true;
+    DWORD done = 0;
+    a.ForEachPiece([&](std::span<const BYTE> piece) {
+        const auto count = static_cast<DWORD>(piece.size());
+        const std::string other = isSame ? b.Read(done, count) : std::string();
+        isSame =
+            isSame && other.size() == count && std::memcmp(other.data(), piece.data(), count) == 0;
+        done += count;
+    });
+    return isSame;
 }
 
 } // namespace vnquery

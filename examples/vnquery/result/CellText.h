@@ -9,6 +9,10 @@
 
 namespace vnquery {
 
+/// Separates the cells of a row in a list. Control characters are made visible, so no displayed
+/// value contains it.
+constexpr char kCellSeparator[] = "\x1F";
+
 struct CellFormat {
     std::string nullText = "-"; ///< stands for NULL
     DWORD textLimit = 128;      ///< characters up to which a text is shown in full

@@ -21,15 +21,6 @@ int DigitsOf(DWORD offset) {
 HexDump::HexDump(const Value& value)
     : m_value(value), m_length(value.GetLength()), m_digits(DigitsOf(m_length)) {}
 
-std::string HexDump::Read(DWORD offset, DWORD count) const {
-    const CByteStream* stream = m_value.GetStream();
-    if (!stream)
-        return std::string(m_value.GetShort().substr(offset, count));
-    std::string bytes(count, '\0');
-    stream->CopyTo(offset, reinterpret_cast<BYTE*>(bytes.data()), count, count);
-    return bytes;
-}
-
 std::string HexDump::Format(DWORD offset, std::span<const BYTE> bytes) const {
     char text[4 * kBytesPerLine + 32];
     std::snprintf(text, sizeof text, "%0*X ", m_digits, offset);
@@ -51,7 +42,7 @@ std::string HexDump::GetLine(DWORD line) const {
     if (line >= GetLineCount())
         return {};
     const DWORD offset = line * kBytesPerLine;
-    const std::string bytes = Read(offset, std::min(kBytesPerLine, m_length - offset));
+    const std::string bytes = m_value.Read(offset, std::min(kBytesPerLine, m_length - offset));
     return Format(offset, {reinterpret_cast<const BYTE*>(bytes.data()), bytes.size()});
 }
 
@@ -62,7 +53,7 @@ std::string HexDump::GetLines(DWORD first, DWORD count) const {
     const DWORD offset = first * kBytesPerLine;
     const DWORD length = static_cast<DWORD>(
         std::min<ULONGLONG>(ULONGLONG{count} * kBytesPerLine, m_length - offset));
-    const std::string bytes = Read(offset, length);
+    const std::string bytes = m_value.Read(offset, length);
     std::string lines;
     for (DWORD done = 0; done < length; done += kBytesPerLine)
         lines

@@ -26,7 +26,6 @@ public:
 
 private:
     std::string Format(DWORD offset, std::span<const BYTE> bytes) const;
-    std::string Read(DWORD offset, DWORD count) const;
 
     const Value& m_value;
     DWORD m_length;

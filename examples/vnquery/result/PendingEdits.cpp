@@ -13,7 +13,7 @@ RowKey KeyOf(const EditPlan& plan, const ResultSet& result, std::size_t row) {
     RowKey key;
     key.rowId = result.GetRowId(row);
     for (const std::size_t column : plan.keyColumns)
-        key.values.push_back(&result.At(row, column));
+        key.values.push_back(result.GetValue(row, column));
     return key;
 }
 
@@ -27,7 +27,7 @@ std::size_t PendingEdits::GetRowCount() const {
 }
 
 void PendingEdits::Set(CellPlace place, NewValue&& value, const ResultSet& result) {
-    if (!value.isDefault && AreSame(value.value, result.At(place.first, place.second)))
+    if (!value.isDefault && AreSame(value.value, result.GetValue(place.first, place.second)))
         m_edits.erase(place);
     else
         m_edits.insert_or_assign(place, std::move(value));
@@ -51,7 +51,7 @@ WriteReport ForEachEdit(TableWriter& writer, const EditPlan& plan, const ResultS
         std::optional<Value> now = writer.Read(key, column, progress);
         if (!now) {
             report.lostRows.push_back(place);
-        } else if (!AreSame(*now, result.At(row, column))) {
+        } else if (!AreSame(*now, result.GetValue(row, column))) {
             report.conflicts.push_back({place, std::move(*now)});
         } else if (write(key, column, edit, now)) {
             report.written.push_back({place, std::move(*now)});
@@ -85,11 +85,11 @@ WriteReport WriteEdits(TableWriter& writer, const EditPlan& plan, const ResultSe
 
 void AcceptReport(WriteReport&& report, ResultSet& result, PendingEdits& edits) {
     for (WriteReport::Cell& cell : report.written) {
-        result.At(cell.place.first, cell.place.second) = std::move(cell.now);
+        result.SetValue(cell.place.first, cell.place.second, cell.now);
         edits.Remove(cell.place);
     }
     for (WriteReport::Cell& cell : report.conflicts)
-        result.At(cell.place.first, cell.place.second) = std::move(cell.now);
+        result.SetValue(cell.place.first, cell.place.second, cell.now);
     for (const CellPlace& place : report.lostRows)
         edits.Remove(place);
 }

@@ -41,13 +41,7 @@ PictureKind RecognisePicture(std::string_view beginning) {
 PictureKind RecognisePicture(const Value& value) {
     if (value.GetType() != Value::Type::Binary)
         return PictureKind::None;
-    const DWORD length = std::min(kBeginning, value.GetLength());
-    const CByteStream* stream = value.GetStream();
-    if (!stream)
-        return RecognisePicture(value.GetShort().substr(0, length));
-    char bytes[kBeginning] = {};
-    stream->CopyTo(0, reinterpret_cast<BYTE*>(bytes), length, kBeginning);
-    return RecognisePicture(std::string_view(bytes, length));
+    return RecognisePicture(value.Read(0, kBeginning));
 }
 
 const char* PictureName(PictureKind kind) {

@@ -5,78 +5,331 @@
 #include "vnquery/tasks/Failure.h"
 #include "vnquery/tasks/Progress.h"
 
-#include <algorithm>
-#include <iterator>
+#include <atomic>
+#include <charconv>
+#include <mutex>
 
 namespace vnquery {
 
+// --- the shared rows -----------------------------------------------------------------------------
+
+/// `mutex` is held during each use of the store. What the store returns is used within it.
+class ResultSet::Rows {
+public:
+    Rows(std::size_t columns, bool hasRowIds)
+        : hasRowIds(hasRowIds), seen(columns),
+          store(static_cast<int>(columns + (hasRowIds ? 1 : 0))) {}
+
+    /// What the values of a column are.
+    struct Seen {
+        bool integers = false;
+        bool decimals = false;
+        bool others = false;
+    };
+
+    const bool hasRowIds; ///< in a column of their own, after the others
+    std::vector<Seen> seen;
+    std::atomic<DWORD> count = 0; ///< rows of the store
+    std::mutex mutex;             ///< of `store` and `seen`
+    CRowStore store;
+};
+
 namespace {
 
-constexpr ULONGLONG kMaxPages = 256; ///< 8 MB
+Value::Type TypeOf(ERowValueType type) {
+    switch (type) {
+    case rowNull:
+        return Value::Type::Null;
+    case rowText:
+        return Value::Type::Text;
+    case rowBytes:
+        return Value::Type::Binary;
+    default:
+        return Value::Type::Number;
+    }
+}
+
+ERowValueType TypeOf(Value::Type type) {
+    switch (type) {
+    case Value::Type::Null:
+        return rowNull;
+    case Value::Type::Number:
+        return rowDecimal;
+    case Value::Type::Text:
+        return rowText;
+    default:
+        return rowBytes;
+    }
+}
+
+CRowValue RowValue(Value::Type type, std::string_view bytes) {
+    switch (type) {
+    case Value::Type::Null:
+        return {};
+    case Value::Type::Number:
+        return CRowValue::Decimal(bytes);
+    case Value::Type::Text:
+        return CRowValue::Text(bytes);
+    default:
+        return CRowValue::Bytes({reinterpret_cast<const BYTE*>(bytes.data()), bytes.size()});
+    }
+}
+
+bool IsInteger(std::string_view number) {
+    return number.find_first_not_of("-0123456789") == std::string_view::npos;
+}
+
+/// The bytes of a short value as Value has them; an integer's digits are put into `digits`.
+std::string_view ShortBytes(const CRowValue& value, std::span<char, 24> digits) {
+    if (value.GetType() != rowInteger)
+        return value.GetText();
+    const auto [end, error] =
+        std::to_chars(digits.data(), digits.data() + digits.size(), value.GetInteger());
+    return {digits.data(), end};
+}
 
 } // namespace
 
+/// A long value.
+class ResultSet::Range : public ByteRange {
+public:
+    Range(std::shared_ptr<Rows> rows, const CRowValue& value)
+        : m_rows(std::move(rows)), m_value(value) {}
+    DWORD GetLength() const override { return m_value.GetLength(); }
+    DWORD Read(DWORD offset, BYTE* to, DWORD count) const override {
+        const std::lock_guard lock(m_rows->mutex);
+        return m_rows->store.CopyTo(m_value, offset, to, count);
+    }
+
+private:
+    std::shared_ptr<Rows> m_rows;
+    CRowValue m_value;
+};
+
+// --- adding rows ---------------------------------------------------------------------------------
+
+/// Gathers the short values of a row, so that the rows are locked once for each.
+class ResultSet::Filler : public RowSink {
+public:
+    Filler(Rows& rows, const RowSource& source, Progress& progress)
+        : RowSink(&progress), m_rows(rows), m_source(source) {}
+    ~Filler() override {
+        const std::lock_guard lock(m_rows.mutex);
+        m_rows.store.CancelRow();
+    }
+
+protected:
+    void DoNull() override { m_cells.push_back({Value::Type::Null, false, 0, m_bytes.size()}); }
+    void DoInteger(long long number) override {
+        m_cells.push_back({Value::Type::Number, true, number, m_bytes.size()});
+    }
+    void DoWhole(Value::Type type, std::string_view bytes) override {
+        m_bytes += bytes;
+        m_cells.push_back({type, false, 0, m_bytes.size()});
+    }
+    bool DoBegin(Value::Type type, std::optional<ULONGLONG>) override {
+        WithStore([&](CRowStore& store) {
+            AppendGathered();
+            store.BeginValue(TypeOf(type));
+        });
+        return true;
+    }
+    void DoAppend(std::string_view piece) override {
+        WithStore([&](CRowStore& store) {
+            store.AppendPiece({reinterpret_cast<const BYTE*>(piece.data()), piece.size()});
+        });
+    }
+    void DoEnd(ULONGLONG) override {
+        WithStore([&](CRowStore& store) { store.EndValue(); });
+        m_rows.seen[m_column++].others = true;
+    }
+    void DoEndRow() override {
+        WithStore([&](CRowStore& store) {
+            AppendGathered();
+            if (m_rows.hasRowIds) {
+                const std::optional<long long> id = m_source.GetRowId();
+                id ? store.AppendInteger(*id) : store.AppendNull();
+            }
+            store.EndRow();
+            m_rows.count = store.GetRowCount();
+        });
+        m_isBegun = false;
+        m_column = 0;
+    }
+
+private:
+    struct Cell {
+        Value::Type type;
+        bool isInteger;
+        LONGLONG number;
+        std::size_t end; ///< in m_bytes
+    };
+
+    template <class Action>
+    void WithStore(Action action) {
+        try {
+            const std::lock_guard lock(m_rows.mutex);
+            action(m_rows.store);
+        } catch (CException* error) {
+            throw Failure(kFileFailed,
+                          Text(IDS_VQ_CANNOT_KEEP, {CellName(m_rows.count, m_column)}) + ": " +
+                              TakeMessage(error));
+        }
+    }
+
+    void AppendGathered() {
+        if (!m_isBegun)
+            m_rows.store.BeginRow();
+        m_isBegun = true;
+        std::size_t begin = 0;
+        for (const Cell& cell : m_cells) {
+            const auto bytes = std::string_view(m_bytes).substr(begin, cell.end - begin);
+            begin = cell.end;
+            Rows::Seen& seen = m_rows.seen[m_column];
+            if (cell.isInteger) {
+                seen.integers = true;
+                m_rows.store.AppendInteger(cell.number);
+            } else {
+                if (cell.type == Value::Type::Number)
+                    (IsInteger(bytes) ? seen.integers : seen.decimals) = true;
+                else if (cell.type != Value::Type::Null)
+                    seen.others = true;
+                m_rows.store.Append(RowValue(cell.type, bytes));
+            }
+            ++m_column;
+        }
+        m_cells.clear();
+        m_bytes.clear();
+    }
+
+    Rows& m_rows;
+    const RowSource& m_source;
+    std::vector<Cell> m_cells; ///< of the row, not yet in the store
+    std::string m_bytes;
+    std::size_t m_column = 0; ///< that the store gets next
+    bool m_isBegun = false;
+};
+
 void ResultSet::Fetch(RowSource& source, Progress& progress) {
-    RowReader reader(source, progress);
-    while (reader.ReadRow(*this))
-        continue;
+    Filler filler(*m_rows, source, progress);
+    ReadRows(source, filler, progress);
+}
+
+// --- the result ----------------------------------------------------------------------------------
+
+ResultSet::ResultSet(std::vector<std::string> columns, bool hasRowIds)
+    : m_columns(std::move(columns)), m_rows(std::make_shared<Rows>(m_columns.size(), hasRowIds)) {}
+
+ResultSet::~ResultSet() = default;
+ResultSet::ResultSet(const ResultSet&) = default;
+ResultSet& ResultSet::operator=(const ResultSet&) = default;
+
+std::size_t ResultSet::GetRowCount() const { return m_rows->count; }
+
+Value ResultSet::GetValue(std::size_t row, std::size_t column) const {
+    const std::lock_guard lock(m_rows->mutex);
+    const CRowValue value =
+        m_rows->store.GetValue(static_cast<DWORD>(row), static_cast<int>(column));
+    const Value::Type type = TypeOf(value.GetType());
+    if (value.IsLong())
+        return {type, std::make_shared<Range>(m_rows, value)};
+    char digits[24];
+    return {type, ShortBytes(value, digits)};
+}
+
+void ResultSet::AppendCell(std::string& out, std::size_t row, std::size_t column,
+                           const CellFormat& format) const {
+    const std::lock_guard lock(m_rows->mutex);
+    const CRowValue value =
+        m_rows->store.GetValue(static_cast<DWORD>(row), static_cast<int>(column));
+    const Value::Type type = TypeOf(value.GetType());
+    char digits[24];
+    const bool isShown = type == Value::Type::Number || value.GetLength() <= BytesToShow(format);
+    if (!value.IsLong()) {
+        const std::string_view bytes = ShortBytes(value, digits);
+        vnquery::AppendCell(out, type, bytes, bytes.size(), format);
+    } else if (isShown && type != Value::Type::Binary) {
+        std::string bytes(value.GetLength(), '\0');
+        m_rows->store.CopyTo(value, 0, reinterpret_cast<BYTE*>(bytes.data()), value.GetLength());
+        vnquery::AppendCell(out, type, bytes, bytes.size(), format);
+    } else {
+        vnquery::AppendCell(out, type, {}, value.GetLength(), format);
+    }
+}
+
+std::optional<long long> ResultSet::GetRowId(std::size_t row) const {
+    if (!m_rows->hasRowIds || row >= GetRowCount())
+        return {};
+    const std::lock_guard lock(m_rows->mutex);
+    const CRowValue id =
+        m_rows->store.GetValue(static_cast<DWORD>(row), static_cast<int>(m_columns.size()));
+    return id.IsNull() ? std::optional<long long>() : id.GetInteger();
+}
+
+ColumnKind ResultSet::GetSeenKind(std::size_t column) const {
+    const std::lock_guard lock(m_rows->mutex);
+    const Rows::Seen& seen = m_rows->seen[column];
+    if (seen.others || (!seen.integers && !seen.decimals))
+        return ColumnKind::Unknown;
+    return seen.decimals ? ColumnKind::Decimal : ColumnKind::Integer;
+}
+
+void ResultSet::SetValue(std::size_t row, std::size_t column, const Value& value) {
+    // Piece by piece, since a long value may be one of these rows'.
+    const auto store = [&]() -> CRowStore& { return m_rows->store; };
+    {
+        const std::lock_guard lock(m_rows->mutex);
+        store().BeginUpdate(static_cast<DWORD>(row), static_cast<int>(column));
+        if (value.IsNull())
+            store().AppendNull();
+        else
+            store().BeginValue(TypeOf(value.GetType()));
+    }
+    value.ForEachPiece([&](std::span<const BYTE> piece) {
+        const std::lock_guard lock(m_rows->mutex);
+        store().AppendPiece(piece);
+    });
+    const std::lock_guard lock(m_rows->mutex);
+    if (!value.IsNull())
+        store().EndValue();
+    store().EndUpdate();
+}
+
+/// A column with changed values.
+class ResultSet::SortedColumn : public CRowStoreColumn {
+public:
+    SortedColumn(Rows& rows, std::size_t column, const std::map<std::size_t, Value>& changed)
+        : CRowStoreColumn(rows.store, static_cast<int>(column), &rows.mutex), m_changed(changed) {}
+
+    CRowValue GetValue(DWORD row) override {
+        const auto changed = m_changed.empty() ? m_changed.end() : m_changed.find(row);
+        if (changed == m_changed.end())
+            return CRowStoreColumn::GetValue(row);
+        m_bytes = changed->second.Read(0, CRowSort::kMaxCompared);
+        return RowValue(changed->second.GetType(), m_bytes);
+    }
+
+private:
+    const std::map<std::size_t, Value>& m_changed;
+    std::string m_bytes;
+};
+
+bool ResultSet::Sort(std::size_t column, const std::map<std::size_t, Value>& changed,
+                     bool descending, std::vector<DWORD>& order,
+                     const CRowSort::Progress& goOn) const {
+    SortedColumn values(*m_rows, column, changed);
+    return CRowSort::Sort(values, order, descending, goOn);
 }
 
 void ResultSet::PassTo(RowSink& sink, Progress& progress) const {
-    for (std::size_t row = 0; row < m_rows; ++row) {
+    const std::size_t rows = GetRowCount();
+    for (std::size_t row = 0; row < rows; ++row) {
         for (std::size_t column = 0; column < m_columns.size(); ++column)
-            At(row, column).PassTo(sink);
+            GetValue(row, column).PassTo(sink);
         sink.EndRow();
         sink.ReportBytes();
         progress.AddRow();
     }
-}
-
-void ResultSet::Append(ResultSet&& other) {
-    std::ranges::move(other.m_values, std::back_inserter(m_values));
-    m_rowIds.insert(m_rowIds.end(), other.m_rowIds.begin(), other.m_rowIds.end());
-    m_rows += other.m_rows;
-    other.m_values.clear();
-    other.m_rowIds.clear();
-    other.m_rows = 0;
-}
-
-std::optional<long long> ResultSet::GetRowId(std::size_t row) const {
-    return row < m_rowIds.size() ? m_rowIds[row] : std::optional<long long>();
-}
-
-bool RowReader::ReadRow(ResultSet& result) {
-    std::size_t column = 0;
-    try {
-        if (!m_source.Next())
-            return false;
-        for (; column < result.GetColumnCount(); ++column) {
-            ValueKeeper sink(result.m_values.emplace_back(), m_progress);
-            m_source.Read(column, sink);
-            sink.ReportBytes();
-            ReleaseMemory(result.m_values.back());
-        }
-    } catch (CException* error) {
-        throw Failure(kFileFailed, Text(IDS_VQ_CANNOT_KEEP, {CellName(m_row, column)}) + ": " +
-                                       TakeMessage(error));
-    }
-    if (!m_source.GetEditPlan().rowIdName.empty())
-        result.m_rowIds.push_back(m_source.GetRowId());
-    ++result.m_rows;
-    ++m_row;
-    m_progress.AddRow();
-    return true;
-}
-
-/// Each value in a store keeps some of its pages in memory. Beyond kMaxPages in all, a new value
-/// releases its pages once it is complete.
-void RowReader::ReleaseMemory(const Value& value) {
-    CByteStream* stream = value.GetStream();
-    if (!stream || !stream->GetStore())
-        return;
-    if (m_pages >= kMaxPages)
-        stream->ReleasePages();
-    m_pages += stream->GetStore()->GetResidentPageCount();
 }
 
 std::string CellName(std::size_t row, std::size_t column) {

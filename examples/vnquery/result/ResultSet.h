@@ -3,61 +3,71 @@
 
 #include "vnquery/result/RowSink.h"
 
-#include <deque>
+#include "vnbytstr/RowSort.h"
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace vnquery {
 
-/// Rows and columns count from 0.
+struct CellFormat;
+
+/// Rows in a row store, of which only some pages are in memory. Rows and columns count from 0.
+///
+/// Copies share the rows. One thread may add rows while others read; no other changes at the same
+/// time. All functions but the getters throw what the store throws.
 class ResultSet {
 public:
-    explicit ResultSet(std::vector<std::string> columns = {}) : m_columns(std::move(columns)) {}
+    /// Without columns.
+    ResultSet() : ResultSet(std::vector<std::string>(), false) {}
+    /// No rows yet, for those of the source.
+    explicit ResultSet(const RowSource& source)
+        : ResultSet(source.GetColumns(), !source.GetEditPlan().rowIdName.empty()) {}
+    ~ResultSet();
+    ResultSet(const ResultSet&);
+    ResultSet& operator=(const ResultSet&);
 
     const std::vector<std::string>& GetColumns() const { return m_columns; }
     std::size_t GetColumnCount() const { return m_columns.size(); }
-    std::size_t GetRowCount() const { return m_rows; }
-    Value& At(std::size_t row, std::size_t column) {
-        return m_values[row * m_columns.size() + column];
-    }
-    const Value& At(std::size_t row, std::size_t column) const {
-        return m_values[row * m_columns.size() + column];
-    }
+    std::size_t GetRowCount() const;
 
-    /// Reads all rows of the source. Throws what the source throws, and Failure, with the row and
-    /// column in the message, when a value does not fit on the disk or in memory.
-    void Fetch(RowSource& source, Progress& progress);
-    /// Passes all rows on. Throws what the sink throws.
-    void PassTo(RowSink& sink, Progress& progress) const;
-    /// Appends the rows of another result with the same columns, which is empty afterwards.
-    void Append(ResultSet&& other);
-    /// Forgets the values of a row whose reading failed.
-    void DropIncompleteRow() { m_values.resize(m_rows * m_columns.size()); }
+    /// A long value refers to the rows: to what they have at the time.
+    Value GetValue(std::size_t row, std::size_t column) const;
+    /// Appends the value as FormatCell shows it.
+    void AppendCell(std::string& out, std::size_t row, std::size_t column,
+                    const CellFormat& format) const;
     /// The row's number in its table, if the source gave one.
     std::optional<long long> GetRowId(std::size_t row) const;
+    /// What the values of a column are so far: Integer, Decimal, or Unknown for others and for
+    /// none.
+    ColumnKind GetSeenKind(std::size_t column) const;
+
+    /// Adds all rows of the source. Throws what the source throws, and Failure, with the row and
+    /// column in the message, when a value does not fit on the disk or in memory; the rows before
+    /// stay.
+    void Fetch(RowSource& source, Progress& progress);
+    void SetValue(std::size_t row, std::size_t column, const Value& value);
+    /// Sorts the rows in `order`, or all rows when that is empty, by the values of a column as
+    /// CRowSort does; the rows of `changed` count with the values given there. False, with `order`
+    /// as it was, when `goOn` returned false.
+    bool Sort(std::size_t column, const std::map<std::size_t, Value>& changed, bool descending,
+              std::vector<DWORD>& order, const CRowSort::Progress& goOn) const;
+    /// Passes all rows on. Throws what the sink throws, too.
+    void PassTo(RowSink& sink, Progress& progress) const;
 
 private:
-    friend class RowReader;
+    class Rows;
+    class Filler;
+    class Range;
+    class SortedColumn;
+
+    ResultSet(std::vector<std::string> columns, bool hasRowIds);
 
     std::vector<std::string> m_columns;
-    std::size_t m_rows = 0;
-    std::deque<Value> m_values; ///< row by row; a deque never moves its elements
-    std::vector<std::optional<long long>> m_rowIds; ///< empty, or one for each row
-};
-
-/// Reads the rows of a source one by one. Only some pages of long values stay in memory.
-class RowReader {
-public:
-    RowReader(RowSource& source, Progress& progress) : m_source(source), m_progress(progress) {}
-
-    /// Adds the next row to the result; false after the last one. Throws as ResultSet::Fetch.
-    bool ReadRow(ResultSet& result);
-
-private:
-    void ReleaseMemory(const Value& value);
-
-    RowSource& m_source;
-    Progress& m_progress;
-    std::size_t m_row = 0;
-    ULONGLONG m_pages = 0; ///< in memory, of values in stores
+    std::shared_ptr<Rows> m_rows;
 };
 
 /// "row 1, column 2": counted from 1, for messages.

@@ -14,7 +14,7 @@ class Progress;
 /// Identifies a row: its number, or the values of the plan's key columns in their order.
 struct RowKey {
     std::optional<long long> rowId;
-    std::vector<const Value*> values;
+    std::vector<Value> values;
 };
 
 /// The new value of a cell.

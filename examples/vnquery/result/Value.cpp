@@ -21,13 +21,16 @@ void ForEachPiece(const CByteStream& stream, const PieceReceiver& receive) {
 }
 
 DWORD Value::GetLength() const {
-    return m_stream ? m_stream->GetLength() : static_cast<DWORD>(m_short.size());
+    return m_stream  ? m_stream->GetLength()
+           : m_range ? m_range->GetLength()
+                     : static_cast<DWORD>(m_short.size());
 }
 
 void Value::Begin(Type type) {
     m_type = type;
     m_short.clear();
     m_stream.reset();
+    m_range.reset();
 }
 
 void Value::Append(std::span<const BYTE> piece) {
@@ -38,7 +41,7 @@ void Value::Append(std::span<const BYTE> piece) {
         return;
     }
     if (!m_stream) {
-        m_stream = std::make_unique<CByteStream>(reinterpret_cast<const BYTE*>(m_short.data()),
+        m_stream = std::make_shared<CByteStream>(reinterpret_cast<const BYTE*>(m_short.data()),
                                                  static_cast<DWORD>(m_short.size()));
         m_short = {};
     }
@@ -53,8 +56,36 @@ void Value::Complete() {
 void Value::ForEachPiece(const PieceReceiver& receive) const {
     if (m_stream)
         vnquery::ForEachPiece(*m_stream, receive);
+    else if (m_range)
+        ForEachPieceOfRange(receive);
     else if (!m_short.empty())
         receive({reinterpret_cast<const BYTE*>(m_short.data()), m_short.size()});
+}
+
+void Value::ForEachPieceOfRange(const PieceReceiver& receive) const {
+    const DWORD length = m_range->GetLength();
+    const auto buffer = std::make_unique<BYTE[]>(kPieceSize);
+    for (DWORD done = 0; done < length;) {
+        const DWORD count = m_range->Read(done, buffer.get(), std::min(kPieceSize, length - done));
+        if (count == 0)
+            return;
+        receive({buffer.get(), count});
+        done += count;
+    }
+}
+
+std::string Value::Read(DWORD offset, DWORD count) const {
+    const DWORD length = GetLength();
+    const DWORD taken = offset < length ? std::min(count, length - offset) : 0;
+    if (!m_stream && !m_range)
+        return m_short.substr(std::min<std::size_t>(offset, length), taken);
+    std::string bytes(taken, '\0');
+    auto* const to = reinterpret_cast<BYTE*>(bytes.data());
+    if (m_range)
+        bytes.resize(m_range->Read(offset, to, taken));
+    else if (taken > 0)
+        m_stream->CopyTo(offset, to, taken, taken);
+    return bytes;
 }
 
 std::string Value::GetBytes() const {

@@ -21,7 +21,7 @@ std::span<const BYTE> BytesOf(std::string_view text) {
 void Value::PassTo(ValueSink& sink) const {
     if (IsNull()) {
         sink.Null();
-    } else if (!m_stream) {
+    } else if (!m_stream && !m_range) {
         sink.Whole(m_type, m_short);
     } else {
         if (sink.Begin(m_type, GetLength()))

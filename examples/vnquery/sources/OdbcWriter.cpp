@@ -96,8 +96,8 @@ std::optional<Value> OdbcWriter::Read(const RowKey& key, std::size_t column, Pro
     const std::string what = Text(IDS_VQ_CANNOT_READ_VALUE, {plan.name});
     const std::unique_ptr<OdbcHandle> select = m_connection.NewStatement();
     std::vector<Parameter> parameters;
-    for (const Value* value : key.values)
-        parameters.push_back({value, {}, 0});
+    for (const Value& value : key.values)
+        parameters.push_back({&value, {}, 0});
     Bind(select->Get(), parameters, m_plan.keyColumns);
     Execute(select->Get(), "SELECT " + Quote(plan.name) + " FROM " + m_table + Condition(), what,
             progress);
@@ -122,8 +122,8 @@ void OdbcWriter::Update(const RowKey& key, std::size_t column, const NewValue& v
         parameters.push_back({&value.value, {}, 0});
         columns.push_back(column);
     }
-    for (const Value* part : key.values)
-        parameters.push_back({part, {}, 0});
+    for (const Value& part : key.values)
+        parameters.push_back({&part, {}, 0});
     columns.insert(columns.end(), m_plan.keyColumns.begin(), m_plan.keyColumns.end());
     Bind(update->Get(), parameters, columns);
     Execute(update->Get(),

@@ -85,8 +85,8 @@ void SqliteWriter::BindKey(sqlite3_stmt* statement, const RowKey& key, int first
             sqlite3_bind_int64(statement, first, *key.rowId);
         return;
     }
-    for (const Value* value : key.values)
-        Bind(statement, first++, *value);
+    for (const Value& value : key.values)
+        Bind(statement, first++, value);
 }
 
 std::optional<Value> SqliteWriter::Read(const RowKey& key, std::size_t column, Progress& progress) {

@@ -2,7 +2,6 @@
 
 #include "vnbytstr/window/ListBox.h"
 #include "vnquery/result/CellText.h"
-#include "vnquery/window/RowText.h"
 #include "vnquery/window/WindowText.h"
 
 namespace vnquery {
@@ -12,8 +11,7 @@ BOOL GlobalsList::CreateList(CWnd* parent, const RECT& rect, UINT id, UINT headi
                         LBS_OWNERDRAWFIXED | LBS_HASSTRINGS | LBS_NOINTEGRALHEIGHT;
     if (!Create("LISTBOX", Text(IDS_VQ_G_TITLE).c_str(), style, rect, parent, id))
         return FALSE;
-    const char separator[] = {kCellSeparator, '\0'};
-    SetSeparator(separator);
+    SetSeparator(kCellSeparator);
     SetNumColumns(3);
     SetColumnName(0, Text(IDS_VQ_G_NAME).c_str());
     SetColumnName(1, Text(IDS_VQ_G_VALUE).c_str());

@@ -19,9 +19,7 @@ namespace vnquery {
 namespace {
 
 constexpr UINT kTimer = 1;
-constexpr UINT kTimerInterval = 25;                    ///< milliseconds
-constexpr auto kSlice = std::chrono::milliseconds(12); ///< of a timer's work
-constexpr std::size_t kRowsPerSlice = 2048;
+constexpr UINT kTimerInterval = 25; ///< milliseconds
 
 } // namespace
 
@@ -38,6 +36,9 @@ ON_MESSAGE(VNM_STOREVALUE, OnStoreValue)
 ON_MESSAGE(VNM_EDITORCLOSED, OnEditorClosed)
 ON_MESSAGE(kWmLoadDropped, OnLoadDropped)
 END_MESSAGE_MAP()
+
+QueryView::QueryView(QueryViewHost& host)
+    : m_host(host), m_list(m_document, [this] { StartSort(); }) {}
 
 // Here, while the members that handle the children's last messages still exist.
 QueryView::~QueryView() { DestroyWindow(); }
@@ -256,12 +257,17 @@ void QueryView::Stop() {
     if (!IsBusy())
         return;
     m_isStopping = true;
-    m_run->Cancel();
+    if (m_document.GetSort())
+        m_document.GetSort()->Cancel();
+    else
+        m_run->Cancel();
     m_host.ShowStatus(Text(IDS_VQ_W_STOPPING));
 }
 
 void QueryView::OnTimer(std::uintptr_t id) {
-    if (id == kTimer && m_run)
+    if (id == kTimer && m_document.GetSort())
+        FollowSort();
+    else if (id == kTimer && m_run)
         TakeRows();
     else
         CWnd::OnTimer(id);
@@ -273,13 +279,9 @@ void QueryView::TakeRows() {
         m_document.Begin(std::move(*shape), m_run->GetSql(), m_run->GetConnection());
         m_list.ShowColumns();
     }
-    const auto end = std::chrono::steady_clock::now() + kSlice;
-    std::size_t taken = 0;
-    do {
-        taken = m_run->TakeRows(m_document.GetResult(), kRowsPerSlice);
-        if (taken > 0)
-            m_list.AppendRows(m_document.ShowNewRows());
-    } while (taken > 0 && std::chrono::steady_clock::now() < end);
+    const std::size_t taken = m_document.ShowNewRows();
+    if (taken > 0)
+        m_list.ShowNewRows();
     if (!m_areWidthsFitted && m_document.GetShownRows() > 0) {
         m_list.FitNewColumns();
         m_areWidthsFitted = true;
@@ -330,6 +332,34 @@ void QueryView::FinishRun() {
     m_host.ViewChanged();
 }
 
+// --- sorting -------------------------------------------------------------------------------------
+
+void QueryView::StartSort() {
+    m_isStopping = false;
+    SetTimer(kTimer, kTimerInterval);
+    ShowBusy(true);
+    FollowSort();
+}
+
+void QueryView::FollowSort() {
+    const SortRun& sort = *m_document.GetSort();
+    if (sort.GetState() == TaskState::Running) {
+        if (!m_isStopping)
+            m_host.ShowStatus(Text(IDS_VQ_W_SORTING, {std::to_string(sort.GetProgress())}));
+        return;
+    }
+    const TaskState state = sort.GetState();
+    const std::string message = sort.GetMessage();
+    m_list.SortEnded();
+    if (!m_run)
+        KillTimer(kTimer);
+    ShowBusy(m_run != nullptr);
+    m_list.SetFocus();
+    m_host.ShowStatus(Text(state == TaskState::Done ? IDS_VQ_W_SORTED : IDS_VQ_W_SORT_STOPPED));
+    if (state == TaskState::Failed)
+        ShowMessage(message);
+}
+
 void QueryView::StoreLayout() {
     if (!HasResult() || m_document.GetSql().empty())
         return;
@@ -376,7 +406,6 @@ void QueryView::MoveColumn(int by) {
         return;
     const auto top = m_list.SendMessage(LB_GETTOPINDEX);
     m_list.ShowColumns();
-    m_list.AppendRows(m_document.GetShownRows());
     m_list.SendMessage(LB_SETTOPINDEX, static_cast<WPARAM>(top));
     m_list.SetCurrentCell(row, column + by);
 }
@@ -391,7 +420,6 @@ void QueryView::ResetColumns() {
         return;
     m_document.GetLayout() = DefaultLayout(m_document.GetShownColumns());
     m_list.ShowColumns();
-    m_list.AppendRows(m_document.GetShownRows());
     m_list.FitNewColumns();
     m_list.SetCurrentCell(0, 0);
 }

@@ -23,13 +23,14 @@ public:
 
 class QueryView : public CWnd {
 public:
-    explicit QueryView(QueryViewHost& host) : m_host(host), m_list(m_document) {}
+    explicit QueryView(QueryViewHost& host);
     ~QueryView() override;
 
     BOOL CreateView(CWnd* parent, UINT id);
 
     // --- state -----------------------------------------------------------------------------------
-    bool IsBusy() const { return m_run != nullptr; }
+    /// While a query runs, or a sort.
+    bool IsBusy() const { return m_run || m_document.GetSort(); }
     bool HasResult() const { return m_document.HasResult(); }
     const Connection& GetConnection() const { return m_connection; }
     ResultDocument& GetDocument() { return m_document; }
@@ -104,6 +105,8 @@ private:
     std::string DescribeConflicts(const WriteReport& report) const;
     void TakeRows();
     void FinishRun();
+    void StartSort();
+    void FollowSort();
     void ReadMarkers();
     void ShowBusy(bool isBusy);
     void Layout();

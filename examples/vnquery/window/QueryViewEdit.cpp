@@ -190,7 +190,8 @@ void QueryView::Zoom() {
     subject.column = m_document.GetHeading(place.second);
     subject.cell = CellNameOf(place);
     subject.row = static_cast<std::size_t>(m_list.GetCurrentRow());
-    subject.value = &m_document.GetValue(place);
+    const Value value = m_document.GetValue(place);
+    subject.value = &value;
     subject.isDefault = edit && edit->isDefault;
     subject.kind = m_document.GetKind(place.second);
     subject.isEditable = m_document.GetReadOnlyReason(place) == ReadOnlyReason::None;
@@ -258,7 +259,7 @@ void QueryView::SaveCell() {
     CellPlace place;
     if (!RequireCurrent(place))
         return;
-    const Value& value = m_document.GetValue(place);
+    const Value value = m_document.GetValue(place);
     if (value.IsNull()) {
         ShowMessage(Text(IDS_VQ_E_NULL_VALUE));
         return;

@@ -5,8 +5,9 @@
 #include "vnquery/result/PendingEdits.h"
 #include "vnquery/sources/QueryRun.h"
 #include "vnquery/window/QueryLayout.h"
+#include "vnquery/window/SortRun.h"
 
-#include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -38,10 +39,10 @@ public:
 
     /// Shows the rows that have been added since; returns how many.
     std::size_t ShowNewRows();
-    std::size_t GetShownRows() const { return m_rows.size(); }
+    std::size_t GetShownRows() const { return m_shownRows; }
     std::size_t GetShownColumns() const { return m_layout.order.size(); }
     CellPlace PlaceOf(std::size_t shownRow, std::size_t shownColumn) const {
-        return {m_rows[shownRow], m_layout.order[shownColumn]};
+        return {RowOf(shownRow), m_layout.order[shownColumn]};
     }
     /// The shown column of a column.
     std::size_t ShownColumnOf(std::size_t column) const;
@@ -53,10 +54,11 @@ public:
     /// read.
     void LearnKinds();
 
-    std::string GetRowText(std::size_t shownRow) const;
+    /// A cell as it is displayed: its new value if it was changed.
+    void AppendCellText(std::string& out, std::size_t shownRow, std::size_t shownColumn) const;
     std::string GetCellText(std::size_t shownRow, std::size_t shownColumn) const;
     /// The cell's new value if it was changed, else its value.
-    const Value& GetValue(CellPlace place) const;
+    Value GetValue(CellPlace place) const;
     /// Why the cell cannot be edited; NoKey also for a row that is not in the table.
     ReadOnlyReason GetReadOnlyReason(CellPlace place) const;
     /// The same for all cells of a column.
@@ -64,16 +66,26 @@ public:
         return m_isDetached ? ReadOnlyReason::OtherDatabase : m_plan.GetReadOnlyReason(column);
     }
 
-    /// The shown rows in the order of a column of numbers: row order[i] moves to place i. In
-    /// ascending order NULL comes first and text last, and equal rows keep their order; descending
-    /// order is the exact reverse.
-    std::vector<std::uint32_t> GetNumberOrder(std::size_t column, bool ascending) const;
-    /// Applies a new order of the shown rows.
-    void Reorder(const std::vector<std::uint32_t>& order);
+    /// Begins to sort the shown rows by a shown column, as ResultSet::Sort does; false when there is
+    /// no such column or a sort runs. Until EndSort no rows may be shown or changed.
+    bool BeginSort(std::size_t shownColumn, bool descending);
+    /// The sort that has begun and not ended; else null.
+    SortRun* GetSort() const { return m_sort.get(); }
+    /// Ends the sort when it no longer runs: shows the new order and keeps it in the layout. False
+    /// when it was stopped or failed; the rows then stay as they are.
+    bool EndSort();
+    /// Where the row is shown that was shown at `before` until the last sort.
+    std::size_t GetSortedRow(std::size_t before);
+    /// Gives back the memory that GetSortedRow needs.
+    void ForgetOldOrder();
     /// Moves a shown column; false at the edge.
     bool MoveColumn(std::size_t shownColumn, int by);
 
 private:
+    std::size_t RowOf(std::size_t shownRow) const {
+        return m_order.empty() ? shownRow : m_order[shownRow];
+    }
+
     std::string m_sql;
     Connection m_connection;
     bool m_isDetached = false;
@@ -83,7 +95,13 @@ private:
     PendingEdits m_edits;
     QueryLayout m_layout;
     CellFormat m_format;
-    std::vector<std::size_t> m_rows; ///< the result's row of each shown row
+    std::size_t m_shownRows = 0;
+    std::vector<DWORD> m_order; ///< the result's row of each shown row; empty: the same
+    std::unique_ptr<SortRun> m_sort;
+    // Since the last sort, until ForgetOldOrder.
+    std::vector<DWORD> m_oldOrder; ///< m_order before it
+    std::vector<DWORD> m_places;   ///< by the result's row, where it is shown; empty: not yet known
+    bool m_isNewlySorted = false;
 };
 
 } // namespace vnquery

@@ -3,7 +3,6 @@
 #include "vnbytstr/window/Gdi.h"
 #include "vnbytstr/window/ListBox.h"
 #include "vnquery/window/Commands.h"
-#include "vnquery/window/RowText.h"
 #include "vnquery/window/WindowText.h"
 
 #include <algorithm>
@@ -27,13 +26,11 @@ END_MESSAGE_MAP()
 
 BOOL ResultList::CreateList(CWnd* parent, UINT id, UINT headingsId) {
     const DWORD style = WS_CHILD | WS_VISIBLE | WS_TABSTOP | WS_VSCROLL | WS_HSCROLL | WS_BORDER |
-                        LBS_NOTIFY | LBS_OWNERDRAWFIXED | LBS_HASSTRINGS | LBS_EXTENDEDSEL |
-                        LBS_NOINTEGRALHEIGHT;
+                        LBS_NOTIFY | LBS_OWNERDRAWFIXED | LBS_EXTENDEDSEL | LBS_NOINTEGRALHEIGHT;
     if (!Create("LISTBOX", Text(IDS_VQ_W_RESULT).c_str(), style, CRect(0, 0, 0, 0), parent, id) ||
-        !CreateHeadingsControl(headingsId))
+        !CreateHeadingsControl(headingsId) || !SetRowSource(&m_rows))
         return FALSE;
-    const char separator[] = {kCellSeparator, '\0'};
-    SetSeparator(separator);
+    SetSeparator(kCellSeparator);
     EnableEditing();
     EnableSort();
     EnableCopy();
@@ -59,6 +56,7 @@ void ResultList::ShowColumns() {
     }
     ShowEditors();
     m_column = std::clamp(m_column, 0, std::max(count - 1, 0));
+    ShowSortArrow();
     if (GetHeadings()->GetSafeHwnd())
         GetHeadings()->Invalidate();
 }
@@ -72,16 +70,6 @@ void ResultList::ShowEditors() {
                              : kEditorNone);
 }
 
-void ResultList::AppendRows(std::size_t count) {
-    const std::size_t end = m_document.GetShownRows();
-    std::string texts;
-    for (std::size_t row = end - count; row < end; ++row)
-        texts.append(m_document.GetRowText(row)).push_back('\0');
-    ListBoxAddRows(m_hWnd, texts.data(), texts.size(), static_cast<int>(count));
-    for (std::size_t row = end - count; row < end; ++row)
-        SetDragDrop(static_cast<int>(row), TRUE);
-}
-
 void ResultList::FitNewColumns() {
     for (int i = 0; i < GetNumColumns(); ++i) {
         const std::size_t column = m_document.GetLayout().order[static_cast<std::size_t>(i)];
@@ -93,19 +81,6 @@ void ResultList::FitNewColumns() {
     }
     GetHeadings()->FixLastColWidth();
     GetHeadings()->Invalidate();
-    Invalidate();
-}
-
-void ResultList::RefreshRow(std::size_t row) {
-    ListBoxSetRowText(m_hWnd, static_cast<int>(row), m_document.GetRowText(row).c_str());
-    CRect rect;
-    if (SendMessage(LB_GETITEMRECT, row, reinterpret_cast<LPARAM>(&rect)) != LB_ERR)
-        InvalidateRect(rect);
-}
-
-void ResultList::RefreshAll() {
-    for (std::size_t row = 0; row < m_document.GetShownRows(); ++row)
-        ListBoxSetRowText(m_hWnd, static_cast<int>(row), m_document.GetRowText(row).c_str());
     Invalidate();
 }
 
@@ -258,58 +233,29 @@ void ResultList::DrawItem(LPDRAWITEMSTRUCT item) {
 
 // --- sorting -------------------------------------------------------------------------------------
 
-bool ResultList::SortByTexts(int column) {
-    const std::unique_ptr<SSortItem[]> items(SortInternal(column));
-    if (!items)
-        return false;
-    std::vector<std::uint32_t> order;
-    order.reserve(m_document.GetShownRows());
-    for (std::size_t i = 0; i < m_document.GetShownRows(); ++i)
-        order.push_back(static_cast<std::uint32_t>(items[i].m_nIndex));
-    m_document.Reorder(order);
-    return true;
+void ResultList::ShowSortArrow() {
+    const QueryLayout& layout = m_document.GetLayout();
+    if (layout.sort == QueryLayout::Sort::None || m_document.GetShownRows() == 0)
+        return;
+    SourceSorted(static_cast<int>(m_document.ShownColumnOf(layout.sortColumn)),
+                 layout.sort == QueryLayout::Sort::Descending ? kSortedDescending
+                                                              : kSortedAscending);
+    m_document.ForgetOldOrder();
 }
 
-/// Used because the list's order of integers treats NULL as 0 and ignores fractions.
-bool ResultList::SortByNumbers(int column) {
-    const bool ascending = m_nSortColumn != column || m_nSortState != 1;
-    const std::vector<std::uint32_t> order = m_document.GetNumberOrder(
-        m_document.GetLayout().order[static_cast<std::size_t>(column)], ascending);
-    if (!ListBoxReorder(m_hWnd, order))
-        return false;
-    m_document.Reorder(order);
-    m_nSortColumn = column;
-    m_nSortState = ascending ? 1 : 2;
-    Invalidate();
-    GetHeadings()->Invalidate();
-    return true;
-}
-
-BOOL ResultList::Sort(int column) {
-    if (column < 0 || column >= GetNumColumns() || !CellEnter(TRUE))
-        return FALSE;
-    const CWaitCursor wait;
-    QueryLayout& layout = m_document.GetLayout();
-    const std::size_t which = layout.order[static_cast<std::size_t>(column)];
-    const ColumnKind kind = m_document.GetKind(which);
-    const bool isNumber = kind == ColumnKind::Integer || kind == ColumnKind::Decimal;
-    if (!(isNumber ? SortByNumbers(column) : SortByTexts(column)))
-        return FALSE;
-    layout.sortColumn = which;
-    layout.sort = m_nSortState == 2 ? QueryLayout::Sort::Descending : QueryLayout::Sort::Ascending;
-    return TRUE;
+void ResultList::SortEnded() {
+    if (m_document.EndSort())
+        ShowSortArrow();
 }
 
 void ResultList::RestoreSort() {
-    const QueryLayout layout = m_document.GetLayout();
-    m_nSortColumn = -1;
-    m_nSortState = 0;
+    const QueryLayout& layout = m_document.GetLayout();
     if (layout.sort == QueryLayout::Sort::None)
         return;
     const auto column = static_cast<int>(m_document.ShownColumnOf(layout.sortColumn));
-    Sort(column);
-    if (layout.sort == QueryLayout::Sort::Descending)
-        Sort(column);
+    const bool isAscending = layout.sort == QueryLayout::Sort::Ascending;
+    if (m_rows.SortRows(column, isAscending) == ESortAnswer::Sorted)
+        ShowSortArrow();
 }
 
 } // namespace vnquery

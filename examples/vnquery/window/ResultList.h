@@ -1,7 +1,7 @@
 // The list of the result's rows.
 #pragma once
 
-#include "vnquery/window/ResultDocument.h"
+#include "vnquery/window/ResultRows.h"
 
 #include "vnbytstr/ListBoxEx.h"
 
@@ -11,21 +11,23 @@ namespace vnquery {
 /// through the columns of the row. Changed cells have a mark at their left edge.
 class ResultList : public CListBoxEx {
 public:
-    explicit ResultList(ResultDocument& document) : m_document(document) {}
+    /// `sortsLater` is called when a sort goes on in the background, see SortEnded.
+    ResultList(ResultDocument& document, std::function<void()> sortsLater)
+        : m_document(document), m_rows(document, std::move(sortsLater)) {}
 
     BOOL CreateList(CWnd* parent, UINT id, UINT headingsId);
 
-    /// Shows the document's columns and no rows.
+    /// Shows the document's columns, and its rows from the first one.
     void ShowColumns();
     /// Gives editors to the columns that the document allows to be edited.
     void ShowEditors();
-    /// Adds the document's last `count` shown rows.
-    void AppendRows(std::size_t count);
+    /// Shows rows that the document has got since.
+    void ShowNewRows() { RowsChanged(); }
     /// Fits columns without a width to their contents, within limits.
     void FitNewColumns();
     /// Shows a row, or all rows, again.
-    void RefreshRow(std::size_t row);
-    void RefreshAll();
+    void RefreshRow(std::size_t row) { RowChanged(static_cast<int>(row)); }
+    void RefreshAll() { Invalidate(); }
     /// Stores the columns' widths in the document.
     void StoreWidths();
 
@@ -36,9 +38,10 @@ public:
     /// The row that a file was dropped on, or whose cell is being opened.
     int GetOpenedRow() const { return m_nCurRow; }
 
-    BOOL Sort(int column) override;
     /// Sorts as the document's layout says.
     void RestoreSort();
+    /// To be called when the document's sort in the background runs no longer: shows the new order.
+    void SortEnded();
     void DrawItem(LPDRAWITEMSTRUCT item) override;
     BOOL PreTranslateMessage(MSG* message) override;
     int ShowZoom(int row, int column, CString& value) override;
@@ -54,11 +57,11 @@ private:
     void MoveColumn(int by);
     void NotifyParent() const;
     void TakeColumn(CPoint point);
-    bool SortByNumbers(int column);
-    bool SortByTexts(int column);
+    void ShowSortArrow();
     BOOL RunCommand(unsigned command);
 
     ResultDocument& m_document;
+    ResultRows m_rows;
     int m_column = 0;
 };
 

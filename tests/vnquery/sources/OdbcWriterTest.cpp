@@ -42,13 +42,13 @@ TEST_F(OdbcWriterTest, ValuesOfEveryKindAreWritten) {
     AcceptReport(Write(), m_result, m_edits);
     EXPECT_TRUE(m_edits.IsEmpty());
     Query(kQuery);
-    EXPECT_EQ(m_result.At(0, 1).GetBytes(), "Gr\xC3\xB6\xC3\x9F"
-                                            "e");
-    EXPECT_TRUE(m_result.At(0, 2).GetBytes() == body);
-    EXPECT_TRUE(m_result.At(0, 3).GetBytes() == bytes);
-    EXPECT_EQ(m_result.At(1, 4).GetBytes(), "7.25");
-    EXPECT_TRUE(m_result.At(1, 1).IsNull());
-    EXPECT_EQ(m_result.At(2, 4).GetBytes(), "1.50");
+    EXPECT_EQ(m_result.GetValue(0, 1).GetBytes(), "Gr\xC3\xB6\xC3\x9F"
+                                                  "e");
+    EXPECT_TRUE(m_result.GetValue(0, 2).GetBytes() == body);
+    EXPECT_TRUE(m_result.GetValue(0, 3).GetBytes() == bytes);
+    EXPECT_EQ(m_result.GetValue(1, 4).GetBytes(), "7.25");
+    EXPECT_TRUE(m_result.GetValue(1, 1).IsNull());
+    EXPECT_EQ(m_result.GetValue(2, 4).GetBytes(), "1.50");
 }
 
 TEST_F(OdbcWriterTest, ConflictsAndRefusals) {

@@ -1,0 +1,55 @@
+#include "vnquery/window/ResultRows.h"
+
+#include "vnquery/tasks/Failure.h"
+
+#include <chrono>
+#include <thread>
+
+namespace vnquery {
+
+namespace {
+
+/// So long a sort may keep the window waiting. A longer one goes on in the background.
+constexpr auto kShortSort = std::chrono::milliseconds(30);
+
+} // namespace
+
+void ResultRows::GetCell(int row, int column, std::string& text) {
+    try {
+        m_document.AppendCellText(text, static_cast<std::size_t>(row),
+                                  static_cast<std::size_t>(column));
+    } catch (CException* error) {
+        text = TakeMessage(error);
+    }
+}
+
+ESortAnswer ResultRows::SortRows(int column, bool ascending) {
+    if (!m_document.BeginSort(static_cast<std::size_t>(column), !ascending))
+        return ESortAnswer::NotSorted;
+    const auto end = std::chrono::steady_clock::now() + kShortSort;
+    while (m_document.GetSort()->GetState() == TaskState::Running &&
+           std::chrono::steady_clock::now() < end)
+        std::this_thread::sleep_for(std::chrono::microseconds(100));
+    if (m_document.GetSort()->GetState() == TaskState::Done)
+        return m_document.EndSort() ? ESortAnswer::Sorted : ESortAnswer::NotSorted;
+    m_sortsLater();
+    return ESortAnswer::Later;
+}
+
+int ResultRows::GetSortedRow(int before) {
+    return static_cast<int>(m_document.GetSortedRow(static_cast<std::size_t>(before)));
+}
+
+bool ResultRows::GetFileName(int row, std::string& name) {
+    if (row != m_fileRow)
+        return false;
+    name = m_fileName;
+    return true;
+}
+
+void ResultRows::SetFileName(int row, std::string_view name) {
+    m_fileRow = name.empty() ? -1 : row;
+    m_fileName = name;
+}
+
+} // namespace vnquery
