@@ -21,6 +21,14 @@ void* operator new(std::size_t size) {
         return block;
     throw std::bad_alloc();
 }
+// What std::stable_sort asks for; a sanitizer's own would not go with the free below.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    try {
+        return operator new(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
 // The compiler sees the inlined free, but not that the block came from the operator above.
 #pragma GCC diagnostic ignored "-Wmismatched-new-delete"
 void operator delete(void* block) noexcept { std::free(block); }

@@ -207,8 +207,9 @@ TEST_F(RowStoreTest, FailingCallsLoseNoRow) {
             for (int i = 0; i < 200; ++i) {
                 const int cause = CauseOf([&] { Operate(store, model); });
                 failures += cause != -1;
-                if (cause != -1 && fault.call == Call::Write && Random(8) == 0) {
-                    ASSERT_NO_FATAL_FAILURE(ExpectAll(store, model)) << "on a full disk";
+                if (cause != -1 && (fault.call == Call::Write || fault.call == Call::Open) &&
+                    Random(8) == 0) {
+                    ASSERT_NO_FATAL_FAILURE(ExpectAll(store, model)) << "nothing can be written";
                 }
             }
             m_system.Inject(std::nullopt);
