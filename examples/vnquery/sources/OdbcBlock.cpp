@@ -1,6 +1,6 @@
 // Invariants:
 // 1. m_row < m_fetched between a successful Next and the following one; m_fetched <= m_rows.
-// 2. m_rows <= m_capacity <= kMaxRows; more than 1 only with OdbcFetching::Blocks.
+// 2. m_rows <= m_capacity, and m_capacity <= m_maxRows unless that is 0; then m_capacity is 1.
 // 3. A column is bound exactly if its width is not 0; its buffers and those of all others lie one
 //    after the other in m_buffer, without overlapping.
 #include "vnquery/sources/OdbcBlock.h"
@@ -30,8 +30,8 @@ std::size_t RoundUp(std::size_t bytes) {
 
 } // namespace
 
-OdbcBlock::OdbcBlock(SQLHANDLE statement, std::vector<OdbcColumn> columns, OdbcFetching fetching)
-    : m_statement(statement), m_columns(std::move(columns)), m_fetching(fetching),
+OdbcBlock::OdbcBlock(SQLHANDLE statement, std::vector<OdbcColumn> columns, std::size_t maxRows)
+    : m_statement(statement), m_columns(std::move(columns)), m_maxRows(std::min(maxRows, kMaxRows)),
       m_reader(statement), m_bound(m_columns.size()), m_status(kMaxRows) {
     for (std::size_t i = 0; i < m_columns.size(); ++i) {
         Bound& bound = m_bound[i];
@@ -46,7 +46,7 @@ OdbcBlock::OdbcBlock(SQLHANDLE statement, std::vector<OdbcColumn> columns, OdbcF
                      : isInteger && !m_columns[i].isUnsigned ? Kind::Integer
                                                              : Kind::Number;
     }
-    if (m_fetching == OdbcFetching::RowByRow)
+    if (m_maxRows == 0)
         return;
     SQLSetStmtAttr(m_statement, SQL_ATTR_ROWS_FETCHED_PTR, &m_fetched, 0);
     SQLSetStmtAttr(m_statement, SQL_ATTR_ROW_STATUS_PTR, m_status.data(), 0);
@@ -57,7 +57,7 @@ OdbcBlock::OdbcBlock(SQLHANDLE statement, std::vector<OdbcColumn> columns, OdbcF
 
 /// Nothing of the driver points into the buffers afterwards.
 OdbcBlock::~OdbcBlock() {
-    if (m_fetching == OdbcFetching::RowByRow)
+    if (m_maxRows == 0)
         return;
     SQLFreeStmt(m_statement, SQL_UNBIND);
     SQLSetStmtAttr(m_statement, SQL_ATTR_ROWS_FETCHED_PTR, nullptr, 0);
@@ -65,8 +65,8 @@ OdbcBlock::~OdbcBlock() {
 }
 
 void OdbcBlock::CheckInvariants() const {
-    assert(m_fetched <= m_rows && m_rows <= m_capacity && m_capacity <= kMaxRows);
-    assert(m_rows == 1 || m_fetching == OdbcFetching::Blocks);
+    assert(m_fetched <= m_rows && m_rows <= m_capacity);
+    assert(m_capacity <= std::max<std::size_t>(m_maxRows, 1));
     assert(RowBytes() * m_capacity <= m_buffer.size());
 }
 
@@ -192,7 +192,7 @@ bool OdbcBlock::Next() {
 }
 
 void OdbcBlock::FetchBlock() {
-    if (m_fetching == OdbcFetching::Blocks && m_fetched > 0) {
+    if (m_maxRows > 0 && m_fetched > 0) {
         ChooseRows();
         AdaptWidths();
     }
@@ -207,7 +207,7 @@ void OdbcBlock::FetchBlock() {
     }
     if (!SQL_SUCCEEDED(result))
         OdbcFail(Text(IDS_VQ_CANNOT_READ_ROW), SQL_HANDLE_STMT, m_statement);
-    if (m_fetching == OdbcFetching::RowByRow)
+    if (m_maxRows == 0)
         m_fetched = 1;
     KeepFailure();
     Measure();

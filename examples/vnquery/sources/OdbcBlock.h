@@ -19,24 +19,21 @@ struct OdbcColumn {
     bool isUtf8 = false; ///< a text whose UTF-8 the driver gives as bytes
 };
 
-/// How rows are fetched.
-enum class OdbcFetching {
-    RowByRow, ///< each value with SQLGetData, in order: what every driver can do
-    Blocks    ///< SQLGetData also reads values that are bound, in any row of a block and any order
-};
-
 /// Binds a buffer to each column for values of usual lengths, and fetches as many rows at once as
 /// fit kBufferBytes. A value that is longer than its buffer is read again with SQLGetData, in
 /// pieces: the driver says so for each value, so nothing relies on the sizes of the columns. A
 /// column whose values are mostly long loses its buffer.
 ///
 /// The first block is one row. The next ones grow while their values stay small, since drivers hold
-/// a block in memory: about kBlockBytes, or one row.
+/// a block in memory: about kBlockBytes, or one row. (Where long values follow upon short ones, the
+/// first block of these is larger; the greatest number of rows limits it.)
 ///
-/// With OdbcFetching::RowByRow there are no buffers, and a block is one row.
+/// This takes a driver whose SQLGetData also reads what is bound, in any row of a block and in any
+/// order. With others there are no buffers and each value is read with SQLGetData, row by row.
 class OdbcBlock {
 public:
-    OdbcBlock(SQLHANDLE statement, std::vector<OdbcColumn> columns, OdbcFetching fetching);
+    /// `maxRows` of a block, at most kMaxRows; 0 for a driver that is read row by row.
+    OdbcBlock(SQLHANDLE statement, std::vector<OdbcColumn> columns, std::size_t maxRows);
     OdbcBlock(const OdbcBlock&) = delete;
     OdbcBlock& operator=(const OdbcBlock&) = delete;
     ~OdbcBlock();
@@ -78,7 +75,7 @@ private:
 
     SQLHANDLE m_statement;
     std::vector<OdbcColumn> m_columns;
-    OdbcFetching m_fetching;
+    std::size_t m_maxRows; ///< 0: row by row
     OdbcReader m_reader;
     Utf8Text m_text;
     std::vector<Bound> m_bound;

@@ -47,6 +47,14 @@ bool SetAttribute(SQLHANDLE connection, SQLINTEGER attribute, std::uintptr_t val
         SQLSetConnectAttr(connection, attribute, reinterpret_cast<SQLPOINTER>(value), 0));
 }
 
+/// An attribute; 0 when there is no such one.
+SQLINTEGER GetNumber(SQLHANDLE connection, SQLINTEGER attribute) {
+    SQLINTEGER number = 0;
+    return SQL_SUCCEEDED(SQLGetConnectAttr(connection, attribute, &number, sizeof number, nullptr))
+               ? number
+               : 0;
+}
+
 } // namespace
 
 void OdbcFail(const std::string& what, SQLSMALLINT type, SQLHANDLE handle) {
@@ -162,9 +170,14 @@ bool OdbcConnection::FetchInPortions(const std::string& connection) {
     constexpr SQLINTEGER kFetch = 65541;
     const std::vector<std::string> keys = KeysOf(connection);
     const auto has = [&](const char* key) { return std::ranges::find(keys, key) != keys.end(); };
-    if (has("USEDECLAREFETCH") || has("B6") || !SetAttribute(m_handle.Get(), kUseDeclareFetch, 1))
+    const bool isOn = GetNumber(m_handle.Get(), kUseDeclareFetch) == 1;
+    const bool hasFetch = has("FETCH") || has("A7");
+    if (isOn || hasFetch)
+        m_blockRows = static_cast<std::size_t>(std::max(GetNumber(m_handle.Get(), kFetch), 1));
+    if (isOn || has("USEDECLAREFETCH") || has("B6") ||
+        !SetAttribute(m_handle.Get(), kUseDeclareFetch, 1))
         return false;
-    if (!has("FETCH") && !has("A7"))
+    if (!hasFetch)
         SetAttribute(m_handle.Get(), kFetch, 1);
     return true;
 }
@@ -188,14 +201,14 @@ bool OdbcConnection::HasPostgreSqlDriver() const {
     return ToUpper(GetInfo(SQL_DRIVER_NAME)).starts_with("PSQLODBC");
 }
 
-OdbcFetching OdbcConnection::GetFetching() const {
+std::size_t OdbcConnection::GetBlockRows() const {
     constexpr SQLUINTEGER kNeeded =
         SQL_GD_BOUND | SQL_GD_BLOCK | SQL_GD_ANY_COLUMN | SQL_GD_ANY_ORDER;
     SQLUINTEGER extensions = 0;
     const bool hasAll = SQL_SUCCEEDED(SQLGetInfoW(m_handle.Get(), SQL_GETDATA_EXTENSIONS,
                                                   &extensions, sizeof extensions, nullptr)) &&
                         (extensions & kNeeded) == kNeeded;
-    return hasAll && HasPostgreSqlDriver() ? OdbcFetching::Blocks : OdbcFetching::RowByRow;
+    return hasAll && HasPostgreSqlDriver() ? m_blockRows : 0;
 }
 
 std::unique_ptr<OdbcHandle> OdbcConnection::NewStatement() const {

@@ -41,9 +41,10 @@ public:
     std::unique_ptr<OdbcHandle> NewStatement() const;
     /// How the server reads SQL text.
     SqlServer GetServer() const;
-    /// Blocks for PostgreSQL's driver. What other drivers say of themselves cannot be relied on:
-    /// MariaDB's claims all that blocks need, cuts values that are read again and leaves out rows.
-    OdbcFetching GetFetching() const;
+    /// How many rows a block may have; 0: they have to be read row by row. Blocks are only for
+    /// PostgreSQL's driver. What others say of themselves cannot be relied on: MariaDB's claims all
+    /// that blocks need, cuts values that are read again and leaves out rows.
+    std::size_t GetBlockRows() const;
     /// Whether the driver gives a text's UTF-8, unchanged, when bytes are asked for. It is tried
     /// out. Columns of other types than texts may give something else.
     bool HasUtf8Bytes() const { return m_hasUtf8Bytes; }
@@ -59,8 +60,9 @@ private:
     void MakeReadOnly() const;
     bool FindOutWhetherUtf8() const;
     /// PostgreSQL's driver would hold a whole result in memory. It is asked to fetch as many rows
-    /// as a block has, unless the connection string says how it shall fetch (UseDeclareFetch).
-    /// Returns whether it does.
+    /// as a block has, unless the connection string or the data source says how it shall fetch
+    /// (UseDeclareFetch); then a block has at most as many rows as they say (Fetch). Returns whether
+    /// it was asked.
     bool FetchInPortions(const std::string& connection);
     bool HasPostgreSqlDriver() const;
     std::string GetInfo(SQLUSMALLINT what) const;
@@ -68,6 +70,7 @@ private:
     OdbcHandle m_environment;
     OdbcHandle m_handle;
     bool m_hasUtf8Bytes = false;
+    std::size_t m_blockRows = OdbcBlock::kMaxRows;
 };
 
 /// The SQLSTATE of the handle's first diagnostic record; "" without one.

@@ -133,7 +133,7 @@ void OdbcSource::DescribeColumns() {
         edit.isNullable = nullable != SQL_NO_NULLS;
     }
     m_block = std::make_unique<OdbcBlock>(m_statement->Get(), std::move(columns),
-                                          m_connection->GetFetching());
+                                          m_connection->GetBlockRows());
 }
 
 /// Whether PostgreSQL's driver passes the column on as the server gives it.
