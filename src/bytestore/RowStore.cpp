@@ -191,20 +191,20 @@ void CRowStore::Append(const CRowValue& value) {
 /// Appends a value of bytes, in the row where that is short enough, else in `values`.
 void CRowStore::State::PutLying(const CRowValue& value, const BYTE* bytes) {
     const DWORD length = value.m_length;
-    const bool isInRow =
-        length <= kAlwaysInRow || (length <= kTogether && formSize + length <= kPageSize);
-    BYTE* at = NextValue(RowForm::kMaxHead + (isInRow ? length : 0));
-    if (isInRow) {
-        at = RowForm::PutHead(at, value.m_type, value.m_ccsid, length);
-        if (length > 0)
-            std::memcpy(at, bytes, length);
-        at += length;
-    } else {
-        const ULONGLONG position = values.GetLength();
-        values.Append(bytes, length);
-        at = RowForm::PutLong(at, value.m_type, value.m_ccsid, position, length);
-    }
-    EndValueAt(at);
+    if (length > kAlwaysInRow && (length > kTogether || formSize + length > kPageSize)) [[unlikely]]
+        return PutApart(value, bytes);
+    BYTE* at = NextValue(RowForm::kMaxHead + length);
+    at = RowForm::PutHead(at, value.m_type, value.m_ccsid, length);
+    if (length > 0) // memcpy would become a string instruction, as the compiler knows the range
+        std::memmove(at, bytes, length);
+    EndValueAt(at + length);
+}
+
+void CRowStore::State::PutApart(const CRowValue& value, const BYTE* bytes) {
+    BYTE* at = NextValue(RowForm::kMaxHead);
+    const ULONGLONG position = values.GetLength();
+    values.Append(bytes, value.m_length);
+    EndValueAt(RowForm::PutLong(at, value.m_type, value.m_ccsid, position, value.m_length));
 }
 
 void CRowStore::BeginValue(ERowValueType type, WORD ccsid) {

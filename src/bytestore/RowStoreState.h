@@ -59,6 +59,7 @@ struct CRowStore::State {
         ++next;
     }
     void GrowForm(std::size_t room);
+    void PutApart(const CRowValue& value, const BYTE* bytes);
     void PutLying(const CRowValue& value, const BYTE* bytes);
     ULONGLONG StoreRow(const BYTE* bytes, std::size_t size);
     void AppendRow();
