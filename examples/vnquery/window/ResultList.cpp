@@ -71,13 +71,13 @@ void ResultList::ShowEditors() {
 }
 
 void ResultList::FitNewColumns() {
+    FitAllColumns(); // of all at once, since that takes no longer than of two
     for (int i = 0; i < GetNumColumns(); ++i) {
         const std::size_t column = m_document.GetLayout().order[static_cast<std::size_t>(i)];
-        if (m_document.GetLayout().widths[column] == 0) {
-            SetColumnWidth(i, 0);
-            AutoFitCol(i);
-            SetColumnWidth(i, std::clamp(GetColumnWidth(i) + kArrow, kMinWidth, kMaxWidth));
-        }
+        const int width = m_document.GetLayout().widths[column];
+        SetColumnWidth(i, width != 0
+                              ? width
+                              : std::clamp(GetOwnColumnWidth(i) + kArrow, kMinWidth, kMaxWidth));
     }
     GetHeadings()->FixLastColWidth();
     GetHeadings()->Invalidate();
