@@ -135,9 +135,7 @@ void OdbcBlock::Measure() {
         Bound& bound = m_bound[i];
         bound.tooLong = 0;
         bound.longest = 0;
-        const std::size_t end = bound.kind == Kind::Text     ? sizeof(SQLWCHAR)
-                                : bound.kind == Kind::Number ? 1
-                                                             : 0;
+        const std::size_t end = bound.GetEnd();
         for (std::size_t row = 0; bound.width > 0 && row < m_fetched; ++row) {
             const SQLLEN length = m_indicators[i * m_capacity + row];
             const bool isUnknown = length == SQL_NO_TOTAL;
@@ -246,10 +244,7 @@ void OdbcBlock::Read(std::size_t column, ValueSink& sink) {
     const BYTE* bytes = m_buffer.data() + bound.offset + m_row * bound.width;
     if (bound.kind == Kind::Integer)
         return sink.Integer(*reinterpret_cast<const SQLBIGINT*>(bytes));
-    const std::size_t end = bound.kind == Kind::Text     ? sizeof(SQLWCHAR)
-                            : bound.kind == Kind::Number ? 1
-                                                         : 0;
-    if (length < 0 || static_cast<std::size_t>(length) + end > bound.width)
+    if (length < 0 || static_cast<std::size_t>(length) + bound.GetEnd() > bound.width)
         return ReadAgain(column, sink);
     const auto count = static_cast<std::size_t>(length);
     if (bound.kind == Kind::Text)

@@ -59,6 +59,11 @@ private:
         // Of the present block:
         std::size_t tooLong = 0;
         std::size_t longest = 0;
+
+        /// Bytes of the zero that the driver puts after a value.
+        std::size_t GetEnd() const {
+            return kind == Kind::Text ? sizeof(SQLWCHAR) : kind == Kind::Number ? 1 : 0;
+        }
     };
 
     void ChooseWidths();
