@@ -64,6 +64,7 @@ for portions in "" ";UseDeclareFetch=0" ";UseDeclareFetch=1;Fetch=3;LFConversion
     VNQUERY_ODBC="$connection$portions" "$tests" --gtest_filter='OdbcSource*' >"$folder/err" 2>&1 ||
         fail "rows in blocks $portions"
 done
+VNQUERY_ODBC=$connection "$tests" --gtest_filter='ExportTest.*Postgres' >"$folder/err" 2>&1 || fail "export"
 connection="$connection;UseDeclareFetch=1;Fetch=1"
 run --quiet --sql "select data from doc order by id" --save 3:1 "$folder/data.out" || fail "bytes"
 sql -c "select encode(data, 'hex') from doc where id = 3" | tr -d '\n' >"$folder/hex.expected"
