@@ -62,7 +62,7 @@ private:
 /// that are appended meanwhile are not sorted.
 ///
 /// Memory: the order (4 bytes a row); beside it while sorting at most 12 bytes a row or 8 MiB,
-/// whichever is more (and 16 MiB for texts that are thousands of bytes long). What does not fit
+/// whichever is more (and 32 MiB for texts that are thousands of bytes long). What does not fit
 /// there goes to a temporary file, by the rules of CByteStore.
 class VNBYTSTR_API CRowSort {
 public:

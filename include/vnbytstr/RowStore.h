@@ -131,8 +131,8 @@ public:
     void Empty() noexcept;
 
     // --- appending -------------------------------------------------------------------------------
-    // BeginRow, the values from left to right, EndRow. The bytes given must not lie in the store
-    // itself.
+    // BeginRow, the values from left to right, EndRow. The bytes given are copied, and may be those
+    // of a value of this store, or a piece of one.
 
     /// Gives up a row that was begun and not ended.
     void BeginRow();

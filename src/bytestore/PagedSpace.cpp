@@ -7,8 +7,14 @@
 namespace vnbytstr::detail {
 
 namespace {
+
 constexpr DWORD kPageSize = CBytePage::m_dwPageSize;
+
+std::unique_ptr<BYTE[]> NewPage() {
+    return WithMemoryException([] { return std::make_unique_for_overwrite<BYTE[]>(kPageSize); });
 }
+
+} // namespace
 
 // --- the allowance -------------------------------------------------------------------------------
 
@@ -74,15 +80,30 @@ void PageAllowance::MakeRoomToRead(Segment& segment) {
     LetGrow(segment);
 }
 
+BYTE* PageAllowance::SpareTail() {
+    if (!m_spare)
+        m_spare = NewPage();
+    return m_spare.get();
+}
+
 // --- the space -----------------------------------------------------------------------------------
 
 void PagedSpace::Append(const BYTE* bytes, std::size_t count) {
     while (count > 0) {
-        if (m_tailUsed == kPageSize)
+        if (m_tailUsed == kPageSize) {
+            // They may lie in a page that leaves, so they are copied before that.
+            BYTE* next = m_allowance.SpareTail();
+            const auto taken = static_cast<DWORD>(std::min<std::size_t>(count, kPageSize));
+            std::memcpy(next, bytes, taken);
             StoreTail();
+            m_allowance.SwapTail(m_tail);
+            m_tailUsed = taken;
+            bytes += taken;
+            count -= taken;
+            continue;
+        }
         if (!m_tail)
-            m_tail = WithMemoryException(
-                [] { return std::make_unique_for_overwrite<BYTE[]>(kPageSize); });
+            m_tail = NewPage();
         const auto taken = static_cast<DWORD>(std::min<std::size_t>(count, RoomInPage()));
         std::memcpy(m_tail.get() + m_tailUsed, bytes, taken);
         m_tailUsed += taken;

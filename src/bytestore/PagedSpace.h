@@ -44,6 +44,11 @@ public:
     /// need not be gives way, or a few pages more than allowed are taken, so that what is there can
     /// still be read.
     void MakeRoomToRead(Segment& segment);
+    /// A page that a space fills while its own is stored, which it then takes in exchange.
+    BYTE* SpareTail();
+    bool HasSpare() const { return m_spare != nullptr; }
+    void SwapTail(std::unique_ptr<BYTE[]>& tail) noexcept { m_spare.swap(tail); }
+
     /// Before a page in memory is changed: goes back to the allowed number of pages.
     void Settle();
 
@@ -57,6 +62,7 @@ private:
     const DWORD m_pages;
     ULONGLONG m_generation = 1;
     std::vector<Segment*> m_segments;
+    std::unique_ptr<BYTE[]> m_spare;
 };
 
 /// Invariants:
@@ -81,7 +87,8 @@ public:
     /// Bytes that still fit into the page that is being filled.
     DWORD RoomInPage() const { return CBytePage::m_dwPageSize - m_tailUsed; }
 
-    /// After an exception, part of the bytes may have been appended: see Rollback.
+    /// The bytes may be a piece of a space with the same allowance. After an exception, part of
+    /// them may have been appended: see Rollback.
     void Append(const BYTE* bytes, std::size_t count);
     /// Leaves the rest of the page that is being filled unused.
     void SkipToNextPage();

@@ -63,7 +63,7 @@ void CRowStore::ReleasePages() {
 
 DWORD CRowStore::GetResidentPageCount() const {
     return m_state->allowance.GetResidentPageCount() + m_state->data.HasTail() +
-           m_state->index.HasTail() + m_state->values.HasTail();
+           m_state->index.HasTail() + m_state->values.HasTail() + m_state->allowance.HasSpare();
 }
 
 // --- a row ---------------------------------------------------------------------------------------
@@ -229,17 +229,18 @@ void CRowStore::AppendPiece(std::span<const BYTE> bytes) {
         const ULONGLONG length = state.valueLength + bytes.size();
         if (length > 0xFFFFFFFFu || bytes.size() > 0xFFFFFFFFu)
             throw new CCacheException(CCacheException::kTooLong);
-        if (length <= State::kTogether) {
+        // A piece of the store itself is at most a page, and copied before any page moves.
+        if (!state.isValueLong && bytes.size() <= kPageSize) {
             WithMemoryException(
                 [&] { state.pieces.insert(state.pieces.end(), bytes.begin(), bytes.end()); });
-        } else {
-            if (!state.isValueLong) {
-                state.valueBegin = state.values.GetLength();
-                state.values.Append(state.pieces.data(), state.pieces.size());
-                state.isValueLong = true;
-            }
-            state.values.Append(bytes.data(), bytes.size());
+            bytes = {};
         }
+        if (!state.isValueLong && length > State::kTogether) {
+            state.valueBegin = state.values.GetLength();
+            state.values.Append(state.pieces.data(), state.pieces.size());
+            state.isValueLong = true;
+        }
+        state.values.Append(bytes.data(), bytes.size());
         state.valueLength = length;
     });
 }

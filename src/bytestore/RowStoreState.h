@@ -12,7 +12,8 @@
 /// See RowStore.cpp for the invariants.
 struct CRowStore::State {
     static constexpr DWORD kNoRow = 0xFFFFFFFF;
-    static constexpr DWORD kTails = 3; ///< pages of the cache that are being filled
+    static constexpr DWORD kTails =
+        4; ///< pages of the cache that are being filled, and a spare one
     /// Values up to this length may lie in their row, and rows up to this length lie in one page.
     static constexpr DWORD kTogether = 4096;
     /// A value of so few bytes takes no more room in its row than where it lies would take.
