@@ -61,8 +61,8 @@ private:
     bool FindOutWhetherUtf8() const;
     /// PostgreSQL's driver would hold a whole result in memory. It is asked to fetch as many rows
     /// as a block has, unless the connection string or the data source says how it shall fetch
-    /// (UseDeclareFetch); then a block has at most as many rows as they say (Fetch). Returns whether
-    /// it was asked.
+    /// (UseDeclareFetch); then a block has at most as many rows as they say (Fetch). Returns
+    /// whether it was asked.
     bool FetchInPortions(const std::string& connection);
     bool HasPostgreSqlDriver() const;
     std::string GetInfo(SQLUSMALLINT what) const;

@@ -16,8 +16,8 @@ public:
     /// The type of the values in a column of that SQL type. Dates, times and types that only the
     /// driver knows come as text.
     static Value::Type TypeOf(int sqlType);
-    /// Reads a value and returns how many bytes the driver gave; columns count from 0. Throws Failure
-    /// and Interrupted.
+    /// Reads a value and returns how many bytes the driver gave; columns count from 0. Throws
+    /// Failure and Interrupted.
     ULONGLONG Read(std::size_t column, const std::string& name, Value::Type type, ValueSink& sink);
 
 private:
