@@ -61,15 +61,17 @@ private:
 /// cache is read from its beginning to its end. Its rows must stay as they are until then; rows
 /// that are appended meanwhile are not sorted.
 ///
-/// Memory: the order (4 bytes a row); beside it while sorting at most 12 bytes a row or 8 MiB,
-/// whichever is more (and 32 MiB for texts that are thousands of bytes long). What does not fit
-/// there goes to a temporary file, by the rules of CByteStore.
+/// Memory: the new order (4 bytes a row); beside it while sorting at most 64 MiB, for less than
+/// 5 million rows 12 bytes a row but 8 MiB at least; and where rows in some order are sorted,
+/// 4 bytes for each row of the source. (Of texts that are thousands of bytes long, millions may
+/// take a little more.) What does not fit there goes to a temporary file, by the rules of
+/// CByteStore.
 class VNBYTSTR_API CRowSort {
 public:
     static constexpr DWORD kMaxCompared = 4096; ///< bytes of a value
 
-    /// Called some thousand times during a sort, without a lock of the source: how much is done, of
-    /// how much. False ends the sort.
+    /// Called often during a sort, some tenths of a second apart at most, and without a lock of the
+    /// source: how much is done, of how much. False ends the sort.
     using Progress = std::function<bool(ULONGLONG done, ULONGLONG total)>;
 
     /// Sorts the rows in `order`, which stand in their present order, each at most once; when it is

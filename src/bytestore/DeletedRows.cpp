@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cassert>
 
 namespace vnbytstr::detail {
 
@@ -26,6 +27,19 @@ void DeletedRows::Delete(DWORD place, DWORD places) {
     for (std::size_t block = place / kBlock + 1; block < m_before.size(); ++block)
         ++m_before[block];
     ++m_count;
+    CheckInvariants(place);
+}
+
+void DeletedRows::CheckInvariants([[maybe_unused]] DWORD place) const {
+#ifndef NDEBUG
+    assert(m_bits.size() == m_before.size() * kWords); // 1
+    const std::size_t block = place / kBlock;
+    DWORD set = 0;
+    for (std::size_t word = block * kWords; word < (block + 1) * kWords; ++word)
+        set += static_cast<DWORD>(std::popcount(m_bits[word]));
+    const DWORD end = block + 1 < m_before.size() ? m_before[block + 1] : m_count;
+    assert(m_before[block] + set == end); // 2, 3
+#endif
 }
 
 DWORD DeletedRows::Select(DWORD row) const {

@@ -10,8 +10,10 @@ namespace vnbytstr::detail {
 /// One bit for each row ever appended (up to the last deleted one), and a count for every 512 of
 /// them: at most 1/5 byte a row, nothing before the first deletion.
 ///
-/// Invariants: m_before[b] is the number of set bits below bit 512 * b; m_bits has 8 words for each
-/// entry of m_before; m_count is the number of all set bits.
+/// Invariants; debug builds check those about the deleted row after each deletion:
+///  1. m_bits has 8 words for each entry of m_before.
+///  2. m_before[b] is the number of set bits below bit 512 * b.
+///  3. m_count is the number of all set bits.
 class DeletedRows {
 public:
     DWORD GetCount() const { return m_count; }
@@ -24,6 +26,7 @@ public:
 
 private:
     DWORD Select(DWORD row) const;
+    void CheckInvariants(DWORD place) const;
 
     std::vector<ULONGLONG> m_bits;
     std::vector<DWORD> m_before;

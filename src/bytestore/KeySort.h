@@ -22,6 +22,8 @@ struct RankedKey {
 };
 
 /// Keys in one piece of memory: their bytes from the front, what is known of them from the back.
+/// Invariants: the items end where the memory ends; their offsets are distinct and below m_used;
+/// m_used and the items together are at most m_size.
 class KeyBlock {
 public:
     /// Memory that is not used is not touched. CMemoryException.

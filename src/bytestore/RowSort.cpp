@@ -89,9 +89,10 @@ std::vector<DWORD> RanksOf(const std::vector<DWORD>& order, DWORD rows) {
     return ranks;
 }
 
-/// 12 bytes a row, less what the ranks take; at least 8 MiB. Offsets in it have 32 bits.
+/// 12 bytes a row, less what the ranks take, within bounds. Larger blocks are not faster, and take
+/// long to sort, during which nobody can end the work.
 std::size_t BlockSize(ULONGLONG rows, const std::vector<DWORD>& ranks) {
-    constexpr ULONGLONG kLeast = 8 << 20, kMost = 1 << 30;
+    constexpr ULONGLONG kLeast = 8 << 20, kMost = 64 << 20;
     return static_cast<std::size_t>(std::clamp(rows * (ranks.empty() ? 12 : 8), kLeast, kMost));
 }
 
