@@ -21,7 +21,8 @@ constexpr auto kMaxDelay = std::chrono::milliseconds(100); ///< of a row that ha
 
 TablePrinter::TablePrinter(const std::vector<std::string>& columns, const CellFormat& format,
                            WidthSource widths)
-    : RowSink(nullptr), m_format(format), m_widthSource(widths) {
+    : RowSink(nullptr), m_format(format), m_widthSource(widths),
+      m_gathered(static_cast<int>(columns.size())) {
     for (const std::string& name : columns) {
         Column& column = m_columns.emplace_back();
         column.heading = MakeVisible(name);
@@ -72,8 +73,10 @@ void TablePrinter::AddCell(Value::Type type, std::string_view text) {
     column.width = std::max(column.width, width);
     column.hasNumbers |= type == Value::Type::Number;
     column.hasOthers |= type == Value::Type::Text || type == Value::Type::Binary;
-    m_gathered += text;
-    m_cells.push_back({m_gathered.size(), width});
+    if (m_column == 1)
+        m_gathered.BeginRow();
+    m_gathered.AppendText(text);
+    m_gatheredBytes += text.size();
 }
 
 void TablePrinter::DoEndRow() {
@@ -84,10 +87,11 @@ void TablePrinter::DoEndRow() {
         EndLine();
         return;
     }
+    m_gathered.EndRow();
     if (m_rows == 1)
         m_first = Clock::now();
     if (m_widthSource == WidthSource::First &&
-        (m_gathered.size() >= kMaxGathered || Clock::now() - m_first >= kMaxWait))
+        (m_gatheredBytes >= kMaxGathered || Clock::now() - m_first >= kMaxWait))
         StartTable();
 }
 
@@ -104,7 +108,6 @@ void TablePrinter::Abandon() {
         m_output.resize(m_lines);
         Write();
     } else if (m_rows > 0) {
-        m_cells.resize(m_rows * m_columns.size());
         StartTable();
     }
 }
@@ -123,19 +126,21 @@ void TablePrinter::StartTable() {
     for (std::size_t column = 0; column < m_columns.size(); ++column)
         PutCell(column, std::string(m_columns[column].width, '-'), m_columns[column].width);
     EndLine();
-    std::size_t column = 0;
-    std::size_t begin = 0;
-    for (const Cell& cell : m_cells) {
-        PutCell(column, std::string_view(m_gathered).substr(begin, cell.end - begin), cell.width);
-        begin = cell.end;
-        if (++column < m_columns.size())
-            continue;
-        column = 0;
+    for (DWORD row = 0; row < m_gathered.GetRowCount(); ++row) {
+        for (std::size_t column = 0; column < m_columns.size(); ++column) {
+            const CRowValue text = m_gathered.GetValue(row, static_cast<int>(column));
+            m_text = text.GetText();
+            if (text.IsLong()) {
+                m_text.resize(text.GetLength());
+                m_gathered.CopyTo(text, 0, reinterpret_cast<BYTE*>(m_text.data()),
+                                  text.GetLength());
+            }
+            PutCell(column, m_text, DisplayWidth(m_text));
+        }
         EndLine();
         CheckInterrupted();
     }
-    m_cells = {};
-    m_gathered = {};
+    m_gathered.Empty();
     Write();
 }
 

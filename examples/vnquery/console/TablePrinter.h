@@ -4,6 +4,8 @@
 #include "vnquery/result/CellText.h"
 #include "vnquery/result/RowSink.h"
 
+#include "vnbytstr/RowStore.h"
+
 #include <chrono>
 #include <string>
 #include <vector>
@@ -20,7 +22,8 @@ enum class WidthSource {
 /// wide as its widest cell among the rows that its width comes from; if these hold nothing but
 /// numbers there, it is right-aligned. A later cell that is wider is written in full and pushes
 /// the rest of its row to the right; the cells after it go back to their places as soon as there
-/// is room. Throws Failure when the output cannot be written.
+/// is room. Throws Failure when the output cannot be written, and what CRowStore throws: rows that
+/// wait for the last one move to a temporary file.
 class TablePrinter : public RowSink {
 public:
     TablePrinter(const std::vector<std::string>& columns, const CellFormat& format,
@@ -50,11 +53,6 @@ private:
         bool hasOthers = false;
         bool isNumeric = false; ///< right-aligned
     };
-    /// A cell of a row whose widths are not known yet, in m_gathered.
-    struct Cell {
-        std::size_t end;
-        std::size_t width;
-    };
 
     void AddCell(Value::Type type, std::string_view text);
     void StartTable();
@@ -69,8 +67,8 @@ private:
     std::size_t m_rows = 0;
 
     bool m_isStarted = false; ///< widths are known, headings written
-    std::string m_gathered;   ///< until then the cells' texts
-    std::vector<Cell> m_cells;
+    CRowStore m_gathered;     ///< until then the cells' texts
+    std::size_t m_gatheredBytes = 0;
     Clock::time_point m_first; ///< when the first row arrived
 
     std::string m_output;     ///< not yet written

@@ -7,13 +7,58 @@
 
 #include <atomic>
 #include <charconv>
+#include <chrono>
+#include <cstdint>
 #include <mutex>
+#include <thread>
 
 namespace vnquery {
 
 // --- the shared rows -----------------------------------------------------------------------------
 
-/// `mutex` is held during each use of the store. What the store returns is used within it.
+namespace {
+
+/// Lets the window go first: what it reads, it reads cell by cell, and a thread that takes the
+/// mutex again as soon as it has released it would leave it hardly a gap.
+class Turns {
+public:
+    /// For reading single values.
+    std::unique_lock<std::mutex> Reader() {
+        std::unique_lock lock(m_mutex);
+        m_lastRead = Now();
+        return lock;
+    }
+    /// For work in the background: waits while values have just been read, but not for ever.
+    std::unique_lock<std::mutex> Worker() {
+        constexpr auto kPause = std::chrono::microseconds(100);
+        constexpr int kMaxPauses = 50;
+        for (int i = 0; i < kMaxPauses && IsBeingRead(); ++i)
+            std::this_thread::sleep_for(kPause);
+        return std::unique_lock(m_mutex);
+    }
+
+private:
+    static std::int64_t Now() {
+        return std::chrono::steady_clock::now().time_since_epoch() / std::chrono::microseconds(1);
+    }
+    bool IsBeingRead() {
+        constexpr std::int64_t kRecent = 300; // microseconds
+        const std::int64_t last = m_lastRead.load(std::memory_order_relaxed);
+        if (last == 0)
+            return false;
+        if (Now() - last < kRecent)
+            return true;
+        m_lastRead.store(0, std::memory_order_relaxed); // no clock while nobody reads
+        return false;
+    }
+
+    std::mutex m_mutex;
+    std::atomic<std::int64_t> m_lastRead = 0; ///< 0: not lately
+};
+
+} // namespace
+
+/// A turn is taken for each use of the store. What the store returns is used within it.
 class ResultSet::Rows {
 public:
     Rows(std::size_t columns, bool hasRowIds)
@@ -30,7 +75,7 @@ public:
     const bool hasRowIds; ///< in a column of their own, after the others
     std::vector<Seen> seen;
     std::atomic<DWORD> count = 0; ///< rows of the store
-    std::mutex mutex;             ///< of `store` and `seen`
+    Turns turns;                  ///< for `store` and `seen`
     CRowStore store;
 };
 
@@ -97,7 +142,7 @@ public:
         : m_rows(std::move(rows)), m_value(value) {}
     DWORD GetLength() const override { return m_value.GetLength(); }
     DWORD Read(DWORD offset, BYTE* to, DWORD count) const override {
-        const std::lock_guard lock(m_rows->mutex);
+        const auto turn = m_rows->turns.Reader();
         return m_rows->store.CopyTo(m_value, offset, to, count);
     }
 
@@ -114,7 +159,7 @@ public:
     Filler(Rows& rows, const RowSource& source, Progress& progress)
         : RowSink(&progress), m_rows(rows), m_source(source) {}
     ~Filler() override {
-        const std::lock_guard lock(m_rows.mutex);
+        const auto turn = m_rows.turns.Worker();
         m_rows.store.CancelRow();
     }
 
@@ -168,7 +213,7 @@ private:
     template <class Action>
     void WithStore(Action action) {
         try {
-            const std::lock_guard lock(m_rows.mutex);
+            const auto turn = m_rows.turns.Worker();
             action(m_rows.store);
         } catch (CException* error) {
             throw Failure(kFileFailed,
@@ -227,7 +272,7 @@ ResultSet& ResultSet::operator=(const ResultSet&) = default;
 std::size_t ResultSet::GetRowCount() const { return m_rows->count; }
 
 Value ResultSet::GetValue(std::size_t row, std::size_t column) const {
-    const std::lock_guard lock(m_rows->mutex);
+    const auto turn = m_rows->turns.Reader();
     const CRowValue value =
         m_rows->store.GetValue(static_cast<DWORD>(row), static_cast<int>(column));
     const Value::Type type = TypeOf(value.GetType());
@@ -239,7 +284,7 @@ Value ResultSet::GetValue(std::size_t row, std::size_t column) const {
 
 void ResultSet::AppendCell(std::string& out, std::size_t row, std::size_t column,
                            const CellFormat& format) const {
-    const std::lock_guard lock(m_rows->mutex);
+    const auto turn = m_rows->turns.Reader();
     const CRowValue value =
         m_rows->store.GetValue(static_cast<DWORD>(row), static_cast<int>(column));
     const Value::Type type = TypeOf(value.GetType());
@@ -260,14 +305,14 @@ void ResultSet::AppendCell(std::string& out, std::size_t row, std::size_t column
 std::optional<long long> ResultSet::GetRowId(std::size_t row) const {
     if (!m_rows->hasRowIds || row >= GetRowCount())
         return {};
-    const std::lock_guard lock(m_rows->mutex);
+    const auto turn = m_rows->turns.Reader();
     const CRowValue id =
         m_rows->store.GetValue(static_cast<DWORD>(row), static_cast<int>(m_columns.size()));
     return id.IsNull() ? std::optional<long long>() : id.GetInteger();
 }
 
 ColumnKind ResultSet::GetSeenKind(std::size_t column) const {
-    const std::lock_guard lock(m_rows->mutex);
+    const auto turn = m_rows->turns.Reader();
     const Rows::Seen& seen = m_rows->seen[column];
     if (seen.others || (!seen.integers && !seen.decimals))
         return ColumnKind::Unknown;
@@ -278,7 +323,7 @@ void ResultSet::SetValue(std::size_t row, std::size_t column, const Value& value
     // Piece by piece, since a long value may be one of these rows'.
     const auto store = [&]() -> CRowStore& { return m_rows->store; };
     {
-        const std::lock_guard lock(m_rows->mutex);
+        const auto turn = m_rows->turns.Reader();
         store().BeginUpdate(static_cast<DWORD>(row), static_cast<int>(column));
         if (value.IsNull())
             store().AppendNull();
@@ -286,10 +331,10 @@ void ResultSet::SetValue(std::size_t row, std::size_t column, const Value& value
             store().BeginValue(TypeOf(value.GetType()));
     }
     value.ForEachPiece([&](std::span<const BYTE> piece) {
-        const std::lock_guard lock(m_rows->mutex);
+        const auto turn = m_rows->turns.Reader();
         store().AppendPiece(piece);
     });
-    const std::lock_guard lock(m_rows->mutex);
+    const auto turn = m_rows->turns.Reader();
     if (!value.IsNull())
         store().EndValue();
     store().EndUpdate();
@@ -299,7 +344,10 @@ void ResultSet::SetValue(std::size_t row, std::size_t column, const Value& value
 class ResultSet::SortedColumn : public CRowStoreColumn {
 public:
     SortedColumn(Rows& rows, std::size_t column, const std::map<std::size_t, Value>& changed)
-        : CRowStoreColumn(rows.store, static_cast<int>(column), &rows.mutex), m_changed(changed) {}
+        : CRowStoreColumn(rows.store, static_cast<int>(column)), m_rows(rows), m_changed(changed) {}
+
+    void Lock() override { m_turn = m_rows.turns.Worker(); }
+    void Unlock() noexcept override { m_turn.unlock(); }
 
     CRowValue GetValue(DWORD row) override {
         const auto changed = m_changed.empty() ? m_changed.end() : m_changed.find(row);
@@ -310,6 +358,8 @@ public:
     }
 
 private:
+    Rows& m_rows;
+    std::unique_lock<std::mutex> m_turn;
     const std::map<std::size_t, Value>& m_changed;
     std::string m_bytes;
 };

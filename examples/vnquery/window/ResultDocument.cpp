@@ -76,13 +76,8 @@ ReadOnlyReason ResultDocument::GetReadOnlyReason(CellPlace place) const {
 bool ResultDocument::BeginSort(std::size_t shownColumn, bool descending) {
     if (m_sort || shownColumn >= m_layout.order.size())
         return false;
-    std::vector<DWORD> order = m_order;
-    if (order.empty()) { // more rows may come meanwhile
-        order.resize(m_shownRows);
-        std::iota(order.begin(), order.end(), 0u);
-    }
     m_sort = std::make_unique<SortRun>(m_result, m_edits, m_layout.order[shownColumn], descending,
-                                       std::move(order));
+                                       m_order);
     return true;
 }
 
@@ -94,6 +89,7 @@ bool ResultDocument::EndSort() {
         return false;
     ForgetOldOrder();
     m_oldOrder = std::exchange(m_order, std::move(sort->GetOrder()));
+    m_shownRows = m_order.size(); // more, if some arrived after those shown
     m_isNewlySorted = true;
     m_layout.sortColumn = sort->GetColumn();
     m_layout.sort =
