@@ -22,6 +22,8 @@ public:
     }
     DROPEFFECT OnDragOver(CWnd*, COleDataObject* data, DWORD, CPoint point) override {
         m_calls += 'o';
+        if (m_onOver)
+            m_onOver();
         return data->IsDataAvailable(CF_HDROP) && point.y < 50 ? DROPEFFECT_MOVE : DROPEFFECT_NONE;
     }
     void OnDragLeave(CWnd*) override { m_calls += 'l'; }
@@ -46,6 +48,7 @@ public:
     std::vector<std::string> m_files;
     CPoint m_point;
     bool m_endsWindow = false;
+    std::function<void()> m_onOver;
 };
 
 class DropTargetTest : public testing::Test {
@@ -115,6 +118,27 @@ TEST_F(DropTargetTest, OutlivesItsWindowAndDiesBeforeIt) {
         ASSERT_TRUE(passing.Register(&m_host));
     }
     EXPECT_TRUE(m_target.Register(&m_host));
+}
+
+TEST_F(DropTargetTest, EndsWhileItIsAsked) {
+    const auto revoke = [this] { m_target.Revoke(); };
+    const auto destroy = [this] { m_child.DestroyWindow(); };
+    for (const bool entered : {false, true})
+        for (const std::function<void()>& end : {std::function<void()>(revoke), {destroy}}) {
+            if (m_child.m_hWnd == nullptr)
+                m_child.Create(nullptr, nullptr, WS_CHILD | WS_VISIBLE, CRect(20, 20, 120, 120),
+                               &m_host, 1);
+            ASSERT_TRUE(m_target.Register(&m_child));
+            m_target.m_onOver = nullptr;
+            if (entered)
+                Send<QDragEnterEvent>({5, 10}, m_files);
+            m_target.m_onOver = end;
+            if (entered)
+                Send<QDragMoveEvent>({5, 10}, m_files);
+            else
+                Send<QDragEnterEvent>({5, 10}, m_files);
+            EXPECT_EQ(m_target.m_hWnd, nullptr);
+        }
 }
 
 TEST(DataObject, HoldsTextAndFiles) {

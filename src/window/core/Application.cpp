@@ -1,6 +1,7 @@
 #include "vnbytstr/window/Application.h"
 
 #include "src/window/core/AccessibleTableInternal.h"
+#include "src/window/core/HandInput.h"
 #include "src/window/core/WindowInteraction.h"
 #include "src/window/core/WindowInternal.h"
 
@@ -106,6 +107,7 @@ void AfxInitWindows(int* argc, char** argv) {
     // Installed after Qt's own, so that these are asked first.
     vnbytstr::InstallWindowInteraction();
     vnbytstr::detail::InstallAccessibility();
+    vnbytstr::detail::WatchHand();
 }
 
 void AfxPumpMessages(int milliseconds) {

@@ -71,15 +71,13 @@ public:
 
     void DragEnter(QDragEnterEvent* event) override {
         COleDataObject data(event->mimeData());
-        m_effect = m_target->OnDragEnter(Object(), &data, Keys(*event), Point(*event));
-        Answer(*event);
+        Ask(*event, data, &COleDropTarget::OnDragEnter);
         // Qt reports further moves only when the drag is accepted; the target may still refuse it.
         event->accept();
     }
     void DragMove(QDragMoveEvent* event) override {
         COleDataObject data(event->mimeData());
-        m_effect = m_target->OnDragOver(Object(), &data, Keys(*event), Point(*event));
-        Answer(*event);
+        Ask(*event, data, &COleDropTarget::OnDragOver);
     }
     void DragLeave() override {
         m_effect = DROPEFFECT_NONE;
@@ -87,11 +85,8 @@ public:
     }
     void Drop(QDropEvent* event) override {
         COleDataObject data(event->mimeData());
-        const HWND window = m_window.Handle();
-        m_effect = m_target->OnDragOver(Object(), &data, Keys(*event), Point(*event));
-        if (Window::Of(window) == nullptr || m_window.Drop() != this)
+        if (!Ask(*event, data, &COleDropTarget::OnDragOver))
             return;
-        Answer(*event);
         if (m_effect == DROPEFFECT_NONE) {
             m_target->OnDragLeave(Object());
             return;
@@ -110,6 +105,20 @@ private:
                ((event.buttons() & Qt::RightButton) != 0 ? MK_RBUTTON : 0) |
                ((event.modifiers() & Qt::ShiftModifier) != 0 ? MK_SHIFT : 0) |
                ((event.modifiers() & Qt::ControlModifier) != 0 ? MK_CONTROL : 0);
+    }
+    using Question = DROPEFFECT (COleDropTarget::*)(CWnd*, COleDataObject*, DWORD, CPoint);
+    /// Asks the target, which may end this object meanwhile: false then.
+    bool Ask(QDropEvent& event, COleDataObject& data, Question question) {
+        const HWND handle = m_window.Handle();
+        const DROPEFFECT effect = (m_target->*question)(Object(), &data, Keys(event), Point(event));
+        const Window* const window = Window::Of(handle);
+        if (window == nullptr || window->Drop() != this) {
+            event.ignore();
+            return false;
+        }
+        m_effect = effect;
+        Answer(event);
+        return true;
     }
     void Answer(QDropEvent& event) const {
         if (m_effect == DROPEFFECT_NONE) {

@@ -1,4 +1,5 @@
 // Mouse, keyboard and focus: Qt's events as messages, and the state that goes with them.
+#include "src/window/core/HandInput.h"
 #include "src/window/core/KeyMap.h"
 #include "src/window/core/WindowWidget.h"
 #include "vnbytstr/window/Application.h"
@@ -8,6 +9,7 @@
 #include <QApplication>
 #include <QKeyEvent>
 #include <QMouseEvent>
+#include <QPointer>
 #include <QStyleHints>
 #include <QWheelEvent>
 
@@ -19,20 +21,60 @@ namespace {
 
 constexpr int kKeys = 256;
 
+/// A key event while it is handled: Qt offers it to the ancestors of its receiver as well, a hosted
+/// widget's within the handling. The event lives until then, so that its address tells it.
+class KeyDispatch {
+public:
+    KeyDispatch(const QKeyEvent* event, const QWidget* receiver)
+        : m_event(event), m_receiver(receiver), m_outer(s_current) {
+        s_current = this;
+    }
+    ~KeyDispatch() { s_current = m_outer; }
+    KeyDispatch(const KeyDispatch&) = delete;
+    KeyDispatch& operator=(const KeyDispatch&) = delete;
+
+    /// Whether the event is being handled for a widget within `around` already.
+    static bool IsUnderWay(const QKeyEvent* event, const QWidget* around) {
+        for (const KeyDispatch* at = s_current; at != nullptr; at = at->m_outer)
+            if (at->m_event == event && at->m_receiver != around &&
+                (!at->m_receiver || around->isAncestorOf(at->m_receiver)))
+                return true;
+        return false;
+    }
+
+private:
+    const QKeyEvent* m_event;
+    QPointer<const QWidget> m_receiver;
+    KeyDispatch* m_outer;
+    static KeyDispatch* s_current;
+};
+KeyDispatch* KeyDispatch::s_current = nullptr;
+
+/// A key event that nobody has used so far, between two of the receivers that Qt offers it to. The
+/// next event may stand at the same address: it is this one only if all of it is the same.
+struct UnusedKey {
+    const QKeyEvent* event = nullptr; ///< compared only
+    QEvent::Type type = QEvent::None;
+    int key = 0;
+    quint64 time = 0;
+    QPointer<const QWidget> receiver;
+
+    bool IsOfferedTo(const QKeyEvent& now, const QWidget* around) const {
+        return event == &now && type == now.type() && key == now.key() && time == now.timestamp() &&
+               receiver && receiver != around && around->isAncestorOf(receiver);
+    }
+};
+
 /// What has the mouse and the focus, and which keys are down.
 struct InputState {
     HWND capture = nullptr;
     HWND focus = nullptr;
     HWND lastFocus = nullptr;
     Qt::KeyboardModifiers modifiers;
-    Qt::MouseButtons buttons;
     std::bitset<kKeys> down;
     std::bitset<kKeys> toggled;
     bool keyUnused = false;
-    // The key event handled last: Qt offers an unhandled one to the ancestors as well.
-    const QKeyEvent* lastKey = nullptr;
-    QEvent::Type lastType = QEvent::None;
-    const QWidget* lastReceiver = nullptr;
+    UnusedKey unused;
 };
 
 InputState& State() {
@@ -134,43 +176,42 @@ bool PreTranslate(MSG& message, Window& window) {
     return AfxGetApp() != nullptr && AfxGetApp()->PreTranslateMessage(&message);
 }
 
-bool SendKeyEvent(Window& window, QKeyEvent* event) {
-    InputState& state = State();
-    RoutedEvent* const routed = RoutedEvent::Current();
-    const bool forHosted = routed != nullptr && routed->Event() == event;
-    const QWidget* receiver = forHosted ? window.Hosted() : window.Widget();
-    const QEvent::Type type = event->type();
-    if (state.lastKey == event && state.lastType == type && state.lastReceiver != receiver &&
-        window.Widget()->isAncestorOf(state.lastReceiver))
-        return false; // bubbled up unhandled from a nested window: not sent twice
-    state.lastKey = event;
-    state.lastType = type;
-    state.lastReceiver = receiver;
+namespace {
 
-    HWND handle = window.Handle();
-    const int vk = VirtualKey(*event);
-    state.modifiers = event->modifiers();
+/// The state of the keys after an event.
+void NoteKey(const QKeyEvent& event, int vk) {
+    InputState& state = State();
+    const bool press = event.type() == QEvent::KeyPress;
+    state.modifiers = event.modifiers();
     // For a modifier's own key Qt reports the state before the event.
     const Qt::KeyboardModifier own = vk == VK_SHIFT     ? Qt::ShiftModifier
                                      : vk == VK_CONTROL ? Qt::ControlModifier
                                      : vk == VK_MENU    ? Qt::AltModifier
                                                         : Qt::NoModifier;
-    state.modifiers.setFlag(own, event->type() == QEvent::KeyPress && own != Qt::NoModifier);
-    if (vk > 0 && vk < kKeys) {
-        if (event->type() == QEvent::KeyPress && !state.down[static_cast<std::size_t>(vk)])
-            state.toggled.flip(static_cast<std::size_t>(vk));
-        state.down[static_cast<std::size_t>(vk)] = event->type() == QEvent::KeyPress;
-    }
-    const bool press = event->type() == QEvent::KeyPress;
+    state.modifiers.setFlag(own, press && own != Qt::NoModifier);
+    if (vk <= 0 || vk >= kKeys)
+        return;
+    if (press && !state.down[static_cast<std::size_t>(vk)])
+        state.toggled.flip(static_cast<std::size_t>(vk));
+    state.down[static_cast<std::size_t>(vk)] = press;
+}
+
+/// The messages of a key event. True when it was handled.
+bool SendKeyMessages(Window& window, const QKeyEvent& event) {
+    InputState& state = State();
+    HWND handle = window.Handle();
+    const int vk = VirtualKey(event);
+    NoteKey(event, vk);
     // Alt alone makes a system key; with Ctrl it makes characters on many keyboards.
-    const bool alt = (event->modifiers() & Qt::AltModifier) != 0 &&
-                     (event->modifiers() & Qt::ControlModifier) == 0;
+    const bool alt = (event.modifiers() & Qt::AltModifier) != 0 &&
+                     (event.modifiers() & Qt::ControlModifier) == 0;
     const bool system = alt || vk == VK_F10;
-    const LPARAM flags = KeyFlags(*event, alt);
-    if (!press)
+    const LPARAM flags = KeyFlags(event, alt);
+    if (event.type() != QEvent::KeyPress)
         return SendKeyMessage(handle, system ? WM_SYSKEYUP : WM_KEYUP, static_cast<WPARAM>(vk),
                               flags);
-    const std::string text = KeyText(*event, vk);
+    const std::string text = KeyText(event, vk);
+    RoutedEvent* const routed = RoutedEvent::Current();
     if (routed != nullptr && routed->IsFor(&window))
         routed->m_charsToCome = static_cast<int>(text.size());
 
@@ -178,7 +219,7 @@ bool SendKeyEvent(Window& window, QKeyEvent* event) {
         MakeMessage(handle, system ? WM_SYSKEYDOWN : WM_KEYDOWN, static_cast<WPARAM>(vk), flags);
     if (PreTranslate(msg, window))
         return true;
-    if (vk == VK_TAB && TravelByTab(handle, *event))
+    if (vk == VK_TAB && TravelByTab(handle, event))
         return true;
     Window* still = Window::Of(handle);
     if (still == nullptr)
@@ -193,6 +234,35 @@ bool SendKeyEvent(Window& window, QKeyEvent* event) {
     return used || Window::Of(handle) == nullptr;
 }
 
+/// Whether Qt goes on to a window around this one with an event that was not used.
+bool HasWindowAround(const Window& window) {
+    const QWidget* const widget = window.Widget();
+    return !widget->isWindow() && Window::Of(widget->parentWidget()) != nullptr;
+}
+
+} // namespace
+
+bool SendKeyEvent(Window& window, QKeyEvent* event) {
+    InputState& state = State();
+    const RoutedEvent* const routed = RoutedEvent::Current();
+    const bool forHosted = routed != nullptr && routed->Event() == event;
+    const QWidget* const receiver = forHosted ? window.Hosted() : window.Widget();
+    const bool isOffered = state.unused.IsOfferedTo(*event, window.Widget());
+    if (isOffered && HasWindowAround(window))
+        return false; // bubbled up unhandled from a nested window: not sent twice
+    state.unused = {};
+    if (isOffered || KeyDispatch::IsUnderWay(event, window.Widget()))
+        return false;
+    const HWND handle = window.Handle();
+    const QPointer<const QWidget> sentTo(receiver);
+    const KeyDispatch dispatch(event, receiver);
+    const bool used = SendKeyMessages(window, *event);
+    const Window* const still = Window::Of(handle);
+    if (!used && !forHosted && still != nullptr && HasWindowAround(*still))
+        state.unused = {event, event->type(), event->key(), event->timestamp(), sentTo};
+    return used;
+}
+
 void SendInputText(Window& window, const QString& text) {
     const std::string bytes = FromQString(text);
     if (RoutedEvent* routed = RoutedEvent::Current(); routed != nullptr && routed->IsFor(&window))
@@ -205,7 +275,6 @@ void SendInputText(Window& window, const QString& text) {
 bool SendMouseEvent(Window& window, QWidget* receiver, QMouseEvent* event) {
     InputState& state = State();
     state.modifiers = event->modifiers();
-    state.buttons = event->buttons();
     const QPoint global = ConfineToClip(receiver->mapToGlobal(event->position().toPoint()));
     Window* target = Window::Of(state.capture);
     const bool captured = target != nullptr;
@@ -225,7 +294,7 @@ bool SendMouseEvent(Window& window, QWidget* receiver, QMouseEvent* event) {
             return true;
     }
     const CPoint at = target->GlobalToClient(global);
-    target->Send(message, MouseFlags(state.buttons, state.modifiers), MAKELPARAM(at.x, at.y));
+    target->Send(message, MouseFlags(event->buttons(), event->modifiers()), MAKELPARAM(at.x, at.y));
     return true;
 }
 
@@ -302,6 +371,7 @@ void SendFocusOut(Window& window, Qt::FocusReason reason) {
 
 void ForgetWindow(Window& window) {
     InputState& state = State();
+    RoutedEvent::Forget(window);
     HWND handle = window.Handle();
     if (state.capture == handle)
         ReleaseCapture();
@@ -354,7 +424,7 @@ HWND SetCapture(HWND handle) {
     if (Window* old = Window::Of(before))
         old->Send(WM_CAPTURECHANGED, 0, reinterpret_cast<LPARAM>(handle));
     // While a button is down Qt grabs the mouse anyway.
-    if (Window::Of(handle) != nullptr && State().buttons == Qt::NoButton &&
+    if (Window::Of(handle) != nullptr && vnbytstr::detail::ButtonsDown() == Qt::NoButton &&
         window->Widget()->isVisible())
         window->Widget()->grabMouse();
     return before;
@@ -386,13 +456,13 @@ short GetKeyState(int key) {
         down = (state.modifiers & Qt::AltModifier) != 0;
         break;
     case VK_LBUTTON:
-        down = (state.buttons & Qt::LeftButton) != 0;
+        down = (vnbytstr::detail::ButtonsDown() & Qt::LeftButton) != 0;
         break;
     case VK_RBUTTON:
-        down = (state.buttons & Qt::RightButton) != 0;
+        down = (vnbytstr::detail::ButtonsDown() & Qt::RightButton) != 0;
         break;
     case VK_MBUTTON:
-        down = (state.buttons & Qt::MiddleButton) != 0;
+        down = (vnbytstr::detail::ButtonsDown() & Qt::MiddleButton) != 0;
         break;
     default:
         if (key <= 0 || key >= vnbytstr::detail::kKeys)

@@ -2,7 +2,8 @@
 // 1. A Window is in LiveWindows from its creation until after WM_NCDESTROY, and no longer.
 // 2. A living window has a widget that points to it; once the window is destroyed its widget points
 //    to nothing and sends no more messages.
-// 3. An object that is attached to a living window has its handle in m_hWnd.
+// 3. A destroyed window's memory is freed when nothing is being sent any more: see Window::Busy.
+// 4. An object that is attached to a living window has its handle in m_hWnd.
 #include "src/window/core/WindowInternal.h"
 
 #include "src/window/core/WidgetDetails.h"
@@ -19,6 +20,8 @@
 
 #include <algorithm>
 #include <unordered_set>
+#include <utility>
+#include <vector>
 
 namespace vnbytstr::detail {
 namespace {
@@ -26,6 +29,10 @@ namespace {
 std::unordered_set<const Window*>& LiveWindows() {
     static auto* live = new std::unordered_set<const Window*>; // outlives every static CWnd
     return *live;
+}
+std::vector<std::unique_ptr<Window>>& Destroyed() {
+    static auto* destroyed = new std::vector<std::unique_ptr<Window>>; // as LiveWindows
+    return *destroyed;
 }
 const Window* lastLooked = nullptr; // most messages go to the same window as the last one
 
@@ -161,13 +168,12 @@ bool Window::FinishCreation(CREATESTRUCT& create) {
 void Window::Destroy() {
     if (m_destroying)
         return;
-    WindowWidget* widget = m_widget;
-    Window* parent = Parent();
-    const QWidget* focus = QApplication::focusWidget();
-    if ((m_style & WS_CHILD) != 0 && parent != nullptr && focus != nullptr &&
-        (focus == widget || widget->isAncestorOf(focus)) && (parent->m_style & WS_TABSTOP) != 0)
-        SetFocus(parent->Handle());
+    const Busy busy;
     HWND handle = Handle();
+    WindowWidget* widget = m_widget;
+    PassFocusToParent(); // what gets it may destroy this window
+    if (Of(handle) == nullptr || m_destroying)
+        return;
     widget->hide(); // takes the focus away while the window still gets messages
     if (Of(handle) == nullptr || m_destroying)
         return;
@@ -178,10 +184,20 @@ void Window::Destroy() {
         widget->deleteLater();
 }
 
+/// A child that has the focus and ends, or is hidden, gives it to its parent.
+void Window::PassFocusToParent() {
+    Window* parent = (m_style & WS_CHILD) != 0 ? Parent() : nullptr;
+    const QWidget* focus = QApplication::focusWidget();
+    if (parent != nullptr && focus != nullptr &&
+        (focus == m_widget || m_widget->isAncestorOf(focus)) && (parent->m_style & WS_TABSTOP) != 0)
+        SetFocus(parent->Handle());
+}
+
 void Window::DestroyRecords(bool widgetEnds) {
     if (m_destroying)
         return;
     m_destroying = true;
+    const Busy busy;
     ForgetWindow(*this);
     Send(WM_DESTROY);
     // Owned windows and children are destroyed with this one, and may destroy others on their way.
@@ -209,11 +225,19 @@ void Window::DestroyRecords(bool widgetEnds) {
     CWnd* object = m_object;
     if (m_temporary)
         m_temporary->m_hWnd = nullptr;
-    const std::unique_ptr<Window> self(this);
+    m_drop.reset(); // tells the target, which may end with the object
+    Destroyed().emplace_back(this);
     if (object != nullptr) {
         object->m_hWnd = nullptr;
         object->PostNcDestroy();
     }
+}
+
+int Window::s_busy = 0;
+
+void Window::FreeDestroyed() {
+    if (!Destroyed().empty())
+        std::exchange(Destroyed(), {}).clear();
 }
 
 void Window::OnWidgetEnds() { DestroyRecords(true); }

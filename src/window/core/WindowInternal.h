@@ -83,6 +83,17 @@ public:
 /// One window. The pointer is its HWND. DestroyWindow, or the end of its widget, destroys it.
 class Window {
 public:
+    /// While one exists, no new window stands at the address of a destroyed one: a handle that was
+    /// valid before something was sent tells afterwards whether its window still lives.
+    struct Busy {
+        Busy() { ++s_busy; }
+        ~Busy() {
+            if (--s_busy == 0)
+                FreeDestroyed();
+        }
+        Busy(const Busy&) = delete;
+        Busy& operator=(const Busy&) = delete;
+    };
     /// Null when the handle names no living window.
     static Window* Of(HWND window);
     static Window* Of(const QWidget* widget); ///< the nearest one around the widget
@@ -92,7 +103,7 @@ public:
     /// not the widget of a Window.
     static Window* Create(CREATESTRUCT& create, CWnd* object, QWidget* host);
     void Destroy();
-    ~Window(); ///< DestroyRecords alone does it
+    ~Window(); ///< FreeDestroyed alone does it
 
     HWND Handle() { return reinterpret_cast<HWND>(this); }
     WindowWidget* Widget() const { return m_widget; }
@@ -149,6 +160,7 @@ public:
     void ShowScrollBar(int bar, bool show);
     void SetScroll(int bar, int minimum, int maximum, int page, int position, bool enabled = true);
     QScrollBar* ScrollBar(int bar) const { return m_bars[bar == SB_VERT ? 1 : 0]; }
+    int ScrolledTo(bool vertical) const { return m_scrolledTo[vertical ? 1 : 0]; } ///< by SetScroll
 
     void SetStyles(DWORD style, DWORD exStyle);
     void SetEnabled(bool on);
@@ -184,6 +196,8 @@ private:
     explicit Window(const WindowClass& windowClass);
     void DestroyRecords(bool widgetEnds);
     void OnWidgetEnds();
+    void PassFocusToParent();
+    static void FreeDestroyed();
     void PlaceFirst(const CREATESTRUCT& create);
     bool FinishCreation(CREATESTRUCT& create);
     LRESULT DefaultWheel(UINT message, WPARAM wParam, LPARAM lParam);
@@ -206,12 +220,14 @@ private:
     std::unique_ptr<SystemControl> m_control;
     QPointer<QWidget> m_hosted;
     QScrollBar* m_bars[2] = {nullptr, nullptr};
+    int m_scrolledTo[2] = {0, 0};
     QPointer<QWidget> m_overlayWidget;
     Overlay* m_overlay = nullptr;
     HFONT m_font = nullptr;
     QSize m_sentSize{-1, -1};
     bool m_destroying = false;
     int m_wheelRest = 0;
+    static int s_busy;
 };
 
 /// Offers a keyboard message to PreTranslateMessage of `window` and its parents, then of the

@@ -1,4 +1,4 @@
-// A window's geometry: position, client area, scroll bars.
+// A window's geometry: position and client area.
 #include "src/window/core/WindowInternal.h"
 
 #include "src/window/core/WindowWidget.h"
@@ -128,14 +128,10 @@ void Window::Show(int command) {
     if (show == !m_widget->isHidden() && command != SW_SHOWMAXIMIZED && command != SW_MINIMIZE &&
         command != SW_RESTORE)
         return;
-    if (!show) {
-        Window* parent = Parent();
-        const QWidget* focus = QApplication::focusWidget();
-        if ((m_style & WS_CHILD) != 0 && parent != nullptr && focus != nullptr &&
-            (focus == m_widget || m_widget->isAncestorOf(focus)) &&
-            (parent->Style() & WS_TABSTOP) != 0)
-            SetFocus(parent->Handle());
-    }
+    if (!show)
+        PassFocusToParent();
+    if (Of(handle) == nullptr)
+        return;
     Send(WM_SHOWWINDOW, show ? 1 : 0, 0);
     if (Of(handle) == nullptr)
         return;
@@ -216,78 +212,6 @@ Overlay& Window::GetOverlay() {
         m_overlayWidget = m_overlay;
     }
     return *m_overlay;
-}
-
-// --- scroll bars -----------------------------------------------------------------------------
-
-void Window::ShowScrollBar(int bar, bool show) {
-    const DWORD bit = bar == SB_VERT ? WS_VSCROLL : WS_HSCROLL;
-    QScrollBar*& widget = m_bars[bar == SB_VERT ? 1 : 0];
-    const bool made = show && widget == nullptr;
-    if (made) {
-        widget = new QScrollBar(bar == SB_VERT ? Qt::Vertical : Qt::Horizontal, m_widget);
-        widget->setFocusPolicy(Qt::NoFocus);
-        widget->setCursor(Qt::ArrowCursor);
-        HWND handle = Handle();
-        const UINT message = bar == SB_VERT ? WM_VSCROLL : WM_HSCROLL;
-        const auto send = [handle, message](UINT code, int position) {
-            if (Window* window = Of(handle))
-                window->Send(message, MAKEWPARAM(static_cast<int>(code), position), 0);
-        };
-        QScrollBar* slider = widget;
-        QObject::connect(slider, &QAbstractSlider::actionTriggered, m_widget,
-                         [slider, send](int action) {
-                             const int before = slider->value();
-                             switch (action) {
-                             case QAbstractSlider::SliderSingleStepAdd:
-                                 send(SB_LINEDOWN, 0);
-                                 break;
-                             case QAbstractSlider::SliderSingleStepSub:
-                                 send(SB_LINEUP, 0);
-                                 break;
-                             case QAbstractSlider::SliderPageStepAdd:
-                                 send(SB_PAGEDOWN, 0);
-                                 break;
-                             case QAbstractSlider::SliderPageStepSub:
-                                 send(SB_PAGEUP, 0);
-                                 break;
-                             case QAbstractSlider::SliderToMinimum:
-                                 send(SB_TOP, 0);
-                                 break;
-                             case QAbstractSlider::SliderToMaximum:
-                                 send(SB_BOTTOM, 0);
-                                 break;
-                             case QAbstractSlider::SliderMove:
-                                 send(SB_THUMBTRACK, slider->sliderPosition());
-                                 return;
-                             default:
-                                 return;
-                             }
-                             if (slider->value() == before)
-                                 slider->setSliderPosition(before); // the window did not follow
-                         });
-        QObject::connect(slider, &QAbstractSlider::sliderReleased, m_widget, [slider, send] {
-            send(SB_THUMBPOSITION, slider->sliderPosition());
-            send(SB_ENDSCROLL, 0);
-        });
-    }
-    if (widget != nullptr && show == widget->isHidden())
-        widget->setVisible(show);
-    if (!made && show == ((m_style & bit) != 0))
-        return;
-    m_style = show ? m_style | bit : m_style & ~bit;
-    UpdateLayout();
-    m_widget->update();
-}
-
-void Window::SetScroll(int bar, int minimum, int maximum, int page, int position, bool enabled) {
-    QScrollBar* widget = ScrollBar(bar);
-    if (widget == nullptr)
-        return;
-    widget->setEnabled(enabled);
-    widget->setPageStep(std::max(page, 1));
-    widget->setRange(minimum, std::max(minimum, maximum - std::max(page, 1) + 1));
-    widget->setValue(position);
 }
 
 } // namespace vnbytstr::detail

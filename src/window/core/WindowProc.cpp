@@ -52,6 +52,7 @@ LRESULT CopyOut(std::string_view text, char* buffer, std::size_t size) {
 }
 
 LRESULT Window::Send(UINT message, WPARAM wParam, LPARAM lParam) {
+    const Busy busy;
     if (m_object != nullptr)
         return CWnd::Dispatch(*m_object, message, wParam, lParam);
     return DefaultProc(message, wParam, lParam);

@@ -39,6 +39,12 @@ RoutedEvent::RoutedEvent(Window& window, QWidget* inner, QEvent* event)
 
 RoutedEvent::~RoutedEvent() { s_current = m_outer; }
 
+void RoutedEvent::Forget(const Window& window) {
+    for (RoutedEvent* routed = s_current; routed != nullptr; routed = routed->m_outer)
+        if (routed->m_window == &window)
+            routed->m_window = nullptr;
+}
+
 void RoutedEvent::Deliver() {
     if (m_delivered || !m_inner)
         return;
@@ -71,6 +77,7 @@ QSize WindowWidget::sizeHint() const {
 }
 
 bool WindowWidget::event(QEvent* event) {
+    const Window::Busy busy;
     ++s_depth;
     const bool handled = (m_window != nullptr && HandleEvent(event)) || QWidget::event(event);
     --s_depth;
@@ -290,6 +297,7 @@ bool WindowWidget::eventFilter(QObject* watched, QEvent* event) {
     if (m_window == nullptr || inner == nullptr ||
         (RoutedEvent::Current() != nullptr && RoutedEvent::Current()->IsDelivering(event)))
         return false;
+    const Window::Busy busy;
     ++s_depth;
     bool taken = false;
     if (IsMouse(event->type())) {

@@ -90,6 +90,8 @@ public:
 
     static RoutedEvent* Current() { return s_current; }
     bool IsFor(const Window* window) const { return m_window == window; }
+    /// The window is being destroyed: the next one may stand at its address.
+    static void Forget(const Window& window);
     bool IsDelivering(const QEvent* event) const { return m_delivering && m_event == event; }
     QEvent* Event() const { return m_event; }
     void Deliver();
@@ -97,7 +99,7 @@ public:
     int m_charsToCome = 0;
 
 private:
-    Window* m_window;
+    const Window* m_window; ///< compared only; null when it has been destroyed
     QPointer<QWidget> m_inner;
     QEvent* m_event;
     RoutedEvent* m_outer;
