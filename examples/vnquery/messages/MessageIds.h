@@ -216,6 +216,7 @@
 #define IDS_VQ_W_SORTING 41289
 #define IDS_VQ_W_SORTED 41290
 #define IDS_VQ_W_SORT_STOPPED 41291
+#define IDS_VQ_W_FAILED_AFTER 41292
 #define IDS_VQ_ABOUT 41286
 
 /* Questions and refusals of the main window */

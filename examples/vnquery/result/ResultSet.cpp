@@ -28,12 +28,17 @@ public:
         m_lastRead = Now();
         return lock;
     }
-    /// For work in the background: waits while values have just been read, but not for ever.
+    /// For work in the background, which one or two threads do: waits for some milliseconds while values
+    /// have just been read, then goes on for as many.
     std::unique_lock<std::mutex> Worker() {
         constexpr auto kPause = std::chrono::microseconds(100);
-        constexpr int kMaxPauses = 50;
-        for (int i = 0; i < kMaxPauses && IsBeingRead(); ++i)
-            std::this_thread::sleep_for(kPause);
+        constexpr int kMaxPauses = 30;
+        constexpr std::int64_t kShare = 2000; // microseconds
+        if (IsBeingRead() && Now() >= m_workerEnd) {
+            for (int i = 0; i < kMaxPauses && IsBeingRead(); ++i)
+                std::this_thread::sleep_for(kPause);
+            m_workerEnd = Now() + kShare;
+        }
         return std::unique_lock(m_mutex);
     }
 
@@ -53,7 +58,8 @@ private:
     }
 
     std::mutex m_mutex;
-    std::atomic<std::int64_t> m_lastRead = 0; ///< 0: not lately
+    std::atomic<std::int64_t> m_lastRead = 0;  ///< 0: not lately
+    std::atomic<std::int64_t> m_workerEnd = 0; ///< when it waits again
 };
 
 } // namespace

@@ -320,7 +320,8 @@ void QueryView::FinishRun() {
         m_host.ShowStatus(Text(IDS_VQ_W_STOPPED, {GroupDigits(rows)}));
         break;
     case TaskState::Failed:
-        m_host.ShowStatus(Text(IDS_VQ_W_FAILED));
+        m_host.ShowStatus(rows == 0 ? Text(IDS_VQ_W_FAILED)
+                                    : Text(IDS_VQ_W_FAILED_AFTER, {GroupDigits(rows)}));
         ShowMessage(run->GetMessage());
         m_sql.SetFocus();
         break;

@@ -17,7 +17,7 @@ void ResultDocument::Begin(ResultShape&& shape, const std::string& sql,
     m_plan = std::move(shape.plan);
     m_edits.Clear();
     m_shownRows = 0;
-    m_order.clear();
+    std::vector<DWORD>().swap(m_order);
     ForgetOldOrder();
 }
 
@@ -90,6 +90,7 @@ bool ResultDocument::EndSort() {
     ForgetOldOrder();
     m_oldOrder = std::exchange(m_order, std::move(sort->GetOrder()));
     m_shownRows = m_order.size(); // more, if some arrived after those shown
+    m_places = std::move(sort->GetPlaces());
     m_isNewlySorted = true;
     m_layout.sortColumn = sort->GetColumn();
     m_layout.sort =
@@ -100,17 +101,12 @@ bool ResultDocument::EndSort() {
 std::size_t ResultDocument::GetSortedRow(std::size_t before) {
     if (!m_isNewlySorted || before >= m_order.size())
         return before;
-    if (m_places.empty()) {
-        m_places.resize(m_order.size());
-        for (std::size_t shown = 0; shown < m_order.size(); ++shown)
-            m_places[m_order[shown]] = static_cast<DWORD>(shown);
-    }
     return m_places[m_oldOrder.empty() ? before : m_oldOrder[before]];
 }
 
 void ResultDocument::ForgetOldOrder() {
-    m_oldOrder = {};
-    m_places = {};
+    std::vector<DWORD>().swap(m_oldOrder);
+    std::vector<DWORD>().swap(m_places);
     m_isNewlySorted = false;
 }
 

@@ -100,7 +100,7 @@ private:
     std::unique_ptr<SortRun> m_sort;
     // Since the last sort, until ForgetOldOrder.
     std::vector<DWORD> m_oldOrder; ///< m_order before it
-    std::vector<DWORD> m_places;   ///< by the result's row, where it is shown; empty: not yet known
+    std::vector<DWORD> m_places;   ///< by the result's row, where it is shown
     bool m_isNewlySorted = false;
 };
 

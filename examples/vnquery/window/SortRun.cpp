@@ -18,6 +18,10 @@ SortRun::SortRun(const ResultSet& result, const PendingEdits& edits, std::size_t
             });
         if (!isDone)
             throw Interrupted();
+        // Here, since it takes as long as the window may not be kept waiting.
+        m_places.resize(m_order.size());
+        for (std::size_t place = 0; place < m_order.size(); ++place)
+            m_places[m_order[place]] = static_cast<DWORD>(place);
     });
 }
 

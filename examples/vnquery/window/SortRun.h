@@ -27,8 +27,9 @@ public:
     unsigned GetProgress() const { return m_percent; }
     std::size_t GetColumn() const { return m_column; }
     bool IsDescending() const { return m_isDescending; }
-    /// Once it is done.
+    /// Once it is done: the new order, and the place of each row in it.
     std::vector<DWORD>& GetOrder() { return m_order; }
+    std::vector<DWORD>& GetPlaces() { return m_places; }
 
 private:
     const ResultSet m_result;
@@ -36,6 +37,7 @@ private:
     const bool m_isDescending;
     std::map<std::size_t, Value> m_changed; ///< values by their rows
     std::vector<DWORD> m_order;
+    std::vector<DWORD> m_places;
     std::atomic<unsigned> m_percent = 0;
     std::unique_ptr<BackgroundTask> m_task; ///< last, so that it ends before what it uses
 };

@@ -87,6 +87,11 @@ TEST_F(WindowTest, FailuresAreToldAndLeaveTheWindowUsable) {
     EXPECT_NE(m_answers.m_texts[1].find("no query"), std::string::npos);
     RunQuery("select count(*) from n");
     EXPECT_EQ(Cell(0, 0), "4");
+    // The rows before a failure are shown.
+    m_answers.m_answers = {IDOK};
+    RunQuery("select abs(column1) from (values (1), (2), (-9223372036854775807 - 1))");
+    EXPECT_EQ(List().GetCount(), 2);
+    EXPECT_EQ(Status(), "The query failed after 2 rows; these are shown.");
 }
 
 /// The loop turns while 100,000 rows come, and Escape ends a query without an end.
