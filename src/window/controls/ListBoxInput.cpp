@@ -62,9 +62,10 @@ void ListBoxControl::OnButtonDown(CPoint point, UINT flags) {
     HWND handle = m_window.Handle();
     const MSG* message = CWnd::GetCurrentMessage();
     const bool doubleClick = message != nullptr && message->message == WM_LBUTTONDBLCLK;
+    const bool wasDown = IsDown(VK_LBUTTON);
     SetFocus(handle);
-    if (Window::Of(handle) == nullptr || m_tracking)
-        return;
+    if (Window::Of(handle) == nullptr || m_tracking || (wasDown && !IsDown(VK_LBUTTON)))
+        return; // a message box may have got the release
     bool outside = false;
     const int row = RowFromPoint(point, outside);
     m_changed = false;

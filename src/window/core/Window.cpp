@@ -2,7 +2,8 @@
 // 1. A Window is in LiveWindows from its creation until after WM_NCDESTROY, and no longer.
 // 2. A living window has a widget that points to it; once the window is destroyed its widget points
 //    to nothing and sends no more messages.
-// 3. A destroyed window's memory is freed when nothing is being sent any more: see Window::Busy.
+// 3. A destroyed window's control and widget end when it handles no message any more (unless the
+//    widget's host ends them), its record when nobody does: see Window::Busy.
 // 4. An object that is attached to a living window has its handle in m_hWnd.
 #include "src/window/core/WindowInternal.h"
 
@@ -94,6 +95,7 @@ Window* Window::Of(const CWnd* object) { return object != nullptr ? Of(object->m
 
 Window* Window::Create(CREATESTRUCT& create, CWnd* object, QWidget* host) {
     AfxInitWindows();
+    const Busy busy;
     const WindowClass* windowClass =
         FindWindowClass(create.lpszClass != nullptr ? create.lpszClass : "");
     if (windowClass == nullptr)
@@ -177,11 +179,12 @@ void Window::Destroy() {
     widget->hide(); // takes the focus away while the window still gets messages
     if (Of(handle) == nullptr || m_destroying)
         return;
-    DestroyRecords(false);
-    if (WindowWidget::IsQuiet())
-        delete widget;
-    else
-        widget->deleteLater();
+    DestroyRecords({widget, [](WindowWidget* ends) {
+                        if (WindowWidget::IsQuiet() && s_busy <= 1)
+                            delete ends;
+                        else
+                            ends->deleteLater();
+                    }});
 }
 
 /// A child that has the focus and ends, or is hidden, gives it to its parent.
@@ -193,7 +196,9 @@ void Window::PassFocusToParent() {
         SetFocus(parent->Handle());
 }
 
-void Window::DestroyRecords(bool widgetEnds) {
+/// `root` deletes the widget around this window's when the last one lets go of it; null: the widget
+/// is ending.
+void Window::DestroyRecords(const std::shared_ptr<WindowWidget>& root) {
     if (m_destroying)
         return;
     m_destroying = true;
@@ -212,13 +217,16 @@ void Window::DestroyRecords(bool widgetEnds) {
                 other->Destroy();
                 again = true;
             } else if (other->m_topLevelOwner == nullptr && other->Parent() == this) {
-                other->DestroyRecords(widgetEnds);
+                other->DestroyRecords(root);
                 again = true;
             }
         }
     }
     Send(WM_NCDESTROY);
-    m_control.reset();
+    if (m_busy > 0 && root != nullptr)
+        m_root = root;
+    else
+        m_control.reset();
     m_widget->Detach();
     LiveWindows().erase(this);
     lastLooked = nullptr;
@@ -235,12 +243,27 @@ void Window::DestroyRecords(bool widgetEnds) {
 
 int Window::s_busy = 0;
 
+Window::Busy::Busy(Window* window) : m_window(window) {
+    ++s_busy;
+    if (m_window != nullptr)
+        ++m_window->m_busy;
+}
+
+Window::Busy::~Busy() {
+    if (m_window != nullptr && --m_window->m_busy == 0 && m_window->m_root != nullptr) {
+        m_window->m_control.reset();
+        m_window->m_root.reset();
+    }
+    if (--s_busy == 0)
+        FreeDestroyed();
+}
+
 void Window::FreeDestroyed() {
     if (!Destroyed().empty())
         std::exchange(Destroyed(), {}).clear();
 }
 
-void Window::OnWidgetEnds() { DestroyRecords(true); }
+void Window::OnWidgetEnds() { DestroyRecords(nullptr); }
 
 Window* Window::Parent() const {
     if ((m_style & WS_CHILD) == 0)
@@ -270,6 +293,8 @@ CWnd* Window::ObjectOrTemporary() {
 }
 
 LRESULT Window::NotifyParent(UINT message, WPARAM wParam, LPARAM lParam) {
+    if (Of(Handle()) == nullptr)
+        return 0; // destroyed while its control was at work
     if (Window* const to = Parent())
         return to->Send(message, wParam, lParam);
     LRESULT result = 0;

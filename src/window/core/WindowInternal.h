@@ -36,7 +36,8 @@ std::string FromQString(const QString& text);
 LRESULT CopyOut(std::string_view text, char* buffer, std::size_t size);
 
 /// The behaviour of a system class. One object per window, created before WM_NCCREATE and destroyed
-/// after WM_NCDESTROY.
+/// after WM_NCDESTROY, but not while it handles a message: notifying the parent may destroy the
+/// window, but not this object.
 class SystemControl {
 public:
     explicit SystemControl(Window& window) : m_window(window) {}
@@ -83,16 +84,18 @@ public:
 /// One window. The pointer is its HWND. DestroyWindow, or the end of its widget, destroys it.
 class Window {
 public:
-    /// While one exists, no new window stands at the address of a destroyed one: a handle that was
-    /// valid before something was sent tells afterwards whether its window still lives.
-    struct Busy {
-        Busy() { ++s_busy; }
-        ~Busy() {
-            if (--s_busy == 0)
-                FreeDestroyed();
-        }
+    /// Something is being sent. While one exists, no new window stands at the address of a destroyed
+    /// one: a handle that was valid before tells afterwards whether its window still lives. While
+    /// one for a window exists, its control and widget outlive its destruction.
+    class Busy {
+    public:
+        explicit Busy(Window* window = nullptr);
+        ~Busy();
         Busy(const Busy&) = delete;
         Busy& operator=(const Busy&) = delete;
+
+    private:
+        Window* m_window;
     };
     /// Null when the handle names no living window.
     static Window* Of(HWND window);
@@ -194,7 +197,7 @@ public:
 private:
     friend class WindowWidget;
     explicit Window(const WindowClass& windowClass);
-    void DestroyRecords(bool widgetEnds);
+    void DestroyRecords(const std::shared_ptr<WindowWidget>& root);
     void OnWidgetEnds();
     void PassFocusToParent();
     static void FreeDestroyed();
@@ -226,6 +229,8 @@ private:
     HFONT m_font = nullptr;
     QSize m_sentSize{-1, -1};
     bool m_destroying = false;
+    int m_busy = 0;                       ///< how many Busy there are for this window
+    std::shared_ptr<WindowWidget> m_root; ///< after its destruction while it is busy
     int m_wheelRest = 0;
     static int s_busy;
 };

@@ -52,13 +52,14 @@ LRESULT CopyOut(std::string_view text, char* buffer, std::size_t size) {
 }
 
 LRESULT Window::Send(UINT message, WPARAM wParam, LPARAM lParam) {
-    const Busy busy;
+    const Busy busy(this);
     if (m_object != nullptr)
         return CWnd::Dispatch(*m_object, message, wParam, lParam);
     return DefaultProc(message, wParam, lParam);
 }
 
 LRESULT Window::DefaultProc(UINT message, WPARAM wParam, LPARAM lParam) {
+    const Busy busy(this);
     if (m_control)
         return m_control->Proc(message, wParam, lParam);
     WNDPROC procedure = m_class->info.lpfnWndProc;
