@@ -191,8 +191,10 @@ protected:
         });
     }
     void DoEnd(ULONGLONG) override {
-        WithStore([&](CRowStore& store) { store.EndValue(); });
-        m_rows.seen[m_column++].others = true;
+        WithStore([&](CRowStore& store) {
+            store.EndValue();
+            m_rows.seen[m_column++].others = true;
+        });
     }
     void DoEndRow() override {
         WithStore([&](CRowStore& store) {
