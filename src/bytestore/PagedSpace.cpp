@@ -39,7 +39,8 @@ void PageAllowance::GiveUpOldest() {
             oldest = use;
         }
     }
-    from->GiveUpPage();
+    if (from)
+        from->GiveUpPage();
 }
 
 bool PageAllowance::GiveUpClean() noexcept {

@@ -36,7 +36,7 @@ public:
     /// is removed.
     std::string_view Text(int row) const noexcept {
         if (m_noData)
-            return {"", 0};
+            return ""; // with its NUL
         const Row& entry = m_rows[Index(row)];
         return {entry.text, entry.length};
     }
