@@ -49,15 +49,13 @@ WriteReport ForEachEdit(TableWriter& writer, const EditPlan& plan, const ResultS
         const auto [row, column] = place;
         const RowKey key = KeyOf(plan, result, row);
         std::optional<Value> now = writer.Read(key, column, progress);
-        if (!now) {
-            report.lostRows.push_back(place);
-        } else if (!AreSame(*now, result.GetValue(row, column))) {
+        const bool isSame = now && AreSame(*now, result.GetValue(row, column));
+        if (now && !isSame)
             report.conflicts.push_back({place, std::move(*now)});
-        } else if (write(key, column, edit, now)) {
+        else if (isSame && write(key, column, edit, now))
             report.written.push_back({place, std::move(*now)});
-        } else {
+        else
             report.lostRows.push_back(place);
-        }
         progress.AddRow();
     }
     return report;

@@ -11,7 +11,7 @@ void ResultDocument::Begin(ResultShape&& shape, const std::string& sql,
     m_connection = connection;
     m_isDetached = false;
     m_sort.reset();
-    m_result = std::move(shape.result);
+    m_result = shape.result;
     m_layout = LoadLayout(sql, m_result.GetColumnCount());
     m_kinds = std::move(shape.kinds);
     m_plan = std::move(shape.plan);
