@@ -39,7 +39,7 @@ public:
 
     /// Creates the window. On success the object deletes itself when the window is destroyed. The
     /// rectangle's height includes the drop-down list.
-    BOOL CreateCell(DWORD style, const RECT& rect, CListBoxEx* list, UINT id);
+    BOOL CreateCell(DWORD style, const RECT& rect, CListBoxEx* list, UINT id, DWORD exStyle = 0);
 
 protected:
     void OnClose();

@@ -68,10 +68,12 @@ public:
     ~CListBoxEx() override;
 
     // --- set-up ----------------------------------------------------------------------------------
-    /// Uses a header control made elsewhere, or none if null. Ownership is not transferred.
+    /// Uses a header control made elsewhere, or none if null. Ownership is not transferred; one that
+    /// is deleted before the list is forgotten by it.
     virtual void SetHeadingsControl(CListBoxExHeadings* headings);
     /// Creates the list's embedded header control, with that control id, above the list, and lets
-    /// files be dropped on cells. FALSE when the header control cannot be created.
+    /// files be dropped on cells. Called again, it makes the control anew. FALSE when the header
+    /// control cannot be created.
     virtual BOOL CreateHeadingsControl(UINT id);
     /// Puts the header control directly above the list, at its desired height and the list's
     /// width. If there is too little room above, the list's top moves down and its bottom stays.
@@ -82,7 +84,8 @@ public:
     /// feed, the width in pixels (1 or more) and a line feed (optional at the end). FALSE when
     /// there is no such string or it has another form; names and widths read before that stay set.
     virtual BOOL LoadColumnInfo(UINT id, HINSTANCE instance);
-    /// In pixels. 0: SetWidths chooses the width, if it has not run yet.
+    /// In pixels. 0: SetWidths chooses the width, if it has not run yet. Afterwards the last column
+    /// of a list with a header control keeps ending at the control's right edge.
     virtual void SetColumnWidth(int column, int width);
     /// For a column without width: a percentage of the list's width inside its border; 0: none.
     virtual void SetFractionalColumnWidth(int column, int percent);
@@ -94,6 +97,8 @@ public:
     /// How the column sorts: 0 as text, any other value as an integer.
     virtual void SetColumnType(int column, int type);
     virtual void EnableEditing(BOOL on = TRUE);
+    /// Whether values can be changed: EnableEditing is on, SetReadOnly is not.
+    BOOL IsEditingEnabled() const { return m_bEditing && !m_bReadOnly; }
     /// An EListEditor; unknown values mean kEditorNone, a column that is not edited.
     virtual void SetEditorType(int column, int type);
     virtual int GetEditorType(int column);
@@ -115,9 +120,11 @@ public:
     /// such column, rows of a source, or the editor's value was refused). Texts are ordered by the
     /// rules of the user's language, ignoring case, kana type and width; equal ones keep their
     /// order, reversed in a descending sort.
+    ///
+    /// Sort calls it, too. An override gets all values then, unless its class has said with
+    /// SetSortValues that it does not need them, which saves a copy of each.
     virtual SSortItem* SortInternal(int column);
-    /// The same without the array; returns whether the rows were sorted. Called from here,
-    /// SortInternal leaves the items' values empty unless SetSortValues asked for them.
+    /// The same without the array; returns whether the rows were sorted.
     BOOL Sort(int column) override;
     /// Chooses the widths of columns that have none. Takes effect once: when the list is first
     /// painted, sized or hit-tested and has columns and a width.
@@ -129,16 +136,18 @@ public:
     /// Draws a row's values into `rect`.
     virtual void DrawColumns(CDC* dc, CRect rect, LPCTSTR text);
     /// Enables or disables the list and its header control. 1 when both are now as asked, else 0
-    /// (there is no window).
+    /// (there is no window). A list that is disabled while it is edited stores the value, or gives
+    /// it up if it is refused.
     BOOL EnableWindow(BOOL on = TRUE) override;
     BOOL PreTranslateMessage(MSG* message) override;
     /// Called on Shift+F2: shows a value and lets the user change it, here with the plain-text
     /// CZoomDialog. Override it to show hexadecimal or a picture, say. Returns IDOK with the new
-    /// `value`, or IDCANCEL.
+    /// `value`, or IDCANCEL. Unless IsEditingEnabled the value is only shown, and IDOK ignored.
     virtual int ShowZoom(int row, int column, CString& value);
 
     void SetRightAligned(BOOL on);
-    /// Search by typing.
+    /// Search by typing. The row found is selected, of which the parent is told (LBN_SELCHANGE); in
+    /// a list with several selections it only gets the focus.
     void SetPrintInput(BOOL on) { m_bPrintInput = on; }
     /// Shows grey text and prevents editing; a change enables or disables the window.
     void SetReadOnly(BOOL on);
@@ -243,8 +252,11 @@ public:
     void StartEditing(int row, int column);
     /// Closes the editor without storing. VNM_EDITORCLOSED is posted even if none was open.
     void StopEditing();
-    /// Stores the editor's value and closes the editor; with `notify` the parent is asked first. 0
-    /// when the value was refused (the editor stays open) or the parent is being asked right now.
+    /// Stores the editor's value in the row being edited and closes the editor; with `notify` the
+    /// parent is asked first. 0 when the value was refused (the editor stays open) or the parent is
+    /// being asked right now. A value that was changed is stored without line breaks and, in a list
+    /// with texts of its own, without separators (a blank for each); an editor that only lets
+    /// choose keeps the old value until something is chosen.
     BOOL CellEnter(BOOL notify);
     /// Closes the editor, if one is open, without storing.
     void CellCancel();
@@ -283,6 +295,7 @@ protected:
     void Init();
     int OnCreate(LPCREATESTRUCT create);
     void OnDestroy();
+    void OnEnable(BOOL on);
     void OnPaint();
     void OnSize(UINT type, int cx, int cy);
     void OnWindowPosChanging(WINDOWPOS* place);
@@ -333,8 +346,9 @@ protected:
     BOOL m_bReadOnly = FALSE;
     CListDropTarget m_DropTarget;
 
-    /// For an override of SortInternal that needs the items' values during Sort as well.
-    void SetSortValues(BOOL on) { m_bSortValuesAlways = on; }
+    /// FALSE: this class's SortInternal does not need the items' values during Sort. Without an
+    /// override that is so anyway for CListBoxEx and CVNListBox.
+    void SetSortValues(BOOL on) { m_bSortValuesWanted = on; }
     /// SortInternal when only the order of its items is needed.
     SSortItem* SortForOrder(int column);
 
@@ -350,12 +364,20 @@ private:
         return {m_pColumns.get(), static_cast<std::size_t>(m_nColumns)};
     }
     void ResizeColumn(int column, int width) override;
+    int GetRowsLeft() const override;
+    BOOL HasOpenEditor() const override { return m_pActiveEditor != nullptr; }
+    void HeadingsServe(CListBoxExHeadings* headings, bool on) override;
+    void HeadingsEnd(const CListBoxExHeadings* headings) override;
     void FillLastColumn(int width) override;
     void ColumnsMoved(int left, BOOL erase) override;
     void EditorDestroyed(const CWnd* editor) override;
     DROPEFFECT DragOver(CPoint point) override;
     void DropFile(const CString& name) override;
 
+    void UseHeadings(CListBoxExHeadings* headings);
+    void KeepLastColumnAtEdge();
+    void SelectFound(int row);
+    void NotifySelChange();
     void Prepare();
     void CheckInvariants() const;
     void RedrawAll();
@@ -372,10 +394,16 @@ private:
     BOOL PlaceCell(int row, int column, CellPlace& place);
     CWnd* MakeEdit(int column, int type, LPCTSTR value, const CRect& rect);
     CWnd* MakeCombo(int column, int type, LPCTSTR value, const CRect& rect);
+    CString EditorValue() const;
+    CString StorableValue(CString value, bool oneLine) const;
+    BOOL Refuse(const CString& value);
+    BOOL LeaveCell();
     void CloseEditor();
+    bool CloseEditorOfGoingRow(UINT message, WPARAM wParam);
     void EditUnder(int row, int column);
     void EditNextCell(const vnbytstr::detail::CellAddress& from, bool forward);
     void MoveToNextCell(BOOL forward);
+    int ColumnToZoom(int row) const;
     BOOL ZoomCell();
     void OpenFile(const CString& name);
     void RowsInserted(int row);
@@ -391,12 +419,17 @@ private:
     std::vector<bool> SelectedRows() const;
 
     BOOL m_bSortValues = TRUE;
-    BOOL m_bSortValuesAlways = FALSE;
+    BOOL m_bSortValuesWanted = TRUE;
     BOOL m_bSetNull = FALSE;
     BOOL m_bCopy = FALSE;
     BOOL m_bSideScroll = FALSE;
-    int m_nLastOwnWidth = 0; ///< of the last column, before it grew to fill the header control
-    int m_nItemHeight = 0;   ///< the result of MeasureItem; 0: not measured yet
+    int m_nLastOwnWidth = 0;   ///< of the last column, before it grew to fill the header control
+    int m_nItemHeight = 0;     ///< the result of MeasureItem; 0: not measured yet
+    CString m_strRefused;      ///< the value refused last
+    unsigned m_nRefusedIn = 0; ///< in which action of the hand
+    BOOL m_bRefused = FALSE;   ///< those two are set
+    int m_nClickedColumn = -1; ///< of a list that is not edited: the column Shift+F2 shows
+    std::vector<CListBoxExHeadings*> m_Serving; ///< header controls that refer to this list
     Lifeline* m_pLifeline = nullptr;
     std::unique_ptr<Accessible> m_pAccessible;
     std::unique_ptr<Rows> m_pRows; ///< never null

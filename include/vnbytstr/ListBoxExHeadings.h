@@ -5,11 +5,14 @@
 #include "vnbytstr/window/Export.h"
 #include "vnbytstr/window/Wnd.h"
 
+#include <functional>
 #include <memory>
+#include <vector>
 
 namespace vnbytstr::detail {
 class HeadingGeometry;
 class HeadingsOwner;
+struct HeadingRect;
 struct HeadingTracking;
 } // namespace vnbytstr::detail
 
@@ -34,20 +37,19 @@ public:
     using CWnd::Create;
     /// Creates the window as a child of `parent`. FALSE on failure.
     virtual BOOL Create(const RECT& rect, CWnd* parent, UINT id);
-    /// Sets the list, or none if null. The list must outlive this window, or be reset with null
-    /// first (a CListBoxEx resets its own header control).
+    /// Sets the list, or none if null. Either may be destroyed first: the other forgets it.
     virtual void SetListBox(CListBoxEx* list);
     /// The active font's height plus 4, in pixels.
     virtual int GetDesiredHeight();
     /// Makes the last column end at the right edge, by widening or narrowing it. A column that
     /// begins right of the edge keeps its width; with EnableSideScroll none is narrowed below its
-    /// own width.
+    /// own width. The list calls it whenever widths or sizes change.
     virtual void FixLastColWidth();
     /// Null (the device context's own font) after WM_SETFONT without a font; else the font of
     /// WM_SETFONT, else the list's, else the parent's. Ownership is not transferred.
     virtual CFont* GetActiveFont();
     /// A column header's rectangle. FALSE when it begins right of the control's right edge, or
-    /// there is no list or no such column.
+    /// there is no list or no such column. Drawing, both hit tests and FixLastColWidth ask it.
     virtual BOOL GetRect(int column, CRect* rect);
     /// Draws one raised (or pressed) column header into `rect`.
     virtual void DrawHeading(CDC* dc, LPCTSTR text, CRect rect, BOOL pressed);
@@ -91,7 +93,7 @@ protected:
 
     CListBoxEx* m_pList = nullptr;
     /// What a pressed mouse button is doing.
-    const std::unique_ptr<vnbytstr::detail::HeadingTracking> m_pTracking;
+    const std::shared_ptr<vnbytstr::detail::HeadingTracking> m_pTracking;
     CBrush m_brBackground; ///< made when first needed, like the pens
     CPen m_penFrame;
     CPen m_penHighlight;
@@ -102,10 +104,17 @@ protected:
     BOOL m_bSystemFont = FALSE; ///< WM_SETFONT passed no font
 
 private:
+    friend class CListBoxEx;
+    /// Tells after a message to others whether this object still exists.
+    using Life = std::weak_ptr<vnbytstr::detail::HeadingTracking>;
+
     vnbytstr::detail::HeadingsOwner& Owner() const;
     int ColumnCount() const;
     vnbytstr::detail::HeadingGeometry Geometry() const;
+    std::function<bool(int, vnbytstr::detail::HeadingRect&)> Rects();
+    BOOL CanFocusList() const;
     void FocusList();
+    BOOL FocusListForPress();
     void BeginResize(int column, CPoint point);
     void ResizeTo(CPoint point, BOOL erase);
     void DrawArrow(CDC* dc, const CRect& rect, BOOL ascending);
@@ -117,4 +126,5 @@ private:
     BOOL m_bSortArrow = FALSE;
     BOOL m_bKeyboard = FALSE;
     int m_nFocusColumn = 0;
+    std::vector<vnbytstr::detail::HeadingsOwner*> m_users; ///< lists that this is the control of
 };

@@ -10,6 +10,7 @@
 
 #include <span>
 
+class CListBoxExHeadings;
 class CWnd;
 
 namespace vnbytstr::detail {
@@ -21,6 +22,8 @@ public:
     virtual std::span<const SListColumn> GetColumns() const = 0;
     /// Pixels of the columns that are scrolled out at the left.
     virtual int GetSideShift() const = 0;
+    /// Pixels of a scroll bar that stands left of the rows.
+    virtual int GetRowsLeft() const = 0;
     /// Chooses the widths of columns that have none; only the first call that can has an effect.
     virtual void SetWidths() = 0;
 
@@ -43,6 +46,13 @@ public:
     virtual int GetSortState() const = 0;
     /// Sorts by a column. The list or the header control may be destroyed meanwhile.
     virtual BOOL Sort(int column) = 0;
+    /// Whether a value is being edited.
+    virtual BOOL HasOpenEditor() const = 0;
+
+    /// A header control begins (ends) to refer to this list, which tells it when the list ends.
+    virtual void HeadingsServe(CListBoxExHeadings* headings, bool on) = 0;
+    /// A header control that this list uses is being deleted.
+    virtual void HeadingsEnd(const CListBoxExHeadings* headings) = 0;
 
 protected:
     ~HeadingsOwner() = default;

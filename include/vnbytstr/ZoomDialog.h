@@ -24,8 +24,10 @@ public:
     int DoModal() override;
     /// The value: the changed one after OK.
     const CString& GetValue() const { return m_strValue; }
-    /// Whether the value is shown in full.
-    BOOL CanChange() const { return m_nShown == m_strValue.GetLength(); }
+    /// Only shows the value: DoModal returns IDCANCEL.
+    void SetReadOnly(BOOL on) { m_bReadOnly = on; }
+    /// Whether the value is shown in full and SetReadOnly is off.
+    BOOL CanChange() const { return !m_bReadOnly && !IsCut(); }
 
     BOOL PreTranslateMessage(MSG* message) override;
 
@@ -37,10 +39,12 @@ protected:
     DECLARE_MESSAGE_MAP()
 
 private:
+    BOOL IsCut() const { return m_nShown != m_strValue.GetLength(); }
     void Layout();
 
     CString m_strValue;
     CString m_strName;
     CWnd* m_pParent;
+    BOOL m_bReadOnly = FALSE;
     int m_nShown; ///< bytes of the value that are shown
 };

@@ -17,40 +17,30 @@ bool HeadingGeometry::GetRect(int column, HeadingRect& rect) const {
     return left < m_width;
 }
 
-int HeadingGeometry::HitTest(int x, int y) const {
-    if (y < kTop || y >= m_height || x >= m_width - 1)
-        return -1;
-    return x < kFirstLeft ? -1 : ColumnAt(m_columns, x - kFirstLeft + m_shift);
-}
-
-int HeadingGeometry::SizerHitTest(int x) const {
-    const int last = static_cast<int>(m_columns.size()) - 2;
-    const std::int64_t limit = std::int64_t{m_width} - 4 + m_shift;
-    int candidate = 0;
-    std::int64_t sum = 0;
-    while (candidate < last) {
-        sum += m_columns[static_cast<std::size_t>(candidate)].m_nWidth;
-        if (sum > limit)
-            break;
-        ++candidate;
-    }
-    if (candidate > last)
-        return -1;
-    std::int64_t right = std::int64_t{kFirstLeft} + WidthBefore(m_columns, candidate + 1) - m_shift;
-    for (int column = candidate; column >= 0; --column) {
-        const std::int64_t distance = x - std::min<std::int64_t>(right, m_width - 1);
-        if (distance >= -kGrabLeft && distance <= kGrabRight)
+int HeadingAt(int count, const HeadingRects& rectOf, int x, int y) {
+    HeadingRect rect;
+    for (int column = 0; column < count && rectOf(column, rect); ++column)
+        if (x >= rect.left && x < rect.right && y >= rect.top && y < rect.bottom)
             return column;
-        right -= m_columns[static_cast<std::size_t>(column)].m_nWidth;
-    }
     return -1;
 }
 
-int HeadingGeometry::FixedLastWidth() const {
+int DividerAt(int count, const HeadingRects& rectOf, int width, int x) {
+    const int last = count - 2;
+    if (last < 0)
+        return -1;
     HeadingRect rect;
-    const int last = static_cast<int>(m_columns.size()) - 1;
-    return HeadingGeometry(m_columns, m_width, m_height).GetRect(last, rect) ? m_width - rect.left
-                                                                             : -1;
+    int candidate = 0;
+    // A divider further right than the last pixel but one cannot be told from the edge.
+    while (candidate < last && rectOf(candidate, rect) && rect.right < width - 1)
+        ++candidate;
+    for (int column = candidate; column >= 0; --column) {
+        rectOf(column, rect);
+        const std::int64_t distance = std::int64_t{x} - rect.right;
+        if (distance >= -HeadingGeometry::kGrabLeft && distance <= HeadingGeometry::kGrabRight)
+            return column;
+    }
+    return -1;
 }
 
 HeadingLines LayOutHeading(const HeadingRect& rect, bool pressed) {

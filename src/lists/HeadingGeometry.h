@@ -4,6 +4,7 @@
 
 #include "src/lists/ListColumns.h"
 
+#include <functional>
 #include <span>
 
 namespace vnbytstr::detail {
@@ -24,22 +25,14 @@ public:
     static constexpr int kGrabLeft = 5;  ///< a divider is grabbed from this far left of it
     static constexpr int kGrabRight = 3; ///< to this far right of it, both included
 
-    /// `shift`: how far the list is scrolled horizontally.
+    /// `shift`: how far the rows are scrolled to the left; negative: how far right of the list's edge
+    /// they begin.
     HeadingGeometry(Columns columns, int clientWidth, int clientHeight, int shift = 0)
         : m_columns(columns), m_width(clientWidth), m_height(clientHeight), m_shift(shift) {}
 
     /// The header's rectangle; false when it begins right of the control's right edge, or there is
     /// no such column.
     bool GetRect(int column, HeadingRect& rect) const;
-    /// The column whose rectangle holds the point, or -1.
-    int HitTest(int x, int y) const;
-    /// The column whose divider is grabbed at `x`, or -1. The last column has none. Where the zones
-    /// of two dividers overlap the right one is taken, so that a column dragged to width 0 can be
-    /// widened again.
-    int SizerHitTest(int x) const;
-    /// The width that makes the last column end at the control's right edge when the list is not
-    /// scrolled; -1 when it begins at or right of that edge, or there is no column.
-    int FixedLastWidth() const;
 
 private:
     Columns m_columns;
@@ -47,6 +40,15 @@ private:
     int m_height;
     int m_shift;
 };
+
+/// A header's rectangle; false when it begins right of the control's right edge.
+using HeadingRects = std::function<bool(int column, HeadingRect& rect)>;
+/// The column whose rectangle holds the point, or -1.
+int HeadingAt(int count, const HeadingRects& rectOf, int x, int y);
+/// The column whose divider is grabbed at `x` in a control of that width, or -1. The last column has
+/// none. Where the zones of two dividers overlap the right one is taken, so that a column dragged to
+/// width 0 can be widened again.
+int DividerAt(int count, const HeadingRects& rectOf, int width, int x);
 
 /// Where the lines and the text of one header are drawn. A line does not include its last point.
 struct HeadingLines {

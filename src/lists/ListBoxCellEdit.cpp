@@ -28,8 +28,9 @@ void CListBoxCellEdit::PostNcDestroy() {
     delete this;
 }
 
-BOOL CListBoxCellComboBox::CreateCell(DWORD style, const RECT& rect, CListBoxEx* list, UINT id) {
-    m_bOwnsItself = CWnd::Create("COMBOBOX", "", style, rect, list, id);
+BOOL CListBoxCellComboBox::CreateCell(DWORD style, const RECT& rect, CListBoxEx* list, UINT id,
+                                      DWORD exStyle) {
+    m_bOwnsItself = CreateEx(exStyle, "COMBOBOX", "", style | WS_CHILD, rect, list, id);
     m_pOwner = list;
     return m_bOwnsItself;
 }

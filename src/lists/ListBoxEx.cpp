@@ -33,6 +33,7 @@ IMPLEMENT_DYNAMIC(CListBoxEx, CWnd)
 BEGIN_MESSAGE_MAP(CListBoxEx, CWnd)
 ON_WM_CREATE()
 ON_WM_DESTROY()
+ON_WM_ENABLE()
 ON_WM_PAINT()
 ON_WM_SIZE()
 ON_WM_WINDOWPOSCHANGING()
@@ -65,6 +66,9 @@ CListBoxEx::~CListBoxEx() {
     if (GetSafeHwnd() != nullptr)
         DestroyWindow();
     UseRowsOf(nullptr);
+    UseHeadings(nullptr);
+    while (!m_Serving.empty())
+        m_Serving.back()->CListBoxExHeadings::SetListBox(nullptr);
 }
 
 void CListBoxEx::Init() {
@@ -91,17 +95,54 @@ void CListBoxEx::CheckInvariants() const {
 
 // --- set-up --------------------------------------------------------------------------------------
 
-void CListBoxEx::SetHeadingsControl(CListBoxExHeadings* headings) { m_pHeadings = headings; }
+void CListBoxEx::SetHeadingsControl(CListBoxExHeadings* headings) {
+    UseHeadings(headings);
+    KeepLastColumnAtEdge();
+}
+
+/// List and header control know each other, so that either may end first.
+void CListBoxEx::UseHeadings(CListBoxExHeadings* headings) {
+    HeadingsOwner* const self = this;
+    if (m_pHeadings != nullptr)
+        std::erase(m_pHeadings->m_users, self);
+    m_pHeadings = headings;
+    if (headings != nullptr)
+        headings->m_users.push_back(self);
+}
+
+void CListBoxEx::HeadingsServe(CListBoxExHeadings* headings, bool on) {
+    std::erase(m_Serving, headings);
+    if (on)
+        m_Serving.push_back(headings);
+}
+
+void CListBoxEx::HeadingsEnd(const CListBoxExHeadings* headings) {
+    if (m_pHeadings == headings)
+        m_pHeadings = nullptr;
+}
+
+void CListBoxEx::KeepLastColumnAtEdge() {
+    if (m_bWidthsComputed && m_pHeadings != nullptr)
+        m_pHeadings->FixLastColWidth();
+}
+
+int CListBoxEx::GetRowsLeft() const {
+    const bool isLeft = (GetStyle() & WS_VSCROLL) != 0 && (GetExStyle() & WS_EX_LEFTSCROLLBAR) != 0;
+    return isLeft ? GetSystemMetrics(SM_CXVSCROLL) : 0;
+}
 
 BOOL CListBoxEx::CreateHeadingsControl(UINT id) {
     CWnd* parent = GetSafeHwnd() != nullptr ? GetParent() : nullptr;
-    m_pHeadings = &m_Headings;
+    if (m_Headings.GetSafeHwnd() != nullptr)
+        m_Headings.DestroyWindow();
+    UseHeadings(&m_Headings);
     m_pHeadings->SetListBox(this);
     if (parent == nullptr || !m_pHeadings->Create(CRect(), parent, id)) {
-        m_pHeadings = nullptr;
+        UseHeadings(nullptr);
         return FALSE;
     }
     PositionHeadings();
+    KeepLastColumnAtEdge();
     if (m_DropTarget.m_hWnd == nullptr)
         m_DropTarget.Register(this);
     m_DropTarget.SetListBox(this);
@@ -127,7 +168,10 @@ void CListBoxEx::PositionHeadings() {
 
 void CListBoxEx::SetNumColumns(int count) {
     const int columns = std::max(count, 0);
+    const Lifeline life(this);
     CellCancel();
+    if (!life.Exists())
+        return;
     m_pColumns =
         columns > 0 ? std::make_unique<SListColumn[]>(static_cast<std::size_t>(columns)) : nullptr;
     m_pFractionalWidths.reset();
@@ -161,6 +205,7 @@ void CListBoxEx::SetColumnWidth(int column, int width) {
     if (column == m_nColumns - 1)
         m_nLastOwnWidth = std::max(width, 0);
     UpdateExtent();
+    KeepLastColumnAtEdge();
     RedrawAll();
 }
 
@@ -294,12 +339,15 @@ BOOL CListBoxEx::EnableWindow(BOOL on) {
     if (GetSafeHwnd() == nullptr)
         return FALSE;
     const BOOL wanted = on != FALSE;
+    const Lifeline life(this);
     BOOL headingsDone = TRUE;
     if (m_pHeadings != nullptr && m_pHeadings->GetSafeHwnd() != nullptr) {
         m_pHeadings->EnableWindow(on);
         headingsDone = (m_pHeadings->IsWindowEnabled() != FALSE) == wanted;
     }
     CWnd::EnableWindow(on);
+    if (!life.Holds())
+        return FALSE;
     return headingsDone && (IsWindowEnabled() != FALSE) == wanted;
 }
 
@@ -309,7 +357,8 @@ void CListBoxEx::SetRightAligned(BOOL on) {
     if (GetSafeHwnd() == nullptr)
         return;
     ModifyStyleEx(on ? 0 : kRightToLeft, on ? kRightToLeft : 0);
-    Invalidate();
+    KeepLastColumnAtEdge();
+    RedrawAll();
 }
 
 void CListBoxEx::SetReadOnly(BOOL on) {
@@ -317,10 +366,13 @@ void CListBoxEx::SetReadOnly(BOOL on) {
     m_bReadOnly = on;
     if (!changed)
         return;
+    const Lifeline life(this);
     if (on)
         CellCancel();
+    if (!life.Exists())
+        return;
     EnableWindow(!on);
-    if (GetSafeHwnd() != nullptr)
+    if (life.Holds())
         Invalidate();
 }
 

@@ -53,10 +53,7 @@ bool CListBoxEx::Accessible::SelectAccessibleRow(int row, bool on) {
         m_list.SendMessage(LB_SETSEL, on, row);
     else
         m_list.SendMessage(LB_SETCURSEL, static_cast<WPARAM>(on ? row : -1));
-    // As after a click: a list box does not notify its parent when a program selects.
-    if (CWnd* parent = m_list.GetParent(); parent != nullptr)
-        parent->SendMessage(WM_COMMAND, MAKEWPARAM(m_list.GetDlgCtrlID(), LBN_SELCHANGE),
-                            reinterpret_cast<LPARAM>(m_list.m_hWnd));
+    m_list.NotifySelChange();
     return true;
 }
 

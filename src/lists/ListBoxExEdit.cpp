@@ -1,6 +1,8 @@
 // CListBoxEx: opening, storing and closing cell editors.
 #include "src/lists/ListBoxExInternal.h"
 #include "src/lists/ListColumns.h"
+#include "src/lists/RowText.h"
+#include "src/window/core/HandAction.h"
 
 #include "vnbytstr/ListBoxCellEdit.h"
 #include "vnbytstr/window/ComboBox.h"
@@ -8,6 +10,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <string>
 
 using namespace vnbytstr::detail;
 
@@ -58,7 +61,10 @@ BOOL CListBoxEx::PlaceCell(int row, int column, CellPlace& place) {
 }
 
 void CListBoxEx::EditColumn(int row, int column) {
+    const Lifeline life(this);
     CellCancel();
+    if (!life.Holds())
+        return;
     SetOnlySel(row);
     StartEditing(row, column);
 }
@@ -66,7 +72,10 @@ void CListBoxEx::EditColumn(int row, int column) {
 void CListBoxEx::StartEditing(int row, int column) {
     if (GetSafeHwnd() == nullptr || !IsRow(row) || !IsColumn(column) || m_bCommitting)
         return;
+    const Lifeline life(this);
     CellCancel();
+    if (!life.Holds() || !IsRow(row) || !IsColumn(column))
+        return;
     SetWidths();
     SetOnlySel(row);
     ShowColumn(column);
@@ -75,7 +84,6 @@ void CListBoxEx::StartEditing(int row, int column) {
         return;
     const bool isFile = place.m_nType == kEditorFile;
     if (isFile || place.m_nType == kEditorText) {
-        const Lifeline life(this);
         m_nCurRow = row; // is adjusted if the parent inserts or deletes rows
         if (ParentTakesCell(column) || !life.Holds() || m_pActiveEditor != nullptr)
             return;
@@ -96,11 +104,14 @@ void CListBoxEx::StartEditing(int row, int column) {
         return;
     m_nCurRow = row;
     m_nCurColumn = column;
+    m_bRefused = FALSE;
     m_pActiveEditor->SendMessage(WM_SETFONT, static_cast<WPARAM>(SendMessage(WM_GETFONT)), TRUE);
     m_pActiveEditor->ShowWindow(SW_SHOW);
     if (auto* edit = DYNAMIC_DOWNCAST(CListBoxCellEdit, m_pActiveEditor))
         edit->ShowAll(TRUE);
-    m_pActiveEditor->SetFocus();
+    m_pActiveEditor->SetFocus(); // the parent learns that the list loses it
+    if (!life.Holds())
+        return;
     Invalidate();
     CheckInvariants();
 }
@@ -108,7 +119,9 @@ void CListBoxEx::StartEditing(int row, int column) {
 CWnd* CListBoxEx::MakeEdit(int column, int type, LPCTSTR value, const CRect& rect) {
     auto* edit = new CListBoxCellEdit(type == kEditorFolder ? CBrowser::kFolder : CBrowser::kFile);
     const SListColumn& record = m_pColumns[static_cast<std::size_t>(column)];
-    if (!edit->CreateCell(WS_CHILD | WS_BORDER | ES_AUTOHSCROLL, rect, this, kCellEditorId)) {
+    const DWORD side = m_bRightAligned ? ES_RIGHT : 0; // where the cell's text is
+    if (!edit->CreateCell(WS_CHILD | WS_BORDER | ES_AUTOHSCROLL | side, rect, this,
+                          kCellEditorId)) {
         delete edit;
         return nullptr;
     }
@@ -134,7 +147,9 @@ CWnd* CListBoxEx::MakeCombo(int column, int type, LPCTSTR value, const CRect& re
     const DWORD style = WS_CHILD | WS_BORDER | WS_VSCROLL | CBS_AUTOHSCROLL |
                         (canType ? CBS_DROPDOWN : CBS_DROPDOWNLIST) | (isSorted ? CBS_SORT : 0);
     auto* combo = new CListBoxCellComboBox;
-    if (!combo->CreateCell(style, rect, this, kCellEditorId)) {
+    const DWORD side =
+        m_bRightAligned ? WS_EX_RIGHT | WS_EX_RTLREADING : 0; // where the cell's text is
+    if (!combo->CreateCell(style, rect, this, kCellEditorId, side)) {
         delete combo;
         return nullptr;
     }
@@ -177,15 +192,12 @@ BOOL CListBoxEx::CellEnter(BOOL notify) {
         return FALSE;
     const CWnd* const editor = m_pActiveEditor;
     const int column = m_nCurColumn;
-    const int row = GetFirstSel();
-    CString value;
-    editor->GetWindowText(value);
-    if (IsFileCell(row, column)) {
-        AddFileName(row, value);
-        GetDisplayString(value, row);
+    CString value = EditorValue(); // m_nCurRow is adjusted if the parent inserts or deletes rows
+    if (IsFileCell(m_nCurRow, column)) {
+        AddFileName(m_nCurRow, value);
+        GetDisplayString(value, m_nCurRow);
+        value = StorableValue(value, true);
     }
-    if (row >= 0)
-        m_nCurRow = row; // is adjusted if the parent inserts or deletes rows
     CWnd* parent = GetParent();
     if (notify && parent != nullptr) {
         const Lifeline life(this);
@@ -199,37 +211,97 @@ BOOL CListBoxEx::CellEnter(BOOL notify) {
         if (m_pActiveEditor != editor)
             return TRUE; // the parent closed the editor or removed the row: nothing to store
         if (answer != 0)
-            return FALSE;
+            return Refuse(value);
     }
-    const int target = row < 0 ? -1 : m_nCurRow;
+    const int target = m_nCurRow;
     const Lifeline life(this);
     const CListRowSource* const source = GetRowSource();
     const BOOL stored = UpdateStringItem(target, column, value);
     if (!life.Holds() || m_pActiveEditor != editor)
         return TRUE; // the source closed the editor
     if (!stored && source != nullptr && source == GetRowSource() && IsRow(target))
-        return FALSE; // refused
+        return Refuse(value);
     StopEditing();
     return TRUE;
+}
+
+/// The open editor's value, as it would be stored; of a file cell, the file's name.
+CString CListBoxEx::EditorValue() const {
+    CString before;
+    GetStringItem(m_nCurRow, m_nCurColumn, before);
+    const int type = EffectiveEditorType(m_nCurRow, m_nCurColumn);
+    const bool picks = type == kEditorPick || type == kEditorSortedPick;
+    if (picks && m_pActiveEditor->SendMessage(CB_GETCURSEL) < 0)
+        return before;
+    CString value;
+    m_pActiveEditor->GetWindowText(value);
+    const bool isKept = value == before || IsFileCell(m_nCurRow, m_nCurColumn);
+    return isKept ? value : StorableValue(value, true);
+}
+
+/// A value without what would split its row; pasted texts have tabs and line breaks.
+CString CListBoxEx::StorableValue(CString value, bool oneLine) const {
+    if (oneLine) {
+        value.Replace("\r\n", " ");
+        value.Replace("\r", " ");
+        value.Replace("\n", " ");
+    }
+    if (GetRowSource() != nullptr || m_nColumns == 0)
+        return value; // its cells hold any text
+    value = CleanValue(value);
+    std::string cell(ViewOf(value));
+    CleanCell(cell, 0, ViewOf(m_strSeparator));
+    return StringOf(cell);
+}
+
+/// The editor stays open with a value that was refused; in a list that was disabled meanwhile the
+/// value is given up. Returns whether the editor is closed.
+BOOL CListBoxEx::Refuse(const CString& value) {
+    if (!IsWindowEnabled()) {
+        CellCancel();
+        return TRUE;
+    }
+    m_bRefused = TRUE;
+    m_strRefused = value;
+    m_nRefusedIn = CurrentHandAction();
+    return FALSE;
+}
+
+/// CellEnter when the user goes elsewhere: a value that was refused is not asked for again by the
+/// same action of the hand, such as each move of a drag.
+BOOL CListBoxEx::LeaveCell() {
+    const bool isRefused = m_pActiveEditor != nullptr && !m_bCommitting && m_bRefused &&
+                           m_nRefusedIn == CurrentHandAction() && EditorValue() == m_strRefused;
+    return isRefused ? FALSE : CellEnter(TRUE);
+}
+
+void CListBoxEx::OnEnable(BOOL on) {
+    const Lifeline life(this);
+    CWnd::OnEnable(on);
+    // Not while the parent is being asked: then CellEnter closes the editor.
+    if (life.Holds() && !on && m_pActiveEditor != nullptr && !m_bCommitting)
+        CellEnter(TRUE);
 }
 
 void CListBoxEx::CloseEditor() {
     CWnd* const editor = m_pActiveEditor;
     const Lifeline life(this);
+    m_bRefused = FALSE;
     m_pActiveEditor = nullptr; // the editor is closing: its losing the focus stores nothing
     if (editor != nullptr && editor->GetSafeHwnd() != nullptr) {
+        const HWND window = editor->m_hWnd;
         auto* edit = DYNAMIC_DOWNCAST(CListBoxCellEdit, editor);
         const CWnd* focus = GetFocus();
         if (focus != nullptr &&
             (focus == editor || editor->IsChild(focus) || (edit != nullptr && edit->IsPart(focus))))
             SetFocus();
-        if (!life.Holds())
-            return;
-        if (edit != nullptr)
-            edit->ShowAll(FALSE);
-        else
-            editor->ShowWindow(SW_HIDE);
-        editor->PostMessage(WM_CLOSE);
+        if (life.Holds() && IsWindow(window)) {
+            if (edit != nullptr)
+                edit->ShowAll(FALSE);
+            else
+                editor->ShowWindow(SW_HIDE);
+            ::PostMessage(window, WM_CLOSE, 0, 0);
+        }
     }
     if (!life.Holds())
         return;
@@ -265,7 +337,7 @@ void CListBoxEx::OnKillFocusOfEdit() {
         (edit != nullptr && edit->IsPart(focus)))
         return;
     const Lifeline life(this);
-    if (!CellEnter(TRUE) && life.Holds())
+    if (!LeaveCell() && life.Holds())
         PostMessage(kRefocusEditor);
 }
 

@@ -40,12 +40,16 @@ ON_WM_KILLFOCUS()
 END_MESSAGE_MAP()
 
 CListBoxExHeadings::CListBoxExHeadings()
-    : m_pTracking(std::make_unique<HeadingTracking>()), m_hArrow(LoadCursor(nullptr, IDC_ARROW)),
+    : m_pTracking(std::make_shared<HeadingTracking>()), m_hArrow(LoadCursor(nullptr, IDC_ARROW)),
       m_hSize(LoadCursor(nullptr, IDC_SIZEWE)) {}
 
 CListBoxExHeadings::~CListBoxExHeadings() {
     if (GetSafeHwnd() != nullptr)
         DestroyWindow();
+    if (m_pList != nullptr)
+        Owner().HeadingsServe(this, false);
+    for (HeadingsOwner* user : m_users)
+        user->HeadingsEnd(this);
 }
 
 BOOL CListBoxExHeadings::Initialize() {
@@ -69,7 +73,11 @@ BOOL CListBoxExHeadings::Create(const RECT& rect, CWnd* parent, UINT id) {
 void CListBoxExHeadings::SetListBox(CListBoxEx* list) {
     if (list != m_pList && m_pTracking->tracking)
         OnCancelMode();
+    if (m_pList != nullptr)
+        Owner().HeadingsServe(this, false);
     m_pList = list;
+    if (m_pList != nullptr)
+        Owner().HeadingsServe(this, true);
 }
 
 void CListBoxExHeadings::OnDestroy() {
@@ -94,7 +102,8 @@ HeadingGeometry CListBoxExHeadings::Geometry() const {
         GetClientRect(client);
     if (m_pList == nullptr)
         return {{}, client.Width(), client.Height()};
-    return {Owner().GetColumns(), client.Width(), client.Height(), Owner().GetSideShift()};
+    return {Owner().GetColumns(), client.Width(), client.Height(),
+            Owner().GetSideShift() - Owner().GetRowsLeft()};
 }
 
 BOOL CListBoxExHeadings::GetRect(int column, CRect* rect) {
@@ -104,13 +113,38 @@ BOOL CListBoxExHeadings::GetRect(int column, CRect* rect) {
     return isInside;
 }
 
-int CListBoxExHeadings::HitTest(CPoint point) { return Geometry().HitTest(point.x, point.y); }
+/// What is drawn is what is hit: an override of GetRect counts.
+HeadingRects CListBoxExHeadings::Rects() {
+    return [this](int column, HeadingRect& place) {
+        CRect rect;
+        const BOOL isInside = GetRect(column, &rect);
+        place = {rect.left, rect.top, rect.right, rect.bottom};
+        return isInside != FALSE;
+    };
+}
 
-int CListBoxExHeadings::SizerHitTest(CPoint point) { return Geometry().SizerHitTest(point.x); }
+int CListBoxExHeadings::HitTest(CPoint point) {
+    return HeadingAt(ColumnCount(), Rects(), point.x, point.y);
+}
+
+int CListBoxExHeadings::SizerHitTest(CPoint point) {
+    CRect client;
+    if (GetSafeHwnd() != nullptr)
+        GetClientRect(client);
+    return DividerAt(ColumnCount(), Rects(), client.Width(), point.x);
+}
 
 void CListBoxExHeadings::FixLastColWidth() {
-    if (m_pList != nullptr)
-        Owner().FillLastColumn(Geometry().FixedLastWidth());
+    if (m_pList == nullptr || GetSafeHwnd() == nullptr)
+        return;
+    CRect client;
+    GetClientRect(client);
+    CRect last;
+    GetRect(ColumnCount() - 1, &last);
+    // Scrolled or not, the column is as wide as it is when the list is not scrolled.
+    const int left = last.left + Owner().GetSideShift();
+    const bool isInside = ColumnCount() > 0 && left < client.right;
+    Owner().FillLastColumn(isInside ? client.right - left : -1);
 }
 
 CFont* CListBoxExHeadings::GetActiveFont() {

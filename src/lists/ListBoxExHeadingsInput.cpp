@@ -17,16 +17,33 @@ constexpr int kKeyStep = 8; ///< pixels that a key resizes by
 
 // --- mouse ---------------------------------------------------------------------------------------
 
+BOOL CListBoxExHeadings::CanFocusList() const {
+    return m_pList != nullptr && m_pList->GetSafeHwnd() != nullptr && m_pList->IsWindowEnabled() &&
+           (m_pList->GetStyle() & WS_TABSTOP) != 0;
+}
+
 void CListBoxExHeadings::FocusList() {
-    if (m_pList != nullptr && m_pList->GetSafeHwnd() != nullptr && m_pList->IsWindowEnabled() &&
-        (m_pList->GetStyle() & WS_TABSTOP) != 0)
+    if (CanFocusList())
         m_pList->SetFocus();
+}
+
+/// Gives the list the focus, which stores an open editor: the parent may show a message box, which
+/// gets the release, or destroy everything. FALSE when nothing is to come of the press.
+BOOL CListBoxExHeadings::FocusListForPress() {
+    const Life life = m_pTracking;
+    const bool wasDown = GetKeyState(VK_LBUTTON) < 0;
+    const bool wasEditing = m_pList != nullptr && Owner().HasOpenEditor() && CanFocusList();
+    FocusList();
+    if (life.expired() || GetSafeHwnd() == nullptr)
+        return FALSE;
+    if (wasEditing && m_pList != nullptr && Owner().HasOpenEditor())
+        return FALSE; // the value was refused
+    return !wasDown || GetKeyState(VK_LBUTTON) < 0;
 }
 
 void CListBoxExHeadings::OnLButtonDown(UINT flags, CPoint point) {
     static_cast<void>(flags);
-    FocusList(); // stores an open editor
-    if (GetSafeHwnd() == nullptr || m_pList == nullptr || GetCapture() == this)
+    if (!FocusListForPress() || m_pList == nullptr || GetCapture() == this)
         return;
     if (const int column = SizerHitTest(point); column >= 0) {
         BeginResize(column, point);
@@ -83,16 +100,24 @@ void CListBoxExHeadings::OnMouseMove(UINT flags, CPoint point) {
             Invalidate();
         return;
     }
+    const Life life = m_pTracking;
+    const bool wasDown = GetKeyState(VK_LBUTTON) < 0;
     m_pList->SetFocus();
-    if (GetSafeHwnd() == nullptr || !m_pTracking->tracking ||
+    if (life.expired() || GetSafeHwnd() == nullptr || !m_pTracking->tracking ||
         m_pTracking->sizingColumn >= ColumnCount())
         return; // the focus change ended the drag, or destroyed the list or its columns
+    if (wasDown && GetKeyState(VK_LBUTTON) >= 0) {
+        OnCancelMode();
+        return;
+    }
     SetCursor(m_hSize);
     DrawSizer();
     ResizeTo(point, FALSE);
     UpdateWindow(); // the list follows the drag
-    m_pList->UpdateWindow();
-    DrawSizer();
+    if (!life.expired() && m_pList != nullptr)
+        m_pList->UpdateWindow();
+    if (!life.expired() && m_pTracking->tracking)
+        DrawSizer();
 }
 
 void CListBoxExHeadings::OnLButtonUp(UINT flags, CPoint point) {
@@ -109,17 +134,16 @@ void CListBoxExHeadings::OnLButtonUp(UINT flags, CPoint point) {
     }
     const HeadingTracking::Released released = m_pTracking->Release(HitTest(point));
     ReleaseCapture();
-    const HWND window = m_hWnd;
+    const Life life = m_pTracking;
     const BOOL sorted =
         released.sortColumn >= 0 && m_pList != nullptr && Owner().Sort(released.sortColumn);
-    if (IsWindow(window) && (sorted || released.hadLook))
+    if (!life.expired() && GetSafeHwnd() != nullptr && (sorted || released.hadLook))
         Invalidate();
 }
 
 void CListBoxExHeadings::OnLButtonDblClk(UINT flags, CPoint point) {
     static_cast<void>(flags);
-    FocusList();
-    if (GetSafeHwnd() == nullptr)
+    if (!FocusListForPress())
         return;
     Default();
     if (const int column = SizerHitTest(point); column >= 0)

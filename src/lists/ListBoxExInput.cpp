@@ -55,7 +55,7 @@ void CListBoxEx::OnDestroy() {
     if (m_pHeadings != nullptr)
         m_pHeadings->SetListBox(nullptr);
     if (m_pHeadings != &m_Headings)
-        m_pHeadings = nullptr; // its owner may delete it before this object
+        UseHeadings(nullptr);
     CWnd::OnDestroy();
 }
 
@@ -114,13 +114,13 @@ void CListBoxEx::OnVScroll(UINT code, UINT position, CWnd* bar) {
     if (bar != nullptr)
         return; // sent by an editor's spinner, not by the list's scroll bar
     const Lifeline life(this);
-    if (CellEnter(TRUE) && life.Holds()) // an editor would not scroll with its row
+    if (LeaveCell() && life.Holds()) // an editor would not scroll with its row
         Default();
 }
 
 BOOL CListBoxEx::OnMouseWheel(UINT flags, short delta, CPoint screen) {
     const Lifeline life(this);
-    if (!CellEnter(TRUE) || !life.Holds())
+    if (!LeaveCell() || !life.Holds())
         return TRUE;
     return CWnd::OnMouseWheel(flags, delta, screen);
 }
@@ -129,17 +129,20 @@ BOOL CListBoxEx::OnMouseWheel(UINT flags, short delta, CPoint screen) {
 
 void CListBoxEx::OnLButtonDown(UINT flags, CPoint point) {
     const Lifeline life(this);
-    if (!CellEnter(TRUE) || !life.Holds())
-        return; // the value was refused: the editor stays open
+    const bool wasDown = IsDown(VK_LBUTTON);
+    const auto isReleased = [wasDown] { return wasDown && !IsDown(VK_LBUTTON); };
+    if (!LeaveCell() || !life.Holds() || isReleased())
+        return; // the value was refused, or a message box got the release
+    int row = -1;
+    int column = -1;
+    HitTest(point, row, m_nClickedColumn);
     const int before = GetFirstSel();
     Default();
-    if (!life.Holds() || before < 0)
+    if (!life.Holds() || before < 0 || isReleased())
         return;
     // Shift and Ctrl extend a selection, which opening a cell would cancel.
     if (HasManySelected() && (flags & (MK_SHIFT | MK_CONTROL)) != 0)
         return;
-    int row = -1;
-    int column = -1;
     HitTest(point, row, column);
     if (row == before)
         EditUnder(row, column);
@@ -148,7 +151,7 @@ void CListBoxEx::OnLButtonDown(UINT flags, CPoint point) {
 void CListBoxEx::OnLButtonDblClk(UINT flags, CPoint point) {
     static_cast<void>(flags);
     const Lifeline life(this);
-    if (!CellEnter(TRUE) || !life.Holds())
+    if (!LeaveCell() || !life.Holds())
         return;
     Default();
     if (!life.Holds())
@@ -168,7 +171,7 @@ void CListBoxEx::EditUnder(int row, int column) {
 void CListBoxEx::OnRButtonDown(UINT flags, CPoint point) {
     static_cast<void>(flags);
     const Lifeline life(this);
-    if (!CellEnter(TRUE) || !life.Holds())
+    if (!LeaveCell() || !life.Holds())
         return;
     int row = -1;
     int column = -1;
@@ -218,9 +221,9 @@ BOOL CListBoxEx::PreTranslateMessage(MSG* message) {
 BOOL CListBoxEx::ProcessInputMessage(MSG* message) {
     if (message == nullptr || message->message != WM_KEYDOWN || IsDown(VK_MENU))
         return FALSE;
-    if (GetFirstSel() < 0)
-        return FALSE;
     const bool isEditing = m_pActiveEditor != nullptr;
+    if (!isEditing && GetFirstSel() < 0)
+        return FALSE;
     switch (message->wParam) {
     case VK_TAB:
         if (!isEditing || IsDown(VK_CONTROL))
@@ -230,7 +233,7 @@ BOOL CListBoxEx::ProcessInputMessage(MSG* message) {
     case VK_F2:
         if (IsDown(VK_SHIFT))
             return ZoomCell();
-        if (isEditing || !m_bEditing || m_bReadOnly)
+        if (isEditing || !IsEditingEnabled())
             return FALSE;
         EditNextCell({GetFirstSel(), 0}, true);
         return TRUE;
@@ -266,9 +269,8 @@ void CListBoxEx::MoveToNextCell(BOOL forward) {
     const Lifeline life(this);
     if (!CellEnter(TRUE) || !life.Holds())
         return;
-    const int row = GetFirstSel();
-    if (row >= 0)
-        EditNextCell({row, forward ? column + 1 : column - 1}, forward != FALSE);
+    if (IsRow(m_nCurRow)) // its row, wherever that is now
+        EditNextCell({m_nCurRow, forward ? column + 1 : column - 1}, forward != FALSE);
 }
 
 void CListBoxEx::EditNextCell(const CellAddress& from, bool forward) {
@@ -287,9 +289,9 @@ DROPEFFECT CListBoxEx::DragOver(CPoint point) {
         return DROPEFFECT_NONE;
     const Lifeline life(this);
     // The current cell is about to change. The parent may remove rows while it is asked.
-    if (!CellEnter(TRUE) || !life.Holds() || !IsRow(row))
+    if (!LeaveCell() || !life.Holds() || !IsRow(row) || !IsColumn(column))
         return DROPEFFECT_NONE;
-    if (row != m_nCurRow)
+    if (row != GetFirstSel() || (HasManySelected() && SendMessage(LB_GETSELCOUNT) != 1))
         SetOnlySel(row);
     m_nCurRow = row;
     m_nCurColumn = column;

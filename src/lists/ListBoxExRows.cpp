@@ -163,6 +163,26 @@ void CListBoxEx::SetOnlySel(int row) {
     SendMessage(LB_SETSEL, TRUE, row);
 }
 
+/// The row that was found by typing.
+void CListBoxEx::SelectFound(int row) {
+    if (HasManySelected()) { // what is selected stays so
+        SendMessage(LB_SETCARETINDEX, static_cast<WPARAM>(row));
+        return;
+    }
+    const bool isNew = SendMessage(LB_GETCURSEL) != row;
+    SendMessage(LB_SETCURSEL, static_cast<WPARAM>(row));
+    if (isNew)
+        NotifySelChange();
+}
+
+/// As after a click: a list box does not notify its parent when a program selects.
+void CListBoxEx::NotifySelChange() {
+    CWnd* const parent = (GetStyle() & LBS_NOTIFY) != 0 ? GetParent() : nullptr;
+    if (parent != nullptr)
+        parent->SendMessage(WM_COMMAND, MAKEWPARAM(GetDlgCtrlID(), LBN_SELCHANGE),
+                            reinterpret_cast<LPARAM>(m_hWnd));
+}
+
 void CListBoxEx::HitTest(CPoint point, int& row, int& column) {
     row = column = -1;
     if (GetSafeHwnd() == nullptr)
@@ -313,8 +333,12 @@ BOOL CListBoxEx::SetRowSource(CListRowSource* source) {
     if (!life.Holds() || GetRowSource() != source)
         return FALSE;
     ListBoxSetNoData(m_hWnd, source != nullptr);
+    if (!life.Holds() || GetRowSource() != source)
+        return FALSE;
     ForgetRows();
     RowsChanged();
+    if (!life.Holds() || GetRowSource() != source)
+        return FALSE;
     if (m_bSideScroll)
         SideShiftChanged(); // it is scrolled to the left again
     RedrawAll();
@@ -326,15 +350,16 @@ void CListBoxEx::RowsChanged() {
     if (source == nullptr || GetSafeHwnd() == nullptr)
         return;
     const int count = std::max(source->GetRowCount(), 0);
+    const Lifeline life(this);
     if (m_nCurRow >= count) {
-        const Lifeline life(this);
         m_nCurRow = -1;
         CellCancel();
         if (!life.Holds() || GetRowSource() != source)
             return;
     }
     SendMessage(LB_SETCOUNT, static_cast<WPARAM>(count));
-    FollowEditedRow();
+    if (life.Holds())
+        FollowEditedRow();
 }
 
 void CListBoxEx::RowChanged(int row) {
@@ -362,12 +387,21 @@ LRESULT CListBoxEx::OnOwnMessage(UINT message) {
     return 0;
 }
 
+/// Closes the editor before its row goes. False: the list has gone with that.
+bool CListBoxEx::CloseEditorOfGoingRow(UINT message, WPARAM wParam) {
+    const bool goes = message == LB_RESETCONTENT ||
+                      (message == LB_DELETESTRING && static_cast<int>(wParam) == m_nCurRow);
+    if (!goes || m_pActiveEditor == nullptr)
+        return true;
+    const Lifeline life(this);
+    CellCancel();
+    return life.Holds();
+}
+
 LRESULT CListBoxEx::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     // Rows are inserted and deleted by message; the per-row data follows.
-    if (m_pActiveEditor != nullptr &&
-        (message == LB_RESETCONTENT ||
-         (message == LB_DELETESTRING && static_cast<int>(wParam) == m_nCurRow)))
-        CellCancel();
+    if (!CloseEditorOfGoingRow(message, wParam))
+        return LB_ERR;
     if (message == kRefocusEditor || message == kContinueSearch || message == kRowsGone)
         return OnOwnMessage(message);
     if (message < LB_ADDSTRING || message > LB_RESETCONTENT)

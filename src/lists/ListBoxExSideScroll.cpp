@@ -84,7 +84,7 @@ void CListBoxEx::OnHScroll(UINT code, UINT position, CWnd* bar) {
     if (bar != nullptr)
         return; // sent by an editor's spinner
     const Lifeline life(this);
-    if (!CellEnter(TRUE) || !life.Holds())
+    if (!LeaveCell() || !life.Holds())
         return;
     Default();
     SideShiftChanged();

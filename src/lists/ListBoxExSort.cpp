@@ -3,25 +3,30 @@
 #include "src/lists/ListSort.h"
 
 #include "src/charset/SortOrder.h"
+#include "vnbytstr/VNListBox.h"
 #include "vnbytstr/window/ListBox.h"
 
 #include <algorithm>
 #include <memory>
+#include <typeinfo>
 #include <utility>
 #include <vector>
 
 using namespace vnbytstr::detail;
 
 SSortItem* CListBoxEx::SortInternal(int column) {
-    const bool isPlain = m_nColumns == 0 && column == 0;
     if (GetSafeHwnd() == nullptr || GetRowSource() != nullptr || (GetStyle() & LBS_SORT) != 0 ||
-        (!IsColumn(column) && !isPlain))
+        !(IsColumn(column) || (m_nColumns == 0 && column == 0)))
         return nullptr;
     if (m_pActiveEditor != nullptr) { // its row would move
         const Lifeline life(this);
         if (!CellEnter(TRUE) || !life.Holds())
             return nullptr;
+        // The parent may have changed the columns when it was asked.
+        if (GetRowSource() != nullptr || !(IsColumn(column) || (m_nColumns == 0 && column == 0)))
+            return nullptr;
     }
+    const bool isPlain = m_nColumns == 0;
     const int count = GetCount();
     const auto rows = static_cast<std::size_t>(count);
     const bool descending = column == m_nSortColumn && m_nSortState == kSortedAscending;
@@ -93,7 +98,9 @@ std::vector<bool> CListBoxEx::SelectedRows() const {
 
 SSortItem* CListBoxEx::SortForOrder(int column) {
     const Lifeline life(this);
-    const BOOL before = std::exchange(m_bSortValues, m_bSortValuesAlways);
+    // A class that has an override is not one of these two.
+    const bool isOwn = typeid(*this) == typeid(CListBoxEx) || typeid(*this) == typeid(CVNListBox);
+    const BOOL before = std::exchange(m_bSortValues, m_bSortValuesWanted && !isOwn);
     SSortItem* items = SortInternal(column);
     if (life.Exists())
         m_bSortValues = before;

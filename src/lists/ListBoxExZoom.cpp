@@ -52,15 +52,27 @@ std::string ShellErrorText(int error) {
 int CListBoxEx::ShowZoom(int row, int column, CString& value) {
     static_cast<void>(row);
     CZoomDialog dialog(value, GetColumnName(column), this);
+    dialog.SetReadOnly(!IsEditingEnabled());
     const int answer = dialog.DoModal();
     if (answer == IDOK)
         value = dialog.GetValue();
     return answer;
 }
 
+/// The first cell that can be edited; in a list that is not edited, the one clicked last counts.
+/// -1: none.
+int CListBoxEx::ColumnToZoom(int row) const {
+    if (!IsEditingEnabled() && IsColumn(m_nClickedColumn))
+        return m_nClickedColumn;
+    const auto cell = FindEditable(GetColumns(), {row, 0}, true, GetCount());
+    if (cell && cell->row == row)
+        return cell->column;
+    return IsEditingEnabled() ? -1 : 0;
+}
+
 /// Handles Shift+F2; TRUE if the key was used.
 BOOL CListBoxEx::ZoomCell() {
-    if (!m_bEditing || m_bReadOnly || m_bCommitting)
+    if (m_bCommitting)
         return FALSE;
     int row = GetFirstSel();
     int column = m_nCurColumn;
@@ -72,10 +84,9 @@ BOOL CListBoxEx::ZoomCell() {
         if (!life.Holds())
             return TRUE;
     } else {
-        const auto cell = FindEditable(GetColumns(), {row, 0}, true, GetCount());
-        if (!cell || cell->row != row)
+        column = ColumnToZoom(row);
+        if (column < 0)
             return FALSE;
-        column = cell->column;
         if (IsFileCell(row, column)) {
             if (ParentTakesCell(column) || !life.Holds())
                 return TRUE;
@@ -89,7 +100,11 @@ BOOL CListBoxEx::ZoomCell() {
         return TRUE;
     }
     m_nCurRow = row; // is adjusted if rows are inserted or deleted meanwhile
-    while (ShowZoom(row, column, value) == IDOK && life.Holds()) {
+    while (ShowZoom(row, column, value) == IDOK && life.Holds() && IsEditingEnabled()) {
+        CString before;
+        GetStringItem(m_nCurRow, column, before);
+        if (value != before)
+            value = StorableValue(value, false);
         CWnd* parent = GetParent();
         m_bCommitting = TRUE;
         const LRESULT answer =
@@ -105,7 +120,8 @@ BOOL CListBoxEx::ZoomCell() {
                              GetRowSource() != nullptr && IsRow(row);
         if (!life.Holds())
             return TRUE;
-        if ((answer == 0 && !refused) || answer == kRefuseAndEndZoom || row < 0)
+        if ((answer == 0 && !refused) || answer == kRefuseAndEndZoom || row < 0 ||
+            !IsColumn(column))
             break;
     }
     return TRUE;

@@ -116,7 +116,6 @@ private:
         return m_list.IsColumn(column) || (m_list.m_nColumns == 0 && column == 0);
     }
     int SearchPart();
-    void SelectFound(int row);
 
     /// A search by typing that goes on between messages: from row `from` to the end, then from the
     /// top to it.

@@ -1,5 +1,7 @@
 #include "src/lists/RowText.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstring>
 
 namespace vnbytstr::detail {
@@ -40,6 +42,16 @@ std::string_view CellText(std::string_view row, std::string_view separator, int 
         if (!reader.Next(value))
             return {};
     return value;
+}
+
+void CleanCell(std::string& row, std::size_t from, std::string_view separator) {
+    const char blank = separator.find(' ') == std::string_view::npos ? ' ' : '_';
+    std::replace(row.begin() + static_cast<std::ptrdiff_t>(from), row.end(), '\0', blank);
+    const std::size_t end = row.size();
+    row.append(separator); // which could begin with the text's last bytes
+    for (std::size_t at = from; (at = row.find(separator, at)) < end;)
+        row[at] = blank;
+    row.resize(end);
 }
 
 std::string ReplaceCell(std::string_view row, std::string_view separator, int column,

@@ -2,6 +2,7 @@
 #include "src/lists/ListColumns.h"
 #include "src/lists/ListRows.h"
 #include "src/lists/LongText.h"
+#include "src/lists/RowText.h"
 
 #include "vnbytstr/window/ListBox.h"
 
@@ -22,17 +23,6 @@ constexpr std::chrono::milliseconds kSearchPart{20};
 constexpr int kRowMargin = 2;
 /// So many selected rows are followed through a sort.
 constexpr int kMaxFollowed = 1000;
-
-/// A cell's text as a part of a row's: without what would split or end the row.
-void CleanPart(std::string& row, std::size_t from, std::string_view separator) {
-    const char blank = separator.find(' ') == std::string_view::npos ? ' ' : '_';
-    std::replace(row.begin() + static_cast<std::ptrdiff_t>(from), row.end(), '\0', blank);
-    const std::size_t end = row.size();
-    row.append(separator); // which could begin with the text's last bytes
-    for (std::size_t at = from; (at = row.find(separator, at)) < end;)
-        row[at] = blank;
-    row.resize(end);
-}
 
 } // namespace
 
@@ -79,7 +69,7 @@ void CListBoxEx::SourceRows::TextToDraw(int row, std::string& text) const {
         if (end > left && end > start) {
             const std::size_t from = text.size();
             text.append(Beginning(Cell(row, column, cell), kMaxDrawnBytes));
-            CleanPart(text, from, separator);
+            CleanCell(text, from, separator);
         }
         start = end;
     }
@@ -160,7 +150,7 @@ void CListBoxEx::SourceRows::ContinueSearch() {
     if (m_search.running)
         m_list.PostMessage(kContinueSearch);
     else if (found >= 0)
-        SelectFound(found);
+        m_list.SelectFound(found);
 }
 
 /// Asks the source once. Returns the row when it has found one; ends the search when it has, and
@@ -186,13 +176,6 @@ int CListBoxEx::SourceRows::SearchPart() {
     return -1;
 }
 
-void CListBoxEx::SourceRows::SelectFound(int row) {
-    if (m_list.HasManySelected())
-        m_list.SendMessage(LB_SETSEL, TRUE, row);
-    else
-        m_list.SendMessage(LB_SETCURSEL, static_cast<WPARAM>(row));
-}
-
 // --- sorting -------------------------------------------------------------------------------------
 
 BOOL CListBoxEx::SourceRows::Sort(int column) {
@@ -203,8 +186,9 @@ BOOL CListBoxEx::SourceRows::Sort(int column) {
     const Lifeline life(&list);
     if (list.m_pActiveEditor != nullptr && (!list.CellEnter(TRUE) || !life.Holds()))
         return FALSE; // its row would move
-    if (list.GetRowSource() != source)
-        return FALSE;
+    const bool isColumn = list.IsColumn(column) || (list.m_nColumns == 0 && column == 0);
+    if (list.GetRowSource() != source || !isColumn)
+        return FALSE; // the parent changed rows or columns when it was asked
     const bool ascending = column != list.m_nSortColumn || list.m_nSortState != kSortedAscending;
     if (source->SortRows(column, ascending) != ESortAnswer::Sorted || !life.Holds() ||
         list.GetRowSource() != source)

@@ -113,8 +113,11 @@ bool CListBoxEx::TextRows::SetCell(int row, int column, const char* text) {
 }
 
 void CListBoxEx::TextRows::FindTyped(const CString& typed) {
-    m_list.SendMessage(LB_SELECTSTRING, static_cast<WPARAM>(m_list.SendMessage(LB_GETCURSEL)),
-                       reinterpret_cast<LPARAM>(static_cast<const char*>(typed)));
+    const LRESULT found =
+        m_list.SendMessage(LB_FINDSTRING, static_cast<WPARAM>(m_list.SendMessage(LB_GETCURSEL)),
+                           reinterpret_cast<LPARAM>(static_cast<const char*>(typed)));
+    if (found >= 0)
+        m_list.SelectFound(static_cast<int>(found));
 }
 
 BOOL CListBoxEx::TextRows::Sort(int column) {

@@ -59,8 +59,9 @@ void CVNListBox::SetDataTip(CPoint point) {
         m_DataTip.Hide();
         return;
     }
-    m_bTipShown = TRUE;
-    m_DataTip.Set(point, GetItemTip(index));
+    const CString tip = GetItemTip(index);
+    m_bTipShown = !tip.IsEmpty();
+    m_DataTip.Set(point, tip);
 }
 
 void CVNListBox::DoMouseMove(CPoint point) { SetDataTip(point); }

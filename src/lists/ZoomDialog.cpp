@@ -52,8 +52,8 @@ CZoomDialog::CZoomDialog(const CString& value, LPCTSTR name, CWnd* parent)
 int CZoomDialog::DoModal() {
     const CString ok = TextOr(IDS_BUTTON_OK, "OK");
     const CString cancel = TextOr(IDS_BUTTON_CANCEL, "Cancel");
-    CString title = TextOr(CanChange() ? IDS_ZOOM_TITLE : IDS_ZOOM_TITLE_CUT,
-                           CanChange() ? "Zoom" : "Zoom (the beginning, cannot be changed)");
+    CString title = TextOr(IsCut() ? IDS_ZOOM_TITLE_CUT : IDS_ZOOM_TITLE,
+                           IsCut() ? "Zoom (the beginning, cannot be changed)" : "Zoom");
     if (!m_strName.IsEmpty())
         title = m_strName + " - " + title;
     const CDialogTemplate::Item items[] = {

@@ -196,7 +196,6 @@ TEST_F(EditingSteps, KeysAndClicks) {
         {"select 2; f2", "open 0 | 2,0:charlie | 2 |"},
         {"type-of-0 0; select 2; f2", "| 2,2:100 | 2 |"},
         {"editing 0; select 2; f2", "| - | 2 |"},
-        {"editing 0; select 2; shift+f2", "| - | 2 |"},
         // the first click selects, the second edits
         {"click 2 0", "| - | 2 |"},
         {"click 2 0; click 2 1", "| - | 2 |"}, // not an editable column
@@ -207,7 +206,7 @@ TEST_F(EditingSteps, KeysAndClicks) {
         {"tabstop 0; select 2; dclick 2 0", "| - | 2 |"},
         // read-only ends and prevents editing
         {"edit 1 0; readonly 1", "open 0, closed | - | 1 |"},
-        {"readonly 1; enable 1; select 1; f2; shift+f2; dclick 1 0", "| - | 1 |"},
+        {"readonly 1; enable 1; select 1; f2; dclick 1 0", "| - | 1 |"},
         // numbers have a spinner and take digits, signs and markers only
         {"edit 0 2; up", "| 0,2:11 | 0 |"},
         {"edit 0 2; type 200; up", "| 0,2:200 | 0 |"}, // the range's end
@@ -251,6 +250,30 @@ TEST_F(EditingSteps, LeavingTheEditorStores) {
         EXPECT_EQ(Run(""), refusal != 0 ? "store 0 left | 1,0:left | 1 | "
                                         : "store 0 left, closed | - | 1 | 1,0=left");
         EXPECT_EQ(CWnd::GetFocus(), refusal != 0 ? list->GetActiveEditor() : &other);
+    }
+}
+
+TEST_F(Editing, AListThatIsNotEditedShowsItsValues) {
+    list->onZoom = [](CString& value) {
+        value = "changed";
+        return IDOK;
+    };
+    const std::function<void()> locks[] = {[this] { list->EnableEditing(FALSE); },
+                                           [this] {
+                                               list->SetReadOnly(TRUE);
+                                               list->CWnd::EnableWindow(TRUE);
+                                               list->SetFocus();
+                                           }};
+    for (const auto& lock : locks) {
+        SetUp();
+        lock();
+        list->SetOnlySel(2);
+        Key(Qt::Key_F2, Qt::ShiftModifier);
+        Click(CellPoint(1, 1));
+        Key(Qt::Key_F2, Qt::ShiftModifier); // the cell that was clicked, editable or not
+        EXPECT_EQ(list->zooms, (std::vector<std::string>{"2,0:charlie", "1,1:Linz"}));
+        EXPECT_EQ(Cell(2, 0), "charlie");
+        EXPECT_EQ(parent.Take(), Asked{});
     }
 }
 
@@ -311,8 +334,8 @@ TEST_F(Editing, AFileIsDroppedOnACell) {
     EXPECT_EQ(target.OnDragOver(list.get(), &data, 0, CellPoint(2, 1)), DROPEFFECT_MOVE);
     EXPECT_EQ(list->GetFirstSel(), 2);
     EXPECT_EQ(list->GetSelColumn(), 1);
-    EXPECT_EQ(target.OnDragOver(list.get(), &data, 0, {350, RowHeight() * 2 + 4}),
-              DROPEFFECT_NONE); // no column
+    EXPECT_EQ(target.OnDragOver(list.get(), &data, 0, {350, RowHeight() * 7}),
+              DROPEFFECT_NONE); // no row
     EXPECT_TRUE(target.OnDrop(list.get(), &data, DROPEFFECT_MOVE, CellPoint(2, 1)));
     EXPECT_STREQ(list->GetFileName(2), "/data/picture.png");
     EXPECT_TRUE(IsOpenAt(2, 1));

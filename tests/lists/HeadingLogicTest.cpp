@@ -9,6 +9,10 @@ using vnbytstr::test::ColumnsOf;
 
 namespace {
 
+HeadingRects RectsOf(const HeadingGeometry& geometry) {
+    return [&geometry](int column, HeadingRect& rect) { return geometry.GetRect(column, rect); };
+}
+
 TEST(HeadingGeometry, RectanglesAreSideBySide) {
     const auto columns = ColumnsOf({50, 40, 200});
     const struct {
@@ -40,13 +44,14 @@ TEST(HeadingGeometry, HitTestAgreesWithTheRectangles) {
                 int expected = -1;
                 for (int i = 0; i < 6 && expected < 0; ++i) {
                     HeadingRect rect;
-                    if (geometry.GetRect(i, rect) && x >= std::max(2, rect.left) && x < rect.right)
+                    if (geometry.GetRect(i, rect) && x >= rect.left && x < rect.right)
                         expected = i;
                 }
-                EXPECT_EQ(geometry.HitTest(x, 5), expected) << width << ' ' << shift << ' ' << x;
+                EXPECT_EQ(HeadingAt(6, RectsOf(geometry), x, 5), expected)
+                    << width << ' ' << shift << ' ' << x;
             }
-            EXPECT_EQ(geometry.HitTest(10, 0), -1);
-            EXPECT_EQ(geometry.HitTest(10, 20), -1);
+            EXPECT_EQ(HeadingAt(6, RectsOf(geometry), 10, 0), -1);
+            EXPECT_EQ(HeadingAt(6, RectsOf(geometry), 10, 20), -1);
         }
 }
 
@@ -68,18 +73,12 @@ TEST(HeadingGeometry, DividersAreGrabbedFromFiveLeftToThreeRight) {
         {wide, 100, 0, 99, 1},   // a column that ends outside is grabbed at the edge
         {closed, 200, 0, 52, 1}, // width 0 can be widened again
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(HeadingGeometry(c.columns, c.width, 20, c.shift).SizerHitTest(c.x), c.column)
+    for (const auto& c : cases) {
+        const HeadingGeometry geometry(c.columns, c.width, 20, c.shift);
+        const int count = static_cast<int>(c.columns.size());
+        EXPECT_EQ(DividerAt(count, RectsOf(geometry), c.width, c.x), c.column)
             << c.columns.size() << ": " << c.x << ' ' << c.shift;
-}
-
-TEST(HeadingGeometry, TheLastColumnEndsAtTheRightEdge) {
-    const auto columns = ColumnsOf({50, 40, 30});
-    EXPECT_EQ(HeadingGeometry(columns, 200, 20).FixedLastWidth(), 108);
-    EXPECT_EQ(HeadingGeometry(columns, 200, 20, 30).FixedLastWidth(), 108); // scrolled or not
-    EXPECT_EQ(HeadingGeometry(columns, 100, 20).FixedLastWidth(), 8);       // narrows too
-    EXPECT_EQ(HeadingGeometry(columns, 92, 20).FixedLastWidth(), -1);
-    EXPECT_EQ(HeadingGeometry({}, 92, 20).FixedLastWidth(), -1);
+    }
 }
 
 TEST(HeadingGeometry, NarrowHeadersHaveFewerLines) {

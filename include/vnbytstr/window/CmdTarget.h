@@ -158,6 +158,8 @@ protected:                                                                      
 #define ON_WM_CREATE() AFX_RESULT_ENTRY(WM_CREATE, OnCreate(reinterpret_cast<LPCREATESTRUCT>(l)))
 /// void OnDestroy()
 #define ON_WM_DESTROY() AFX_VOID_ENTRY(WM_DESTROY, OnDestroy())
+/// void OnEnable(BOOL on)
+#define ON_WM_ENABLE() AFX_VOID_ENTRY(WM_ENABLE, OnEnable(w != 0))
 /// void OnSize(UINT type, int cx, int cy)
 #define ON_WM_SIZE() AFX_VOID_ENTRY(WM_SIZE, OnSize(static_cast<UINT>(w), LOWORD(l), HIWORD(l)))
 /// void OnSetFocus(CWnd* old), void OnKillFocus(CWnd* next)

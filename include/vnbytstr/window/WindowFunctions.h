@@ -94,7 +94,9 @@ VNBYTSTR_CONTROLS_API HCURSOR SetCursor(HCURSOR cursor);
 VNBYTSTR_CONTROLS_API HCURSOR GetCursor();
 /// The system's pointer of that number (IDC_*); null for an unknown one.
 VNBYTSTR_CONTROLS_API HCURSOR LoadCursor(HINSTANCE instance, int id);
-/// Confines the pointer to a rectangle of the screen; null ends that.
+/// Confines what windows of this library see of the pointer to a rectangle of the screen: mouse
+/// messages outside have the nearest point inside. The pointer itself goes where the hand moves it,
+/// since a window system keeps that to itself. Null ends the confinement.
 VNBYTSTR_CONTROLS_API BOOL ClipCursor(LPCRECT rect);
 /// The rectangle of ClipCursor, else the whole screen.
 VNBYTSTR_CONTROLS_API BOOL GetClipCursor(LPRECT rect);

@@ -177,6 +177,7 @@ protected:
     // Default handlers of the ON_WM_ macros: each calls Default.
     int OnCreate(LPCREATESTRUCT create);
     void OnDestroy();
+    void OnEnable(BOOL on);
     void OnSize(UINT type, int cx, int cy);
     void OnSetFocus(CWnd* old);
     void OnKillFocus(CWnd* next);

@@ -40,6 +40,17 @@ LRESULT ComboControl::Proc(UINT message, WPARAM wParam, LPARAM lParam) {
 
 void ComboControl::Notify(int code) { m_window.NotifyCommand(code); }
 
+namespace {
+
+EditFieldStyle LookOf(const Window& window) {
+    EditFieldStyle look;
+    look.right = (window.ExStyle() & WS_EX_RIGHT) != 0;
+    look.mirrored = window.IsMirrored();
+    return look;
+}
+
+} // namespace
+
 // --- making -------------------------------------------------------------------------------------
 
 void ComboControl::Create() {
@@ -64,7 +75,7 @@ void ComboControl::CreateDropDown(bool editable) {
     if (!editable)
         return;
     QLineEdit* line = nullptr;
-    m_field = MakeLineField(*this, line);
+    m_field = MakeLineField(*this, LookOf(m_window), line);
     m_messages.emplace(*m_field, false, false);
     m_combo->TakeLine(line);
     m_window.RouteEvents(line);
@@ -72,7 +83,7 @@ void ComboControl::CreateDropDown(bool editable) {
 
 void ComboControl::CreateSimple() {
     QLineEdit* line = nullptr;
-    m_field = MakeLineField(*this, line);
+    m_field = MakeLineField(*this, LookOf(m_window), line);
     m_messages.emplace(*m_field, false, false);
     m_simple = new SimpleComboWidget(*this, line, HostParent(m_window));
     HostControl(m_window, m_simple);

@@ -48,6 +48,7 @@ void EditControl::Create(const CREATESTRUCT& create) {
     look.wrap = (style & ES_AUTOHSCROLL) == 0;
     look.center = (style & ES_CENTER) != 0;
     look.right = (style & ES_RIGHT) != 0 || (m_window.ExStyle() & WS_EX_RIGHT) != 0;
+    look.mirrored = m_window.IsMirrored();
     look.vScroll = m_window.WantsScrollBar(SB_VERT);
     look.hScroll = m_window.WantsScrollBar(SB_HORZ);
     m_field = MakeEditField(look, *this, HostParent(m_window));

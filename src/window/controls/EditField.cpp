@@ -66,20 +66,28 @@ void EditField::InsertFromUser(const QString& text) {
         m_owner.FieldFull();
 }
 
+Qt::Alignment AlignmentOf(const EditFieldStyle& style) {
+    if (style.center)
+        return Qt::AlignHCenter;
+    // Leading depends on the text: only where nothing else says the side.
+    if (!style.mirrored && !style.right)
+        return Qt::AlignLeading;
+    return Qt::AlignAbsolute | (style.right == style.mirrored ? Qt::AlignLeft : Qt::AlignRight);
+}
+
 std::unique_ptr<EditField> MakeEditField(const EditFieldStyle& style, EditFieldOwner& owner,
                                          QWidget* parent) {
     if (style.multiline)
         return std::make_unique<TextField>(owner, style, parent);
     auto field = std::make_unique<LineField>(owner, parent);
-    field->Line()->setAlignment((style.right    ? Qt::AlignRight
-                                 : style.center ? Qt::AlignHCenter
-                                                : Qt::AlignLeading) |
-                                Qt::AlignVCenter);
+    field->Line()->setAlignment(AlignmentOf(style) | Qt::AlignVCenter);
     return field;
 }
 
-std::unique_ptr<EditField> MakeLineField(EditFieldOwner& owner, QLineEdit*& widget) {
+std::unique_ptr<EditField> MakeLineField(EditFieldOwner& owner, const EditFieldStyle& style,
+                                         QLineEdit*& widget) {
     auto field = std::make_unique<LineField>(owner, nullptr);
+    field->Line()->setAlignment(AlignmentOf(style) | Qt::AlignVCenter);
     widget = field->Line();
     return field;
 }

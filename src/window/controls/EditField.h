@@ -86,14 +86,18 @@ struct EditFieldStyle {
     bool wrap = false; ///< long lines, instead of scrolling
     bool center = false;
     bool right = false;
+    bool mirrored = false; ///< left and right change places
     bool vScroll = false;
     bool hScroll = false;
 };
+/// Where lines of text stand, whichever way they read.
+Qt::Alignment AlignmentOf(const EditFieldStyle& style);
 /// The widget belongs to `parent`; the field must be destroyed before it.
 std::unique_ptr<EditField> MakeEditField(const EditFieldStyle& style, EditFieldOwner& owner,
                                          QWidget* parent);
 /// A line's widget and field for a combo box. The field is destroyed with its owner.
-std::unique_ptr<EditField> MakeLineField(EditFieldOwner& owner, QLineEdit*& widget);
+std::unique_ptr<EditField> MakeLineField(EditFieldOwner& owner, const EditFieldStyle& style,
+                                         QLineEdit*& widget);
 
 /// WM_CUT, WM_COPY, WM_PASTE or WM_UNDO for the platform's keys of these; 0 for other keys.
 UINT ClipboardCommand(const QKeyEvent& event);

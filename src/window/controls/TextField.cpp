@@ -61,9 +61,7 @@ TextField::TextField(EditFieldOwner& owner, const EditFieldStyle& style, QWidget
     m_edit->setHorizontalScrollBarPolicy(style.hScroll ? Qt::ScrollBarAsNeeded
                                                        : Qt::ScrollBarAlwaysOff);
     QTextOption option = m_edit->document()->defaultTextOption();
-    option.setAlignment(style.right    ? Qt::AlignRight
-                        : style.center ? Qt::AlignHCenter
-                                       : Qt::AlignLeading);
+    option.setAlignment(AlignmentOf(style));
     m_edit->document()->setDefaultTextOption(option);
 }
 

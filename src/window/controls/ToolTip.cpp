@@ -2,7 +2,9 @@
 
 #include "src/window/core/WindowWidget.h"
 
+#include <QApplication>
 #include <QToolTip>
+#include <QWindow>
 
 using namespace vnbytstr::detail;
 
@@ -21,6 +23,16 @@ CString& LastTip() {
     return last;
 }
 
+/// The pointer goes through a tooltip to the window below, which needs its moves.
+void LetPointerThrough() {
+    for (QWidget* top : QApplication::topLevelWidgets())
+        if (top->inherits("QTipLabel")) {
+            top->setAttribute(Qt::WA_TransparentForMouseEvents);
+            if (QWindow* const window = top->windowHandle())
+                window->setFlag(Qt::WindowTransparentForInput);
+        }
+}
+
 } // namespace
 
 void ShowTip(HWND handle, POINT point, LPCSTR text, LPCRECT rect) {
@@ -30,6 +42,7 @@ void ShowTip(HWND handle, POINT point, LPCSTR text, LPCRECT rect) {
     LastTip() = text;
     const QRect area = rect != nullptr ? window->ToWidget(*rect) : window->ClientArea();
     QToolTip::showText(window->ClientToGlobal(point), Plain(text), window->Widget(), area);
+    LetPointerThrough();
 }
 
 void HideTip() { QToolTip::hideText(); }

@@ -177,6 +177,7 @@ BOOL CWnd::ReflectLastMsg(HWND child, LRESULT* result) {
 
 int CWnd::OnCreate(LPCREATESTRUCT) { return static_cast<int>(Default()); }
 void CWnd::OnDestroy() { Default(); }
+void CWnd::OnEnable(BOOL) { Default(); }
 void CWnd::OnSize(UINT, int, int) { Default(); }
 void CWnd::OnSetFocus(CWnd*) { Default(); }
 void CWnd::OnKillFocus(CWnd*) { Default(); }
