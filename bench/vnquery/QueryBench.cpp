@@ -134,7 +134,7 @@ void ExportPlainly(const std::string& file, const std::string& to, WORD ccsid, s
         }
         if (record > 0)
             line.resize((line.size() + record - 1) / record * record, ' ');
-        line += "\r\n";
+        line += '\n';
         if (ccsid != 0)
             for (char& ch : line)
                 ch = static_cast<char>(table[static_cast<unsigned char>(ch) & 127]);
@@ -148,9 +148,9 @@ void ExportPlainly(const std::string& file, const std::string& to, WORD ccsid, s
 void ExportOurs(const std::string& file, const std::string& to, const ExportFormat& format) {
     NoProgress progress;
     const auto source = OpenSource({file, ""}, kQuery, SourceUse::ReadOnly);
-    const auto target = FileExport::Begin(to, format, source->GetColumns());
-    ReadRows(*source, *target, progress);
-    target->Commit();
+    FileExport target(to, format, source->GetColumns());
+    ReadRows(*source, target.GetWriter(), progress);
+    target.Commit();
 }
 
 std::string Content(const std::string& file) {

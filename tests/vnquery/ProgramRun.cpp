@@ -58,6 +58,7 @@ pid_t ProgramTest::Start(const std::vector<std::string>& arguments) {
     setenv("TMPDIR", m_temporary.Path().c_str(), 1);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
     const int flags = O_WRONLY | O_CREAT | O_TRUNC;
     posix_spawn_file_actions_addopen(&actions, 1, File("run.out").c_str(), flags, 0600);
     posix_spawn_file_actions_addopen(&actions, 2, File("run.err").c_str(), flags, 0600);

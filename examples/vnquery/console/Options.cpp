@@ -1,8 +1,12 @@
 #include "vnquery/console/Options.h"
 
+#include "vnquery/console/Process.h"
 #include "vnquery/messages/Messages.h"
 #include "vnquery/tasks/Failure.h"
 
+#include "vnbytstr/Ccsid.h"
+
+#include <algorithm>
 #include <charconv>
 #include <iostream>
 #include <limits>
@@ -18,6 +22,7 @@ constexpr char kExamples[] = R"(
   vnquery --db films.sqlite --sql "select title, poster from film" --save 1:2 poster.png
   vnquery --db films.sqlite --sql "select * from film" --quiet \
           --export film.txt --ccsid 37 --record-length 80
+  vnquery --db films.sqlite --format csv <queries.sql >films.csv
   vnquery --connect "Driver=PostgreSQL Unicode;Server=db1;Database=films" --sql "..."
 )";
 
@@ -56,30 +61,37 @@ struct RawOptions {
     std::string desVector = "0000000000000000";
     std::string desMode = "ecb";
     bool desPad = false;
+    std::string file; ///< of the SQL
+    std::string format = "table";
     std::string nullText;
-    std::string separator = "\t";
-    std::string lineBreak = "crlf";
-    std::string lineEnds = "escape";
-    std::string blobs = "placeholder";
+    std::string separator;
+    std::string lineBreak = "lf";
+    std::string lineEnds;
+    std::string blobs;
     std::string widths = "first";
+    bool headings = true;
 };
 
-void AddQueryOptions(CLI::App& app, Options& options) {
-    app.add_option("--db", options.database, Text(IDS_VQ_CL_DB))->type_name("FILE");
-    app.add_option("--connect", options.connection, Text(IDS_VQ_CL_CONNECT))
-        ->type_name("STRING")
+void AddQueryOptions(CLI::App& app, Options& options, RawOptions& raw) {
+    app.add_option("--db", options.connection.file, Text(IDS_VQ_CL_DB))->type_name("FILE");
+    app.add_option("--connect", options.connection.dataSource, Text(IDS_VQ_CL_CONNECT))
+        ->type_name("TEXT")
         ->excludes("--db");
     app.add_option("--sql", options.sql, Text(IDS_VQ_CL_SQL))->type_name("TEXT");
+    app.add_option("--file", raw.file, Text(IDS_VQ_CL_FILE_SQL))
+        ->type_name("FILE")
+        ->excludes("--sql");
     app.add_flag("--window", options.window, Text(IDS_VQ_CL_WINDOW));
 }
 
 void AddDisplayOptions(CLI::App& app, Options& options, RawOptions& raw) {
+    app.add_option("--format", raw.format, Text(IDS_VQ_CL_FORMAT))
+        ->check(CLI::IsMember(std::vector<std::string>(kFormatNames.begin(), kFormatNames.end())));
     app.add_option("--null", raw.nullText, Text(IDS_VQ_CL_NULL))->type_name("TEXT");
-    app.add_option("--text-limit", options.cells.textLimit, Text(IDS_VQ_CL_TEXT_LIMIT))
+    app.add_option("--text-limit", options.display.textLimit, Text(IDS_VQ_CL_TEXT_LIMIT))
         ->type_name("N")
         ->check(CLI::Range(0u, 1u << 28));
     app.add_option("--widths", raw.widths, Text(IDS_VQ_CL_WIDTHS))
-        ->type_name("ROWS")
         ->check(CLI::IsMember({"first", "all"}));
     app.add_flag("--quiet", options.quiet, Text(IDS_VQ_CL_QUIET));
     app.add_flag("--stats", options.statistics, Text(IDS_VQ_CL_STATS));
@@ -103,11 +115,9 @@ void AddFileOptions(CLI::App& app, Options& options, RawOptions& raw) {
         ->check(CLI::Range(0, 1 << 24))
         ->group(group);
     app.add_option("--line-break", raw.lineBreak, Text(IDS_VQ_CL_LINE_BREAK))
-        ->type_name("KIND")
-        ->check(CLI::IsMember({"crlf", "cr", "none"}))
+        ->check(CLI::IsMember({"lf", "crlf", "cr", "none"}))
         ->group(group);
     app.add_option("--line-ends", raw.lineEnds, Text(IDS_VQ_CL_LINE_ENDS))
-        ->type_name("RULE")
         ->check(CLI::IsMember({"escape", "records", "space", "keep"}))
         ->group(group);
     app.add_flag("--entities", format.entities, Text(IDS_VQ_CL_ENTITIES))->group(group);
@@ -115,10 +125,10 @@ void AddFileOptions(CLI::App& app, Options& options, RawOptions& raw) {
         ->type_name("TEXT")
         ->group(group);
     app.add_option("--blobs", raw.blobs, Text(IDS_VQ_CL_BLOBS))
-        ->type_name("KIND")
         ->check(CLI::IsMember({"placeholder", "hex"}))
         ->group(group);
-    app.add_flag("--headings", format.headings, Text(IDS_VQ_CL_HEADINGS))->group(group);
+    app.add_flag("--headings,!--no-headings", raw.headings, Text(IDS_VQ_CL_HEADINGS))->group(group);
+    app.add_option("--table", format.table, Text(IDS_VQ_CL_TABLE))->type_name("TEXT")->group(group);
     app.add_flag("--strict", format.strict, Text(IDS_VQ_CL_STRICT))->group(group);
     app.add_option("--translate", raw.translate, Text(IDS_VQ_CL_TRANSLATE))
         ->type_name("FROM:TO IN OUT")
@@ -138,7 +148,6 @@ void AddDesOptions(CLI::App& app, RawOptions& raw) {
         ->type_name("HEX")
         ->group(group);
     app.add_option("--des-mode", raw.desMode, Text(IDS_VQ_CL_DES_MODE))
-        ->type_name("MODE")
         ->check(CLI::IsMember({"ecb", "cbc"}))
         ->group(group);
     app.add_option("--des-iv", raw.desVector, Text(IDS_VQ_CL_DES_IV))
@@ -147,28 +156,120 @@ void AddDesOptions(CLI::App& app, RawOptions& raw) {
     app.add_flag("--des-pad", raw.desPad, Text(IDS_VQ_CL_DES_PAD))->group(group);
 }
 
+bool IsStandardOutput(const std::string& file) {
+    return file == "-" || file == "/dev/stdout" || file == "/dev/fd/1" || file == "/proc/self/fd/1";
+}
+
+/// What the export and the display have in common with one another is in the former.
 void SetFormats(const CLI::App& app, Options& options, const RawOptions& raw) {
     const std::map<std::string, LineEnds> lineEnds = {{"escape", LineEnds::Escape},
                                                       {"records", LineEnds::Records},
                                                       {"space", LineEnds::Space},
                                                       {"keep", LineEnds::Keep}};
-    const std::map<std::string, COutputStreamWriter::ELineBreak> lineBreaks = {
-        {"cr", COutputStreamWriter::eCR},
-        {"crlf", COutputStreamWriter::eCRLF},
-        {"none", COutputStreamWriter::eNone}};
+    const std::map<std::string, LineBreak> lineBreaks = {{"lf", LineBreak::Lf},
+                                                         {"crlf", LineBreak::CrLf},
+                                                         {"cr", LineBreak::Cr},
+                                                         {"none", LineBreak::None}};
     ExportFormat& format = options.exportFormat;
     format.lineBreak = lineBreaks.at(raw.lineBreak);
-    format.lineEnds = lineEnds.at(raw.lineEnds);
-    format.separator = raw.separator;
-    format.hexBlobs = raw.blobs == "hex";
+    if (app.count("--line-ends") > 0)
+        format.lineEnds = lineEnds.at(raw.lineEnds);
+    if (app.count("--separator") > 0)
+        format.separator = raw.separator;
+    if (app.count("--blobs") > 0)
+        format.hexBlobs = raw.blobs == "hex";
+    if (app.count("--headings") > 0)
+        format.headings = raw.headings;
     if (app.count("--null") > 0)
-        format.nullText = options.cells.nullText = raw.nullText;
-    options.widths = raw.widths == "all" ? WidthSource::All : WidthSource::First;
-    options.saveFormat = format;
+        format.nullText = raw.nullText;
+    format.textLimit = options.display.textLimit;
+    format.widths = raw.widths == "all" ? WidthSource::All : WidthSource::First;
+    options.saveFormat = options.display = format;
     if (app.count("--line-ends") == 0)
         options.saveFormat.lineEnds = format.recordLength > 0 ? LineEnds::Records : LineEnds::Keep;
+
+    if (app.count("--format") > 0 || options.exportFile.empty())
+        format.format = *FormatOf(raw.format);
+    const bool isDisplay = options.exportFile.empty() || IsStandardOutput(options.exportFile);
+    options.display.format = isDisplay ? format.format : Format::Table;
+    if (isDisplay && !options.exportFile.empty()) {
+        options.exportFile.clear();
+        options.quiet = false;
+    }
     if (format.ccsid != 0 && !CanTranslateCCSID(GetNativeCCSID(), format.ccsid))
         throw Failure(kBadUsage, Text(IDS_VQ_CL_UNKNOWN_CCSID, {std::to_string(format.ccsid)}));
+}
+
+// --- options that would be ignored ---------------------------------------------------------------
+
+using Formats = std::vector<Format>;
+
+struct FormatOption {
+    const char* name;
+    const char* needs; ///< one of these
+    Formats formats;   ///< that it has an effect on
+    bool isForSaving = false;
+};
+
+const std::vector<FormatOption>& FormatOptions() {
+    using enum Format;
+    const Formats lines = {Text, Records};
+    const Formats any = {Text, Records, Csv, Tsv, Json, JsonLines, Markdown, Insert, Html, Xml};
+    static const std::vector<FormatOption> options = {
+        {"--ccsid", "--export, --save", {Text, Records, Csv, Tsv, Markdown, Insert}, true},
+        {"--record-length", "--export, --save --ccsid", lines, true},
+        {"--line-break", "--export, --save --ccsid", any, true},
+        {"--line-ends", "--export, --save --ccsid", lines, true},
+        {"--entities", "--export, --save --ccsid", lines, true},
+        {"--strict", "--export, --save --ccsid", any, true},
+        {"--separator", "--export, --format", {Text, Records, Csv}},
+        {"--blobs",
+         "--export, --format",
+         {Text, Records, Csv, Tsv, Json, JsonLines, Markdown, Html, Xml}},
+        {"--headings", "--export, --format", {Text, Records, Csv, Tsv, Markdown, Html}},
+        {"--table", "--format insert", {Insert}},
+        {"--null",
+         "--export, --format",
+         {Table, Vertical, Text, Records, Csv, Tsv, Markdown, Html}},
+        {"--text-limit", "--format table", {Table}},
+        {"--widths", "--format table", {Table}}};
+    return options;
+}
+
+[[noreturn]] void RefuseWithout(const std::string& option, const std::string& needed) {
+    throw Failure(kBadUsage, Text(IDS_VQ_CL_NEEDS, {option, needed}));
+}
+
+void CheckFormatOptions(const CLI::App& app, const Options& options) {
+    const Format chosen = options.exportFormat.format;
+    const WORD ccsid = options.exportFormat.ccsid;
+    Formats written;
+    if (!options.exportFile.empty())
+        written.push_back(chosen);
+    if (!options.quiet)
+        written.push_back(options.display.format);
+    else if (options.exportFile.empty() && app.count("--format") > 0)
+        RefuseWithout("--format", "--export");
+    for (const FormatOption& option : FormatOptions()) {
+        const bool isSaved = option.isForSaving && !options.saves.empty() &&
+                             (option.name == std::string("--ccsid") || ccsid != 0);
+        if (app.count(option.name) == 0 || isSaved ||
+            std::ranges::find_first_of(written, option.formats) != written.end())
+            continue;
+        if (app.count("--format") == 0)
+            RefuseWithout(option.name, option.needs);
+        if (option.name != std::string("--ccsid"))
+            throw Failure(kBadUsage, Text(IDS_VQ_CL_NOT_IN_FORMAT, {option.name, NameOf(chosen)}));
+    }
+    constexpr WORD kUtf8 = 1208;
+    const bool isUtf8 = ccsid == 0 || ccsid == kUtf8;
+    if (app.count("--format") > 0 && IsUtf8Only(chosen) && !isUtf8)
+        throw Failure(kBadUsage,
+                      Text(IDS_VQ_CL_UTF8_ONLY, {NameOf(chosen), std::to_string(ccsid)}));
+    const std::string separator = options.exportFormat.separator.value_or(",");
+    if (chosen == Format::Csv &&
+        (separator.empty() || separator.find_first_of("\"\r\n") != std::string::npos))
+        throw Failure(kBadUsage, Text(IDS_VQ_CL_BAD_SEPARATOR, {separator}));
 }
 
 void SetRequests(Options& options, const RawOptions& raw) {
@@ -193,29 +294,77 @@ void SetRequests(Options& options, const RawOptions& raw) {
     options.translate = TranslateRequest{from, to, raw.translate[1], raw.translate[2]};
 }
 
-/// With --window the menus do what the other options do.
-void CheckWindow(const CLI::App& app) {
-    for (const CLI::Option* option : app.get_options()) {
-        const std::string name = option->get_name();
-        if (option->count() > 0 && name != "--window" && name != "--db" && name != "--connect" &&
-            name != "--sql")
-            throw Failure(kBadUsage, Text(IDS_VQ_CL_WINDOW_ALONE, {name}));
-    }
+std::vector<std::string> GivenOptions(const CLI::App& app) {
+    std::vector<std::string> names;
+    for (const CLI::Option* option : app.get_options())
+        if (option->count() > 0)
+            names.push_back(option->get_name());
+    return names;
 }
 
-void CheckComplete(const Options& options) {
-    if (options.window || options.helpTopic)
-        return;
-    const bool hasSource = !options.database.empty() || !options.connection.empty();
-    if (options.translate || options.des) {
-        if (hasSource || !options.sql.empty() || (options.translate && options.des))
-            throw Failure(kBadUsage, Text(IDS_VQ_CL_FILE_WORK));
+/// With --window the menus do what the other options do.
+void CheckWindow(const CLI::App& app) {
+    for (const std::string& name : GivenOptions(app))
+        if (name != "--window" && name != "--db" && name != "--connect" && name != "--sql")
+            throw Failure(kBadUsage, Text(IDS_VQ_CL_WINDOW_ALONE, {name}));
+}
+
+/// Of the rest, options either work on a file or belong to a query.
+void CheckKinds(const CLI::App& app, const Options& options) {
+    const bool isFileWork = options.translate || options.des || options.helpTopic;
+    const bool hasSource = !options.connection.IsEmpty();
+    if (isFileWork && (hasSource || app.count("--sql") > 0 || (options.translate && options.des)))
+        throw Failure(kBadUsage, Text(IDS_VQ_CL_FILE_WORK));
+    for (const std::string& name : GivenOptions(app)) {
+        if (name.starts_with("--des-") && !options.des)
+            RefuseWithout(name, "--des");
+        if (isFileWork && !name.starts_with("--des") && name != "--translate" &&
+            name != "--help-topic")
+            RefuseWithout(name, "--db, --connect");
+    }
+    if (!isFileWork && !hasSource)
+        throw Failure(kBadUsage, Text(IDS_VQ_CL_NO_DATABASE));
+}
+
+/// The SQL comes from the command line, a file, a pipe or the user.
+void ReadSql(const CLI::App& app, Options& options, const RawOptions& raw) {
+    const bool isGiven = app.count("--sql") + app.count("--file") > 0;
+    if (!isGiven && IsInputTerminal() && options.exportFile.empty() && options.saves.empty()) {
+        options.isInteractive = true;
         return;
     }
-    if (!hasSource)
-        throw Failure(kBadUsage, Text(IDS_VQ_CL_NO_DATABASE));
-    if (options.sql.empty())
+    if (app.count("--sql") == 0 && (isGiven || !IsInputTerminal()))
+        options.sql = ReadInput(isGiven ? raw.file : "-");
+    if (options.sql.find_first_not_of(" \t\r\n") == std::string::npos)
         throw Failure(kBadUsage, Text(IDS_VQ_CL_NO_SQL));
+}
+
+/// CLI11's own words, before the options are added.
+void SetLabels(CLI::App& app) {
+    app.set_help_flag("-h,--help", Text(IDS_VQ_CL_HELP));
+    app.set_version_flag("--version", "vnquery " VNQUERY_VERSION, Text(IDS_VQ_CL_VERSION));
+    app.option_defaults()->group(Text(IDS_VQ_CL_OPTIONS));
+    for (CLI::Option* option : {app.get_help_ptr(), app.get_version_ptr()})
+        option->group(Text(IDS_VQ_CL_OPTIONS));
+    const auto formatter = std::make_shared<CLI::Formatter>();
+    formatter->label("Usage", Text(IDS_VQ_CL_USAGE));
+    formatter->label("OPTIONS", Text(IDS_VQ_CL_OPTIONS));
+    formatter->label("Excludes", Text(IDS_VQ_CL_EXCLUDES));
+    app.formatter(formatter);
+}
+
+/// What comes after the options' names.
+void SetTypeLabels(CLI::App& app) {
+    for (const CLI::Option* option : app.get_options()) {
+        const std::string name = option->get_type_name();
+        if (name == "TEXT")
+            app.get_formatter()->label(name, Text(IDS_VQ_CL_WORD_TEXT));
+        else if (name.ends_with("FILE"))
+            app.get_formatter()->label(name,
+                                       name.substr(0, name.size() - 4) + Text(IDS_VQ_CL_WORD_FILE));
+        else if (name.starts_with("TEXT:")) // a choice
+            app.get_formatter()->label(name, name.substr(5));
+    }
 }
 
 } // namespace
@@ -223,14 +372,15 @@ void CheckComplete(const Options& options) {
 std::optional<Options> ParseOptions(int argc, char** argv) {
     CLI::App app(Text(IDS_VQ_CL_ABOUT), "vnquery");
     app.footer(Footer());
-    app.set_version_flag("--version", "vnquery " VNQUERY_VERSION);
+    SetLabels(app);
     Options options;
     app.add_option("--help-topic", options.helpTopic, Text(IDS_VQ_CL_HELP_TOPIC))->type_name("ID");
     RawOptions raw;
-    AddQueryOptions(app, options);
+    AddQueryOptions(app, options, raw);
     AddDisplayOptions(app, options, raw);
     AddFileOptions(app, options, raw);
     AddDesOptions(app, raw);
+    SetTypeLabels(app);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
@@ -242,9 +392,15 @@ std::optional<Options> ParseOptions(int argc, char** argv) {
     }
     SetFormats(app, options, raw);
     SetRequests(options, raw);
-    if (options.window)
+    if (options.window) {
         CheckWindow(app);
-    CheckComplete(options);
+        return options;
+    }
+    CheckKinds(app, options);
+    if (options.translate || options.des || options.helpTopic)
+        return options;
+    CheckFormatOptions(app, options);
+    ReadSql(app, options, raw);
     return options;
 }
 

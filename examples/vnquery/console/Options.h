@@ -1,9 +1,9 @@
 // The command line.
 #pragma once
 
-#include "vnquery/console/TablePrinter.h"
-#include "vnquery/files/Exporter.h"
+#include "vnquery/files/ExportFormat.h"
 #include "vnquery/files/FileCipher.h"
+#include "vnquery/sources/Connection.h"
 
 #include <optional>
 #include <string>
@@ -25,15 +25,14 @@ struct TranslateRequest {
 };
 
 struct Options {
-    std::string database;   ///< SQLite file; "" when there is a connection
-    std::string connection; ///< ODBC connection string
-    std::string sql;
-    CellFormat cells;
-    WidthSource widths = WidthSource::First;
-    bool quiet = false; ///< the result is not displayed
+    Connection connection;
+    std::string sql;            ///< one statement or several
+    bool isInteractive = false; ///< statements are typed instead
+    bool quiet = false;         ///< the result is not displayed
+    ExportFormat display;       ///< on standard output
     bool statistics = false;
     std::vector<SaveRequest> saves;
-    std::string exportFile;
+    std::string exportFile; ///< "" for none; standard output counts as display
     ExportFormat exportFormat;
     ExportFormat saveFormat;
     std::optional<TranslateRequest> translate;
@@ -42,8 +41,8 @@ struct Options {
     std::optional<DWORD> helpTopic;
 };
 
-/// Reads the command line. Returns nothing after printing help or the version. Throws Failure with
-/// kBadUsage.
+/// Reads the command line, and the SQL where it comes from a file or standard input. Returns
+/// nothing after printing help or the version. Throws Failure and Interrupted.
 std::optional<Options> ParseOptions(int argc, char** argv);
 
 } // namespace vnquery

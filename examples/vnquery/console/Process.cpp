@@ -10,6 +10,7 @@
 #include <cstring>
 #include <fstream>
 
+#include <fcntl.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -27,6 +28,7 @@ void PrepareProcess() {
     }
 }
 
+bool IsInputTerminal() { return isatty(STDIN_FILENO) == 1; }
 bool IsOutputTerminal() { return isatty(STDOUT_FILENO) == 1; }
 bool IsErrorOutputTerminal() { return isatty(STDERR_FILENO) == 1; }
 
@@ -42,15 +44,26 @@ std::uint64_t GetPeakMemory() {
                                                : 0;
 }
 
-void WriteOutput(const std::string& text) {
-    for (std::size_t done = 0; done < text.size();) {
+std::string ReadInput(const std::string& file) {
+    const int handle = file == "-" ? STDIN_FILENO : open(file.c_str(), O_RDONLY | O_CLOEXEC);
+    std::string content;
+    char block[65536];
+    ssize_t count = handle < 0 ? -1 : 1;
+    while (count > 0) {
         CheckInterrupted();
-        const ssize_t count = write(STDOUT_FILENO, text.data() + done, text.size() - done);
-        if (count >= 0)
-            done += static_cast<std::size_t>(count);
-        else if (errno != EINTR)
-            throw Failure(kFileFailed, Text(IDS_VQ_CANNOT_WRITE_OUTPUT, {std::strerror(errno)}));
+        count = read(handle, block, sizeof block);
+        if (count > 0)
+            content.append(block, static_cast<std::size_t>(count));
+        else if (count < 0 && errno == EINTR)
+            count = 1;
     }
+    const int error = errno;
+    if (handle > STDIN_FILENO)
+        close(handle);
+    if (count < 0)
+        throw Failure(kFileFailed,
+                      Text(IDS_VQ_CANNOT_READ_FILE, {file}) + ": " + std::strerror(error) + ".");
+    return content;
 }
 
 } // namespace vnquery

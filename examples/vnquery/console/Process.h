@@ -11,13 +11,14 @@ namespace vnquery {
 /// and as many files may be open as the system allows, since every large value has one.
 void PrepareProcess();
 
+bool IsInputTerminal();
 bool IsOutputTerminal();
 bool IsErrorOutputTerminal();
 
 /// The most memory that the process has had, in bytes; 0 when the system does not tell.
 std::uint64_t GetPeakMemory();
 
-/// Writes all of `text` to standard output. Throws Failure when that fails.
-void WriteOutput(const std::string& text);
+/// All of the file, or of standard input where the name is "-". Throws Failure and Interrupted.
+std::string ReadInput(const std::string& file);
 
 } // namespace vnquery

@@ -40,11 +40,11 @@ std::size_t IncompleteTail(std::string_view piece) {
 class Exporter::Writer : public COutputStreamWriter {
 public:
     Writer(CFile& file, const ExportFormat& format)
-        : COutputStreamWriter(file, TargetCcsid(format)),
+        : COutputStreamWriter(file, TargetCcsid(format)), m_lineBreak(TextOf(format.lineBreak)),
           m_isTracing(GetCCSID() != GetNativeCCSID()) {
         SetAutoClose(FALSE);
         SetRecordLength(format.recordLength);
-        SetLineBreak(format.lineBreak);
+        SetLineBreak(eNone);
         SetSubstituteEntityReferences(format.entities);
     }
 
@@ -66,10 +66,18 @@ public:
     }
     /// Text that is not the cell's.
     void PutOther(std::string_view text) { Put(text, false, kNowhere); }
+    /// The record is filled by the line's own length, the line break follows that.
     void EndLine() {
+        if (GetRecordLength() > 0) {
+            WritePending();
+            LineBreak();
+        }
+        PutOther(m_lineBreak);
         WritePending();
-        LineBreak();
+        SetRecordIndex(0);
     }
+    /// What has come since the last row ended, if none of it has been written.
+    void DropPending() { m_pending.clear(); }
     /// Whether there is text after the last line break.
     bool IsInLine() const { return !m_pending.empty() || GetRecordIndex() != 0; }
     void WritePending() {
@@ -99,6 +107,8 @@ private:
     };
 
     void Put(std::string_view text, bool isSubstituted, std::size_t offset) {
+        if (text.empty())
+            return;
         if (isSubstituted != m_isSubstituted || m_pending.size() + text.size() > kPieceSize)
             WritePending();
         m_isSubstituted = isSubstituted;
@@ -120,6 +130,7 @@ private:
                                          CellName(run.row, run.column)});
     }
 
+    std::string_view m_lineBreak;
     std::string m_pending;        ///< whole characters
     bool m_isSubstituted = false; ///< m_pending gets entity references
     bool m_isTracing;             ///< m_runs says where m_pending is from
@@ -130,68 +141,78 @@ private:
     std::size_t m_offset = 0; ///< in the cell, of what comes next
 };
 
-Exporter::Exporter(CFile& file, const ExportFormat& format, Progress* progress)
-    : RowSink(progress), m_format(format), m_writer(std::make_unique<Writer>(file, format)) {
-    if (!m_format.nullText)
-        m_format.nullText = m_format.lineEnds == LineEnds::Escape ? "\\N" : "-";
-    const auto mark = [this](std::string_view characters) {
-        for (const char ch : characters)
-            m_isSpecial[static_cast<unsigned char>(ch)] = true;
-    };
-    if (m_format.lineEnds != LineEnds::Keep)
-        mark("\n\r");
-    if (m_format.lineEnds == LineEnds::Escape) {
-        mark(std::string_view("\t\\\0", 3));
-        if (m_format.separator.size() == 1)
-            mark(m_format.separator);
-    }
+Exporter::Exporter(CFile& file, const ExportFormat& format, const std::vector<std::string>& columns,
+                   Progress* progress)
+    : ResultWriter(progress), m_format(Completed(format)), m_columns(columns),
+      m_notation(NotationOf(m_format, columns)),
+      m_writer(std::make_unique<Writer>(file, m_format)) {
+    for (std::size_t ch = 0; ch < m_isSpecial.size(); ++ch)
+        m_isSpecial[ch] = !m_notation.escapes[ch].empty();
+    if (m_notation.innerBreak || m_format.lineEnds == LineEnds::Records)
+        m_isSpecial['\n'] = m_isSpecial['\r'] = true;
+    for (const char ch : "\"\n\r" + *m_format.separator)
+        m_isQuoted[static_cast<unsigned char>(ch)] = true;
 }
 
 Exporter::~Exporter() = default;
 
 // --- lines and losses ----------------------------------------------------------------------------
 
-void Exporter::WriteHeadings(const std::vector<std::string>& columns) {
-    if (!m_format.headings)
-        return;
-    for (std::size_t column = 0; column < columns.size(); ++column) {
-        if (column > 0)
-            m_writer->PutOther(m_format.separator);
-        m_writer->PutText(MakeVisible(columns[column]));
+void Exporter::Begin() {
+    m_writer->PutOther(m_notation.begin);
+    if (*m_format.headings && !m_columns.empty() && m_notation.begin.empty()) {
+        for (std::size_t column = 0; column < m_columns.size(); ++column) {
+            m_writer->PutOther(m_notation.beginCell[column]);
+            if (m_format.format == Format::Csv || m_format.format == Format::Tsv)
+                WriteShort(Value::Type::Text, m_columns[column]);
+            else
+                m_writer->PutText(MakeVisible(m_columns[column]));
+        }
+        EndLine();
     }
-    EndLine();
+    m_writer->WritePending();
 }
 
 void Exporter::DoEndRow() {
     CheckInterrupted();
-    EndLine();
-    ++m_row;
+    if (m_notation.endRow.empty() && m_notation.betweenRows.empty())
+        EndLine();
+    m_writer->PutOther(m_notation.endRow);
+    m_writer->WritePending();
+    ++m_rows;
     m_column = 0;
 }
 
 void Exporter::Finish() {
+    m_writer->PutOther(m_notation.end);
     m_writer->WritePending();
     CheckStrict();
 }
 
+void Exporter::Abandon() { m_writer->DropPending(); }
+
 void Exporter::WriteText(const Value& text, std::size_t row, std::size_t column) {
     m_writer->SetPlace(row, column);
-    m_type = Value::Type::Text;
+    m_form = Form::Characters;
     text.ForEachPiece([this](std::span<const BYTE> piece) {
         CheckInterrupted();
         DoAppend({reinterpret_cast<const char*>(piece.data()), piece.size()});
     });
-    DoEnd(text.GetLength());
+    WriteCharacters(m_tail);
+    m_tail.clear();
     if (m_format.lineEnds == LineEnds::Records && m_writer->IsInLine())
         EndLine();
-    Finish();
+    m_writer->WritePending();
+    CheckStrict();
 }
 
 void Exporter::EndLine() { m_writer->EndLine(); }
 
-bool Exporter::HasLosses() const { return m_writer->HasLosses(); }
+bool Exporter::HasLosses() const { return m_replaced > 0 || m_writer->HasLosses(); }
 
 std::string Exporter::GetLosses() const {
+    if (m_replaced > 0)
+        return Text(IDS_VQ_REPLACED, {NameOf(m_format.format), GroupDigits(m_replaced)});
     const std::string losses = DescribeLosses(m_writer->GetReport(), TargetCcsid(m_format));
     const std::string& first = m_writer->GetFirstLoss();
     return losses.empty() || first.empty() ? losses : Text(IDS_VQ_FIRST_LOSS, {losses, first});
@@ -210,38 +231,110 @@ void Exporter::CheckStrict() const {
 
 // --- values --------------------------------------------------------------------------------------
 
-void Exporter::BeginCell(Value::Type type) {
-    if (m_column > 0)
-        m_writer->PutOther(m_format.separator);
-    m_writer->SetPlace(m_row, m_column++);
-    m_type = type;
+void Exporter::BeginCell() {
+    if (m_column == 0) {
+        m_writer->PutOther(m_rows > 0 ? m_notation.betweenRows : std::string());
+        m_writer->PutOther(m_notation.beginRow);
+    }
+    m_writer->PutOther(m_notation.beginCell[m_column]);
+    m_writer->SetPlace(m_rows, m_column++);
     m_wasReturn = false;
 }
 
+void Exporter::EndCell() { m_writer->PutOther(m_notation.endCell); }
+
 void Exporter::DoNull() {
-    BeginCell(Value::Type::Null);
-    m_writer->PutOther(*m_format.nullText);
+    BeginCell();
+    m_writer->PutOther(m_notation.around.front().before);
+    EndCell();
 }
 
 void Exporter::DoWhole(Value::Type type, std::string_view bytes) {
-    BeginCell(type);
-    if (type != Value::Type::Binary)
+    BeginCell();
+    WriteShort(type, bytes);
+    EndCell();
+}
+
+void Exporter::WriteShort(Value::Type type, std::string_view bytes) {
+    if (type == Value::Type::Number && m_notation.onlyNumbers && !IsJsonNumber(bytes)) {
+        if (m_notation.isSql && (bytes == "inf" || bytes == "-inf")) {
+            m_writer->PutOther(bytes == "inf" ? "9e999" : "-9e999"); // as SQLite reads infinity
+            return;
+        }
+        type = Value::Type::Text;
+    }
+    const bool isEmpty = bytes.empty() && *m_format.hexBlobs; // else it would read as NULL
+    if ((type == Value::Type::Text || isEmpty) && NeedsQuotes(bytes)) {
+        m_writer->PutOther("\"");
         WriteCharacters(bytes);
-    else if (m_format.hexBlobs)
+        m_writer->PutOther("\"");
+        return;
+    }
+    const bool isCast = IsCast(type, bytes);
+    const Notation::Around& around = m_notation.around[static_cast<std::size_t>(type)];
+    m_writer->PutOther(isCast ? "CAST(x'" : around.before);
+    if (isCast || (type == Value::Type::Binary && *m_format.hexBlobs)) {
         WriteHex(bytes);
+    } else if (type == Value::Type::Binary) {
+        WritePlaceholder(bytes.size());
+    } else {
+        WriteCharacters(bytes);
+    }
+    m_writer->PutOther(isCast ? "' AS TEXT)" : around.after);
+}
+
+void Exporter::WritePlaceholder(ULONGLONG length) {
+    std::string placeholder;
+    AppendCell(placeholder, Value::Type::Binary, {}, length, {});
+    if (m_notation.quotes == Notation::Quotes::Csv)
+        WriteShort(Value::Type::Text, placeholder);
+    else if (m_format.format != Format::Markdown && m_notation.filter == Notation::Filter::None)
+        m_writer->PutOther(placeholder);
     else
-        DoEnd(bytes.size());
+        WriteCharacters(placeholder);
+}
+
+bool Exporter::NeedsQuotes(std::string_view text) const {
+    if (m_notation.quotes == Notation::Quotes::None)
+        return false;
+    if (text == *m_format.nullText)
+        return true;
+    return m_notation.quotes == Notation::Quotes::Csv &&
+           (text.empty() || std::ranges::any_of(text, [this](char ch) {
+                return m_isQuoted[static_cast<unsigned char>(ch)];
+            }));
+}
+
+bool Exporter::IsCast(Value::Type type, std::string_view text) const {
+    return m_notation.isSql && type == Value::Type::Text &&
+           text.find_first_of(std::string_view("\0\r", 2)) != std::string_view::npos;
 }
 
 bool Exporter::DoBegin(Value::Type type, std::optional<ULONGLONG>) {
-    BeginCell(type);
-    return type != Value::Type::Binary || m_format.hexBlobs;
+    BeginCell();
+    if (type == Value::Type::Number && m_notation.onlyNumbers)
+        type = Value::Type::Text;
+    const bool isText = type != Value::Type::Binary;
+    const Notation::Around& around = m_notation.around[static_cast<std::size_t>(type)];
+    m_form = isText && !m_notation.isSql                   ? Form::Characters
+             : isText || m_format.hexBlobs.value_or(false) ? Form::Hex
+                                                           : Form::Placeholder;
+    if (isText && m_notation.isSql) {
+        m_writer->PutOther("CAST(x'");
+        m_after = "' AS TEXT)";
+    } else if (isText && m_notation.quotes == Notation::Quotes::Csv) {
+        m_writer->PutOther("\"");
+        m_after = "\"";
+    } else {
+        m_writer->PutOther(around.before);
+        m_after = around.after;
+    }
+    return m_form != Form::Placeholder;
 }
 
 void Exporter::DoAppend(std::string_view piece) {
-    if (m_type == Value::Type::Binary) {
-        if (m_format.hexBlobs)
-            WriteHex(piece);
+    if (m_form == Form::Hex) {
+        WriteHex(piece);
         return;
     }
     if (!m_tail.empty())
@@ -252,27 +345,26 @@ void Exporter::DoAppend(std::string_view piece) {
 }
 
 void Exporter::DoEnd(ULONGLONG length) {
-    if (m_type != Value::Type::Binary) {
-        WriteCharacters(m_tail);
-        m_tail.clear();
-    } else if (!m_format.hexBlobs) {
-        m_digits.clear();
-        AppendCell(m_digits, m_type, {}, length, {});
-        m_writer->PutOther(m_digits);
-    }
+    if (m_form == Form::Placeholder)
+        WritePlaceholder(length);
+    WriteCharacters(m_tail);
+    m_tail.clear();
+    m_writer->PutOther(m_after);
+    EndCell();
 }
 
 void Exporter::WriteHex(std::string_view bytes) {
     constexpr char kDigits[] = "0123456789ABCDEF";
-    m_digits.clear();
+    m_scratch.clear();
     for (const char ch : bytes) {
-        m_digits += kDigits[static_cast<unsigned char>(ch) >> 4];
-        m_digits += kDigits[ch & 15];
+        m_scratch += kDigits[static_cast<unsigned char>(ch) >> 4];
+        m_scratch += kDigits[ch & 15];
     }
-    m_writer->PutOther(m_digits);
+    m_writer->PutOther(m_scratch);
 }
 
 void Exporter::WriteCharacters(std::string_view text) {
+    text = Filtered(m_notation.filter, text, m_scratch, m_replaced);
     while (!text.empty()) {
         const auto special = std::ranges::find_if(
             text, [this](char ch) { return m_isSpecial[static_cast<unsigned char>(ch)]; });
@@ -290,14 +382,10 @@ void Exporter::WriteCharacters(std::string_view text) {
 }
 
 void Exporter::WriteSpecial(char ch) {
-    if (m_format.lineEnds == LineEnds::Escape) {
-        const char letter = ch == '\n'   ? 'n'
-                            : ch == '\r' ? 'r'
-                            : ch == '\t' ? 't'
-                            : ch == '\0' ? '0'
-                                         : ch;
-        const char escape[] = {'\\', letter};
-        m_writer->PutVerbatim({escape, sizeof escape}, 1);
+    const std::string& escape = m_notation.escapes[static_cast<unsigned char>(ch)];
+    if (!escape.empty()) {
+        m_replaced += escape == kReplacement ? 1 : 0;
+        m_writer->PutVerbatim(escape, 1);
         return;
     }
     const bool isSecondOfPair = ch == '\n' && m_wasReturn;
@@ -309,11 +397,11 @@ void Exporter::WriteSpecial(char ch) {
 }
 
 void Exporter::WriteLineBreakInside() {
-    if (m_format.lineEnds == LineEnds::Records) {
+    if (m_notation.innerBreak) {
+        m_writer->PutVerbatim(*m_notation.innerBreak, 1);
+    } else {
         EndLine();
         m_writer->PutVerbatim({}, 1);
-    } else {
-        m_writer->PutVerbatim(" ", 1);
     }
 }
 

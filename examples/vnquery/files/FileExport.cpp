@@ -21,58 +21,35 @@ auto WithName(const std::string& name, Action&& action) {
 
 } // namespace
 
-FileExport::FileExport(const std::string& name, const ExportFormat& format, Progress* progress)
-    : detail::ExportTarget{BufferedReplacementFile(name)}, Exporter(file, format, progress),
-      m_name(name) {}
+FileExport::File::File(const std::string& name) : BufferedReplacementFile(name), m_name(name) {}
 
-std::unique_ptr<FileExport> FileExport::Begin(const std::string& name, const ExportFormat& format,
-                                              const std::vector<std::string>& columns,
-                                              Progress* progress) {
-    return WithName(name, [&] {
-        std::unique_ptr<FileExport> target(new FileExport(name, format, progress));
-        target->WriteHeadings(columns);
-        return target;
+void FileExport::File::Write(const void* buffer, UINT count) {
+    WithName(m_name, [&] { BufferedReplacementFile::Write(buffer, count); });
+}
+
+FileExport::FileExport(const std::string& name, const ExportFormat& format,
+                       const std::vector<std::string>& columns, Progress* progress)
+    : m_name(name) {
+    WithName(m_name, [&] {
+        m_file = std::make_unique<File>(name);
+        m_writer = MakeWriter(*m_file, format, columns, progress);
+        m_writer->Begin();
     });
 }
 
 ExportSummary FileExport::Commit() {
     return WithName(m_name, [&] {
-        Finish();
-        file.Commit();
-        return ExportSummary{m_rows, file.GetWritten(), GetLosses()};
+        m_writer->Finish();
+        m_file->Commit();
+        return ExportSummary{m_writer->GetRowCount(), m_file->GetWritten(), m_writer->GetLosses()};
     });
-}
-
-void FileExport::DoNull() {
-    WithName(m_name, [&] { Exporter::DoNull(); });
-}
-
-void FileExport::DoWhole(Value::Type type, std::string_view bytes) {
-    WithName(m_name, [&] { Exporter::DoWhole(type, bytes); });
-}
-
-bool FileExport::DoBegin(Value::Type type, std::optional<ULONGLONG> announced) {
-    return WithName(m_name, [&] { return Exporter::DoBegin(type, announced); });
-}
-
-void FileExport::DoAppend(std::string_view piece) {
-    WithName(m_name, [&] { Exporter::DoAppend(piece); });
-}
-
-void FileExport::DoEnd(ULONGLONG length) {
-    WithName(m_name, [&] { Exporter::DoEnd(length); });
-}
-
-void FileExport::DoEndRow() {
-    WithName(m_name, [&] { Exporter::DoEndRow(); });
-    ++m_rows;
 }
 
 ExportSummary ExportToFile(const ResultSet& result, const std::string& name,
                            const ExportFormat& format, Progress& progress) {
-    const auto target = FileExport::Begin(name, format, result.GetColumns(), &progress);
-    result.PassTo(*target, progress);
-    return target->Commit();
+    FileExport target(name, format, result.GetColumns(), &progress);
+    result.PassTo(target.GetWriter(), progress);
+    return target.Commit();
 }
 
 } // namespace vnquery

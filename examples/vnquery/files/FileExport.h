@@ -10,36 +10,32 @@ namespace vnquery {
 
 class ResultSet;
 
-namespace detail {
-struct ExportTarget {
-    BufferedReplacementFile file;
-};
-} // namespace detail
-
-/// An Exporter to the file `name`. All functions throw Failure, with that name in it, and
+/// Rows to the file `name`. All functions, and the writer, throw Failure, with that name in it, and
 /// Interrupted; without Commit an older file of that name stays unchanged.
-class FileExport : private detail::ExportTarget, public Exporter {
+class FileExport {
 public:
-    /// Writes the headings too.
-    static std::unique_ptr<FileExport> Begin(const std::string& name, const ExportFormat& format,
-                                             const std::vector<std::string>& columns,
-                                             Progress* progress = nullptr);
+    FileExport(const std::string& name, const ExportFormat& format,
+               const std::vector<std::string>& columns, Progress* progress = nullptr);
+
+    /// Takes the rows. It has begun, and Commit finishes it.
+    ResultWriter& GetWriter() { return *m_writer; }
     /// After the last row: gives the file its name.
     ExportSummary Commit();
 
-protected:
-    void DoNull() override;
-    void DoWhole(Value::Type type, std::string_view bytes) override;
-    bool DoBegin(Value::Type type, std::optional<ULONGLONG> announced) override;
-    void DoAppend(std::string_view piece) override;
-    void DoEnd(ULONGLONG length) override;
-    void DoEndRow() override;
-
 private:
-    FileExport(const std::string& name, const ExportFormat& format, Progress* progress);
+    /// Its errors name the export.
+    class File : public BufferedReplacementFile {
+    public:
+        explicit File(const std::string& name);
+        void Write(const void* buffer, UINT count) override;
+
+    private:
+        const std::string m_name;
+    };
 
     std::string m_name;
-    std::size_t m_rows = 0;
+    std::unique_ptr<File> m_file;
+    std::unique_ptr<ResultWriter> m_writer;
 };
 
 /// Writes a result to the file `name`, as a whole or not at all.

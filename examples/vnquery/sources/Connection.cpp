@@ -1,8 +1,10 @@
 #include "vnquery/sources/Connection.h"
 
 #include "vnquery/result/AsciiUpper.h"
+#include "vnquery/sources/OdbcConnection.h"
 #include "vnquery/sources/OdbcSource.h"
 #include "vnquery/sources/OdbcWriter.h"
+#include "vnquery/sources/SqliteDatabase.h"
 #include "vnquery/sources/SqliteSource.h"
 #include "vnquery/sources/SqliteWriter.h"
 
@@ -44,6 +46,13 @@ std::string Connection::GetDisplayName() const {
         at = end + 1;
     }
     return shown;
+}
+
+SqlServer FindServer(const Connection& connection) {
+    if (connection.file.empty())
+        return OdbcConnection(connection.dataSource, OdbcConnection::Access::Read).GetServer();
+    SqliteDatabase(connection.file, SqliteDatabase::Access::Read);
+    return SqlServer::Sqlite;
 }
 
 std::unique_ptr<RowSource> OpenSource(const Connection& connection, const std::string& sql,

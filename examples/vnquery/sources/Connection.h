@@ -2,6 +2,7 @@
 #pragma once
 
 #include "vnquery/result/RowSource.h"
+#include "vnquery/sources/QueryGuard.h"
 
 #include <memory>
 #include <string>
@@ -20,6 +21,9 @@ struct Connection {
     /// For display: the file, or the connection string without its password.
     std::string GetDisplayName() const;
 };
+
+/// Opens the connection to find out how SQL text is read there. Throws Failure.
+SqlServer FindServer(const Connection& connection);
 
 /// Runs a query. Throws Failure and Interrupted.
 std::unique_ptr<RowSource> OpenSource(const Connection& connection, const std::string& sql,

@@ -35,7 +35,9 @@ constexpr Dialect kTransact = {
     .hasNestedComments = true, .hasBrackets = true, .needsNoSemicolons = true};
 constexpr Dialect kOracle = {.hasChosenQuotes = true};
 constexpr Dialect kStandard = {};
+constexpr Dialect kSqlite = {.hasBrackets = true};
 
+constexpr std::array kOfSqlite = {kSqlite};
 constexpr std::array kOfPostgreSql = {kPostgreSql};
 constexpr std::array kOfMySql = {kMySql, kMySqlPlain};
 constexpr std::array kAll = {kStandard, kPostgreSql, kMySql, kMySqlPlain, kTransact, kOracle};
@@ -78,6 +80,32 @@ public:
             if (!SkipBlank() && !SkipComment(tokens))
                 tokens.push_back(Next());
         return tokens;
+    }
+
+    std::vector<SqlStatement> Split() {
+        std::vector<SqlStatement> statements;
+        std::size_t begin = 0;
+        bool isBlank = true;
+        const auto end = [&](bool isEnded) {
+            if (!isBlank)
+                statements.push_back({std::string(m_sql.substr(begin, m_at - begin)), isEnded});
+            begin = m_at;
+            isBlank = true;
+        };
+        std::vector<Token> ignored;
+        while (m_at < m_sql.size()) {
+            const bool isBlock = StartsWith("/*");
+            if (SkipBlank())
+                continue;
+            if (SkipComment(ignored))
+                isBlank &= !isBlock || m_at < m_sql.size() || m_sql.ends_with("*/");
+            else if (Next() == ";")
+                end(true);
+            else
+                isBlank = false;
+        }
+        end(false);
+        return statements;
     }
 
 private:
@@ -239,12 +267,30 @@ SqlServer ServerOf(std::string_view systemName) {
     return SqlServer::Other;
 }
 
+namespace {
+
+std::span<const Dialect> DialectsOf(SqlServer server) {
+    switch (server) {
+    case SqlServer::Sqlite:
+        return kOfSqlite;
+    case SqlServer::PostgreSql:
+        return kOfPostgreSql;
+    case SqlServer::MySql:
+        return kOfMySql;
+    case SqlServer::Other:
+        break;
+    }
+    return kAll;
+}
+
+} // namespace
+
+std::vector<SqlStatement> SplitStatements(std::string_view sql, SqlServer server) {
+    return Lexer(sql, DialectsOf(server).front()).Split();
+}
+
 std::optional<QueryRefusal> FindRefusal(std::string_view sql, SqlServer server) {
-    const std::span<const Dialect> dialects =
-        server == SqlServer::PostgreSql ? std::span<const Dialect>(kOfPostgreSql)
-        : server == SqlServer::MySql    ? std::span<const Dialect>(kOfMySql)
-                                        : std::span<const Dialect>(kAll);
-    for (const Dialect& dialect : dialects)
+    for (const Dialect& dialect : DialectsOf(server))
         if (std::optional<QueryRefusal> refusal = FindRefusal(sql, dialect))
             return refusal;
     return {};

@@ -1,18 +1,28 @@
-// Whether a statement for a database server only reads.
+// Where statements end, and whether one for a database server only reads.
 #pragma once
 
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vnquery {
 
 /// How a server reads SQL text. Other stands for all unknown servers: a statement must then be a
 /// query in each of the known dialects.
-enum class SqlServer { PostgreSql, MySql, Other };
+enum class SqlServer { Sqlite, PostgreSql, MySql, Other };
 
 /// From the name that the driver gives its database system.
 SqlServer ServerOf(std::string_view systemName);
+
+struct SqlStatement {
+    std::string text;
+    bool isEnded = false; ///< by a semicolon, which the text includes
+};
+
+/// The statements of the text, without those that are nothing but blanks and comments. The last one
+/// may not have ended. (Other is read as standard SQL here.)
+std::vector<SqlStatement> SplitStatements(std::string_view sql, SqlServer server);
 
 /// Why a statement is not run.
 struct QueryRefusal {

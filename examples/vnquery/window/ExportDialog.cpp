@@ -1,7 +1,9 @@
 #include "vnquery/window/ExportDialog.h"
 
-#include "vnbytstr/window/ComboBox.h"
 #include "vnquery/window/Commands.h"
+
+#include "vnbytstr/Ccsid.h"
+#include "vnbytstr/window/ComboBox.h"
 
 #include <algorithm>
 #include <charconv>
@@ -32,8 +34,7 @@ constexpr UINT kFirstCcsid = IDS_VQ_CCSID_1208;
 constexpr UINT kLastCcsid = IDS_VQ_CCSID_943;
 constexpr WORD kUtf8 = 1208;
 /// The choices of the combo boxes, in their order.
-constexpr COutputStreamWriter::ELineBreak kBreaks[] = {
-    COutputStreamWriter::eCRLF, COutputStreamWriter::eCR, COutputStreamWriter::eNone};
+constexpr LineBreak kBreaks[] = {LineBreak::Lf, LineBreak::CrLf, LineBreak::Cr, LineBreak::None};
 constexpr LineEnds kEnds[] = {LineEnds::Escape, LineEnds::Records, LineEnds::Space, LineEnds::Keep};
 
 /// The number that a text begins with; nothing without one, or when it does not fit.
@@ -105,21 +106,22 @@ BOOL ExportDialog::OnInitDialog() {
     }
     SetDlgItemText(kIdCcsid, shown.c_str());
     SetDlgItemText(kIdLength, std::to_string(m_format.recordLength).c_str());
-    Fill(kIdBreak, {IDS_VQ_X_BREAK_CRLF, IDS_VQ_X_BREAK_CR, IDS_VQ_X_BREAK_NONE},
+    Fill(kIdBreak, {IDS_VQ_X_BREAK_LF, IDS_VQ_X_BREAK_CRLF, IDS_VQ_X_BREAK_CR, IDS_VQ_X_BREAK_NONE},
          IndexOf(kBreaks, m_format.lineBreak));
     Fill(kIdEnds,
          {IDS_VQ_X_ENDS_ESCAPE, IDS_VQ_X_ENDS_RECORDS, IDS_VQ_X_ENDS_SPACE, IDS_VQ_X_ENDS_KEEP},
-         IndexOf(kEnds, m_format.lineEnds));
+         IndexOf(kEnds, m_format.lineEnds.value_or(LineEnds::Escape)));
     for (const char* separator : {",", ";", "|"})
         SendDlgItemMessage(kIdSeparator, CB_INSERTSTRING, static_cast<WPARAM>(-1),
                            reinterpret_cast<LPARAM>(separator));
     const std::string tab = Text(IDS_VQ_X_TAB);
     SendDlgItemMessage(kIdSeparator, CB_INSERTSTRING, 0, reinterpret_cast<LPARAM>(tab.c_str()));
-    SetDlgItemText(kIdSeparator,
-                   m_format.separator == "\t" ? tab.c_str() : m_format.separator.c_str());
-    Fill(kIdBlobs, {IDS_VQ_X_BLOBS_PLACEHOLDER, IDS_VQ_X_BLOBS_HEX}, m_format.hexBlobs ? 1 : 0);
+    const std::string separator = m_format.separator.value_or("\t");
+    SetDlgItemText(kIdSeparator, separator == "\t" ? tab.c_str() : separator.c_str());
+    Fill(kIdBlobs, {IDS_VQ_X_BLOBS_PLACEHOLDER, IDS_VQ_X_BLOBS_HEX},
+         m_format.hexBlobs.value_or(false) ? 1 : 0);
     SetDlgItemText(kIdNull, m_format.nullText.value_or("").c_str());
-    CheckDlgButton(kIdHeadings, m_format.headings);
+    CheckDlgButton(kIdHeadings, m_format.headings.value_or(false));
     CheckDlgButton(kIdEntities, m_format.entities);
     CheckDlgButton(kIdStrict, m_format.strict);
     return CDialog::OnInitDialog();

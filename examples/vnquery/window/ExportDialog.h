@@ -1,7 +1,7 @@
 // Asks for the file and the form of an export.
 #pragma once
 
-#include "vnquery/files/Exporter.h"
+#include "vnquery/files/ExportFormat.h"
 #include "vnquery/window/TextDialog.h"
 
 namespace vnquery {

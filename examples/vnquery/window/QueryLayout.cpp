@@ -1,8 +1,7 @@
 #include "vnquery/window/QueryLayout.h"
 
+#include "vnquery/files/RecentTexts.h"
 #include "vnquery/sources/OneTableQuery.h"
-
-#include "vnbytstr/Profile.h"
 
 #include <algorithm>
 #include <charconv>
@@ -13,20 +12,9 @@ namespace vnquery {
 
 namespace {
 
-constexpr UINT kRoot = 1;
-constexpr char kSection[] = "Queries";
-constexpr int kMaxLayouts = 200;
 constexpr int kMaxWidth = 32767;
 
-/// FNV-1a with 64 bits, enough to tell a user's queries apart.
-std::string NameOf(std::string_view sql) {
-    std::uint64_t hash = 0xCBF29CE484222325;
-    for (const char ch : NormaliseSql(sql))
-        hash = (hash ^ static_cast<unsigned char>(ch)) * 0x100000001B3;
-    char name[17];
-    std::snprintf(name, sizeof name, "%016llX", static_cast<unsigned long long>(hash));
-    return name;
-}
+RecentTexts Layouts() { return {"Queries", 200}; }
 
 template <class Numbers>
 std::string Join(const Numbers& numbers) {
@@ -88,24 +76,13 @@ QueryLayout DefaultLayout(std::size_t columns) {
 }
 
 QueryLayout LoadLayout(std::string_view sql, std::size_t columns) {
-    const CString text = VNGetProfileString(kRoot, kSection, NameOf(sql).c_str(), "");
-    return Parse(static_cast<const char*>(text), columns).value_or(DefaultLayout(columns));
+    return Parse(Layouts().Get(NormaliseSql(sql)), columns).value_or(DefaultLayout(columns));
 }
 
 bool SaveLayout(std::string_view sql, const QueryLayout& layout) {
-    const std::string name = NameOf(sql);
-    const std::string text = Join(layout.order) + ";" + Join(layout.widths) + ";" +
-                             std::to_string(layout.sortColumn) + "," +
-                             std::to_string(static_cast<int>(layout.sort));
-    CProfileBatch batch;
-    CProfileSectionKey kept;
-    if (VNGetProfileSectionKey(kRoot, kSection, kept))
-        for (int i = 0; i + kMaxLayouts <= kept.GetCount(); ++i)
-            batch.WriteString(kRoot, kSection, kept.GetName(i), nullptr);
-    // Removed before it is set, so that the latest layout is the last one.
-    batch.WriteString(kRoot, kSection, name.c_str(), nullptr);
-    batch.WriteString(kRoot, kSection, name.c_str(), text.c_str());
-    return batch.Commit() != FALSE;
+    return Layouts().Add(NormaliseSql(sql), Join(layout.order) + ";" + Join(layout.widths) + ";" +
+                                                std::to_string(layout.sortColumn) + "," +
+                                                std::to_string(static_cast<int>(layout.sort)));
 }
 
 } // namespace vnquery

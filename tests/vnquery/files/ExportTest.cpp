@@ -159,9 +159,9 @@ protected:
         static const std::string escaped = Escaped();
         static const std::string records = Records();
         static const std::string markup = Markup();
-        EXPECT_TRUE(exported({}) == escaped);
-        EXPECT_TRUE(exported({"--ccsid", "37", "--record-length", "40", "--line-ends", "records",
-                              "--separator", "|"}) == records);
+        EXPECT_TRUE(exported({"--line-break", "crlf"}) == escaped);
+        EXPECT_TRUE(exported({"--ccsid", "37", "--record-length", "40", "--line-break", "crlf",
+                              "--line-ends", "records", "--separator", "|"}) == records);
         EXPECT_TRUE(exported({"--ccsid", "1200", "--entities", "--line-ends", "keep",
                               "--line-break", "cr", "--headings", "--blobs", "hex", "--null",
                               "NULL", "--separator", "; "}) == markup);

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <chrono>
 #include <csignal>
+#include <sstream>
 #include <thread>
 
 namespace vnquery::test {
@@ -53,8 +54,40 @@ TEST_F(Faults, WrongCommandLines) {
     ExpectFailure(2, {"--db", db, "--sql", "select 1", "--ccsid", "65537"}, {"--ccsid"});
     ExpectFailure(2, {"--db", db, "--sql", "select 1", "--record-length", "-1"},
                   {"--record-length"});
-    ExpectFailure(2, {"--db", db, "--sql", "select 1", "--line-break", "lf"}, {"--line-break"});
+    ExpectFailure(2, {"--db", db, "--sql", "select 1", "--line-break", "unix"}, {"--line-break"});
     ExpectFailure(2, {"--translate", "37:9", db, File("x")}, {"CCSID 9"});
+}
+
+/// What would be ignored is refused, and the message says why.
+TEST_F(Faults, OptionsWithoutEffect) {
+    MakeDatabase("create table t(v); insert into t values (1)");
+    const std::string x = File("x");
+    for (const std::vector<std::string>& words : std::vector<std::vector<std::string>>{
+             {"--ccsid --export", "--ccsid", "37"},
+             {"--record-length --export", "--record-length", "80"},
+             {"--record-length --ccsid", "--record-length", "80", "--save", "1:1", x},
+             {"--strict --export", "--strict"},
+             {"--widths csv", "--widths", "all", "--format", "csv"},
+             {"--null json", "--null", "-", "--format", "json"},
+             {"--headings xml", "--no-headings", "--format", "xml"},
+             {"--blobs insert", "--blobs", "hex", "--format", "insert", "--export", x},
+             {"--table csv", "--table", "t", "--format", "csv"},
+             {"--ccsid json UTF-8", "--ccsid", "37", "--format", "json", "--export", x},
+             {"csv separator", "--separator", "", "--format", "csv"},
+             {"--format --export", "--format", "csv", "--quiet"},
+             {"--des-pad --des", "--des-pad"}}) {
+        std::vector<std::string> arguments = {"--db", Database(), "--sql", "select v from t"};
+        arguments.insert(arguments.end(), words.begin() + 1, words.end());
+        std::vector<std::string> texts;
+        std::istringstream expected(words[0]);
+        for (std::string text; expected >> text;)
+            texts.push_back(text);
+        ExpectFailure(2, arguments, texts);
+    }
+    ExpectFailure(2, {"--translate", "37:1208", Database(), x, "--quiet"}, {"--quiet"});
+    ExpectFailure(2, {"--db", Database(), "--sql", "select 1; select 2", "--export", x},
+                  {"--export", "2"});
+    ExpectFailure(3, {"--db", Database(), "--file", File("none")}, {File("none"), "No such file"});
 }
 
 TEST_F(Faults, DatabasesAndQueries) {
@@ -68,7 +101,8 @@ TEST_F(Faults, DatabasesAndQueries) {
     ExpectFailure(1, {"--db", db, "--sql", "selec"}, {"syntax error"});
     ExpectFailure(1, {"--db", db, "--sql", "select x from t"}, {"no such column"});
     ExpectFailure(1, {"--db", db, "--sql", " ; -- "}, {"no query"});
-    ExpectFailure(1, {"--db", db, "--sql", "select 1; select 2"}, {"more than one"});
+    ExpectFailure(1, {"--db", db, "--sql", "select 1; delete from t; select 2"},
+                  {"statement 2", "changes nothing"});
     ExpectFailure(1, {"--db", db, "--sql", "delete from t"}, {"changes nothing"});
     ExpectFailure(1, {"--db", db, "--sql", "select abs(-9223372036854775808)"}, {"overflow"});
     ExpectFailure(1, {"--db", db, "--sql", "delete from t returning v"}, {"not run", "DELETE"});
@@ -137,7 +171,7 @@ TEST_F(Faults, ProtectedTargets) {
                   {"readonly"});
     EXPECT_EQ(m_files.Read("readonly"), "old");
     EXPECT_EQ(Query("select v from t", {"--quiet", "--export", File("folder/old")}).code, 0);
-    EXPECT_EQ(m_files.Read("folder/old"), "new\r\n");
+    EXPECT_EQ(m_files.Read("folder/old"), "new\n");
     std::filesystem::permissions(File("folder"), std::filesystem::perms::owner_all);
 }
 

@@ -57,23 +57,24 @@ TEST_F(Files, ExportWritesRowsAsLines) {
         EXPECT_EQ(Query("select n, v from t", options).code, 0);
         return m_files.Read("e");
     };
-    EXPECT_EQ(exported({}), "1\ta<b & \"c\"\r\n2\tx\\t\\n\\r\\n\\\\\\0y\r\n3\t\\N\r\n4\t\r\n"
-                            "5\t<BLOB 2 B>\r\n6\t\\\\N\r\n");
+    EXPECT_EQ(exported({}), "1\ta<b & \"c\"\n2\tx\\t\\n\\r\\n\\\\\\0y\n3\t\\N\n4\t\n"
+                            "5\t<BLOB 2 B>\n6\t\\\\N\n");
     EXPECT_EQ(exported({"--entities", "--line-ends", "records", "--line-break", "cr", "--headings",
                         "--blobs", "hex", "--null", "NULL", "--separator", "; "}),
               "n; v\r1; a&lt;b &amp; &quot;c&quot;\r2; x\t\r\r\\\0y\r3; NULL\r4; \r5; 00FF\r"
               "6; \\N\r"s);
     EXPECT_EQ(exported({"--line-ends", "space", "--line-break", "none", "--separator", "|"}),
               "1|a<b & \"c\"2|x\t  \\\0y3|-4|5|<BLOB 2 B>6|\\N"s);
-    EXPECT_EQ(exported({"--separator", "<"}).substr(0, 14), "1<a\\<b & \"c\"\r\n");
+    EXPECT_EQ(exported({"--separator", "<"}).substr(0, 14), "1<a\\<b & \"c\"\n2");
 }
 
 TEST_F(Files, RecordsAreFilledWithTheBlanksOfTheTarget) {
     MakeDatabase(
         "create table t(v); insert into t values ('abc'), ('1234567890'), (''), ('12345678901'),"
         "('a' || char(10) || 'b')");
-    EXPECT_EQ(Query("select v from t", {"--quiet", "--export", File("e"), "--ccsid", "37",
-                                        "--record-length", "10", "--line-ends", "records"})
+    EXPECT_EQ(Query("select v from t",
+                    {"--quiet", "--export", File("e"), "--ccsid", "37", "--record-length", "10",
+                     "--line-break", "crlf", "--line-ends", "records"})
                   .code,
               0);
     const std::string expected = "abc       \r\n1234567890\r\n\r\n12345678901         \r\n"

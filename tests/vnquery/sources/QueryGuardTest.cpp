@@ -86,5 +86,26 @@ TEST(QueryGuard, ServersReadTextsInTheirOwnWays) {
     EXPECT_EQ(ServerOf("Microsoft SQL Server"), SqlServer::Other);
 }
 
+/// Statements by their texts; one that has not ended has "..." after it.
+std::vector<std::string> Split(const std::string& sql, SqlServer server) {
+    std::vector<std::string> texts;
+    for (const SqlStatement& statement : SplitStatements(sql, server))
+        texts.push_back(statement.text + (statement.isEnded ? "" : "..."));
+    return texts;
+}
+
+TEST(QueryGuard, StatementsEndWhereTheServerEndsThem) {
+    using Texts = std::vector<std::string>;
+    const SqlServer sqlite = SqlServer::Sqlite;
+    EXPECT_EQ(Split("select 1; select 2", sqlite), (Texts{"select 1;", " select 2..."}));
+    EXPECT_EQ(Split(" ;; -- a; b\n/* ; */ ;", sqlite), Texts());
+    EXPECT_EQ(Split("select ';', \";\", `;`, [;] /* ; */ -- ;\n;", sqlite).size(), 1u);
+    EXPECT_EQ(Split("select 'it''s; open", sqlite), Texts{"select 'it''s; open..."});
+    EXPECT_EQ(Split("/* open ;", sqlite), Texts{"/* open ;..."});
+    EXPECT_EQ(Split("select 1; -- the end", sqlite), Texts{"select 1;"});
+    EXPECT_EQ(Split("select $$;$$; select 2;", SqlServer::PostgreSql).size(), 2u);
+    EXPECT_EQ(Split("select 'a\\';'; select 2;", SqlServer::MySql).size(), 2u);
+}
+
 } // namespace
 } // namespace vnquery

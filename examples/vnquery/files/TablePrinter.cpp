@@ -1,6 +1,5 @@
-#include "vnquery/console/TablePrinter.h"
+#include "vnquery/files/TablePrinter.h"
 
-#include "vnquery/console/Process.h"
 #include "vnquery/messages/Messages.h"
 #include "vnquery/tasks/Interruption.h"
 
@@ -11,18 +10,17 @@ namespace vnquery {
 
 namespace {
 
-constexpr std::size_t kOutputBlock = 65536;
-constexpr std::size_t kGap = 2;                            ///< between two columns
-constexpr std::size_t kMaxGathered = 1 << 20;              ///< bytes of rows that set the widths
-constexpr auto kMaxWait = std::chrono::seconds(1);         ///< for them
-constexpr auto kMaxDelay = std::chrono::milliseconds(100); ///< of a row that has been read
+constexpr std::size_t kGap = 2;                    ///< between two columns
+constexpr std::size_t kMaxGathered = 1 << 20;      ///< bytes of rows that set the widths
+constexpr auto kMaxWait = std::chrono::seconds(1); ///< for them
 
 } // namespace
 
-TablePrinter::TablePrinter(const std::vector<std::string>& columns, const CellFormat& format,
-                           WidthSource widths)
-    : RowSink(nullptr), m_format(format), m_widthSource(widths),
-      m_gathered(static_cast<int>(columns.size())) {
+TablePrinter::TablePrinter(CFile& file, const std::vector<std::string>& columns,
+                           const ExportFormat& format, Progress* progress)
+    : ResultWriter(progress),
+      m_file(file), m_format{.nullText = *format.nullText, .textLimit = format.textLimit},
+      m_widthSource(format.widths), m_gathered(static_cast<int>(columns.size())) {
     for (const std::string& name : columns) {
         Column& column = m_columns.emplace_back();
         column.heading = MakeVisible(name);
@@ -98,18 +96,13 @@ void TablePrinter::DoEndRow() {
 void TablePrinter::Finish() {
     if (!m_isStarted)
         StartTable();
-    m_output += m_rows == 1 ? Text(IDS_VQ_ONE_ROW) : Text(IDS_VQ_ROWS, {GroupDigits(m_rows)});
-    m_output += '\n';
-    Write();
+    m_line = m_rows == 1 ? Text(IDS_VQ_ONE_ROW) : Text(IDS_VQ_ROWS, {GroupDigits(m_rows)});
+    EndLine();
 }
 
 void TablePrinter::Abandon() {
-    if (m_isStarted) {
-        m_output.resize(m_lines);
-        Write();
-    } else if (m_rows > 0) {
+    if (!m_isStarted && m_rows > 0)
         StartTable();
-    }
 }
 
 // --- lines ---------------------------------------------------------------------------------------
@@ -117,7 +110,6 @@ void TablePrinter::Abandon() {
 /// Writes what has been gathered.
 void TablePrinter::StartTable() {
     m_isStarted = true;
-    m_written = Clock::now();
     for (Column& column : m_columns)
         column.isNumeric = column.hasNumbers && !column.hasOthers;
     for (std::size_t column = 0; column < m_columns.size(); ++column)
@@ -141,7 +133,6 @@ void TablePrinter::StartTable() {
         CheckInterrupted();
     }
     m_gathered.Empty();
-    Write();
 }
 
 void TablePrinter::PutCell(std::size_t column, std::string_view text, std::size_t width) {
@@ -155,7 +146,7 @@ void TablePrinter::PutCell(std::size_t column, std::string_view text, std::size_
     if (layout.isNumeric)
         m_blanks += room;
     if (!text.empty()) {
-        m_output.append(m_blanks, ' ').append(text);
+        m_line.append(m_blanks, ' ').append(text);
         m_blanks = 0;
     }
     if (!layout.isNumeric)
@@ -164,17 +155,9 @@ void TablePrinter::PutCell(std::size_t column, std::string_view text, std::size_
 
 void TablePrinter::EndLine() {
     m_blanks = m_excess = 0; // no blanks at the end of a line
-    m_output += '\n';
-    m_lines = m_output.size();
-    if (m_lines >= kOutputBlock || Clock::now() - m_written >= kMaxDelay)
-        Write();
-}
-
-void TablePrinter::Write() {
-    WriteOutput(m_output);
-    m_output.clear();
-    m_lines = 0;
-    m_written = Clock::now();
+    m_line += '\n';
+    m_file.Write(m_line.data(), static_cast<UINT>(m_line.size()));
+    m_line.clear();
 }
 
 } // namespace vnquery

@@ -1,8 +1,8 @@
-// Rows as columns on the terminal.
+// Rows as columns for people.
 #pragma once
 
+#include "vnquery/files/ResultWriter.h"
 #include "vnquery/result/CellText.h"
-#include "vnquery/result/RowSink.h"
 
 #include "vnbytstr/RowStore.h"
 
@@ -12,27 +12,20 @@
 
 namespace vnquery {
 
-/// Which rows the widths of the columns come from.
-enum class WidthSource {
-    First, ///< those whose cells fit in 1 MiB, or that arrive within a second of the first one
-    All    ///< all; nothing is written before the last one
-};
-
-/// Writes headings, the rows it takes and the number of rows to standard output. A column is as
-/// wide as its widest cell among the rows that its width comes from; if these hold nothing but
-/// numbers there, it is right-aligned. A later cell that is wider is written in full and pushes
-/// the rest of its row to the right; the cells after it go back to their places as soon as there
-/// is room. Throws Failure when the output cannot be written, and what CRowStore throws: rows that
-/// wait for the last one move to a temporary file.
-class TablePrinter : public RowSink {
+/// Writes headings, the rows it takes and the number of rows, in UTF-8. A column is as wide as its
+/// widest cell among the rows that its width comes from; if these hold nothing but numbers there,
+/// it is right-aligned. A later cell that is wider is written in full and pushes the rest of its
+/// row to the right; the cells after it go back to their places as soon as there is room. Throws
+/// what the file and CRowStore throw: rows that wait for the last one move to a temporary file.
+class TablePrinter : public ResultWriter {
 public:
-    TablePrinter(const std::vector<std::string>& columns, const CellFormat& format,
-                 WidthSource widths);
+    /// `format` is completed.
+    TablePrinter(CFile& file, const std::vector<std::string>& columns, const ExportFormat& format,
+                 Progress* progress);
 
-    /// After the last row.
-    void Finish();
-    /// Instead of that, when the next row cannot be read: writes the rows before it.
-    void Abandon();
+    void Begin() override {}
+    void Finish() override;
+    void Abandon() override;
 
 protected:
     void DoNull() override;
@@ -58,24 +51,21 @@ private:
     void StartTable();
     void PutCell(std::size_t column, std::string_view text, std::size_t width);
     void EndLine();
-    void Write();
 
+    CFile& m_file;
     const CellFormat m_format;
     const WidthSource m_widthSource;
     std::vector<Column> m_columns;
     std::size_t m_column = 0; ///< of the next cell
-    std::size_t m_rows = 0;
 
     bool m_isStarted = false; ///< widths are known, headings written
     CRowStore m_gathered;     ///< until then the cells' texts
     std::size_t m_gatheredBytes = 0;
     Clock::time_point m_first; ///< when the first row arrived
 
-    std::string m_output;     ///< not yet written
-    std::size_t m_lines = 0;  ///< bytes of m_output that are whole lines
+    std::string m_line;       ///< not yet whole
     std::size_t m_blanks = 0; ///< before the next cell of the line
     std::size_t m_excess = 0; ///< by how much the line is too far to the right
-    Clock::time_point m_written;
 
     std::string m_piece; ///< of a value in pieces, as far as it could be shown
     std::string m_text;  ///< of a cell

@@ -1,0 +1,39 @@
+// Lines that a user types at a terminal, with editing and history.
+#pragma once
+
+#include "vnquery/files/RecentTexts.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+
+struct editline;
+struct history;
+
+namespace vnquery {
+
+/// libedit on standard input, output and error. One at a time.
+class LineEditor {
+public:
+    /// The lines of earlier sessions can be called up.
+    LineEditor();
+    ~LineEditor();
+    LineEditor(const LineEditor&) = delete;
+    LineEditor& operator=(const LineEditor&) = delete;
+
+    /// A line without its end; nothing at the end of the input (Ctrl-D). Throws Interrupted on a
+    /// signal; Ctrl-C also drops the line.
+    std::optional<std::string> Read(const char* prompt);
+    /// Remembers a line, in this session and for later ones.
+    void Remember(const std::string& line);
+
+private:
+    static const char* PromptOf(editline* editor);
+
+    editline* m_editor;
+    history* m_history;
+    const char* m_prompt = "";
+    RecentTexts m_recent;
+};
+
+} // namespace vnquery
