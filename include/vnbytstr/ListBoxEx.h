@@ -399,6 +399,7 @@ private:
     BOOL Refuse(const CString& value);
     BOOL LeaveCell();
     void CloseEditor();
+    void CloseEditorForGood();
     bool CloseEditorOfGoingRow(UINT message, WPARAM wParam);
     void EditUnder(int row, int column);
     void EditNextCell(const vnbytstr::detail::CellAddress& from, bool forward);

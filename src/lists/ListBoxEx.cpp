@@ -169,7 +169,7 @@ void CListBoxEx::PositionHeadings() {
 void CListBoxEx::SetNumColumns(int count) {
     const int columns = std::max(count, 0);
     const Lifeline life(this);
-    CellCancel();
+    CloseEditorForGood();
     if (!life.Exists())
         return;
     m_pColumns =

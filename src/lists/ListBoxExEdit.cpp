@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <string>
+#include <utility>
 
 using namespace vnbytstr::detail;
 
@@ -74,7 +75,7 @@ void CListBoxEx::StartEditing(int row, int column) {
         return;
     const Lifeline life(this);
     CellCancel();
-    if (!life.Holds() || !IsRow(row) || !IsColumn(column))
+    if (!life.Holds() || m_pActiveEditor != nullptr || !IsRow(row) || !IsColumn(column))
         return;
     SetWidths();
     SetOnlySel(row);
@@ -309,6 +310,18 @@ void CListBoxEx::CloseEditor() {
         parent->PostMessage(VNM_EDITORCLOSED);
     Invalidate(TRUE);
     UpdateWindow();
+}
+
+/// Before rows or columns change: the parent, which learns that the list has the focus again, cannot
+/// open the next editor yet.
+void CListBoxEx::CloseEditorForGood() {
+    if (m_pActiveEditor == nullptr)
+        return;
+    const Lifeline life(this);
+    const BOOL before = std::exchange(m_bCommitting, TRUE);
+    CellCancel();
+    if (life.Holds())
+        m_bCommitting = before;
 }
 
 void CListBoxEx::StopEditing() {

@@ -329,7 +329,7 @@ BOOL CListBoxEx::SetRowSource(CListRowSource* source) {
     }
     UseRowsOf(source); // first of all: the source of before may be ending
     const Lifeline life(this);
-    CellCancel();
+    CloseEditorForGood();
     if (!life.Holds() || GetRowSource() != source)
         return FALSE;
     ListBoxSetNoData(m_hWnd, source != nullptr);
@@ -353,7 +353,7 @@ void CListBoxEx::RowsChanged() {
     const Lifeline life(this);
     if (m_nCurRow >= count) {
         m_nCurRow = -1;
-        CellCancel();
+        CloseEditorForGood();
         if (!life.Holds() || GetRowSource() != source)
             return;
     }
@@ -394,7 +394,7 @@ bool CListBoxEx::CloseEditorOfGoingRow(UINT message, WPARAM wParam) {
     if (!goes || m_pActiveEditor == nullptr)
         return true;
     const Lifeline life(this);
-    CellCancel();
+    CloseEditorForGood();
     return life.Holds();
 }
 

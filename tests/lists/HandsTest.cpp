@@ -6,6 +6,8 @@
 #include <QPushButton>
 #include <QScrollBar>
 #include <QTimer>
+#include <QWheelEvent>
+#include <QWindow>
 
 namespace vnbytstr::test {
 namespace {
@@ -91,6 +93,154 @@ TEST_F(Hands, TheWindowThatGotAReleaseIsGone) {
         Up(Qt::Key_Down);
         EXPECT_EQ(list->GetFirstSel(), 1);
     }
+}
+
+// --- message boxes between press and release ----------------------------------------------------
+
+/// Mouse events of the platform: a message box keeps those for windows below from them.
+class Boxes : public Hands {
+protected:
+    void SetUp() override {
+        Hands::SetUp();
+        ASSERT_TRUE(list->CreateHeadingsControl(1001));
+        list->EnableSort();
+        Pump();
+    }
+    QPoint InTop(CWnd& window, CPoint at) {
+        window.ClientToScreen(&at);
+        return parent.GetWidget()->mapFromGlobal(QPoint(at.x, at.y));
+    }
+    QWindow* Top() { return parent.GetWidget()->windowHandle(); }
+    /// Shows a box when it is asked; the button goes up meanwhile.
+    void AnswerWithBox(LRESULT answer, QPoint at) {
+        parent.onAsked = [this, answer, at](UINT message) -> LRESULT {
+            if (message != VNM_STOREVALUE)
+                return 0;
+            QTimer::singleShot(0, [this, at] {
+                QTest::mouseRelease(Top(), Qt::LeftButton, {}, at);
+                QApplication::activeModalWidget()->close();
+            });
+            AfxMessageBox("text");
+            return answer;
+        };
+    }
+};
+
+TEST_F(Boxes, NothingStaysPressed) {
+    for (const LRESULT answer : {0, 1})
+        for (const int where : {0, 1, 2, 3}) {
+            SetUp();
+            EditAndType(1, 0, "new");
+            CWnd& window = where == 3 ? static_cast<CWnd&>(*list) : *list->GetHeadings();
+            const CPoint points[] = {{40, 8}, {100, 8}, {199, 8}, CellPoint(3, 1)};
+            const QPoint at = InTop(window, points[where]);
+            AnswerWithBox(answer, at);
+            QTest::mousePress(Top(), Qt::LeftButton, {}, at);
+            EXPECT_EQ(GetKeyState(VK_LBUTTON) & 0x8000, 0);
+            EXPECT_EQ(CWnd::GetCapture(), nullptr) << where << answer;
+            parent.onAsked = nullptr;
+            const int width = list->GetColumnWidth(0);
+            const int row = list->GetFirstSel();
+            QTest::mouseMove(Top(), at + QPoint(58, 0));
+            QTest::mouseMove(Top(), at + QPoint(58, 40));
+            Pump();
+            EXPECT_EQ(list->GetColumnWidth(0), width);
+            EXPECT_EQ(list->GetFirstSel(), row);
+            EXPECT_EQ(list->GetSortState(), kNotSorted);
+            EXPECT_EQ(parent.asked.size(), answer != 0 ? 1U : 2U); // "store", "closed"
+            EXPECT_EQ(IsOpen(), answer != 0);
+        }
+}
+
+TEST_F(Boxes, ARefusedValueIsAskedForOnceByEachActionOfTheHand) {
+    for (int i = 0; i < 60; ++i)
+        list->AddStringItems("more", "", "");
+    CStringArray files;
+    files.Add("/data/x");
+    COleDataObject data(files);
+    const auto strip = [this](QEvent::Type type, int x) {
+        Mouse(*list->GetHeadings(), type, {x, 8});
+        Pump();
+    };
+    const std::pair<const char*, std::function<void()>> actions[] = {
+        {"heading",
+         [&] {
+             strip(QEvent::MouseButtonPress, 40);
+             strip(QEvent::MouseButtonRelease, 40);
+         }},
+        {"divider",
+         [&] {
+             strip(QEvent::MouseButtonPress, 100);
+             for (int x = 101; x < 107; ++x)
+                 strip(QEvent::MouseMove, x);
+             strip(QEvent::MouseButtonRelease, 107);
+         }},
+        {"file",
+         [&] {
+             list->m_DropTarget.OnDragEnter(list.get(), &data, 0, CellPoint(2, 1));
+             for (int row = 0; row < 6; ++row) {
+                 list->m_DropTarget.OnDragOver(list.get(), &data, 0, CellPoint(row, 1));
+                 Pump();
+             }
+         }},
+        {"wheel",
+         [&] {
+             for (int notch = 0; notch < 4; ++notch) {
+                 const QPointF at = list->GetWidget()->rect().center();
+                 QWheelEvent turn(at, list->GetWidget()->mapToGlobal(at), {}, {0, -120},
+                                  Qt::NoButton, {}, Qt::NoScrollPhase, false);
+                 QApplication::sendEvent(list->GetWidget(), &turn);
+             }
+         }},
+        {"row", [&] { Click(CellPoint(3, 1)); }}};
+    for (const auto& [name, act] : actions) {
+        EditAndType(1, 0, "bad");
+        parent.Answer(VNM_STOREVALUE, 1);
+        for (const int times : {1, 2}) {
+            parent.Take();
+            if (times == 2) // the same action anew
+                QTest::qWait(std::string_view(name) == "wheel" ? 600 : 0);
+            if (times == 2 && std::string_view(name) == "file")
+                Down(Qt::Key_Shift);
+            act();
+            Pump();
+            EXPECT_EQ(parent.Take(), Asked{"store 0 bad"}) << name << times;
+        }
+        EXPECT_TRUE(IsOpenAt(1, 0));
+        EXPECT_EQ(list->SendMessage(LB_GETTOPINDEX), 0);
+        list->CellCancel();
+        Pump();
+    }
+}
+
+TEST_F(Boxes, AThumbThatIsRefusedGoesBack) {
+    Make(WS_VSCROLL);
+    list->SetEditorType(0, kEditorText);
+    for (int i = 0; i < 300; ++i)
+        list->AddStringItems("more", "", "");
+    Pump();
+    auto* bar = list->GetWidget()->findChild<QScrollBar*>();
+    ASSERT_NE(bar, nullptr);
+    const auto drag = [&] {
+        bar->setSliderDown(true); // as a press on the thumb
+        for (int i = 1; i <= 8; ++i)
+            bar->setSliderPosition(i * 16);
+        bar->setSliderDown(false);
+        Pump();
+    };
+    EditAndType(1, 0, "bad");
+    parent.Answer(VNM_STOREVALUE, 1);
+    drag();
+    EXPECT_EQ(parent.Take(), Asked{"store 0 bad"});
+    EXPECT_EQ(list->SendMessage(LB_GETTOPINDEX), 0);
+    EXPECT_EQ(bar->value(), 0);
+    EXPECT_EQ(bar->sliderPosition(), 0);
+    parent.onAsked = nullptr;
+    Down(Qt::Key_Shift); // the hand does something else
+    drag();
+    EXPECT_EQ(list->SendMessage(LB_GETTOPINDEX), 128);
+    EXPECT_EQ(bar->value(), 128);
+    EXPECT_EQ(Cell(1, 0), "bad");
 }
 
 } // namespace

@@ -43,6 +43,8 @@ public:
             DestroyWindow();
     }
     LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override {
+        if (onMessage)
+            onMessage(message, wParam);
         if (message < VNM_EDITORCLOSED || message > VNM_OPENCELL)
             return CWnd::WindowProc(message, wParam, lParam);
         std::string entry = message == VNM_EDITORCLOSED ? "closed"
@@ -72,6 +74,7 @@ public:
 
     std::vector<std::string> asked;
     std::function<LRESULT(UINT)> onAsked;
+    std::function<void(UINT, WPARAM)> onMessage; ///< before anything is done with it
 };
 
 using Asked = std::vector<std::string>;
