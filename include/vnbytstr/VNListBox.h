@@ -12,8 +12,10 @@ class VNBYTSTR_CONTROLS_API CVNListBox : public CListBoxEx {
 public:
     CVNListBox();
 
-    /// Sets a row's tooltip; to be called right after the row was inserted. All other rows keep
-    /// theirs, also after a sort. Rows out of range, and those of a source, are ignored.
+    /// Inserts a row's tooltip; to be called once for each row, right after the row was inserted at
+    /// that index: later rows' tooltips move down with their rows, also after a sort. To replace
+    /// one, call RemoveItemTip first: a second call for the same row leaves more tooltips than
+    /// rows, and none is shown. Rows out of range, and those of a source, are ignored.
     void SetItemTip(int row, LPCTSTR text);
     /// Removes all tooltips; to be called with ResetContent.
     void ResetTips();
@@ -25,6 +27,7 @@ public:
     CString GetItemTip(int index) const;
     /// Shows the tooltip of the row at a point of the client area, or hides it if there is none.
     void SetDataTip(CPoint point);
+    /// FALSE as well while the row under the pointer has an empty one.
     BOOL IsTipShown() const { return m_bTipShown; }
 
     /// The tooltips move with their rows.
