@@ -1,6 +1,6 @@
 #include "vnquery/sources/Connection.h"
 
-#include "vnquery/result/AsciiUpper.h"
+#include "vnquery/sources/ConnectionText.h"
 #include "vnquery/sources/OdbcConnection.h"
 #include "vnquery/sources/OdbcSource.h"
 #include "vnquery/sources/OdbcWriter.h"
@@ -8,44 +8,10 @@
 #include "vnquery/sources/SqliteSource.h"
 #include "vnquery/sources/SqliteWriter.h"
 
-#include <algorithm>
-
 namespace vnquery {
 
-namespace {
-
-bool IsPassword(std::string_view key) {
-    std::string upper = ToUpper(key);
-    std::erase_if(upper, [](char ch) { return ch == ' ' || ch == '\t'; });
-    return upper == "PWD" || upper == "PASSWORD";
-}
-
-/// End of the value that begins at `at`: the next semicolon outside of braces.
-std::size_t EndOfValue(std::string_view text, std::size_t at) {
-    if (at < text.size() && text[at] == '{')
-        at = std::min(text.find('}', at), text.size());
-    return std::min(text.find(';', at), text.size());
-}
-
-} // namespace
-
 std::string Connection::GetDisplayName() const {
-    if (!file.empty())
-        return file;
-    const std::string_view text = dataSource;
-    std::string shown;
-    for (std::size_t at = 0; at < text.size();) {
-        const std::size_t equals = std::min(text.find('=', at), text.size());
-        const std::size_t end = EndOfValue(text, std::min(equals + 1, text.size()));
-        if (equals < end && IsPassword(text.substr(at, equals - at)))
-            shown.append(text.substr(at, equals - at)).append("=***");
-        else
-            shown += text.substr(at, end - at);
-        if (end < text.size())
-            shown += ';';
-        at = end + 1;
-    }
-    return shown;
+    return !file.empty() ? file : HidePasswords(dataSource);
 }
 
 SqlServer FindServer(const Connection& connection) {
