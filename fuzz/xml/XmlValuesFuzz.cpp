@@ -62,8 +62,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     document.GetIntAttribute(node, "text", integer);
     document.GetDoubleAttribute(node, "text", real);
     document.GetColorAttribute(node, "text", color);
-    Require(document.SetColorAttribute(node, "colour", static_cast<DWORD>(number)));
+    const DWORD rgb = static_cast<DWORD>(number) & 0xFFFFFF;
+    Require(document.SetColorAttribute(node, "colour", rgb));
     Require(document.GetColorAttribute(node, "colour", color));
-    Require(color == static_cast<DWORD>(number));
+    Require(color == rgb);
     return 0;
 }

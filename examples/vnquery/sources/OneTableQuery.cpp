@@ -157,7 +157,7 @@ std::optional<OneTableQuery> ParseOneTableQuery(std::string_view sql) {
     if (!from)
         return {};
     const std::optional<std::string> table = FindTable(tokens, *from, sql);
-    if (!table)
+    if (!table || table->empty()) // as in an open bracket at the text's end
         return {};
     const std::size_t cut = tokens[*from].begin;
     return OneTableQuery{std::string(sql.substr(0, cut)), std::string(sql.substr(cut)), *table};
