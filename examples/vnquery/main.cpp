@@ -5,7 +5,6 @@
 #include "vnquery/console/Process.h"
 #include "vnquery/console/QueryOutput.h"
 #include "vnquery/console/Shell.h"
-#include "vnquery/console/StandardOutput.h"
 #include "vnquery/files/FileCipher.h"
 #include "vnquery/files/FileTranslation.h"
 #include "vnquery/messages/HelpPages.h"

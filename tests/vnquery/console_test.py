@@ -10,6 +10,7 @@ import sqlite3
 import subprocess
 import sys
 import tempfile
+import termios
 import time
 
 VNQUERY = sys.argv[1]
@@ -55,6 +56,13 @@ def check_closed_pipes():
         process.stdout.close()
         check(f"a closed pipe is silent, {form}", process.stderr.read() == b"")
         check("exit code", process.wait() == 128 + signal.SIGPIPE, process.returncode)
+    pipe = os.path.join(FOLDER, "pipe")
+    os.mkfifo(pipe)
+    process = subprocess.Popen([VNQUERY, "--db", DATABASE, "--quiet", "--export", pipe, "--sql",
+                                ENDLESS + "i from n"], stderr=subprocess.PIPE)
+    with open(pipe, "rb") as file:
+        file.read(100)
+    check("a pipe with a name", process.stderr.read() == b"" and process.wait() == 128 + signal.SIGPIPE)
     # What is written elsewhere is complete.
     name = os.path.join(FOLDER, "export")
     process = subprocess.Popen([VNQUERY, "--db", DATABASE, "--export", name, "--sql",
@@ -89,9 +97,14 @@ class Terminal:
         before, _, self.seen = self.seen.partition(text)
         return before + text
 
-    def type(self, keys, answer):
+    def type(self, keys, answer=None, while_it_works=False):
+        """Types once the program reads a line, as a user who has waited for it."""
+        end = time.monotonic() + 60
+        while not while_it_works and termios.tcgetattr(self.terminal)[3] & termios.ICANON:
+            check("a line is read", time.monotonic() < end, self.seen)
+            time.sleep(0.01)
         os.write(self.terminal, keys)
-        return self.expect(answer)
+        return self.expect(answer) if answer else b""
 
     def end(self):
         while True:
@@ -108,10 +121,9 @@ def check_terminal():
     terminal = Terminal()
     terminal.type("select 'é' as ä,\n".encode(), b"...> ")
     terminal.type(b"17 * 3; select 4 * 100;\n", b"400\r\n(1 row)")
-    terminal.expect(b"vnquery> ")
     check(".tables", b"view" in terminal.type(b".tables\n", b"(2 rows)"))
-    check(".format", b"csv" in terminal.type(b".format nothing\n", b"csv"))
-    terminal.type(b".format csv\n", b"vnquery> ")
+    terminal.type(b".format nothing\n", b"jsonl")
+    terminal.type(b".format csv\n", b"csv")
     check("csv", b"rows" not in terminal.type(b"select 6 * 7 as x, 1;\n", b"42,1\r\n"))
     terminal.type(b".nonsense\n", b"no command .nonsense")
     terminal.type(b"drop table t;\n", b"changes nothing")
@@ -120,22 +132,26 @@ def check_terminal():
     terminal.type(b"select 3 * 37;\n", b"111\r\n")
     terminal.type((ENDLESS + "max(i) from n;\n").encode(), b"from n;")
     time.sleep(0.2)
-    terminal.type(b"\x03", b"stopped")  # and the query
-    terminal.expect(b"vnquery> ")
+    terminal.type(b"\x03", b"stopped", while_it_works=True)  # and the query
     terminal.type(b"\x1b[A\x1b[A\n", b"111\r\n")  # the line before the last one
-    terminal.expect(b"vnquery> ")
-    os.write(terminal.terminal, b"\x04")
+    terminal.type(b"\x04")
     check("the exit code", terminal.end() == 0)
     check("the history is the user's own", os.stat(PROFILE).st_mode & 0o777 == 0o600)
 
     terminal = Terminal()  # which knows the last line of the session before
     terminal.type(b"\x1b[A\n", b"111\r\n")
-    terminal.expect(b"vnquery> ")
     terminal.type(b".quit\n", b".quit")
     check("the exit code", terminal.end() == 0)
-    terminal = Terminal()
-    os.kill(terminal.process, signal.SIGTERM)
-    check("SIGTERM ends it", terminal.end() == 128 + signal.SIGTERM)
+    for number in (signal.SIGTERM, signal.SIGHUP):
+        terminal = Terminal()
+        os.kill(terminal.process, number)
+        check("a signal ends it", terminal.end() == 128 + number)
+    terminal = Terminal()  # Ctrl-D while a query works is for after it
+    terminal.type(b"with recursive n(i) as (select 1 union all select i + 1 from n limit 3000000) "
+                  b"select max(i) from n;\n", b"max(i) from n;")
+    time.sleep(0.1)
+    terminal.type(b"\x04", while_it_works=True)
+    check("the exit code", terminal.end() == 0)
 
 
 try:

@@ -200,8 +200,8 @@ def check_people():
     check("markdown", run("markdown", query="select 1 as 'a|b', 'x|y' || char(13, 10) || '<i>' as c").decode(),
           "| a\\|b | c |\n| --- | --- |\n| 1 | x\\|y<br>&lt;i> |\n")
     check("vertical", run("vertical", query="select 1 as a, '-' as long, null as é union all "
-                          "select 2, char(27) || '[1m', x'00'").decode(),
-          '   a = 1\nlong = "-"\n   é = -\n\n   a = 2\nlong = \\x1B[1m\n   é = <BLOB 1 B>\n')
+                          "select '\"-\"', char(27) || '[1m', x'00'").decode(),
+          '   a = 1\nlong = "-"\n   é = -\n\n   a = ""-""\nlong = \\x1B[1m\n   é = <BLOB 1 B>\n')
 
 
 def check_invalid():

@@ -3,7 +3,7 @@
 
 #include "vnquery/files/RecentTexts.h"
 
-#include <memory>
+#include <csignal>
 #include <optional>
 #include <string>
 
@@ -12,7 +12,7 @@ struct history;
 
 namespace vnquery {
 
-/// libedit on standard input, output and error. One at a time.
+/// libedit on standard input and on the terminal that standard output or error is. One at a time.
 class LineEditor {
 public:
     /// The lines of earlier sessions can be called up.
@@ -29,10 +29,12 @@ public:
 
 private:
     static const char* PromptOf(editline* editor);
+    static int ReadCharacter(editline* editor, wchar_t* character);
 
     editline* m_editor;
     history* m_history;
     const char* m_prompt = "";
+    sigset_t m_signals = {}; ///< that are blocked where no character is waited for
     RecentTexts m_recent;
 };
 

@@ -8,9 +8,6 @@
 
 namespace vnquery {
 
-/// Nobody reads standard output any more. Not an error: a program such as head has seen enough.
-struct OutputClosed {};
-
 /// Gathers what is written for at most a tenth of a second. Write and Flush throw Failure,
 /// OutputClosed and Interrupted.
 class StandardOutput : public CFile {

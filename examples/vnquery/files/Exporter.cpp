@@ -299,8 +299,9 @@ bool Exporter::NeedsQuotes(std::string_view text) const {
         return false;
     if (text == *m_format.nullText)
         return true;
-    return m_notation.quotes == Notation::Quotes::Csv &&
-           (text.empty() || std::ranges::any_of(text, [this](char ch) {
+    if (m_notation.quotes == Notation::Quotes::Marker)
+        return text.starts_with('"') && IsQuotedMarker(text, {.nullText = *m_format.nullText});
+    return (text.empty() || std::ranges::any_of(text, [this](char ch) {
                 return m_isQuoted[static_cast<unsigned char>(ch)];
             }));
 }

@@ -4,6 +4,8 @@
 #include "vnquery/result/ResultSet.h"
 #include "vnquery/tasks/Failure.h"
 
+#include <cerrno>
+
 namespace vnquery {
 
 namespace {
@@ -14,8 +16,12 @@ auto WithName(const std::string& name, Action&& action) {
     try {
         return action();
     } catch (CException* error) {
-        throw Failure(kFileFailed,
-                      Text(IDS_VQ_CANNOT_WRITE_EXPORT, {name}) + ": " + TakeMessage(error));
+        const auto* file = dynamic_cast<const CFileException*>(error);
+        const bool isClosed = file && file->m_lOsError == EPIPE;
+        const std::string message = TakeMessage(error);
+        if (isClosed)
+            throw OutputClosed();
+        throw Failure(kFileFailed, Text(IDS_VQ_CANNOT_WRITE_EXPORT, {name}) + ": " + message);
     }
 }
 

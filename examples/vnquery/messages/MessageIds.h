@@ -43,6 +43,7 @@
 #define IDS_VQ_ROW_GONE 41033
 #define IDS_VQ_NOT_A_QUERY 41034
 #define IDS_VQ_IN_STATEMENT 41035
+#define IDS_VQ_IS_FOLDER 41036
 
 /* What goes wrong with files and exports */
 #define IDS_VQ_CANNOT_READ_FILE 41050

@@ -169,8 +169,7 @@ void AppendCell(std::string& out, Value::Type type, std::string_view bytes, ULON
     case Value::Type::Text:
         break;
     }
-    const bool isQuoted =
-        IsMarker(bytes, format) || (!format.defaultText.empty() && IsQuotedMarker(bytes, format));
+    const bool isQuoted = IsMarker(bytes, format) || IsQuotedMarker(bytes, format);
     if (IsLongText(bytes, length, format))
         out += Placeholder("CLOB", format.clobText, length);
     else if (isQuoted)

@@ -59,6 +59,8 @@ SqliteDatabase::SqliteDatabase(const std::string& file, Access access) : m_file(
     std::error_code error;
     if (!std::filesystem::exists(file, error))
         throw Failure(kQueryFailed, Text(IDS_VQ_NO_DATABASE_FILE, {file}));
+    if (std::filesystem::is_directory(file, error))
+        throw Failure(kQueryFailed, Text(IDS_VQ_IS_FOLDER, {file}));
     sqlite3* database = nullptr;
     // One thread at a time uses the object, so SQLite needs no locks for each value.
     const int mode = SQLITE_OPEN_NOMUTEX |

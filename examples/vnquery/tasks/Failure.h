@@ -29,6 +29,10 @@ private:
     ExitCode m_code;
 };
 
+/// Nobody reads the pipe that is written to any more. Not an error: a program such as head has seen
+/// enough.
+struct OutputClosed {};
+
 /// The exception's text. Deletes the exception.
 std::string TakeMessage(CException* error);
 

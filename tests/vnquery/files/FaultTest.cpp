@@ -94,7 +94,7 @@ TEST_F(Faults, DatabasesAndQueries) {
     MakeDatabase("create table t(v); insert into t values (1)");
     m_files.Write("none.sqlite", std::string(5000, 'x'));
     ExpectFailure(1, {"--db", File("missing"), "--sql", "select 1"}, {"missing", "no such file"});
-    ExpectFailure(1, {"--db", m_files.Path(), "--sql", "select 1"}, {"cannot"});
+    ExpectFailure(1, {"--db", m_files.Path(), "--sql", "select 1"}, {"cannot", "folder"});
     ExpectFailure(1, {"--db", File("none.sqlite"), "--sql", "select 1"},
                   {"none.sqlite", "no SQLite"});
     const std::string db = Database();

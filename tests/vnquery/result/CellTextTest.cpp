@@ -48,6 +48,7 @@ TEST(CellText, NullEmptyAndTheNullTextDiffer) {
     EXPECT_EQ(FormatCell(Value(), format), "-");
     EXPECT_EQ(FormatCell(MakeValue(Value::Type::Text, ""), format), "");
     EXPECT_EQ(FormatCell(MakeValue(Value::Type::Text, "-"), format), "\"-\"");
+    EXPECT_EQ(FormatCell(MakeValue(Value::Type::Text, "\"-\""), format), "\"\"-\"\"");
     EXPECT_EQ(FormatCell(MakeValue(Value::Type::Number, "-1"), format), "-1");
 }
 
