@@ -17,7 +17,7 @@ std::string Connection::GetDisplayName() const {
 SqlServer FindServer(const Connection& connection) {
     if (connection.file.empty())
         return OdbcConnection(connection.dataSource, OdbcConnection::Access::Read).GetServer();
-    SqliteDatabase(connection.file, SqliteDatabase::Access::Read);
+    const SqliteDatabase opened(connection.file, SqliteDatabase::Access::Read);
     return SqlServer::Sqlite;
 }
 
