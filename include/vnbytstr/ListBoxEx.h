@@ -19,12 +19,18 @@
 #include <span>
 #include <vector>
 
+class CListFilterRow;
 class CListRowSource;
+class CRowFilter;
 
 namespace vnbytstr::detail {
 struct CellAddress;
 }
 
+/// Posted to the list's parent when the user has moved, hidden or shown a column.
+inline constexpr UINT VNM_COLUMNSCHANGED = 0x7FFA;
+/// Posted to the list's parent when the rows that a filter shows have changed.
+inline constexpr UINT VNM_FILTERCHANGED = 0x7FFB;
 /// Posted to the list's parent when an editor closes, whether its value was stored or not.
 inline constexpr UINT VNM_EDITORCLOSED = 0x7FFC;
 /// Sent to the parent before a value is stored: wParam the column, lParam the new value (a
@@ -237,12 +243,86 @@ public:
     /// they are as long as their rows are there; takes no longer for many rows than for few.
     /// ResetContent instead when all rows are others.
     void RowsChanged();
-    /// Draws a row again whose texts the source has changed.
+    /// Draws a row again whose texts the source has changed; `row` is the source's number.
     void RowChanged(int row);
     /// The source has sorted its rows by a column, as an EListSortState says (kNotSorted: they are
     /// in no column's order): the headings show it, and the selection follows the rows as far as
     /// the source knows where they are (CListRowSource::GetSortedRow).
     void SourceSorted(int column, int state);
+
+    // --- columns as the user wants them -------------------------------------------------------
+    /// An EListAlignment; column -1: every column. Names in the header control and cell editors
+    /// stand where the cells do.
+    void SetColumnAlignment(int column, int alignment);
+    int GetColumnAlignment(int column) const;
+    /// The columns from left to right, hidden ones included. FALSE (and nothing changed) when
+    /// `order` does not name each column once. Column numbers everywhere else stay what they are.
+    BOOL SetColumnOrder(std::span<const int> order);
+    std::vector<int> GetColumnOrder() const;
+    /// Hides or shows a column; its width and place are kept. FALSE when there is no such column,
+    /// and for the last one that is shown. The cells of hidden columns are filtered and copied.
+    BOOL HideColumn(int column, BOOL hide = TRUE);
+    BOOL IsColumnHidden(int column) const;
+    /// The first shown columns that stay in view when the list is scrolled horizontally
+    /// (EnableSideScroll); initially 0.
+    void SetFrozenColumns(int count);
+    int GetFrozenColumns() const { return m_nFrozen; }
+    /// What the header's tip says (CListBoxExHeadings::EnableTips) instead of name and type.
+    void SetColumnTip(int column, LPCTSTR text);
+    CString GetColumnTip(int column) const;
+    /// The type of the column's values as the user is told it ("DECIMAL(10,2)").
+    void SetColumnTypeText(int column, LPCTSTR text);
+    /// Every other row has a background between those of window and text, mostly the former.
+    void EnableZebra(BOOL on = TRUE);
+
+    // --- filter ----------------------------------------------------------------------------------
+    /// Shows only the rows that meet a condition on a column, and those set for other columns;
+    /// null or empty: the column has none. CRowFilter says what a condition may be; columns with a
+    /// SetColumnType other than 0 hold numbers, and the null marker stands for null. FALSE when
+    /// there is no such column, or an open editor's value was refused.
+    ///
+    /// The list's rows are then the shown ones: row numbers, GetCount, selection, copying, LB_
+    /// messages and screen readers know no others. Rows that stay keep their selection and all that
+    /// belongs to them; the selection of those that vanish is lost. The row source is asked by its
+    /// own numbers, and RowChanged takes them; GetUnfilteredRow and GetFilteredRow translate.
+    ///
+    /// Texts of the list are filtered at once. Rows added later are shown until the program has
+    /// handled its messages, and then filtered as well (RefreshFilter, after ListBoxAddRows); an
+    /// edited row stays until the filter changes. SortInternal sorts all rows and returns an item
+    /// for each, by their numbers without the filter.
+    ///
+    /// Rows of a source are looked at in parts of about 20 milliseconds between which the window
+    /// handles its messages, and shown as they are found, unless the source filters by itself
+    /// (CListRowSource::FilterRows). Each shown one costs 4 bytes. Up to 1000 selected rows stay
+    /// selected.
+    BOOL SetColumnFilter(int column, LPCTSTR condition);
+    /// A column's condition; empty for none.
+    CString GetColumnFilter(int column) const;
+    /// FALSE for a condition that is not complete or compares a number with something else; it
+    /// restricts nothing.
+    BOOL IsColumnFilterValid(int column) const;
+    /// Shows all rows again. FALSE when an open editor's value was refused.
+    BOOL ClearFilter();
+    /// Some condition restricts the rows.
+    BOOL IsFiltered() const;
+    /// FALSE while rows of a source are still being looked at.
+    BOOL IsFilterDone() const;
+    /// Applies the filter to all rows again, after texts have changed.
+    void RefreshFilter();
+    /// The number of rows without the filter.
+    int GetUnfilteredCount() const;
+    /// A row's number without the filter; -1 when there is no such row.
+    int GetUnfilteredRow(int row) const;
+    /// Where the row with that number without the filter is shown; -1 when it is not.
+    int GetFilteredRow(int unfiltered) const;
+    /// Shows a row of fields between the header control and the list, one for each column, in
+    /// which the user types conditions. The list's top moves down by their height; FALSE when they
+    /// cannot be created. Off: the fields go, and with them the filter.
+    BOOL EnableFilterRow(BOOL on = TRUE);
+    /// Null unless EnableFilterRow is on.
+    CListFilterRow* GetFilterRow() const { return m_pFilterRow.get(); }
+    /// Pixels above the list for the header control and the filter row.
+    int GetHeadersHeight() const;
 
     // --- editing ---------------------------------------------------------------------------------
     /// Closes an open editor without storing, selects the row and opens an editor in the cell; the
@@ -363,6 +443,10 @@ private:
     std::span<const SListColumn> GetColumns() const override {
         return {m_pColumns.get(), static_cast<std::size_t>(m_nColumns)};
     }
+    vnbytstr::detail::ColumnView GetColumnView() const override;
+    void DropColumn(int column, int position) override;
+    void ChooseColumns(int column, CPoint screen) override;
+    UINT HeadingTextFlags(int column) const override;
     void ResizeColumn(int column, int width) override;
     int GetRowsLeft() const override;
     BOOL HasOpenEditor() const override { return m_pActiveEditor != nullptr; }
@@ -381,11 +465,17 @@ private:
     void Prepare();
     void CheckInvariants() const;
     void RedrawAll();
+    void PlaceHeaders(const CRect& rect);
     BOOL IsColumn(int column) const { return column >= 0 && column < m_nColumns; }
+    int LastColumn() const;
+    void ColumnsRearranged(int lastBefore);
+    void ColumnsChangedByUser();
+    bool IsRightAligned(int column) const;
     BOOL IsRow(int row) const { return row >= 0 && row < GetCount(); }
     BOOL HasManySelected() const;
     void UseRowsOf(CListRowSource* source);
     void InvalidateRow(int row);
+    void ReadSourceAgain();
     int SendJoined(UINT message, int row, LPCTSTR first, std::va_list rest);
     int MeasureColumn(int column, std::chrono::steady_clock::time_point until);
     int EffectiveEditorType(int row, int column) const;
@@ -419,12 +509,27 @@ private:
     void ReorderRowData(const DWORD* order, int count);
     std::vector<bool> SelectedRows() const;
 
+    CRowFilter& Filter();
+    BOOL UseFilter(const CRowFilter& filter);
+    void ApplyFilter();
+    void RowsAddedToFilter();
+    void FilterChanged();
+    void PlaceFilterFields();
+    bool IsFiltering() const;
+
+    BOOL m_bFilterStale = FALSE; ///< kApplyFilter is posted
+    std::unique_ptr<CRowFilter> m_pFilter;
+    std::unique_ptr<CListFilterRow> m_pFilterRow;
     BOOL m_bSortValues = TRUE;
     BOOL m_bSortValuesWanted = TRUE;
     BOOL m_bSetNull = FALSE;
     BOOL m_bCopy = FALSE;
     BOOL m_bSideScroll = FALSE;
-    int m_nLastOwnWidth = 0;   ///< of the last column, before it grew to fill the header control
+    BOOL m_bZebra = FALSE;
+    std::vector<int> m_order; ///< all columns from left to right; empty: by their numbers
+    std::vector<int> m_shown; ///< those shown; empty: all, by their numbers
+    int m_nFrozen = 0;
+    int m_nLastOwnWidth = 0;   ///< of the last shown column, before it grew to fill the headers
     int m_nItemHeight = 0;     ///< the result of MeasureItem; 0: not measured yet
     CString m_strRefused;      ///< the value refused last
     unsigned m_nRefusedIn = 0; ///< in which action of the hand

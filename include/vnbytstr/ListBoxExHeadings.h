@@ -70,6 +70,15 @@ public:
     /// sort by it (if EnableSort is on), Shift+Left and Shift+Right resize it by 8 pixels,
     /// Ctrl+Enter fits it.
     void EnableKeyboard(BOOL on = TRUE);
+    /// The user drags headers to other places. A line shows where the column will stand; the list's
+    /// parent gets VNM_COLUMNSCHANGED.
+    void EnableMove(BOOL on = TRUE) { m_bMove = on; }
+    /// A right click opens a menu by which the user hides and shows columns; the parent gets
+    /// VNM_COLUMNSCHANGED.
+    void EnableColumnMenu(BOOL on = TRUE) { m_bColumnMenu = on; }
+    /// The pointer resting on a header shows the column's name and type
+    /// (CListBoxEx::SetColumnTip, SetColumnTypeText).
+    void EnableTips(BOOL on = TRUE);
     /// The column that keys act on; -1 unless EnableKeyboard is on.
     int GetFocusColumn() const { return m_bKeyboard ? m_nFocusColumn : -1; }
 
@@ -81,6 +90,9 @@ protected:
     void OnMouseMove(UINT flags, CPoint point);
     BOOL OnSetCursor(CWnd* window, UINT hitTest, UINT message);
     void OnCancelMode();
+    void OnContextMenu(CWnd* window, CPoint screen);
+    void OnTimer(std::uintptr_t id);
+    void OnMouseLeave();
     void OnSysColorChange();
     LRESULT OnGetFont(WPARAM wParam, LPARAM lParam);
     LRESULT OnSetFont(WPARAM wParam, LPARAM lParam);
@@ -120,8 +132,28 @@ private:
     void DrawArrow(CDC* dc, const CRect& rect, BOOL ascending);
     void MakeDrawingObjects();
     void DeleteDrawingObjects();
-    void SelectHeading(int column);
+    int FocusPosition() const;
+    void SelectHeading(int position);
     void ResizeByKey(int column, int pixels);
+    bool DragHeading(CPoint point);
+    bool DropHeading();
+    void EndHeadingDrag();
+    void DrawDropMark();
+    void WaitForTip(CPoint point);
+
+    /// A header that is dragged to another place.
+    struct Drag {
+        int startX = 0;    ///< where the button went down
+        int position = -1; ///< where the header would be dropped; -1: it is not dragged yet
+        bool isMarked = false;
+    };
+    Drag m_drag;
+    BOOL m_bMove = FALSE;
+    BOOL m_bColumnMenu = FALSE;
+    BOOL m_bTips = FALSE;
+    int m_nTipColumn = -1; ///< the header that the pointer rests on
+    CPoint m_tipPoint;
+    UINT m_nTextFlags = 1; ///< DT_ alignment of the header being drawn; initially centred
 
     BOOL m_bSortArrow = FALSE;
     BOOL m_bKeyboard = FALSE;

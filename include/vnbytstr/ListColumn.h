@@ -31,6 +31,14 @@ enum EListDataType : short {
     kDataXml = 988, ///< shown as a BLOB is
 };
 
+/// Where the texts of a column stand, as SetColumnAlignment takes it.
+enum EListAlignment : int {
+    kAlignDefault = 0, ///< cells at the left, or as SetRightAligned says; the name in the middle
+    kAlignLeft = 1,
+    kAlignRight = 2,
+    kAlignByType = 3, ///< at the right in a column of numbers (SetColumnType), else at the left
+};
+
 /// What GetSortState of a list answers.
 enum EListSortState : int { kNotSorted = 0, kSortedAscending = 1, kSortedDescending = 2 };
 
@@ -46,4 +54,8 @@ struct SListColumn {
     LONG m_lEditorMax = 0;
     std::unique_ptr<CString[]> m_pEditorStrings; ///< the choices of a combo editor
     int m_nEditorStrings = 0;
+    int m_nAlignment = kAlignDefault; ///< an EListAlignment
+    bool m_bHidden = false;
+    CString m_strTip;  ///< of the heading; empty: name and type
+    CString m_strType; ///< of the column's values, for the tip
 };

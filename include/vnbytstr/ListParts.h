@@ -7,6 +7,7 @@
 #include "vnbytstr/framework/Types.h"
 #include "vnbytstr/window/DropTarget.h"
 #include "vnbytstr/window/Export.h"
+#include "vnbytstr/window/WindowTypes.h"
 
 #include <span>
 
@@ -15,11 +16,22 @@ class CWnd;
 
 namespace vnbytstr::detail {
 
+class ColumnView;
+
 /// What CListBoxExHeadings asks. Columns count from 0, widths and positions are in pixels.
 class VNBYTSTR_CONTROLS_API HeadingsOwner {
 public:
-    /// The columns from left to right; valid until the number of columns changes.
+    /// The columns by their numbers; valid until the number of columns changes.
     virtual std::span<const SListColumn> GetColumns() const = 0;
+    /// Which of them are shown, and where; valid until any of that changes.
+    virtual ColumnView GetColumnView() const = 0;
+    /// The user has dragged a header to a position from the left, among the shown columns.
+    virtual void DropColumn(int column, int position) = 0;
+    /// The user wants to choose which columns are shown, with a menu at a point of the screen that
+    /// lies on the header of `column` (-1: none).
+    virtual void ChooseColumns(int column, CPoint screen) = 0;
+    /// DT_ flag: where a column's name stands in its header.
+    virtual UINT HeadingTextFlags(int column) const = 0;
     /// Pixels of the columns that are scrolled out at the left.
     virtual int GetSideShift() const = 0;
     /// Pixels of a scroll bar that stands left of the rows.
@@ -29,7 +41,7 @@ public:
 
     /// Changes a width while its divider is dragged; redraws nothing. Out of range: ignored.
     virtual void ResizeColumn(int column, int width) = 0;
-    /// Makes the last column end at the header control's right edge, for which it must be `width`
+    /// Makes the last shown column end at the header control's right edge, for which it must be `width`
     /// wide; negative: it begins right of that edge.
     virtual void FillLastColumn(int width) = 0;
     /// Columns were resized, so that everything right of `left`, in the list's client area, moved:

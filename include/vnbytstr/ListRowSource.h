@@ -9,6 +9,7 @@
 #include <vector>
 
 class CListBoxEx;
+class CRowFilter;
 
 /// What a source answers when it is to sort its rows.
 enum class ESortAnswer {
@@ -68,6 +69,13 @@ public:
     /// when it has handled its messages. The default asks GetCell row by row, in such pieces. A
     /// source with an index may answer at once.
     virtual SRowSearch FindRow(int column, std::string_view text, int first, int end);
+
+    /// The list is to show only the rows that match a filter (an empty one: all rows). True: the
+    /// source sees to it; its rows are those that match from now on, or as they are found, and the
+    /// program tells the list of later changes (RowsChanged, or ResetContent when all are others).
+    /// The default answers false: the list then looks for them itself, by GetCell of each row, and
+    /// the source's rows stay what they are.
+    virtual bool FilterRows(const CRowFilter& filter);
 
     /// Whether files may be dropped on the row. The default: no.
     virtual bool TakesFiles(int row);

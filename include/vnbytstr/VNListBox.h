@@ -15,7 +15,8 @@ public:
     /// Inserts a row's tooltip; to be called once for each row, right after the row was inserted at
     /// that index: later rows' tooltips move down with their rows, also after a sort. To replace
     /// one, call RemoveItemTip first: a second call for the same row leaves more tooltips than
-    /// rows, and none is shown. Rows out of range, and those of a source, are ignored.
+    /// rows, and none is shown. Rows out of range, and those of a source, are ignored. In a
+    /// filtered list RemoveItemTip and GetItemIndex take row numbers without the filter.
     void SetItemTip(int row, LPCTSTR text);
     /// Removes all tooltips; to be called with ResetContent.
     void ResetTips();

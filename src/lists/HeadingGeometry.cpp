@@ -8,10 +8,11 @@ namespace vnbytstr::detail {
 
 bool HeadingGeometry::GetRect(int column, HeadingRect& rect) const {
     rect = {};
-    if (column < 0 || static_cast<std::size_t>(column) >= m_columns.size())
+    if (m_view.PositionOf(column) < 0)
         return false;
-    const std::int64_t left = std::int64_t{kFirstLeft} + WidthBefore(m_columns, column) - m_shift;
-    const std::int64_t right = left + m_columns[static_cast<std::size_t>(column)].m_nWidth;
+    const PixelSpan place = m_view.VisiblePlace(column);
+    const std::int64_t left = std::int64_t{m_left} + place.left;
+    const std::int64_t right = std::int64_t{m_left} + place.right;
     rect = {static_cast<int>(std::min<std::int64_t>(left, INT_MAX)), kTop,
             static_cast<int>(std::min<std::int64_t>(right, m_width - 1)), m_height};
     return left < m_width;
@@ -41,6 +42,27 @@ int DividerAt(int count, const HeadingRects& rectOf, int width, int x) {
             return column;
     }
     return -1;
+}
+
+int HeadingGeometry::DropPosition(int x) const {
+    HeadingRect rect;
+    for (int position = 0; position < m_view.Count(); ++position) {
+        if (!GetRect(m_view.ColumnOf(position), rect))
+            return position;
+        if (rect.right > rect.left && x < (rect.left + rect.right) / 2)
+            return position;
+    }
+    return m_view.Count();
+}
+
+int HeadingGeometry::DropEdge(int position) const {
+    HeadingRect rect;
+    if (position < m_view.Count()) {
+        GetRect(m_view.ColumnOf(position), rect);
+        return std::clamp(rect.left, 0, std::max(0, m_width - 1));
+    }
+    GetRect(m_view.Last(), rect);
+    return std::clamp(rect.right, 0, std::max(0, m_width - 1));
 }
 
 HeadingLines LayOutHeading(const HeadingRect& rect, bool pressed) {

@@ -2,7 +2,7 @@
 // arithmetic. All numbers are pixels of the control's client area.
 #pragma once
 
-#include "src/lists/ListColumns.h"
+#include "src/lists/ColumnView.h"
 
 #include <functional>
 #include <span>
@@ -25,27 +25,35 @@ public:
     static constexpr int kGrabLeft = 5;  ///< a divider is grabbed from this far left of it
     static constexpr int kGrabRight = 3; ///< to this far right of it, both included
 
-    /// `shift`: how far the rows are scrolled to the left; negative: how far right of the list's edge
-    /// they begin.
-    HeadingGeometry(Columns columns, int clientWidth, int clientHeight, int shift = 0)
-        : m_columns(columns), m_width(clientWidth), m_height(clientHeight), m_shift(shift) {}
+    /// `rowsLeft`: how far right of the list's edge its rows begin.
+    HeadingGeometry(const ColumnView& columns, int clientWidth, int clientHeight, int rowsLeft = 0)
+        : m_view(columns), m_width(clientWidth), m_height(clientHeight),
+          m_left(kFirstLeft + rowsLeft) {}
 
-    /// The header's rectangle; false when it begins right of the control's right edge, or there is
-    /// no such column.
+    /// The header's rectangle, without what frozen columns cover; false when it begins right of the
+    /// control's right edge, or there is no such column, or it is hidden.
     bool GetRect(int column, HeadingRect& rect) const;
+    /// Where the first header begins when the list is not scrolled.
+    int Left() const { return m_left; }
+    /// Where a header dropped at `x` would be put: before the header at that position, or, if it is
+    /// the number of columns, at the end.
+    int DropPosition(int x) const;
+    /// Where the left edge of the header at a position is (for the number of columns: the right
+    /// edge of the last), within the control.
+    int DropEdge(int position) const;
 
 private:
-    Columns m_columns;
+    ColumnView m_view;
     int m_width;
     int m_height;
-    int m_shift;
+    int m_left;
 };
 
-/// A header's rectangle; false when it begins right of the control's right edge.
-using HeadingRects = std::function<bool(int column, HeadingRect& rect)>;
-/// The column whose rectangle holds the point, or -1.
+/// The rectangle of the header at a position from the left; false when it begins right of the control's right edge.
+using HeadingRects = std::function<bool(int position, HeadingRect& rect)>;
+/// The position whose rectangle holds the point, or -1.
 int HeadingAt(int count, const HeadingRects& rectOf, int x, int y);
-/// The column whose divider is grabbed at `x` in a control of that width, or -1. The last column has
+/// The position whose divider is grabbed at `x` in a control of that width, or -1. The last column has
 /// none. Where the zones of two dividers overlap the right one is taken, so that a column dragged to
 /// width 0 can be widened again.
 int DividerAt(int count, const HeadingRects& rectOf, int width, int x);

@@ -17,6 +17,7 @@
 
 #include "vnbytstr/GlobalVars.h"
 #include "vnbytstr/Language.h"
+#include "vnbytstr/ListFilterRow.h"
 #include "vnbytstr/window/Button.h"
 #include "vnbytstr/window/ComboBox.h"
 #include "vnbytstr/window/Edit.h"
@@ -59,6 +60,7 @@ CListBoxEx::~CListBoxEx() {
         line->m_pList = nullptr;
     m_pLifeline = nullptr;
     m_DropTarget.SetListBox(nullptr);
+    m_pFilterRow.reset();
     // Destroying the windows sends messages, which need a complete object.
     if (m_Headings.GetSafeHwnd() != nullptr)
         m_Headings.DestroyWindow();
@@ -149,21 +151,43 @@ BOOL CListBoxEx::CreateHeadingsControl(UINT id) {
     return TRUE;
 }
 
+int CListBoxEx::GetHeadersHeight() const {
+    const bool hasHeadings = m_pHeadings != nullptr && m_pHeadings->GetSafeHwnd() != nullptr;
+    return (hasHeadings ? m_pHeadings->GetDesiredHeight() : 0) +
+           (m_pFilterRow != nullptr && m_pFilterRow->GetSafeHwnd() != nullptr
+                ? m_pFilterRow->GetDesiredHeight()
+                : 0);
+}
+
 void CListBoxEx::PositionHeadings() {
     CWnd* parent = GetSafeHwnd() != nullptr ? GetParent() : nullptr;
-    if (parent == nullptr || m_pHeadings == nullptr || m_pHeadings->GetSafeHwnd() == nullptr)
+    const int height = parent != nullptr ? GetHeadersHeight() : 0;
+    if (height == 0)
         return;
     CRect rect;
     GetWindowRect(rect);
     parent->ScreenToClient(rect);
-    const int height = m_pHeadings->GetDesiredHeight();
     if (rect.top < height) { // OnWindowPosChanging moves the top down
         SetWindowPos(nullptr, rect.left, rect.top, rect.Width(), rect.Height(),
                      SWP_NOZORDER | SWP_NOACTIVATE);
         GetWindowRect(rect);
         parent->ScreenToClient(rect);
     }
-    m_pHeadings->MoveWindow(rect.left, rect.top - height, rect.Width(), height);
+    PlaceHeaders(rect);
+}
+
+/// Puts header control and filter row above the list, which is at `rect` in its parent.
+void CListBoxEx::PlaceHeaders(const CRect& rect) {
+    int bottom = rect.top;
+    if (m_pFilterRow != nullptr && m_pFilterRow->GetSafeHwnd() != nullptr) {
+        const int height = m_pFilterRow->GetDesiredHeight();
+        m_pFilterRow->MoveWindow(rect.left, bottom - height, rect.Width(), height);
+        bottom -= height;
+    }
+    if (m_pHeadings != nullptr && m_pHeadings->GetSafeHwnd() != nullptr) {
+        const int height = m_pHeadings->GetDesiredHeight();
+        m_pHeadings->MoveWindow(rect.left, bottom - height, rect.Width(), height);
+    }
 }
 
 void CListBoxEx::SetNumColumns(int count) {
@@ -172,10 +196,15 @@ void CListBoxEx::SetNumColumns(int count) {
     CloseEditorForGood();
     if (!life.Exists())
         return;
+    ClearFilter();
+    if (!life.Exists())
+        return;
     m_pColumns =
         columns > 0 ? std::make_unique<SListColumn[]>(static_cast<std::size_t>(columns)) : nullptr;
     m_pFractionalWidths.reset();
     m_nColumns = columns;
+    m_order.clear();
+    m_shown.clear();
     m_bWidthsComputed = FALSE;
     m_nSortColumn = -1;
     m_nSortState = kNotSorted;
@@ -183,6 +212,8 @@ void CListBoxEx::SetNumColumns(int count) {
     m_nLastOwnWidth = 0;
     UpdateExtent();
     RedrawAll();
+    if (m_pFilterRow != nullptr)
+        m_pFilterRow->ColumnsReplaced();
     if (GetSafeHwnd() != nullptr)
         NotifyAccessibility(m_hWnd, AccessibleChange::Columns);
     CheckInvariants();
@@ -202,7 +233,7 @@ void CListBoxEx::SetColumnWidth(int column, int width) {
     if (!IsColumn(column))
         return;
     m_pColumns[static_cast<std::size_t>(column)].m_nWidth = std::max(width, 0);
-    if (column == m_nColumns - 1)
+    if (column == LastColumn())
         m_nLastOwnWidth = std::max(width, 0);
     UpdateExtent();
     KeepLastColumnAtEdge();
@@ -221,6 +252,7 @@ void CListBoxEx::ColumnsMoved(int left, BOOL erase) {
     GetClientRect(rows);
     rows.left = left;
     InvalidateRect(rows, erase);
+    PlaceFilterFields();
     FollowEditedRow();
 }
 
@@ -329,7 +361,7 @@ void CListBoxEx::SetWidths() {
                       : std::span<const int>(),
                   usable);
     if (m_nLastOwnWidth == 0)
-        m_nLastOwnWidth = GetColumnWidth(m_nColumns - 1);
+        m_nLastOwnWidth = GetColumnWidth(LastColumn());
     UpdateExtent();
     if (m_pHeadings != nullptr)
         m_pHeadings->FixLastColWidth();
@@ -345,6 +377,8 @@ BOOL CListBoxEx::EnableWindow(BOOL on) {
         m_pHeadings->EnableWindow(on);
         headingsDone = (m_pHeadings->IsWindowEnabled() != FALSE) == wanted;
     }
+    if (m_pFilterRow != nullptr && m_pFilterRow->GetSafeHwnd() != nullptr)
+        m_pFilterRow->EnableWindow(on);
     CWnd::EnableWindow(on);
     if (!life.Holds())
         return FALSE;
@@ -400,4 +434,5 @@ void CListBoxEx::RedrawAll() {
         Invalidate();
     if (m_pHeadings != nullptr && m_pHeadings->GetSafeHwnd() != nullptr)
         m_pHeadings->Invalidate();
+    PlaceFilterFields();
 }

@@ -76,9 +76,9 @@ CRect CListBoxEx::Accessible::GetAccessibleCellRect(int row, int column) const {
     CRect client;
     m_list.GetClientRect(client);
     if (m_list.m_nColumns > 0) {
-        const PixelSpan span = CellSpan(m_list.GetColumns(), column);
-        rect.left = span.left - m_list.GetSideShift();
-        rect.right = span.right - m_list.GetSideShift();
+        const PixelSpan span = m_list.GetColumnView().VisiblePlace(column);
+        rect.left = span.left;
+        rect.right = span.right;
     }
     CRect visible;
     visible.IntersectRect(rect, client);

@@ -17,6 +17,8 @@ namespace {
 
 /// Gap between what AutoFitCol measured and the column's edge, on either side.
 constexpr int kFitGap = 4;
+/// Beside a text at the right of its column, which would else touch the next.
+constexpr int kRightGap = 2;
 /// Texts are measured up to here; no screen shows more.
 constexpr std::size_t kMaxMeasuredBytes = 4000;
 /// The longest text of a CString.
@@ -27,6 +29,16 @@ constexpr std::size_t kMaxCopied = 0x7FFFFFF0;
 std::string_view Visible(std::string_view text, int width) {
     constexpr std::size_t kBytesPerPixel = 8; // narrow letters with combining marks
     return Beginning(text, 64 + kBytesPerPixel * static_cast<std::size_t>(std::max(width, 0)));
+}
+
+/// The window's colour with a little of the text's, in light and dark palettes alike.
+COLORREF ZebraColor() {
+    constexpr int kOfText = 6; // percent
+    const COLORREF window = GetSysColor(COLOR_WINDOW);
+    const COLORREF text = GetSysColor(COLOR_WINDOWTEXT);
+    const auto mixed = [](int a, int b) { return (a * (100 - kOfText) + b * kOfText) / 100; };
+    return RGB(mixed(GetRValue(window), GetRValue(text)), mixed(GetGValue(window), GetGValue(text)),
+               mixed(GetBValue(window), GetBValue(text)));
 }
 
 /// Rows' texts are put together in this buffer.
@@ -72,8 +84,12 @@ void CListBoxEx::DrawItem(LPDRAWITEMSTRUCT item) {
     COLORREF background = GetSysColor(COLOR_WINDOW);
     if ((item->itemState & ODS_DISABLED) != 0) {
         textColor = GetSysColor(COLOR_GRAYTEXT);
+        if (m_bZebra && item->itemID % 2 == 1)
+            background = ZebraColor();
     } else if (!selected || edited) {
         textColor = GetSysColor(m_bReadOnly ? COLOR_GRAYTEXT : COLOR_WINDOWTEXT);
+        if (m_bZebra && item->itemID % 2 == 1)
+            background = ZebraColor();
     } else {
         textColor = GetSysColor(COLOR_HIGHLIGHTTEXT);
         background = GetSysColor(COLOR_HIGHLIGHT);
@@ -107,20 +123,48 @@ void CListBoxEx::DrawColumns(CDC* dc, CRect rect, LPCTSTR text) {
                        static_cast<UINT>(seen.size()));
         return;
     }
-    const UINT flags = DT_SINGLELINE | DT_NOPREFIX | DT_END_ELLIPSIS |
-                       static_cast<UINT>(m_bRightAligned ? DT_RIGHT : DT_LEFT);
+    const UINT flags = DT_SINGLELINE | DT_NOPREFIX | DT_END_ELLIPSIS;
     CRect visibleArea(rect);
     if (m_bSideScroll)
         dc->GetClipBox(visibleArea); // skip what is scrolled out
-    LayOutRow(GetColumns(), row, ViewOf(m_strSeparator), {rect.left, rect.right}, m_nOffset,
-              [&](const DrawnCell& cell) {
-                  if (cell.span.IsEmpty() || cell.text.empty() ||
-                      cell.span.right <= visibleArea.left || cell.span.left >= visibleArea.right)
-                      return;
-                  CRect place(cell.span.left, rect.top, cell.span.right, rect.bottom);
-                  const std::string_view seen = Visible(cell.text, place.Width());
-                  dc->DrawText(seen.data(), static_cast<int>(seen.size()), place, flags);
-              });
+    const auto draw = [&](const DrawnCell& cell) {
+        if (cell.span.IsEmpty() || cell.text.empty() || cell.span.right <= visibleArea.left ||
+            cell.span.left >= visibleArea.right)
+            return;
+        CRect place(cell.span.left, rect.top, cell.span.right, rect.bottom);
+        const std::string_view seen = Visible(cell.text, place.Width());
+        const bool isRight = IsRightAligned(cell.column);
+        if (isRight && !m_bRightAligned)
+            place.right = std::max(place.left, place.right - m_nOffset - kRightGap);
+        dc->DrawText(seen.data(), static_cast<int>(seen.size()), place,
+                     flags | static_cast<UINT>(isRight ? DT_RIGHT : DT_LEFT));
+    };
+    const ColumnView view = GetColumnView();
+    const PixelSpan area{rect.left, rect.right};
+    const std::string_view separator = ViewOf(m_strSeparator);
+    if (view.IsPlain()) {
+        LayOutRow(GetColumns(), row, separator, area, m_nOffset, draw);
+        return;
+    }
+    const int frozenEdge = rect.left + view.Shift() + view.FrozenWidth();
+    const int saved = dc->SaveDC();
+    bool isClipped = false;
+    LayOutShown(view, row, separator, area, m_nOffset, [&](const DrawnCell& cell) {
+        const bool scrolls = view.Frozen() > 0 && !view.IsFrozen(cell.column);
+        if (scrolls && !isClipped)
+            dc->IntersectClipRect(frozenEdge, rect.top, std::max(rect.right, visibleArea.right),
+                                  rect.bottom);
+        else if (!scrolls && isClipped)
+            dc->RestoreDC(saved);
+        isClipped = scrolls;
+        draw(cell);
+    });
+    dc->RestoreDC(saved);
+}
+
+void CListBoxEx::EnableZebra(BOOL on) {
+    m_bZebra = on;
+    RedrawAll();
 }
 
 // --- fitting -------------------------------------------------------------------------------------

@@ -43,17 +43,18 @@ BOOL CListBoxEx::PlaceCell(int row, int column, CellPlace& place) {
     CRect client;
     GetClientRect(client);
     const bool scrolls = (GetStyle() & WS_VSCROLL) != 0;
-    const int shift = GetSideShift();
-    const PixelSpan span =
-        CellSpan(GetColumns(), column, scrolls ? std::max<int>(client.right, 0) + shift : -1);
-    if (scrolls && span.IsEmpty())
+    const ColumnView view = GetColumnView();
+    PixelSpan span = view.VisiblePlace(column);
+    if (scrolls)
+        span.right = std::min(span.right, std::max<int>(client.right, 0));
+    if (view.PositionOf(column) < 0 || (scrolls && span.IsEmpty()))
         return FALSE;
     const int height = static_cast<int>(SendMessage(LB_GETITEMHEIGHT));
     // Of a row far out of view it does not matter how far.
     constexpr std::int64_t kFar = 1'000'000'000;
     const std::int64_t rows = std::int64_t{row} - SendMessage(LB_GETTOPINDEX);
     const int top = static_cast<int>(std::clamp(rows * height, -kFar, kFar));
-    place.m_rect = CRect(span.left - shift, top, span.right - shift, top + height);
+    place.m_rect = CRect(span.left, top, span.right, top + height);
     if (place.m_nType <= kEditorNumber)
         place.m_rect.bottom = top + ((HIWORD(static_cast<DWORD>(GetDialogBaseUnits())) * 10) >> 3);
     else // includes the drop-down list
@@ -308,6 +309,8 @@ void CListBoxEx::CloseEditor() {
         return;
     if (CWnd* parent = GetParent(); parent != nullptr)
         parent->PostMessage(VNM_EDITORCLOSED);
+    if (m_bFilterStale)
+        PostMessage(kApplyFilter);
     Invalidate(TRUE);
     UpdateWindow();
 }

@@ -11,6 +11,8 @@ using namespace vnbytstr::detail;
 
 namespace {
 
+constexpr int kFarAway = 1'000'000; ///< left of the control, in pixels
+
 constexpr const char* kClassName = "ListBoxExHeadingsWindowClass";
 
 LRESULT DefaultProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
@@ -29,6 +31,9 @@ ON_WM_LBUTTONDBLCLK()
 ON_WM_MOUSEMOVE()
 ON_WM_SETCURSOR()
 ON_WM_CANCELMODE()
+ON_WM_CONTEXTMENU()
+ON_WM_TIMER()
+ON_WM_MOUSELEAVE()
 ON_WM_SYSCOLORCHANGE()
 ON_MESSAGE(WM_GETFONT, OnGetFont)
 ON_MESSAGE(WM_SETFONT, OnSetFont)
@@ -101,9 +106,8 @@ HeadingGeometry CListBoxExHeadings::Geometry() const {
     if (GetSafeHwnd() != nullptr)
         GetClientRect(client);
     if (m_pList == nullptr)
-        return {{}, client.Width(), client.Height()};
-    return {Owner().GetColumns(), client.Width(), client.Height(),
-            Owner().GetSideShift() - Owner().GetRowsLeft()};
+        return {ColumnView(), client.Width(), client.Height()};
+    return {Owner().GetColumnView(), client.Width(), client.Height(), Owner().GetRowsLeft()};
 }
 
 BOOL CListBoxExHeadings::GetRect(int column, CRect* rect) {
@@ -115,35 +119,52 @@ BOOL CListBoxExHeadings::GetRect(int column, CRect* rect) {
 
 /// What is drawn is what is hit: an override of GetRect counts.
 HeadingRects CListBoxExHeadings::Rects() {
-    return [this](int column, HeadingRect& place) {
+    const ColumnView view = m_pList != nullptr ? Owner().GetColumnView() : ColumnView();
+    const int frozenWidth = view.FrozenWidth();
+    return [this, view, frozenWidth](int position, HeadingRect& place) {
+        const int column = view.ColumnOf(position);
         CRect rect;
         const BOOL isInside = GetRect(column, &rect);
         place = {rect.left, rect.top, rect.right, rect.bottom};
+        if (position >= view.Frozen() && view.Frozen() > 0 &&
+            view.Place(column).right < frozenWidth)
+            place.left = place.right = -kFarAway; // covered: nothing of it can be hit
         return isInside != FALSE;
     };
 }
 
 int CListBoxExHeadings::HitTest(CPoint point) {
-    return HeadingAt(ColumnCount(), Rects(), point.x, point.y);
+    if (m_pList == nullptr)
+        return -1;
+    const ColumnView view = Owner().GetColumnView();
+    const int position = HeadingAt(view.Count(), Rects(), point.x, point.y);
+    return position >= 0 ? view.ColumnOf(position) : -1;
 }
 
 int CListBoxExHeadings::SizerHitTest(CPoint point) {
+    if (m_pList == nullptr)
+        return -1;
     CRect client;
     if (GetSafeHwnd() != nullptr)
         GetClientRect(client);
-    return DividerAt(ColumnCount(), Rects(), client.Width(), point.x);
+    const ColumnView view = Owner().GetColumnView();
+    const int position = DividerAt(view.Count(), Rects(), client.Width(), point.x);
+    return position >= 0 ? view.ColumnOf(position) : -1;
 }
 
 void CListBoxExHeadings::FixLastColWidth() {
     if (m_pList == nullptr || GetSafeHwnd() == nullptr)
         return;
+    const ColumnView view = Owner().GetColumnView();
     CRect client;
     GetClientRect(client);
     CRect last;
-    GetRect(ColumnCount() - 1, &last);
+    GetRect(view.Last(), &last);
     // Scrolled or not, the column is as wide as it is when the list is not scrolled.
-    const int left = last.left + Owner().GetSideShift();
-    const bool isInside = ColumnCount() > 0 && left < client.right;
+    int left = last.left + Owner().GetSideShift();
+    if (view.Frozen() > 0) // they may cover it
+        left = Geometry().Left() + view.WidthBefore(view.Count() - 1);
+    const bool isInside = view.Count() > 0 && left < client.right;
     Owner().FillLastColumn(isInside ? client.right - left : -1);
 }
 

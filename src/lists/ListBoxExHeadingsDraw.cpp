@@ -10,6 +10,7 @@ using namespace vnbytstr::detail;
 namespace {
 
 constexpr int kArrowHeight = 4; ///< of the sort arrow; its width is 2 * kArrowHeight - 1
+constexpr int kSideGap = 2;     ///< beside a name at the left or right, where the cells' texts are
 
 } // namespace
 
@@ -58,8 +59,12 @@ void CListBoxExHeadings::DrawHeading(CDC* dc, LPCTSTR text, CRect rect, BOOL pre
     SIZE size{0, 0};
     GetTextExtentPoint32(*dc, heading, heading.GetLength(), &size);
     UINT flags = DT_SINGLELINE | DT_NOPREFIX | DT_VCENTER;
-    if (size.cx <= place.Width())
-        flags |= DT_CENTER; // a text that is too wide shows its start, not its middle
+    // A text that is too wide shows its start, not its middle or end.
+    if (size.cx <= place.Width()) {
+        flags |= m_nTextFlags;
+        if (m_nTextFlags != DT_CENTER)
+            place.DeflateRect(kSideGap, 0);
+    }
     dc->DrawText(heading, place, flags);
 }
 
@@ -91,9 +96,15 @@ void CListBoxExHeadings::OnPaint() {
     dc.SetBkMode(TRANSPARENT);
     dc.SetTextColor(GetSysColor(IsWindowEnabled() ? COLOR_BTNTEXT : COLOR_GRAYTEXT));
     CRect rect;
-    for (int column = 0; column < ColumnCount() && GetRect(column, &rect); ++column) {
-        if (rect.right <= 0)
+    const ColumnView view = Owner().GetColumnView();
+    for (int position = 0; position < view.Count(); ++position) {
+        const int column = view.ColumnOf(position);
+        if (!GetRect(column, &rect))
+            break;
+        if (rect.right <= 0 ||
+            (position >= view.Frozen() && rect.right <= rect.left && view.Frozen() > 0))
             continue; // scrolled out at the left
+        m_nTextFlags = Owner().HeadingTextFlags(column);
         DrawHeading(&dc, Owner().GetColumns()[static_cast<std::size_t>(column)].m_strHeading, rect,
                     m_pTracking->pressedLook && column == m_pTracking->pressedHeading);
         if (m_bSortArrow && column == Owner().GetSortColumn())

@@ -50,8 +50,9 @@ void CListBoxExHeadings::OnLButtonDown(UINT flags, CPoint point) {
         return;
     }
     const int heading = HitTest(point);
-    if (!Owner().IsSortEnabled() || heading < 0)
+    if ((!Owner().IsSortEnabled() && !m_bMove) || heading < 0)
         return;
+    m_drag = {point.x};
     m_pTracking->PressHeading(heading);
     SetCapture();
     Invalidate();
@@ -82,6 +83,8 @@ void CListBoxExHeadings::ResizeTo(CPoint point, BOOL erase) {
     CRect rect;
     const int column = m_pTracking->sizingColumn;
     GetRect(column, &rect);
+    if (const ColumnView view = Owner().GetColumnView(); view.Frozen() > 0)
+        rect.left = Geometry().Left() + view.Place(column).left; // may be covered
     Owner().ResizeColumn(column, m_pTracking->MoveBoundary(point.x, rect.left));
     FixLastColWidth();
     Invalidate();
@@ -91,11 +94,14 @@ void CListBoxExHeadings::ResizeTo(CPoint point, BOOL erase) {
 void CListBoxExHeadings::OnMouseMove(UINT flags, CPoint point) {
     static_cast<void>(flags);
     if (m_pTracking->GetPhase() == HeadingTracking::Phase::Idle || m_pList == nullptr) {
+        WaitForTip(point);
         SetCursor(SizerHitTest(point) >= 0 ? m_hSize : m_hArrow);
         return;
     }
     if (m_pTracking->GetPhase() == HeadingTracking::Phase::HeadingPressed) {
         SetCursor(m_hArrow);
+        if (DragHeading(point))
+            return;
         if (m_pTracking->MoveOver(HitTest(point)))
             Invalidate();
         return;
@@ -122,7 +128,7 @@ void CListBoxExHeadings::OnMouseMove(UINT flags, CPoint point) {
 
 void CListBoxExHeadings::OnLButtonUp(UINT flags, CPoint point) {
     static_cast<void>(flags);
-    if (!m_pTracking->tracking)
+    if (!m_pTracking->tracking || DropHeading())
         return;
     if (m_pTracking->GetPhase() == HeadingTracking::Phase::Resizing) {
         DrawSizer();
@@ -135,8 +141,8 @@ void CListBoxExHeadings::OnLButtonUp(UINT flags, CPoint point) {
     const HeadingTracking::Released released = m_pTracking->Release(HitTest(point));
     ReleaseCapture();
     const Life life = m_pTracking;
-    const BOOL sorted =
-        released.sortColumn >= 0 && m_pList != nullptr && Owner().Sort(released.sortColumn);
+    const BOOL sorted = released.sortColumn >= 0 && m_pList != nullptr && Owner().IsSortEnabled() &&
+                        Owner().Sort(released.sortColumn);
     if (!life.expired() && GetSafeHwnd() != nullptr && (sorted || released.hadLook))
         Invalidate();
 }
@@ -164,6 +170,7 @@ BOOL CListBoxExHeadings::OnSetCursor(CWnd* window, UINT hitTest, UINT message) {
 void CListBoxExHeadings::OnCancelMode() {
     if (!m_pTracking->tracking)
         return;
+    EndHeadingDrag();
     if (m_pTracking->Cancel() == HeadingTracking::Phase::Resizing) {
         DrawSizer();
         ClipCursor(nullptr);
@@ -188,10 +195,17 @@ UINT CListBoxExHeadings::OnGetDlgCode() {
                        : CWnd::OnGetDlgCode();
 }
 
-void CListBoxExHeadings::SelectHeading(int column) {
+int CListBoxExHeadings::FocusPosition() const {
+    return m_pList != nullptr ? Owner().GetColumnView().PositionOf(m_nFocusColumn) : 0;
+}
+
+/// The header at a position from the left, or the nearest.
+void CListBoxExHeadings::SelectHeading(int position) {
     if (ColumnCount() == 0)
         return;
-    m_nFocusColumn = std::clamp(column, 0, ColumnCount() - 1);
+    const ColumnView view = Owner().GetColumnView();
+    const int column = view.ColumnOf(std::clamp(position, 0, view.Count() - 1));
+    m_nFocusColumn = column;
     Invalidate();
     NotifyAccessibility(m_pList->m_hWnd, AccessibleChange::Focus, -1, m_nFocusColumn);
 }
@@ -218,7 +232,7 @@ void CListBoxExHeadings::OnKeyDown(UINT key, UINT repeat, UINT flags) {
         if (shift)
             ResizeByKey(m_nFocusColumn, step * kKeyStep);
         else
-            SelectHeading(m_nFocusColumn + step);
+            SelectHeading(FocusPosition() + step);
         break;
     }
     case VK_HOME:
@@ -250,7 +264,7 @@ void CListBoxExHeadings::OnKeyDown(UINT key, UINT repeat, UINT flags) {
 void CListBoxExHeadings::OnSetFocus(CWnd* old) {
     CWnd::OnSetFocus(old);
     if (m_bKeyboard)
-        SelectHeading(m_nFocusColumn);
+        SelectHeading(FocusPosition());
 }
 
 void CListBoxExHeadings::OnKillFocus(CWnd* next) {

@@ -5,6 +5,7 @@
 #include "src/lists/TypeAhead.h"
 
 #include "src/charset/CodePage.h"
+#include "vnbytstr/ListFilterRow.h"
 #include "vnbytstr/window/Edit.h"
 #include "vnbytstr/window/ListBox.h"
 
@@ -49,6 +50,8 @@ void CListBoxEx::OnDestroy() {
     m_pActiveEditor = nullptr;
     m_bCommitting = FALSE;
     UseRowsOf(nullptr);
+    if (m_pFilterRow != nullptr && m_pFilterRow->GetSafeHwnd() != nullptr)
+        m_pFilterRow->DestroyWindow();
     SetAccessibleTable(nullptr);
     if (m_DropTarget.m_hWnd != nullptr)
         m_DropTarget.Revoke();
@@ -84,13 +87,13 @@ void CListBoxEx::OnSize(UINT type, int cx, int cy) {
 void CListBoxEx::OnWindowPosChanging(WINDOWPOS* place) {
     CWnd::OnWindowPosChanging(place);
     CWnd* parent = GetParent();
-    if (parent == nullptr || m_pHeadings == nullptr || m_pHeadings->GetSafeHwnd() == nullptr)
+    const int height = parent != nullptr ? GetHeadersHeight() : 0;
+    if (height == 0)
         return;
     CRect rect;
     GetWindowRect(rect);
     parent->ScreenToClient(rect);
     if ((place->flags & SWP_NOMOVE) == 0) {
-        const int height = m_pHeadings->GetDesiredHeight();
         if (place->y < height) {
             const int bottom =
                 place->y + ((place->flags & SWP_NOSIZE) == 0 ? place->cy : rect.Height());
@@ -102,10 +105,15 @@ void CListBoxEx::OnWindowPosChanging(WINDOWPOS* place) {
             place->cy = std::max(0, bottom - height);
         }
         const int width = (place->flags & SWP_NOSIZE) == 0 ? place->cx : rect.Width();
-        m_pHeadings->MoveWindow(place->x, place->y - height, width, height);
+        PlaceHeaders(CRect(place->x, place->y, place->x + width, place->y));
     }
-    if ((place->flags & (SWP_SHOWWINDOW | SWP_HIDEWINDOW)) != 0)
-        m_pHeadings->ShowWindow((place->flags & SWP_SHOWWINDOW) != 0 ? SW_SHOWNA : SW_HIDE);
+    if ((place->flags & (SWP_SHOWWINDOW | SWP_HIDEWINDOW)) == 0)
+        return;
+    const int show = (place->flags & SWP_SHOWWINDOW) != 0 ? SW_SHOWNA : SW_HIDE;
+    if (m_pHeadings != nullptr && m_pHeadings->GetSafeHwnd() != nullptr)
+        m_pHeadings->ShowWindow(show);
+    if (m_pFilterRow != nullptr && m_pFilterRow->GetSafeHwnd() != nullptr)
+        m_pFilterRow->ShowWindow(show);
 }
 
 void CListBoxEx::OnVScroll(UINT code, UINT position, CWnd* bar) {
@@ -269,12 +277,14 @@ void CListBoxEx::MoveToNextCell(BOOL forward) {
     const Lifeline life(this);
     if (!CellEnter(TRUE) || !life.Holds())
         return;
+    const int position = GetColumnView().PositionOf(column);
     if (IsRow(m_nCurRow)) // its row, wherever that is now
-        EditNextCell({m_nCurRow, forward ? column + 1 : column - 1}, forward != FALSE);
+        EditNextCell({m_nCurRow, forward ? position + 1 : position - 1}, forward != FALSE);
 }
 
+/// `from.column` is a position among the shown columns.
 void CListBoxEx::EditNextCell(const CellAddress& from, bool forward) {
-    const auto next = FindEditable(GetColumns(), from, forward, GetCount());
+    const auto next = FindEditable(GetColumnView(), from, forward, GetCount());
     if (next)
         StartEditing(next->row, next->column);
 }

@@ -1,6 +1,7 @@
 // Shared by the sources of CListBoxEx.
 #pragma once
 
+#include "src/lists/ColumnView.h"
 #include "vnbytstr/ListBoxEx.h"
 
 #include <string_view>
@@ -19,6 +20,10 @@ inline constexpr UINT kRefocusEditor = WM_USER + 0x100;
 inline constexpr UINT kContinueSearch = WM_USER + 0x101;
 /// Posted by the list to itself when it finds that its source has fewer rows than it shows.
 inline constexpr UINT kRowsGone = WM_USER + 0x102;
+/// Posted by the list to itself while it looks for the rows of a source that its filter shows.
+inline constexpr UINT kContinueFilter = WM_USER + 0x103;
+/// Posted by the list to itself when rows have been added that its filter has not seen.
+inline constexpr UINT kApplyFilter = WM_USER + 0x104;
 
 /// The characters of a string, without copying.
 inline std::string_view ViewOf(const CString& text) {

@@ -76,6 +76,8 @@ int CListBoxEx::SendJoined(UINT message, int row, LPCTSTR first, std::va_list re
     const auto string = reinterpret_cast<LPARAM>(text.c_str());
     const LRESULT result =
         isPlainAdd ? DefWindowProc(message, at, string) : SendMessage(message, at, string);
+    if (isPlainAdd && m_pFilter != nullptr)
+        RowsAddedToFilter();
     if (text.capacity() <= kMaxKeptBuffer)
         rowBuffer = std::move(text);
     return static_cast<int>(result);
@@ -190,7 +192,7 @@ void CListBoxEx::HitTest(CPoint point, int& row, int& column) {
     SetWidths();
     row = RowAt(point.y, static_cast<int>(SendMessage(LB_GETTOPINDEX)),
                 static_cast<int>(SendMessage(LB_GETITEMHEIGHT)), GetCount());
-    column = ColumnAt(GetColumns(), point.x + GetSideShift());
+    column = GetColumnView().At(point.x);
 }
 
 // --- per-row data --------------------------------------------------------------------------------
@@ -258,6 +260,7 @@ void CListBoxEx::GetDisplayString(CString& value, int row) const {
 }
 
 void CListBoxEx::RowsInserted(int row) {
+    m_pRows->RowInserted(row);
     InsertRowInto(m_DragDrop, row, BYTE{0});
     InsertRowInto(m_EditSubTypes, row, BYTE{1});
     InsertRowInto(m_EditDataTypes, row, WORD{0});
@@ -270,6 +273,7 @@ void CListBoxEx::RowsInserted(int row) {
 }
 
 void CListBoxEx::RowDeleted(int row) {
+    m_pRows->RowRemoved(row);
     DeleteRowFrom(m_DragDrop, row);
     DeleteRowFrom(m_EditSubTypes, row);
     DeleteRowFrom(m_EditDataTypes, row);
@@ -284,6 +288,7 @@ void CListBoxEx::RowDeleted(int row) {
 }
 
 void CListBoxEx::ForgetRows() {
+    m_pRows->ForgetFilter();
     m_DragDrop.RemoveAll();
     m_EditSubTypes.RemoveAll();
     m_EditDataTypes.RemoveAll();
@@ -336,7 +341,7 @@ BOOL CListBoxEx::SetRowSource(CListRowSource* source) {
     if (!life.Holds() || GetRowSource() != source)
         return FALSE;
     ForgetRows();
-    RowsChanged();
+    ReadSourceAgain();
     if (!life.Holds() || GetRowSource() != source)
         return FALSE;
     if (m_bSideScroll)
@@ -345,25 +350,37 @@ BOOL CListBoxEx::SetRowSource(CListRowSource* source) {
     return TRUE;
 }
 
+/// A source may have other rows now.
+void CListBoxEx::ReadSourceAgain() {
+    const Lifeline life(this);
+    RowsChanged();
+    if (life.Holds() && GetRowSource() != nullptr && IsFiltered())
+        ApplyFilter();
+}
+
 void CListBoxEx::RowsChanged() {
     CListRowSource* const source = GetRowSource();
     if (source == nullptr || GetSafeHwnd() == nullptr)
         return;
     const int count = std::max(source->GetRowCount(), 0);
     const Lifeline life(this);
-    if (m_nCurRow >= count) {
+    if (GetUnfilteredRow(m_nCurRow) >= count || (m_nCurRow >= count && !IsFiltering())) {
         m_nCurRow = -1;
         CloseEditorForGood();
         if (!life.Holds() || GetRowSource() != source)
             return;
     }
-    SendMessage(LB_SETCOUNT, static_cast<WPARAM>(count));
+    if (IsFiltering())
+        static_cast<SourceRows&>(*m_pRows).SourceCountChanged();
+    else
+        SendMessage(LB_SETCOUNT, static_cast<WPARAM>(count));
     if (life.Holds())
         FollowEditedRow();
 }
 
-void CListBoxEx::RowChanged(int row) {
-    if (GetRowSource() == nullptr || !IsRow(row))
+void CListBoxEx::RowChanged(int unfiltered) {
+    const int row = GetRowSource() != nullptr ? GetFilteredRow(unfiltered) : -1;
+    if (row < 0)
         return;
     InvalidateRow(row);
     NotifyAccessibility(m_hWnd, AccessibleChange::CellText, row);
@@ -382,7 +399,11 @@ LRESULT CListBoxEx::OnOwnMessage(UINT message) {
         RefocusEditor();
     else if (message == kContinueSearch)
         m_pRows->ContinueSearch();
-    else
+    else if (message == kContinueFilter)
+        m_pRows->ContinueFilter();
+    else if (message == kApplyFilter && m_pActiveEditor == nullptr)
+        ApplyFilter(); // else when the editor closes
+    else if (message == kRowsGone)
         RowsChanged();
     return 0;
 }
@@ -402,7 +423,7 @@ LRESULT CListBoxEx::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     // Rows are inserted and deleted by message; the per-row data follows.
     if (!CloseEditorOfGoingRow(message, wParam))
         return LB_ERR;
-    if (message == kRefocusEditor || message == kContinueSearch || message == kRowsGone)
+    if (message >= kRefocusEditor && message <= kApplyFilter)
         return OnOwnMessage(message);
     if (message < LB_ADDSTRING || message > LB_RESETCONTENT)
         return CWnd::WindowProc(message, wParam, lParam);
@@ -419,11 +440,13 @@ LRESULT CListBoxEx::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
         ForgetRows();
         if (m_bSideScroll)
             SideShiftChanged(); // it is scrolled to the left again
-        RowsChanged();          // a source may have others now
+        ReadSourceAgain();
     } else if (message == LB_DELETESTRING && result != LB_ERR) {
         RowDeleted(static_cast<int>(wParam));
     } else if (isPlaced && result >= 0) {
         RowsInserted(static_cast<int>(result));
     }
+    if ((message == LB_ADDSTRING || message == LB_INSERTSTRING) && m_pFilter != nullptr)
+        RowsAddedToFilter();
     return result;
 }

@@ -10,7 +10,7 @@ using namespace vnbytstr::detail;
 
 void CListBoxEx::EnableSideScroll(BOOL on) {
     m_bSideScroll = on;
-    m_nLastOwnWidth = GetColumnWidth(m_nColumns - 1);
+    m_nLastOwnWidth = GetColumnWidth(LastColumn());
     if (GetSafeHwnd() == nullptr)
         return;
     if (!on)
@@ -24,17 +24,20 @@ int CListBoxEx::GetSideShift() const {
 }
 
 int CListBoxEx::GetOwnColumnWidth(int column) const {
-    const bool isGrown = m_bSideScroll && IsColumn(column) && column == m_nColumns - 1;
+    const bool isGrown = m_bSideScroll && IsColumn(column) && column == LastColumn();
     return isGrown ? m_nLastOwnWidth : GetColumnWidth(column);
 }
 
 void CListBoxEx::ShowColumn(int column) {
-    if (!m_bSideScroll || !IsColumn(column) || GetSafeHwnd() == nullptr)
+    const int position = GetColumnView().PositionOf(column);
+    if (!m_bSideScroll || position < m_nFrozen || GetSafeHwnd() == nullptr)
         return;
     SetWidths();
     CRect client;
     GetClientRect(client);
-    const int left = WidthBefore(GetColumns(), column);
+    const ColumnView view = GetColumnView();
+    client.right -= view.FrozenWidth();
+    const int left = view.WidthBefore(position) - view.FrozenWidth();
     const int end = left + GetOwnColumnWidth(column);
     const int before = GetSideShift();
     int shift = before;
@@ -50,7 +53,7 @@ void CListBoxEx::ShowColumn(int column) {
 void CListBoxEx::FillLastColumn(int width) {
     if (m_nColumns == 0)
         return;
-    int& last = m_pColumns[static_cast<std::size_t>(m_nColumns - 1)].m_nWidth;
+    int& last = m_pColumns[static_cast<std::size_t>(LastColumn())].m_nWidth;
     if (m_bSideScroll)
         last = std::max(m_nLastOwnWidth, width);
     else if (width >= 0)
@@ -62,8 +65,8 @@ void CListBoxEx::FillLastColumn(int width) {
 void CListBoxEx::UpdateExtent() {
     if (!m_bSideScroll || GetSafeHwnd() == nullptr)
         return;
-    const int before = WidthBefore(GetColumns(), m_nColumns - 1);
-    const int extent = before + GetOwnColumnWidth(m_nColumns - 1);
+    const ColumnView view = GetColumnView();
+    const int extent = view.WidthBefore(view.Count() - 1) + GetOwnColumnWidth(LastColumn());
     if (SendMessage(LB_GETHORIZONTALEXTENT) == extent)
         return;
     const int shift = GetSideShift();
@@ -75,6 +78,7 @@ void CListBoxEx::UpdateExtent() {
 void CListBoxEx::SideShiftChanged() {
     if (m_pHeadings != nullptr && m_pHeadings->GetSafeHwnd() != nullptr)
         m_pHeadings->Invalidate();
+    PlaceFilterFields();
     FollowEditedRow();
 }
 

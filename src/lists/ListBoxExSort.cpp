@@ -26,6 +26,7 @@ SSortItem* CListBoxEx::SortInternal(int column) {
         if (GetRowSource() != nullptr || !(IsColumn(column) || (m_nColumns == 0 && column == 0)))
             return nullptr;
     }
+    m_pRows->LiftFilter();
     const bool isPlain = m_nColumns == 0;
     const int count = GetCount();
     const auto rows = static_cast<std::size_t>(count);
@@ -56,6 +57,8 @@ SSortItem* CListBoxEx::SortInternal(int column) {
     m_nSortState = descending ? kSortedDescending : kSortedAscending;
     m_nSortColumn = column;
     ApplyOrder(order, items.get());
+    if (IsFiltered())
+        ApplyFilter();
     CheckInvariants();
     return items.release();
 }

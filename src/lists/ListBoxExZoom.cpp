@@ -64,7 +64,7 @@ int CListBoxEx::ShowZoom(int row, int column, CString& value) {
 int CListBoxEx::ColumnToZoom(int row) const {
     if (!IsEditingEnabled() && IsColumn(m_nClickedColumn))
         return m_nClickedColumn;
-    const auto cell = FindEditable(GetColumns(), {row, 0}, true, GetCount());
+    const auto cell = FindEditable(GetColumnView(), {row, 0}, true, GetCount());
     if (cell && cell->row == row)
         return cell->column;
     return IsEditingEnabled() ? -1 : 0;

@@ -17,39 +17,11 @@ int Limited(std::int64_t value) {
 
 } // namespace
 
-int WidthBefore(Columns columns, int count) {
-    std::int64_t sum = 0;
-    const std::size_t end = std::min(columns.size(), static_cast<std::size_t>(std::max(count, 0)));
-    for (const SListColumn& column : columns.first(end))
-        sum += column.m_nWidth;
-    return Limited(sum);
-}
-
-int ColumnAt(Columns columns, int x) {
-    std::int64_t sum = 0;
-    for (std::size_t i = 0; i < columns.size(); ++i) {
-        sum += columns[i].m_nWidth;
-        if (sum > x)
-            return static_cast<int>(i);
-    }
-    return -1;
-}
-
 int RowAt(int y, int topRow, int rowHeight, int rowCount) {
     if (y < 0 || rowHeight <= 0)
         return -1;
     const std::int64_t row = static_cast<std::int64_t>(topRow) + y / rowHeight;
     return row >= 0 && row < rowCount ? static_cast<int>(row) : -1;
-}
-
-PixelSpan CellSpan(Columns columns, int column, int clientRight) {
-    if (column < 0 || static_cast<std::size_t>(column) >= columns.size())
-        return {};
-    const int left = WidthBefore(columns, column);
-    int right = WidthBefore(columns, column + 1);
-    if (clientRight >= 0)
-        right = std::min(right, clientRight);
-    return {left, right};
 }
 
 int MulDiv(int value, int numerator, int denominator) {
@@ -128,30 +100,6 @@ void LayOutRow(Columns columns, std::string_view row, std::string_view separator
             break;
         left += width - offset;
     }
-}
-
-std::optional<CellAddress> FindEditable(Columns columns, CellAddress from, bool forward,
-                                        int rowCount) {
-    const int count = static_cast<int>(columns.size());
-    const auto editable = [&](int column) {
-        return columns[static_cast<std::size_t>(column)].m_nEditorType != kEditorNone;
-    };
-    if (!forward) {
-        for (int column = std::min(from.column, count - 1); column >= 0; --column)
-            if (editable(column))
-                return CellAddress{from.row, column};
-        return std::nullopt;
-    }
-    if (from.row < 0 || from.row >= rowCount)
-        return std::nullopt;
-    for (int column = std::max(from.column, 0); column < count; ++column)
-        if (editable(column))
-            return CellAddress{from.row, column};
-    if (from.row + 1 < rowCount) // all rows have the same columns: one more row is enough
-        for (int column = 0; column < count; ++column)
-            if (editable(column))
-                return CellAddress{from.row + 1, column};
-    return std::nullopt;
 }
 
 } // namespace vnbytstr::detail

@@ -5,7 +5,6 @@
 #include "vnbytstr/ListColumn.h"
 
 #include <functional>
-#include <optional>
 #include <span>
 #include <string_view>
 
@@ -29,16 +28,8 @@ struct CellAddress {
     bool operator==(const CellAddress&) const = default;
 };
 
-/// Sum of the first `count` widths, limited to the range of int.
-int WidthBefore(Columns columns, int count);
-/// The first column whose running sum of widths exceeds `x`, or -1 right of the last.
-int ColumnAt(Columns columns, int x);
 /// The row `y` pixels below the top of row `topRow`, or -1.
 int RowAt(int y, int topRow, int rowHeight, int rowCount);
-/// The horizontal extent of a column's cells, empty for a column out of range. A `clientRight` of 0
-/// or more limits the right edge.
-PixelSpan CellSpan(Columns columns, int column, int clientRight = -1);
-
 /// Gives a width to every column that has none: first by `percents` of `usable` pixels (may be
 /// empty), then equal shares of what remains, or 50 pixels each when nothing does. The number of
 /// shares deliberately includes the columns that had a width before.
@@ -66,10 +57,5 @@ struct DrawnCell {
 /// `draw` for each value from left to right.
 void LayOutRow(Columns columns, std::string_view row, std::string_view separator, PixelSpan area,
                int offset, const std::function<void(const DrawnCell&)>& draw);
-
-/// The next cell that can be edited, starting with `from` itself. A forward search continues in the
-/// next row after the last column and ends with the last row; a backward search ends at column 0.
-std::optional<CellAddress> FindEditable(Columns columns, CellAddress from, bool forward,
-                                        int rowCount);
 
 } // namespace vnbytstr::detail

@@ -35,6 +35,8 @@ SRowSearch CListRowSource::FindRow(int column, std::string_view text, int first,
     return {};
 }
 
+bool CListRowSource::FilterRows(const CRowFilter&) { return false; }
+
 bool CListRowSource::TakesFiles(int) { return false; }
 
 short CListRowSource::GetEditSubType(int) { return 1; }

@@ -2,8 +2,10 @@
 // that differs between the two is here.
 #pragma once
 
+#include "src/lists/FilterPlaces.h"
 #include "src/lists/ListBoxExInternal.h"
 #include "vnbytstr/ListRowSource.h"
+#include "vnbytstr/RowFilter.h"
 
 #include <chrono>
 #include <functional>
@@ -43,6 +45,24 @@ public:
     virtual void ContinueSearch() {}
     virtual BOOL Sort(int column) = 0;
 
+    // The filter. Rows are the shown ones, unless they are called unfiltered.
+    /// Shows the rows that match, or begins to. No editor is open.
+    virtual void ApplyFilter(const CRowFilter& filter) = 0;
+    virtual void ContinueFilter() {}
+    /// Shows all rows while they are sorted.
+    virtual void LiftFilter() {}
+    /// All rows have been removed.
+    virtual void ForgetFilter() = 0;
+    virtual void RowInserted(int) {}
+    virtual void RowRemoved(int) {}
+    /// All rows have been looked at.
+    virtual bool IsFilterDone() const { return true; }
+    virtual int UnfilteredCount() const = 0;
+    /// -1 when there is no such row.
+    virtual int UnfilteredRow(int row) const = 0;
+    /// -1 when there is no such row, or it is not shown.
+    virtual int FilteredRow(int unfiltered) const = 0;
+
     // What belongs to a row, which exists.
     virtual BOOL TakesFiles(int row) const = 0;
     virtual void SetTakesFiles(int row, BOOL on) = 0;
@@ -79,16 +99,50 @@ public:
     LPCTSTR FileName(int row) const override;
     void SetFileName(int row, LPCTSTR name) override;
 
+    // TextFilter.cpp
+    void ApplyFilter(const CRowFilter& filter) override;
+    void LiftFilter() override;
+    void ForgetFilter() override;
+    void RowInserted(int row) override;
+    void RowRemoved(int row) override;
+    int UnfilteredCount() const override;
+    int UnfilteredRow(int row) const override;
+    int FilteredRow(int row) const override;
+
 private:
+    /// What belongs to the rows put aside, in their order; the list has the same of the others.
+    struct AsideData {
+        void Clear() {
+            dragDrop.RemoveAll();
+            subTypes.RemoveAll();
+            dataTypes.RemoveAll();
+            fileNames.RemoveAll();
+        }
+
+        CByteArray dragDrop;
+        CByteArray subTypes;
+        CWordArray dataTypes;
+        CStringArray fileNames;
+    };
+
     std::string_view Text(int row) const;
+    std::size_t Matching(const CRowFilter& filter, std::span<DWORD> rows) const;
     std::string_view CellOf(int row, int column) const;
     std::vector<int> LongestValues(int column, int count) const;
+    void ShowOnly(std::span<const DWORD> rows);
+
+    vnbytstr::detail::FilterPlaces m_places; ///< without rows added since the filter was applied
+    CRowFilter m_applied;
+    AsideData m_aside;
 };
 
 /// Rows that a source is asked for. The list box has as many rows, without data, as the source had
 /// when the list was last told; if the source has fewer by now, only those are asked for.
 class CListBoxEx::SourceRows : public Rows {
 public:
+    /// So many selected rows are followed through a sort or a filter.
+    static constexpr int kMaxFollowed = 1000;
+
     SourceRows(CListBoxEx& list, CListRowSource& source) : Rows(list), m_source(source) {}
 
     CListRowSource* Source() const override { return &m_source; }
@@ -101,14 +155,30 @@ public:
     void FindTyped(const CString& typed) override;
     void ContinueSearch() override;
     BOOL Sort(int column) override;
-    BOOL TakesFiles(int row) const override { return m_source.TakesFiles(row); }
+    BOOL TakesFiles(int row) const override { return m_source.TakesFiles(UnfilteredRow(row)); }
     void SetTakesFiles(int, BOOL) override {}
-    short SubType(int row) const override { return m_source.GetEditSubType(row); }
+    short SubType(int row) const override { return m_source.GetEditSubType(UnfilteredRow(row)); }
     void SetSubType(int, short) override {}
-    short DataType(int row) const override { return m_source.GetEditDataType(row); }
+    short DataType(int row) const override { return m_source.GetEditDataType(UnfilteredRow(row)); }
     void SetDataType(int, short) override {}
     LPCTSTR FileName(int row) const override;
     void SetFileName(int row, LPCTSTR name) override;
+
+    // SourceFilter.cpp
+    void ApplyFilter(const CRowFilter& filter) override;
+    void ContinueFilter() override;
+    void ForgetFilter() override;
+    bool IsFilterDone() const override { return !m_filter.isRunning; }
+    int UnfilteredCount() const override;
+    int UnfilteredRow(int row) const override;
+    int FilteredRow(int row) const override;
+    /// Whether this object filters, so that it alone sets the number of rows shown.
+    bool IsFiltering() const { return m_filter.isOn; }
+    /// The source has more or fewer rows.
+    void SourceCountChanged();
+    /// The source has other rows, or its rows in another order, in which `moved` tells where a row
+    /// is now (-1: not known).
+    void SourceRowsMoved(const std::function<int(int)>& moved);
 
 private:
     bool Has(int row) const { return row >= 0 && row < Count(); }
@@ -116,6 +186,7 @@ private:
         return m_list.IsColumn(column) || (m_list.m_nColumns == 0 && column == 0);
     }
     int SearchPart();
+    SRowSearch FindShown(int first, int end) const;
 
     /// A search by typing that goes on between messages: from row `from` to the end, then from the
     /// top to it.
@@ -128,7 +199,29 @@ private:
         int caret = -1; ///< when it began; the search ends when the user goes elsewhere
     };
 
+    /// A filter, which looks at the rows in parts between messages.
+    struct Filter {
+        bool isOn = false;
+        bool isRunning = false; ///< there are rows to look at
+        bool isPosted = false;
+        CRowFilter wanted;
+        std::vector<DWORD> shown;  ///< the source's rows that match, ascending
+        std::vector<DWORD> former; ///< those that matched a wider filter, to be looked at first
+        std::size_t nextFormer = 0;
+        int next = 0;              ///< the source's next row to look at, after `former`
+        std::size_t told = 0;      ///< rows that the list box knows of
+        std::vector<int> selected; ///< the source's rows to be selected when they appear
+        int caret = -1;            ///< the source's row
+    };
+
+    void BeginFilter();
+    void RememberSelection();
+    void LookAtRows(Time until);
+    void ShowFound();
+    void SelectAgain(int row);
+
     CListRowSource& m_source;
     Search m_search;
+    Filter m_filter;
     mutable std::string m_fileName; ///< what FileName returned last
 };

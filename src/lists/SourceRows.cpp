@@ -4,6 +4,7 @@
 #include "src/lists/LongText.h"
 #include "src/lists/RowText.h"
 
+#include "src/window/controls/TextMatch.h"
 #include "vnbytstr/window/ListBox.h"
 
 #include <algorithm>
@@ -21,8 +22,6 @@ using Clock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds kSearchPart{20};
 /// DrawItem keeps 2 pixels free at either side of a row.
 constexpr int kRowMargin = 2;
-/// So many selected rows are followed through a sort.
-constexpr int kMaxFollowed = 1000;
 
 } // namespace
 
@@ -30,13 +29,16 @@ int CListBoxEx::SourceRows::Count() const {
     if (m_list.GetSafeHwnd() == nullptr)
         return 0;
     const int shown = std::max(0, static_cast<int>(m_list.SendMessage(LB_GETCOUNT)));
+    if (m_filter.isOn)
+        return std::min(shown, static_cast<int>(m_filter.told));
     return std::clamp(m_source.GetRowCount(), 0, shown);
 }
 
 std::string_view CListBoxEx::SourceRows::Cell(int row, int column, std::string& buffer) const {
     buffer.clear();
-    if (Has(row) && HasColumn(column))
-        m_source.GetCell(row, column, buffer);
+    const int asked = UnfilteredRow(row);
+    if (asked >= 0 && HasColumn(column))
+        m_source.GetCell(asked, column, buffer);
     return buffer;
 }
 
@@ -60,6 +62,21 @@ void CListBoxEx::SourceRows::TextToDraw(int row, std::string& text) const {
     const std::string_view separator = ViewOf(m_list.m_strSeparator);
     const Columns columns = m_list.GetColumns();
     std::string cell;
+    const ColumnView view = m_list.GetColumnView();
+    if (!view.IsPlain()) {
+        const std::vector<PixelSpan> places = view.VisiblePlaces();
+        for (int column = 0; column < m_list.m_nColumns; ++column) {
+            if (column > 0)
+                text.append(separator);
+            const PixelSpan place = places[static_cast<std::size_t>(column)];
+            if (place.IsEmpty() || place.right <= -margin || place.left >= client.Width() + margin)
+                continue;
+            const std::size_t from = text.size();
+            text.append(Beginning(Cell(row, column, cell), kMaxDrawnBytes));
+            CleanCell(text, from, separator);
+        }
+        return;
+    }
     std::int64_t start = 0;
     for (int column = 0; column < std::max(1, m_list.m_nColumns) && start < right; ++column) {
         if (column > 0)
@@ -85,9 +102,9 @@ void CListBoxEx::SourceRows::ForEachMeasured(int column, Time until, const TextU
     m_list.GetClientRect(client);
     const int height = std::max(1, static_cast<int>(m_list.SendMessage(LB_GETITEMHEIGHT)));
     const int inView = std::min(client.Height() / height + 1, kMaxVisibleRows);
-    const int start = WidthBefore(m_list.GetColumns(), column) - m_list.GetSideShift();
+    const PixelSpan place = m_list.GetColumnView().Place(column);
     const bool isSeen =
-        start < client.Width() && start + m_list.GetColumnWidth(column) >= client.left;
+        place.left < client.Width() && place.right >= client.left && !m_list.IsColumnHidden(column);
     for (int row = top; row < count && row - top < inView; ++row)
         if (isSeen || Clock::now() < until)
             use(Cell(row, column, buffer));
@@ -107,7 +124,7 @@ bool CListBoxEx::SourceRows::SetCell(int row, int column, const char* text) {
     const Lifeline life(&list);
     // The source may show a message: the editor that loses the focus to it stores nothing.
     const BOOL before = std::exchange(list.m_bCommitting, TRUE);
-    const bool stored = m_source.SetCell(row, column, text);
+    const bool stored = m_source.SetCell(UnfilteredRow(row), column, text);
     if (life.Holds())
         list.m_bCommitting = before;
     return stored;
@@ -115,12 +132,13 @@ bool CListBoxEx::SourceRows::SetCell(int row, int column, const char* text) {
 
 LPCTSTR CListBoxEx::SourceRows::FileName(int row) const {
     m_fileName.clear();
-    return m_source.GetFileName(row, m_fileName) && !m_fileName.empty() ? m_fileName.c_str()
-                                                                        : nullptr;
+    return m_source.GetFileName(UnfilteredRow(row), m_fileName) && !m_fileName.empty()
+               ? m_fileName.c_str()
+               : nullptr;
 }
 
 void CListBoxEx::SourceRows::SetFileName(int row, LPCTSTR name) {
-    m_source.SetFileName(row, name != nullptr ? name : "");
+    m_source.SetFileName(UnfilteredRow(row), name != nullptr ? name : "");
 }
 
 // --- search by typing ----------------------------------------------------------------------------
@@ -160,7 +178,8 @@ int CListBoxEx::SourceRows::SearchPart() {
     const int end = m_search.fromTop ? std::min(m_search.from, count) : count;
     SRowSearch answer;
     if (m_search.next < end)
-        answer = m_source.FindRow(0, ViewOf(m_search.text), m_search.next, end);
+        answer = m_filter.isOn ? FindShown(m_search.next, end)
+                               : m_source.FindRow(0, ViewOf(m_search.text), m_search.next, end);
     if (Has(answer.m_nFound)) {
         m_search.running = false;
         return answer.m_nFound;
@@ -174,6 +193,20 @@ int CListBoxEx::SourceRows::SearchPart() {
         m_search.running = false;
     }
     return -1;
+}
+
+/// As CListRowSource::FindRow, in the rows that the filter shows.
+SRowSearch CListBoxEx::SourceRows::FindShown(int first, int end) const {
+    const auto until = Clock::now() + kSearchPart;
+    const TextMatch wanted(ViewOf(m_search.text));
+    std::string cell;
+    for (int row = first; row < end; ++row) {
+        if (wanted.Begins(Cell(row, 0, cell)))
+            return {row, -1};
+        if (Clock::now() >= until)
+            return {-1, row + 1};
+    }
+    return {};
 }
 
 // --- sorting -------------------------------------------------------------------------------------
@@ -205,6 +238,14 @@ void CListBoxEx::SourceSorted(int column, int state) {
     m_nSortColumn = isSorted && (IsColumn(column) || column == 0) ? column : -1;
     m_nSortState = m_nSortColumn >= 0 ? state : kNotSorted;
     const Lifeline life(this);
+    if (IsFiltering()) {
+        static_cast<SourceRows&>(*m_pRows).SourceRowsMoved(
+            [source](int row) { return source->GetSortedRow(row); });
+        if (!life.Holds())
+            return;
+        NotifyAccessibility(m_hWnd, AccessibleChange::Sort, -1, m_nSortColumn);
+        return;
+    }
     RowsChanged();
     if (!life.Holds() || GetRowSource() != source)
         return;
@@ -221,7 +262,7 @@ void CListBoxEx::SourceSorted(int column, int state) {
     std::vector<int> selected;
     for (int row = ListBoxNextSelected(m_hWnd, 0); row >= 0;
          row = ListBoxNextSelected(m_hWnd, row + 1)) {
-        if (std::ssize(selected) == kMaxFollowed) {
+        if (std::ssize(selected) == SourceRows::kMaxFollowed) {
             selected.clear();
             break;
         }

@@ -21,6 +21,7 @@ CVNListBox::CVNListBox() { m_DataTip.Create(this); }
 void CVNListBox::SetItemTip(int row, LPCTSTR text) {
     if (row < 0 || row >= GetCount() || GetRowSource() != nullptr)
         return;
+    row = GetUnfilteredRow(row);
     InsertMappedRow(m_RowMap, row);
     m_Tips.InsertAt(row, CString(text));
 }
@@ -53,8 +54,8 @@ void CVNListBox::SetDataTip(CPoint point) {
     const int count = GetCount();
     const int row = RowAt(point.y, static_cast<int>(SendMessage(LB_GETTOPINDEX)),
                           static_cast<int>(SendMessage(LB_GETITEMHEIGHT)), count);
-    const bool hasTips = GetRowSource() == nullptr && m_Tips.GetSize() == count;
-    const int index = row >= 0 && hasTips ? GetItemIndex(row) : -1;
+    const bool hasTips = GetRowSource() == nullptr && m_Tips.GetSize() == GetUnfilteredCount();
+    const int index = row >= 0 && hasTips ? GetItemIndex(GetUnfilteredRow(row)) : -1;
     if (index < 0) {
         m_DataTip.Hide();
         return;
@@ -88,7 +89,7 @@ BOOL CVNListBox::Sort(int column) {
     const std::unique_ptr<SSortItem[]> items(SortForOrder(column));
     if (items == nullptr)
         return FALSE;
-    std::vector<int> order(static_cast<std::size_t>(GetCount()));
+    std::vector<int> order(static_cast<std::size_t>(GetUnfilteredCount()));
     for (std::size_t i = 0; i < order.size(); ++i)
         order[i] = items[i].m_nIndex;
     ReorderMappedRows(m_RowMap, order);

@@ -27,7 +27,9 @@ TEST(HeadingGeometry, RectanglesAreSideBySide) {
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message() << c.column << ' ' << c.width << ' ' << c.shift);
         HeadingRect rect;
-        EXPECT_EQ(HeadingGeometry(columns, c.width, 20, c.shift).GetRect(c.column, rect), c.inside);
+        EXPECT_EQ(
+            HeadingGeometry(ColumnView(columns, c.shift), c.width, 20).GetRect(c.column, rect),
+            c.inside);
         EXPECT_EQ(rect.left, c.left);
         EXPECT_EQ(rect.right, c.right);
         EXPECT_EQ(rect.top, c.column == 0 || c.right > 0 ? 1 : 0);
@@ -39,7 +41,7 @@ TEST(HeadingGeometry, HitTestAgreesWithTheRectangles) {
     const auto columns = ColumnsOf({7, 0, 30, 1, 90, 50});
     for (const int width : {0, 1, 2, 40, 100, 130, 300})
         for (const int shift : {0, 20}) {
-            const HeadingGeometry geometry(columns, width, 20, shift);
+            const HeadingGeometry geometry(ColumnView(columns, shift), width, 20);
             for (int x = -3; x < width + 3; ++x) {
                 int expected = -1;
                 for (int i = 0; i < 6 && expected < 0; ++i) {
@@ -74,7 +76,7 @@ TEST(HeadingGeometry, DividersAreGrabbedFromFiveLeftToThreeRight) {
         {closed, 200, 0, 52, 1}, // width 0 can be widened again
     };
     for (const auto& c : cases) {
-        const HeadingGeometry geometry(c.columns, c.width, 20, c.shift);
+        const HeadingGeometry geometry(ColumnView(c.columns, c.shift), c.width, 20);
         const int count = static_cast<int>(c.columns.size());
         EXPECT_EQ(DividerAt(count, RectsOf(geometry), c.width, c.x), c.column)
             << c.columns.size() << ": " << c.x << ' ' << c.shift;

@@ -1,4 +1,5 @@
 #include "src/lists/ListColumns.h"
+#include "src/lists/ColumnView.h"
 #include "src/lists/RowText.h"
 #include "src/lists/TypeAhead.h"
 #include "tests/lists/ColumnsOf.h"
@@ -90,7 +91,7 @@ TEST(ListColumns, HitTestsUseTheRunningSum) {
         int column;
     } across[] = {{-5, 0}, {0, 0}, {9, 0}, {10, 2}, {29, 2}, {30, -1}, {INT_MAX, -1}};
     for (const auto& c : across)
-        EXPECT_EQ(ColumnAt(columns, c.x), c.column) << c.x;
+        EXPECT_EQ(ColumnView(columns).At(c.x), c.column) << c.x;
 
     const struct {
         int y, top, height, count, row;
@@ -107,12 +108,11 @@ TEST(ListColumns, HitTestsUseTheRunningSum) {
 
 TEST(ListColumns, HugeWidthsStayWithinInt) {
     const auto columns = ColumnsOf({INT_MAX, INT_MAX, 5});
-    EXPECT_EQ(WidthBefore(columns, 3), INT_MAX);
-    EXPECT_EQ(ColumnAt(columns, INT_MAX - 1), 0);
-    EXPECT_EQ(CellSpan(columns, 2), (PixelSpan{INT_MAX, INT_MAX}));
-    EXPECT_EQ(CellSpan(columns, 0, 100), (PixelSpan{0, 100}));
-    EXPECT_TRUE(CellSpan(columns, 1, 100).IsEmpty());
-    EXPECT_EQ(CellSpan(columns, 3), PixelSpan{});
+    const ColumnView view(columns);
+    EXPECT_EQ(view.WidthBefore(3), INT_MAX);
+    EXPECT_EQ(view.At(INT_MAX - 1), 0);
+    EXPECT_EQ(view.Place(2), (PixelSpan{INT_MAX, INT_MAX}));
+    EXPECT_EQ(view.Place(3), PixelSpan{});
 }
 
 TEST(ListColumns, ColumnInformationIsChecked) {
@@ -192,9 +192,10 @@ TEST(ListColumns, TheNextEditableCell) {
         {{1, -1}, false, {}},
     };
     for (const auto& c : cases)
-        EXPECT_EQ(FindEditable(columns, c.from, c.forward, 3).value_or(CellAddress{}), c.found)
+        EXPECT_EQ(FindEditable(ColumnView(columns), c.from, c.forward, 3).value_or(CellAddress{}),
+                  c.found)
             << c.from.row << ',' << c.from.column;
-    EXPECT_FALSE(FindEditable(ColumnsOf({10, 10}), {0, 0}, true, 3));
+    EXPECT_FALSE(FindEditable(ColumnView(ColumnsOf({10, 10})), {0, 0}, true, 3));
 }
 
 TEST(TypeAhead, APauseOfMoreThanASecondStartsAgain) {

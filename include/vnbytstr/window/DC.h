@@ -85,6 +85,9 @@ public:
 
     // Clipping.
     int GetClipBox(LPRECT rect) const;
+    /// From now on, until RestoreDC, nothing is drawn outside of the rectangle, nor outside of
+    /// those of former calls.
+    void IntersectClipRect(int left, int top, int right, int bottom);
 
     HDC m_hDC = nullptr;
 

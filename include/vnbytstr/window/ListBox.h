@@ -19,6 +19,7 @@
 #include "vnbytstr/window/Wnd.h"
 
 #include <span>
+#include <string_view>
 
 inline constexpr UINT LB_ADDSTRING = 0x0180;
 inline constexpr UINT LB_INSERTSTRING = 0x0181;
@@ -147,6 +148,18 @@ VNBYTSTR_CONTROLS_API int ListBoxNextSelected(HWND list, int from);
 /// selection go along; caret and current row stay with their row; the view stays where it is. FALSE
 /// when `order` is no permutation of the rows (nothing changed).
 VNBYTSTR_CONTROLS_API BOOL ListBoxReorder(HWND list, std::span<const DWORD> order);
+/// From now on the list has these rows only, in this order; the others are put aside: messages do
+/// not see them, and they keep all they have but their selection. A number below LB_GETCOUNT is a
+/// row of the list, one from there on a row put aside before, in the order in which they are
+/// aside. Newly put aside are the rows, in their order, after those that were aside and stay.
+/// Caret, current and top row stay with their rows, or move to the next one that is shown.
+/// LB_RESETCONTENT removes those put aside, too. FALSE when a number is out of range or comes
+/// twice (nothing changed).
+VNBYTSTR_CONTROLS_API BOOL ListBoxShowOnly(HWND list, std::span<const DWORD> rows);
+/// The texts of many rows, numbered like that; texts[i] is that of rows[i]. FALSE when the spans
+/// differ in size or a number is out of range. Valid until the rows change.
+VNBYTSTR_CONTROLS_API BOOL ListBoxRowTexts(HWND list, std::span<const DWORD> rows,
+                                           std::span<std::string_view> texts);
 /// How many pixels a list that scrolls horizontally (WS_HSCROLL, LB_SETHORIZONTALEXTENT) hides at
 /// its left; 0 for any other window. In a mirrored list: at its right.
 VNBYTSTR_CONTROLS_API int ListBoxSideShift(HWND list);

@@ -158,6 +158,27 @@ BOOL ListBoxReorder(HWND list, std::span<const DWORD> order) {
     return control != nullptr && control->Reorder(order);
 }
 
+BOOL ListBoxShowOnly(HWND list, std::span<const DWORD> rows) {
+    ListBoxControl* control = ListBoxControl::Of(list);
+    return control != nullptr && control->ShowOnly(rows);
+}
+
+BOOL ListBoxRowTexts(HWND list, std::span<const DWORD> rows, std::span<std::string_view> texts) {
+    ListBoxControl* control = ListBoxControl::Of(list);
+    if (control == nullptr || rows.size() != texts.size())
+        return FALSE;
+    const auto& all = control->Rows();
+    const auto shown = static_cast<DWORD>(all.Count());
+    const auto total = shown + static_cast<DWORD>(all.AsideCount());
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        if (rows[i] >= total)
+            return FALSE;
+        texts[i] = rows[i] < shown ? all.Text(static_cast<int>(rows[i]))
+                                   : all.AsideText(static_cast<int>(rows[i] - shown));
+    }
+    return TRUE;
+}
+
 int ListBoxSideShift(HWND list) {
     const ListBoxControl* control = ListBoxControl::Of(list);
     return control != nullptr ? control->Shift() : 0;

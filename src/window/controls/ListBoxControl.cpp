@@ -312,6 +312,8 @@ bool ListBoxControl::SetNoData(bool on) {
 }
 
 void ListBoxControl::Reset() {
+    if (m_rows.AsideCount() > 0)
+        ShowAll();
     if (IsOwnerDrawn() && !m_rows.IsNoData())
         for (int row = m_rows.Count() - 1; row >= 0; --row)
             if (m_rows.Has(row))

@@ -21,6 +21,7 @@ public:
     void ShiftTo(int pixels);
     int AddMany(std::string_view texts, int count);
     bool Reorder(std::span<const DWORD> order);
+    bool ShowOnly(std::span<const DWORD> rows);
     bool SetRowText(int row, std::string_view text);
     bool SetNoData(bool on);
     int Caret() const { return m_caret; }
@@ -49,6 +50,7 @@ private:
     LRESULT Delete(int row);
     LRESULT SetCount(WPARAM count);
     void Reset();
+    void ShowAll();
     void SendDeleteItem(int row);
     void RowInserted(int row);
     void MeasureRow(int row);

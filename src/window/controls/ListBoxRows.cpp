@@ -1,7 +1,8 @@
 // 1. Every row's text lies in one of the chunks, followed by a NUL.
 // 2. m_live and m_garbage together are no more than what the chunks have given out.
 // 3. m_selected is the number of selected rows.
-// 4. m_data and m_heights are empty, or have an element per row.
+// 4. m_data and m_heights are empty, or have an element per row; so are m_asideData and
+//    m_asideHeights, with an element per row put aside. No row put aside is selected.
 // 5. m_sums, when valid, is the Fenwick tree over m_heights.
 // 6. Without data all of the above are empty; m_marked holds rows below m_count only. With data
 //    m_count is 0 and m_marked empty.
@@ -183,7 +184,7 @@ void ListBoxRows::Remove(int row) {
         m_heights.erase(m_heights.begin() + row);
         m_sumsValid = false;
     }
-    if (m_rows.empty())
+    if (m_rows.empty() && m_aside.empty())
         Clear();
     else
         Compact();
@@ -191,6 +192,9 @@ void ListBoxRows::Remove(int row) {
 
 void ListBoxRows::Clear() noexcept {
     std::vector<Row>().swap(m_rows);
+    std::vector<Row>().swap(m_aside);
+    std::vector<std::uintptr_t>().swap(m_asideData);
+    std::vector<WORD>().swap(m_asideHeights);
     std::vector<Chunk>().swap(m_chunks);
     std::vector<std::uintptr_t>().swap(m_data);
     std::vector<WORD>().swap(m_heights);
@@ -211,11 +215,12 @@ void ListBoxRows::Compact() {
     if (!bytes)
         return; // it can wait
     char* place = bytes.get();
-    for (Row& row : m_rows) {
-        std::memcpy(place, row.text, static_cast<std::size_t>(row.length) + 1);
-        row.text = place;
-        place += static_cast<std::size_t>(row.length) + 1;
-    }
+    for (std::vector<Row>* rows : {&m_rows, &m_aside})
+        for (Row& row : *rows) {
+            std::memcpy(place, row.text, static_cast<std::size_t>(row.length) + 1);
+            row.text = place;
+            place += static_cast<std::size_t>(row.length) + 1;
+        }
     std::vector<Chunk> old;
     old.swap(m_chunks);
     m_chunks.push_back({std::move(bytes), m_live, m_live});
@@ -369,10 +374,11 @@ int ListBoxRows::RowAt(std::int64_t y) const {
 }
 
 std::size_t ListBoxRows::MemoryUse() const noexcept {
-    std::size_t bytes = m_rows.capacity() * sizeof(Row) +
-                        m_data.capacity() * sizeof(std::uintptr_t) +
-                        m_heights.capacity() * sizeof(WORD) +
-                        m_sums.capacity() * sizeof(std::int64_t) + m_marked.MemoryUse();
+    std::size_t bytes =
+        (m_rows.capacity() + m_aside.capacity()) * sizeof(Row) +
+        m_asideData.capacity() * sizeof(std::uintptr_t) + m_asideHeights.capacity() * sizeof(WORD) +
+        m_data.capacity() * sizeof(std::uintptr_t) + m_heights.capacity() * sizeof(WORD) +
+        m_sums.capacity() * sizeof(std::int64_t) + m_marked.MemoryUse();
     for (const Chunk& chunk : m_chunks)
         bytes += chunk.size + sizeof(Chunk);
     return bytes;
@@ -385,6 +391,8 @@ void ListBoxRows::Check() const noexcept {
         given += chunk.used;
     assert(m_live + m_garbage <= given);
     assert(m_data.empty() || m_data.size() == m_rows.size());
+    assert(m_asideData.empty() || m_asideData.size() == m_aside.size());
+    assert(m_asideHeights.empty() || m_asideHeights.size() == m_aside.size());
     assert(m_heights.empty() || m_heights.size() == m_rows.size());
     const auto selected =
         std::count_if(m_rows.begin(), m_rows.end(), [](const Row& row) { return row.selected; });

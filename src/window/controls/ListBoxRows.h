@@ -78,6 +78,19 @@ public:
     /// `order` is no permutation, and without data.
     bool Reorder(std::span<const DWORD> order);
 
+    // --- rows put aside ---
+    /// How many rows are put aside: kept with all they have, but for their selection, and no rows
+    /// of the list.
+    int AsideCount() const noexcept { return static_cast<int>(m_aside.size()); }
+    std::string_view AsideText(int index) const noexcept {
+        return {m_aside[Index(index)].text, m_aside[Index(index)].length};
+    }
+    /// From now on the list has these rows and no others, in this order: below Count() a row of the
+    /// list, from Count() on one put aside. The rest is put aside: first what was there, then what
+    /// was a row, each in its order. False (and nothing changed) when a number is out of range or
+    /// comes twice, and without data.
+    bool ShowOnly(std::span<const DWORD> rows);
+
     // --- heights, in pixels ---
     /// The height of every row without its own.
     void SetHeight(int height);
@@ -122,6 +135,9 @@ private:
     int m_count = 0; ///< of rows without data
     RowSet m_marked; ///< the selected rows without data
     std::vector<Row> m_rows;
+    std::vector<Row> m_aside;
+    std::vector<std::uintptr_t> m_asideData; ///< like m_data
+    std::vector<WORD> m_asideHeights;        ///< like m_heights
     std::vector<Chunk> m_chunks;
     std::size_t m_live = 0;    ///< bytes of texts in use, with their NULs
     std::size_t m_garbage = 0; ///< bytes of texts no longer in use

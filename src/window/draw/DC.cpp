@@ -362,6 +362,15 @@ int CDC::GetClipBox(LPRECT rect) const {
     return CRect(*rect).IsRectEmpty() ? 1 : 2;
 }
 
+void CDC::IntersectClipRect(int left, int top, int right, int bottom) {
+    if (m_hDC == nullptr)
+        return;
+    auto& clip = Context(m_hDC)->state.clip;
+    const CRect rect(left, top, right, bottom);
+    const QRect device = rect.IsRectEmpty() ? QRect() : Context(m_hDC)->ToDevice(rect);
+    clip = clip ? clip->intersected(device) : device;
+}
+
 CPaintDC::CPaintDC(CWnd* window) : m_ps{} {
     Window* known = Window::Of(window);
     if (known == nullptr)

@@ -8,6 +8,7 @@
 #include <QRegion>
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace vnbytstr::detail {
@@ -29,6 +30,7 @@ public:
         COLORREF bkColor = 0xFFFFFF;
         int bkMode = OPAQUE;
         CPoint current;
+        std::optional<QRect> clip; ///< in device coordinates; none: the whole area
     };
 
     DeviceContext(Kind kind, Window* window, QPainter* painter, bool wholeWindow = false);
@@ -75,7 +77,14 @@ private:
 template <class Draw>
 void DeviceContext::Paint(const QRect& bounds, Draw&& draw) {
     if (kind == Kind::Paint && m_painter != nullptr) {
+        if (!state.clip) {
+            draw(*m_painter);
+            return;
+        }
+        m_painter->save();
+        m_painter->setClipRect(*state.clip, Qt::IntersectClip);
         draw(*m_painter);
+        m_painter->restore();
     } else if (kind == Kind::Layer) {
         auto call = [](void* context, QPainter& painter) {
             (*static_cast<std::remove_reference_t<Draw>*>(context))(painter);
