@@ -27,8 +27,6 @@ public:
     Columns All() const { return m_columns; }
     int Shift() const { return m_shift; }
     int Frozen() const { return m_frozen; }
-    /// The same columns, not scrolled.
-    ColumnView Unscrolled() const { return {m_columns, m_shown, m_frozen, 0}; }
     /// Every column is shown, in the order of the numbers, and scrolls.
     bool IsPlain() const { return m_shown.empty() && m_frozen == 0; }
 

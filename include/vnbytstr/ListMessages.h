@@ -1,0 +1,25 @@
+// What a CListBoxEx sends to its parent, and the result of its sort.
+#pragma once
+
+#include "vnbytstr/framework/String.h"
+#include "vnbytstr/framework/Types.h"
+
+/// Posted to the list's parent when the user has moved, hidden or shown a column.
+inline constexpr UINT VNM_COLUMNSCHANGED = 0x7FFA;
+/// Posted to the list's parent when the rows that a filter shows have changed.
+inline constexpr UINT VNM_FILTERCHANGED = 0x7FFB;
+/// Posted to the list's parent when an editor closes, whether its value was stored or not.
+inline constexpr UINT VNM_EDITORCLOSED = 0x7FFC;
+/// Sent to the parent before a value is stored: wParam the column, lParam the new value (a
+/// `const char*`). 0 stores it; anything else refuses it, 2 also ends the zoom dialog.
+inline constexpr UINT VNM_STOREVALUE = 0x7FFD;
+/// Sent to the parent before a plain-edit or file cell is opened: wParam the column. Nonzero: the
+/// parent handles the cell itself and no editor opens.
+inline constexpr UINT VNM_OPENCELL = 0x7FFE;
+
+/// One row in the result of a sort.
+struct SSortItem {
+    CString m_strValue;  ///< the value of the column sorted by
+    int m_nSelected = 0; ///< the row's selected state
+    int m_nIndex = 0;    ///< the row before the sort
+};
