@@ -72,7 +72,8 @@ TEST_F(UserColumns, OrderIsWhatTheUserSees) {
     EXPECT_EQ(HeadingRect(0).left, 2 + 100);
     EXPECT_GE(HeadingRect(1).right, 390); // the last one fills the header control
     EXPECT_EQ(list->GetColumnWidth(2), 100);
-    for (const auto& wrong : {std::vector<int>{0, 1}, {0, 1, 1}, {0, 1, 3}, {0, 1, 2, 3}, {-1, 0, 1}})
+    for (const auto& wrong :
+         {std::vector<int>{0, 1}, {0, 1, 1}, {0, 1, 3}, {0, 1, 2, 3}, {-1, 0, 1}})
         EXPECT_FALSE(list->SetColumnOrder(wrong));
     EXPECT_EQ(Seen(), "201");
     // Tab goes from cell to cell as they are seen.
@@ -178,9 +179,7 @@ TEST_F(UserColumns, FrozenColumnsStayWhenTheListIsScrolled) {
     list->SetFrozenColumns(1);
     Header().FixLastColWidth();
     Pump();
-    const auto frozen = [this](CWnd& window) {
-        return Picture(window).copy(QRect(4, 4, 90, 8));
-    };
+    const auto frozen = [this](CWnd& window) { return Picture(window).copy(QRect(4, 4, 90, 8)); };
     const QImage rows = frozen(*list), header = frozen(Header());
     list->SendMessage(WM_HSCROLL, SB_BOTTOM);
     ASSERT_GT(list->GetSideShift(), 100);
