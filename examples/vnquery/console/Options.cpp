@@ -63,8 +63,6 @@ struct RawOptions {
     bool desPad = false;
     std::string file; ///< of the SQL
     std::string format = "table";
-    std::string nullText;
-    std::string separator;
     std::string lineBreak = "lf";
     std::string lineEnds;
     std::string blobs;
@@ -75,9 +73,8 @@ struct RawOptions {
 void AddQueryOptions(CLI::App& app, Options& options, RawOptions& raw) {
     app.add_option("--db", options.connection.file, Text(IDS_VQ_CL_DB))->type_name("FILE");
     app.add_option("--connect", options.connection.dataSource, Text(IDS_VQ_CL_CONNECT))
-        ->type_name("TEXT")
         ->excludes("--db");
-    app.add_option("--sql", options.sql, Text(IDS_VQ_CL_SQL))->type_name("TEXT");
+    app.add_option("--sql", options.sql, Text(IDS_VQ_CL_SQL));
     app.add_option("--file", raw.file, Text(IDS_VQ_CL_FILE_SQL))
         ->type_name("FILE")
         ->excludes("--sql");
@@ -87,7 +84,7 @@ void AddQueryOptions(CLI::App& app, Options& options, RawOptions& raw) {
 void AddDisplayOptions(CLI::App& app, Options& options, RawOptions& raw) {
     app.add_option("--format", raw.format, Text(IDS_VQ_CL_FORMAT))
         ->check(CLI::IsMember(std::vector<std::string>(kFormatNames.begin(), kFormatNames.end())));
-    app.add_option("--null", raw.nullText, Text(IDS_VQ_CL_NULL))->type_name("TEXT");
+    app.add_option("--null", options.exportFormat.nullText, Text(IDS_VQ_CL_NULL));
     app.add_option("--text-limit", options.display.textLimit, Text(IDS_VQ_CL_TEXT_LIMIT))
         ->type_name("N")
         ->check(CLI::Range(0u, 1u << 28));
@@ -121,14 +118,12 @@ void AddFileOptions(CLI::App& app, Options& options, RawOptions& raw) {
         ->check(CLI::IsMember({"escape", "records", "space", "keep"}))
         ->group(group);
     app.add_flag("--entities", format.entities, Text(IDS_VQ_CL_ENTITIES))->group(group);
-    app.add_option("--separator", raw.separator, Text(IDS_VQ_CL_SEPARATOR))
-        ->type_name("TEXT")
-        ->group(group);
+    app.add_option("--separator", format.separator, Text(IDS_VQ_CL_SEPARATOR))->group(group);
     app.add_option("--blobs", raw.blobs, Text(IDS_VQ_CL_BLOBS))
         ->check(CLI::IsMember({"placeholder", "hex"}))
         ->group(group);
     app.add_flag("--headings,!--no-headings", raw.headings, Text(IDS_VQ_CL_HEADINGS))->group(group);
-    app.add_option("--table", format.table, Text(IDS_VQ_CL_TABLE))->type_name("TEXT")->group(group);
+    app.add_option("--table", format.table, Text(IDS_VQ_CL_TABLE))->group(group);
     app.add_flag("--strict", format.strict, Text(IDS_VQ_CL_STRICT))->group(group);
     app.add_option("--translate", raw.translate, Text(IDS_VQ_CL_TRANSLATE))
         ->type_name("FROM:TO IN OUT")
@@ -174,14 +169,10 @@ void SetFormats(const CLI::App& app, Options& options, const RawOptions& raw) {
     format.lineBreak = lineBreaks.at(raw.lineBreak);
     if (app.count("--line-ends") > 0)
         format.lineEnds = lineEnds.at(raw.lineEnds);
-    if (app.count("--separator") > 0)
-        format.separator = raw.separator;
     if (app.count("--blobs") > 0)
         format.hexBlobs = raw.blobs == "hex";
     if (app.count("--headings") > 0)
         format.headings = raw.headings;
-    if (app.count("--null") > 0)
-        format.nullText = raw.nullText;
     format.textLimit = options.display.textLimit;
     format.widths = raw.widths == "all" ? WidthSource::All : WidthSource::First;
     options.saveFormat = options.display = format;

@@ -17,7 +17,7 @@ namespace vnquery {
 /// Csv: a text is in double quotes if it has a separator, quote or line break, is empty or like
 /// the text for NULL, or is longer than 64 KB.
 /// Insert: a text of more than 64 KB, or with NUL or CR (which the sqlite3 shell would drop from a
-/// literal), is cast from its bytes.
+/// literal), is cast from its bytes: UTF-8, as most SQLite databases are.
 class Exporter : public ResultWriter {
 public:
     Exporter(CFile& file, const ExportFormat& format, const std::vector<std::string>& columns = {},

@@ -224,6 +224,19 @@ TEST_F(Display, HelpAndVersion) {
     EXPECT_NE(help.out.find("--record-length"), std::string::npos);
     EXPECT_NE(help.out.find("Exit codes"), std::string::npos);
     EXPECT_EQ(Run({"--version"}).code, 0);
+    // Nothing of the option parser's own words, in any language.
+    for (const char* locale : {"de_DE.UTF-8", "fr_FR.UTF-8", "ja_JP.UTF-8", "he_IL.UTF-8"}) {
+        setenv("LC_ALL", locale, 1);
+        const std::string text = Run({"--help"}).out;
+        EXPECT_NE(text.find("--record-length"), std::string::npos) << locale;
+        for (const char* word : {"Usage", "OPTIONS", "Options:", "Excludes", "Print", "Display",
+                                 "FILE", "TEXT:", "KIND"}) {
+            if (word != std::string("Options:") || locale != std::string("fr_FR.UTF-8")) {
+                EXPECT_EQ(text.find(word), std::string::npos) << locale << word;
+            }
+        }
+    }
+    setenv("LC_ALL", "C.UTF-8", 1);
 }
 
 } // namespace
