@@ -30,7 +30,7 @@ double Milliseconds(Clock::duration duration) {
     return std::chrono::duration<double, std::milli>(duration).count();
 }
 
-/// Megabytes of one of the process's figures in /proc, 0 where there are none.
+/// One of the process's figures in /proc, in megabytes; 0 where the system does not tell.
 double Memory(const std::string& figure) {
     std::ifstream status("/proc/self/status");
     for (std::string word; status >> word;) {

@@ -48,7 +48,7 @@ private:
 /// Sorts rows by their values. In ascending order NULL comes first, then numbers, texts, bytes.
 ///
 ///  - Numbers of all three types compare by their exact values; 5, 5.0 and "5.00" are equal. What
-///    is not a number (a NaN, a decimal text that is none) comes after the numbers.
+///    is not a number (a NaN, a decimal text with other characters) comes after the numbers.
 ///  - Texts compare as the system's locale has it, ignoring case, kana type and width, down to
 ///    accents: as CListBoxEx sorts texts. A text whose CCSID is not the native one is translated.
 ///  - Bytes compare byte by byte.

@@ -47,7 +47,7 @@ struct Notation {
     std::optional<std::string> innerBreak;
     Filter filter = Filter::None;
     Quotes quotes = Quotes::None;
-    bool onlyNumbers = false; ///< JSON and SQL: a number that is none there is a text
+    bool onlyNumbers = false; ///< JSON and SQL: what is not a number there becomes a text
     bool isSql = false;       ///< texts that a literal cannot hold are cast from bytes
 };
 
