@@ -258,24 +258,9 @@ public:
 
     // --- filter ----------------------------------------------------------------------------------
     /// Shows only the rows that meet a condition on a column, and those set for other columns;
-    /// null or empty: the column has none. CRowFilter says what a condition may be; columns with a
-    /// SetColumnType other than 0 hold numbers, and the null marker stands for null. FALSE when
-    /// there is no such column, or an open editor's value was refused.
-    ///
-    /// The list's rows are then the shown ones: row numbers, GetCount, selection, copying, LB_
-    /// messages and screen readers know no others. Rows that stay keep their selection and all that
-    /// belongs to them; the selection of those that vanish is lost. The row source is asked by its
-    /// own numbers, and RowChanged takes them; GetUnfilteredRow and GetFilteredRow translate.
-    ///
-    /// Texts of the list are filtered at once. Rows added later are shown until the program has
-    /// handled its messages, and then filtered as well (RefreshFilter, after ListBoxAddRows); an
-    /// edited row stays until the filter changes. SortInternal sorts all rows and returns an item
-    /// for each, by their numbers without the filter.
-    ///
-    /// Rows of a source are looked at in parts of about 20 milliseconds between which the window
-    /// handles its messages, and shown as they are found, unless the source filters by itself
-    /// (CListRowSource::FilterRows). Each shown one costs 4 bytes. Up to 1000 selected rows stay
-    /// selected.
+    /// null or empty: the column has none. FALSE when there is no such column, or an open editor's
+    /// value was refused. CRowFilter says what a condition may be, ListFilterRow.h what a filtered
+    /// list is. Columns with a SetColumnType other than 0 hold numbers.
     BOOL SetColumnFilter(int column, LPCTSTR condition);
     /// A column's condition; empty for none.
     CString GetColumnFilter(int column) const;
@@ -347,10 +332,12 @@ public:
     /// A column's width in pixels, without what was added to the last one to fill the header
     /// control.
     int GetOwnColumnWidth(int column) const;
-    /// The selected rows: values separated by tabs, lines ended by CR LF. A value that contains a
-    /// tab, CR, LF or double quote is enclosed in double quotes, its own quotes doubled. Empty when
-    /// it would be longer than a CString can be, 2 GB.
+    /// The selected rows as kCopyTabs. Empty when it would be longer than a CString can be, 2 GB.
     CString GetSelectionText(BOOL withHeadings) const;
+    /// The selected rows in another form; empty when it would be longer than a CString can be.
+    CString GetSelectionAs(EListCopyFormat format, BOOL withHeadings) const;
+    /// Puts that on the clipboard. FALSE when nothing is selected.
+    BOOL CopySelection(EListCopyFormat format, BOOL withHeadings);
 
 protected:
     void Init();
@@ -452,6 +439,7 @@ private:
     void ColumnsRearranged(int lastBefore);
     void ColumnsChangedByUser();
     bool IsRightAligned(int column) const;
+    bool IsNumberColumn(int column) const;
     BOOL IsRow(int row) const { return row >= 0 && row < GetCount(); }
     BOOL HasManySelected() const;
     void UseRowsOf(CListRowSource* source);

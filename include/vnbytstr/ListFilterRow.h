@@ -1,5 +1,21 @@
 // The filter row of a CListBoxEx: a field under each column's header, in which the user types a
 // condition (CListBoxEx::EnableFilterRow).
+//
+// A filtered list: its rows are the shown ones. Row numbers, GetCount, selection, copying, LB_
+// messages and screen readers know no others. Rows that stay keep their selection and all that
+// belongs to them; the selection of those that vanish is lost. The row source is asked by its own
+// numbers, and RowChanged takes them; GetUnfilteredRow and GetFilteredRow translate. The null
+// marker stands for null.
+//
+// Texts of the list are filtered at once. Rows added later are shown until the program has handled
+// its messages, and then filtered as well (RefreshFilter, after ListBoxAddRows); an edited row
+// stays until the filter changes. SortInternal sorts all rows and returns an item for each, by
+// their numbers without the filter.
+//
+// Rows of a source are looked at in parts of about 20 milliseconds between which the window handles
+// its messages, and shown as they are found, unless the source filters by itself
+// (CListRowSource::FilterRows). Each shown one costs 4 bytes. Up to 1000 selected rows stay
+// selected.
 #pragma once
 
 #include "vnbytstr/window/Edit.h"

@@ -17,6 +17,19 @@ inline constexpr UINT VNM_STOREVALUE = 0x7FFD;
 /// parent handles the cell itself and no editor opens.
 inline constexpr UINT VNM_OPENCELL = 0x7FFE;
 
+/// The forms in which rows are copied.
+enum EListCopyFormat : int {
+    /// Values separated by tabs, lines ended by CR LF. A value that contains a tab, CR, LF or
+    /// double quote is enclosed in double quotes, its own quotes doubled.
+    kCopyTabs = 0,
+    /// The same with commas (RFC 4180).
+    kCopyCsv = 1,
+    /// Each row as (1, 'text', NULL), separated by commas: texts in single quotes, their own
+    /// doubled; numbers of number columns without quotes; NULL for the null marker. Names come
+    /// first, in double quotes: ("Name", "City") VALUES.
+    kCopySql = 2,
+};
+
 /// One row in the result of a sort.
 struct SSortItem {
     CString m_strValue;  ///< the value of the column sorted by

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <functional>
 #include <numeric>
 
 namespace vnbytstr::detail {
@@ -39,9 +40,12 @@ std::vector<DWORD> FilterPlaces::InOrder() const {
     return rows;
 }
 
-std::vector<DWORD> FilterPlaces::ShowOnly(std::span<const DWORD> rows) {
+std::vector<DWORD> FilterPlaces::ShowOnly(std::span<const DWORD> rows, bool wantsRest) {
     const std::size_t count = m_shown.size();
     const std::size_t total = count + m_aside.size();
+    if ((rows.empty() || rows.back() < count) &&
+        std::adjacent_find(rows.begin(), rows.end(), std::greater_equal<>()) == rows.end())
+        return LeaveOut(rows, wantsRest);
     std::vector<bool> isShown(total);
     for (const DWORD row : rows)
         isShown[row] = true;
@@ -63,6 +67,29 @@ std::vector<DWORD> FilterPlaces::ShowOnly(std::span<const DWORD> rows) {
     auto aside = placesOf(rest);
     m_shown.swap(shown);
     m_aside.swap(aside);
+    Check();
+    return rest;
+}
+
+/// The same when the rows are some of those shown, in their order.
+std::vector<DWORD> FilterPlaces::LeaveOut(std::span<const DWORD> rows, bool wantsRest) {
+    std::vector<DWORD> rest;
+    const auto count = static_cast<DWORD>(m_shown.size());
+    if (wantsRest)
+        for (std::size_t i = 0; i < m_aside.size(); ++i)
+            rest.push_back(count + static_cast<DWORD>(i));
+    m_aside.reserve(m_aside.size() + m_shown.size() - rows.size());
+    std::size_t next = 0;
+    for (DWORD row = 0; row < count; ++row) {
+        if (next < rows.size() && rows[next] == row) {
+            m_shown[next++] = m_shown[row];
+            continue;
+        }
+        m_aside.push_back(m_shown[row]);
+        if (wantsRest)
+            rest.push_back(row);
+    }
+    m_shown.resize(next);
     Check();
     return rest;
 }

@@ -28,8 +28,8 @@ public:
     std::vector<DWORD> InOrder() const;
 
     /// From now on these rows are shown; their places must ascend. Returns the numbers of the
-    /// others, in the order in which they are put aside.
-    std::vector<DWORD> ShowOnly(std::span<const DWORD> rows);
+    /// others, in the order in which they are put aside; perhaps nothing unless they are wanted.
+    std::vector<DWORD> ShowOnly(std::span<const DWORD> rows, bool wantsRest = true);
     /// There are so many shown rows now: new ones have been added at the end of all.
     void Appended(int shownCount);
     /// A shown row was inserted before (or is to be the last after) the others.
@@ -38,6 +38,7 @@ public:
     void Removed(int row);
 
 private:
+    std::vector<DWORD> LeaveOut(std::span<const DWORD> rows, bool wantsRest);
     void Check() const;
 
     bool m_isActive = false;

@@ -21,8 +21,6 @@ constexpr int kFitGap = 4;
 constexpr int kRightGap = 2;
 /// Texts are measured up to here; no screen shows more.
 constexpr std::size_t kMaxMeasuredBytes = 4000;
-/// The longest text of a CString.
-constexpr std::size_t kMaxCopied = 0x7FFFFFF0;
 
 /// At least as much of a text as is visible in `width` pixels; a text that is too long still gets
 /// its ellipsis.
@@ -221,37 +219,4 @@ void CListBoxEx::FitAllColumns() {
         m_pHeadings->FixLastColWidth();
     FollowEditedRow();
     RedrawAll();
-}
-
-// --- the selection as text -----------------------------------------------------------------------
-
-CString CListBoxEx::GetSelectionText(BOOL withHeadings) const {
-    std::string text;
-    const auto add = [&text](std::string_view value, bool last) {
-        if (value.find_first_of("\t\r\n\"") == std::string_view::npos) {
-            text.append(value);
-        } else {
-            text += '"';
-            for (const char ch : value)
-                text.append(ch == '"' ? 2 : 1, ch);
-            text += '"';
-        }
-        text.append(last ? "\r\n" : "\t");
-    };
-    const int columns = std::max(1, m_nColumns);
-    if (withHeadings && m_nColumns > 0)
-        for (int column = 0; column < columns; ++column)
-            add(ViewOf(m_pColumns[static_cast<std::size_t>(column)].m_strHeading),
-                column == columns - 1);
-    const int count = GetCount();
-    const auto next = [this](int row) {
-        return GetSafeHwnd() != nullptr ? ListBoxNextSelected(m_hWnd, row) : -1;
-    };
-    for (int row = next(0); row >= 0 && row < count; row = next(row + 1)) {
-        m_pRows->ForEachCell(
-            row, [&](int column, std::string_view value) { add(value, column == columns - 1); });
-        if (text.size() > kMaxCopied)
-            return {};
-    }
-    return StringOf(text);
 }

@@ -112,6 +112,10 @@ public:
 private:
     /// What belongs to the rows put aside, in their order; the list has the same of the others.
     struct AsideData {
+        bool IsEmpty() const {
+            return dragDrop.IsEmpty() && subTypes.IsEmpty() && dataTypes.IsEmpty() &&
+                   fileNames.IsEmpty();
+        }
         void Clear() {
             dragDrop.RemoveAll();
             subTypes.RemoveAll();

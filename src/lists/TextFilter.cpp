@@ -47,7 +47,12 @@ void CListBoxEx::TextRows::ShowOnly(std::span<const DWORD> rows) {
     const int count = Count();
     if (!ListBoxShowOnly(m_list.m_hWnd, rows))
         return;
-    const std::vector<DWORD> rest = m_places.ShowOnly(rows);
+    const bool hasData = !m_list.m_DragDrop.IsEmpty() || !m_list.m_EditSubTypes.IsEmpty() ||
+                         !m_list.m_EditDataTypes.IsEmpty() || !m_list.m_FileNames.IsEmpty() ||
+                         !m_aside.IsEmpty();
+    const std::vector<DWORD> rest = m_places.ShowOnly(rows, hasData);
+    if (!hasData && m_list.m_nCurRow < 0)
+        return;
     Divide(m_list.m_DragDrop, m_aside.dragDrop, count, rows, rest, BYTE{0});
     Divide(m_list.m_EditSubTypes, m_aside.subTypes, count, rows, rest, BYTE{1});
     Divide(m_list.m_EditDataTypes, m_aside.dataTypes, count, rows, rest, WORD{0});
@@ -67,11 +72,12 @@ void CListBoxEx::TextRows::ApplyFilter(const CRowFilter& filter) {
     }
     m_places.Appended(m_places.IsActive() ? Count() : 0);
     const bool narrows = m_places.IsActive() && filter.Narrows(m_applied);
-    if (!m_places.IsActive())
+    const bool begins = !m_places.IsActive();
+    if (begins)
         m_places.Begin(Count());
     m_applied = filter;
     std::vector<DWORD> rows;
-    if (narrows) {
+    if (narrows || begins) {
         rows.resize(static_cast<std::size_t>(Count()));
         std::iota(rows.begin(), rows.end(), DWORD{0});
     } else {
@@ -94,8 +100,11 @@ std::size_t CListBoxEx::TextRows::Matching(const CRowFilter& filter, std::span<D
             break;
         for (std::size_t i = 0; i < piece.size(); ++i) {
             const std::string_view text = pieceTexts[i];
-            if (filter.Matches([&](int column) { return CellText(text, separator, column); }))
-                rows[count++] = piece[i];
+            // Without a branch: whether a row matches cannot be predicted.
+            rows[count] = piece[i];
+            count += filter.Matches([&](int column) { return CellText(text, separator, column); })
+                         ? 1
+                         : 0;
         }
     }
     return count;

@@ -124,6 +124,7 @@ private:
         return static_cast<std::size_t>(static_cast<unsigned>(row));
     }
     int Find(int after, std::string_view text, bool exact) const;
+    void LeaveOut(std::span<const DWORD> kept);
     char* Allocate(std::size_t bytes);
     char* Store(std::string_view text);
     void Discard(const Row& row);
