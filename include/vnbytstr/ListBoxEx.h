@@ -231,21 +231,20 @@ public:
     /// the source knows where they are (CListRowSource::GetSortedRow).
     void SourceSorted(int column, int state);
 
-    // --- columns as the user wants them -------------------------------------------------------
+    // --- columns as the user wants them ----------------------------------------------------------
     /// An EListAlignment; column -1: every column. Names in the header control and cell editors
     /// stand where the cells do.
     void SetColumnAlignment(int column, int alignment);
     int GetColumnAlignment(int column) const;
-    /// The columns from left to right, hidden ones included. FALSE (and nothing changed) when
-    /// `order` does not name each column once. Column numbers everywhere else stay what they are.
+    /// The columns from left to right, hidden ones included. FALSE when `order` does not name each
+    /// column once. Column numbers everywhere else stay what they are.
     BOOL SetColumnOrder(std::span<const int> order);
     std::vector<int> GetColumnOrder() const;
     /// Hides or shows a column; its width and place are kept. FALSE when there is no such column,
     /// and for the last one that is shown. The cells of hidden columns are filtered and copied.
     BOOL HideColumn(int column, BOOL hide = TRUE);
     BOOL IsColumnHidden(int column) const;
-    /// The first shown columns that stay in view when the list is scrolled horizontally
-    /// (EnableSideScroll); initially 0.
+    /// So many shown columns stay in view when EnableSideScroll scrolls; initially 0.
     void SetFrozenColumns(int count);
     int GetFrozenColumns() const { return m_nFrozen; }
     /// What the header's tip says (CListBoxExHeadings::EnableTips) instead of name and type.
@@ -253,7 +252,7 @@ public:
     CString GetColumnTip(int column) const;
     /// The type of the column's values as the user is told it ("DECIMAL(10,2)").
     void SetColumnTypeText(int column, LPCTSTR text);
-    /// Every other row has a background between those of window and text, mostly the former.
+    /// Every other row has a slightly different background.
     void EnableZebra(BOOL on = TRUE);
 
     // --- filter ----------------------------------------------------------------------------------
@@ -264,13 +263,11 @@ public:
     BOOL SetColumnFilter(int column, LPCTSTR condition);
     /// A column's condition; empty for none.
     CString GetColumnFilter(int column) const;
-    /// FALSE for a condition that is not complete or compares a number with something else; it
-    /// restricts nothing.
+    /// FALSE for a condition that restricts nothing (CRowFilter::IsValid).
     BOOL IsColumnFilterValid(int column) const;
-    /// Shows all rows again. FALSE when an open editor's value was refused.
+    /// FALSE when an open editor's value was refused.
     BOOL ClearFilter();
-    /// Some condition restricts the rows.
-    BOOL IsFiltered() const;
+    BOOL IsFiltered() const; ///< some condition restricts the rows
     /// FALSE while rows of a source are still being looked at.
     BOOL IsFilterDone() const;
     /// Applies the filter to all rows again, after texts have changed.
@@ -281,9 +278,8 @@ public:
     int GetUnfilteredRow(int row) const;
     /// Where the row with that number without the filter is shown; -1 when it is not.
     int GetFilteredRow(int unfiltered) const;
-    /// Shows a row of fields between the header control and the list, one for each column, in
-    /// which the user types conditions. The list's top moves down by their height; FALSE when they
-    /// cannot be created. Off: the fields go, and with them the filter.
+    /// Shows fields between header control and list in which the user types conditions. The list's
+    /// top moves down by their height. Off: the fields go, and with them the filter.
     BOOL EnableFilterRow(BOOL on = TRUE);
     /// Null unless EnableFilterRow is on.
     CListFilterRow* GetFilterRow() const { return m_pFilterRow.get(); }
