@@ -247,7 +247,7 @@ public:
     /// So many shown columns stay in view when EnableSideScroll scrolls; initially 0.
     void SetFrozenColumns(int count);
     int GetFrozenColumns() const { return m_nFrozen; }
-    /// What the header's tip says (CListBoxExHeadings::EnableTips) instead of name and type.
+    /// What CListBoxExHeadings::EnableTips shows instead of name and type.
     void SetColumnTip(int column, LPCTSTR text);
     CString GetColumnTip(int column) const;
     /// The type of the column's values as the user is told it ("DECIMAL(10,2)").
@@ -261,19 +261,14 @@ public:
     /// value was refused. CRowFilter says what a condition may be, ListFilterRow.h what a filtered
     /// list is. Columns with a SetColumnType other than 0 hold numbers.
     BOOL SetColumnFilter(int column, LPCTSTR condition);
-    /// A column's condition; empty for none.
-    CString GetColumnFilter(int column) const;
-    /// FALSE for a condition that restricts nothing (CRowFilter::IsValid).
-    BOOL IsColumnFilterValid(int column) const;
-    /// FALSE when an open editor's value was refused.
-    BOOL ClearFilter();
-    BOOL IsFiltered() const; ///< some condition restricts the rows
-    /// FALSE while rows of a source are still being looked at.
-    BOOL IsFilterDone() const;
+    CString GetColumnFilter(int column) const;  ///< empty for none
+    BOOL IsColumnFilterValid(int column) const; ///< CRowFilter::IsValid
+    BOOL ClearFilter();                         ///< FALSE when an open editor's value was refused
+    BOOL IsFiltered() const;                    ///< some condition restricts the rows
+    BOOL IsFilterDone() const; ///< FALSE while rows of a source are still being looked at
     /// Applies the filter to all rows again, after texts have changed.
     void RefreshFilter();
-    /// The number of rows without the filter.
-    int GetUnfilteredCount() const;
+    int GetUnfilteredCount() const; ///< of all rows
     /// A row's number without the filter; -1 when there is no such row.
     int GetUnfilteredRow(int row) const;
     /// Where the row with that number without the filter is shown; -1 when it is not.
@@ -281,10 +276,8 @@ public:
     /// Shows fields between header control and list in which the user types conditions. The list's
     /// top moves down by their height. Off: the fields go, and with them the filter.
     BOOL EnableFilterRow(BOOL on = TRUE);
-    /// Null unless EnableFilterRow is on.
-    CListFilterRow* GetFilterRow() const { return m_pFilterRow.get(); }
-    /// Pixels above the list for the header control and the filter row.
-    int GetHeadersHeight() const;
+    CListFilterRow* GetFilterRow() const { return m_pFilterRow.get(); } ///< null when off
+    int GetHeadersHeight() const; ///< pixels for header control and filter row, above the list
 
     // --- editing ---------------------------------------------------------------------------------
     /// Closes an open editor without storing, selects the row and opens an editor in the cell; the
