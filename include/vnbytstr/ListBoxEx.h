@@ -232,8 +232,8 @@ public:
     void SourceSorted(int column, int state);
 
     // --- columns as the user wants them ----------------------------------------------------------
-    /// An EListAlignment; column -1: every column. Names in the header control and cell editors
-    /// stand where the cells do.
+    /// An EListAlignment; column -1: every column. Names in the header control and texts in edit
+    /// controls stand where the cells do; combo boxes follow SetRightAligned alone.
     void SetColumnAlignment(int column, int alignment);
     int GetColumnAlignment(int column) const;
     /// The columns from left to right, hidden ones included. FALSE when `order` does not name each

@@ -121,7 +121,7 @@ void CListBoxEx::StartEditing(int row, int column) {
 CWnd* CListBoxEx::MakeEdit(int column, int type, LPCTSTR value, const CRect& rect) {
     auto* edit = new CListBoxCellEdit(type == kEditorFolder ? CBrowser::kFolder : CBrowser::kFile);
     const SListColumn& record = m_pColumns[static_cast<std::size_t>(column)];
-    const DWORD side = m_bRightAligned ? ES_RIGHT : 0; // where the cell's text is
+    const DWORD side = IsRightAligned(column) ? ES_RIGHT : 0; // where the cell's text is
     if (!edit->CreateCell(WS_CHILD | WS_BORDER | ES_AUTOHSCROLL | side, rect, this,
                           kCellEditorId)) {
         delete edit;

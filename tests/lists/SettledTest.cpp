@@ -205,14 +205,20 @@ TEST_P(Settled, TheTextStaysAtItsSideWhenAnEditorOpens) {
         DWORD exStyle;
         bool rightAligned;
         bool right; // on the screen
+        int alignment = kAlignDefault;
     } cases[] = {{0, false, false},
                  {0, true, true},
                  {WS_EX_LAYOUTRTL, false, true},
-                 {WS_EX_LAYOUTRTL, true, false}};
+                 {WS_EX_LAYOUTRTL, true, false},
+                 {0, false, true, kAlignRight},
+                 {0, true, false, kAlignLeft}};
     for (const auto& c : cases)
         for (const int type : {kEditorText, kEditorCombo}) {
+            if (type == kEditorCombo && c.alignment != kAlignDefault)
+                continue; // which follows the list's side alone
             Remake(0, c.exStyle);
             list->SetRightAligned(c.rightAligned);
+            list->SetColumnAlignment(0, c.alignment);
             list->SetEditorType(0, type);
             list->EditColumn(1, 0);
             auto* line = list->GetActiveEditor()->GetWidget()->findChild<QLineEdit*>();
