@@ -7,6 +7,7 @@
 #include "vnbytstr/window/ListBox.h"
 
 #include <algorithm>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -74,9 +75,13 @@ int CListBoxEx::SendJoined(UINT message, int row, LPCTSTR first, std::va_list re
     const bool isPlainAdd = message == LB_ADDSTRING && (GetStyle() & LBS_SORT) == 0;
     const auto at = static_cast<WPARAM>(static_cast<std::intptr_t>(row));
     const auto string = reinterpret_cast<LPARAM>(text.c_str());
+    const bool isFiltered = isPlainAdd && m_pFilter != nullptr;
+    std::optional<Lifeline> life; // which a list without a filter need not pay for
+    if (isFiltered)
+        life.emplace(this);
     const LRESULT result =
         isPlainAdd ? DefWindowProc(message, at, string) : SendMessage(message, at, string);
-    if (isPlainAdd && m_pFilter != nullptr)
+    if (isFiltered && life->Holds())
         RowsAddedToFilter();
     if (text.capacity() <= kMaxKeptBuffer)
         rowBuffer = std::move(text);

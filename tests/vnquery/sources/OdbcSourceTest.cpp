@@ -192,7 +192,11 @@ TEST_F(OdbcSourceTest, RowsAreNotKept) {
         ++rows;
     }
     EXPECT_EQ(rows, 300000u);
+#ifndef __SANITIZE_ADDRESS__ // which keeps what is freed
     EXPECT_LT(peak() - before, 30000);
+#else
+    static_cast<void>(before);
+#endif
 }
 
 } // namespace
