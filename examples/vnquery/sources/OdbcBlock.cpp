@@ -106,8 +106,8 @@ std::size_t OdbcBlock::RowBytes() const {
 }
 
 void OdbcBlock::Bind() {
-    m_capacity =
-        std::clamp<std::size_t>(kBufferBytes / std::max<std::size_t>(RowBytes(), 1), 1, kMaxRows);
+    m_capacity = std::clamp<std::size_t>(kBufferBytes / std::max<std::size_t>(RowBytes(), 1), 1,
+                                         std::max<std::size_t>(m_maxRows, 1));
     SQLFreeStmt(m_statement, SQL_UNBIND);
     m_buffer.resize(RowBytes() * m_capacity);
     m_indicators.assign(m_columns.size() * m_capacity, 0);
