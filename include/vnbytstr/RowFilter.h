@@ -46,8 +46,8 @@ public:
     void SetCondition(int column, std::string_view typed, bool isNumber = false);
     /// As it was typed; empty without one.
     std::string GetCondition(int column) const;
-    /// Whether the column's condition restricts the rows, or there is none; false for one that is
-    /// not complete or compares a number with something else.
+    /// False when the column has a condition that restricts nothing: it is not complete, or compares
+    /// a number with something else.
     bool IsValid(int column) const;
     /// No condition restricts the rows.
     bool IsEmpty() const { return m_active.empty(); }

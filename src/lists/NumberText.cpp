@@ -8,7 +8,7 @@ namespace {
 bool IsDigit(char ch) { return ch >= '0' && ch <= '9'; }
 bool IsBlank(char ch) { return ch == ' ' || ch == '\t'; }
 
-/// The exponent after an 'e'; false when there is none. One out of any sensible range is limited.
+/// The exponent after an 'e', false without one. An absurdly large one is cut to kLargest.
 bool ReadExponent(std::string_view text, std::int64_t& exponent) {
     constexpr std::int64_t kLargest = 1'000'000'000'000;
     bool isNegative = false;

@@ -22,6 +22,9 @@ public:
     BOOL PreTranslateMessage(MSG* message) override;
 
 protected:
+    LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override {
+        return TellFailures([&] { return CFrameWnd::WindowProc(message, wParam, lParam); });
+    }
     void OnClose();
     void OnTimer(std::uintptr_t id);
     void OnDropFiles(HDROP drop);

@@ -73,6 +73,9 @@ public:
     BOOL PreTranslateMessage(MSG* message) override;
 
 protected:
+    LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override {
+        return TellFailures([&] { return CWnd::WindowProc(message, wParam, lParam); });
+    }
     BOOL OnCommand(WPARAM wParam, LPARAM lParam) override;
     int OnCreate(LPCREATESTRUCT create);
     void OnSize(UINT type, int cx, int cy);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "vnquery/messages/Messages.h"
+#include "vnquery/tasks/Failure.h"
 
 #include "vnbytstr/Window.h"
 
@@ -19,6 +20,19 @@ std::string GetItemText(const CWnd& dialog, int id);
 
 /// Shows a message box with that text, its first letter capitalized; returns the button.
 int ShowMessage(const std::string& text, UINT type = MB_OK | MB_ICONEXCLAMATION);
+
+/// Calls a window's handling of a message. What the library throws there, such as for a value that
+/// cannot be read back from the temporary file, is shown, and the message counts as handled: it
+/// must not pass through the event loop.
+template <class Handling>
+LRESULT TellFailures(Handling&& handling) {
+    try {
+        return handling();
+    } catch (CException* error) {
+        ShowMessage(TakeMessage(error));
+        return 0;
+    }
+}
 
 /// What is wrong with the settings (damaged, unreadable, not saved), after a blank line, for the
 /// end of a message; empty when they are sound.

@@ -94,6 +94,15 @@ TEST_F(WindowTest, FailuresAreToldAndLeaveTheWindowUsable) {
     EXPECT_EQ(Status(), "The query failed after 2 rows; these are shown.");
 }
 
+TEST_F(WindowTest, WhatTheLibraryThrowsInAMessageIsShown) {
+    m_answers.m_answers = {IDOK};
+    EXPECT_EQ(
+        TellFailures([]() -> LRESULT { throw new CCacheException(CCacheException::kWriteFailed); }),
+        0);
+    ASSERT_EQ(m_answers.m_texts.size(), 1u);
+    EXPECT_NE(m_answers.m_texts[0].find("swap file"), std::string::npos) << m_answers.m_texts[0];
+}
+
 /// The loop turns while 100,000 rows come, and Escape ends a query without an end.
 TEST_F(WindowTest, LongResultsLeaveTheWindowAlive) {
     MakeDatabase(kNumbers);
