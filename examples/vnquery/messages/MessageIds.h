@@ -374,4 +374,16 @@
 #define IDS_VQ_I_UNKNOWN 41542
 #define IDS_VQ_I_FORMAT 41543
 
+/* Statements that change something, transactions, parameters */
+#define IDS_VQ_S_ALLOW 41600
+
+/* The SQL editor, history, the tree of the database's objects */
+#define IDS_VQ_C_TREE 41640
+
+/* The value pane and the dialogs */
+#define IDS_VQ_P_VALUE 41700
+
+/* The window around the result */
+#define IDS_VQ_N_TOOL_BAR 41800
+
 #endif
