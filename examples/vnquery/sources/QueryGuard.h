@@ -1,6 +1,8 @@
 // Where statements end, and whether one for a database server only reads.
 #pragma once
 
+#include "vnquery/sources/SqlLexer.h"
+
 #include <optional>
 #include <string>
 #include <string_view>
@@ -8,16 +10,10 @@
 
 namespace vnquery {
 
-/// How a server reads SQL text. Other stands for all unknown servers: a statement must then be a
-/// query in each of the known dialects.
-enum class SqlServer { Sqlite, PostgreSql, MySql, Other };
-
-/// From the name that the driver gives its database system.
-SqlServer ServerOf(std::string_view systemName);
-
 struct SqlStatement {
     std::string text;
-    bool isEnded = false; ///< by a semicolon, which the text includes
+    bool isEnded = false;  ///< by a semicolon, which the text includes
+    std::size_t begin = 0; ///< where the statement's text begins, in bytes
 };
 
 /// The statements of the text, without those that are nothing but blanks and comments. The last one

@@ -90,7 +90,8 @@ TEST(QueryGuard, ServersReadTextsInTheirOwnWays) {
 std::vector<std::string> Split(const std::string& sql, SqlServer server) {
     std::vector<std::string> texts;
     for (const SqlStatement& statement : SplitStatements(sql, server))
-        texts.push_back(statement.text + (statement.isEnded ? "" : "..."));
+        texts.push_back(sql.substr(statement.begin, statement.text.size()) +
+                        (statement.isEnded ? "" : "..."));
     return texts;
 }
 
