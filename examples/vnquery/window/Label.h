@@ -3,6 +3,7 @@
 
 #include "vnquery/messages/Messages.h"
 
+#include <QRegularExpression>
 #include <QString>
 
 namespace vnquery {
@@ -12,6 +13,21 @@ namespace vnquery {
 inline QString Label(UINT id) { return QString::fromStdString(Text(id)); }
 inline QString Label(UINT id, std::initializer_list<std::string> insertions) {
     return QString::fromStdString(Text(id, insertions));
+}
+
+/// The text of a menu item or label without its key, the mark of its letter, and colon: for a
+/// tip, or the name that a screen reader says.
+inline QString PlainLabel(UINT id) {
+    static const QRegularExpression marks(QStringLiteral("\\(&.\\)|&(?=.)|\\t.*|\\s*:$"));
+    return Label(id).remove(marks);
+}
+
+/// A message as a sentence of its own: its first letter capitalized.
+inline QString Sentence(const std::string& message) {
+    QString text = QString::fromStdString(message);
+    if (!text.isEmpty())
+        text[0] = text[0].toUpper();
+    return text;
 }
 
 } // namespace vnquery

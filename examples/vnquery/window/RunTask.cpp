@@ -1,0 +1,61 @@
+#include "vnquery/window/RunTask.h"
+
+#include "vnquery/result/CellText.h"
+#include "vnquery/window/Label.h"
+
+#include <QEventLoop>
+#include <QMessageBox>
+#include <QProgressDialog>
+#include <QTimer>
+
+#include <chrono>
+#include <thread>
+
+namespace vnquery {
+
+namespace {
+
+constexpr auto kShort = std::chrono::milliseconds(150);
+constexpr auto kLookInterval = std::chrono::milliseconds(50);
+
+void ShowDialog(QWidget* parent, const std::string& title, BackgroundTask& task) {
+    QProgressDialog dialog(QString::fromStdString(title), PlainLabel(IDS_VQ_CANCEL), 0, 0, parent);
+    dialog.setWindowTitle(Label(IDS_VQ_APP));
+    dialog.setWindowModality(Qt::ApplicationModal);
+    // It stays until the work has noticed that it is to stop.
+    QObject::disconnect(&dialog, &QProgressDialog::canceled, &dialog, &QProgressDialog::cancel);
+    QObject::connect(&dialog, &QProgressDialog::canceled, [&] { task.Cancel(); });
+    dialog.show();
+    QEventLoop loop;
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, [&] {
+        if (task.GetState() != TaskState::Running)
+            return loop.quit();
+        const TaskProgress& progress = task.GetProgress();
+        const std::string bytes = FormatSize(progress.GetBytes());
+        if (progress.GetRows() > 0)
+            dialog.setLabelText(
+                Label(IDS_VQ_T_PROGRESS, {title, GroupDigits(progress.GetRows()), bytes}));
+        else if (progress.GetBytes() > 0)
+            dialog.setLabelText(Label(IDS_VQ_T_PROGRESS_BYTES, {title, bytes}));
+    });
+    timer.start(kLookInterval);
+    loop.exec();
+}
+
+} // namespace
+
+bool RunTask(QWidget* parent, UINT title, BackgroundTask::Work work) {
+    BackgroundTask task(std::move(work));
+    const auto end = std::chrono::steady_clock::now() + kShort;
+    while (task.GetState() == TaskState::Running && std::chrono::steady_clock::now() < end)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    if (task.GetState() == TaskState::Running)
+        ShowDialog(parent, Text(title), task);
+    task.Wait();
+    if (task.GetState() == TaskState::Failed)
+        QMessageBox::warning(parent, Label(IDS_VQ_APP), Sentence(task.GetMessage()));
+    return task.GetState() == TaskState::Done;
+}
+
+} // namespace vnquery
