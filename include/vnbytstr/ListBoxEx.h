@@ -5,6 +5,7 @@
 #include "vnbytstr/ListBoxExHeadings.h"
 #include "vnbytstr/ListColumn.h"
 #include "vnbytstr/ListDropTarget.h"
+#include "vnbytstr/ListFind.h"
 #include "vnbytstr/ListMessages.h"
 #include "vnbytstr/ListParts.h"
 #include "vnbytstr/framework/Arrays.h"
@@ -78,8 +79,7 @@ public:
     virtual void SetFractionalColumnWidth(int column, int percent);
     /// Pixels kept free at the column's right edge; column -1: every column.
     virtual void SetColumnSpacing(int column, int spacing);
-    /// From a string resource.
-    virtual void SetColumnName(int column, UINT id, HINSTANCE instance);
+    virtual void SetColumnName(int column, UINT id, HINSTANCE instance); ///< a string resource
     virtual void SetColumnName(int column, LPCTSTR name);
     /// How the column sorts: 0 as text, any other value as an integer.
     virtual void SetColumnType(int column, int type);
@@ -94,13 +94,11 @@ public:
     /// Inclusive, for kEditorNumber. The spinner keeps to it; typed values are not range-checked,
     /// the parent decides about them.
     virtual void SetEditorRange(int column, LONG minimum, LONG maximum);
-    /// The choices of a combo editor.
     virtual void SetEditorStrings(int column, const CStringArray& strings);
-    virtual void ResetEditorStrings(int column);
+    virtual void ResetEditorStrings(int column); ///< the choices of a combo editor
     /// Pixels kept free before the text of every column; initially 2.
     virtual void SetOffset(int offset);
-    /// Lets clicks on column headers sort.
-    virtual void EnableSort(BOOL on = TRUE);
+    virtual void EnableSort(BOOL on = TRUE); ///< lets clicks on column headers sort
     /// Sorts by a column: ascending, or descending when the last sort was ascending by the same
     /// column. An open editor is stored first. Returns an array with an SSortItem for each row in
     /// the new order, to be freed with delete[]; null when nothing was sorted (LBS_SORT style, no
@@ -150,14 +148,10 @@ public:
     int GetColumnWidth(int column) const;
     CString GetColumnName(int column) const;
     BOOL IsSortEnabled() const override { return m_bSortEnabled; }
-    /// The column of the last sort; -1: not sorted.
-    int GetSortColumn() const override { return m_nSortColumn; }
-    /// An EListSortState.
-    int GetSortState() const override { return m_nSortState; }
-    /// Null if the list has no header control.
-    CListBoxExHeadings* GetHeadings() const { return m_pHeadings; }
-    /// The open cell editor, or null.
-    CWnd* GetActiveEditor() const { return m_pActiveEditor; }
+    int GetSortColumn() const override { return m_nSortColumn; }    ///< of the last sort; -1: none
+    int GetSortState() const override { return m_nSortState; }      ///< an EListSortState
+    CListBoxExHeadings* GetHeadings() const { return m_pHeadings; } ///< null: none
+    CWnd* GetActiveEditor() const { return m_pActiveEditor; } ///< the open cell editor, or null
 
     // --- rows and cells --------------------------------------------------------------------------
     /// Adds a row: one `const char*` per column (null means empty), or the first one alone when
@@ -178,10 +172,8 @@ public:
     /// from the top.
     void ResetContent();
     BOOL HasSel() const { return GetFirstSel() >= 0; }
-    /// The first selected row, or -1.
-    int GetFirstSel() const;
-    /// Selects that row only.
-    void SetOnlySel(int row);
+    int GetFirstSel() const;  ///< the first selected row, or -1
+    void SetOnlySel(int row); ///< selects that row only
     /// The column that was last edited or had a file dragged over it; initially -1.
     int GetSelColumn() const { return m_nCurColumn; }
     /// The row and the column at a point of the client area, -1 for none.
@@ -190,8 +182,7 @@ public:
     void AddFileName(int row, LPCTSTR name);
     /// Null when the row has no file name. Of a source's row: valid until the next call.
     LPCTSTR GetFileName(int row) const;
-    /// Whether files may be dropped on the row.
-    BOOL GetDragDrop(int row) const;
+    BOOL GetDragDrop(int row) const; ///< whether files may be dropped on the row
     void SetDragDrop(int row, BOOL on);
     /// Refines kEditorText: kEditorFile is a file, kEditorFolder a folder, any other value plain
     /// text (initially 1). One byte is stored.
@@ -208,18 +199,9 @@ public:
     /// From now on the rows are those of `source`, which the list does not own; null: texts of the
     /// list again, none at first. Selection, sort and what belonged to rows are forgotten, an open
     /// editor closes without storing. FALSE, and no source, without a window and for a list that
-    /// is not drawn by its owner or has LBS_SORT.
-    ///
-    /// The list box is one without data then (LBS_NODATA): all rows are equally high, there may be
-    /// 2^31 - 1 of them, and messages and functions that add, insert, delete or find rows answer
-    /// LB_ERR. All getters, drawing, editing, copying, the search by typing and screen readers ask
-    /// the source; what a setter stores with a row (SetDragDrop, SetEditSubType, SetEditDataType)
-    /// is ignored. DrawItem and DrawColumns are called as for other rows: the text is made of the
-    /// cells of the columns in view, those of other columns are empty. The search by typing looks
-    /// through column 0 and needs SetPrintInput. SortInternal returns null; Sort asks the source.
+    /// is not drawn by its owner or has LBS_SORT. CListRowSource says what such a list is.
     BOOL SetRowSource(CListRowSource* source);
-    /// Null without one.
-    CListRowSource* GetRowSource() const;
+    CListRowSource* GetRowSource() const; ///< null without one
     /// The source has more or fewer rows than before. Selection, caret and the rows in view stay as
     /// they are as long as their rows are there; takes no longer for many rows than for few.
     /// ResetContent instead when all rows are others.
@@ -252,8 +234,7 @@ public:
     CString GetColumnTip(int column) const;
     /// The type of the column's values as the user is told it ("DECIMAL(10,2)").
     void SetColumnTypeText(int column, LPCTSTR text);
-    /// Every other row has a slightly different background.
-    void EnableZebra(BOOL on = TRUE);
+    void EnableZebra(BOOL on = TRUE); ///< every other row has a slightly different background
 
     // --- filter ----------------------------------------------------------------------------------
     /// Shows only the rows that meet a condition on a column, and those set for other columns;
@@ -279,6 +260,15 @@ public:
     CListFilterRow* GetFilterRow() const { return m_pFilterRow.get(); } ///< null when off
     int GetHeadersHeight() const; ///< pixels for header control and filter row, above the list
 
+    // --- find, see ListFind.h --------------------------------------------------------------------
+    /// Looks for a text, with EListFind flags, from the current cell on; null or empty: for none.
+    EFindResult FindText(LPCTSTR text, unsigned flags = 0);
+    EFindResult FindNext();     ///< the next hit after the current cell
+    EFindResult FindPrevious(); ///< the one before it
+    void ClearFind();           ///< takes the marks away; the selection stays
+    int GetFoundColumn() const; ///< of the last hit, while its row is the current one; else -1
+    int GetFindCount() const;   ///< cells with the text; -1: not counted, or not yet (kFindCount)
+
     // --- editing ---------------------------------------------------------------------------------
     /// Closes an open editor without storing, selects the row and opens an editor in the cell; the
     /// parent may be asked first (VNM_OPENCELL).
@@ -293,8 +283,7 @@ public:
     /// with texts of its own, without separators (a blank for each); an editor that only lets
     /// choose keeps the old value until something is chosen.
     BOOL CellEnter(BOOL notify);
-    /// Closes the editor, if one is open, without storing.
-    void CellCancel();
+    void CellCancel(); ///< closes the editor, if one is open, without storing
     /// Makes a column as wide as its header and its widest value need. Up to 1000 rows are all
     /// measured; of more rows, the visible ones and the 1000 with the longest texts. Of a source's
     /// rows, the visible ones and up to 1000 spread over the others, for about 20 milliseconds.
@@ -327,6 +316,11 @@ public:
     CString GetSelectionAs(EListCopyFormat format, BOOL withHeadings) const;
     /// Puts that on the clipboard. FALSE when nothing is selected.
     BOOL CopySelection(EListCopyFormat format, BOOL withHeadings);
+    /// One value: as it is for kCopyTabs, else as it would be in a row, without a line end.
+    CString GetCellAs(int row, int column, EListCopyFormat format) const;
+    BOOL CopyCell(int row, int column, EListCopyFormat format); ///< FALSE: there is no such cell
+    /// Null is drawn in grey, in rows that are not selected.
+    void EnableGreyNulls(BOOL on = TRUE);
 
 protected:
     void Init();
@@ -344,12 +338,9 @@ protected:
     void OnLButtonDblClk(UINT flags, CPoint point);
     void OnRButtonDown(UINT flags, CPoint point);
     BOOL OnMouseWheel(UINT flags, short delta, CPoint screen);
-    /// Stores the editor's value when the focus moves to another window of this program.
-    void OnKillFocusOfEdit();
-    /// Lets the user choose the file or folder of the open cell.
-    void OnBrowserButtonClicked();
-    /// Handles a key; TRUE if it was used.
-    BOOL ProcessInputMessage(MSG* message);
+    void OnKillFocusOfEdit();               ///< stores the value if the focus stays in this program
+    void OnBrowserButtonClicked();          ///< of the open cell's file or folder
+    BOOL ProcessInputMessage(MSG* message); ///< handles a key; TRUE if it was used
     LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
     void PreSubclassWindow() override;
     DECLARE_MESSAGE_MAP()
@@ -395,7 +386,9 @@ private:
     class Rows;
     class TextRows;
     class SourceRows;
+    class Finder;
     struct CellPlace;
+    struct DrawnRow;
 
     std::span<const SListColumn> GetColumns() const override {
         return {m_pColumns.get(), static_cast<std::size_t>(m_nColumns)};
@@ -430,6 +423,7 @@ private:
     bool IsRightAligned(int column) const;
     bool IsNumberColumn(int column) const;
     BOOL IsRow(int row) const { return row >= 0 && row < GetCount(); }
+    BOOL IsCell(int row, int column) const;
     BOOL HasManySelected() const;
     void UseRowsOf(CListRowSource* source);
     void InvalidateRow(int row);
@@ -467,6 +461,7 @@ private:
     void ReorderRowData(const DWORD* order, int count);
     std::vector<bool> SelectedRows() const;
 
+    bool CanFind(const Lifeline& life);
     CRowFilter& Filter();
     BOOL UseFilter(const CRowFilter& filter);
     void ApplyFilter();
@@ -497,4 +492,7 @@ private:
     Lifeline* m_pLifeline = nullptr;
     std::unique_ptr<Accessible> m_pAccessible;
     std::unique_ptr<Rows> m_pRows; ///< never null
+    std::unique_ptr<Finder> m_pFinder;
+    const DrawnRow* m_pDrawn = nullptr;
+    BOOL m_bGreyNulls = FALSE;
 };

@@ -4,6 +4,12 @@
 #include "vnbytstr/framework/String.h"
 #include "vnbytstr/framework/Types.h"
 
+/// Posted to the list's parent when the cells that FindText with kFindCount has found are counted:
+/// wParam how many.
+inline constexpr UINT VNM_FINDCOUNTED = 0x7FF8;
+/// Posted to the list's parent when a search that answered kFindSearching has ended: wParam an
+/// EFindResult, kFindNone, kFindHit, kFindWrapped or kFindStopped.
+inline constexpr UINT VNM_FINDENDED = 0x7FF9;
 /// Posted to the list's parent when the user has moved, hidden or shown a column.
 inline constexpr UINT VNM_COLUMNSCHANGED = 0x7FFA;
 /// Posted to the list's parent when the rows that a filter shows have changed.
@@ -25,8 +31,8 @@ enum EListCopyFormat : int {
     /// The same with commas (RFC 4180).
     kCopyCsv = 1,
     /// Each row as (1, 'text', NULL), separated by commas: texts in single quotes, their own
-    /// doubled; numbers of number columns without quotes; NULL for the null marker. Names come
-    /// first, in double quotes: ("Name", "City") VALUES.
+    /// doubled; numbers of number columns without quotes; NULL for null (CListRowSource::IsNull,
+    /// else the null marker). Names come first, in double quotes: ("Name", "City") VALUES.
     kCopySql = 2,
 };
 

@@ -18,6 +18,13 @@ enum class ESortAnswer {
     Later,     ///< they will be; the program calls CListBoxEx::SourceSorted then
 };
 
+/// What a source answers when it is asked whether a cell is null.
+enum class ENullAnswer {
+    ByMarker, ///< it is, if its text is the null marker
+    No,       ///< it is not, whatever its text
+    Yes,
+};
+
 /// How far a source has searched.
 struct SRowSearch {
     int m_nFound = -1; ///< a row that matches; -1: none so far
@@ -31,6 +38,14 @@ struct SRowSearch {
 /// Rows and columns count from 0; columns are those of the list (column 0 in a list without any).
 /// Texts are in the ANSI code page and of any length; one that holds a separator of the list, or a
 /// NUL, is drawn with blanks in their place.
+///
+/// The list box is one without data then (LBS_NODATA): all rows are equally high, there may be
+/// 2^31 - 1 of them, and messages and functions that add, insert, delete or find rows answer
+/// LB_ERR. All getters, drawing, editing, copying, FindText, the search by typing and screen
+/// readers ask the source; what a setter stores with a row (SetDragDrop, SetEditSubType,
+/// SetEditDataType) is ignored. DrawItem and DrawColumns are called as for other rows: the text is
+/// made of the cells of the columns in view, those of other columns are empty. The search by typing
+/// looks through column 0 and needs SetPrintInput. SortInternal returns null; Sort asks the source.
 ///
 /// Only the main thread asks. A source may get more rows at any time, also by another thread, as
 /// long as it guards its own data; the list shows them after CListBoxEx::RowsChanged, which the
@@ -52,6 +67,9 @@ public:
     virtual int GetRowCount() = 0;
     /// Puts a cell's text into `text`, which is empty and keeps its memory from call to call.
     virtual void GetCell(int row, int column, std::string& text) = 0;
+    /// Whether a cell is null, for the filter, for copying as SQL and for EnableGreyNulls. GetCell
+    /// is asked for its text nevertheless. The default leaves it to the marker.
+    virtual ENullAnswer IsNull(int row, int column);
     /// Stores a new text. False: it is refused, and a cell editor stays open with it; the source
     /// (or the list's parent, which was asked before) tells the user why. The default refuses.
     virtual bool SetCell(int row, int column, std::string_view text);

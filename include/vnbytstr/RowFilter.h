@@ -24,13 +24,13 @@ class CellCondition;
 /// | <>graz, !=graz                | is not equal                                                |
 /// | <graz, <=graz, >graz, >=graz  | is less, greater                                            |
 /// | a..b, a.., ..b                | is not less than a and not greater than b                   |
-/// | null, not null                | is (is not) the text that stands for null                   |
+/// | null, not null                | is (is not) null                                            |
 ///
 /// A comparison with a column of numbers is one of numbers, exact however many digits they have
 /// (blanks around, a sign, digits with a point, an exponent); cells that are not numbers do not
 /// match. Otherwise texts are compared by the rules of the user's language, as a list sorts them:
-/// without regard to case, kana type and width. Null matches no comparison, "<>" included. The
-/// second of several operands may be in double quotes as well, so ="" finds empty cells.
+/// without regard to case, kana type and width. Null matches no comparison, "<>" included; a cell
+/// is null if its text stands for null (SetNullText), unless it is said otherwise. The second of several operands may be in double quotes as well, so ="" finds empty cells.
 ///
 /// Letters of both cases are alike as the ANSI code page pairs them. A condition that is not
 /// complete (">" alone), or compares a number with something else, restricts nothing.
@@ -59,6 +59,10 @@ public:
     std::span<const int> GetColumns() const { return m_active; }
     /// Whether a text meets the condition of the column `GetColumns()[index]`.
     bool MatchesCell(std::size_t index, std::string_view text) const;
+    /// The same for a cell that is known to be null, or not to be.
+    bool MatchesCell(std::size_t index, std::string_view text, bool isNull) const;
+    /// Whether it matters for the condition of the column `GetColumns()[index]` if a cell is null.
+    bool AsksForNull(std::size_t index) const;
     /// Whether a row matches. `cell(column)` is the text of one of its cells, as something that
     /// converts to std::string_view; it is asked for the columns of GetColumns, in their order,
     /// until one does not match.

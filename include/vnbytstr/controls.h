@@ -10,6 +10,7 @@
 #include "vnbytstr/ListColumn.h"
 #include "vnbytstr/ListDropTarget.h"
 #include "vnbytstr/ListFilterRow.h"
+#include "vnbytstr/ListFind.h"
 #include "vnbytstr/ListMessages.h"
 #include "vnbytstr/ListParts.h"
 #include "vnbytstr/ListRowSource.h"

@@ -1,6 +1,7 @@
 #include "src/lists/CellCondition.h"
 
 #include "src/charset/Collation.h"
+#include "src/framework/AsciiCase.h"
 
 #include <algorithm>
 
@@ -32,7 +33,7 @@ bool IsWord(std::string_view text, std::string_view word) {
     std::string joined;
     for (const char ch : text)
         if (ch != ' ')
-            joined += ch >= 'A' && ch <= 'Z' ? static_cast<char>(ch - 'A' + 'a') : ch;
+            joined += AsciiLower(ch);
     return joined == word;
 }
 
@@ -133,17 +134,17 @@ bool CellCondition::IsInRange(std::string_view text, bool& isComparable) const {
            (!m_high.isSet || holds(m_high, -keyBuffer.compare(m_high.key)));
 }
 
-bool CellCondition::MatchesOther(std::string_view text) const {
+bool CellCondition::MatchesOther(std::string_view text, bool isNull) const {
     bool isComparable = false;
     switch (m_kind) {
     case Kind::Null:
-        return IsNull(text);
+        return isNull;
     case Kind::NotNull:
-        return !IsNull(text);
+        return !isNull;
     case Kind::Range:
-        return !IsNull(text) && IsInRange(text, isComparable);
+        return !isNull && IsInRange(text, isComparable);
     case Kind::NotEqual:
-        return !IsNull(text) && !IsInRange(text, isComparable) && isComparable;
+        return !isNull && !IsInRange(text, isComparable) && isComparable;
     default:
         return true;
     }

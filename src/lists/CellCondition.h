@@ -20,8 +20,13 @@ public:
     /// False when it is not complete or compares a number with something else; matches all then.
     bool IsValid() const { return m_kind != Kind::Nothing; }
     bool Matches(std::string_view text) const {
-        return m_kind == Kind::Contains ? m_contained->IsIn(text) : MatchesOther(text);
+        return Matches(text, m_kind != Kind::Contains && !m_null.empty() && text == m_null);
     }
+    /// Null may be any text.
+    bool Matches(std::string_view text, bool isNull) const {
+        return m_kind == Kind::Contains ? m_contained->IsIn(text) : MatchesOther(text, isNull);
+    }
+    bool AsksForNull() const { return m_kind != Kind::Contains && m_kind != Kind::Nothing; }
     /// Whether each text that matches this is known to match `other`.
     bool Narrows(const CellCondition& other) const;
 
@@ -40,9 +45,8 @@ private:
     bool ParseComparison(std::string_view typed);
     bool ParseRange(std::string_view typed);
     bool SetBound(Bound& bound, std::string_view typed, bool isIncluded);
-    bool MatchesOther(std::string_view text) const;
+    bool MatchesOther(std::string_view text, bool isNull) const;
     bool IsInRange(std::string_view text, bool& isComparable) const;
-    bool IsNull(std::string_view text) const { return !m_null.empty() && text == m_null; }
 
     std::string m_typed;
     std::string m_null;

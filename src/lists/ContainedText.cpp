@@ -1,9 +1,9 @@
 #include "src/lists/ContainedText.h"
 
 #include "src/charset/CodePage.h"
+#include "src/framework/AsciiCase.h"
 
 #include <algorithm>
-#include <array>
 #include <bit>
 #include <cstring>
 
@@ -13,15 +13,6 @@
 
 namespace vnbytstr::detail {
 namespace {
-
-constexpr std::array<char, 256> kLower = [] {
-    std::array<char, 256> table{};
-    for (int i = 0; i < 256; ++i)
-        table[static_cast<std::size_t>(i)] =
-            static_cast<char>(i >= 'A' && i <= 'Z' ? i - 'A' + 'a' : i);
-    return table;
-}();
-char LowerOf(char ch) { return kLower[static_cast<unsigned char>(ch)]; }
 
 bool IsAscii(std::string_view text) {
     return std::all_of(text.begin(), text.end(),
@@ -60,7 +51,7 @@ ContainedText::ContainedText(std::string_view text) : m_lower(text), m_ascii(IsA
 /// Whether the rest of the text stands at `at`, where its first letter does.
 bool ContainedText::IsAt(const char* at) const {
     std::size_t same = 1;
-    while (same < m_lower.size() && LowerOf(at[same]) == m_lower[same])
+    while (same < m_lower.size() && AsciiLower(at[same]) == m_lower[same])
         ++same;
     return same == m_lower.size();
 }
@@ -124,7 +115,7 @@ std::size_t ContainedText::FindFast(std::string_view in, std::size_t from) const
     if (size == 0)
         return from;
     for (std::size_t at = from; at <= in.size() - size; ++at)
-        if (LowerOf(in[at]) == m_lower.front() && IsAt(in.data() + at))
+        if (AsciiLower(in[at]) == m_lower.front() && IsAt(in.data() + at))
             return at;
     return std::string_view::npos;
 }

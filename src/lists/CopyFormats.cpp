@@ -13,13 +13,36 @@ void CopyWriter::AddQuoted(std::string_view value, char quote) {
 
 /// A value among others, enclosed in quotes if it would be taken for several (RFC 4180; text with
 /// tabs is treated alike, as spreadsheets do).
-void CopyWriter::AddPlain(std::string_view value, bool isLast) {
-    const bool isCsv = m_format == kCopyCsv;
-    if (value.find_first_of(isCsv ? ",\r\n\"" : "\t\r\n\"") == std::string_view::npos)
+void CopyWriter::AddField(std::string_view value) {
+    const char* const special = m_format == kCopyCsv ? ",\r\n\"" : "\t\r\n\"";
+    if (value.find_first_of(special) == std::string_view::npos)
         m_text.append(value);
     else
         AddQuoted(value, '"');
-    m_text.append(isLast ? "\r\n" : isCsv ? "," : "\t");
+}
+
+void CopyWriter::AddPlain(std::string_view value, bool isLast) {
+    AddField(value);
+    m_text.append(isLast ? "\r\n" : m_format == kCopyCsv ? "," : "\t");
+}
+
+void CopyWriter::AddSql(std::string_view value, bool isNumber, bool isNull) {
+    NumberText number;
+    if (isNull)
+        m_text.append("NULL");
+    else if (isNumber && number.Read(value))
+        m_text.append(value);
+    else
+        AddQuoted(value, '\'');
+}
+
+void CopyWriter::AddAlone(std::string_view value, bool isNumber, bool isNull) {
+    if (m_format == kCopySql)
+        AddSql(value, isNumber, isNull);
+    else if (m_format == kCopyCsv)
+        AddField(value);
+    else
+        m_text.append(value);
 }
 
 void CopyWriter::AddName(std::string_view name, bool isLast) {
@@ -34,7 +57,7 @@ void CopyWriter::AddName(std::string_view name, bool isLast) {
         m_text.append(") VALUES\r\n");
 }
 
-void CopyWriter::AddValue(std::string_view value, bool isNumber, bool isLast) {
+void CopyWriter::AddValue(std::string_view value, bool isNumber, bool isNull, bool isLast) {
     if (m_format != kCopySql) {
         AddPlain(value, isLast);
         return;
@@ -42,13 +65,7 @@ void CopyWriter::AddValue(std::string_view value, bool isNumber, bool isLast) {
     if (!m_inRow && m_hasRow)
         m_text.append(",\r\n");
     m_text.append(m_inRow ? ", " : "(");
-    NumberText number;
-    if (!m_null.empty() && value == m_null)
-        m_text.append("NULL");
-    else if (isNumber && number.Read(value))
-        m_text.append(value);
-    else
-        AddQuoted(value, '\'');
+    AddSql(value, isNumber, isNull);
     m_inRow = !isLast;
     if (isLast)
         m_text += ')';

@@ -11,8 +11,8 @@
 //    SetRowSource changes from one to the other; that source knows this list.
 #include "vnbytstr/ListBoxEx.h"
 
-#include "src/lists/ListBoxExInternal.h"
 #include "src/lists/ListColumns.h"
+#include "src/lists/ListFinder.h"
 #include "src/lists/ListRows.h"
 
 #include "vnbytstr/GlobalVars.h"

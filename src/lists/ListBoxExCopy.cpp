@@ -20,7 +20,7 @@ CString CListBoxEx::GetSelectionText(BOOL withHeadings) const {
 }
 
 CString CListBoxEx::GetSelectionAs(EListCopyFormat format, BOOL withHeadings) const {
-    CopyWriter writer(format, ViewOf(m_strNull));
+    CopyWriter writer(format);
     const int last = std::max(1, m_nColumns) - 1;
     if (withHeadings && m_nColumns > 0)
         for (int column = 0; column <= last; ++column)
@@ -32,7 +32,8 @@ CString CListBoxEx::GetSelectionAs(EListCopyFormat format, BOOL withHeadings) co
     };
     for (int row = next(0); row >= 0 && row < count; row = next(row + 1)) {
         m_pRows->ForEachCell(row, [&](int column, std::string_view value) {
-            writer.AddValue(value, IsNumberColumn(column), column == last);
+            const bool isNull = format == kCopySql && m_pRows->IsNull(row, column, value);
+            writer.AddValue(value, IsNumberColumn(column), isNull, column == last);
         });
         if (writer.Text().size() > kMaxCopied)
             return {};
@@ -42,6 +43,20 @@ CString CListBoxEx::GetSelectionAs(EListCopyFormat format, BOOL withHeadings) co
 
 bool CListBoxEx::IsNumberColumn(int column) const {
     return IsColumn(column) && m_pColumns[static_cast<std::size_t>(column)].m_nSortType != 0;
+}
+
+CString CListBoxEx::GetCellAs(int row, int column, EListCopyFormat format) const {
+    if (!IsCell(row, column))
+        return {};
+    std::string buffer;
+    const std::string_view value = m_pRows->Cell(row, column, buffer);
+    CopyWriter writer(format);
+    writer.AddAlone(value, IsNumberColumn(column), m_pRows->IsNull(row, column, value));
+    return writer.Text().size() <= kMaxCopied ? StringOf(writer.Text()) : CString();
+}
+
+BOOL CListBoxEx::CopyCell(int row, int column, EListCopyFormat format) {
+    return IsCell(row, column) && SetClipboardText(GetCellAs(row, column, format));
 }
 
 BOOL CListBoxEx::CopySelection(EListCopyFormat format, BOOL withHeadings) {

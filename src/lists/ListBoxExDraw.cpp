@@ -1,6 +1,8 @@
 // CListBoxEx: drawing and measuring rows.
 #include "src/lists/ListBoxExInternal.h"
+#include "src/lists/ListColors.h"
 #include "src/lists/ListColumns.h"
+#include "src/lists/ListFinder.h"
 #include "src/lists/ListRows.h"
 #include "src/lists/LongText.h"
 
@@ -27,16 +29,6 @@ constexpr std::size_t kMaxMeasuredBytes = 4000;
 std::string_view Visible(std::string_view text, int width) {
     constexpr std::size_t kBytesPerPixel = 8; // narrow letters with combining marks
     return Beginning(text, 64 + kBytesPerPixel * static_cast<std::size_t>(std::max(width, 0)));
-}
-
-/// The window's colour with a little of the text's, in light and dark palettes alike.
-COLORREF ZebraColor() {
-    constexpr int kOfText = 6; // percent
-    const COLORREF window = GetSysColor(COLOR_WINDOW);
-    const COLORREF text = GetSysColor(COLOR_WINDOWTEXT);
-    const auto mixed = [](int a, int b) { return (a * (100 - kOfText) + b * kOfText) / 100; };
-    return RGB(mixed(GetRValue(window), GetRValue(text)), mixed(GetGValue(window), GetGValue(text)),
-               mixed(GetBValue(window), GetBValue(text)));
 }
 
 /// Rows' texts are put together in this buffer.
@@ -78,23 +70,22 @@ void CListBoxEx::DrawItem(LPDRAWITEMSTRUCT item) {
         dc->DrawFocusRect(rect);
         return;
     }
-    COLORREF textColor;
-    COLORREF background = GetSysColor(COLOR_WINDOW);
-    if ((item->itemState & ODS_DISABLED) != 0) {
-        textColor = GetSysColor(COLOR_GRAYTEXT);
-        if (m_bZebra && item->itemID % 2 == 1)
-            background = ZebraColor();
-    } else if (!selected || edited) {
-        textColor = GetSysColor(m_bReadOnly ? COLOR_GRAYTEXT : COLOR_WINDOWTEXT);
-        if (m_bZebra && item->itemID % 2 == 1)
-            background = ZebraColor();
+    const bool disabled = (item->itemState & ODS_DISABLED) != 0;
+    const bool marked = selected && !edited && !disabled;
+    DrawnRow drawn{static_cast<int>(item->itemID), GetSysColor(COLOR_WINDOW),
+                   GetSysColor(COLOR_WINDOWTEXT), m_bGreyNulls && !marked};
+    if (marked) {
+        drawn.m_text = GetSysColor(COLOR_HIGHLIGHTTEXT);
+        drawn.m_background = GetSysColor(COLOR_HIGHLIGHT);
     } else {
-        textColor = GetSysColor(COLOR_HIGHLIGHTTEXT);
-        background = GetSysColor(COLOR_HIGHLIGHT);
+        if (m_bZebra && item->itemID % 2 == 1)
+            drawn.m_background = StripeColor(drawn.m_background, drawn.m_text);
+        if (disabled || m_bReadOnly)
+            drawn.m_text = GetSysColor(COLOR_GRAYTEXT);
     }
     const int oldMode = dc->SetBkMode(TRANSPARENT);
-    const COLORREF oldColor = dc->SetTextColor(textColor);
-    CBrush brush(background);
+    const COLORREF oldColor = dc->SetTextColor(drawn.m_text);
+    CBrush brush(drawn.m_background);
     dc->FillRect(rect, &brush);
     if (isRow) {
         CRect text(rect);
@@ -103,7 +94,11 @@ void CListBoxEx::DrawItem(LPDRAWITEMSTRUCT item) {
         // draw another list.
         std::string row = std::exchange(drawBuffer, {});
         m_pRows->TextToDraw(static_cast<int>(item->itemID), row);
+        const Lifeline life(this);
+        const DrawnRow* const outer = std::exchange(m_pDrawn, &drawn);
         DrawColumns(dc, text, row.c_str());
+        if (life.Exists())
+            m_pDrawn = outer;
         if (row.capacity() <= kMaxKeptBuffer)
             drawBuffer = std::move(row);
     }
@@ -117,6 +112,12 @@ void CListBoxEx::DrawColumns(CDC* dc, CRect rect, LPCTSTR text) {
     const std::string_view row(text != nullptr ? text : "");
     if (m_nColumns == 0) {
         const std::string_view seen = Visible(row, rect.Width());
+        if (m_pFinder != nullptr) {
+            CRect place(rect);
+            place.right =
+                rect.left + dc->GetTextExtent(seen.data(), static_cast<int>(seen.size())).cx;
+            m_pFinder->DrawMarks(*dc, {0, row, {}}, seen, place, DT_LEFT);
+        }
         dc->ExtTextOut(rect.left, rect.top, ETO_CLIPPED, rect, seen.data(),
                        static_cast<UINT>(seen.size()));
         return;
@@ -134,8 +135,15 @@ void CListBoxEx::DrawColumns(CDC* dc, CRect rect, LPCTSTR text) {
         const bool isRight = IsRightAligned(cell.column);
         if (isRight && !m_bRightAligned)
             place.right = std::max(place.left, place.right - m_nOffset - kRightGap);
-        dc->DrawText(seen.data(), static_cast<int>(seen.size()), place,
-                     flags | static_cast<UINT>(isRight ? DT_RIGHT : DT_LEFT));
+        const UINT all = flags | static_cast<UINT>(isRight ? DT_RIGHT : DT_LEFT);
+        if (m_pFinder != nullptr)
+            m_pFinder->DrawMarks(*dc, cell, seen, place, all);
+        const bool isGrey = m_pDrawn != nullptr && m_pDrawn->m_greyNulls &&
+                            m_pRows->IsNull(m_pDrawn->m_row, cell.column, cell.text);
+        const COLORREF color = isGrey ? dc->SetTextColor(GetSysColor(COLOR_GRAYTEXT)) : 0;
+        dc->DrawText(seen.data(), static_cast<int>(seen.size()), place, all);
+        if (isGrey)
+            dc->SetTextColor(color);
     };
     const ColumnView view = GetColumnView();
     const PixelSpan area{rect.left, rect.right};
@@ -158,6 +166,11 @@ void CListBoxEx::DrawColumns(CDC* dc, CRect rect, LPCTSTR text) {
         draw(cell);
     });
     dc->RestoreDC(saved);
+}
+
+void CListBoxEx::EnableGreyNulls(BOOL on) {
+    m_bGreyNulls = on;
+    RedrawAll();
 }
 
 void CListBoxEx::EnableZebra(BOOL on) {

@@ -1,4 +1,5 @@
 // CListBoxEx: the filter.
+#include "src/lists/ListFinder.h"
 #include "src/lists/ListRows.h"
 
 #include "vnbytstr/ListFilterRow.h"
@@ -46,6 +47,8 @@ void CListBoxEx::ApplyFilter() {
     CellCancel();
     if (!life.Holds())
         return;
+    if (m_pFinder != nullptr)
+        m_pFinder->RowsReplaced();
     SendMessage(WM_SETREDRAW, FALSE);
     m_pRows->ApplyFilter(Filter());
     if (!life.Holds())
@@ -78,6 +81,8 @@ void CListBoxEx::RowsAddedToFilter() {
 
 /// The rows that are shown have changed.
 void CListBoxEx::FilterChanged() {
+    if (m_pFinder != nullptr)
+        m_pFinder->RowsChanged();
     NotifyAccessibility(m_hWnd, AccessibleChange::Rows);
     if (CWnd* parent = GetParent(); parent != nullptr)
         parent->PostMessage(VNM_FILTERCHANGED);

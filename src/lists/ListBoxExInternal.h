@@ -24,6 +24,8 @@ inline constexpr UINT kRowsGone = WM_USER + 0x102;
 inline constexpr UINT kContinueFilter = WM_USER + 0x103;
 /// Posted by the list to itself when rows have been added that its filter has not seen.
 inline constexpr UINT kApplyFilter = WM_USER + 0x104;
+/// Posted by the list to itself while it looks for a text.
+inline constexpr UINT kContinueFind = WM_USER + 0x105;
 
 /// The characters of a string, without copying.
 inline std::string_view ViewOf(const CString& text) {
@@ -65,6 +67,14 @@ private:
 struct CListBoxEx::CellPlace {
     CRect m_rect;
     int m_nType = kEditorNone; ///< takes the row's subtype into account
+};
+
+/// The row that is being drawn; lives on the stack of DrawItem.
+struct CListBoxEx::DrawnRow {
+    int m_row = -1;
+    COLORREF m_background = 0;
+    COLORREF m_text = 0;
+    bool m_greyNulls = false;
 };
 
 /// What screen readers see: rows, columns, column headers, texts as displayed.

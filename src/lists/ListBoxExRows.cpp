@@ -1,6 +1,7 @@
 // CListBoxEx: rows, cells and per-row data.
 #include "src/lists/ListBoxExInternal.h"
 #include "src/lists/ListColumns.h"
+#include "src/lists/ListFinder.h"
 #include "src/lists/ListRows.h"
 
 #include "vnbytstr/Messages.h"
@@ -55,6 +56,10 @@ BOOL CListBoxEx::HasManySelected() const {
     return (GetStyle() & (LBS_MULTIPLESEL | LBS_EXTENDEDSEL)) != 0;
 }
 
+BOOL CListBoxEx::IsCell(int row, int column) const {
+    return IsRow(row) && (IsColumn(column) || (m_nColumns == 0 && column == 0));
+}
+
 int CListBoxEx::SendJoined(UINT message, int row, LPCTSTR first, std::va_list rest) {
     if (GetSafeHwnd() == nullptr || GetRowSource() != nullptr)
         return LB_ERR;
@@ -105,7 +110,7 @@ int CListBoxEx::InsertStringItems(int row, LPCTSTR first, ...) {
 }
 
 BOOL CListBoxEx::UpdateStringItem(int row, int column, LPCTSTR text) {
-    if (!IsRow(row) || (!IsColumn(column) && !(m_nColumns == 0 && column == 0)))
+    if (!IsCell(row, column))
         return FALSE;
     const Lifeline life(this);
     if (!m_pRows->SetCell(row, column, text != nullptr ? text : ""))
@@ -121,7 +126,7 @@ BOOL CListBoxEx::UpdateStringItem(int row, int column, LPCTSTR text) {
 BOOL CListBoxEx::GetStringItem(int row, int column, CString& text) const {
     std::string buffer;
     text = StringOf(m_pRows->Cell(row, column, buffer));
-    return IsRow(row) && (IsColumn(column) || (m_nColumns == 0 && column == 0));
+    return IsCell(row, column);
 }
 
 BOOL CListBoxEx::GetStringItems(int row, CString* first, ...) const {
@@ -301,6 +306,8 @@ void CListBoxEx::ForgetRows() {
     m_nCurRow = -1;
     m_nSortColumn = -1;
     m_nSortState = kNotSorted;
+    if (m_pFinder != nullptr)
+        m_pFinder->RowsReplaced();
     NotifyAccessibility(m_hWnd, AccessibleChange::Rows);
 }
 
@@ -379,8 +386,11 @@ void CListBoxEx::RowsChanged() {
         static_cast<SourceRows&>(*m_pRows).SourceCountChanged();
     else
         SendMessage(LB_SETCOUNT, static_cast<WPARAM>(count));
-    if (life.Holds())
-        FollowEditedRow();
+    if (!life.Holds())
+        return;
+    if (m_pFinder != nullptr)
+        m_pFinder->RowsChanged();
+    FollowEditedRow();
 }
 
 void CListBoxEx::RowChanged(int unfiltered) {
@@ -408,6 +418,8 @@ LRESULT CListBoxEx::OnOwnMessage(UINT message) {
         m_pRows->ContinueFilter();
     else if (message == kApplyFilter && m_pActiveEditor == nullptr)
         ApplyFilter(); // else when the editor closes
+    else if (message == kContinueFind && m_pFinder != nullptr)
+        m_pFinder->Continue();
     else if (message == kRowsGone)
         RowsChanged();
     return 0;
@@ -428,7 +440,7 @@ LRESULT CListBoxEx::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     // Rows are inserted and deleted by message; the per-row data follows.
     if (!CloseEditorOfGoingRow(message, wParam))
         return LB_ERR;
-    if (message >= kRefocusEditor && message <= kApplyFilter)
+    if (message >= kRefocusEditor && message <= kContinueFind)
         return OnOwnMessage(message);
     if (message < LB_ADDSTRING || message > LB_RESETCONTENT)
         return CWnd::WindowProc(message, wParam, lParam);

@@ -12,6 +12,8 @@ CListRowSource::~CListRowSource() {
         m_lists.back()->SetRowSource(nullptr);
 }
 
+ENullAnswer CListRowSource::IsNull(int, int) { return ENullAnswer::ByMarker; }
+
 bool CListRowSource::SetCell(int, int, std::string_view) { return false; }
 
 ESortAnswer CListRowSource::SortRows(int, bool) { return ESortAnswer::NotSorted; }

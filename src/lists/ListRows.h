@@ -30,6 +30,8 @@ public:
     virtual int Count() const = 0;
     /// A cell's text, in `buffer` or elsewhere; valid until that or the row changes.
     virtual std::string_view Cell(int row, int column, std::string& buffer) const = 0;
+    /// Whether a cell that exists, with that text, is null.
+    virtual bool IsNull(int row, int column, std::string_view text) const;
     /// All cells of a row, from left to right.
     virtual void ForEachCell(int row, const CellUse& use) const = 0;
     /// The text for DrawColumns: cells joined by the separator, very long ones cut.
@@ -152,6 +154,7 @@ public:
     CListRowSource* Source() const override { return &m_source; }
     int Count() const override;
     std::string_view Cell(int row, int column, std::string& buffer) const override;
+    bool IsNull(int row, int column, std::string_view text) const override;
     void ForEachCell(int row, const CellUse& use) const override;
     void TextToDraw(int row, std::string& text) const override;
     void ForEachMeasured(int column, Time until, const TextUse& use) const override;
@@ -186,6 +189,8 @@ public:
 
 private:
     bool Has(int row) const { return row >= 0 && row < Count(); }
+    /// The row and column are the source's.
+    bool IsSourceNull(int row, int column, std::string_view text) const;
     bool HasColumn(int column) const {
         return m_list.IsColumn(column) || (m_list.m_nColumns == 0 && column == 0);
     }
@@ -220,6 +225,7 @@ private:
 
     void BeginFilter();
     void RememberSelection();
+    bool Matches(int row, std::string& buffer) const;
     void LookAtRows(Time until);
     void ShowFound();
     void SelectAgain(int row);

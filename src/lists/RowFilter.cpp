@@ -81,6 +81,12 @@ bool CRowFilter::MatchesCell(std::size_t index, std::string_view text) const {
     return m_conditions[index]->Matches(text);
 }
 
+bool CRowFilter::MatchesCell(std::size_t index, std::string_view text, bool isNull) const {
+    return m_conditions[index]->Matches(text, isNull);
+}
+
+bool CRowFilter::AsksForNull(std::size_t index) const { return m_conditions[index]->AsksForNull(); }
+
 bool CRowFilter::Narrows(const CRowFilter& other) const {
     for (std::size_t i = 0; i < other.m_active.size(); ++i) {
         const auto at = std::find(m_active.begin(), m_active.end(), other.m_active[i]);

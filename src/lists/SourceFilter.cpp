@@ -1,5 +1,6 @@
 // CListBoxEx: the filter over the rows of a source. The list keeps the numbers of the rows that
 // match, 4 bytes each, and looks for them in parts between messages.
+#include "src/lists/ListFinder.h"
 #include "src/lists/ListRows.h"
 
 #include "vnbytstr/window/ListBox.h"
@@ -131,16 +132,28 @@ void CListBoxEx::SourceRows::ContinueFilter() {
     ShowFound();
 }
 
+/// Whether one of the source's rows matches what is wanted.
+bool CListBoxEx::SourceRows::Matches(int row, std::string& buffer) const {
+    const CRowFilter& wanted = m_filter.wanted;
+    const std::span<const int> columns = wanted.GetColumns();
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        const int column = columns[i];
+        buffer.clear();
+        if (HasColumn(column))
+            m_source.GetCell(row, column, buffer);
+        const bool matches = wanted.AsksForNull(i) && HasColumn(column)
+                                 ? wanted.MatchesCell(i, buffer, IsSourceNull(row, column, buffer))
+                                 : wanted.MatchesCell(i, buffer);
+        if (!matches)
+            return false;
+    }
+    return true;
+}
+
 void CListBoxEx::SourceRows::LookAtRows(Time until) {
     std::string cell;
     const auto look = [&](int row) {
-        const bool matches = m_filter.wanted.Matches([&](int column) -> std::string_view {
-            cell.clear();
-            if (HasColumn(column))
-                m_source.GetCell(row, column, cell);
-            return cell;
-        });
-        if (matches)
+        if (Matches(row, cell))
             m_filter.shown.push_back(static_cast<DWORD>(row));
     };
     const int count = UnfilteredCount();
@@ -216,6 +229,8 @@ void CListBoxEx::SourceRows::SourceRowsMoved(const std::function<int(int)>& move
         m_filter.caret = moved(m_filter.caret);
     m_filter.former.clear();
     m_filter.next = 0;
+    if (m_list.m_pFinder != nullptr)
+        m_list.m_pFinder->RowsReplaced();
     BeginFilter();
     m_list.m_nCurRow = edited >= 0 ? FilteredRow(moved(edited)) : -1;
     if (isEditing && m_list.m_nCurRow >= 0)

@@ -42,6 +42,17 @@ std::string_view CListBoxEx::SourceRows::Cell(int row, int column, std::string& 
     return buffer;
 }
 
+bool CListBoxEx::SourceRows::IsSourceNull(int row, int column, std::string_view text) const {
+    const ENullAnswer answer = m_source.IsNull(row, column);
+    return answer == ENullAnswer::Yes ||
+           (answer == ENullAnswer::ByMarker && Rows::IsNull(row, column, text));
+}
+
+bool CListBoxEx::SourceRows::IsNull(int row, int column, std::string_view text) const {
+    const int asked = UnfilteredRow(row);
+    return asked >= 0 && HasColumn(column) && IsSourceNull(asked, column, text);
+}
+
 void CListBoxEx::SourceRows::ForEachCell(int row, const CellUse& use) const {
     std::string buffer;
     for (int column = 0; column < std::max(1, m_list.m_nColumns); ++column)

@@ -24,6 +24,10 @@ void SetGrowing(Array& array, int row, Value value, Value fallback) {
 
 } // namespace
 
+bool CListBoxEx::Rows::IsNull(int, int, std::string_view text) const {
+    return !m_list.m_strNull.IsEmpty() && text == ViewOf(m_list.m_strNull);
+}
+
 int CListBoxEx::TextRows::Count() const {
     if (m_list.GetSafeHwnd() == nullptr)
         return 0;

@@ -91,7 +91,7 @@ protected:
         list.reset();
         if (parent.GetSafeHwnd() != nullptr)
             parent.DestroyWindow();
-        Pump();
+        AfxPumpMessages(0);
     }
 
     /// Parent of 420 x 300 and a list of 400 x 200 in it, three columns of 100 pixels, five rows.
@@ -118,7 +118,7 @@ protected:
         list->EnableEditing();
         parent.SetActiveWindow();
         list->SetFocus();
-        Pump();
+        AfxPumpMessages(0);
         parent.Take();
     }
 

@@ -4,12 +4,14 @@
 #include "src/window/draw/DeviceContext.h"
 #include "src/window/draw/GdiInternal.h"
 #include "src/window/draw/TextLayout.h"
+#include "src/window/draw/TextPlaces.h"
 
 #include <QFontInfo>
 #include <QFontMetrics>
 #include <QPainter>
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
 #include <cstring>
 
@@ -164,6 +166,37 @@ int CDC::DrawText(LPCTSTR text, int length, LPRECT rect, UINT flags) {
             painter.restore();
     });
     return height;
+}
+
+std::vector<CRect> vnbytstr::detail::TextPlaces(const CDC& dc, std::string_view text,
+                                                const RECT& rect, UINT flags,
+                                                std::span<const TextPart> parts) {
+    DeviceContext* const context = dc.m_hDC != nullptr ? Context(dc.m_hDC) : nullptr;
+    if (context == nullptr || text.empty() || parts.empty())
+        return {};
+    const QFont font = FontOf(context->state.font);
+    const bool rtl = (flags & DT_RTLREADING) != 0 || context->IsRtlReading();
+    const TextStyle style{font, FontSerial(context->state.font), rtl};
+    const QRect area = context->ToDevice(rect);
+    const bool elides = (flags & DT_END_ELLIPSIS) != 0;
+    const double width =
+        elides ? ShapeElided(text, style, area.width()).width : ShapeText(text, style).width;
+    const int height = QFontMetrics(font).height();
+    const QPointF at = LinePosition(area, width, height, flags, context->IsMirrored());
+    std::vector<std::pair<std::size_t, std::size_t>> bytes;
+    for (const TextPart& part : parts)
+        bytes.emplace_back(part.from, part.end);
+    std::vector<CRect> places;
+    for (const auto& [left, right] :
+         ElidedSpans(text, style, elides ? area.width() : INT_MAX, bytes)) {
+        const QPoint corner(static_cast<int>(std::floor(at.x() + left)), static_cast<int>(at.y()));
+        const int end = static_cast<int>(std::ceil(at.x() + right));
+        const CRect place = context->FromDevice(QRect(corner, QSize(end - corner.x(), height)));
+        CRect visible;
+        if (visible.IntersectRect(place, &rect))
+            places.push_back(visible);
+    }
+    return places;
 }
 
 BOOL CDC::ExtTextOut(int x, int y, UINT options, LPCRECT rect, LPCTSTR text, UINT length,

@@ -5,6 +5,7 @@
 #include <QPainter>
 #include <QTextLayout>
 
+#include <algorithm>
 #include <functional>
 #include <string>
 #include <unordered_map>
@@ -88,8 +89,9 @@ QString OneLine(std::string_view text) {
 
 constexpr double kWide = 1 << 24;
 
-TextLine Shape(const QString& text, const TextStyle& style) {
-    TextLine shaped;
+/// Lays a text out in one line of its own width and calls `use` with it; not for an empty text.
+template <class Use>
+void LayOut(const QString& text, const TextStyle& style, const Use& use) {
     QTextLayout layout(text, style.font);
     QTextOption option;
     option.setWrapMode(QTextOption::NoWrap);
@@ -100,17 +102,29 @@ TextLine Shape(const QString& text, const TextStyle& style) {
     QTextLine line = layout.createLine();
     if (!line.isValid()) {
         layout.endLayout();
-        return shaped;
+        return;
     }
     line.setLineWidth(kWide);
-    shaped.width = line.naturalTextWidth();
+    const double width = line.naturalTextWidth();
     // Text running right to left stands at the right end of its line: give it just its own width.
-    line.setLineWidth(shaped.width + 0.01);
+    line.setLineWidth(width + 0.01);
     layout.endLayout();
-    shaped.ascent = line.ascent();
-    shaped.height = line.height();
-    shaped.runs = line.glyphRuns();
+    use(layout, line, width);
+}
+
+TextLine Shape(const QString& text, const TextStyle& style) {
+    TextLine shaped;
+    LayOut(text, style, [&](const QTextLayout&, const QTextLine& line, double width) {
+        shaped.width = width;
+        shaped.ascent = line.ascent();
+        shaped.height = line.height();
+        shaped.runs = line.glyphRuns();
+    });
     return shaped;
+}
+
+QString Elided(const QString& text, const TextStyle& style, int width) {
+    return QFontMetricsF(style.font).elidedText(text, Qt::ElideRight, width);
 }
 
 } // namespace
@@ -135,8 +149,47 @@ const TextLine& ShapeElided(std::string_view text, const TextStyle& style, int w
                        style.rightToLeft};
     if (const TextLine* line = Find(view))
         return *line;
-    const QString cut = QFontMetricsF(style.font).elidedText(OneLine(text), Qt::ElideRight, width);
-    return Keep(view, Shape(cut, style));
+    return Keep(view, Shape(Elided(OneLine(text), style, width), style));
+}
+
+std::vector<std::pair<double, double>>
+ElidedSpans(std::string_view text, const TextStyle& style, int width,
+            std::span<const std::pair<std::size_t, std::size_t>> parts) {
+    const QString whole = OneLine(text);
+    const QString shown =
+        ShapeText(text, style).width <= width ? whole : Elided(whole, style, width);
+    // The beginning that is left; the ellipsis follows it.
+    const auto kept = static_cast<int>(
+        std::mismatch(whole.begin(), whole.end(), shown.begin(), shown.end()).second -
+        shown.begin());
+    const auto end = static_cast<int>(shown.size());
+    const auto indexOf = [text](std::size_t at) {
+        return static_cast<int>(ToQString(text.substr(0, std::min(at, kMaxDrawnBytes))).size());
+    };
+    std::vector<std::pair<double, double>> spans;
+    LayOut(shown, style, [&](const QTextLayout& layout, const QTextLine& line, double) {
+        for (const auto& [from, to] : parts) {
+            const int first = std::min(indexOf(from), kept);
+            const int last = indexOf(to) > kept ? end : indexOf(to);
+            bool isFirst = true;
+            for (int at = first; at < last; at = layout.nextCursorPosition(at)) {
+                const double left = line.cursorToX(at, QTextLine::Leading);
+                const double right = line.cursorToX(at, QTextLine::Trailing);
+                const std::pair<double, double> place = std::minmax(left, right);
+                // Characters of one direction stand side by side.
+                constexpr double kGap = 0.5;
+                if (!isFirst && place.first <= spans.back().second + kGap &&
+                    place.second >= spans.back().first - kGap) {
+                    spans.back().first = std::min(spans.back().first, place.first);
+                    spans.back().second = std::max(spans.back().second, place.second);
+                } else {
+                    spans.push_back(place);
+                }
+                isFirst = false;
+            }
+        }
+    });
+    return spans;
 }
 
 void ForgetShapedText() {

@@ -6,7 +6,10 @@
 #include <QList>
 #include <QPointF>
 
+#include <span>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 class QPainter;
 
@@ -37,6 +40,11 @@ inline constexpr std::size_t kMaxDrawnBytes = 65536;
 const TextLine& ShapeText(std::string_view text, const TextStyle& style);
 /// The same, cut with an ellipsis where it is wider than `width` pixels.
 const TextLine& ShapeElided(std::string_view text, const TextStyle& style, int width);
+/// Where parts (bytes from, up to) of a text stand in its line, cut like that: pixels from its left
+/// edge, left and right. Of a part that was cut off, the ellipsis's.
+std::vector<std::pair<double, double>>
+ElidedSpans(std::string_view text, const TextStyle& style, int width,
+            std::span<const std::pair<std::size_t, std::size_t>> parts);
 /// Forgets all lines (the application's font changed).
 void ForgetShapedText();
 
