@@ -84,21 +84,56 @@ std::optional<QueryRefusal> FindRefusal(std::string_view sql, const SqlDialect& 
 
 } // namespace
 
+namespace {
+
+/// Statements that a trigger of SQLite consists of end with semicolons of their own; the trigger
+/// ends with END after one of them.
+class TriggerBody {
+public:
+    /// The next token of the statement.
+    void Add(std::string_view text) {
+        const std::string word = ToUpper(text);
+        if (m_state == State::Create)
+            m_state = word == "TRIGGER"                       ? State::Body
+                      : word == "TEMP" || word == "TEMPORARY" ? State::Create
+                                                              : State::Other;
+        else if (m_state == State::Begin)
+            m_state = word == "CREATE" ? State::Create : State::Other;
+        else if (m_state == State::Body || m_state == State::End)
+            m_state = word == "END" && m_isAfterSemicolon ? State::End : State::Body;
+        m_isAfterSemicolon = word == ";";
+    }
+    bool IsWithin() const { return m_state == State::Body; }
+
+private:
+    enum class State { Begin, Create, Body, End, Other };
+    State m_state = State::Begin;
+    bool m_isAfterSemicolon = false;
+};
+
+} // namespace
+
 std::vector<SqlStatement> SplitStatements(std::string_view sql, SqlServer server) {
     std::vector<SqlStatement> statements;
     std::size_t begin = 0;
     bool isBlank = true;
+    TriggerBody trigger;
     const auto end = [&](std::size_t at, bool isEnded) {
         if (!isBlank)
             statements.push_back({std::string(sql.substr(begin, at - begin)), isEnded, begin});
         begin = at;
         isBlank = true;
+        trigger = {};
     };
     for (const SqlToken& token : LexSql(sql, server)) {
-        if (token.kind == SqlTokenKind::Symbol && token.In(sql) == ";")
+        const bool isSemicolon = token.kind == SqlTokenKind::Symbol && token.In(sql) == ";";
+        if (isSemicolon && !trigger.IsWithin()) {
             end(token.end, true);
-        else if (token.kind != SqlTokenKind::Comment || token.IsOpen())
+        } else if (token.kind != SqlTokenKind::Comment || token.IsOpen()) {
             isBlank = false;
+            if (server == SqlServer::Sqlite && token.kind != SqlTokenKind::Comment)
+                trigger.Add(token.In(sql));
+        }
     }
     end(sql.size(), false);
     return statements;

@@ -104,6 +104,11 @@ TEST(QueryGuard, StatementsEndWhereTheServerEndsThem) {
     EXPECT_EQ(Split("select 'it''s; open", sqlite), Texts{"select 'it''s; open..."});
     EXPECT_EQ(Split("/* open ;", sqlite), Texts{"/* open ;..."});
     EXPECT_EQ(Split("select 1; -- the end", sqlite), Texts{"select 1;"});
+    const std::string trigger =
+        "create temp trigger a after insert on t begin select case 1 when 2 "
+        "then 3 end; select 4; /* x */ end;";
+    EXPECT_EQ(Split(trigger + " select 5;", sqlite), (Texts{trigger, " select 5;"}));
+    EXPECT_EQ(Split("create table trigger_(a); select 5;", sqlite).size(), 2u);
     EXPECT_EQ(Split("select $$;$$; select 2;", SqlServer::PostgreSql).size(), 2u);
     EXPECT_EQ(Split("select 'a\\';'; select 2;", SqlServer::MySql).size(), 2u);
 }
