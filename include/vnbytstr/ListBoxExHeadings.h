@@ -154,6 +154,7 @@ private:
     int m_nTipColumn = -1; ///< the header that the pointer rests on
     CPoint m_tipPoint;
     UINT m_nTextFlags = 1; ///< DT_ alignment of the header being drawn; initially centred
+    int m_nArrowRoom = 0;  ///< at the right of the header being drawn, for the sort arrow
 
     BOOL m_bSortArrow = FALSE;
     BOOL m_bKeyboard = FALSE;

@@ -10,6 +10,7 @@ using namespace vnbytstr::detail;
 namespace {
 
 constexpr int kArrowHeight = 4; ///< of the sort arrow; its width is 2 * kArrowHeight - 1
+constexpr int kArrowRoom = 14;  ///< from its left to the header's right edge
 constexpr int kSideGap = 2;     ///< beside a name at the left or right, where the cells' texts are
 
 } // namespace
@@ -58,6 +59,8 @@ void CListBoxExHeadings::DrawHeading(CDC* dc, LPCTSTR text, CRect rect, BOOL pre
     const CString heading(text);
     SIZE size{0, 0};
     GetTextExtentPoint32(*dc, heading, heading.GetLength(), &size);
+    if (m_nTextFlags == DT_RIGHT && place.Width() > m_nArrowRoom)
+        place.right -= m_nArrowRoom;
     UINT flags = DT_SINGLELINE | DT_NOPREFIX | DT_VCENTER;
     // A text that is too wide shows its start, not its middle or end.
     if (size.cx <= place.Width()) {
@@ -105,9 +108,11 @@ void CListBoxExHeadings::OnPaint() {
             (position >= view.Frozen() && rect.right <= rect.left && view.Frozen() > 0))
             continue; // scrolled out at the left
         m_nTextFlags = Owner().HeadingTextFlags(column);
+        const bool hasArrow = m_bSortArrow && column == Owner().GetSortColumn();
+        m_nArrowRoom = hasArrow ? kArrowRoom : 0;
         DrawHeading(&dc, Owner().GetColumns()[static_cast<std::size_t>(column)].m_strHeading, rect,
                     m_pTracking->pressedLook && column == m_pTracking->pressedHeading);
-        if (m_bSortArrow && column == Owner().GetSortColumn())
+        if (hasArrow)
             DrawArrow(&dc, rect, Owner().GetSortState() == kSortedAscending);
         if (m_bKeyboard && column == m_nFocusColumn && GetFocus() == this) {
             rect.DeflateRect(2, 2);

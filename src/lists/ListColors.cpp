@@ -8,7 +8,7 @@ namespace {
 
 constexpr double kLegible = 4.5;
 /// Two areas that are told apart.
-constexpr double kVisible = 1.25;
+constexpr double kVisible = 1.15;
 /// Of the contrast that a grey text has anyway.
 constexpr double kKeptContrast = 0.75;
 
@@ -49,7 +49,7 @@ COLORREF MarkColor(COLORREF background, COLORREF text, COLORREF accent) {
     const COLORREF away =
         Lightness(text) > Lightness(background) ? RGB(0, 0, 0) : RGB(255, 255, 255);
     for (const COLORREF toward : {accent, away, text})
-        for (const int percent : {55, 45, 35, 70, 25, 85, 100}) {
+        for (const int percent : {55, 45, 35, 25, 20, 75, 100}) {
             const COLORREF mark = Mixed(background, toward, percent);
             if (Contrast(mark, text) >= needed && Contrast(mark, background) >= kVisible)
                 return mark;

@@ -78,7 +78,7 @@ BOOL CZoomDialog::OnInitDialog() {
     if (CWnd* edit = GetDlgItem(kValueId); edit != nullptr) {
         edit->SendMessage(EM_LIMITTEXT, 0);
         edit->SetWindowText(m_strValue.Left(m_nShown));
-        edit->SendMessage(EM_SETSEL, 0, -1);
+        edit->SendMessage(EM_SETSEL, 0, 0); // a first key adds to the value
         edit->SetFocus();
     }
     Layout();

@@ -36,6 +36,17 @@ TEST_F(Dialogs, ZoomReturnsTheChangedText) {
     EXPECT_STREQ(dialog.GetValue(), "three\r\nmore\r\nlines");
 }
 
+TEST_F(Dialogs, AFirstKeyInTheZoomReplacesNothing) {
+    CZoomDialog dialog("value", nullptr, &parent);
+    EXPECT_EQ(Run(dialog,
+                  [&](QWidget*) {
+                      Type("my ");
+                      Key(Qt::Key_Return, Qt::ControlModifier);
+                  }),
+              IDOK);
+    EXPECT_STREQ(dialog.GetValue(), "my value");
+}
+
 TEST_F(Dialogs, ACancelledZoomChangesNothing) {
     CZoomDialog dialog("value", nullptr, &parent);
     EXPECT_EQ(Run(dialog,

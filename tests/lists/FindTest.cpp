@@ -61,7 +61,7 @@ TEST(ListColors, MarksAreSeenAndLeaveTheTextLegible) {
     for (const auto& row : rows)
         for (const COLORREF accent : {RGB(48, 140, 198), RGB(255, 255, 255), RGB(0, 0, 0)}) {
             const COLORREF mark = detail::MarkColor(row.background, row.text, accent);
-            EXPECT_GE(detail::Contrast(mark, row.background), 1.2) << std::hex << row.background;
+            EXPECT_GE(detail::Contrast(mark, row.background), 1.15) << std::hex << row.background;
             EXPECT_GE(detail::Contrast(mark, row.text),
                       std::min(4.5, 0.75 * detail::Contrast(row.background, row.text)))
                 << std::hex << row.background;

@@ -221,7 +221,12 @@ int GetSystemMetrics(int index) {
 
 namespace {
 
-QPalette::ColorRole RoleOf(int index) {
+/// In a dark palette the darker colours are not seen beside the windows'.
+bool IsDark(const QPalette& palette) {
+    return palette.color(QPalette::Base).lightness() < palette.color(QPalette::Text).lightness();
+}
+
+QPalette::ColorRole RoleOf(int index, const QPalette& palette) {
     switch (index) {
     case COLOR_WINDOW:
         return QPalette::Base;
@@ -243,7 +248,7 @@ QPalette::ColorRole RoleOf(int index) {
     case COLOR_3DLIGHT:
         return QPalette::Midlight;
     case COLOR_WINDOWFRAME:
-        return QPalette::Dark;
+        return IsDark(palette) ? QPalette::Light : QPalette::Dark;
     case COLOR_MENUTEXT:
     case COLOR_CAPTIONTEXT:
         return QPalette::WindowText;
@@ -263,8 +268,9 @@ COLORREF GetSysColor(int index) {
         return 0;
     AfxInitWindows();
     const QPalette palette = QApplication::palette();
-    const QColor color = index == COLOR_GRAYTEXT ? palette.color(QPalette::Disabled, QPalette::Text)
-                                                 : palette.color(QPalette::Active, RoleOf(index));
+    const QColor color = index == COLOR_GRAYTEXT
+                             ? palette.color(QPalette::Disabled, QPalette::Text)
+                             : palette.color(QPalette::Active, RoleOf(index, palette));
     return RGB(color.red(), color.green(), color.blue());
 }
 
