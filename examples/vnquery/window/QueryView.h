@@ -2,7 +2,7 @@
 #pragma once
 
 #include "vnquery/sources/QueryRun.h"
-#include "vnquery/window/ResultDocument.h"
+#include "vnquery/document/ResultDocument.h"
 #include "vnquery/window/ResultList.h"
 #include "vnquery/window/ViewLayout.h"
 #include "vnquery/window/WindowText.h"

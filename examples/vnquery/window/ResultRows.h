@@ -1,7 +1,7 @@
 // The result's rows for the list.
 #pragma once
 
-#include "vnquery/window/ResultDocument.h"
+#include "vnquery/document/ResultDocument.h"
 
 #include "vnbytstr/ListRowSource.h"
 

@@ -1,4 +1,4 @@
-#include "vnquery/window/ResultDocument.h"
+#include "vnquery/document/ResultDocument.h"
 
 #include <algorithm>
 #include <numeric>

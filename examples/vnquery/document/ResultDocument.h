@@ -4,8 +4,8 @@
 #include "vnquery/result/CellText.h"
 #include "vnquery/result/PendingEdits.h"
 #include "vnquery/sources/QueryRun.h"
-#include "vnquery/window/QueryLayout.h"
-#include "vnquery/window/SortRun.h"
+#include "vnquery/document/QueryLayout.h"
+#include "vnquery/document/SortRun.h"
 
 #include <memory>
 #include <string>

@@ -1,4 +1,4 @@
-#include "vnquery/window/SortRun.h"
+#include "vnquery/document/SortRun.h"
 
 #include "vnquery/tasks/Interruption.h"
 

@@ -1,4 +1,4 @@
-#include "vnquery/window/QueryLayout.h"
+#include "vnquery/document/QueryLayout.h"
 
 #include "vnquery/files/RecentTexts.h"
 #include "vnquery/sources/OneTableQuery.h"

@@ -1,4 +1,4 @@
-#include "examples/vnquery/window/QueryLayout.h"
+#include "examples/vnquery/document/QueryLayout.h"
 
 #include "tests/support/TemporaryFolder.h"
 
