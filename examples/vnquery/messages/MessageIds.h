@@ -376,6 +376,13 @@
 
 /* Statements that change something, transactions, parameters */
 #define IDS_VQ_S_ALLOW 41600
+#define IDS_VQ_S_ENDS_TRANSACTION 41601
+#define IDS_VQ_S_ALL_UNDONE 41602
+#define IDS_VQ_S_CANNOT_RUN 41603
+#define IDS_VQ_S_READ_ONLY 41604
+#define IDS_VQ_S_CANNOT_INSERT 41605
+#define IDS_VQ_S_CANNOT_DELETE 41606
+#define IDS_VQ_S_ROW_DELETED 41607
 
 /* The SQL editor, history, the tree of the database's objects */
 #define IDS_VQ_C_TREE 41640

@@ -23,6 +23,9 @@ public:
     virtual const std::vector<ColumnKind>& GetKinds() const = 0;
     /// How the result can be written back; only a source for SourceUse::Editing finds that out.
     virtual const EditPlan& GetEditPlan() const = 0;
+    /// How many rows a statement has inserted, updated or deleted, as far as the database tells;
+    /// nothing for a query. Known after the last row.
+    virtual std::optional<long long> GetChangedRows() const { return {}; }
     /// The current row's number in its table, if the plan has row numbers and the row has one.
     virtual std::optional<long long> GetRowId() const { return {}; }
     /// Goes to the next row, in the first call to the first one; false after the last row.

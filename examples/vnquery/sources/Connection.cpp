@@ -22,10 +22,10 @@ SqlServer FindServer(const Connection& connection) {
 }
 
 std::unique_ptr<RowSource> OpenSource(const Connection& connection, const std::string& sql,
-                                      SourceUse use) {
+                                      SourceUse use, const Parameters& parameters) {
     if (!connection.file.empty())
-        return std::make_unique<SqliteSource>(connection.file, sql, use);
-    return std::make_unique<OdbcSource>(connection.dataSource, sql, use);
+        return std::make_unique<SqliteSource>(connection.file, sql, use, parameters);
+    return std::make_unique<OdbcSource>(connection.dataSource, sql, use, parameters);
 }
 
 std::unique_ptr<TableWriter> OpenWriter(const Connection& connection, const EditPlan& plan) {

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "vnquery/result/RowSource.h"
-#include "vnquery/sources/QueryGuard.h"
+#include "vnquery/sources/Parameters.h"
 
 #include <memory>
 #include <string>
@@ -27,7 +27,7 @@ SqlServer FindServer(const Connection& connection);
 
 /// Runs a query. Throws Failure and Interrupted.
 std::unique_ptr<RowSource> OpenSource(const Connection& connection, const std::string& sql,
-                                      SourceUse use);
+                                      SourceUse use, const Parameters& parameters = {});
 
 /// Begins a transaction that writes to the table of the plan; the plan must outlive it. Throws
 /// Failure.

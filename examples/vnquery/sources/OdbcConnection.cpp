@@ -88,13 +88,17 @@ OdbcConnection::OdbcConnection(const std::string& connection, Access access)
     Connect(connection, access);
     try {
         if (!SetAttribute(m_handle.Get(), SQL_ATTR_AUTOCOMMIT, SQL_AUTOCOMMIT_OFF) &&
-            access == Access::Write)
+            access != Access::Read)
             OdbcFail(Text(IDS_VQ_CANNOT_PREPARE_TRANSACTION), SQL_HANDLE_DBC, m_handle.Get());
-        if (access == Access::Read) {
+        if (access != Access::Write) {
             const bool isInPortions = FetchInPortions(connection);
             m_hasUtf8Bytes = HasPostgreSqlDriver() && FindOutWhetherUtf8();
-            BeginReading(isInPortions);
+            if (access == Access::Read)
+                BeginReading(isInPortions);
         }
+        // Where reading for a change locks no row (see OdbcWriter), as for Write.
+        if (access == Access::Session && GetServer() == SqlServer::Other)
+            SetAttribute(m_handle.Get(), SQL_ATTR_TXN_ISOLATION, SQL_TXN_SERIALIZABLE);
     } catch (...) {
         SQLDisconnect(m_handle.Get());
         throw;
@@ -105,7 +109,7 @@ void OdbcConnection::Connect(const std::string& connection, Access access) {
     if (access == Access::Write)
         // So that nobody else changes a value between its comparison and its update.
         SetAttribute(m_handle.Get(), SQL_ATTR_TXN_ISOLATION, SQL_TXN_SERIALIZABLE);
-    else
+    else if (access == Access::Read)
         SetAttribute(m_handle.Get(), SQL_ATTR_ACCESS_MODE, SQL_MODE_READ_ONLY); // a hint
     std::vector<SQLWCHAR> text = ToWide(connection);
     const SQLRETURN result = SQLDriverConnectW(m_handle.Get(), nullptr, text.data(), SQL_NTS,
@@ -225,7 +229,7 @@ std::string OdbcConnection::GetNameQuote() const {
     return FromWide(text, 1);
 }
 
-void OdbcConnection::EndTransaction(SQLSMALLINT how) {
+void OdbcConnection::EndTransaction(SQLSMALLINT how) const {
     if (!SQL_SUCCEEDED(SQLEndTran(SQL_HANDLE_DBC, m_handle.Get(), how)))
         OdbcFail(Text(IDS_VQ_CANNOT_END_TRANSACTION), SQL_HANDLE_DBC, m_handle.Get());
 }

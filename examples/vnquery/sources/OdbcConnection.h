@@ -26,13 +26,14 @@ private:
 /// A connection. The destructor undoes what was not committed and closes it.
 class OdbcConnection {
 public:
-    enum class Access { Read, Write };
+    enum class Access { Read, Write, Session };
 
     /// Everything runs in a transaction and is committed only by EndTransaction. With Read the
     /// server itself refuses changes if it can (PostgreSQL, MariaDB, MySQL, Oracle); otherwise the
     /// transaction is only undone. Neither covers what a function of the server does outside of
-    /// its transactions (files, other servers). Throws Failure, also for Write on a driver without
-    /// transactions.
+    /// its transactions (files, other servers). Write is serializable; Session, which is not, leaves
+    /// that to its writers (see OdbcWriter). Throws Failure, also for Write and Session on a driver
+    /// without transactions.
     OdbcConnection(const std::string& connection, Access access);
     ~OdbcConnection();
     OdbcConnection(const OdbcConnection&) = delete;
@@ -51,11 +52,12 @@ public:
     /// The server's quote character for names; "" for none.
     std::string GetNameQuote() const;
     /// SQL_COMMIT or SQL_ROLLBACK. Throws Failure.
-    void EndTransaction(SQLSMALLINT how);
+    void EndTransaction(SQLSMALLINT how) const;
+    /// Runs a statement without a result; false when it fails.
+    bool Run(const std::string& sql) const;
 
 private:
     void Connect(const std::string& connection, Access access);
-    bool Run(const std::string& sql) const;
     void BeginReading(bool isInPortions) const;
     void MakeReadOnly() const;
     bool FindOutWhetherUtf8() const;

@@ -1,11 +1,14 @@
 #include "vnquery/sources/OdbcSource.h"
 
 #include "vnquery/messages/Messages.h"
+#include "vnquery/sources/ErrorPlace.h"
 #include "vnquery/sources/OdbcText.h"
 #include "vnquery/sources/OneTableQuery.h"
+#include "vnquery/sources/QueryGuard.h"
 #include "vnquery/tasks/Failure.h"
 #include "vnquery/tasks/Interruption.h"
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <functional>
@@ -40,37 +43,41 @@ ColumnKind KindOf(SQLSMALLINT sqlType) {
 
 } // namespace
 
-OdbcSource::OdbcSource(const std::string& connection, const std::string& sql, SourceUse use)
-    : m_connection(std::make_unique<OdbcConnection>(connection, OdbcConnection::Access::Read)),
+OdbcSource::OdbcSource(const std::string& connection, const std::string& sql, SourceUse use,
+                       const Parameters& parameters)
+    : OdbcSource(std::make_shared<OdbcConnection>(connection, OdbcConnection::Access::Read),
+                 nullptr, sql, use, parameters) {}
+
+OdbcSource::OdbcSource(std::shared_ptr<OdbcConnection> connection, Session::LeasePointer lease,
+                       const std::string& sql, SourceUse use, const Parameters& parameters)
+    : m_lease(std::move(lease)), m_connection(std::move(connection)),
       m_statement(m_connection->NewStatement()) {
-    RefuseChanges(sql);
+    const SqlText text(sql, m_connection->GetServer(), parameters, true);
+    if (!m_lease)
+        ThrowRefusal(FindRefusal(text.Get(), m_connection->GetServer()));
     m_watcher = std::jthread([this, asked = CurrentStop()](const std::stop_token& stop) {
         CancelWhenAsked(stop, asked);
     });
-    Prepare(sql);
-    const SQLRETURN result = SQLExecute(m_statement->Get());
-    if (result != SQL_NO_DATA)
-        Check(result, IDS_VQ_CANNOT_RUN);
+    text.Locate([&] { Run(sql, text); });
+    if (use == SourceUse::Editing && !m_names.empty())
+        PlanEditing(text.Get());
+}
+
+void OdbcSource::Run(const std::string& sql, const SqlText& text) {
+    try {
+        Prepare(text.Get());
+        Bind(text.GetValues());
+        const SQLRETURN result = SQLExecute(m_statement->Get());
+        if (result != SQL_NO_DATA)
+            Check(result, m_lease ? IDS_VQ_S_CANNOT_RUN : IDS_VQ_CANNOT_RUN);
+    } catch (const Failure& failure) {
+        throw Failure(failure.Code(), failure.what(), FindErrorPlace(failure.what(), text.Get()));
+    }
+    CountRows(sql);
     DescribeColumns();
-    if (use == SourceUse::Editing)
-        PlanEditing(sql);
 }
 
 OdbcSource::~OdbcSource() = default;
-
-void OdbcSource::RefuseChanges(const std::string& sql) const {
-    const std::optional<QueryRefusal> refusal = FindRefusal(sql, m_connection->GetServer());
-    if (!refusal)
-        return;
-    switch (refusal->reason) {
-    case QueryRefusal::Reason::Empty:
-        throw Failure(kQueryFailed, Text(IDS_VQ_NO_QUERY));
-    case QueryRefusal::Reason::Several:
-        throw Failure(kQueryFailed, Text(IDS_VQ_MORE_STATEMENTS));
-    case QueryRefusal::Reason::NotAQuery:
-        throw Failure(kQueryFailed, Text(IDS_VQ_NOT_A_QUERY, {refusal->word}));
-    }
-}
 
 /// Asks the driver before the query runs whether it has columns.
 void OdbcSource::Prepare(const std::string& sql) {
@@ -82,9 +89,40 @@ void OdbcSource::Prepare(const std::string& sql) {
         if (state != "HY010" && state != "HYC00" &&
             state != "IM001") // not a driver that cannot tell
             Check(SQL_ERROR, IDS_VQ_CANNOT_RUN);
-    } else if (count == 0) {
+    } else if (count == 0 && !m_lease) {
         throw Failure(kQueryFailed, Text(IDS_VQ_NO_RESULT));
     }
+}
+
+/// As the types that the server says the question marks have.
+void OdbcSource::Bind(const std::vector<std::optional<std::string>>& values) {
+    m_parameters.resize(values.size());
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        const auto number = static_cast<SQLUSMALLINT>(i + 1);
+        SQLSMALLINT type = SQL_WVARCHAR;
+        SQLULEN size = 0;
+        SQLSMALLINT digits = 0;
+        SQLSMALLINT nullable = 0;
+        if (!SQL_SUCCEEDED(
+                SQLDescribeParam(m_statement->Get(), number, &type, &size, &digits, &nullable)))
+            type = SQL_WVARCHAR;
+        Parameter& parameter = m_parameters[i];
+        parameter.wide = ToWide(values[i].value_or(""));
+        if (!values[i])
+            parameter.indicator = SQL_NULL_DATA;
+        Check(SQLBindParameter(m_statement->Get(), number, SQL_PARAM_INPUT, SQL_C_WCHAR, type,
+                               std::max<SQLULEN>(size, parameter.wide.size()), digits,
+                               parameter.wide.data(), 0, &parameter.indicator),
+              IDS_VQ_S_CANNOT_RUN);
+    }
+}
+
+void OdbcSource::CountRows(const std::string& sql) {
+    const SqlServer server = m_connection->GetServer();
+    SQLLEN rows = -1;
+    if (m_lease && CountsRows(sql, server) && FindRefusal(sql, server) &&
+        SQL_SUCCEEDED(SQLRowCount(m_statement->Get(), &rows)) && rows >= 0)
+        m_changedRows = rows;
 }
 
 void OdbcSource::CancelWhenAsked(const std::stop_token& stop, const std::stop_token& asked) {
@@ -106,8 +144,10 @@ void OdbcSource::Check(SQLRETURN result, UINT what) const {
 void OdbcSource::DescribeColumns() {
     SQLSMALLINT count = 0;
     Check(SQLNumResultCols(m_statement->Get(), &count), IDS_VQ_CANNOT_READ_COLUMNS);
-    if (count <= 0)
+    if (count <= 0 && !m_lease)
         throw Failure(kQueryFailed, Text(IDS_VQ_NO_RESULT));
+    if (count <= 0)
+        return;
     std::vector<OdbcColumn> columns;
     for (SQLUSMALLINT column = 1; column <= count; ++column) {
         SQLWCHAR name[512] = {};
@@ -208,7 +248,7 @@ void OdbcSource::PlanEditing(const std::string& sql) {
 
 bool OdbcSource::Next() {
     CheckInterrupted();
-    return m_block->Next();
+    return m_block && m_block->Next();
 }
 
 void OdbcSource::Read(std::size_t column, ValueSink& sink) { m_block->Read(column, sink); }

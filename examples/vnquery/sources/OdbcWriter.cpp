@@ -18,10 +18,26 @@ bool IsBinaryType(int sqlType) {
 
 } // namespace
 
-OdbcWriter::OdbcWriter(const std::string& connection, const EditPlan& plan)
-    : m_connection(connection, OdbcConnection::Access::Write), m_plan(plan),
-      m_quote(m_connection.GetNameQuote()) {
+OdbcWriter::OdbcWriter(std::shared_ptr<OdbcConnection> connection, Session::LeasePointer lease,
+                       const EditPlan& plan)
+    : m_lease(std::move(lease)), m_connection(std::move(connection)), m_plan(plan),
+      m_quote(m_connection->GetNameQuote()) {
     m_table = (plan.schema.empty() ? "" : Quote(plan.schema) + ".") + Quote(plan.table);
+}
+
+OdbcWriter::OdbcWriter(const std::string& connection, const EditPlan& plan)
+    : OdbcWriter(std::make_shared<OdbcConnection>(connection, OdbcConnection::Access::Write),
+                 nullptr, plan) {}
+
+OdbcWriter::OdbcWriter(OdbcSession& session, Session::LeasePointer lease, const EditPlan& plan)
+    : OdbcWriter(session.GetOpen(), std::move(lease), plan) {
+    m_session = &session;
+    m_lock = session.GetServer() == SqlServer::Other ? "" : " FOR UPDATE";
+}
+
+OdbcWriter::~OdbcWriter() {
+    if (m_session && !m_isCommitted)
+        m_session->UndoUse();
 }
 
 std::string OdbcWriter::Quote(const std::string& name) const {
@@ -94,13 +110,13 @@ void OdbcWriter::Execute(SQLHANDLE statement, const std::string& sql, const std:
 std::optional<Value> OdbcWriter::Read(const RowKey& key, std::size_t column, Progress& progress) {
     const EditColumn& plan = m_plan.columns[column];
     const std::string what = Text(IDS_VQ_CANNOT_READ_VALUE, {plan.name});
-    const std::unique_ptr<OdbcHandle> select = m_connection.NewStatement();
+    const std::unique_ptr<OdbcHandle> select = m_connection->NewStatement();
     std::vector<Parameter> parameters;
     for (const Value& value : key.values)
         parameters.push_back({&value, {}, 0});
     Bind(select->Get(), parameters, m_plan.keyColumns);
-    Execute(select->Get(), "SELECT " + Quote(plan.name) + " FROM " + m_table + Condition(), what,
-            progress);
+    Execute(select->Get(), "SELECT " + Quote(plan.name) + " FROM " + m_table + Condition() + m_lock,
+            what, progress);
     const SQLRETURN result = SQLFetch(select->Get());
     if (result == SQL_NO_DATA)
         return {};
@@ -115,7 +131,7 @@ std::optional<Value> OdbcWriter::Read(const RowKey& key, std::size_t column, Pro
 void OdbcWriter::Update(const RowKey& key, std::size_t column, const NewValue& value,
                         Progress& progress) {
     const EditColumn& plan = m_plan.columns[column];
-    const std::unique_ptr<OdbcHandle> update = m_connection.NewStatement();
+    const std::unique_ptr<OdbcHandle> update = m_connection->NewStatement();
     std::vector<Parameter> parameters;
     std::vector<std::size_t> columns;
     if (!value.isDefault) {
@@ -136,6 +152,12 @@ void OdbcWriter::Update(const RowKey& key, std::size_t column, const NewValue& v
                       Text(IDS_VQ_CANNOT_CHANGE, {plan.name}) + ": " + Text(IDS_VQ_ROW_GONE));
 }
 
-void OdbcWriter::Commit() { m_connection.EndTransaction(SQL_COMMIT); }
+void OdbcWriter::Commit() {
+    if (m_session)
+        m_session->KeepChanges();
+    else
+        m_connection->EndTransaction(SQL_COMMIT);
+    m_isCommitted = true;
+}
 
 } // namespace vnquery

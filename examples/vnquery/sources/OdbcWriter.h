@@ -2,7 +2,7 @@
 #pragma once
 
 #include "vnquery/result/TableWriter.h"
-#include "vnquery/sources/OdbcConnection.h"
+#include "vnquery/sources/OdbcSession.h"
 
 #include <span>
 #include <string>
@@ -11,10 +11,15 @@
 namespace vnquery {
 
 /// Works in a serializable transaction: when another user changes a value between Read and Commit,
-/// the server refuses one of the two.
+/// the server refuses one of the two. In a session on PostgreSQL, MySQL and MariaDB Read locks the
+/// row instead, so that the other user waits.
 class OdbcWriter : public TableWriter {
 public:
+    /// In a transaction of its own.
     OdbcWriter(const std::string& connection, const EditPlan& plan);
+    /// In the transaction of a session.
+    OdbcWriter(OdbcSession& session, Session::LeasePointer lease, const EditPlan& plan);
+    ~OdbcWriter() override;
 
     std::optional<Value> Read(const RowKey& key, std::size_t column, Progress& progress) override;
     void Update(const RowKey& key, std::size_t column, const NewValue& value,
@@ -35,10 +40,17 @@ private:
     void Execute(SQLHANDLE statement, const std::string& sql, const std::string& what,
                  Progress& progress) const;
 
-    OdbcConnection m_connection;
+    OdbcWriter(std::shared_ptr<OdbcConnection> connection, Session::LeasePointer lease,
+               const EditPlan& plan);
+
+    const Session::LeasePointer m_lease; ///< first, so that it ends last
+    OdbcSession* m_session = nullptr;
+    const std::shared_ptr<OdbcConnection> m_connection;
     const EditPlan& m_plan;
     std::string m_quote; ///< the quote character for names; "" for none
     std::string m_table; ///< quoted, with the schema
+    std::string m_lock;  ///< what locks the rows of a SELECT
+    bool m_isCommitted = false;
 };
 
 } // namespace vnquery

@@ -60,19 +60,30 @@ bool IsChange(std::span<const Token> tokens, std::size_t at, const SqlDialect& d
            (dialect.needsNoSemicolons && IsOneOf(kTransactChanges, word));
 }
 
-std::optional<QueryRefusal> FindRefusal(std::string_view sql, const SqlDialect& dialect) {
-    const std::vector<Token> all = TokensOf(sql, dialect);
-    std::span<const Token> tokens = all;
+/// Without the semicolons around the statement.
+std::span<const Token> Trimmed(std::span<const Token> tokens) {
     while (!tokens.empty() && tokens.front() == ";")
         tokens = tokens.subspan(1);
     while (!tokens.empty() && tokens.back() == ";")
         tokens = tokens.first(tokens.size() - 1);
+    return tokens;
+}
+
+/// The word that says what the statement does; "" without one.
+Token FirstWord(std::span<const Token> tokens) {
+    const auto first = std::ranges::find_if(
+        tokens, [](const Token& token) { return token != "(" && token != ";"; });
+    return first == tokens.end() ? Token() : *first;
+}
+
+std::optional<QueryRefusal> FindRefusal(std::string_view sql, const SqlDialect& dialect) {
+    const std::vector<Token> all = TokensOf(sql, dialect);
+    const std::span<const Token> tokens = Trimmed(all);
     if (tokens.empty())
         return QueryRefusal{Reason::Empty, {}};
-    const auto first =
-        std::ranges::find_if(tokens, [](const Token& token) { return token != "("; });
-    if (first == tokens.end() || !IsOneOf(kBeginnings, *first))
-        return QueryRefusal{Reason::NotAQuery, first == tokens.end() ? "(" : *first};
+    const Token first = FirstWord(tokens);
+    if (!IsOneOf(kBeginnings, first))
+        return QueryRefusal{Reason::NotAQuery, first.empty() ? tokens[0] : first};
     for (std::size_t at = 0; at < tokens.size(); ++at) {
         if (IsChange(tokens, at, dialect))
             return QueryRefusal{Reason::NotAQuery, tokens[at]};
@@ -82,9 +93,30 @@ std::optional<QueryRefusal> FindRefusal(std::string_view sql, const SqlDialect& 
     return {};
 }
 
-} // namespace
+/// Whether a statement of this dialect would end the transaction, or begin another one.
+bool EndsTransaction(std::span<const Token> tokens, const SqlDialect& dialect) {
+    const Token first = FirstWord(tokens);
+    const auto has = [&](std::string_view word) {
+        return std::ranges::find(tokens, word) != tokens.end();
+    };
+    if (first == "ROLLBACK" && has("TO"))
+        return false;
+    if (dialect.needsNoSemicolons && (has("COMMIT") || has("ROLLBACK")))
+        return true;
+    return first == "BEGIN" || first == "COMMIT" || first == "ROLLBACK" || first == "END" ||
+           first == "ABORT" || first == "/*!" ||
+           ((first == "START" || first == "PREPARE") && has("TRANSACTION")) ||
+           (first == "SET" && has("AUTOCOMMIT"));
+}
 
-namespace {
+/// Whether a semicolon stands between statements: not within parentheses.
+bool AreSeveral(std::span<const Token> tokens) {
+    int depth = 0;
+    return std::ranges::any_of(tokens, [&](const Token& token) {
+        depth += token == "(" ? 1 : token == ")" ? -1 : 0;
+        return token == ";" && depth <= 0;
+    });
+}
 
 /// Statements that a trigger of SQLite consists of end with semicolons of their own; the trigger
 /// ends with END after one of them.
@@ -144,6 +176,40 @@ std::optional<QueryRefusal> FindRefusal(std::string_view sql, SqlServer server) 
         if (std::optional<QueryRefusal> refusal = FindRefusal(sql, dialect))
             return refusal;
     return {};
+}
+
+std::optional<QueryRefusal> FindSessionRefusal(std::string_view sql, SqlServer server) {
+    for (const SqlDialect& dialect : DialectsOf(server)) {
+        const std::vector<Token> all = TokensOf(sql, dialect);
+        const std::span<const Token> tokens = Trimmed(all);
+        if (tokens.empty())
+            return QueryRefusal{Reason::Empty, {}};
+        if (EndsTransaction(tokens, dialect))
+            return QueryRefusal{Reason::EndsTransaction, FirstWord(tokens)};
+        // SQLite itself runs only the first one; a routine's body has semicolons.
+        if (server != SqlServer::Sqlite && AreSeveral(tokens) && !CommitsByItself(sql, server))
+            return QueryRefusal{Reason::Several, {}};
+    }
+    return {};
+}
+
+bool CommitsByItself(std::string_view sql, SqlServer server) {
+    constexpr std::array<std::string_view, 22> kWords = {
+        "CREATE", "ALTER",   "DROP",  "RENAME",   "TRUNCATE", "GRANT",    "REVOKE", "LOCK",
+        "UNLOCK", "ANALYZE", "CHECK", "OPTIMIZE", "REPAIR",   "FLUSH",    "RESET",  "CACHE",
+        "CHANGE", "START",   "STOP",  "INSTALL",  "COMMENT",  "UNINSTALL"};
+    const std::vector<Token> tokens = TokensOf(sql, DialectsOf(server).front());
+    const Token first = FirstWord(tokens);
+    if (server == SqlServer::Sqlite)
+        return first == "VACUUM";
+    const bool isTemporary = tokens.size() > 1 && tokens[1] == "TEMPORARY";
+    return server != SqlServer::PostgreSql && !isTemporary && IsOneOf(kWords, first);
+}
+
+bool CountsRows(std::string_view sql, SqlServer server) {
+    constexpr std::array<std::string_view, 6> kWords = {"INSERT",  "UPDATE", "DELETE",
+                                                        "REPLACE", "MERGE",  "WITH"};
+    return IsOneOf(kWords, FirstWord(TokensOf(sql, DialectsOf(server).front())));
 }
 
 } // namespace vnquery

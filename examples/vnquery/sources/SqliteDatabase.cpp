@@ -82,7 +82,9 @@ void SqliteDatabase::Fail(const std::string& what) const {
         throw Failure(kQueryFailed, Text(IDS_VQ_NOT_A_DATABASE, {m_file}));
     if (sqlite3_errcode(m_database.get()) == SQLITE_INTERRUPT)
         CheckInterrupted();
-    throw Failure(kQueryFailed, what + ": " + sqlite3_errmsg(m_database.get()) + ".");
+    const int place = sqlite3_error_offset(m_database.get());
+    throw Failure(kQueryFailed, what + ": " + sqlite3_errmsg(m_database.get()) + ".",
+                  place < 0 ? std::nullopt : std::optional(static_cast<std::size_t>(place)));
 }
 
 SqliteDatabase::Statement SqliteDatabase::Prepare(const std::string& sql, const char** rest) const {

@@ -2,11 +2,12 @@
 // 1. m_current is null or one of the statements of m_way.
 // 2. m_rows rows have been given; m_hash and m_last are of these and of no others.
 // 3. m_isLimited only if there is a way in pieces to go on with, and then a transaction is open
-//    until the last row.
+//    until the last row: m_isInTransaction, or a session's.
 #include "vnquery/sources/SqliteTableQuery.h"
 
 #include "vnquery/messages/Messages.h"
 #include "vnquery/result/AsciiUpper.h"
+#include "vnquery/sources/SqliteBind.h"
 #include "vnquery/tasks/Failure.h"
 
 #include <algorithm>
@@ -116,12 +117,19 @@ bool HasSamePlan(const SqliteDatabase& database, const std::string& query,
 std::unique_ptr<SqliteTableQuery> SqliteTableQuery::Make(const SqliteDatabase& database,
                                                          const SqliteTable& table,
                                                          const OneTableQuery& query,
-                                                         sqlite3_stmt* plain) {
-    std::unique_ptr<SqliteTableQuery> made(new SqliteTableQuery(database, table));
+                                                         sqlite3_stmt* plain,
+                                                         const Parameters& parameters) {
+    std::unique_ptr<SqliteTableQuery> made(new SqliteTableQuery(database, table, parameters));
     if (!made->Prepare(query, plain))
         return nullptr;
     made->CheckInvariants();
     return made;
+}
+
+SqliteDatabase::Statement SqliteTableQuery::TryPrepare(const std::string& sql) const {
+    Statement statement = vnquery::TryPrepare(m_database, sql);
+    BindNames(statement.get(), m_parameters);
+    return statement;
 }
 
 /// Makes the query a subquery that also gives each row's number, and asks it for the columns of
@@ -155,7 +163,7 @@ bool SqliteTableQuery::Prepare(const OneTableQuery& query, sqlite3_stmt* plain) 
     Statements& pieces = m_ways[static_cast<int>(Way::InPieces)];
     whole.sql = subquery + names + from;
     pieces.sql = subquery + others + (left.empty() ? "" : Mention(left) + ", ") + from;
-    pieces.fromStart = TryPrepare(m_database, pieces.sql);
+    pieces.fromStart = TryPrepare(pieces.sql);
     if (!pieces.fromStart)
         return false; // the query stays unchanged
     if (!inPieces.empty())
@@ -174,11 +182,13 @@ void SqliteTableQuery::ChooseWay(const std::string& numbered) {
     if (!m_row)
         return;
     const FunctionWatch watch(m_database.Get());
-    whole.fromStart = TryPrepare(m_database, numbered);
+    whole.fromStart = TryPrepare(numbered);
     if (!whole.fromStart || !watch.IsRepeatable() || !HasSamePlan(m_database, numbered, pieces.sql))
         return;
-    m_database.Run("BEGIN", Text(IDS_VQ_CANNOT_RUN_ON, {m_database.GetFile()}));
-    m_isInTransaction = true;
+    if (sqlite3_get_autocommit(m_database.Get())) { // no session's transaction
+        m_database.Run("BEGIN", Text(IDS_VQ_CANNOT_RUN_ON, {m_database.GetFile()}));
+        m_isInTransaction = true;
+    }
     m_isLimited = true;
     m_way = Way::Whole;
     m_current = whole.fromStart.get();
@@ -232,7 +242,7 @@ bool SqliteTableQuery::CanGoOn() {
         for (Statements& way : m_ways) {
             const std::string sql = way.sql + " WHERE k >= " + kFromParameter;
             m_canGoOn = *m_canGoOn && HasNumberOrder(sql);
-            way.fromNumber = TryPrepare(m_database, sql);
+            way.fromNumber = TryPrepare(sql);
             m_canGoOn = *m_canGoOn && way.fromNumber;
         }
     }

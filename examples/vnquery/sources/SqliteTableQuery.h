@@ -2,6 +2,7 @@
 #pragma once
 
 #include "vnquery/sources/OneTableQuery.h"
+#include "vnquery/sources/Parameters.h"
 #include "vnquery/sources/SqliteTableRow.h"
 
 #include <memory>
@@ -21,7 +22,7 @@ namespace vnquery {
 /// one. In any other order the second way begins anew and leaves out the rows already given; that
 /// is done only where SQLite plans both ways alike and nothing in the query differs from run to
 /// run, and it fails when the numbers of these rows are not the same as before. All happens in one
-/// read transaction, so no other process can change the rows in between.
+/// transaction, so no other process can change the rows in between.
 ///
 /// All functions throw Failure and Interrupted.
 class SqliteTableQuery {
@@ -30,7 +31,8 @@ public:
     /// prepared query, has to be used. The database must outlive the object.
     static std::unique_ptr<SqliteTableQuery> Make(const SqliteDatabase& database,
                                                   const SqliteTable& table,
-                                                  const OneTableQuery& query, sqlite3_stmt* plain);
+                                                  const OneTableQuery& query, sqlite3_stmt* plain,
+                                                  const Parameters& parameters);
     ~SqliteTableQuery();
 
     /// Whether there are columns that are read in pieces where they are long.
@@ -58,8 +60,10 @@ private:
         Statement fromNumber; ///< begins with the row number that is its parameter
     };
 
-    SqliteTableQuery(const SqliteDatabase& database, const SqliteTable& table)
-        : m_database(database), m_table(table) {}
+    SqliteTableQuery(const SqliteDatabase& database, const SqliteTable& table,
+                     const Parameters& parameters)
+        : m_database(database), m_table(table), m_parameters(parameters) {}
+    Statement TryPrepare(const std::string& sql) const;
     bool Prepare(const OneTableQuery& query, sqlite3_stmt* plain);
     void ChooseWay(const std::string& numbered);
     bool HasNumberOrder(const std::string& sql) const;
@@ -76,6 +80,7 @@ private:
 
     const SqliteDatabase& m_database;
     const SqliteTable m_table;
+    const Parameters m_parameters;
     std::vector<Column> m_columns;
     std::unique_ptr<SqliteTableRow> m_row; ///< null when no column is in pieces
     bool m_isRowFound = false;             ///< m_row is at the current row

@@ -2,10 +2,9 @@
 
 #include "vnquery/messages/Messages.h"
 #include "vnquery/sources/OneTableQuery.h"
+#include "vnquery/sources/SqliteBind.h"
 #include "vnquery/tasks/Failure.h"
 #include "vnquery/tasks/Progress.h"
-
-#include <charconv>
 
 #include <sqlite3.h>
 
@@ -15,57 +14,37 @@ namespace {
 
 constexpr DWORD kMaxBound = 1048576; ///< longer bytes are written in pieces where possible
 
-/// Binds the text of a number as that number, or as text where SQLite cannot hold the number.
-void BindNumber(sqlite3_stmt* statement, int index, const std::string& text) {
-    const char* const end = text.data() + text.size();
-    long long integer = 0;
-    if (const auto read = std::from_chars(text.data(), end, integer);
-        read.ec == std::errc() && read.ptr == end) {
-        sqlite3_bind_int64(statement, index, integer);
-        return;
-    }
-    double real = 0;
-    if (const auto read = std::from_chars(text.data(), end, real);
-        read.ec == std::errc() && read.ptr == end)
-        sqlite3_bind_double(statement, index, real);
-    else
-        sqlite3_bind_text64(statement, index, text.data(), text.size(), SQLITE_TRANSIENT,
-                            SQLITE_UTF8);
-}
-
-void Bind(sqlite3_stmt* statement, int index, const Value& value) {
-    if (value.IsNull()) {
-        sqlite3_bind_null(statement, index);
-        return;
-    }
-    const std::string bytes = value.GetBytes();
-    switch (value.GetType()) {
-    case Value::Type::Number:
-        BindNumber(statement, index, bytes);
-        break;
-    case Value::Type::Text:
-        sqlite3_bind_text64(statement, index, bytes.data(), bytes.size(), SQLITE_TRANSIENT,
-                            SQLITE_UTF8);
-        break;
-    default:
-        sqlite3_bind_blob64(statement, index, bytes.data(), bytes.size(), SQLITE_TRANSIENT);
-    }
-}
-
 } // namespace
 
+SqliteWriter::SqliteWriter(std::shared_ptr<SqliteDatabase> database, Session::LeasePointer lease,
+                           const EditPlan& plan)
+    : m_lease(std::move(lease)), m_database(std::move(database)), m_plan(plan),
+      m_table(QuoteName(plan.schema) + "." + QuoteName(plan.table)) {}
+
 SqliteWriter::SqliteWriter(const std::string& file, const EditPlan& plan)
-    : m_database(file, SqliteDatabase::Access::Write), m_plan(plan),
-      m_table(QuoteName(plan.schema) + "." + QuoteName(plan.table)) {
-    m_database.Run("PRAGMA foreign_keys = ON", Text(IDS_VQ_CANNOT_PREPARE_TRANSACTION));
-    m_database.Run("BEGIN IMMEDIATE", Text(IDS_VQ_CANNOT_BEGIN, {file}));
+    : SqliteWriter(std::make_shared<SqliteDatabase>(file, SqliteDatabase::Access::Write), nullptr,
+                   plan) {
+    m_database->Run("PRAGMA foreign_keys = ON", Text(IDS_VQ_CANNOT_PREPARE_TRANSACTION));
+    m_database->Run("BEGIN IMMEDIATE", Text(IDS_VQ_CANNOT_BEGIN, {file}));
+    m_isOpen = true;
+}
+
+SqliteWriter::SqliteWriter(SqliteSession& session, Session::LeasePointer lease,
+                           const EditPlan& plan)
+    : SqliteWriter(session.GetDatabase(), std::move(lease), plan) {
+    m_session = &session;
+    m_database->Run("SAVEPOINT vnquery_writer", Text(IDS_VQ_CANNOT_PREPARE_TRANSACTION));
     m_isOpen = true;
 }
 
 SqliteWriter::~SqliteWriter() {
     // Errors do not matter: closing the database undoes an open transaction, too.
     if (m_isOpen)
-        sqlite3_exec(m_database.Get(), "ROLLBACK", nullptr, nullptr, nullptr);
+        sqlite3_exec(m_database->Get(),
+                     m_session ? "ROLLBACK TO vnquery_writer; RELEASE vnquery_writer" : "ROLLBACK",
+                     nullptr, nullptr, nullptr);
+    if (m_isOpen && m_session)
+        m_session->ForgetChanges();
 }
 
 std::string SqliteWriter::Condition() const {
@@ -86,32 +65,32 @@ void SqliteWriter::BindKey(sqlite3_stmt* statement, const RowKey& key, int first
         return;
     }
     for (const Value& value : key.values)
-        Bind(statement, first++, value);
+        BindValue(statement, first++, value);
 }
 
 std::optional<Value> SqliteWriter::Read(const RowKey& key, std::size_t column, Progress& progress) {
     const std::string& name = m_plan.columns[column].name;
     const auto select =
-        m_database.Prepare("SELECT " + QuoteName(name) + " FROM " + m_table + Condition());
+        m_database->Prepare("SELECT " + QuoteName(name) + " FROM " + m_table + Condition());
     BindKey(select.get(), key, 1);
-    if (!m_database.Step(select.get(), Text(IDS_VQ_CANNOT_READ_VALUE, {name})))
+    if (!m_database->Step(select.get(), Text(IDS_VQ_CANNOT_READ_VALUE, {name})))
         return {};
     Value value;
     ValueKeeper sink(value, progress);
-    m_database.ReadWhole(select.get(), 0, sink);
+    m_database->ReadWhole(select.get(), 0, sink);
     return value;
 }
 
 void SqliteWriter::UpdateOnce(const std::string& expression, const RowKey& key, std::size_t column,
                               const Value* value) {
     const std::string& name = m_plan.columns[column].name;
-    const auto update = m_database.Prepare("UPDATE " + m_table + " SET " + QuoteName(name) + " = " +
-                                           expression + Condition());
+    const auto update = m_database->Prepare("UPDATE " + m_table + " SET " + QuoteName(name) +
+                                            " = " + expression + Condition());
     if (value)
-        Bind(update.get(), 1, *value);
+        BindValue(update.get(), 1, *value);
     BindKey(update.get(), key, value ? 2 : 1);
-    m_database.Step(update.get(), Text(IDS_VQ_CANNOT_CHANGE, {name}));
-    if (sqlite3_changes(m_database.Get()) != 1)
+    m_database->Step(update.get(), Text(IDS_VQ_CANNOT_CHANGE, {name}));
+    if (sqlite3_changes(m_database->Get()) != 1)
         throw Failure(kQueryFailed,
                       Text(IDS_VQ_CANNOT_CHANGE, {name}) + ": " + Text(IDS_VQ_ROW_GONE));
 }
@@ -136,24 +115,26 @@ void SqliteWriter::WritePieces(const RowKey& key, std::size_t column, const Valu
     const std::string& name = m_plan.columns[column].name;
     sqlite3_blob* opened = nullptr;
     const int result =
-        sqlite3_blob_open(m_database.Get(), m_plan.schema.c_str(), m_plan.table.c_str(),
+        sqlite3_blob_open(m_database->Get(), m_plan.schema.c_str(), m_plan.table.c_str(),
                           name.c_str(), *key.rowId, 1, &opened);
     const SqliteDatabase::Blob blob(opened);
     if (result != SQLITE_OK)
-        m_database.Fail(Text(IDS_VQ_CANNOT_CHANGE, {name}));
+        m_database->Fail(Text(IDS_VQ_CANNOT_CHANGE, {name}));
     int done = 0;
     value.ForEachPiece([&](std::span<const BYTE> piece) {
         const int count = static_cast<int>(piece.size());
         if (sqlite3_blob_write(blob.get(), piece.data(), count, done) != SQLITE_OK)
-            m_database.Fail(Text(IDS_VQ_CANNOT_CHANGE, {name}));
+            m_database->Fail(Text(IDS_VQ_CANNOT_CHANGE, {name}));
         done += count;
         progress.AddBytes(piece.size());
     });
 }
 
 void SqliteWriter::Commit() {
-    m_database.Run("COMMIT", Text(IDS_VQ_CANNOT_COMMIT));
+    m_database->Run(m_session ? "RELEASE vnquery_writer" : "COMMIT", Text(IDS_VQ_CANNOT_COMMIT));
     m_isOpen = false;
+    if (m_session)
+        m_session->KeepChanges();
 }
 
 } // namespace vnquery

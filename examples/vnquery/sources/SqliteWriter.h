@@ -2,15 +2,18 @@
 #pragma once
 
 #include "vnquery/result/TableWriter.h"
-#include "vnquery/sources/SqliteDatabase.h"
+#include "vnquery/sources/SqliteSession.h"
 
 namespace vnquery {
 
 /// Holds the database's write lock during its life, so that nobody else changes a row between Read
-/// and Update. Foreign keys are enforced. Long bytes are written in pieces.
+/// and Update. Long bytes are written in pieces.
 class SqliteWriter : public TableWriter {
 public:
+    /// In a transaction of its own; foreign keys are enforced.
     SqliteWriter(const std::string& file, const EditPlan& plan);
+    /// In the transaction of a session, which is open.
+    SqliteWriter(SqliteSession& session, Session::LeasePointer lease, const EditPlan& plan);
     ~SqliteWriter() override;
 
     std::optional<Value> Read(const RowKey& key, std::size_t column, Progress& progress) override;
@@ -26,7 +29,12 @@ private:
     void WritePieces(const RowKey& key, std::size_t column, const Value& value,
                      Progress& progress) const;
 
-    SqliteDatabase m_database;
+    SqliteWriter(std::shared_ptr<SqliteDatabase> database, Session::LeasePointer lease,
+                 const EditPlan& plan);
+
+    const Session::LeasePointer m_lease; ///< first, so that it ends last
+    SqliteSession* m_session = nullptr;
+    const std::shared_ptr<SqliteDatabase> m_database;
     const EditPlan& m_plan;
     std::string m_table; ///< quoted, with the schema
     bool m_isOpen = false;

@@ -3,6 +3,8 @@
 
 #include "vnbytstr/CacheException.h"
 
+#include <cstddef>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -21,12 +23,15 @@ enum ExitCode {
 /// An error with the message for the user: what happened, to what, what to do.
 class Failure : public std::runtime_error {
 public:
-    Failure(ExitCode code, const std::string& message)
-        : std::runtime_error(message), m_code(code) {}
+    Failure(ExitCode code, const std::string& message, std::optional<std::size_t> place = {})
+        : std::runtime_error(message), m_code(code), m_place(place) {}
     ExitCode Code() const { return m_code; }
+    /// Of an error in a statement: the byte of its text where it is, if the database tells.
+    std::optional<std::size_t> GetPlace() const { return m_place; }
 
 private:
     ExitCode m_code;
+    std::optional<std::size_t> m_place;
 };
 
 /// Nobody reads the pipe that is written to any more. Not an error: a program such as head has seen
