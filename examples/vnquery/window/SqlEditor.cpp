@@ -1,5 +1,6 @@
 #include "vnquery/window/SqlEditor.h"
 
+#include "vnquery/sources/QueryGuard.h"
 #include "vnquery/sources/SqlFormat.h"
 #include "vnquery/window/Label.h"
 #include "vnquery/window/SqlHighlighter.h"
