@@ -1,11 +1,11 @@
 // A result as the window shows it: rows and columns in the user's order, changed cells, markers.
 #pragma once
 
+#include "vnquery/document/QueryLayout.h"
+#include "vnquery/document/SortRun.h"
 #include "vnquery/result/CellText.h"
 #include "vnquery/result/PendingEdits.h"
 #include "vnquery/sources/QueryRun.h"
-#include "vnquery/document/QueryLayout.h"
-#include "vnquery/document/SortRun.h"
 
 #include <memory>
 #include <string>

@@ -1,8 +1,8 @@
 // The main window's contents: connection, query text, progress, result.
 #pragma once
 
-#include "vnquery/sources/QueryRun.h"
 #include "vnquery/document/ResultDocument.h"
+#include "vnquery/sources/QueryRun.h"
 #include "vnquery/window/ResultList.h"
 #include "vnquery/window/ViewLayout.h"
 #include "vnquery/window/WindowText.h"
