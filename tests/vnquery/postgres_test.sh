@@ -125,6 +125,15 @@ insert into edited values (1, 'one', '', null, 1), (2, 'two', null, null, 2), (3
 SQL
 VNQUERY_ODBC=$connection TMPDIR="$folder/tmp" "$tests" --gtest_filter='OdbcWriter*' >"$folder/err" 2>&1 || fail "editing"
 
+# The tables that the server has.
+sql <<'SQL'
+create schema "Odd";
+create table "Odd"."It's ""odd""" (id int primary key default 7, n numeric(8, 2), t varchar(30) default 'a''b');
+create index on "Odd"."It's ""odd""" (t);
+create view "Odd".brief as select id from "Odd"."It's ""odd""";
+SQL
+VNQUERY_ODBC=$connection "$tests" --gtest_filter='OdbcCatalog*' >"$folder/err" 2>&1 || fail "catalog"
+
 # Ctrl-C while the server works.
 TMPDIR="$folder/tmp" "$vnquery" --connect "$connection" --sql "select pg_sleep(100)" 2>"$folder/err" &
 process=$!

@@ -111,11 +111,14 @@ void History::WithDatabase(Action&& action) const {
         sqlite3_busy_timeout(database.Get(), kWaitForLock);
         const std::string what = Text(IDS_VQ_C_NO_HISTORY, {m_file});
         database.Run("PRAGMA secure_delete = ON", what);
+        // At once, since two processes that read first could not both go on to write.
+        database.Run("BEGIN IMMEDIATE", what);
         database.Run("CREATE TABLE IF NOT EXISTS ran (id INTEGER PRIMARY KEY, sql TEXT, "
                      "connection TEXT, began INTEGER, milliseconds INTEGER, rows INTEGER, "
                      "error TEXT)",
                      what);
         action(database, what);
+        database.Run("COMMIT", what);
     };
     try {
         tryOnce();
@@ -131,7 +134,6 @@ void History::Add(const HistoryEntry& entry) const {
     if (entry.sql.size() > kLongest || MayHoldSecret(entry.sql))
         return;
     WithDatabase([&](const SqliteDatabase& database, const std::string& what) {
-        database.Run("BEGIN IMMEDIATE", what);
         const SqliteDatabase::Statement insert =
             database.Prepare("INSERT INTO ran (sql, connection, began, milliseconds, rows, error) "
                              "VALUES (?1, ?2, ?3, ?4, ?5, ?6)");
@@ -143,9 +145,8 @@ void History::Add(const HistoryEntry& entry) const {
         Bind(insert.get(), 6, entry.error);
         database.Step(insert.get(), what);
         database.Run("DELETE FROM ran WHERE id <= (SELECT max(id) FROM ran) - " +
-                         std::to_string(kCount),
+                         std::to_string(m_count),
                      what);
-        database.Run("COMMIT", what);
     });
 }
 

@@ -29,8 +29,6 @@ bool MayHoldSecret(std::string_view sql);
 /// <name>.damaged-1 (or the next free number), and a new one begun.
 class History {
 public:
-    /// The latest ones that are kept.
-    static constexpr int kCount = 1000;
     /// Longer statements are not kept.
     static constexpr std::size_t kLongest = 65536;
 
@@ -38,7 +36,9 @@ public:
     /// with its name before; "" or /dev/null, which keep nothing, where there are no settings.
     static std::string DefaultFile();
 
-    explicit History(std::string file = DefaultFile()) : m_file(std::move(file)) {}
+    /// Keeps the latest `count`.
+    explicit History(std::string file = DefaultFile(), int count = 1000)
+        : m_file(std::move(file)), m_count(count) {}
 
     /// Keeps the statement, unless MayHoldSecret(sql) or it is too long.
     void Add(const HistoryEntry& entry) const;
@@ -52,6 +52,7 @@ private:
     void WithDatabase(Action&& action) const;
 
     std::string m_file;
+    int m_count;
 };
 
 /// Queries that the user saved under names, in the settings.

@@ -111,7 +111,9 @@ Catalog OdbcCatalog::Read() const {
     std::vector<SQLWCHAR> all = ToWide("%");
     const std::vector<Row> rows = Rows(
         [&](SQLHANDLE statement) {
-            return SQLTablesW(statement, isMySql ? all.data() : nullptr, SQL_NTS, nullptr, 0,
+            // PostgreSQL's driver takes no schema for the first one of its search path.
+            return SQLTablesW(statement, isMySql ? all.data() : nullptr, SQL_NTS,
+                              m_server == SqlServer::PostgreSql ? all.data() : nullptr, SQL_NTS,
                               all.data(), SQL_NTS, nullptr, 0);
         },
         {1, 2, 3, 4});

@@ -49,6 +49,7 @@ public:
                 m_depths.push_back(OpensQuery(at) ? Depth() + 1 : -Depth());
             else if (m_words[at] == ";")
                 m_depths = {1};
+            m_isFirst = m_words[at] == ";" || (m_isFirst && token.kind == SqlTokenKind::Comment);
             end = token.end;
         }
         if (!m_tokens.empty() && m_sql.substr(end).find('\n') != std::string_view::npos)
@@ -77,7 +78,8 @@ private:
     bool BeginsClause(std::size_t at) const {
         const std::string_view word = Word(at);
         const std::string_view before = Word(at - 1);
-        if (m_depths.back() < 0 || before == "(")
+        // A line break after "--" would make a comment of it for some servers.
+        if (m_depths.back() < 0 || before == "(" || before == "-")
             return false;
         if (word == "FROM")
             return before != "DELETE" && before != "DISTINCT";
@@ -98,7 +100,8 @@ private:
         if (Word(at - 1) == ";" && !(isComment && breaks == 0))
             return breaks > 1 ? "\n\n" : "\n";
         const bool isClause = !isComment && BeginsClause(at);
-        const bool isLess = isClause || isComment || Word(at) == ")";
+        const bool isLess =
+            isClause || isComment || m_isFirst || Word(at) == ")" || Word(at) == ";";
         const std::string indent(kStep * static_cast<std::size_t>(Depth() - (isLess ? 1 : 0)), ' ');
         if (EndsLine(at - 1))
             return indent;
@@ -117,6 +120,7 @@ private:
     /// Of the open parentheses: how many of them hold queries, and one; negative in one that does
     /// not.
     std::vector<int> m_depths = {1};
+    bool m_isFirst = true; ///< no token of the statement yet
     std::string m_text;
 };
 

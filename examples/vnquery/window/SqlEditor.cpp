@@ -218,8 +218,11 @@ void SqlEditor::Replace(Range range, const QString& text) {
     QTextCursor cursor = textCursor();
     cursor.setPosition(range.begin);
     cursor.setPosition(range.end, QTextCursor::KeepAnchor);
-    if (cursor.selectedText().replace(QChar::ParagraphSeparator, u'\n') != text)
+    if (cursor.selectedText().replace(QChar::ParagraphSeparator, u'\n') != text) {
+        cursor.beginEditBlock(); // a step of its own for Undo
         cursor.insertText(text);
+        cursor.endEditBlock();
+    }
 }
 
 void SqlEditor::Insert(const QString& text) {
