@@ -283,6 +283,7 @@ void CListBoxEx::SetColumnName(int column, LPCTSTR name) {
     m_pColumns[static_cast<std::size_t>(column)].m_strHeading = name;
     if (m_pHeadings != nullptr && m_pHeadings->GetSafeHwnd() != nullptr)
         m_pHeadings->Invalidate();
+    PlaceFilterFields(); // which are called by it
 }
 
 void CListBoxEx::SetColumnType(int column, int type) {

@@ -1,7 +1,7 @@
 // CListBoxEx: what screen readers see.
 #include "messages/ResourceIds.h"
-#include "src/lists/ListBoxExInternal.h"
 #include "src/lists/ListColumns.h"
+#include "src/lists/ListFinder.h"
 #include "vnbytstr/Language.h"
 #include "vnbytstr/window/ListBox.h"
 
@@ -23,6 +23,23 @@ CString CListBoxEx::Accessible::GetAccessibleCellText(int row, int column) const
 
 CString CListBoxEx::Accessible::GetAccessibleHeading(int column) const {
     return m_list.GetColumnName(column);
+}
+
+CString CListBoxEx::Accessible::GetAccessibleCellDescription(int row, int column) const {
+    std::string buffer;
+    CString text;
+    if (m_list.m_pFinder != nullptr && m_list.IsCell(row, column) &&
+        !m_list.IsColumnHidden(column) &&
+        m_list.m_pFinder->IsMarked(m_list.m_pRows->Cell(row, column, buffer)) &&
+        LoadStringA(text, IDS_FOUND_CELL, nullptr) == 0)
+        return "contains the text searched for";
+    return text;
+}
+
+/// The first one that is shown, as people read it.
+int CListBoxEx::Accessible::GetAccessibleRowHeaderColumn() const {
+    const ColumnView view = m_list.GetColumnView();
+    return view.Count() > 1 ? view.ColumnOf(0) : -1;
 }
 
 CAccessibleTable::Sort CListBoxEx::Accessible::GetAccessibleSort(int column) const {
@@ -64,7 +81,7 @@ int CListBoxEx::Accessible::GetAccessibleFocusRow() const {
 }
 
 int CListBoxEx::Accessible::GetAccessibleFocusColumn() const {
-    return m_list.m_pActiveEditor != nullptr ? m_list.m_nCurColumn : -1;
+    return m_list.m_pActiveEditor != nullptr ? m_list.m_nCurColumn : m_list.GetFoundColumn();
 }
 
 CRect CListBoxEx::Accessible::GetAccessibleCellRect(int row, int column) const {

@@ -86,6 +86,8 @@ public:
     int GetAccessibleColumnCount() const override;
     CString GetAccessibleCellText(int row, int column) const override;
     CString GetAccessibleHeading(int column) const override;
+    CString GetAccessibleCellDescription(int row, int column) const override;
+    int GetAccessibleRowHeaderColumn() const override;
     Sort GetAccessibleSort(int column) const override;
     CString GetAccessibleSortText(Sort sort) const override;
     bool IsAccessibleRowSelected(int row) const override;

@@ -24,6 +24,7 @@ constexpr UINT kApplyChanges = WM_USER + 0x100;
 class CListFilterRow::Field : public CEdit {
 public:
     CString m_strApplied;
+    CString m_strName; ///< for screen readers
 };
 
 IMPLEMENT_DYNAMIC(CListFilterRow, CWnd)
@@ -106,6 +107,9 @@ void CListFilterRow::PlaceFields() {
     const int begin =
         HeadingGeometry::kFirstLeft + static_cast<const HeadingsOwner*>(m_pList)->GetRowsLeft();
     const int last = view.Last();
+    CString cue;
+    if (LoadStringA(cue, IDS_FILTER_CUE, nullptr) == 0)
+        cue = "Filter";
     for (int column = 0; column < static_cast<int>(places.size()); ++column) {
         const PixelSpan place = places[static_cast<std::size_t>(column)];
         const int left = place.left + begin;
@@ -115,6 +119,11 @@ void CListFilterRow::PlaceFields() {
         Field* field = isSeen ? MakeField(column) : static_cast<Field*>(GetField(column));
         if (field == nullptr)
             continue;
+        const CString name = cue + ": " + m_pList->GetColumnName(column);
+        if (name != field->m_strName) {
+            field->m_strName = name;
+            field->SetAccessibleName(name);
+        }
         if (isSeen)
             field->MoveWindow(left, 0, right - left, client.Height());
         field->ShowWindow(isSeen ? SW_SHOWNA : SW_HIDE);

@@ -58,6 +58,36 @@ TEST_F(AccessibleList, TellsAndChangesTheSelection) {
     EXPECT_EQ(list->GetFirstSel(), 1);
 }
 
+TEST_F(AccessibleList, CellsTellTheirHeadersAndHits) {
+    const auto headers = [this](int row, int column) {
+        QAccessibleTableCellInterface* cell = table->cellAt(row, column)->tableCellInterface();
+        const QList<QAccessibleInterface*> all = cell->rowHeaderCells() + cell->columnHeaderCells();
+        std::string names;
+        for (QAccessibleInterface* header : all)
+            names += header->text(QAccessible::Name).toStdString() + " ";
+        return names;
+    };
+    EXPECT_EQ(headers(1, 2), "Alpha Number ");
+    EXPECT_EQ(table->rowDescription(3).toStdString(), "bravo");
+    EXPECT_EQ(table->rowDescription(5).toStdString(), "");
+    const auto said = [this](int row, int column) {
+        return table->cellAt(row, column)->text(QAccessible::Description).toStdString();
+    };
+    EXPECT_EQ(said(1, 1), "");
+    list->FindText("linz");
+    EXPECT_EQ(said(1, 1), "contains the text searched for");
+    EXPECT_EQ(said(0, 1), "");
+    ASSERT_TRUE(list->CreateHeadingsControl(1001));
+    ASSERT_TRUE(list->EnableFilterRow());
+    list->SetColumnName(1, "Town");
+    CEdit* const field = list->GetFilterRow()->GetField(1);
+    ASSERT_NE(field, nullptr);
+    field->SetFocus();
+    EXPECT_EQ(QApplication::focusWidget()->accessibleName().toStdString(), "Filter: Town");
+    list->HideColumn(0);
+    EXPECT_EQ(headers(1, 2), "Linz Number ");
+}
+
 TEST_F(AccessibleList, HeadingsTellTheSortInTheUsersLanguage) {
     const auto said = [&] {
         std::vector<std::string> texts;

@@ -19,6 +19,14 @@ public:
     /// A cell's text as it is displayed.
     virtual CString GetAccessibleCellText(int row, int column) const = 0;
     virtual CString GetAccessibleHeading(int column) const = 0;
+    /// What there is to say of a cell besides its text ("found").
+    virtual CString GetAccessibleCellDescription(int row, int column) const {
+        static_cast<void>(row);
+        static_cast<void>(column);
+        return {};
+    }
+    /// The column whose cells name the rows; -1: none does.
+    virtual int GetAccessibleRowHeaderColumn() const { return -1; }
     virtual Sort GetAccessibleSort(int column) const = 0;
     /// What to say of a column sorted like that, in the user's language; English unless overridden.
     virtual CString GetAccessibleSortText(Sort sort) const;

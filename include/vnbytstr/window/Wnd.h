@@ -158,6 +158,8 @@ public:
     /// Describes a table that the window draws itself to screen readers. The window does not own
     /// it; null removes it. See AccessibleTable.h; call NotifyAccessibility after changes.
     void SetAccessibleTable(CAccessibleTable* table);
+    /// What screen readers call the window, if it has no text of its own that says so.
+    void SetAccessibleName(LPCTSTR name);
 
     BOOL OnCmdMsg(UINT id, int code, void* extra) override;
 

@@ -109,6 +109,8 @@ public:
                                          : table.GetAccessibleCellText(m_row, m_column));
             if (what == QAccessible::Description && m_row < 0)
                 return ToQText(table.GetAccessibleSortText(table.GetAccessibleSort(m_column)));
+            if (what == QAccessible::Description)
+                return ToQText(table.GetAccessibleCellDescription(m_row, m_column));
             return QString();
         });
     }
@@ -163,7 +165,7 @@ public:
     // The cell in its table.
     int columnExtent() const override { return 1; }
     int rowExtent() const override { return 1; }
-    QList<QAccessibleInterface*> rowHeaderCells() const override { return {}; }
+    QList<QAccessibleInterface*> rowHeaderCells() const override;
     QList<QAccessibleInterface*> columnHeaderCells() const override;
     int columnIndex() const override { return m_column; }
     int rowIndex() const override { return std::max(m_row, 0); }
@@ -270,7 +272,19 @@ public:
                        : QString();
         });
     }
-    QString rowDescription(int) const override { return {}; }
+    QString rowDescription(int row) const override {
+        return WithTable(Own(), QString(), [&](CAccessibleTable& table, Window&) {
+            const int column = table.GetAccessibleRowHeaderColumn();
+            return row >= 0 && row < table.GetAccessibleRowCount() && column >= 0
+                       ? ToQText(table.GetAccessibleCellText(row, column))
+                       : QString();
+        });
+    }
+    int RowHeaderColumn() const {
+        return WithTable(Own(), -1, [](CAccessibleTable& table, Window&) {
+            return table.GetAccessibleRowHeaderColumn();
+        });
+    }
     QList<int> selectedRows() const override {
         return WithTable(Own(), QList<int>(), [](CAccessibleTable& table, Window& window) {
             QList<int> rows;
@@ -352,6 +366,15 @@ private:
 
     mutable std::map<std::pair<int, int>, QAccessible::Id> m_cells;
 };
+
+QList<QAccessibleInterface*> CellInterface::rowHeaderCells() const {
+    auto* table = dynamic_cast<TableInterface*>(parent());
+    const int column = table != nullptr && m_row >= 0 ? table->RowHeaderColumn() : -1;
+    if (column < 0)
+        return {};
+    // That cell is its own header, too: Qt asks the cell in column 0 for the header of the row.
+    return {table->Cell(m_row, column)};
+}
 
 QList<QAccessibleInterface*> CellInterface::columnHeaderCells() const {
     auto* table = dynamic_cast<TableInterface*>(parent());

@@ -368,6 +368,17 @@ void CWnd::DragAcceptFiles(BOOL accept) {
     ModifyStyleEx(accept ? 0 : WS_EX_ACCEPTFILES, accept ? WS_EX_ACCEPTFILES : 0);
 }
 
+void CWnd::SetAccessibleName(LPCTSTR name) {
+    Window* window = Of(this);
+    if (window == nullptr)
+        return;
+    const QString text = vnbytstr::detail::ToQString(name != nullptr ? name : "");
+    QWidget* const widget = window->Widget();
+    widget->setAccessibleName(text);
+    if (QWidget* const field = widget->focusProxy(); field != nullptr) // that of a system class
+        field->setAccessibleName(text);
+}
+
 void CWnd::SetAccessibleTable(CAccessibleTable* table) {
     if (Window* window = Of(this))
         window->SetAccessible(table);
