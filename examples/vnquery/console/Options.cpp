@@ -193,39 +193,25 @@ void SetFormats(const CLI::App& app, Options& options, const RawOptions& raw) {
 
 // --- options that would be ignored ---------------------------------------------------------------
 
-using Formats = std::vector<Format>;
-
 struct FormatOption {
     const char* name;
     const char* needs; ///< one of these
-    Formats formats;   ///< that it has an effect on
     bool isForSaving = false;
 };
 
-const std::vector<FormatOption>& FormatOptions() {
-    using enum Format;
-    const Formats lines = {Text, Records};
-    const Formats any = {Text, Records, Csv, Tsv, Json, JsonLines, Markdown, Insert, Html, Xml};
-    static const std::vector<FormatOption> options = {
-        {"--ccsid", "--export, --save", {Text, Records, Csv, Tsv, Markdown, Insert}, true},
-        {"--record-length", "--export, --save --ccsid", lines, true},
-        {"--line-break", "--export, --save --ccsid", any, true},
-        {"--line-ends", "--export, --save --ccsid", lines, true},
-        {"--entities", "--export, --save --ccsid", lines, true},
-        {"--strict", "--export, --save --ccsid", any, true},
-        {"--separator", "--export, --format", {Text, Records, Csv}},
-        {"--blobs",
-         "--export, --format",
-         {Text, Records, Csv, Tsv, Json, JsonLines, Markdown, Html, Xml}},
-        {"--headings", "--export, --format", {Text, Records, Csv, Tsv, Markdown, Html}},
-        {"--table", "--format insert", {Insert}},
-        {"--null",
-         "--export, --format",
-         {Table, Vertical, Text, Records, Csv, Tsv, Markdown, Html}},
-        {"--text-limit", "--format table", {Table}},
-        {"--widths", "--format table", {Table}}};
-    return options;
-}
+constexpr FormatOption kFormatOptions[] = {{"--ccsid", "--export, --save", true},
+                                           {"--record-length", "--export, --save --ccsid", true},
+                                           {"--line-break", "--export, --save --ccsid", true},
+                                           {"--line-ends", "--export, --save --ccsid", true},
+                                           {"--entities", "--export, --save --ccsid", true},
+                                           {"--strict", "--export, --save --ccsid", true},
+                                           {"--separator", "--export, --format"},
+                                           {"--blobs", "--export, --format"},
+                                           {"--headings", "--export, --format"},
+                                           {"--table", "--format insert"},
+                                           {"--null", "--export, --format"},
+                                           {"--text-limit", "--format table"},
+                                           {"--widths", "--format table"}};
 
 [[noreturn]] void RefuseWithout(const std::string& option, const std::string& needed) {
     throw Failure(kBadUsage, Text(IDS_VQ_CL_NEEDS, {option, needed}));
@@ -234,18 +220,18 @@ const std::vector<FormatOption>& FormatOptions() {
 void CheckFormatOptions(const CLI::App& app, const Options& options) {
     const Format chosen = options.exportFormat.format;
     const WORD ccsid = options.exportFormat.ccsid;
-    Formats written;
+    std::vector<Format> written;
     if (!options.exportFile.empty())
         written.push_back(chosen);
     if (!options.quiet)
         written.push_back(options.display.format);
     else if (options.exportFile.empty() && app.count("--format") > 0)
         RefuseWithout("--format", "--export");
-    for (const FormatOption& option : FormatOptions()) {
+    for (const FormatOption& option : kFormatOptions) {
+        const auto takes = [&](Format format) { return HasOption(format, option.name); };
         const bool isSaved = option.isForSaving && !options.saves.empty() &&
                              (option.name == std::string("--ccsid") || ccsid != 0);
-        if (app.count(option.name) == 0 || isSaved ||
-            std::ranges::find_first_of(written, option.formats) != written.end())
+        if (app.count(option.name) == 0 || isSaved || std::ranges::any_of(written, takes))
             continue;
         if (app.count("--format") == 0)
             RefuseWithout(option.name, option.needs);
@@ -258,8 +244,7 @@ void CheckFormatOptions(const CLI::App& app, const Options& options) {
         throw Failure(kBadUsage,
                       Text(IDS_VQ_CL_UTF8_ONLY, {NameOf(chosen), std::to_string(ccsid)}));
     const std::string separator = options.exportFormat.separator.value_or(",");
-    if (chosen == Format::Csv &&
-        (separator.empty() || separator.find_first_of("\"\r\n") != std::string::npos))
+    if (!IsSeparator(chosen, separator))
         throw Failure(kBadUsage, Text(IDS_VQ_CL_BAD_SEPARATOR, {separator}));
 }
 

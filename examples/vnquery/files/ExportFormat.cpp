@@ -1,6 +1,8 @@
 #include "vnquery/files/ExportFormat.h"
 
 #include <algorithm>
+#include <map>
+#include <vector>
 
 namespace vnquery {
 
@@ -50,6 +52,33 @@ ExportFormat Completed(ExportFormat format) {
     if (!format.headings)
         format.headings = isOneOf({Format::Csv, Format::Tsv, Format::Markdown, Format::Html});
     return format;
+}
+
+bool HasOption(Format format, std::string_view option) {
+    using enum Format;
+    static const std::map<std::string_view, std::vector<Format>> without = {
+        {"--ccsid", {Table, Vertical, Json, JsonLines, Html, Xml}},
+        {"--line-break", {Table, Vertical}},
+        {"--strict", {Table, Vertical}},
+        {"--blobs", {Table, Vertical, Insert}},
+        {"--headings", {Table, Vertical, Json, JsonLines, Insert, Xml}},
+        {"--null", {Json, JsonLines, Insert, Xml}}};
+    static const std::map<std::string_view, std::vector<Format>> only = {
+        {"--record-length", {Text, Records}},
+        {"--line-ends", {Text, Records}},
+        {"--entities", {Text, Records}},
+        {"--separator", {Text, Records, Csv}},
+        {"--table", {Insert}},
+        {"--text-limit", {Table}},
+        {"--widths", {Table}}};
+    const auto some = only.find(option);
+    const auto& formats = some != only.end() ? some->second : without.at(option);
+    return (std::ranges::find(formats, format) != formats.end()) == (some != only.end());
+}
+
+bool IsSeparator(Format format, std::string_view text) {
+    return format != Format::Csv ||
+           (!text.empty() && text.find_first_of("\"\r\n") == std::string_view::npos);
 }
 
 bool IsUtf8Only(Format format) {

@@ -66,6 +66,10 @@ struct ExportFormat {
 
 /// The same with all that was not set.
 ExportFormat Completed(ExportFormat format);
+/// Whether the format takes that detail, by the name of its option, such as "--ccsid".
+bool HasOption(Format format, std::string_view option);
+/// Whether the format can have that text between its columns: Csv takes no quotes and line breaks.
+bool IsSeparator(Format format, std::string_view text);
 /// Whether the format can only be UTF-8.
 bool IsUtf8Only(Format format);
 

@@ -8,6 +8,8 @@
 #include "vnquery/sources/SqliteSource.h"
 #include "vnquery/sources/SqliteWriter.h"
 
+#include <sqlite3.h>
+
 namespace vnquery {
 
 std::string Connection::GetDisplayName() const {
@@ -19,6 +21,14 @@ SqlServer FindServer(const Connection& connection) {
         return OdbcConnection(connection.dataSource, OdbcConnection::Access::Read).GetServer();
     const SqliteDatabase opened(connection.file, SqliteDatabase::Access::Read);
     return SqlServer::Sqlite;
+}
+
+std::string DescribeServer(const Connection& connection) {
+    if (connection.file.empty())
+        return OdbcConnection(connection.dataSource, OdbcConnection::Access::Read).GetSystem();
+    // Reads the schema, which a file that is no database does not have.
+    const SqliteSource source(connection.file, "select 1 from sqlite_schema", SourceUse::ReadOnly);
+    return std::string("SQLite ") + sqlite3_libversion();
 }
 
 std::unique_ptr<RowSource> OpenSource(const Connection& connection, const std::string& sql,

@@ -25,6 +25,9 @@ struct Connection {
 /// Opens the connection to find out how SQL text is read there. Throws Failure.
 SqlServer FindServer(const Connection& connection);
 
+/// Opens the connection and tells the server's name and version. Throws Failure.
+std::string DescribeServer(const Connection& connection);
+
 /// Runs a query. Throws Failure and Interrupted.
 std::unique_ptr<RowSource> OpenSource(const Connection& connection, const std::string& sql,
                                       SourceUse use, const Parameters& parameters = {});

@@ -32,9 +32,8 @@ std::size_t EndOfValue(std::string_view text, std::size_t at, bool isSecret) {
     return std::min(text.find(';', at), text.size());
 }
 
-} // namespace
-
-std::string HidePasswords(std::string_view text) {
+/// The string with `mask` in the place of the secrets' values, or without them.
+std::string Mask(std::string_view text, const char* mask) {
     std::string shown;
     for (std::size_t at = 0; at < text.size();) {
         const std::size_t keyEnd = std::min(text.find_first_of("=;", at), text.size());
@@ -42,15 +41,56 @@ std::string HidePasswords(std::string_view text) {
         const std::string_view key = text.substr(at, keyEnd - at);
         const bool isSecret = hasValue && IsSecret(key);
         const std::size_t end = hasValue ? EndOfValue(text, keyEnd + 1, isSecret) : keyEnd;
-        if (isSecret)
-            shown.append(key).append("=***");
-        else
+        if (!isSecret)
             shown += text.substr(at, end - at);
-        if (end < text.size())
+        else if (mask)
+            shown.append(key).append("=").append(mask);
+        if (end < text.size() && (!isSecret || mask))
             shown += ';';
         at = end + 1;
     }
     return shown;
+}
+
+std::string_view Trim(std::string_view text) {
+    text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
+    return text.substr(0, text.find_last_not_of(kBlanks) + 1);
+}
+
+} // namespace
+
+std::string HidePasswords(std::string_view text) { return Mask(text, "***"); }
+std::string RemovePasswords(std::string_view text) { return Mask(text, nullptr); }
+
+ConnectionKeys ParseConnection(std::string_view text) {
+    ConnectionKeys keys;
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t keyEnd = std::min(text.find_first_of("=;", at), text.size());
+        const bool hasValue = keyEnd < text.size() && text[keyEnd] == '=';
+        const std::size_t end = hasValue ? EndOfValue(text, keyEnd + 1, true) : keyEnd;
+        std::string value(hasValue ? Trim(text.substr(keyEnd + 1, end - keyEnd - 1)) : "");
+        if (value.size() > 1 && value.front() == '{' && value.back() == '}') {
+            value = value.substr(1, value.size() - 2);
+            for (std::size_t i = 0; (i = value.find("}}", i)) != std::string::npos; ++i)
+                value.erase(i, 1);
+        }
+        if (hasValue)
+            keys.emplace_back(Trim(text.substr(at, keyEnd - at)), value);
+        at = end + 1;
+    }
+    return keys;
+}
+
+std::string MakeConnection(const ConnectionKeys& keys) {
+    std::string text;
+    for (auto [key, value] : keys) {
+        const bool isQuoted = value.find_first_of("[]{}(),;?*=!@") != std::string::npos ||
+                              Trim(value).size() != value.size();
+        for (std::size_t i = 0; isQuoted && (i = value.find('}', i)) != std::string::npos; i += 2)
+            value.insert(i, 1, '}');
+        text.append(key).append(isQuoted ? "={" : "=").append(value).append(isQuoted ? "};" : ";");
+    }
+    return text;
 }
 
 } // namespace vnquery

@@ -42,6 +42,8 @@ public:
     std::unique_ptr<OdbcHandle> NewStatement() const;
     /// How the server reads SQL text.
     SqlServer GetServer() const;
+    /// The server's name and version.
+    std::string GetSystem() const { return GetInfo(SQL_DBMS_NAME) + ' ' + GetInfo(SQL_DBMS_VER); }
     /// How many rows a block may have; 0: they have to be read row by row. Blocks are only for
     /// PostgreSQL's driver. What others say of themselves cannot be relied on: MariaDB's claims all
     /// that blocks need, cuts values that are read again and leaves out rows.

@@ -23,7 +23,6 @@
 #include <QPushButton>
 #include <QShortcut>
 #include <QStackedWidget>
-#include <QStyle>
 #include <QTextBlock>
 #include <QToolButton>
 
@@ -37,9 +36,9 @@ constexpr DWORD kTextPage = 65536;
 constexpr DWORD kBytesPage = 2048 * HexDump::kBytesPerLine;
 constexpr int kMaxMarks = 1000;
 constexpr UINT kPageTexts[] = {IDS_VQ_P_FIRST, IDS_VQ_V_PREVIOUS, IDS_VQ_V_NEXT, IDS_VQ_P_LAST};
-constexpr QStyle::StandardPixmap kPageIcons[] = {QStyle::SP_MediaSkipBackward, QStyle::SP_ArrowBack,
-                                                 QStyle::SP_ArrowForward,
-                                                 QStyle::SP_MediaSkipForward};
+/// Characters, which have the palette's colour and turn with the direction of the texts.
+constexpr const char16_t* kPageSigns[] = {u"\u00AB", u"\u2039", u"\u203A", u"\u00BB"};
+constexpr const char16_t* kFindSigns[] = {u"\u25B2", u"\u25BC", u"\u2715"};
 constexpr UINT kFindTexts[] = {IDS_VQ_P_FIND_PREVIOUS, IDS_VQ_P_FIND_NEXT, IDS_VQ_CANCEL};
 enum Button { kLoad, kSave, kNull, kDefault, kUndo, kAccept, kButtons };
 constexpr UINT kButtonTexts[] = {IDS_VQ_V_LOAD,        IDS_VQ_V_SAVE, IDS_VQ_M_SET_NULL,
@@ -76,6 +75,11 @@ std::size_t CutBytes(std::string_view text) {
 /// blanks of no-break spaces.
 QString RawText(const QPlainTextEdit& edit) {
     return edit.document()->toRawText().replace(QChar::ParagraphSeparator, u'\n');
+}
+
+/// Keeps a number and its unit in their order among texts that run from right to left.
+std::string LeftToRight(const std::string& text) {
+    return AreTextsRightToLeft() ? "\u2066" + text + "\u2069" : text;
 }
 
 std::optional<DWORD> ParseOffset(QString text) {
@@ -135,7 +139,6 @@ void ValuePane::Build() {
     m_views = new QComboBox;
     m_info = new QLabel;
     m_info->setWordWrap(true);
-    m_info->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_text = new QPlainTextEdit;
     m_picture = new PictureView;
     m_stack = new QStackedWidget;
@@ -146,26 +149,26 @@ void ValuePane::Build() {
     m_needle = new QLineEdit;
     m_needle->setClearButtonEnabled(true);
     m_found = new QLabel;
-    const auto add = [](QHBoxLayout* bar, QToolButton*& button) {
-        button = new QToolButton;
+    const auto add = [](QHBoxLayout* bar, const char16_t* sign) {
+        auto* const button = new QToolButton;
+        button->setText(QString::fromUtf16(sign));
         button->setAutoRaise(true);
         bar->addWidget(button);
+        return button;
     };
     m_pageBar = new QWidget;
     auto* const pages = new QHBoxLayout(m_pageBar);
     pages->setContentsMargins({});
-    for (QToolButton*& button : m_pageButtons)
-        add(pages, button);
-    pages->addWidget(m_page, 1);
-    pages->addWidget(m_offset);
-    m_offset->setMaximumWidth(fontMetrics().averageCharWidth() * 14);
+    for (int i = 0; i < 4; ++i)
+        m_pageButtons[i] = add(pages, kPageSigns[i]);
+    pages->addWidget(m_offset, 1);
     m_findBar = new QWidget;
     auto* const finding = new QHBoxLayout(m_findBar);
     finding->setContentsMargins({});
     finding->addWidget(m_needle, 1);
     finding->addWidget(m_found);
-    for (QToolButton*& button : m_findButtons)
-        add(finding, button);
+    for (int i = 0; i < 3; ++i)
+        m_findButtons[i] = add(finding, kFindSigns[i]);
     auto* const buttons = new QGridLayout;
     for (int i = 0; i < kButtons; ++i)
         buttons->addWidget(m_buttons[i] = new QPushButton, i / 2, i % 2);
@@ -173,6 +176,7 @@ void ValuePane::Build() {
     all->addWidget(m_views);
     all->addWidget(m_info);
     all->addWidget(m_stack, 1);
+    all->addWidget(m_page);
     all->addWidget(m_pageBar);
     all->addWidget(m_findBar);
     all->addLayout(buttons);
@@ -194,18 +198,10 @@ void ValuePane::Relabel() {
     name(m_needle, IDS_VQ_P_FIND);
     m_offset->setPlaceholderText(PlainLabel(IDS_VQ_V_OFFSET));
     m_needle->setPlaceholderText(PlainLabel(IDS_VQ_P_FIND));
-    const auto icon = [this](QStyle::StandardPixmap pixmap) {
-        return style()->standardIcon(pixmap, nullptr, this);
-    };
-    for (int i = 0; i < 4; ++i) {
+    for (int i = 0; i < 4; ++i)
         name(m_pageButtons[i], kPageTexts[i]);
-        m_pageButtons[i]->setIcon(icon(kPageIcons[isRightToLeft() && i % 3 == 0 ? 3 - i : i]));
-    }
     for (int i = 0; i < 3; ++i)
         name(m_findButtons[i], kFindTexts[i]);
-    m_findButtons[0]->setIcon(icon(QStyle::SP_ArrowUp));
-    m_findButtons[1]->setIcon(icon(QStyle::SP_ArrowDown));
-    m_findButtons[2]->setIcon(icon(QStyle::SP_BrowserStop));
     for (int i = 0; i < kButtons; ++i)
         m_buttons[i]->setText(Label(kButtonTexts[i]).section(u'\t', 0, 0));
     m_buttons[kAccept]->setToolTip(
@@ -315,7 +311,7 @@ void ValuePane::ShowPicture() {
     const std::string kind = PictureName(RecognisePicture(m_shown.value));
     const std::string width = std::to_string(size.width());
     const std::string height = std::to_string(size.height());
-    const std::string length = FormatSize(m_shown.value.GetLength());
+    const std::string length = LeftToRight(FormatSize(m_shown.value.GetLength()));
     m_picture->SetImage(image);
     m_fault = !image.isNull() ? QString()
               : size.isEmpty() || size.width() < 8192
@@ -359,10 +355,10 @@ void ValuePane::ShowPage(DWORD begin) {
 
 void ValuePane::ShowInfo() {
     const Value& value = m_shown.value;
-    const std::string size = FormatSize(value.GetLength());
+    const std::string size = LeftToRight(FormatSize(value.GetLength()));
     QString info;
     if (!m_hasValue)
-        info = QString();
+        info.clear();
     else if (m_shown.isDefault)
         info = Label(IDS_VQ_V_DEFAULT_INFO);
     else if (value.IsNull())
@@ -376,7 +372,7 @@ void ValuePane::ShowInfo() {
     else if (value.GetType() == Value::Type::Binary)
         info = Label(IDS_VQ_V_BYTES_INFO, {size});
     else
-        info = Label(IDS_VQ_V_TEXT_INFO, {size + " (UTF-8)"});
+        info = Label(IDS_VQ_V_TEXT_INFO, {LeftToRight(FormatSize(value.GetLength()) + " (UTF-8)")});
     if (m_shown.isEditable && m_view == View::Text && !m_canType &&
         value.GetType() == Value::Type::Text)
         info += u'\n' + Label(IDS_VQ_P_NOT_TYPED);
@@ -390,7 +386,9 @@ void ValuePane::ShowInfo() {
 void ValuePane::UpdateButtons() {
     const bool isEditable = m_hasValue && m_shown.isEditable;
     const bool hasDraft = HasDraft();
-    m_pageBar->setVisible(m_view != View::Picture && m_paged.GetLength() > 0);
+    const bool isPaged = m_begin > 0 || m_end < m_paged.GetLength() || m_view == View::Bytes;
+    m_pageBar->setVisible(m_view != View::Picture && isPaged);
+    m_page->setVisible(m_view != View::Picture && isPaged);
     m_findBar->setVisible(IsTextView() && m_paged.GetLength() > 0);
     m_buttons[kLoad]->setEnabled(isEditable);
     m_buttons[kSave]->setEnabled(m_hasValue && !m_shown.value.IsNull());
