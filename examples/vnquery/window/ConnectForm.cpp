@@ -137,13 +137,15 @@ void ConnectForm::Build() {
     m_message->setWordWrap(true);
     m_form->addRow(m_message);
     auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Cancel);
-    buttons->addButton(Label(IDS_VQ_D_CONNECT), QDialogButtonBox::AcceptRole)->setDefault(true);
+    QPushButton* const go =
+        buttons->addButton(Label(IDS_VQ_D_CONNECT), QDialogButtonBox::AcceptRole);
     QPushButton* const test =
         buttons->addButton(Label(IDS_VQ_P_TEST), QDialogButtonBox::ActionRole);
     connect(test, &QPushButton::clicked, this, [this] { Test(); });
     connect(buttons, &QDialogButtonBox::accepted, this, &ConnectForm::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &ConnectForm::reject);
     m_form->addRow(buttons);
+    go->setDefault(true); // once it is the dialog's
     setMinimumWidth(fontMetrics().averageCharWidth() * 70);
 }
 

@@ -128,8 +128,10 @@ ExportForm::ExportForm(const std::string& table, QWidget* parent)
         {"--entities", check(IDS_VQ_X_ENTITIES)},
         {"--strict", check(IDS_VQ_X_STRICT)}};
     auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Cancel);
-    buttons->addButton(Label(IDS_VQ_X_EXPORT), QDialogButtonBox::AcceptRole)->setDefault(true);
+    QPushButton* const go =
+        buttons->addButton(Label(IDS_VQ_X_EXPORT), QDialogButtonBox::AcceptRole);
     m_form->addRow(buttons);
+    go->setDefault(true); // once it is the dialog's
     connect(buttons, &QDialogButtonBox::accepted, this, &ExportForm::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &ExportForm::reject);
     connect(m_format, &QComboBox::currentIndexChanged, this, [this] { ShowFormat(); });
