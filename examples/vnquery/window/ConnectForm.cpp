@@ -145,7 +145,9 @@ void ConnectForm::Build() {
     connect(buttons, &QDialogButtonBox::accepted, this, &ConnectForm::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &ConnectForm::reject);
     m_form->addRow(buttons);
-    go->setDefault(true); // once it is the dialog's
+    go->setDefault(true);                         // once it is the dialog's
+    for (QLabel* label : findChildren<QLabel*>()) // a mark within a word makes Arabic wider
+        label->setMinimumWidth(label->sizeHint().width() + 2 * fontMetrics().averageCharWidth());
     setMinimumWidth(fontMetrics().averageCharWidth() * 70);
 }
 

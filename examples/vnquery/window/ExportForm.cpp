@@ -146,6 +146,8 @@ ExportForm::ExportForm(const std::string& table, QWidget* parent)
     m_format->setCurrentIndex(
         static_cast<int>(FormatOf(static_cast<const char*>(last)).value_or(Format::Csv)));
     ShowFormat();
+    for (QLabel* label : findChildren<QLabel*>()) // a mark within a word makes Arabic wider
+        label->setMinimumWidth(label->sizeHint().width() + 2 * fontMetrics().averageCharWidth());
     setMinimumWidth(fontMetrics().averageCharWidth() * 60);
 }
 
