@@ -149,7 +149,8 @@ SqlCompletion::Answer SqlCompletion::Find(std::string_view sql, std::size_t at) 
     flush();
     // The index is sorted: what begins so stands together.
     for (auto found = m_byName.lower_bound(begin);
-         found != m_byName.end() && found->first.starts_with(begin); ++found)
+         found != m_byName.end() && found->first.starts_with(begin) && words.size() < kMost;
+         ++found)
         for (const CatalogTable* table : found->second)
             add(table->name, SqlName(*table, Server()));
     for (auto found = m_bySchema.lower_bound(begin);

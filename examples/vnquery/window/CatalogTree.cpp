@@ -15,16 +15,16 @@ namespace vnquery {
 
 namespace {
 
-constexpr int kLookInterval = 20;            ///< milliseconds
-constexpr int kTableRole = Qt::UserRole;     ///< of a table: its index in the catalog
-constexpr int kAskedRole = Qt::UserRole + 1; ///< of a table: its columns were asked for
-constexpr int kNameRole = Qt::UserRole + 2;  ///< of a column: its name
+constexpr int kLookInterval = 20;             ///< milliseconds
+constexpr int kTableRole = Qt::UserRole;      ///< of a table: its index in the catalog
+constexpr int kAskedRole = Qt::UserRole + 1;  ///< of a table: its columns were asked for
+constexpr int kSpokenRole = Qt::UserRole + 3; ///< id of the text that says what the item is
+constexpr int kNameRole = Qt::UserRole + 2;   ///< of a column: its name
 
 QStandardItem* MakeItem(const QString& text, const QIcon& icon, UINT spoken) {
     auto* const item = new QStandardItem(icon, text);
     item->setEditable(false);
-    if (spoken != 0)
-        item->setData(Label(spoken, {text.toStdString()}), Qt::AccessibleTextRole);
+    item->setData(spoken, kSpokenRole);
     return item;
 }
 
@@ -44,6 +44,14 @@ class CatalogTree::Model : public QStandardItemModel {
 public:
     explicit Model(CatalogTree& tree) : QStandardItemModel(&tree), m_tree(tree) {}
 
+    /// Made when it is asked for, which is rare.
+    QVariant data(const QModelIndex& index, int role) const override {
+        const UINT spoken = role == Qt::AccessibleTextRole
+                                ? QStandardItemModel::data(index, kSpokenRole).toUInt()
+                                : 0;
+        return spoken == 0 ? QStandardItemModel::data(index, role)
+                           : Label(spoken, {index.data().toString().toStdString()});
+    }
     bool hasChildren(const QModelIndex& parent) const override {
         return parent.data(kTableRole).isValid() || QStandardItemModel::hasChildren(parent);
     }
@@ -111,11 +119,8 @@ void CatalogTree::Relabel() {
 
 void CatalogTree::changeEvent(QEvent* event) {
     QWidget::changeEvent(event);
-    if (event->type() != QEvent::LanguageChange)
-        return;
-    Relabel();
-    if (m_catalog)
-        ShowCatalog();
+    if (event->type() == QEvent::LanguageChange)
+        Relabel();
 }
 
 void CatalogTree::SetConnection(const Connection& connection) {

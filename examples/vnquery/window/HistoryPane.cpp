@@ -50,6 +50,8 @@ HistoryPane::HistoryPane(QWidget* parent)
     connect(m_rename, &QPushButton::clicked, this, &HistoryPane::Rename);
     connect(m_delete, &QPushButton::clicked, this, &HistoryPane::Delete);
     Relabel();
+    m_ran.list->header()->setStretchLastSection(false);
+    m_ran.list->header()->setSectionResizeMode(0, QHeaderView::Stretch);
     ReadSaved();
 }
 
@@ -155,6 +157,8 @@ void HistoryPane::ReadHistory() {
     } catch (const Failure& failure) {
         m_ran.model->appendRow(MakeItem(QString::fromUtf8(failure.what()), {}));
     }
+    for (const int column : {1, 2})
+        m_ran.list->resizeColumnToContents(column);
 }
 
 void HistoryPane::ReadSaved() {
