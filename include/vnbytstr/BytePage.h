@@ -15,6 +15,7 @@ public:
     CBytePage();
     ~CBytePage() override;
 
+    /// The page's number: its first byte has the index 32768 times it.
     DWORD GetPageNum() const { return m_dwPageNum; }
     /// Gives the page another number; a change marks it as to be read.
     void SetPageNum(DWORD number);

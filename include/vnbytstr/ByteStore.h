@@ -344,8 +344,8 @@ public:
     DWORD GetSwappedPageCount() const { return m_dwPagesOnFile; }
 
 protected:
-    void Init() noexcept;
-    int GetMaxPages() const { return m_nMaxPages; }
+    void Init() noexcept;                           ///< the state of a new store
+    int GetMaxPages() const { return m_nMaxPages; } ///< see SetMaxPages
     /// Gives pages back until at most `count` are resident.
     void SetMaxPages(int count);
     /// The page, made resident: from memory, from the swap file, or blank when it was never stored.

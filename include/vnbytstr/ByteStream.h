@@ -24,7 +24,7 @@
 class VNBYTSTR_API CByteStream : public CObject {
 public:
     static constexpr WORD m_wGrowLength = 32; ///< least growth of the block, in bytes
-    static constexpr DWORD kNotFound = CByteStore::kNotFound;
+    static constexpr DWORD kNotFound = CByteStore::kNotFound; ///< Find: the pattern does not occur
 
     /// Empty. A block is allocated when it is needed.
     CByteStream() noexcept { Init(); }
@@ -81,7 +81,7 @@ public:
     /// Sets the length, at most the buffer's size; 0 keeps it. Cause 4 in a store.
     void ReleaseBuffer(DWORD length = 0);
 
-    // --- size, range, cursor ---------------------------------------------------------------------
+    // --- size, range, cursor: as in CByteStore ---------------------------------------------------
     DWORD GetLength() const { return m_pStore ? m_pStore->GetLength() : m_dwLength; }
     void GetRange(DWORD& start, DWORD& end) const;
     BOOL IsByteAvailable(DWORD index) const { return GetStart() <= index && index < GetLength(); }
@@ -97,7 +97,7 @@ public:
     void SkipByte() { Skip(1); }
     void SkipWord() { Skip(2); }
 
-    // --- typed access, big-endian ----------------------------------------------------------------
+    // --- typed access, big-endian: as in CByteStore ----------------------------------------------
     inline BYTE GetByte(DWORD index) const;
     WORD GetWord(DWORD index) const;
     DWORD GetDWord(DWORD index) const;
@@ -139,7 +139,7 @@ public:
     CByteStream& operator+=(BYTE value);
     CByteStream& operator+=(WORD value);
 
-    // --- copying ---------------------------------------------------------------------------------
+    // --- copying: as in CByteStore ---------------------------------------------------------------
     void CopyFrom(DWORD index, const BYTE* bytes, DWORD count);
     void CopyFrom(DWORD index, const CByteStream& source, DWORD sourceIndex = 0, DWORD count = 0);
     void CopyFrom(DWORD index, CByteStore& source, DWORD sourceIndex = 0, DWORD count = 0);
@@ -165,7 +165,7 @@ public:
     /// In memory, all bytes from `index` on; in a store see there. Extension.
     std::span<const BYTE> GetPiece(DWORD index) const;
 
-    // --- slices, search, comparison --------------------------------------------------------------
+    // --- slices, search, comparison: as in CByteStore --------------------------------------------
     CByteStream Mid(DWORD first, DWORD count) const;
     CByteStream Mid(DWORD first) const { return Mid(first, 0xFFFFFFFF); }
     CByteStream Left(DWORD count) const { return Mid(0, count); }
@@ -179,7 +179,7 @@ public:
     bool operator!=(CByteStore& store) const { return !(store == *this); }
     bool operator!=(const char* hex) const { return !(*this == hex); }
 
-    // --- moving and discarding -------------------------------------------------------------------
+    // --- moving and discarding: as in CByteStore -------------------------------------------------
     void Shift(DWORD to, DWORD from);
     void ShiftCurrent();
     void DiscardUpTo(DWORD index);
@@ -238,9 +238,9 @@ public:
     const CByteStore* GetStore() const { return m_pStore; }
 
 protected:
-    void Init() noexcept;
-    void AllocTo(DWORD capacity);
-    void ExtendTo(DWORD length);
+    void Init() noexcept;         ///< the state of a new stream
+    void AllocTo(DWORD capacity); ///< makes the block at least as large
+    void ExtendTo(DWORD length);  ///< appends bytes up to a length
 
 private:
     enum Mode { kInternal = 0, kReadOnly = 1, kWritable = 2 };

@@ -28,10 +28,12 @@ public:
         kTooLong = 6
     };
 
+    /// With one of the causes above.
     CCacheException(int cause = 0) : m_nCause(cause) {}
 
     /// Says what the cause means and what to do. The exception knows no file name.
     BOOL GetErrorMessage(char* buffer, UINT size, UINT* helpContext = nullptr) const override;
 
+    /// The cause, as listed above.
     int m_nCause;
 };

@@ -66,6 +66,7 @@ enum EBidiShaping {
 /// U+2029 (or after 16 Mi UTF-16 units); a paragraph is held back until its end has arrived, and
 /// positions in a report are those of the beginning of the paragraph.
 struct SCCSIDLayout {
+    /// Order, direction and shapes of the text as it comes (From) and as it is to be (To).
     EBidiOrder eFromOrder = bidiLogical;
     EBidiDirection eFromDirection = bidiLeftToRight;
     EBidiOrder eToOrder = bidiLogical;
@@ -83,13 +84,15 @@ enum : UINT {
 
 /// What became of a text. Counts and positions are in bytes from the beginning of the text.
 struct STranslationReport {
+    /// No such position.
     static constexpr ULONGLONG nowhere = ~ULONGLONG{0};
+    /// Bytes read and written.
     ULONGLONG ullConsumed = 0;
     ULONGLONG ullProduced = 0;
-    ULONGLONG ullUntranslatable = 0; ///< characters the target does not hold
-    ULONGLONG ullFirstUntranslatable = nowhere;
-    ULONGLONG ullMalformed = 0; ///< sequences that are not a character of the source
-    ULONGLONG ullFirstMalformed = nowhere;
+    ULONGLONG ullUntranslatable = 0;            ///< characters the target does not hold
+    ULONGLONG ullFirstUntranslatable = nowhere; ///< position of the first one, or nowhere
+    ULONGLONG ullMalformed = 0;            ///< sequences that are not a character of the source
+    ULONGLONG ullFirstMalformed = nowhere; ///< position of the first one, or nowhere
 };
 
 /// A translation between two CCSIDs was asked for that cannot be done, or failed on the way. Thrown
@@ -97,10 +100,12 @@ struct STranslationReport {
 class VNBYTSTR_API CTranslationException : public CException {
     DECLARE_DYNAMIC(CTranslationException)
 public:
+    /// Of a translation from one CCSID into another.
     CTranslationException(WORD from, WORD to) : m_wFrom(from), m_wTo(to) {}
     /// Says which CCSID is unknown, or that the text could not be translated.
     BOOL GetErrorMessage(char* buffer, UINT size, UINT* helpContext = nullptr) const override;
 
+    /// The two CCSIDs.
     WORD m_wFrom;
     WORD m_wTo;
 };

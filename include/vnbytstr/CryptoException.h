@@ -19,6 +19,7 @@ public:
     /// always ended by a NUL. FALSE when there is no room for even that.
     virtual BOOL GetErrorMessage(char* buffer, int size);
 
+    /// The code, and the source line and file that threw it.
     int GetCode() const { return m_nCode; }
     int GetLine() const { return m_nLine; }
     const CString& GetFile() const { return m_strFile; }

@@ -35,6 +35,7 @@ public:
     const BYTE* GetKey() const { return m_key; }
     const BYTE* GetInitializationVector() const { return m_vector; }
 
+    /// The mode of operation; see EMode.
     EMode GetMode() const { return m_mode; }
     void SetMode(EMode mode) { m_mode = mode; }
     /// Whether Encrypt appends 1 to 8 bytes of padding and Decrypt takes them off. What Decrypt
@@ -70,6 +71,7 @@ public:
     void Decrypt(CByteStream& stream);
 
 protected:
+    /// The state of a new object, common to the constructors.
     void Init();
     /// Derives the round keys for one direction.
     void BuildInternalKey(bool encrypt);

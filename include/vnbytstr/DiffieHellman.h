@@ -24,8 +24,10 @@ public:
     int GetExponentLength() const { return m_nExponentLength; }
     void SetExponentLength(int bits) { m_nExponentLength = bits; }
 
+    /// Generator and modulus.
     const CByteStream& GetG() const { return m_G; }
     const CByteStream& GetN() const { return m_N; }
+    /// The generator.
     void SetG(const CByteStream& generator) { m_G = generator; }
     void SetG(const BYTE* bytes, WORD length) { Assign(m_G, bytes, length); }
     /// The modulus; a zero one gives a public value and key of zero.

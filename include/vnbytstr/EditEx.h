@@ -11,11 +11,14 @@
 /// Asks the user for a file or a folder with the platform's dialog.
 class VNBYTSTR_CONTROLS_API CBrowser {
 public:
+    /// What is asked for.
     enum EBrowseType : int { kFile = 0, kFolder = 1 };
 
+    /// An EBrowseType.
     explicit CBrowser(int type = kFile) : m_nType(type) {}
     virtual ~CBrowser() = default;
 
+    /// An EBrowseType.
     int GetBrowseType() const { return m_nType; }
     void SetBrowseType(int type) { m_nType = type; }
     /// Opens the dialog at `name`, or at the folder of that file. FALSE, with `name` unchanged, if
@@ -35,11 +38,13 @@ private:
 class VNBYTSTR_CONTROLS_API CEditEx : public CEdit {
     DECLARE_DYNAMIC(CEditEx)
 public:
+    /// The types of the control that mean something.
     enum EType : int { kInteger = 0, kText = 1, kBrowse = 3 };
 
     CEditEx() = default;
     ~CEditEx() override;
 
+    /// An EType, or any other value for plain text.
     void SetType(int type) { m_nType = type; }
     int GetType() const { return m_nType; }
     /// The range of the spinner, inclusive.

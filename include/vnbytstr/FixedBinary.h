@@ -33,6 +33,7 @@ public:
     /// From hex text (see CByteStream::CopyFromHex), as SetBytes takes its bytes.
     CFixedBinary(const char* hex);
 
+    /// Blocks of 32 bits.
     int GetLength() const { return m_nLength; }
     /// A smaller length keeps the low blocks. A larger one gives zero: the old value is dropped.
     void SetLength(int blocks);
@@ -52,6 +53,7 @@ public:
     /// Eight upper-case hex digits a block, the most significant first, leading zeros kept.
     CString Format() const;
 
+    /// As the operators of two values below.
     CFixedBinary& operator+=(const CFixedBinary& other);
     CFixedBinary& operator-=(const CFixedBinary& other);
     CFixedBinary& operator*=(const CFixedBinary& other);
@@ -99,6 +101,7 @@ VNBYTSTR_API CFixedBinary operator+(const CFixedBinary& a, const CFixedBinary& b
 VNBYTSTR_API CFixedBinary operator-(const CFixedBinary& a, const CFixedBinary& b);
 VNBYTSTR_API CFixedBinary operator*(const CFixedBinary& a, const CFixedBinary& b);
 
+/// Compare by value: leading zero blocks do not count.
 VNBYTSTR_API bool operator==(const CFixedBinary& a, const CFixedBinary& b);
 VNBYTSTR_API bool operator<(const CFixedBinary& a, const CFixedBinary& b);
 inline bool operator!=(const CFixedBinary& a, const CFixedBinary& b) { return !(a == b); }

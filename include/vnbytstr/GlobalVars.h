@@ -27,8 +27,10 @@
 class VNBYTSTR_API CGlobalVar : public CObject {
     DECLARE_DYNAMIC(CGlobalVar)
 public:
+    /// A variable with its value.
     CGlobalVar(const CString& name, const CString& value) : m_strName(name), m_strValue(value) {}
 
+    /// Name and value.
     const CString& GetName() const noexcept { return m_strName; }
     const CString& GetValue() const noexcept { return m_strValue; }
     /// 0 for an ordinary variable; see CGlobalVars::SetGlobalVariableFlag.
@@ -253,6 +255,7 @@ public:
     static int GetDescriptionFromID(GlobalVarIDs id, CString& text);
     static int GetFullDescriptionFromID(GlobalVarIDs id, CString& text);
 
+    /// Texts of the user interface's language, as of Initialize.
     const SGlobalStrings& GetGlobalStrings() const noexcept { return m_strings; }
 
     /// Saves to "Global Variables" (profile root 3): when "SaveGlobals" under "Options" is not 0,

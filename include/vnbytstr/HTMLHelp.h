@@ -27,11 +27,13 @@ class CFile;
 /// nothing; message boxes tell what goes wrong.
 class VNBYTSTR_API CVNHTMLHelp {
 public:
+    /// Pages that every help has.
     enum Topic : DWORD {
         contents = 100000,
         partialKeySearch = 100001,
         helpOnHelp = 100002,
     };
+    /// What is asked for.
     enum Command : UINT {
         helpContext = 1, ///< data is an identifier of the framework: a topic's number above the
                          ///< base of its kind

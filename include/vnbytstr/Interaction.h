@@ -36,6 +36,7 @@ public:
 /// Makes an interaction current for the life of this object.
 class VNBYTSTR_API ScopedInteraction {
 public:
+    /// The interaction must outlive this object.
     explicit ScopedInteraction(Interaction& interaction) noexcept
         : m_previous(Interaction::Install(&interaction)) {}
     ~ScopedInteraction() { Interaction::Install(m_previous); }

@@ -13,6 +13,7 @@ class CListBoxEx;
 class VNBYTSTR_CONTROLS_API CListBoxCellEdit : public CEditEx {
     DECLARE_DYNAMIC(CListBoxCellEdit)
 public:
+    /// A CBrowser::EBrowseType.
     explicit CListBoxCellEdit(int browseType = CBrowser::kFile) : m_browser(browseType) {}
 
     /// What the browse button opens.

@@ -323,7 +323,7 @@ public:
     void EnableGreyNulls(BOOL on = TRUE);
 
 protected:
-    void Init();
+    void Init(); ///< the state of a new list
     int OnCreate(LPCREATESTRUCT create);
     void OnDestroy();
     void OnEnable(BOOL on);
@@ -345,34 +345,34 @@ protected:
     void PreSubclassWindow() override;
     DECLARE_MESSAGE_MAP()
 
-    CString m_strSeparator;
-    CWnd* m_pActiveEditor = nullptr;
-    BOOL m_bRightAligned = FALSE;
-    int m_nColumns = 0;
-    std::unique_ptr<SListColumn[]> m_pColumns;
+    CString m_strSeparator;                     ///< between the values in a row's text
+    CWnd* m_pActiveEditor = nullptr;            ///< the open editor
+    BOOL m_bRightAligned = FALSE;               ///< see SetRightAligned
+    int m_nColumns = 0;                         ///< columns, their number
+    std::unique_ptr<SListColumn[]> m_pColumns;  ///< the columns
     std::unique_ptr<int[]> m_pFractionalWidths; ///< percent per column; may be null
-    BOOL m_bWidthsComputed = FALSE;
-    int m_nOffset = 2;
-    CListBoxExHeadings m_Headings;
-    CListBoxExHeadings* m_pHeadings = nullptr;
-    BOOL m_bSortEnabled = FALSE;
-    int m_nSortColumn = -1;
-    int m_nSortState = kNotSorted;
-    BOOL m_bEditing = FALSE;
-    int m_nCurRow = -1;
-    int m_nCurColumn = -1;
-    BOOL m_bCommitting = FALSE; ///< the parent (or the source) is being asked about a value
-    BOOL m_bPrintInput = FALSE;
-    CString m_strTyped;
-    DWORD m_dwTypedTime = 0;
-    CByteArray m_DragDrop;      ///< per row
-    CByteArray m_EditSubTypes;  ///< per row
-    CWordArray m_EditDataTypes; ///< per row
-    CStringArray m_FileNames;   ///< per row
-    CString m_strNull;          ///< stands for a null value
-    CString m_strDefault;       ///< stands for a default value
-    BOOL m_bReadOnly = FALSE;
-    CListDropTarget m_DropTarget;
+    BOOL m_bWidthsComputed = FALSE;             ///< the columns have their widths
+    int m_nOffset = 2;                          ///< pixels before a cell's text
+    CListBoxExHeadings m_Headings;              ///< the list's own header control
+    CListBoxExHeadings* m_pHeadings = nullptr;  ///< the one in use
+    BOOL m_bSortEnabled = FALSE;                ///< see EnableSort
+    int m_nSortColumn = -1;                     ///< sorted by it; -1: not sorted
+    int m_nSortState = kNotSorted;              ///< and how
+    BOOL m_bEditing = FALSE;                    ///< see EnableEditing
+    int m_nCurRow = -1;                         ///< its cell
+    int m_nCurColumn = -1;                      ///< its cell
+    BOOL m_bCommitting = FALSE;   ///< the parent (or the source) is being asked about a value
+    BOOL m_bPrintInput = FALSE;   ///< typing searches
+    CString m_strTyped;           ///< what has been typed
+    DWORD m_dwTypedTime = 0;      ///< and when
+    CByteArray m_DragDrop;        ///< per row
+    CByteArray m_EditSubTypes;    ///< per row
+    CWordArray m_EditDataTypes;   ///< per row
+    CStringArray m_FileNames;     ///< per row
+    CString m_strNull;            ///< stands for a null value
+    CString m_strDefault;         ///< stands for a default value
+    BOOL m_bReadOnly = FALSE;     ///< see SetReadOnly
+    CListDropTarget m_DropTarget; ///< takes files
 
     /// FALSE: this class's SortInternal does not need the items' values during Sort. Without an
     /// override that is so anyway for CListBoxEx and CVNListBox.

@@ -103,6 +103,7 @@ protected:
     void OnKillFocus(CWnd* next);
     DECLARE_MESSAGE_MAP()
 
+    /// The list that it belongs to.
     CListBoxEx* m_pList = nullptr;
     /// What a pressed mouse button is doing.
     const std::shared_ptr<vnbytstr::detail::HeadingTracking> m_pTracking;

@@ -44,18 +44,19 @@ enum EListSortState : int { kNotSorted = 0, kSortedAscending = 1, kSortedDescend
 
 /// One column of a CListBoxEx. Widths and spacings are in pixels.
 struct SListColumn {
-    int m_nWidth = 0;   ///< 0: not chosen yet
-    int m_nSpacing = 0; ///< kept free at the column's right edge
-    CString m_strHeading;
-    int m_nSortType = 0; ///< 0: text; anything else: integer
-    int m_nEditorType = kEditorNone;
-    int m_nEditorMaxLength = 0; ///< in bytes; 0: only the edit control's own limit
-    LONG m_lEditorMin = 0;      ///< range of kEditorNumber, inclusive
+    int m_nWidth = 0;                ///< 0: not chosen yet
+    int m_nSpacing = 0;              ///< kept free at the column's right edge
+    CString m_strHeading;            ///< text of the header
+    int m_nSortType = 0;             ///< 0: text; anything else: integer
+    int m_nEditorType = kEditorNone; ///< an EListEditor
+    int m_nEditorMaxLength = 0;      ///< in bytes; 0: only the edit control's own limit
+    LONG m_lEditorMin = 0;           ///< range of kEditorNumber, inclusive
+    /// The range of kEditorNumber, inclusive.
     LONG m_lEditorMax = 0;
     std::unique_ptr<CString[]> m_pEditorStrings; ///< the choices of a combo editor
-    int m_nEditorStrings = 0;
-    int m_nAlignment = kAlignDefault; ///< an EListAlignment
-    bool m_bHidden = false;
-    CString m_strTip;  ///< of the heading; empty: name and type
-    CString m_strType; ///< of the column's values, for the tip
+    int m_nEditorStrings = 0;                    ///< how many
+    int m_nAlignment = kAlignDefault;            ///< an EListAlignment
+    bool m_bHidden = false;                      ///< not shown
+    CString m_strTip;                            ///< of the heading; empty: name and type
+    CString m_strType;                           ///< of the column's values, for the tip
 };

@@ -27,6 +27,7 @@ public:
     BOOL OnDrop(CWnd* window, COleDataObject* data, DROPEFFECT effect, CPoint point) override;
 
 protected:
+    /// The list, whether files are offered, and the name of the first file.
     CListBoxEx* m_pList = nullptr;
     BOOL m_bFilesOnOffer = FALSE;
     CString m_strFile;

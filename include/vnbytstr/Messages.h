@@ -62,8 +62,10 @@ namespace vnbytstr {
 /// One argument of FormatString, with its type.
 class FormatArgument {
 public:
+    /// How the argument is passed.
     enum class Kind : unsigned char { Signed, Unsigned, Floating, Text, Pointer };
 
+    /// An integer or an enumeration.
     template <typename T>
     requires std::is_integral_v<T> || std::is_enum_v<T> FormatArgument(T value)
         : m_kind(std::is_signed_v<T> ? Kind::Signed : Kind::Unsigned), m_size(sizeof(T)),
@@ -71,6 +73,7 @@ public:
         if constexpr (std::is_enum_v<T>)
             *this = FormatArgument(static_cast<std::underlying_type_t<T>>(value));
     }
+    /// A number, a text (null: an empty one) or an address.
     FormatArgument(double value) : m_kind(Kind::Floating), m_floating(value) {}
     FormatArgument(const char* text) : m_kind(Kind::Text), m_pointer(text) {}
     FormatArgument(char* text) : FormatArgument(static_cast<const char*>(text)) {}
@@ -78,6 +81,7 @@ public:
     FormatArgument(const void* pointer) : m_kind(Kind::Pointer), m_pointer(pointer) {}
     FormatArgument(std::nullptr_t) : m_kind(Kind::Text), m_pointer(nullptr) {}
 
+    /// What it is.
     Kind GetKind() const { return m_kind; }
     /// Bytes of an integer's type.
     unsigned GetSize() const { return m_size; }

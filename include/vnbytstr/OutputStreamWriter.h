@@ -27,6 +27,7 @@ class SliceTranslator;
 /// After one, the writer can be used on. One thread at a time.
 class VNBYTSTR_API COutputStreamWriter {
 public:
+    /// What ends a line.
     enum ELineBreak : int {
         eCR = 0,   ///< "\r"
         eCRLF = 1, ///< "\r\n"
@@ -59,6 +60,7 @@ public:
     /// record index to 0.
     void LineBreak();
 
+    /// What the constructor was given.
     CFile* GetFile() const { return m_pFile; }
     WORD GetCCSID() const { return m_wCCSID; }
     /// Whether the destructor closes the file; on at first.

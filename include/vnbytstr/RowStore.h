@@ -44,6 +44,7 @@ public:
         return Lying(rowBytes, 0, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
     }
 
+    /// What it is.
     ERowValueType GetType() const { return m_type; }
     bool IsNull() const { return m_type == rowNull; }
     /// The text's CCSID, 0 for the native one and for what is not a text.
@@ -111,6 +112,7 @@ private:
 /// Threads: one at a time. Reading is not const, since it brings pages into memory.
 class VNBYTSTR_API CRowStore {
 public:
+    /// The most columns that a store may have.
     static constexpr int kMaxColumns = 32767;
     static constexpr DWORD kDefaultPages = 64;            ///< 2 MiB
     static constexpr DWORD kDefaultSegment = 0x8000'0000; ///< 2 GiB
@@ -124,6 +126,7 @@ public:
     CRowStore(const CRowStore&) = delete;
     CRowStore& operator=(const CRowStore&) = delete;
 
+    /// What the constructor was given.
     int GetColumnCount() const;
     /// A row that was begun counts once it has ended.
     DWORD GetRowCount() const;

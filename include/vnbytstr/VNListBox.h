@@ -35,11 +35,13 @@ public:
     BOOL Sort(int column) override;
 
 protected:
+    /// Shows or hides the tooltip for the pointer's place.
     void DoMouseMove(CPoint point);
     void OnMouseMove(UINT flags, CPoint point);
     void OnMouseLeave();
     DECLARE_MESSAGE_MAP()
 
+    /// The tooltip, where the pointer was last, and the tooltips' texts.
     CDataTip m_DataTip;
     BOOL m_bTipShown = FALSE;
     int m_nLastX = -1;

@@ -7,10 +7,13 @@
 class VNBYTSTR_API CXMLData {
 public:
     CXMLData() noexcept = default;
+    /// From a pointer of the parser's; null means nothing.
     explicit CXMLData(void* data) noexcept : m_data(data) {}
 
+    /// The pointer.
     void* GetData() const noexcept { return m_data; }
     void SetData(void* data) noexcept { m_data = data; }
+    /// Whether it means nothing.
     bool IsEmpty() const noexcept { return m_data == nullptr; }
 
 private:
@@ -32,6 +35,7 @@ class XMLElement;
 class VNBYTSTR_API XMLNode : public CXMLData {
 public:
     XMLNode() noexcept = default;
+    /// From a pointer of the parser's.
     explicit XMLNode(void* node) noexcept : CXMLData(node) {}
     /// The same node.
     XMLNode(const XMLElement& element) noexcept;
@@ -41,6 +45,7 @@ public:
 class VNBYTSTR_API XMLElement : public CXMLData {
 public:
     XMLElement() noexcept = default;
+    /// From a pointer of the parser's.
     explicit XMLElement(void* element) noexcept : CXMLData(element) {}
     /// The same node; null when it is not an element.
     XMLElement(const XMLNode& node);
@@ -50,5 +55,6 @@ public:
 class VNBYTSTR_API XMLNodeList : public CXMLData {
 public:
     XMLNodeList() noexcept = default;
+    /// From a pointer of the parser's.
     explicit XMLNodeList(void* list) noexcept : CXMLData(list) {}
 };

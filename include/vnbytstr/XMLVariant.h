@@ -48,6 +48,7 @@ concept VariantTarget = std::same_as<T, int> || std::same_as<T, DWORD> || std::s
 /// false) and leaves the variant empty.
 class VNBYTSTR_API CXMLVariant {
 public:
+    /// What was put in.
     enum Kind : int { kString = 0, kInteger, kDouble, kBoolean, kRaw, kPointer };
 
     /// Empty.
@@ -75,6 +76,7 @@ public:
     CXMLVariant(T* text) = delete;
     virtual ~CXMLVariant();
 
+    /// Take a value as the constructors do.
     CXMLVariant& operator=(const CXMLVariant& other);
     CXMLVariant& operator=(CXMLVariant&& other) noexcept;
     CXMLVariant& operator=(const CString& value) {
@@ -192,6 +194,7 @@ public:
     friend bool operator==(const CXMLVariant& left, T* right) = delete;
 
 protected:
+    /// What constructors and assignments do.
     void Set(const CXMLVariant& value);
     void Set(const CString& value);
     void Set(int value);

@@ -27,8 +27,8 @@ class XercesState;
 
 /// One entry of a table of names for numbers.
 struct SEnumString {
-    int m_iValue;
-    const char* m_pszName;
+    int m_iValue;          ///< the number
+    const char* m_pszName; ///< its name
 };
 
 /// An XML document object over Xerces-C.

@@ -13,6 +13,7 @@
 class VNBYTSTR_CONTROLS_API CZoomDialog : public CDialog {
     DECLARE_DYNAMIC(CZoomDialog)
 public:
+    /// The longest value that is shown in full, in bytes.
     static constexpr int kMaxBytes = 1 << 20;
     /// The time to lay out a line grows with the square of its length.
     static constexpr int kMaxLine = 1 << 15;
@@ -21,6 +22,7 @@ public:
     /// means the active window.
     CZoomDialog(const CString& value, LPCTSTR name, CWnd* parent);
 
+    /// IDOK, or IDCANCEL when the value stays as it is.
     int DoModal() override;
     /// The value: the changed one after OK.
     const CString& GetValue() const { return m_strValue; }

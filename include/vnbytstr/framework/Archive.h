@@ -19,6 +19,7 @@
 /// write what reached the file is undefined: Abort the archive. One archive, one thread at a time.
 class VNBYTSTR_API CArchive {
 public:
+    /// What the archive is for.
     enum Mode {
         store = 0,
         load = 1,
@@ -35,6 +36,7 @@ public:
     CArchive(const CArchive&) = delete;
     CArchive& operator=(const CArchive&) = delete;
 
+    /// Which of the two it is for.
     bool IsLoading() const noexcept { return (m_mode & load) != 0; }
     bool IsStoring() const noexcept { return !IsLoading(); }
     /// The file, null after Close or Abort. Its position is the archive's only after Flush.
@@ -52,6 +54,7 @@ public:
     /// Detaches the file without writing; throws nothing.
     void Abort() noexcept;
 
+    /// A value's bytes, the least significant first.
     CArchive& operator<<(BYTE value) { return Put(value); }
     CArchive& operator<<(char value) { return Put(value); }
     CArchive& operator<<(WORD value) { return Put(value); }
@@ -66,6 +69,7 @@ public:
     /// bytes; else 0xFF 0xFF 0xFF and four bytes.
     CArchive& operator<<(const CString& text);
 
+    /// A value as it was written.
     CArchive& operator>>(BYTE& value) { return Get(value); }
     CArchive& operator>>(char& value) { return Get(value); }
     CArchive& operator>>(WORD& value) { return Get(value); }
@@ -80,6 +84,7 @@ public:
         value = std::bit_cast<float>(bits);
         return *this;
     }
+    /// A value as it was written.
     CArchive& operator>>(double& value) {
         ULONGLONG bits;
         Get(bits);

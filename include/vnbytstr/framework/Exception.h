@@ -93,6 +93,7 @@ public:
     /// Throws a CFileException for a system error number.
     [[noreturn]] static void ThrowOsError(LONG osError, const char* fileName = nullptr);
 
+    /// One of the causes above, the system's error number (-1: none) and the file's name.
     int m_cause;
     LONG m_lOsError;
     CString m_strFileName;
@@ -113,15 +114,18 @@ public:
         badSchema
     };
 
+    /// With one of the causes above.
     explicit CArchiveException(int cause = none, const char* fileName = nullptr)
         : m_cause(cause), m_strFileName(fileName) {}
 
     BOOL GetErrorMessage(char* buffer, UINT size, UINT* helpContext = nullptr) const override;
 
+    /// One of the causes above, and the file's name.
     int m_cause;
     CString m_strFileName;
 };
 
+/// Throw the exception of that name.
 [[noreturn]] VNBYTSTR_API void AfxThrowMemoryException();
 [[noreturn]] VNBYTSTR_API void AfxThrowInvalidArgException();
 [[noreturn]] VNBYTSTR_API void AfxThrowUserException();

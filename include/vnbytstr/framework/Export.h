@@ -7,6 +7,7 @@
 #error "vnbytstr needs C++20: compile with -std=c++20, or link vnbytstr::vnbytstr with CMake."
 #endif
 
+/// Marks what the library exports.
 #if defined(VNBYTSTR_STATIC) // the library is linked into the program
 #define VNBYTSTR_API
 #elif !defined(_WIN32)

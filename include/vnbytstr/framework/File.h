@@ -63,7 +63,9 @@ public:
         /// name. Extension.
         modeScratch = 0x40000,
     };
+    /// Attributes of a file, as CFileStatus has them.
     enum Attribute { normal = 0x00, readOnly = 0x01, directory = 0x10 };
+    /// Where Seek counts from.
     enum SeekPosition { begin = 0, current = 1, end = 2 };
 
     /// The handle of a file that is not open.
@@ -128,12 +130,14 @@ public:
     static void Rename(const char* oldName, const char* newName);
     static void Remove(const char* name);
 
+    /// The open file; hFileNull when none is open.
     vnbytstr::FileHandle m_hFile = hFileNull;
 
 protected:
     /// Throws the CFileException for a system error number.
     [[noreturn]] void ThrowError(int osError) const;
 
+    /// The file's name, and whether the destructor closes it.
     CString m_strFileName;
     BOOL m_bCloseOnDelete = FALSE;
 

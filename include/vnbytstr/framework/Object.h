@@ -26,12 +26,14 @@ struct VNBYTSTR_API CRuntimeClass {
 class VNBYTSTR_API CDumpContext {
 public:
     virtual ~CDumpContext() = default;
+    /// Takes a piece of the text.
     virtual void Write(const char* text) = 0;
 };
 
 /// Root class. Not copyable unless a derived class says so.
 class VNBYTSTR_API CObject {
 public:
+    /// The record of the object's own class.
     virtual CRuntimeClass* GetRuntimeClass() const;
     virtual ~CObject() = default;
 
@@ -48,12 +50,14 @@ public:
     CObject(const CObject&) = delete;
     CObject& operator=(const CObject&) = delete;
 
+    /// The class's record.
     static CRuntimeClass classCObject;
 
 protected:
     CObject() = default;
 };
 
+/// The record of a class that is named.
 #define RUNTIME_CLASS(class_name) (&class_name::class##class_name)
 
 /// In a class's body: gives it a run-time class record (no creation by the framework).
@@ -76,6 +80,7 @@ public:                                                                         
 
 // A class name in parentheses would not be one.
 // NOLINTBEGIN(bugprone-macro-parentheses)
+/// In one source file, for a class declared DECLARE_DYNCREATE.
 #define IMPLEMENT_DYNCREATE(class_name, base_class_name)                                           \
     CObject* class_name::CreateObject() { return new class_name; }                                 \
     CRuntimeClass class_name::class##class_name = {                                                \

@@ -54,6 +54,7 @@ public:
     CString() noexcept : m_data(Nothing()) {}
     CString(const CString& other) noexcept : m_data(other.m_data) { AddRef(); }
     CString(CString&& other) noexcept : m_data(std::exchange(other.m_data, Nothing())) {}
+    /// A copy of the text up to its NUL.
     CString(const char* text) : m_data(Nothing()) { Assign(text, TextLength(text)); }
     CString(const unsigned char* text) : CString(reinterpret_cast<const char*>(text)) {}
     CString(std::nullptr_t) noexcept : CString() {}
@@ -79,10 +80,12 @@ public:
         std::swap(m_data, other.m_data);
         return *this;
     }
+    /// Replaces the content by the text up to its NUL, or by one byte.
     CString& operator=(const char* text) {
         Assign(text, TextLength(text));
         return *this;
     }
+    /// Replaces the content by one byte.
     CString& operator=(char ch) {
         Assign(&ch, 1);
         return *this;
@@ -107,10 +110,12 @@ public:
     /// Changes the byte at `index`; CInvalidArgException past the end.
     void SetAt(int index, char ch);
 
+    /// Appends a text.
     CString& operator+=(const CString& other) {
         Append(other.m_data, static_cast<std::size_t>(other.GetLength()));
         return *this;
     }
+    /// Appends a text up to its NUL.
     CString& operator+=(const char* text) {
         Append(text, TextLength(text));
         return *this;
@@ -147,6 +152,7 @@ public:
     /// The longest beginning none of whose bytes is in `set`.
     CString SpanExcluding(const char* set) const;
 
+    /// Makes ASCII letters upper or lower case.
     void MakeUpper();
     void MakeLower();
     /// Reverses the bytes.

@@ -17,9 +17,11 @@ public:
     CStringList() = default;
     ~CStringList() override { RemoveAll(); }
 
+    /// How many strings there are.
     int GetCount() const noexcept { return m_count; }
     bool IsEmpty() const noexcept { return m_count == 0; }
 
+    /// The string at one end. CInvalidArgException when the list is empty.
     const CString& GetHead() const { return GetAt(GetHeadPosition()); }
     CString& GetHead() { return GetAt(GetHeadPosition()); }
     const CString& GetTail() const { return GetAt(GetTailPosition()); }
@@ -46,9 +48,12 @@ public:
     const CString& GetPrev(POSITION& position) const;
     CString& GetPrev(POSITION& position);
 
+    /// The string at `position`, which must be one of this list.
     const CString& GetAt(POSITION position) const;
     CString& GetAt(POSITION position);
+    /// Replaces the string at `position`.
     void SetAt(POSITION position, CString text);
+    /// Removes the string at `position`, which is no position from then on.
     void RemoveAt(POSITION position);
     /// Puts a string beside `position`; null: at the head (before) or the tail (after). Returns the
     /// new position.

@@ -24,6 +24,7 @@
 
 #else
 
+/// Types of the interface, as wide on every system.
 using BYTE = std::uint8_t;
 using WORD = std::uint16_t;
 using DWORD = std::uint32_t;
@@ -47,9 +48,11 @@ struct HINSTANCE__;
 using HINSTANCE = HINSTANCE__*;
 
 #ifndef TRUE
+/// What a BOOL holds.
 #define TRUE 1
 #endif
 #ifndef FALSE
+/// What a BOOL holds.
 #define FALSE 0
 #endif
 

@@ -12,8 +12,10 @@ class VNBYTSTR_CONTROLS_API CAccessibleTable {
 public:
     virtual ~CAccessibleTable() = default;
 
+    /// How a column is sorted.
     enum class Sort { None, Ascending, Descending };
 
+    /// The size of the table.
     virtual int GetAccessibleRowCount() const = 0;
     virtual int GetAccessibleColumnCount() const = 0;
     /// A cell's text as it is displayed.

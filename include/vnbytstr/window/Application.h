@@ -29,7 +29,7 @@ public:
     int Main();
 
     CWnd* m_pMainWnd = nullptr; ///< Run returns when it is destroyed
-    CString m_pszAppName;
+    CString m_pszAppName;       ///< what the constructor was given
 
     BOOL OnCmdMsg(UINT id, int code, void* extra) override;
 

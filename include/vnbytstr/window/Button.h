@@ -9,6 +9,7 @@
 #include "vnbytstr/window/Export.h"
 #include "vnbytstr/window/Wnd.h"
 
+// --- styles, messages, states and notifications --------------------------------------------------
 inline constexpr DWORD BS_PUSHBUTTON = 0x0000;
 inline constexpr DWORD BS_DEFPUSHBUTTON = 0x0001;
 inline constexpr DWORD BS_CHECKBOX = 0x0002;

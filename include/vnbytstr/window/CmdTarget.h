@@ -31,6 +31,7 @@ struct AFX_MSGMAP_ENTRY {
     UINT nMessage; ///< 0 ends the map
     int nCode;     ///< notification code, or CN_*
     UINT nID;      ///< first control or command id; 0 for other messages
+    /// The last id of the range, the same as nID for one.
     UINT nLastID;
     /// A message that is registered at run time (its number); null for others.
     const UINT* pRegistered;
@@ -40,27 +41,30 @@ struct AFX_MSGMAP_ENTRY {
 /// A class's map and the function that returns its base's.
 struct AFX_MSGMAP {
     const AFX_MSGMAP* (*pfnGetBaseMap)(); ///< null at the root
-    const AFX_MSGMAP_ENTRY* lpEntries;
+    const AFX_MSGMAP_ENTRY* lpEntries;    ///< the class's own entries
 };
 
 /// Lets a command's update handler set the state of a menu item or button.
 class VNBYTSTR_CONTROLS_API CCmdUI {
 public:
     virtual ~CCmdUI() = default;
+    /// The state that the item or button is to have.
     virtual void Enable(BOOL on = TRUE);
     virtual void SetCheck(int check = 1); ///< 0 off, 1 on, 2 indeterminate
+    /// Its text.
     virtual void SetText(LPCTSTR text);
 
-    UINT m_nID = 0;
+    UINT m_nID = 0;                ///< the command
     BOOL m_bEnableChanged = FALSE; ///< a handler was found and called Enable
 };
 
 /// What a notification handler gets and answers.
 struct AFX_NOTIFY {
-    LRESULT* pResult;
-    NMHDR* pNMHDR;
+    LRESULT* pResult; ///< the handler's answer
+    NMHDR* pNMHDR;    ///< what WM_NOTIFY carries
 };
 
+/// What gets commands and notifications through a message map.
 class VNBYTSTR_CONTROLS_API CCmdTarget : public CObject {
     DECLARE_DYNAMIC(CCmdTarget)
 public:
@@ -71,6 +75,7 @@ public:
 
 protected:
     CCmdTarget() = default;
+    /// The map of the object's own class, and of this one.
     virtual const AFX_MSGMAP* GetMessageMap() const;
     static const AFX_MSGMAP* GetThisMessageMap();
     /// The first entry for the message in the maps of this class and its bases; null when there is
@@ -78,6 +83,7 @@ protected:
     const AFX_MSGMAP_ENTRY* FindMessageEntry(UINT message, int code, UINT id) const;
 };
 
+/// In a class's body: the class has a message map.
 #define DECLARE_MESSAGE_MAP()                                                                      \
 protected:                                                                                         \
     const AFX_MSGMAP* GetMessageMap() const override;                                              \
@@ -85,6 +91,7 @@ protected:                                                                      
 
 // Class names cannot stand in parentheses; a handler's parameters are its own declaration's.
 // NOLINTBEGIN(bugprone-macro-parentheses)
+/// In one source file: the map, whose entries stand between these two.
 #define BEGIN_MESSAGE_MAP(class_name, base_class_name)                                             \
     const AFX_MSGMAP* class_name::GetMessageMap() const {                                          \
         return class_name::GetThisMessageMap();                                                    \
@@ -107,6 +114,7 @@ protected:                                                                      
         [[maybe_unused]] auto* const self = static_cast<ThisClass*>(target);                       \
         call                                                                                       \
     }
+/// Entries of a message whose handler returns nothing, or the answer.
 #define AFX_VOID_ENTRY(message, call)                                                              \
     { message, 0, 0, 0, nullptr, AFX_ENTRY_FUNCTION(self->call; return 0;) }                       \
     ,
@@ -233,12 +241,14 @@ protected:                                                                      
     ,
 // ON_WM_GETFONT and ON_WM_SETFONT do not exist: use ON_MESSAGE(WM_GETFONT, ...).
 
+/// Notifications of a button and of an edit control: `void member()`.
 #define ON_BN_CLICKED(id, member) ON_CONTROL(BN_CLICKED, id, member)
 #define ON_EN_KILLFOCUS(id, member) ON_CONTROL(EN_KILLFOCUS, id, member)
 // NOLINTEND(bugprone-macro-parentheses)
 
 /// What a WM_CTLCOLOR... message looks like to its handler.
 struct AFX_CTLCOLOR {
+    /// The control, what it is drawn with, and the message's number.
     HWND hWnd;
     HDC hDC;
     UINT nCtlType;

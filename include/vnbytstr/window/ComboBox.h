@@ -11,6 +11,7 @@
 #include "vnbytstr/window/Export.h"
 #include "vnbytstr/window/Wnd.h"
 
+// --- messages, answers, notifications and styles -------------------------------------------------
 inline constexpr UINT CB_GETEDITSEL = 0x0140;
 inline constexpr UINT CB_LIMITTEXT = 0x0141;
 inline constexpr UINT CB_ADDSTRING = 0x0143;
@@ -58,11 +59,14 @@ public:
     virtual BOOL Create(DWORD style, const RECT& rect, CWnd* parent, UINT id);
     using CWnd::Create;
 
+    /// How many items there are.
     int GetCount() const;
-    int AddString(LPCTSTR text);                 ///< the new item's index
-    int InsertString(int index, LPCTSTR text);   ///< -1: at the end; not sorted in
-    int DeleteString(UINT index);                ///< how many are left
-    void ResetContent();                         ///< empties the field too
+    int AddString(LPCTSTR text);               ///< the new item's index
+    int InsertString(int index, LPCTSTR text); ///< -1: at the end; not sorted in
+    int DeleteString(UINT index);              ///< how many are left
+    void ResetContent();                       ///< empties the field too
+    /// An item's text and its length in bytes. An item that is not there gives CB_ERR, or an empty
+    /// CString.
     int GetLBText(int index, LPTSTR text) const; ///< the buffer needs GetLBTextLen + 1 bytes
     void GetLBText(int index, CString& text) const;
     int GetLBTextLen(int index) const;
@@ -83,12 +87,14 @@ public:
     int InitStorage(int items, UINT bytes);
 
     BOOL LimitText(int bytes); ///< as CEdit::LimitText
+    /// As CEdit's of these names, for the field.
     DWORD GetEditSel() const;
     void Clear();
     void Copy();
     void Cut();
     void Paste();
 
+    /// Opens or closes the list; whether it is open.
     void ShowDropDown(BOOL show = TRUE);
     BOOL GetDroppedState() const;
     void

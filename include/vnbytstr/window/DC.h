@@ -24,6 +24,7 @@ public:
     CDC() = default;
     ~CDC() override;
 
+    /// The handle; null when there is none.
     operator HDC() const { return m_hDC; }
     HDC GetSafeHdc() const { return m_hDC; }
     /// Attaches a handle. FALSE when it is null or one is attached.
@@ -40,17 +41,18 @@ public:
     /// The window drawn on; null for a context that only measures.
     CWnd* GetWindow() const;
 
-    // Objects: each returns the one selected before, null on failure.
+    /// Objects: each returns the one selected before, null on failure.
     CPen* SelectObject(CPen* pen);
     CBrush* SelectObject(CBrush* brush);
     CFont* SelectObject(CFont* font);
     HGDIOBJ SelectObject(HGDIOBJ object);
 
-    // Colours and modes: each returns the value before.
+    /// Colours and modes: each returns the value before.
     COLORREF SetTextColor(COLORREF color);
     int SetBkMode(int mode); ///< TRANSPARENT or OPAQUE (the beginning)
 
     // Shapes. Rectangles exclude their right and bottom edges.
+    /// Where the next line begins. Returns where it would have begun.
     CPoint MoveTo(int x, int y);
     CPoint MoveTo(POINT point) { return MoveTo(point.x, point.y); }
     /// A line with the selected pen up to, and not including, the point.
@@ -84,11 +86,13 @@ public:
     BOOL GetTextMetrics(LPTEXTMETRIC metrics) const;
 
     // Clipping.
+    /// The smallest rectangle that holds all that can be drawn on.
     int GetClipBox(LPRECT rect) const;
     /// From now on, until RestoreDC, nothing is drawn outside of the rectangle, nor outside of
     /// those of former calls.
     void IntersectClipRect(int left, int top, int right, int bottom);
 
+    /// The handle.
     HDC m_hDC = nullptr;
 
 protected:
@@ -100,9 +104,11 @@ protected:
 class VNBYTSTR_CONTROLS_API CPaintDC : public CDC {
     DECLARE_DYNAMIC(CPaintDC)
 public:
+    /// Begins painting the window; the destructor ends it.
     explicit CPaintDC(CWnd* window);
     ~CPaintDC() override;
 
+    /// What is to be painted, and whether the background has to be erased first.
     struct {
         HDC hdc;
         BOOL fErase;
@@ -114,6 +120,7 @@ public:
 class VNBYTSTR_CONTROLS_API CClientDC : public CDC {
     DECLARE_DYNAMIC(CClientDC)
 public:
+    /// Of the window; null: text can be measured.
     explicit CClientDC(CWnd* window);
 };
 
@@ -121,7 +128,9 @@ public:
 class VNBYTSTR_CONTROLS_API CWindowDC : public CDC {
     DECLARE_DYNAMIC(CWindowDC)
 public:
+    /// Of the window; null: text can be measured.
     explicit CWindowDC(CWnd* window);
 };
 
+/// As CDC::GetTextExtent.
 VNBYTSTR_CONTROLS_API BOOL GetTextExtentPoint32(HDC dc, LPCTSTR text, int length, LPSIZE size);

@@ -20,6 +20,7 @@
 
 #include <span>
 
+// --- styles and messages -------------------------------------------------------------------------
 inline constexpr DWORD DS_MODALFRAME = 0x0080;
 inline constexpr DWORD DS_CENTER = 0x0800;
 inline constexpr UINT DM_GETDEFID = WM_USER + 0;
@@ -30,16 +31,23 @@ inline constexpr WORD DC_HASDEFID = 0x534B;
 /// its height. Texts are in the ANSI code page and, as the items, must live until the dialog is
 /// made.
 struct CDialogTemplate {
+    /// A control: its window class, text, id, style and place in the dialog.
     struct Item {
+        /// Window class, text, id, place and styles.
         LPCSTR className;
         LPCSTR text;
         UINT id;
         DWORD style; ///< WS_CHILD and WS_VISIBLE are added
-        short x, y, cx, cy;
+        short x;
+        short y;
+        short cx;
+        short cy;
         DWORD exStyle = 0;
     };
+    /// Title, size, controls and styles.
     LPCSTR title;
-    short cx, cy; ///< of the client area
+    short cx; ///< of the client area
+    short cy; ///< of the client area
     std::span<const Item> items;
     DWORD style = WS_POPUP | WS_CAPTION | WS_SYSMENU | DS_MODALFRAME | DS_CENTER;
     DWORD exStyle = 0;
@@ -56,6 +64,7 @@ public:
     explicit CDialog(const CDialogTemplate& description, CWnd* parent = nullptr);
     ~CDialog() override;
 
+    /// As the constructor; FALSE when there is a window already.
     BOOL InitModalIndirect(const CDialogTemplate& description, CWnd* parent = nullptr);
     /// Makes a dialog that does not wait; it is shown with WS_VISIBLE or ShowWindow.
     BOOL CreateIndirect(const CDialogTemplate& description, CWnd* parent = nullptr);
@@ -77,6 +86,7 @@ public:
     /// Dialog units to pixels.
     void MapDialogRect(LPRECT rect) const;
 
+    /// A button's state: BST_*.
     void CheckDlgButton(int id, UINT check);
     UINT IsDlgButtonChecked(int id) const;
     /// Checks one of the radio buttons with ids first to last and unchecks the others.

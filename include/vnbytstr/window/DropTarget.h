@@ -11,8 +11,10 @@ namespace vnbytstr::detail {
 class TargetSink;
 }
 
+/// What kind of data, and the data.
 using CLIPFORMAT = WORD;
 using HGLOBAL = void*;
+/// The kinds that are known.
 inline constexpr CLIPFORMAT CF_TEXT = 1;
 inline constexpr CLIPFORMAT CF_HDROP = 15; ///< files
 
@@ -27,6 +29,7 @@ inline constexpr DROPEFFECT DROPEFFECT_LINK = 4;
 class VNBYTSTR_CONTROLS_API COleDataObject {
 public:
     COleDataObject();
+    /// What a Qt program is told of a drag.
     explicit COleDataObject(const vnbytstr::HostDragData* data);
     /// Local files, for programs (and tests) that drop by themselves.
     explicit COleDataObject(const CStringArray& files);
@@ -34,6 +37,7 @@ public:
     COleDataObject(const COleDataObject&) = delete;
     COleDataObject& operator=(const COleDataObject&) = delete;
 
+    /// Whether there is data of that kind.
     BOOL IsDataAvailable(CLIPFORMAT format) const;
     /// CF_HDROP: the local files as an HDROP, for DragQueryFile; it belongs to this object
     /// (DragFinish does nothing to it). CF_TEXT: a NUL-terminated text, likewise. Null when the
@@ -67,6 +71,7 @@ public:
     virtual BOOL OnDrop(CWnd* window, COleDataObject* data, DROPEFFECT effect, CPoint point);
     virtual void OnDragLeave(CWnd* window);
 
+    /// The window; null when none is registered.
     HWND m_hWnd = nullptr;
 
 private:

@@ -17,6 +17,7 @@
 #include "vnbytstr/window/Export.h"
 #include "vnbytstr/window/Wnd.h"
 
+// --- messages, notifications and styles ----------------------------------------------------------
 inline constexpr UINT EM_GETSEL = 0x00B0;
 inline constexpr UINT EM_SETSEL = 0x00B1;
 inline constexpr UINT EM_SCROLLCARET = 0x00B7;
@@ -81,13 +82,17 @@ public:
     void LimitText(int bytes = 0);
 
     BOOL GetModify() const; ///< changed by the user since SetWindowText or SetModify(FALSE)
+    /// Sets what GetModify returns.
     void SetModify(BOOL modified = TRUE);
+    /// Whether there is a change that Undo reverts, and its reverting.
     BOOL CanUndo() const;
     BOOL Undo();
+    /// Whether the user can only read and copy the text.
     BOOL SetReadOnly(BOOL readOnly = TRUE);
     /// `text` is shown while the control is empty.
     BOOL SetCueBanner(LPCTSTR text);
 
+    /// Lines of the text, at least 1.
     int GetLineCount() const;
     /// Position where a line begins (-1: the cursor's line); -1 when there is no such line.
     int LineIndex(int line = -1) const;

@@ -3,6 +3,7 @@
 
 #include "vnbytstr/framework/Export.h"
 
+/// Marks what the controls library exports.
 #if defined(VNBYTSTR_STATIC)
 #define VNBYTSTR_CONTROLS_API
 #elif !defined(_WIN32)

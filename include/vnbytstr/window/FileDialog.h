@@ -5,6 +5,7 @@
 #include "vnbytstr/window/Export.h"
 #include "vnbytstr/window/Wnd.h"
 
+// --- flags ---------------------------------------------------------------------------------------
 inline constexpr DWORD OFN_OVERWRITEPROMPT = 0x00000002; ///< asks before an existing file is chosen
 inline constexpr DWORD OFN_HIDEREADONLY = 0x00000004;
 inline constexpr DWORD OFN_ALLOWMULTISELECT = 0x00000200;
@@ -23,6 +24,7 @@ public:
     CFileDialog(const CFileDialog&) = delete;
     CFileDialog& operator=(const CFileDialog&) = delete;
 
+    /// The dialog's title, and the folder that it begins with.
     void SetTitle(LPCTSTR title) { m_title = title; }
     void SetInitialFolder(LPCTSTR folder) { m_folder = folder; }
 
@@ -46,10 +48,12 @@ private:
 /// The platform's dialog to choose a folder.
 class VNBYTSTR_CONTROLS_API CFolderDialog {
 public:
+    /// Begins with that folder.
     explicit CFolderDialog(LPCTSTR folder = nullptr, LPCTSTR title = nullptr,
                            CWnd* parent = nullptr)
         : m_folder(folder), m_title(title), m_parent(parent) {}
     int DoModal(); ///< IDOK or IDCANCEL
+    /// The folder that was chosen, else the one given.
     CString GetFolderPath() const { return m_folder; }
 
 private:

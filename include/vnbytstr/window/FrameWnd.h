@@ -8,6 +8,7 @@
 #include "vnbytstr/window/Menu.h"
 #include "vnbytstr/window/Wnd.h"
 
+// --- ids of the parts of a frame -----------------------------------------------------------------
 inline constexpr UINT AFX_IDW_STATUS_BAR = 0xE801;
 inline constexpr UINT AFX_IDW_MENU_BAR = 0xE802;
 inline constexpr UINT AFX_IDW_PANE_FIRST = 0xE900; ///< the id of the view

@@ -73,6 +73,7 @@ class VNBYTSTR_CONTROLS_API CGdiObject : public CObject {
 public:
     ~CGdiObject() override { DeleteObject(); }
 
+    /// The handle; null when there is none.
     operator HGDIOBJ() const { return m_hObject; }
     HGDIOBJ GetSafeHandle() const { return m_hObject; }
     /// Attaches a handle. FALSE when it is null or one is attached.
@@ -87,29 +88,36 @@ public:
     /// Makes this object one of the stock objects (WHITE_BRUSH ... DEFAULT_GUI_FONT).
     BOOL CreateStockObject(int index);
 
+    /// The handle.
     HGDIOBJ m_hObject = nullptr;
 
 protected:
     CGdiObject() = default;
 };
 
+/// What lines are drawn with.
 class VNBYTSTR_CONTROLS_API CPen : public CGdiObject {
     DECLARE_DYNAMIC(CPen)
 public:
     CPen() = default;
+    /// As CreatePen.
     CPen(int style, int width, COLORREF color) { CreatePen(style, width, color); }
     /// `style` PS_*, `width` in pixels (0 counts as 1).
     BOOL CreatePen(int style, int width, COLORREF color);
 };
 
+/// What areas are filled with.
 class VNBYTSTR_CONTROLS_API CBrush : public CGdiObject {
     DECLARE_DYNAMIC(CBrush)
 public:
     CBrush() = default;
+    /// Of one colour.
     explicit CBrush(COLORREF color) { CreateSolidBrush(color); }
+    /// Of one colour.
     BOOL CreateSolidBrush(COLORREF color);
 };
 
+/// What text is written with.
 class VNBYTSTR_CONTROLS_API CFont : public CGdiObject {
     DECLARE_DYNAMIC(CFont)
 public:
@@ -124,6 +132,7 @@ public:
     static CFont* FromHandle(HFONT font);
 };
 
+/// A picture.
 class VNBYTSTR_CONTROLS_API CBitmap : public CGdiObject {
     DECLARE_DYNAMIC(CBitmap)
 public:
@@ -135,6 +144,7 @@ public:
     CSize GetBitmapSize() const;
 };
 
+/// As the members of CGdiObject.
 VNBYTSTR_CONTROLS_API BOOL DeleteObject(HGDIOBJ object);
 VNBYTSTR_CONTROLS_API HGDIOBJ GetStockObject(int index);
 /// A system colour's brush, which is never deleted. Null for an unknown index.

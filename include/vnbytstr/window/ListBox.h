@@ -21,6 +21,7 @@
 #include <span>
 #include <string_view>
 
+// --- messages, answers, notifications and styles -------------------------------------------------
 inline constexpr UINT LB_ADDSTRING = 0x0180;
 inline constexpr UINT LB_INSERTSTRING = 0x0181;
 inline constexpr UINT LB_DELETESTRING = 0x0182;
@@ -87,6 +88,7 @@ public:
     virtual BOOL Create(DWORD style, const RECT& rect, CWnd* parent, UINT id);
     using CWnd::Create;
 
+    /// Rows: how many there are, the first in view, data, place and height.
     int GetCount() const;
     int GetTopIndex() const;
     int SetTopIndex(int row);
@@ -98,21 +100,30 @@ public:
     int GetSel(int row) const;                  ///< above 0: selected
     int GetText(int row, LPTSTR buffer) const;  ///< the buffer needs GetTextLen + 1 bytes
     void GetText(int row, CString& text) const; ///< empty for a row that is not there
+    /// Bytes of the text, without a NUL; LB_ERR for a row that is not there.
     int GetTextLen(int row) const;
     UINT ItemFromPoint(CPoint point, BOOL& outside) const; ///< the nearest row
 
     int GetCurSel() const; ///< single selection: -1 when no row is selected
+    /// Selects a row and scrolls to it; -1: none.
     int SetCurSel(int row);
     int SetSel(int row, BOOL select = TRUE); ///< row -1: all rows
+    /// Several selections: how many rows, which of them, and a range of rows.
     int GetSelCount() const;
     int GetSelItems(int count, int* rows) const;
     int SelItemRange(BOOL select, int first, int last);
+    /// The row that has the focus rectangle.
     int GetCaretIndex() const;
 
+    /// Adds a row at its place in the order of LBS_SORT, else at the end; returns its number.
     int AddString(LPCTSTR text);
     int InsertString(int row, LPCTSTR text); ///< -1: at the end; not sorted in
+    /// Deletes a row; returns how many are left.
     int DeleteString(UINT row);
+    /// Deletes all rows.
     void ResetContent();
+    /// The next row after `after` (-1: from the first), going round, that begins with (is) a text;
+    /// LB_ERR when there is none. SelectString selects it.
     int FindString(int after, LPCTSTR beginning) const;
     int FindStringExact(int after, LPCTSTR text) const;
     int SelectString(int after, LPCTSTR beginning);

@@ -13,6 +13,7 @@
 #include <memory>
 #include <span>
 
+// --- flags of items and of popups ----------------------------------------------------------------
 inline constexpr UINT MF_BYCOMMAND = 0x0000;
 inline constexpr UINT MF_BYPOSITION = 0x0400;
 inline constexpr UINT MF_STRING = 0x0000;
@@ -35,11 +36,12 @@ public:
     CMenu() = default;
     ~CMenu() override;
 
-    BOOL CreateMenu();      ///< for a menu bar
-    BOOL CreatePopupMenu(); ///< for a popup
-    BOOL DestroyMenu();     ///< with its popups
-    BOOL Attach(HMENU menu);
-    HMENU Detach();
+    BOOL CreateMenu();       ///< for a menu bar
+    BOOL CreatePopupMenu();  ///< for a popup
+    BOOL DestroyMenu();      ///< with its popups
+    BOOL Attach(HMENU menu); ///< takes a handle; FALSE when it is null or there is one
+    HMENU Detach();          ///< gives the handle away
+    /// The handle; null when there is none.
     operator HMENU() const { return m_hMenu; }
     /// The object for a handle; null for null. It lives as long as the handle.
     static CMenu* FromHandle(HMENU menu);
@@ -54,9 +56,11 @@ public:
     /// nothing was chosen.
     BOOL TrackPopupMenu(UINT flags, int x, int y, CWnd* owner, LPCRECT rect = nullptr);
 
+    /// The handle.
     HMENU m_hMenu = nullptr;
 };
 
+// --- flags of ACCEL ------------------------------------------------------------------------------
 inline constexpr BYTE FVIRTKEY = 0x01;
 inline constexpr BYTE FSHIFT = 0x04;
 inline constexpr BYTE FCONTROL = 0x08;
@@ -66,17 +70,20 @@ inline constexpr BYTE FALT = 0x10;
 struct ACCEL {
     BYTE fVirt; ///< FVIRTKEY with FSHIFT, FCONTROL, FALT; without FVIRTKEY `key` is a character
     WORD key;   ///< VK_*
-    WORD cmd;
+    WORD cmd;   ///< the command's id
 };
 
+/// The keys of a window, with their commands.
 class VNBYTSTR_CONTROLS_API CAcceleratorTable {
 public:
     CAcceleratorTable();
+    /// With these keys.
     explicit CAcceleratorTable(std::span<const ACCEL> keys);
     ~CAcceleratorTable();
     CAcceleratorTable(const CAcceleratorTable&) = delete;
     CAcceleratorTable& operator=(const CAcceleratorTable&) = delete;
 
+    /// Replaces the keys.
     void Set(std::span<const ACCEL> keys);
     /// TRUE when the message is one of the keys: its command went to `window` as WM_COMMAND, with 1
     /// in wParam's high word. For PreTranslateMessage.

@@ -6,6 +6,7 @@
 #include "vnbytstr/window/Export.h"
 #include "vnbytstr/window/Wnd.h"
 
+// --- styles and messages -------------------------------------------------------------------------
 inline constexpr DWORD PBS_VERTICAL = 0x04;
 inline constexpr DWORD PBS_MARQUEE = 0x08; ///< shows that something goes on, not how far
 inline constexpr UINT PBM_SETRANGE = WM_USER + 1;
@@ -26,9 +27,11 @@ public:
     virtual BOOL Create(DWORD style, const RECT& rect, CWnd* parent, UINT id);
     using CWnd::Create;
 
+    /// The range, and the position in it.
     void SetRange32(int lower, int upper);
     void GetRange(int& lower, int& upper) const;
     int SetPos(int position); ///< confined to the range; returns the one before
+    /// The position.
     int GetPos() const;
     int OffsetPos(int by); ///< returns the position before
     int SetStep(int step); ///< 10 in the beginning; returns the one before

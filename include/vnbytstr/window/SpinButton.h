@@ -13,6 +13,7 @@
 #include "vnbytstr/window/Export.h"
 #include "vnbytstr/window/Wnd.h"
 
+// --- styles, messages and notifications ----------------------------------------------------------
 inline constexpr DWORD UDS_WRAP = 0x0001;
 inline constexpr DWORD UDS_SETBUDDYINT = 0x0002;
 inline constexpr DWORD UDS_ALIGNRIGHT = 0x0004;
@@ -36,10 +37,12 @@ inline constexpr int UD_MAXVAL = 0x7FFF;
 
 /// What UDN_DELTAPOS carries. The handler may change iDelta.
 struct NMUPDOWN {
+    /// The position, and the step to be made.
     NMHDR hdr;
     int iPos;
     int iDelta;
 };
+/// Another name.
 using NM_UPDOWN = NMUPDOWN;
 using LPNMUPDOWN = NMUPDOWN*;
 

@@ -16,25 +16,31 @@ struct HDROP__;
 using HWND = HWND__*;       ///< a window
 using HDC = HDC__*;         ///< a device context
 using HGDIOBJ = HGDIOBJ__*; ///< a font, pen, brush or bitmap
+/// Drawing objects of one kind.
 using HFONT = HGDIOBJ;
 using HPEN = HGDIOBJ;
 using HBRUSH = HGDIOBJ;
 using HBITMAP = HGDIOBJ;
 using HCURSOR = HCURSOR__*; ///< a mouse pointer, never freed
-using HICON = HBITMAP;
-using HMENU = HMENU__*; ///< a menu, or a child window's id cast to it
-using HDROP = HDROP__*; ///< the files of a drop
+using HICON = HBITMAP;      ///< a picture
+using HMENU = HMENU__*;     ///< a menu, or a child window's id cast to it
+using HDROP = HDROP__*;     ///< the files of a drop
 
+/// A point.
 struct POINT {
+    /// Across, to the right, and down.
     LONG x;
     LONG y;
 };
+/// A size.
 struct SIZE {
+    /// Width and height.
     LONG cx;
     LONG cy;
 };
 /// The right and bottom edges are outside the rectangle.
 struct RECT {
+    /// Coordinates of the edges.
     LONG left;
     LONG top;
     LONG right;
@@ -81,24 +87,31 @@ constexpr BYTE GetBValue(COLORREF color) { return static_cast<BYTE>(color >> 16)
 
 // The members are set in the constructors' bodies because the static analyzer does not see those of
 // a base that is initialised in braces.
+/// A size with operators.
 class CSize : public SIZE {
 public:
     constexpr CSize() : CSize(0, 0) {}
+    /// A size.
     constexpr CSize(int width, int height) : SIZE() {
         cx = width;
         cy = height;
     }
+    /// A size.
     constexpr CSize(SIZE size) : SIZE(size) {}
+    /// Whether both are the same.
     constexpr bool operator==(const CSize& other) const { return cx == other.cx && cy == other.cy; }
 };
 
+/// A point with operators.
 class CPoint : public POINT {
 public:
     constexpr CPoint() : CPoint(0, 0) {}
+    /// A point.
     constexpr CPoint(int left, int top) : POINT() {
         x = left;
         y = top;
     }
+    /// A point.
     constexpr CPoint(POINT point) : POINT(point) {}
     /// The point in a mouse message's lParam.
     constexpr explicit CPoint(LPARAM packed) : CPoint(GET_X_LPARAM(packed), GET_Y_LPARAM(packed)) {}
@@ -108,19 +121,23 @@ public:
     constexpr bool operator==(const CPoint& other) const { return x == other.x && y == other.y; }
 };
 
+/// A rectangle with operators.
 class CRect : public RECT {
 public:
     constexpr CRect() : CRect(0, 0, 0, 0) {}
+    /// From its edges, or its corner and size.
     constexpr CRect(int l, int t, int r, int b) : RECT() {
         left = l;
         top = t;
         right = r;
         bottom = b;
     }
+    /// From its edges, or its corner and size.
     constexpr CRect(const RECT& rect) : RECT(rect) {}
     constexpr CRect(POINT point, SIZE size)
         : CRect(point.x, point.y, point.x + size.cx, point.y + size.cy) {}
 
+    /// Measures and corner.
     constexpr int Width() const { return right - left; }
     constexpr int Height() const { return bottom - top; }
     constexpr CSize Size() const { return {Width(), Height()}; }
@@ -167,7 +184,9 @@ public:
     }
 };
 
+/// A message in the queue.
 struct MSG {
+    /// The window, the message's number, and what it carries.
     HWND hwnd;
     UINT message;
     WPARAM wParam;
@@ -179,6 +198,7 @@ using LPMSG = MSG*;
 
 /// What WM_CREATE carries.
 struct CREATESTRUCT {
+    /// The arguments of CWnd::CreateEx; lpszName is the window's text.
     void* lpCreateParams;
     HINSTANCE hInstance;
     HMENU hMenu; ///< a child window's id
@@ -196,6 +216,7 @@ using LPCREATESTRUCT = CREATESTRUCT*;
 
 /// What WM_DRAWITEM carries.
 struct DRAWITEMSTRUCT {
+    /// The control and its id, the item and its data, and where to draw.
     UINT CtlType; ///< ODT_*
     UINT CtlID;
     UINT itemID;     ///< index; 0xFFFFFFFF: the focus rectangle of an empty list
@@ -210,6 +231,7 @@ using LPDRAWITEMSTRUCT = DRAWITEMSTRUCT*;
 
 /// What WM_MEASUREITEM carries.
 struct MEASUREITEMSTRUCT {
+    /// The kind of control (ODT_*), its id, the item and its data.
     UINT CtlType;
     UINT CtlID;
     UINT itemID;
@@ -221,6 +243,7 @@ using LPMEASUREITEMSTRUCT = MEASUREITEMSTRUCT*;
 
 /// What WM_DELETEITEM carries.
 struct DELETEITEMSTRUCT {
+    /// The kind of control (ODT_*), its id, the item and its data.
     UINT CtlType;
     UINT CtlID;
     UINT itemID;
@@ -231,6 +254,7 @@ using LPDELETEITEMSTRUCT = DELETEITEMSTRUCT*;
 
 /// What WM_COMPAREITEM carries (a sorted owner-drawn list without strings).
 struct COMPAREITEMSTRUCT {
+    /// The kind of control (ODT_*), its id, the two items and their data.
     UINT CtlType;
     UINT CtlID;
     HWND hwndItem;
@@ -243,6 +267,7 @@ using LPCOMPAREITEMSTRUCT = COMPAREITEMSTRUCT*;
 
 /// What begins every WM_NOTIFY.
 struct NMHDR {
+    /// The control, its id, and the notification.
     HWND hwndFrom;
     std::uintptr_t idFrom;
     UINT code;
@@ -250,6 +275,7 @@ struct NMHDR {
 
 /// What WM_WINDOWPOSCHANGING and WM_WINDOWPOSCHANGED carry.
 struct WINDOWPOS {
+    /// The arguments of CWnd::SetWindowPos.
     HWND hwnd;
     HWND hwndInsertAfter;
     int x;
@@ -262,6 +288,7 @@ using LPWINDOWPOS = WINDOWPOS*;
 
 /// What WM_HELP carries.
 struct HELPINFO {
+    /// The structure's size, the window with its id, and the pointer's place.
     UINT cbSize;
     int iContextType; ///< 1: a window
     int iCtrlId;
@@ -270,7 +297,9 @@ struct HELPINFO {
     POINT MousePos;
 };
 
+/// What WM_GETMINMAXINFO carries: the limits of a window's size.
 struct MINMAXINFO {
+    /// Size and place when maximised, and the limits while it is dragged.
     POINT ptReserved;
     POINT ptMaxSize;
     POINT ptMaxPosition;
@@ -278,7 +307,9 @@ struct MINMAXINFO {
     POINT ptMaxTrackSize;
 };
 
+/// What a scroll bar shows.
 struct SCROLLINFO {
+    /// The structure's size, range, page and position; nTrackPos while it is dragged.
     UINT cbSize;
     UINT fMask; ///< SIF_*
     int nMin;
@@ -288,16 +319,20 @@ struct SCROLLINFO {
     int nTrackPos;
 };
 
+/// Bytes of a face's name, with the NUL.
 inline constexpr int LF_FACESIZE = 32;
+/// What a font is to look like.
 struct LOGFONT {
-    LONG lfHeight; ///< above 0: of a line; below 0: of a character, in pixels; 0: the default
-    LONG lfWidth;
-    LONG lfEscapement;
-    LONG lfOrientation;
-    LONG lfWeight; ///< 400 normal, 700 bold
+    LONG lfHeight;      ///< above 0: of a line; below 0: of a character, in pixels; 0: the default
+    LONG lfWidth;       ///< not used
+    LONG lfEscapement;  ///< not used
+    LONG lfOrientation; ///< not used
+    LONG lfWeight;      ///< 400 normal, 700 bold
+    /// Nonzero: slanted, with a line below, with a line through it.
     BYTE lfItalic;
     BYTE lfUnderline;
     BYTE lfStrikeOut;
+    /// Not used.
     BYTE lfCharSet;
     BYTE lfOutPrecision;
     BYTE lfClipPrecision;
@@ -308,6 +343,7 @@ struct LOGFONT {
 
 /// A font's measures, in pixels.
 struct TEXTMETRIC {
+    /// Heights, widths, weight and styles.
     LONG tmHeight; ///< ascent plus descent
     LONG tmAscent;
     LONG tmDescent;
@@ -329,6 +365,7 @@ using WNDPROC = LRESULT (*)(HWND window, UINT message, WPARAM wParam, LPARAM lPa
 
 /// A window class, as RegisterClass takes it.
 struct WNDCLASS {
+    /// What its windows have; the name is by which they are created.
     UINT style; ///< CS_*
     WNDPROC lpfnWndProc;
     int cbClsExtra;

@@ -28,6 +28,7 @@ public:
     CWnd() = default;
     ~CWnd() override;
 
+    /// The window's handle; null when there is no window.
     HWND m_hWnd = nullptr;
     operator HWND() const { return m_hWnd; }
     HWND GetSafeHwnd() const;
@@ -164,6 +165,7 @@ public:
     BOOL OnCmdMsg(UINT id, int code, void* extra) override;
 
 protected:
+    /// Handle WM_COMMAND and WM_NOTIFY. TRUE: handled.
     virtual BOOL OnCommand(WPARAM wParam, LPARAM lParam);
     virtual BOOL OnNotify(WPARAM wParam, LPARAM lParam, LRESULT* result);
     /// Gets a message that this control sends to its parent before the parent does. TRUE: handled;
