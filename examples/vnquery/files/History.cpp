@@ -109,6 +109,8 @@ void History::WithDatabase(Action&& action) const {
         MakeFile(m_file);
         const SqliteDatabase database(m_file, SqliteDatabase::Access::Write);
         sqlite3_busy_timeout(database.Get(), kWaitForLock);
+        // A signal that ends the program does not end this, which is short.
+        sqlite3_progress_handler(database.Get(), 0, nullptr, nullptr);
         const std::string what = Text(IDS_VQ_C_NO_HISTORY, {m_file});
         database.Run("PRAGMA secure_delete = ON", what);
         // At once, since two processes that read first could not both go on to write.

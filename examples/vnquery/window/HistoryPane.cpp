@@ -1,17 +1,16 @@
 #include "vnquery/window/HistoryPane.h"
 
 #include "vnquery/tasks/Failure.h"
-#include "vnquery/window/Icons.h"
 #include "vnquery/window/Label.h"
 
 #include <QDateTime>
 #include <QEvent>
+#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QInputDialog>
 #include <QLineEdit>
 #include <QLocale>
-#include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QSortFilterProxyModel>
@@ -36,7 +35,9 @@ QStandardItem* MakeItem(const QString& text, const QString& sql) {
 /// In one line.
 QString Preview(const QString& sql) {
     constexpr int kMost = 200;
-    return sql.left(4 * kMost).simplified().left(kMost);
+    const QString line = sql.left(4 * kMost).simplified().left(kMost);
+    // SQL runs from left to right also among other texts.
+    return QGuiApplication::isRightToLeft() ? QChar(0x2066) + line : line;
 }
 
 } // namespace
@@ -67,7 +68,6 @@ HistoryPane::Page HistoryPane::MakePage(std::initializer_list<QPushButton*> butt
     page.list->setRootIsDecorated(false);
     page.list->setUniformRowHeights(true);
     page.list->setAlternatingRowColors(true);
-    page.list->setContextMenuPolicy(Qt::CustomContextMenu);
     auto* const top = new QHBoxLayout;
     top->addWidget(page.search, 1);
     for (QPushButton* const button : buttons)
@@ -80,8 +80,6 @@ HistoryPane::Page HistoryPane::MakePage(std::initializer_list<QPushButton*> butt
             &QSortFilterProxyModel::setFilterFixedString);
     connect(page.list, &QTreeView::activated, this,
             [this](const QModelIndex& index) { Q_EMIT Chosen(index.data(kSqlRole).toString()); });
-    connect(page.list, &QWidget::customContextMenuRequested, this,
-            [this, page](const QPoint& where) { ShowMenu(page, where); });
     return page;
 }
 
@@ -171,21 +169,6 @@ void HistoryPane::ReadSaved() {
         row[1]->setData(sql, kSqlRole + 1);
         m_saved.model->appendRow(row);
     }
-}
-
-void HistoryPane::ShowMenu(const Page& page, const QPoint& where) {
-    const QModelIndex index = page.list->currentIndex();
-    QMenu menu(this);
-    if (index.isValid())
-        menu.addAction(Icon("document-edit"), Label(IDS_VQ_C_CHOOSE),
-                       [&] { Q_EMIT Chosen(index.data(kSqlRole).toString()); });
-    if (page.list == m_ran.list) {
-        menu.addAction(Icon("edit-clear-history"), Label(IDS_VQ_C_CLEAR), [this] { Clear(); });
-    } else if (index.isValid()) {
-        menu.addAction(Icon("edit-rename"), Label(IDS_VQ_C_RENAME), [this] { Rename(); });
-        menu.addAction(Icon("edit-delete"), Label(IDS_VQ_G_DELETE), [this] { Delete(); });
-    }
-    menu.exec(page.list->viewport()->mapToGlobal(where));
 }
 
 void HistoryPane::Clear() {

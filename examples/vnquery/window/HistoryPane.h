@@ -52,7 +52,6 @@ private:
     void Relabel();
     void ReadHistory();
     void ReadSaved();
-    void ShowMenu(const Page& page, const QPoint& where);
     void Clear();
     void Rename();
     /// Saves `sql` under a name that is asked for, or gives the query `from` that name.
