@@ -50,7 +50,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string any(data, data + size);
     const std::string shown = vnquery::HidePasswords(any);
     Require(vnquery::HidePasswords(shown) == shown);
+    const vnquery::ConnectionKeys keys = vnquery::ParseConnection(any);
+    Require(vnquery::ParseConnection(vnquery::MakeConnection(keys)) == keys);
     fuzz::Input input(data, size);
-    Require(vnquery::HidePasswords(Made(input)).find(kSecret) == std::string::npos);
+    const std::string made = Made(input);
+    Require(vnquery::HidePasswords(made).find(kSecret) == std::string::npos);
+    Require(vnquery::RemovePasswords(made).find(kSecret) == std::string::npos);
     return 0;
 }

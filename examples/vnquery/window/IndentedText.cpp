@@ -103,9 +103,12 @@ IndentFault IndentJson(const Value& value, Value& indented) {
         return NotValid("JSON",
                         QStringLiteral("%1 (%2)").arg(error.errorString()).arg(error.offset));
     indented.Begin(Value::Type::Text);
-    const bool fits = WriteJson(json, indented);
-    indented.Complete();
-    return fits ? IndentFault() : TooLarge(value.GetLength());
+    if (WriteJson(json, indented)) {
+        indented.Complete();
+        return {};
+    }
+    indented = Value();
+    return TooLarge(value.GetLength());
 }
 
 IndentFault IndentXml(const Value& value, Value& indented) {

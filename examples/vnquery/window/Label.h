@@ -22,6 +22,11 @@ inline QString PlainLabel(UINT id) {
     return Label(id).remove(marks);
 }
 
+/// Keeps a number and its unit in their order among texts that run from right to left.
+inline std::string LeftToRight(const std::string& text) {
+    return AreTextsRightToLeft() ? "\u2066" + text + "\u2069" : text;
+}
+
 /// A message as a sentence of its own: its first letter capitalized.
 inline QString Sentence(const std::string& message) {
     QString text = QString::fromStdString(message);

@@ -13,7 +13,6 @@ namespace vnquery {
 
 namespace {
 
-constexpr qint64 kMaxPixels = 64 << 20;
 constexpr int kMaxMegabytes = 256; ///< that decoding may take
 constexpr DWORD kMaxSvg = 1 << 20;
 

@@ -21,8 +21,10 @@ private:
     QImage m_image;
 };
 
+constexpr qint64 kMaxPixels = 64 << 20;
+
 /// A value as a picture, by Qt's plug-ins; a null image when it is none. `size` is what the picture
-/// says of itself. More than 64 million pixels, and SVG of more than 1 MB, are refused before they
+/// says of itself. More than kMaxPixels, and SVG of more than 1 MB, are refused before they
 /// are read.
 QImage ReadPicture(const Value& value, QSize& size);
 

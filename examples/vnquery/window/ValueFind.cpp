@@ -12,6 +12,22 @@ constexpr DWORD kStep = 1 << 20;
 constexpr DWORD kMaxBytesPerUnit = 3;
 constexpr std::string_view kMark = "\xEF\xBB\xBF"; ///< which QString::fromUtf8 leaves out
 
+bool IsContinuation(char ch) { return (static_cast<unsigned char>(ch) & 0xC0) == 0x80; }
+
+/// Bytes of a character that the end of the text cuts.
+std::size_t CutBytes(std::string_view text) {
+    for (std::size_t cut = 1; cut <= std::min<std::size_t>(3, text.size()); ++cut) {
+        const char lead = text[text.size() - cut];
+        if (!IsContinuation(lead))
+            return static_cast<unsigned char>(lead) >= (cut == 1   ? 0xC0
+                                                        : cut == 2 ? 0xE0
+                                                                   : 0xF0)
+                       ? cut
+                       : 0;
+    }
+    return 0;
+}
+
 } // namespace
 
 QString DecodeText(std::string_view bytes) {
@@ -28,6 +44,25 @@ std::size_t BytesOfUnits(std::string_view bytes, qsizetype units) {
         units -= length == 4 ? 2 : 1;
     }
     return at;
+}
+
+std::string ReadCharacters(const Value& value, DWORD& begin, DWORD count) {
+    std::string bytes = value.Read(begin, count);
+    for (int i = 0; i < 3 && begin > 0 && !bytes.empty() && IsContinuation(bytes[0]); ++i) {
+        bytes.erase(0, 1);
+        ++begin;
+    }
+    if (begin + bytes.size() < value.GetLength())
+        bytes.resize(bytes.size() - CutBytes(bytes));
+    return bytes;
+}
+
+std::optional<DWORD> ParseOffset(QString text) {
+    bool isNumber = false;
+    text.remove(u' ').remove(u',');
+    const bool isHex = text.startsWith(QLatin1String("0x"), Qt::CaseInsensitive);
+    const uint number = text.toUInt(&isNumber, isHex ? 16 : 10);
+    return isNumber ? std::optional<DWORD>(number) : std::nullopt;
 }
 
 ValueFind::ValueFind(Value value, const QString& needle, DWORD from, bool forward)

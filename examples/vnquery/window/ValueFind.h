@@ -14,6 +14,12 @@ namespace vnquery {
 QString DecodeText(std::string_view bytes);
 /// How many of the bytes make the first `units` UTF-16 units of that text.
 std::size_t BytesOfUnits(std::string_view bytes, qsizetype units);
+/// Up to `count` bytes without the parts of characters at their ends: `begin` goes to the next
+/// character when it is within one.
+std::string ReadCharacters(const Value& value, DWORD& begin, DWORD count);
+
+/// Decimal digits, or hexadecimal ones after 0x; blanks and commas among them do not count.
+std::optional<DWORD> ParseOffset(QString text);
 
 /// Looks for a text, upper and lower case alike, from a place on, and past the value's end from the
 /// other end on. It works in steps, so that the window stays responsive, and keeps no more than one

@@ -1,19 +1,16 @@
 #include "vnquery/window/ValuePane.h"
 
-#include "vnquery/files/ValueLoader.h"
-#include "vnquery/files/ValueSaver.h"
 #include "vnquery/result/CellEdit.h"
 #include "vnquery/result/HexDump.h"
 #include "vnquery/result/PictureKind.h"
-#include "vnquery/tasks/Failure.h"
+#include "vnquery/window/Guard.h"
 #include "vnquery/window/IndentedText.h"
 #include "vnquery/window/Label.h"
 #include "vnquery/window/PictureView.h"
-#include "vnquery/window/RunTask.h"
+#include "vnquery/window/ValueFiles.h"
 
 #include <QComboBox>
 #include <QEvent>
-#include <QFileDialog>
 #include <QFontDatabase>
 #include <QGridLayout>
 #include <QLabel>
@@ -44,50 +41,10 @@ enum Button { kLoad, kSave, kNull, kDefault, kUndo, kAccept, kButtons };
 constexpr UINT kButtonTexts[] = {IDS_VQ_V_LOAD,        IDS_VQ_V_SAVE, IDS_VQ_M_SET_NULL,
                                  IDS_VQ_M_SET_DEFAULT, IDS_VQ_P_UNDO, IDS_VQ_P_ACCEPT};
 
-/// Runs what a signal asks for; what the library throws is shown and does not reach Qt.
-template <class Action>
-void Guard(QWidget* parent, Action&& action) {
-    QString message;
-    try {
-        action();
-    } catch (CException* error) {
-        message = Sentence(TakeMessage(error));
-    } catch (const std::exception& error) {
-        message = Sentence(error.what());
-    }
-    if (!message.isEmpty())
-        QMessageBox::warning(parent, Label(IDS_VQ_APP), message);
-}
-
-bool IsContinuation(char ch) { return (static_cast<unsigned char>(ch) & 0xC0) == 0x80; }
-
-/// Bytes of a character that the end of the text cuts.
-std::size_t CutBytes(std::string_view text) {
-    for (std::size_t cut = 1; cut <= std::min<std::size_t>(3, text.size()); ++cut) {
-        const auto lead = static_cast<unsigned char>(text[text.size() - cut]);
-        if (!IsContinuation(static_cast<char>(lead)))
-            return lead >= (cut == 1 ? 0xC0 : cut == 2 ? 0xE0 : 0xF0) ? cut : 0;
-    }
-    return 0;
-}
-
 /// The text as the document has it, with LF between its lines: QPlainTextEdit's own function makes
 /// blanks of no-break spaces.
 QString RawText(const QPlainTextEdit& edit) {
     return edit.document()->toRawText().replace(QChar::ParagraphSeparator, u'\n');
-}
-
-/// Keeps a number and its unit in their order among texts that run from right to left.
-std::string LeftToRight(const std::string& text) {
-    return AreTextsRightToLeft() ? "\u2066" + text + "\u2069" : text;
-}
-
-std::optional<DWORD> ParseOffset(QString text) {
-    bool isNumber = false;
-    text.remove(u' ').remove(u',');
-    const bool isHex = text.startsWith(QLatin1String("0x"), Qt::CaseInsensitive);
-    const uint number = text.toUInt(&isNumber, isHex ? 16 : 10);
-    return isNumber ? std::optional<DWORD>(number) : std::nullopt;
 }
 
 } // namespace
@@ -120,7 +77,7 @@ ValuePane::ValuePane(QWidget* parent) : QWidget(parent) {
                 [this, action] { Guard(this, action); });
     };
     press(kLoad, [this] { Load(); });
-    press(kSave, [this] { Save(); });
+    press(kSave, [this] { SaveValueTo(this, m_shown.value, m_shown.what, m_shown.cell); });
     press(kNull, [this] { Set({}); });
     press(kDefault, [this] { Set({true, {}}); });
     press(kUndo, [this] { UndoDraft(); });
@@ -280,8 +237,11 @@ void ValuePane::ShowView(View view) {
     m_text->setLineWrapMode(view == View::Bytes ? QPlainTextEdit::NoWrap
                                                 : QPlainTextEdit::WidgetWidth);
     m_text->setLayoutDirection(view == View::Text ? layoutDirection() : Qt::LeftToRight);
-    if (view == View::Json || view == View::Xml)
-        ShowIndented(view);
+    if (view == View::Json || view == View::Xml) {
+        Value indented;
+        m_fault = (view == View::Json ? IndentJson : IndentXml)(m_paged, indented);
+        m_paged = indented; // nothing after a fault
+    }
     if (view == View::Picture)
         ShowPicture();
     else
@@ -299,12 +259,6 @@ void ValuePane::ShowView(View view) {
     UpdateButtons();
 }
 
-void ValuePane::ShowIndented(View view) {
-    Value indented;
-    m_fault = view == View::Json ? IndentJson(m_paged, indented) : IndentXml(m_paged, indented);
-    m_paged = m_fault.isEmpty() ? indented : Value();
-}
-
 void ValuePane::ShowPicture() {
     QSize size;
     const QImage image = ReadPicture(m_shown.value, size);
@@ -313,10 +267,10 @@ void ValuePane::ShowPicture() {
     const std::string height = std::to_string(size.height());
     const std::string length = LeftToRight(FormatSize(m_shown.value.GetLength()));
     m_picture->SetImage(image);
+    const bool isTooLarge = qint64{size.width()} * size.height() > kMaxPixels;
     m_fault = !image.isNull() ? QString()
-              : size.isEmpty() || size.width() < 8192
-                  ? Label(IDS_VQ_V_BAD_PICTURE, {kind})
-                  : Label(IDS_VQ_P_BIG_PICTURE, {width, height});
+              : isTooLarge    ? Label(IDS_VQ_P_BIG_PICTURE, {width, height})
+                              : Label(IDS_VQ_V_BAD_PICTURE, {kind});
     m_picture->setAccessibleName(
         image.isNull() ? m_fault : Label(IDS_VQ_V_PICTURE_INFO, {kind, width, height, length}));
 }
@@ -332,13 +286,7 @@ void ValuePane::ShowPage(DWORD begin) {
                                                       kBytesPage / HexDump::kBytesPerLine);
         m_text->setPlainText(QString::fromStdString(lines).trimmed());
     } else {
-        std::string bytes = m_paged.Read(m_begin, kTextPage);
-        for (int i = 0; i < 3 && m_begin > 0 && !bytes.empty() && IsContinuation(bytes[0]); ++i) {
-            bytes.erase(0, 1);
-            ++m_begin;
-        }
-        if (m_begin + bytes.size() < length)
-            bytes.resize(bytes.size() - CutBytes(bytes));
+        const std::string bytes = ReadCharacters(m_paged, m_begin, kTextPage);
         m_end = m_begin + static_cast<DWORD>(bytes.size());
         m_text->setPlainText(DecodeText(bytes));
     }
@@ -357,12 +305,10 @@ void ValuePane::ShowInfo() {
     const Value& value = m_shown.value;
     const std::string size = LeftToRight(FormatSize(value.GetLength()));
     QString info;
-    if (!m_hasValue)
-        info.clear();
-    else if (m_shown.isDefault)
+    if (m_shown.isDefault)
         info = Label(IDS_VQ_V_DEFAULT_INFO);
     else if (value.IsNull())
-        info = Label(IDS_VQ_V_NULL_INFO);
+        info = m_hasValue ? Label(IDS_VQ_V_NULL_INFO) : QString();
     else if (!m_fault.isEmpty())
         info = m_fault;
     else if (m_view == View::Picture)
@@ -435,29 +381,9 @@ void ValuePane::Set(const NewValue& value) {
 }
 
 void ValuePane::Load() {
-    const QString filter = Label(IDS_VQ_ALL_FILES) + QStringLiteral(" (*)");
-    const QString file = QFileDialog::getOpenFileName(this, PlainLabel(IDS_VQ_V_LOAD), {}, filter);
     NewValue value;
-    const auto load = [&](Progress& progress) {
-        value.value = LoadValue(file.toStdString(), m_shown.kind, m_shown.what, progress);
-    };
-    if (!file.isEmpty() && RunTask(this, IDS_VQ_T_LOADING, load))
+    if (LoadValueFrom(this, m_shown.kind, m_shown.what, value.value))
         Set(value);
-}
-
-void ValuePane::Save() {
-    const PictureKind kind = RecognisePicture(m_shown.value);
-    const bool isText = m_shown.value.GetType() != Value::Type::Binary && kind == PictureKind::None;
-    QString name =
-        QString::fromStdString(m_shown.what + (isText ? ".txt" : PictureExtension(kind)));
-    name.replace(u'/', u'_');
-    const QString filter = Label(IDS_VQ_ALL_FILES) + QStringLiteral(" (*)");
-    const QString file =
-        QFileDialog::getSaveFileName(this, PlainLabel(IDS_VQ_V_SAVE), name, filter);
-    if (!file.isEmpty())
-        RunTask(this, IDS_VQ_T_SAVING, [&](Progress& progress) {
-            SaveValueBytes(m_shown.value, m_shown.cell, file.toStdString(), progress);
-        });
 }
 
 // --- places and hits -----------------------------------------------------------------------------
@@ -495,12 +421,11 @@ void ValuePane::Find(bool forward) {
     if (HasDraft()) { // a page at most, and not yet in the value
         QTextDocument::FindFlags flags;
         flags.setFlag(QTextDocument::FindBackward, !forward);
-        bool isFound = m_text->find(needle, flags);
-        if (!isFound) {
-            m_text->moveCursor(forward ? QTextCursor::Start : QTextCursor::End);
-            isFound = m_text->find(needle, flags);
-        }
-        return m_found->setText(isFound ? QString() : Label(IDS_VQ_P_NOT_FOUND));
+        if (m_text->find(needle, flags))
+            return m_found->clear();
+        m_text->moveCursor(forward ? QTextCursor::Start : QTextCursor::End);
+        return m_found->setText(m_text->find(needle, flags) ? QString()
+                                                            : Label(IDS_VQ_P_NOT_FOUND));
     }
     const DWORD from = !m_hit ? m_begin : m_hit->begin + (forward ? 1 : 0);
     m_find = std::make_unique<ValueFind>(m_paged, needle, from, forward);

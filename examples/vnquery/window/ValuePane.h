@@ -72,7 +72,6 @@ private:
     void Relabel();
     void FillViews();
     void ShowView(View view);
-    void ShowIndented(View view);
     void ShowPicture();
     void ShowPage(DWORD begin);
     void ShowInfo();
@@ -84,7 +83,6 @@ private:
     void StepFind();
     void StopFind(const QString& outcome = {});
     void Load();
-    void Save();
     void Set(const NewValue& value);
     bool IsTextView() const { return m_view <= View::Xml; }
     std::string DraftText() const;
