@@ -80,7 +80,7 @@ int CListBoxEx::SendJoined(UINT message, int row, LPCTSTR first, std::va_list re
     const bool isPlainAdd = message == LB_ADDSTRING && (GetStyle() & LBS_SORT) == 0;
     const auto at = static_cast<WPARAM>(static_cast<std::intptr_t>(row));
     const auto string = reinterpret_cast<LPARAM>(text.c_str());
-    const bool isFiltered = isPlainAdd && m_pFilter != nullptr;
+    const bool isFiltered = isPlainAdd && IsFiltered();
     std::optional<Lifeline> life; // which a list without a filter need not pay for
     if (isFiltered)
         life.emplace(this);

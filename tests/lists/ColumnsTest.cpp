@@ -13,8 +13,9 @@ namespace {
 
 class UserColumns : public ListFixture {
 protected:
-    void SetUp() override {
-        ListFixture::SetUp();
+    void SetUp() override { MakeFor(0); }
+    void MakeFor(DWORD exStyle) {
+        Make(0, exStyle);
         ASSERT_TRUE(list->CreateHeadingsControl(1001));
         Pump();
     }
@@ -92,29 +93,32 @@ TEST_F(UserColumns, OrderIsWhatTheUserSees) {
 }
 
 TEST_F(UserColumns, AHeaderIsDragged) {
-    list->EnableSort();
-    DragHeading(50, 260);
-    EXPECT_EQ(Seen(), "012"); // not asked for
-    Header().EnableMove();
-    DragHeading(50, 250); // right of the last one's middle? it ends at the edge: before it
-    EXPECT_EQ(Seen(), "102");
-    EXPECT_EQ(list->GetSortColumn(), -1);
-    DragHeading(50, 395);
-    EXPECT_EQ(Seen(), "021");
-    DragHeading(150, 5);
-    EXPECT_EQ(Seen(), "201");
-    DragHeading(50, 53); // hardly moved: a click
-    EXPECT_EQ(list->GetSortColumn(), 2);
-    EXPECT_EQ(Seen(), "201");
-    // The drop mark is gone whatever ends the drag.
-    const QImage before = Picture(parent);
-    Mouse(Header(), QEvent::MouseButtonPress, {50, 8});
-    Mouse(Header(), QEvent::MouseMove, {150, 8});
-    EXPECT_NE(Picture(parent), before);
-    Header().SendMessage(WM_CANCELMODE);
-    Mouse(Header(), QEvent::MouseButtonRelease, {150, 8});
-    EXPECT_EQ(Picture(parent), before);
-    EXPECT_EQ(Seen(), "201");
+    for (const DWORD exStyle : {DWORD{0}, WS_EX_LAYOUTRTL}) {
+        MakeFor(exStyle);
+        list->EnableSort();
+        DragHeading(50, 260);
+        EXPECT_EQ(Seen(), "012"); // not asked for
+        Header().EnableMove();
+        DragHeading(50, 250); // right of the last one's middle? it ends at the edge: before it
+        EXPECT_EQ(Seen(), "102");
+        EXPECT_EQ(list->GetSortColumn(), -1);
+        DragHeading(50, 395);
+        EXPECT_EQ(Seen(), "021");
+        DragHeading(150, 5);
+        EXPECT_EQ(Seen(), "201");
+        DragHeading(50, 53); // hardly moved: a click
+        EXPECT_EQ(list->GetSortColumn(), 2);
+        EXPECT_EQ(Seen(), "201");
+        // The drop mark is gone whatever ends the drag.
+        const QImage before = Picture(parent);
+        Mouse(Header(), QEvent::MouseButtonPress, {50, 8});
+        Mouse(Header(), QEvent::MouseMove, {150, 8});
+        EXPECT_NE(Picture(parent), before);
+        Header().SendMessage(WM_CANCELMODE);
+        Mouse(Header(), QEvent::MouseButtonRelease, {150, 8});
+        EXPECT_EQ(Picture(parent), before);
+        EXPECT_EQ(Seen(), "201");
+    }
 }
 
 TEST_F(UserColumns, HiddenColumnsKeepWidthAndPlace) {
@@ -230,22 +234,28 @@ TEST_F(UserColumns, EveryOtherRowIsStriped) {
 }
 
 TEST_F(UserColumns, TheHeaderSaysNameAndType) {
-    EXPECT_EQ(list->GetColumnTip(1), CString("City"));
-    list->SetColumnTypeText(1, "VARCHAR(30)");
-    EXPECT_EQ(list->GetColumnTip(1), CString("City\nVARCHAR(30)"));
-    Header().EnableTips();
-    const auto restOn = [this](CPoint point) {
-        QMouseEvent move(QEvent::MouseMove, QPointF(point.x, point.y), QPointF(), Qt::NoButton,
-                         Qt::NoButton, {});
-        QApplication::sendEvent(Header().GetWidget(), &move);
-        QTest::qWait(800);
-        Pump();
-        return std::string(GetShownTip());
-    };
-    EXPECT_EQ(restOn({150, 8}), "City\nVARCHAR(30)");
-    list->SetColumnTip(0, "tip");
-    EXPECT_EQ(restOn({50, 8}), "tip");
-    HideTip();
+    for (const DWORD exStyle : {DWORD{0}, WS_EX_LAYOUTRTL}) {
+        MakeFor(exStyle);
+        EXPECT_EQ(list->GetColumnTip(1), CString("City"));
+        list->SetColumnTypeText(1, "VARCHAR(30)");
+        EXPECT_EQ(list->GetColumnTip(1), CString("City\nVARCHAR(30)"));
+        Header().EnableTips();
+        const auto restOn = [this](CPoint point) {
+            POINT screen = point;
+            Header().ClientToScreen(&screen);
+            const QPoint global(screen.x, screen.y);
+            QMouseEvent move(QEvent::MouseMove, Header().GetWidget()->mapFromGlobal(global), global,
+                             Qt::NoButton, Qt::NoButton, {});
+            QApplication::sendEvent(Header().GetWidget(), &move);
+            QTest::qWait(800);
+            Pump();
+            return std::string(GetShownTip());
+        };
+        EXPECT_EQ(restOn({150, 8}), "City\nVARCHAR(30)");
+        list->SetColumnTip(0, "tip");
+        EXPECT_EQ(restOn({50, 8}), "tip");
+        HideTip();
+    }
 }
 
 } // namespace

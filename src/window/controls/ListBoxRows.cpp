@@ -348,9 +348,8 @@ void ListBoxRows::EnsureSums() const {
     m_sumsValid = true;
 }
 
-std::int64_t ListBoxRows::TopOf(int row) const {
-    if (m_heights.empty())
-        return static_cast<std::int64_t>(row) * m_height;
+/// The heights of the rows before it, which have their own.
+std::int64_t ListBoxRows::SumBefore(int row) const {
     EnsureSums();
     std::int64_t top = 0;
     for (std::size_t i = Index(row); i > 0; i -= LowestBit(i))

@@ -101,7 +101,9 @@ public:
     }
     /// Where a row begins, from the top of the first; `row` may be Count(). O(log n) after rows
     /// came and went.
-    std::int64_t TopOf(int row) const;
+    std::int64_t TopOf(int row) const {
+        return m_heights.empty() ? static_cast<std::int64_t>(row) * m_height : SumBefore(row);
+    }
     /// The row that the place `y` lies in; -1 above the first, Count() below the last.
     int RowAt(std::int64_t y) const;
 
@@ -130,6 +132,7 @@ private:
     void Discard(const Row& row);
     void Compact();
     void EnsureSums() const;
+    std::int64_t SumBefore(int row) const;
     void Check() const noexcept;
 
     bool m_noData = false;

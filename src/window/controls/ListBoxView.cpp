@@ -31,9 +31,10 @@ void ListBoxControl::InvalidateRow(int row) {
 }
 
 void ListBoxControl::InvalidateFrom(int row) {
-    if (!m_redraw)
-        return;
-    const CRect first = RowRect(std::max(row, m_top));
+    const int shown = std::max(row, m_top);
+    if (!m_redraw || m_rows.TopOf(shown) - m_rows.TopOf(m_top) >= m_client.cy)
+        return; // below what is seen, as most rows that are added
+    const CRect first = RowRect(shown);
     if (first.top < m_client.cy) {
         const CRect rest(0, std::max<int>(first.top, 0), m_client.cx, m_client.cy);
         m_window.Invalidate(rest);
