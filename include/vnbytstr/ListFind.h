@@ -3,10 +3,10 @@
 // A hit is a shown cell that contains the text, in either case; the cells of hidden columns and the
 // rows that a filter leaves out are not looked at. Hits come row by row, in a row from left to
 // right as the columns are shown; after the last one comes the first. A hit becomes the selected
-// row, as by a click (in a list of LBS_MULTIPLESEL it only gets the focus), of which the parent is
-// told with LBN_SELCHANGE, and is scrolled into view. An open editor is stored first. Until
-// ClearFind, the text is marked in every cell in view; of a cell that is drawn with an ellipsis,
-// a part that is cut off is marked there.
+// row, as by a click (with LBS_MULTIPLESEL it only gets the focus), of which the parent is told if
+// that changes the selection (LBN_SELCHANGE), and is scrolled into view. An open editor is stored
+// first. Until ClearFind, the text is marked in every cell in view; where an ellipsis stands for a
+// part of a cell, the ellipsis is marked for it.
 //
 // Rows are looked at in parts of about 20 milliseconds (the first one 40) between which the window
 // handles its messages. A search that is not done within the first part answers kFindSearching and

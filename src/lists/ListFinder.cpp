@@ -149,18 +149,21 @@ EFindResult CListBoxEx::Finder::Show(int row, int column) {
     m_hitColumn = column;
     if (list.IsRow(before))
         list.InvalidateRow(before);
-    const bool isNew = FocusRow() != row;
-    if ((list.GetStyle() & LBS_MULTIPLESEL) != 0)
+    bool changes = false; // the selection
+    if ((list.GetStyle() & LBS_MULTIPLESEL) != 0) {
         list.SendMessage(LB_SETCARETINDEX, static_cast<WPARAM>(row));
-    else
+    } else {
+        changes = list.SendMessage(LB_GETSEL, static_cast<WPARAM>(row)) <= 0 ||
+                  (list.HasManySelected() && list.SendMessage(LB_GETSELCOUNT) != 1);
         list.SetOnlySel(row);
+    }
     if (!life.Holds())
         return result;
     list.InvalidateRow(row);
     if (list.m_bSideScroll && list.IsColumn(column))
         list.ShowColumn(column);
     NotifyAccessibility(list.m_hWnd, AccessibleChange::Focus, row, column);
-    if (isNew)
+    if (changes)
         list.NotifySelChange(); // as the last thing: the list may end with it
     return result;
 }

@@ -185,6 +185,13 @@ TEST_F(Find, BeginsAtTheCurrentCellAndSelectsAsAClickDoes) {
     EXPECT_EQ(list->FindText("LINZ", kFindMatchCase), kFindNone);
     EXPECT_EQ(list->FindText("lin", kFindWholeCell), kFindNone);
     EXPECT_EQ(list->FindText(nullptr), kFindNone);
+    // The one with the focus, of several selected rows, becomes the only one.
+    list->SetOnlySel(1);
+    list->SendMessage(LB_SETSEL, TRUE, 3);
+    told = 0;
+    EXPECT_EQ(list->FindText("bravo"), kFindHit);
+    EXPECT_EQ(list->SendMessage(LB_GETSELCOUNT), 1);
+    EXPECT_EQ(told, 1);
     // Several rows selected by clicks stay so.
     Make(LBS_MULTIPLESEL);
     for (const int row : {0, 4})
