@@ -122,6 +122,8 @@ done
 sql <<'SQL'
 create table edited(id int primary key, name varchar(40), body text, data bytea, price numeric(10, 2) default 1.5);
 insert into edited values (1, 'one', '', null, 1), (2, 'two', null, null, 2), (3, 'three', 'x', '\x00', 3);
+create table numbered(id serial primary key, name text, n int default 7);
+insert into numbered(name) values ('one'), ('two');
 SQL
 VNQUERY_ODBC=$connection TMPDIR="$folder/tmp" "$tests" --gtest_filter='OdbcWriter*' >"$folder/err" 2>&1 || fail "editing"
 
@@ -133,6 +135,19 @@ create index on "Odd"."It's ""odd""" (t);
 create view "Odd".brief as select id from "Odd"."It's ""odd""";
 SQL
 VNQUERY_ODBC=$connection "$tests" --gtest_filter='OdbcCatalog*' >"$folder/err" 2>&1 || fail "catalog"
+
+# Statements that change something, in portions as well.
+for portions in "" ";UseDeclareFetch=0" ";UseServerSidePrepare=0"; do
+    sql <<'SQL'
+drop table if exists kept;
+create table kept(a int primary key, b text);
+insert into kept values (1, 'a'), (2, 'b'), (3, 'c');
+create or replace function harm_kept() returns int language sql as
+    'delete from kept where a = 1 returning a';
+SQL
+    VNQUERY_ODBC="${connection%;UseDeclareFetch=1;Fetch=1}$portions" "$tests" --gtest_filter='OdbcSession*' \
+        >"$folder/err" 2>&1 || fail "sessions $portions"
+done
 
 # Ctrl-C while the server works.
 TMPDIR="$folder/tmp" "$vnquery" --connect "$connection" --sql "select pg_sleep(100)" 2>"$folder/err" &

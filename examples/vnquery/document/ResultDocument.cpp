@@ -17,21 +17,26 @@ void ResultDocument::Begin(ResultShape&& shape, const std::string& sql,
     m_plan = std::move(shape.plan);
     m_edits.Clear();
     m_shownRows = 0;
+    m_seenRows = 0;
+    m_isOrdered = false;
     std::vector<DWORD>().swap(m_order);
+    m_own.clear();
     ForgetOldOrder();
 }
 
 std::size_t ResultDocument::ShowNewRows() {
     if (m_sort)
         return 0;
-    const std::size_t first = m_shownRows;
-    m_shownRows = m_result.GetRowCount();
-    if (!m_order.empty()) {
+    const std::size_t first = m_seenRows;
+    m_seenRows = m_result.GetRowCount();
+    const std::size_t count = m_seenRows - first;
+    m_shownRows += count;
+    if (m_isOrdered) {
         m_order.resize(m_shownRows);
-        std::iota(m_order.begin() + static_cast<std::ptrdiff_t>(first), m_order.end(),
+        std::iota(m_order.end() - static_cast<std::ptrdiff_t>(count), m_order.end(),
                   static_cast<DWORD>(first));
     }
-    return m_shownRows - first;
+    return count;
 }
 
 std::size_t ResultDocument::ShownColumnOf(std::size_t column) const {
@@ -50,10 +55,10 @@ void ResultDocument::AppendCellText(std::string& out, std::size_t shownRow,
                                     std::size_t shownColumn) const {
     const CellPlace place = PlaceOf(shownRow, shownColumn);
     const NewValue* edit = m_edits.IsEmpty() ? nullptr : m_edits.Find(place);
-    if (!edit)
+    if (!edit && !m_edits.IsNew(place.first))
         m_result.AppendCell(out, place.first, place.second, m_format);
     else
-        out += edit->isDefault ? m_format.defaultText : FormatCell(edit->value, m_format);
+        out += !edit || edit->isDefault ? m_format.defaultText : FormatCell(edit->value, m_format);
 }
 
 std::string ResultDocument::GetCellText(std::size_t shownRow, std::size_t shownColumn) const {
@@ -68,13 +73,187 @@ Value ResultDocument::GetValue(CellPlace place) const {
 }
 
 ReadOnlyReason ResultDocument::GetReadOnlyReason(CellPlace place) const {
-    const ReadOnlyReason reason = GetReadOnlyReason(place.second);
-    const bool isLost = !m_plan.rowIdName.empty() && !m_result.GetRowId(place.first);
-    return reason == ReadOnlyReason::None && isLost ? ReadOnlyReason::NoKey : reason;
+    const auto [row, column] = place;
+    if (m_edits.IsDeleted(row))
+        return ReadOnlyReason::Deleted;
+    if (m_edits.IsNew(row) && !m_isDetached) {
+        const ReadOnlyReason reason = m_plan.columns[column].readOnly;
+        return reason == ReadOnlyReason::Key ? ReadOnlyReason::None : reason;
+    }
+    const ReadOnlyReason reason = GetReadOnlyReason(column);
+    return reason == ReadOnlyReason::None && !IsFound(row) ? ReadOnlyReason::NoKey : reason;
 }
 
+/// Whether the row can be found in the table.
+bool ResultDocument::IsFound(std::size_t row) const {
+    if (!m_plan.rowIdName.empty())
+        return m_result.GetRowId(row).has_value();
+    return std::ranges::none_of(m_plan.keyColumns, [&](std::size_t column) {
+        return m_result.GetValue(row, column).IsNull();
+    });
+}
+
+// --- rows ----------------------------------------------------------------------------------------
+
+ReadOnlyReason ResultDocument::GetInsertReason() const {
+    const ReadOnlyReason reason = m_plan.readOnly;
+    return m_isDetached                      ? ReadOnlyReason::OtherDatabase
+           : reason == ReadOnlyReason::NoKey ? ReadOnlyReason::None
+                                             : reason;
+}
+
+void ResultDocument::MakeOrder() {
+    if (m_isOrdered)
+        return;
+    m_isOrdered = true;
+    m_order.resize(m_shownRows);
+    std::iota(m_order.begin(), m_order.end(), DWORD{0});
+}
+
+void ResultDocument::Show(std::size_t row, std::size_t at) {
+    MakeOrder();
+    ForgetOldOrder();
+    at = std::min(at, m_order.size());
+    m_order.insert(m_order.begin() + static_cast<std::ptrdiff_t>(at), static_cast<DWORD>(row));
+    m_own[static_cast<DWORD>(row)] = at;
+    m_shownRows = m_order.size();
+}
+
+void ResultDocument::Hide(std::size_t row) {
+    MakeOrder();
+    ForgetOldOrder();
+    const auto found = std::ranges::find(m_order, static_cast<DWORD>(row));
+    if (found == m_order.end())
+        return;
+    if (const auto own = m_own.find(*found); own != m_own.end())
+        own->second = static_cast<std::size_t>(found - m_order.begin());
+    m_order.erase(found);
+    m_shownRows = m_order.size();
+}
+
+std::size_t ResultDocument::InsertRow(std::size_t at) {
+    ShowNewRows();
+    const std::size_t row = m_result.AppendRow();
+    ++m_seenRows;
+    m_edits.Insert(row);
+    Show(row, at);
+    return std::min(at, m_shownRows - 1);
+}
+
+std::size_t ResultDocument::DuplicateRow(std::size_t shownRow) {
+    const EditStep step(m_edits);
+    const std::size_t from = RowOf(shownRow);
+    const std::size_t at = InsertRow(shownRow + 1);
+    for (std::size_t i = 0; i < m_plan.columns.size(); ++i) {
+        const EditColumn& column = m_plan.columns[i];
+        const bool isRepeated = std::any_of(
+            m_plan.columns.begin(), m_plan.columns.begin() + static_cast<std::ptrdiff_t>(i),
+            [&](const EditColumn& other) { return other.name == column.name; });
+        const NewValue* const edit = m_edits.Find({from, i});
+        if (column.readOnly == ReadOnlyReason::Computed || column.isFilled || isRepeated ||
+            (m_edits.IsNew(from) && !edit))
+            continue;
+        m_edits.Set({RowOf(at), i}, edit ? NewValue(*edit) : NewValue{false, GetValue({from, i})},
+                    m_result);
+    }
+    return at;
+}
+
+std::size_t ResultDocument::DeleteRows(std::span<const std::size_t> shownRows) {
+    const EditStep step(m_edits);
+    std::vector<std::size_t> rows;
+    for (const std::size_t shownRow : shownRows)
+        rows.push_back(RowOf(shownRow));
+    std::size_t count = 0;
+    for (const std::size_t row : rows) {
+        const bool isNew = m_edits.IsNew(row);
+        if (m_isDetached || m_edits.IsDeleted(row) ||
+            (!isNew && (m_plan.readOnly != ReadOnlyReason::None || !IsFound(row))))
+            continue;
+        m_edits.Delete(row);
+        if (isNew)
+            Hide(row);
+        ++count;
+    }
+    return count;
+}
+
+std::optional<std::size_t> ResultDocument::Undo() {
+    std::optional<std::size_t> shown;
+    for (const std::size_t row : m_edits.Undo()) {
+        const auto own = m_own.find(static_cast<DWORD>(row));
+        const bool wasShown =
+            !m_isOrdered || std::ranges::find(m_order, static_cast<DWORD>(row)) != m_order.end();
+        if (own != m_own.end() && wasShown && !m_edits.IsNew(row))
+            Hide(row);
+        else if (own != m_own.end() && !wasShown && m_edits.IsNew(row))
+            Show(row, own->second);
+        const auto found = std::ranges::find(m_order, static_cast<DWORD>(row));
+        if (!m_isOrdered)
+            shown = row;
+        else if (found != m_order.end())
+            shown = static_cast<std::size_t>(found - m_order.begin());
+    }
+    return shown;
+}
+
+void ResultDocument::Discard() {
+    const std::set<std::size_t> rows = m_edits.GetNewRows();
+    m_edits.Clear();
+    for (const std::size_t row : rows)
+        Hide(row);
+    m_own.clear();
+}
+
+void ResultDocument::Accept(WriteReport&& report) {
+    const std::vector<std::size_t> deleted = report.deleted;
+    AcceptReport(std::move(report), m_result, m_edits);
+    if (!deleted.empty()) {
+        MakeOrder();
+        ForgetOldOrder();
+        const std::set<DWORD> gone(deleted.begin(), deleted.end());
+        std::erase_if(m_order, [&](DWORD row) { return gone.contains(row); });
+        m_shownRows = m_order.size();
+    }
+    // Nothing can be taken back any more.
+    std::erase_if(m_own, [&](const auto& own) { return !m_edits.IsNew(own.first); });
+}
+
+void ResultDocument::PassShownTo(RowSink& sink, std::span<const std::size_t> shownRows,
+                                 std::span<const std::size_t> shownColumns,
+                                 Progress& progress) const {
+    const std::size_t rows = shownRows.empty() ? m_shownRows : shownRows.size();
+    const std::size_t columns = shownColumns.empty() ? GetShownColumns() : shownColumns.size();
+    for (std::size_t i = 0; i < rows; ++i) {
+        const std::size_t shownRow = shownRows.empty() ? i : shownRows[i];
+        if (shownRows.empty() && IsDeleted(shownRow))
+            continue;
+        for (std::size_t k = 0; k < columns; ++k)
+            GetValue(PlaceOf(shownRow, shownColumns.empty() ? k : shownColumns[k])).PassTo(sink);
+        sink.EndRow();
+        sink.ReportBytes();
+        progress.AddRow();
+    }
+}
+
+std::function<ColumnSummary(Progress&)>
+ResultDocument::PrepareSummary(std::size_t shownColumn) const {
+    std::vector<DWORD> rows;
+    rows.reserve(m_shownRows);
+    for (std::size_t i = 0; i < m_shownRows; ++i)
+        if (!IsDeleted(i))
+            rows.push_back(static_cast<DWORD>(RowOf(i)));
+    const std::size_t column = m_layout.order[shownColumn];
+    return [result = m_result, column, rows = std::move(rows),
+            changed = ChangedValues(m_edits, column)](Progress& progress) {
+        return Summarise(result, column, changed, rows, progress);
+    };
+}
+
+// --- order ---------------------------------------------------------------------------------------
+
 bool ResultDocument::BeginSort(std::size_t shownColumn, bool descending) {
-    if (m_sort || shownColumn >= m_layout.order.size())
+    if (m_sort || shownColumn >= m_layout.order.size() || (m_isOrdered && m_order.empty()))
         return false;
     m_sort = std::make_unique<SortRun>(m_result, m_edits, m_layout.order[shownColumn], descending,
                                        m_order);
@@ -89,7 +268,10 @@ bool ResultDocument::EndSort() {
         return false;
     ForgetOldOrder();
     m_oldOrder = std::exchange(m_order, std::move(sort->GetOrder()));
-    m_shownRows = m_order.size(); // more, if some arrived after those shown
+    if (!m_isOrdered)
+        m_seenRows = m_order.size(); // more, if some arrived after those shown
+    m_isOrdered = true;
+    m_shownRows = m_order.size();
     m_places = std::move(sort->GetPlaces());
     m_isNewlySorted = true;
     m_layout.sortColumn = sort->GetColumn();

@@ -4,10 +4,15 @@
 #include "vnquery/document/QueryLayout.h"
 #include "vnquery/document/SortRun.h"
 #include "vnquery/result/CellText.h"
+#include "vnquery/result/ColumnSummary.h"
 #include "vnquery/result/PendingEdits.h"
 #include "vnquery/sources/QueryRun.h"
 
+#include <functional>
+#include <map>
 #include <memory>
+#include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -59,12 +64,48 @@ public:
     std::string GetCellText(std::size_t shownRow, std::size_t shownColumn) const;
     /// The cell's new value if it was changed, else its value.
     Value GetValue(CellPlace place) const;
-    /// Why the cell cannot be edited; NoKey also for a row that is not in the table.
+    /// Why the cell cannot be edited; NoKey also for a row that is not in the table, or whose key
+    /// the database has not told. In a new row key columns can be edited, too.
     ReadOnlyReason GetReadOnlyReason(CellPlace place) const;
     /// The same for all cells of a column.
     ReadOnlyReason GetReadOnlyReason(std::size_t column) const {
         return m_isDetached ? ReadOnlyReason::OtherDatabase : m_plan.GetReadOnlyReason(column);
     }
+
+    // --- rows ------------------------------------------------------------------------------------
+    // When all rows have been read, and not during a sort.
+
+    /// Why no row can be inserted. That takes a result whose rows are those of one table.
+    ReadOnlyReason GetInsertReason() const;
+    /// Shows a new row at that place among the shown rows, or after them; returns its place.
+    std::size_t InsertRow(std::size_t at);
+    /// Shows a copy of a shown row, with its changes, after it; returns its place. Columns that the
+    /// database computes, and those of a key that it fills, are left to it.
+    std::size_t DuplicateRow(std::size_t shownRow);
+    /// Marks shown rows for deletion; new ones disappear at once. Rows that cannot be found in the
+    /// table stay. Returns how many were marked or disappeared.
+    std::size_t DeleteRows(std::span<const std::size_t> shownRows);
+    bool IsNew(std::size_t shownRow) const { return m_edits.IsNew(RowOf(shownRow)); }
+    bool IsDeleted(std::size_t shownRow) const { return m_edits.IsDeleted(RowOf(shownRow)); }
+    bool CanUndo() const { return m_edits.CanUndo(); }
+    /// Takes back what the user did last (a cell, an insertion, a deletion); returns a shown row
+    /// that it was about, if it is still shown.
+    std::optional<std::size_t> Undo();
+    /// Gives up all changes that were not written.
+    void Discard();
+    /// AcceptReport; deleted rows are shown no longer.
+    void Accept(WriteReport&& report);
+
+    /// Passes shown columns of shown rows on, with their changes: what is seen. No rows: all but
+    /// those marked for deletion; no columns: all. What is set to the column's default is NULL. May
+    /// be called on another thread while nothing changes here. Throws what the sink throws.
+    void PassShownTo(RowSink& sink, std::span<const std::size_t> shownRows,
+                     std::span<const std::size_t> shownColumns, Progress& progress) const;
+    /// Summarises a column of the shown rows that are not marked for deletion. The function may be
+    /// called on another thread while the document changes.
+    std::function<ColumnSummary(Progress&)> PrepareSummary(std::size_t shownColumn) const;
+
+    // --- order -----------------------------------------------------------------------------------
 
     /// Begins to sort the shown rows by a shown column, as ResultSet::Sort does; false when there is
     /// no such column or a sort runs. Until EndSort no rows may be shown or changed.
@@ -83,8 +124,12 @@ public:
 
 private:
     std::size_t RowOf(std::size_t shownRow) const {
-        return m_order.empty() ? shownRow : m_order[shownRow];
+        return m_isOrdered ? m_order[shownRow] : shownRow;
     }
+    bool IsFound(std::size_t row) const;
+    void MakeOrder();
+    void Show(std::size_t row, std::size_t at);
+    void Hide(std::size_t row);
 
     std::string m_sql;
     Connection m_connection;
@@ -96,10 +141,13 @@ private:
     QueryLayout m_layout;
     CellFormat m_format;
     std::size_t m_shownRows = 0;
-    std::vector<DWORD> m_order; ///< the result's row of each shown row; empty: the same
+    std::size_t m_seenRows = 0;         ///< of the result, shown or not
+    bool m_isOrdered = false;           ///< else the result's rows are shown as they come
+    std::vector<DWORD> m_order;         ///< the result's row of each shown row
+    std::map<DWORD, std::size_t> m_own; ///< inserted rows, with the places where they were shown
     std::unique_ptr<SortRun> m_sort;
     // Since the last sort, until ForgetOldOrder.
-    std::vector<DWORD> m_oldOrder; ///< m_order before it
+    std::vector<DWORD> m_oldOrder; ///< m_order before it; empty: the result's order
     std::vector<DWORD> m_places;   ///< by the result's row, where it is shown
     bool m_isNewlySorted = false;
 };

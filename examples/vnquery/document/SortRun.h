@@ -11,6 +11,9 @@
 
 namespace vnquery {
 
+/// The new values of a column by their rows.
+std::map<std::size_t, Value> ChangedValues(const PendingEdits& edits, std::size_t column);
+
 /// Starts at once. The result stays readable meanwhile; it must not be changed.
 class SortRun {
 public:

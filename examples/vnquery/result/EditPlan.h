@@ -10,12 +10,13 @@ namespace vnquery {
 
 /// Why a cell is not editable.
 enum class ReadOnlyReason {
-    None,         ///< it is editable
-    NotATable,    ///< the rows are not those of one table
-    NoKey,        ///< the table has no key, or not all columns of it are selected
-    Key,          ///< the column identifies the row
-    Computed,     ///< an expression, or a column that the database computes
-    OtherDatabase ///< another database has been opened since the query
+    None,          ///< it is editable
+    NotATable,     ///< the rows are not those of one table
+    NoKey,         ///< the table has no key, or not all columns of it are selected
+    Key,           ///< the column identifies the row
+    Computed,      ///< an expression, or a column that the database computes
+    OtherDatabase, ///< another database has been opened since the query
+    Deleted        ///< the row is marked for deletion
 };
 
 /// A column of the result, as the table has it.
@@ -27,6 +28,8 @@ struct EditColumn {
     /// None, Key or Computed.
     ReadOnlyReason readOnly = ReadOnlyReason::None;
     bool isNullable = true;
+    /// The database gives a new row its value.
+    bool isFilled = false;
     /// ODBC's type, with its size and digits.
     int sqlType = 0;
     std::size_t sqlSize = 0;

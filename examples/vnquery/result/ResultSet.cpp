@@ -348,6 +348,20 @@ void ResultSet::SetValue(std::size_t row, std::size_t column, const Value& value
     store().EndUpdate();
 }
 
+std::size_t ResultSet::AppendRow() {
+    const auto turn = m_rows->turns.Reader();
+    m_rows->store.BeginRow();
+    m_rows->store.EndRow();
+    m_rows->count = m_rows->store.GetRowCount();
+    return m_rows->count - 1;
+}
+
+void ResultSet::SetRowId(std::size_t row, long long id) {
+    const auto turn = m_rows->turns.Reader();
+    m_rows->store.UpdateValue(static_cast<DWORD>(row), static_cast<int>(m_columns.size()),
+                              CRowValue::Integer(id));
+}
+
 /// A column with changed values.
 class ResultSet::SortedColumn : public CRowStoreColumn {
 public:

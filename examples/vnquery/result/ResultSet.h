@@ -50,6 +50,10 @@ public:
     /// stay.
     void Fetch(RowSource& source, Progress& progress);
     void SetValue(std::size_t row, std::size_t column, const Value& value);
+    /// Adds a row of NULLs, not while another thread adds rows; returns its place.
+    std::size_t AppendRow();
+    /// Only where the source has row numbers.
+    void SetRowId(std::size_t row, long long id);
     /// Sorts the rows in `order`, or all rows when that is empty, by the values of a column as
     /// CRowSort does; the rows of `changed` count with the values given there. False, with `order`
     /// as it was, when `goOn` returned false.

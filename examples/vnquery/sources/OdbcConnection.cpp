@@ -42,6 +42,11 @@ std::vector<std::string> KeysOf(std::string_view connection) {
     return keys;
 }
 
+// Attributes of PostgreSQL's driver; what its connection string names UseDeclareFetch (or B6) and
+// Fetch (or A7).
+constexpr SQLINTEGER kUseDeclareFetch = 65539;
+constexpr SQLINTEGER kFetch = 65541;
+
 bool SetAttribute(SQLHANDLE connection, SQLINTEGER attribute, std::uintptr_t value) {
     return SQL_SUCCEEDED(
         SQLSetConnectAttr(connection, attribute, reinterpret_cast<SQLPOINTER>(value), 0));
@@ -168,13 +173,11 @@ bool OdbcConnection::FindOutWhetherUtf8() const {
 bool OdbcConnection::FetchInPortions(const std::string& connection) {
     if (!HasPostgreSqlDriver())
         return false;
-    // Attributes of the driver itself; what its connection string names UseDeclareFetch (or B6) and
-    // Fetch (or A7). It fetches at least as many rows at once as Fetch says, or as a block has.
-    constexpr SQLINTEGER kUseDeclareFetch = 65539;
-    constexpr SQLINTEGER kFetch = 65541;
+    // It fetches at least as many rows at once as Fetch says, or as a block has.
     const std::vector<std::string> keys = KeysOf(connection);
     const auto has = [&](const char* key) { return std::ranges::find(keys, key) != keys.end(); };
     const bool isOn = GetNumber(m_handle.Get(), kUseDeclareFetch) == 1;
+    m_hasPortions = isOn;
     const bool hasFetch = has("FETCH") || has("A7");
     if (isOn || hasFetch)
         m_blockRows = static_cast<std::size_t>(std::max(GetNumber(m_handle.Get(), kFetch), 1));
@@ -183,7 +186,13 @@ bool OdbcConnection::FetchInPortions(const std::string& connection) {
         return false;
     if (!hasFetch)
         SetAttribute(m_handle.Get(), kFetch, 1);
+    m_hasPortions = true;
     return true;
+}
+
+void OdbcConnection::AllowPortions(bool isAllowed) const {
+    if (m_hasPortions)
+        SetAttribute(m_handle.Get(), kUseDeclareFetch, isAllowed ? 1 : 0);
 }
 
 OdbcConnection::~OdbcConnection() {

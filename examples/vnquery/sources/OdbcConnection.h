@@ -55,6 +55,9 @@ public:
     std::string GetNameQuote() const;
     /// SQL_COMMIT or SQL_ROLLBACK. Throws Failure.
     void EndTransaction(SQLSMALLINT how) const;
+    /// Whether PostgreSQL's driver may fetch the next results in portions, where it does. It gives up
+    /// the whole transaction when a portion fails, or is cancelled.
+    void AllowPortions(bool isAllowed) const;
     /// Runs a statement without a result; false when it fails.
     bool Run(const std::string& sql) const;
 
@@ -73,6 +76,7 @@ private:
 
     OdbcHandle m_environment;
     OdbcHandle m_handle;
+    bool m_hasPortions = false;
     bool m_hasUtf8Bytes = false;
     std::size_t m_blockRows = OdbcBlock::kMaxRows;
 };

@@ -40,6 +40,7 @@ std::optional<bool> OdbcSession::AskForChanges() const noexcept {
 
 void OdbcSession::BeginUse() {
     m_isChanged = false;
+    m_open->AllowPortions(!m_hasChanges);
     m_hasSavepoint = m_hasChanges && m_open->Run("SAVEPOINT vnquery_use");
 }
 

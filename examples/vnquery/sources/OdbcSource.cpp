@@ -171,6 +171,10 @@ void OdbcSource::DescribeColumns() {
         edit.sqlSize = size;
         edit.sqlDigits = digits;
         edit.isNullable = nullable != SQL_NO_NULLS;
+        SQLLEN isFilled = SQL_FALSE;
+        SQLColAttributeW(m_statement->Get(), column, SQL_DESC_AUTO_UNIQUE_VALUE, nullptr, 0,
+                         nullptr, &isFilled);
+        edit.isFilled = isFilled == SQL_TRUE;
     }
     m_block = std::make_unique<OdbcBlock>(m_statement->Get(), std::move(columns),
                                           m_connection->GetBlockRows());

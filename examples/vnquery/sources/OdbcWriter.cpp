@@ -16,6 +16,13 @@ bool IsBinaryType(int sqlType) {
     return sqlType == SQL_BINARY || sqlType == SQL_VARBINARY || sqlType == SQL_LONGVARBINARY;
 }
 
+/// Throws when the statement that `what` tells about found its row no longer.
+void CheckOneRow(SQLHANDLE statement, const std::string& what) {
+    SQLLEN rows = 0;
+    if (SQL_SUCCEEDED(SQLRowCount(statement, &rows)) && rows != 1)
+        throw Failure(kQueryFailed, what + ": " + Text(IDS_VQ_ROW_GONE));
+}
+
 } // namespace
 
 OdbcWriter::OdbcWriter(std::shared_ptr<OdbcConnection> connection, Session::LeasePointer lease,
@@ -107,25 +114,32 @@ void OdbcWriter::Execute(SQLHANDLE statement, const std::string& sql, const std:
         OdbcFail(what, SQL_HANDLE_STMT, statement);
 }
 
-std::optional<Value> OdbcWriter::Read(const RowKey& key, std::size_t column, Progress& progress) {
-    const EditColumn& plan = m_plan.columns[column];
-    const std::string what = Text(IDS_VQ_CANNOT_READ_VALUE, {plan.name});
+std::optional<std::vector<Value>>
+OdbcWriter::ReadRow(const RowKey& key, std::span<const std::size_t> columns, Progress& progress) {
+    std::string names;
+    for (const std::size_t column : columns)
+        names.append(names.empty() ? "" : ", ").append(Quote(m_plan.columns[column].name));
+    const std::string what = Text(IDS_VQ_CANNOT_READ_VALUE, {names});
     const std::unique_ptr<OdbcHandle> select = m_connection->NewStatement();
     std::vector<Parameter> parameters;
     for (const Value& value : key.values)
         parameters.push_back({&value, {}, 0});
     Bind(select->Get(), parameters, m_plan.keyColumns);
-    Execute(select->Get(), "SELECT " + Quote(plan.name) + " FROM " + m_table + Condition() + m_lock,
-            what, progress);
+    Execute(select->Get(), "SELECT " + names + " FROM " + m_table + Condition() + m_lock, what,
+            progress);
     const SQLRETURN result = SQLFetch(select->Get());
     if (result == SQL_NO_DATA)
         return {};
     if (!SQL_SUCCEEDED(result))
         OdbcFail(what, SQL_HANDLE_STMT, select->Get());
-    Value value;
-    ValueKeeper sink(value, progress);
-    OdbcReader(select->Get()).Read(0, plan.name, OdbcReader::TypeOf(plan.sqlType), sink);
-    return value;
+    std::vector<Value> values(columns.size());
+    OdbcReader reader(select->Get());
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        const EditColumn& plan = m_plan.columns[columns[i]];
+        ValueKeeper sink(values[i], progress);
+        reader.Read(i, plan.name, OdbcReader::TypeOf(plan.sqlType), sink);
+    }
+    return values;
 }
 
 void OdbcWriter::Update(const RowKey& key, std::size_t column, const NewValue& value,
@@ -146,10 +160,72 @@ void OdbcWriter::Update(const RowKey& key, std::size_t column, const NewValue& v
             "UPDATE " + m_table + " SET " + Quote(plan.name) + " = " +
                 (value.isDefault ? plan.defaultSql : "?") + Condition(),
             Text(IDS_VQ_CANNOT_CHANGE, {plan.name}), progress);
-    SQLLEN rows = 0;
-    if (SQL_SUCCEEDED(SQLRowCount(update->Get(), &rows)) && rows != 1)
-        throw Failure(kQueryFailed,
-                      Text(IDS_VQ_CANNOT_CHANGE, {plan.name}) + ": " + Text(IDS_VQ_ROW_GONE));
+    CheckOneRow(update->Get(), Text(IDS_VQ_CANNOT_CHANGE, {plan.name}));
+}
+
+/// The values of the key's columns, which a statement gives.
+std::optional<RowKey> OdbcWriter::FetchKey(SQLHANDLE statement, Progress& progress) const {
+    if (!SQL_SUCCEEDED(SQLFetch(statement)))
+        return {};
+    RowKey key;
+    OdbcReader reader(statement);
+    for (std::size_t i = 0; i < m_plan.keyColumns.size(); ++i) {
+        const EditColumn& plan = m_plan.columns[m_plan.keyColumns[i]];
+        ValueKeeper sink(key.values.emplace_back(), progress);
+        reader.Read(i, plan.name, OdbcReader::TypeOf(plan.sqlType), sink);
+    }
+    return key;
+}
+
+/// The key of the row that was inserted last.
+std::optional<RowKey> OdbcWriter::AskForKey(const RowValues& values, Progress& progress) const {
+    if (m_connection->GetServer() != SqlServer::MySql || m_plan.keyColumns.size() != 1)
+        return GivenKey(m_plan, values);
+    if (const std::optional<RowKey> given = GivenKey(m_plan, values))
+        return given;
+    const std::unique_ptr<OdbcHandle> select = m_connection->NewStatement();
+    Execute(select->Get(), "SELECT LAST_INSERT_ID()", Text(IDS_VQ_S_CANNOT_INSERT, {m_plan.table}),
+            progress);
+    return FetchKey(select->Get(), progress);
+}
+
+std::optional<RowKey> OdbcWriter::Insert(const RowValues& values, Progress& progress) {
+    const SqlServer server = m_connection->GetServer();
+    std::string names;
+    std::string marks;
+    std::vector<Parameter> parameters;
+    std::vector<std::size_t> columns;
+    for (const auto& [column, value] : values) {
+        if (value.isDefault)
+            continue;
+        names.append(names.empty() ? "" : ", ").append(Quote(m_plan.columns[column].name));
+        marks.append(marks.empty() ? "?" : ", ?");
+        parameters.push_back({&value.value, {}, 0});
+        columns.push_back(column);
+    }
+    std::string sql = "INSERT INTO " + m_table;
+    if (names.empty() && server != SqlServer::MySql)
+        sql += " DEFAULT VALUES";
+    else
+        sql += " (" + names + ") VALUES (" + marks + ")";
+    const bool isTold = server == SqlServer::PostgreSql && !m_plan.keyColumns.empty();
+    for (std::size_t i = 0; isTold && i < m_plan.keyColumns.size(); ++i)
+        sql += (i == 0 ? " RETURNING " : ", ") + Quote(m_plan.columns[m_plan.keyColumns[i]].name);
+    const std::unique_ptr<OdbcHandle> insert = m_connection->NewStatement();
+    Bind(insert->Get(), parameters, columns);
+    Execute(insert->Get(), sql, Text(IDS_VQ_S_CANNOT_INSERT, {m_plan.table}), progress);
+    return isTold ? FetchKey(insert->Get(), progress) : AskForKey(values, progress);
+}
+
+void OdbcWriter::Delete(const RowKey& key, Progress& progress) {
+    const std::string what = Text(IDS_VQ_S_CANNOT_DELETE, {m_plan.table});
+    const std::unique_ptr<OdbcHandle> statement = m_connection->NewStatement();
+    std::vector<Parameter> parameters;
+    for (const Value& part : key.values)
+        parameters.push_back({&part, {}, 0});
+    Bind(statement->Get(), parameters, m_plan.keyColumns);
+    Execute(statement->Get(), "DELETE FROM " + m_table + Condition(), what, progress);
+    CheckOneRow(statement->Get(), what);
 }
 
 void OdbcWriter::Commit() {

@@ -21,9 +21,14 @@ public:
     OdbcWriter(OdbcSession& session, Session::LeasePointer lease, const EditPlan& plan);
     ~OdbcWriter() override;
 
-    std::optional<Value> Read(const RowKey& key, std::size_t column, Progress& progress) override;
+    std::optional<std::vector<Value>>
+    ReadRow(const RowKey& key, std::span<const std::size_t> columns, Progress& progress) override;
     void Update(const RowKey& key, std::size_t column, const NewValue& value,
                 Progress& progress) override;
+    /// The key of a row is told by PostgreSQL, and on MySQL and MariaDB that of AUTO_INCREMENT;
+    /// elsewhere it is known when all of its columns are given.
+    std::optional<RowKey> Insert(const RowValues& values, Progress& progress) override;
+    void Delete(const RowKey& key, Progress& progress) override;
     void Commit() override;
 
 private:
@@ -35,6 +40,8 @@ private:
     };
     std::string Quote(const std::string& name) const;
     std::string Condition() const;
+    std::optional<RowKey> FetchKey(SQLHANDLE statement, Progress& progress) const;
+    std::optional<RowKey> AskForKey(const RowValues& values, Progress& progress) const;
     void Bind(SQLHANDLE statement, std::span<Parameter> parameters,
               std::span<const std::size_t> columns) const;
     void Execute(SQLHANDLE statement, const std::string& sql, const std::string& what,

@@ -25,6 +25,7 @@ namespace vnquery {
 ///   false.
 /// - SQLite: foreign keys are enforced unless PRAGMA foreign_keys switches that off before the
 ///   first change. The transaction holds the write lock; others can read.
+/// - PostgreSQL's driver keeps a whole result in memory while something is not committed.
 /// - ODBC: on servers other than PostgreSQL what a function called by a query has changed is undone
 ///   unless a statement that changes something ran before.
 ///

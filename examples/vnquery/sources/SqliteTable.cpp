@@ -39,6 +39,14 @@ SqliteDatabase::Statement SqliteTable::Prepare(const char* sql) const {
     return statement;
 }
 
+bool SqliteTable::CanOpenBlobs(const SqliteDatabase& database, const std::string& schema,
+                               const std::string& table) {
+    const auto list = database.Prepare("SELECT 1 FROM pragma_table_xinfo(?2, ?1) WHERE hidden = 2");
+    sqlite3_bind_text(list.get(), 1, schema.c_str(), -1, SQLITE_TRANSIENT);
+    sqlite3_bind_text(list.get(), 2, table.c_str(), -1, SQLITE_TRANSIENT);
+    return sqlite3_step(list.get()) == SQLITE_DONE;
+}
+
 bool SqliteTable::IsPlain() const {
     const auto list = Prepare("SELECT 1 FROM pragma_table_list(?2) WHERE schema = ?1 COLLATE "
                               "NOCASE AND type = 'table'");
@@ -92,8 +100,8 @@ EditPlan SqliteTable::PlanEditing(sqlite3_stmt* statement) const {
         edit.name = origin;
         const auto found = columns.find(ToUpper(origin));
         if (found == columns.end() || !found->second.isStored) { // generated, or the row's number
-            edit.readOnly = EqualsNoCase(origin, m_rowId.c_str()) ? ReadOnlyReason::Key
-                                                                  : ReadOnlyReason::Computed;
+            edit.isFilled = EqualsNoCase(origin, m_rowId.c_str());
+            edit.readOnly = edit.isFilled ? ReadOnlyReason::Key : ReadOnlyReason::Computed;
             continue;
         }
         const Column& column = found->second;
@@ -101,6 +109,7 @@ EditPlan SqliteTable::PlanEditing(sqlite3_stmt* statement) const {
         edit.isNullable = column.isNullable;
         const bool isRowId = isOneKey && column.isKey && column.type == "INTEGER";
         edit.readOnly = isRowId ? ReadOnlyReason::Key : ReadOnlyReason::None;
+        edit.isFilled = isRowId;
     }
     return plan;
 }

@@ -23,6 +23,10 @@ public:
     const std::string& GetName() const { return m_name; }
     /// Schema and name, quoted.
     std::string GetQuotedName() const { return QuoteName(m_schema) + "." + QuoteName(m_name); }
+    /// Whether sqlite3_blob_open finds the table's columns. It counts virtual columns, which a row
+    /// does not have, and so may open another column's value.
+    static bool CanOpenBlobs(const SqliteDatabase& database, const std::string& schema,
+                             const std::string& table);
     /// A name of the row's number that no column hides; "" when there is none, or when the rows
     /// have no numbers.
     const std::string& GetRowIdName() const { return m_rowId; }

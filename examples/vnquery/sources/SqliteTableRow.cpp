@@ -14,6 +14,7 @@ SqliteTableRow::SqliteTableRow(const SqliteDatabase& database, const SqliteTable
     : m_database(database), m_table(table), m_columns(std::move(columns)),
       m_columnsOfDetails(
           static_cast<std::size_t>(sqlite3_limit(database.Get(), SQLITE_LIMIT_COLUMN, -1)) / 2),
+      m_canOpenBlobs(SqliteTable::CanOpenBlobs(database, table.GetSchema(), table.GetName())),
       m_blobs(m_columns.size()) {
     std::string all;
     for (const std::string& column : m_columns)
@@ -85,6 +86,8 @@ void SqliteTableRow::Read(std::size_t column, ValueSink& sink) {
 /// Opens the value; false when it cannot be read in pieces, such as a default that ALTER TABLE gave
 /// to existing rows, or a generated column.
 bool SqliteTableRow::SeekBlob(std::size_t column) {
+    if (!m_canOpenBlobs)
+        return false;
     SqliteDatabase::Blob& blob = m_blobs[column];
     int result = SQLITE_ERROR;
     if (blob) {

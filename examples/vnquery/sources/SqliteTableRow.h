@@ -40,6 +40,7 @@ private:
     const std::size_t m_columnsOfDetails; ///< per statement, which gives two of each
     SqliteDatabase::Statement m_short;    ///< all values
     std::vector<Details> m_details;       ///< prepared when first needed
+    const bool m_canOpenBlobs;
     std::vector<SqliteDatabase::Blob> m_blobs;
     long long m_number = 0;
     bool m_isShort = false; ///< m_short is at the row

@@ -3,6 +3,7 @@
 #include "vnquery/messages/Messages.h"
 #include "vnquery/sources/OneTableQuery.h"
 #include "vnquery/sources/SqliteBind.h"
+#include "vnquery/sources/SqliteTable.h"
 #include "vnquery/tasks/Failure.h"
 #include "vnquery/tasks/Progress.h"
 
@@ -19,7 +20,8 @@ constexpr DWORD kMaxBound = 1048576; ///< longer bytes are written in pieces whe
 SqliteWriter::SqliteWriter(std::shared_ptr<SqliteDatabase> database, Session::LeasePointer lease,
                            const EditPlan& plan)
     : m_lease(std::move(lease)), m_database(std::move(database)), m_plan(plan),
-      m_table(QuoteName(plan.schema) + "." + QuoteName(plan.table)) {}
+      m_table(QuoteName(plan.schema) + "." + QuoteName(plan.table)),
+      m_canOpenBlobs(SqliteTable::CanOpenBlobs(*m_database, plan.schema, plan.table)) {}
 
 SqliteWriter::SqliteWriter(const std::string& file, const EditPlan& plan)
     : SqliteWriter(std::make_shared<SqliteDatabase>(file, SqliteDatabase::Access::Write), nullptr,
@@ -47,6 +49,11 @@ SqliteWriter::~SqliteWriter() {
         m_session->ForgetChanges();
 }
 
+bool SqliteWriter::IsInPieces(const Value& value) const {
+    return value.GetType() == Value::Type::Binary && value.GetLength() > kMaxBound &&
+           !m_plan.rowIdName.empty() && m_canOpenBlobs;
+}
+
 std::string SqliteWriter::Condition() const {
     if (!m_plan.rowIdName.empty())
         return " WHERE " + m_plan.rowIdName + " = ?";
@@ -68,17 +75,21 @@ void SqliteWriter::BindKey(sqlite3_stmt* statement, const RowKey& key, int first
         BindValue(statement, first++, value);
 }
 
-std::optional<Value> SqliteWriter::Read(const RowKey& key, std::size_t column, Progress& progress) {
-    const std::string& name = m_plan.columns[column].name;
-    const auto select =
-        m_database->Prepare("SELECT " + QuoteName(name) + " FROM " + m_table + Condition());
+std::optional<std::vector<Value>>
+SqliteWriter::ReadRow(const RowKey& key, std::span<const std::size_t> columns, Progress& progress) {
+    std::string names;
+    for (const std::size_t column : columns)
+        names.append(names.empty() ? "" : ", ").append(QuoteName(m_plan.columns[column].name));
+    const auto select = m_database->Prepare("SELECT " + names + " FROM " + m_table + Condition());
     BindKey(select.get(), key, 1);
-    if (!m_database->Step(select.get(), Text(IDS_VQ_CANNOT_READ_VALUE, {name})))
+    if (!m_database->Step(select.get(), Text(IDS_VQ_CANNOT_READ_VALUE, {names})))
         return {};
-    Value value;
-    ValueKeeper sink(value, progress);
-    m_database->ReadWhole(select.get(), 0, sink);
-    return value;
+    std::vector<Value> values(columns.size());
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        ValueKeeper sink(values[i], progress);
+        m_database->ReadWhole(select.get(), static_cast<int>(i), sink);
+    }
+    return values;
 }
 
 void SqliteWriter::UpdateOnce(const std::string& expression, const RowKey& key, std::size_t column,
@@ -101,8 +112,7 @@ void SqliteWriter::Update(const RowKey& key, std::size_t column, const NewValue&
     if (value.isDefault) {
         const std::string& sql = m_plan.columns[column].defaultSql;
         UpdateOnce("(" + (sql.empty() ? "NULL" : sql) + ")", key, column, nullptr);
-    } else if (bytes.GetType() == Value::Type::Binary && bytes.GetLength() > kMaxBound &&
-               key.rowId) {
+    } else if (IsInPieces(bytes) && key.rowId) {
         UpdateOnce("zeroblob(" + std::to_string(bytes.GetLength()) + ")", key, column, nullptr);
         WritePieces(key, column, bytes, progress);
     } else {
@@ -128,6 +138,47 @@ void SqliteWriter::WritePieces(const RowKey& key, std::size_t column, const Valu
         done += count;
         progress.AddBytes(piece.size());
     });
+}
+
+std::optional<RowKey> SqliteWriter::Insert(const RowValues& values, Progress& progress) {
+    const std::string what = Text(IDS_VQ_S_CANNOT_INSERT, {m_plan.table});
+    std::string names;
+    std::string marks;
+    for (const auto& [column, value] : values) {
+        if (value.isDefault)
+            continue;
+        names.append(names.empty() ? "" : ", ").append(QuoteName(m_plan.columns[column].name));
+        marks.append(marks.empty() ? "" : ", ");
+        marks += IsInPieces(value.value)
+                     ? "zeroblob(" + std::to_string(value.value.GetLength()) + ")"
+                     : "?";
+    }
+    const auto insert = m_database->Prepare(
+        "INSERT INTO " + m_table +
+        (names.empty() ? " DEFAULT VALUES" : " (" + names + ") VALUES (" + marks + ")"));
+    int index = 1;
+    for (const auto& [column, value] : values)
+        if (!value.isDefault && !IsInPieces(value.value))
+            BindValue(insert.get(), index++, value.value);
+    m_database->Step(insert.get(), what);
+    RowKey key;
+    if (!m_plan.rowIdName.empty()) {
+        key.rowId = sqlite3_last_insert_rowid(m_database->Get());
+        for (const auto& [column, value] : values)
+            if (IsInPieces(value.value))
+                WritePieces(key, column, value.value, progress);
+        return key;
+    }
+    return GivenKey(m_plan, values);
+}
+
+void SqliteWriter::Delete(const RowKey& key, Progress&) {
+    const std::string what = Text(IDS_VQ_S_CANNOT_DELETE, {m_plan.table});
+    const auto statement = m_database->Prepare("DELETE FROM " + m_table + Condition());
+    BindKey(statement.get(), key, 1);
+    m_database->Step(statement.get(), what);
+    if (sqlite3_changes(m_database->Get()) != 1)
+        throw Failure(kQueryFailed, what + ": " + Text(IDS_VQ_ROW_GONE));
 }
 
 void SqliteWriter::Commit() {

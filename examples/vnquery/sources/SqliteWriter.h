@@ -16,12 +16,16 @@ public:
     SqliteWriter(SqliteSession& session, Session::LeasePointer lease, const EditPlan& plan);
     ~SqliteWriter() override;
 
-    std::optional<Value> Read(const RowKey& key, std::size_t column, Progress& progress) override;
+    std::optional<std::vector<Value>>
+    ReadRow(const RowKey& key, std::span<const std::size_t> columns, Progress& progress) override;
     void Update(const RowKey& key, std::size_t column, const NewValue& value,
                 Progress& progress) override;
+    std::optional<RowKey> Insert(const RowValues& values, Progress& progress) override;
+    void Delete(const RowKey& key, Progress& progress) override;
     void Commit() override;
 
 private:
+    bool IsInPieces(const Value& value) const;
     std::string Condition() const;
     void BindKey(sqlite3_stmt* statement, const RowKey& key, int first) const;
     void UpdateOnce(const std::string& expression, const RowKey& key, std::size_t column,
@@ -37,6 +41,7 @@ private:
     const std::shared_ptr<SqliteDatabase> m_database;
     const EditPlan& m_plan;
     std::string m_table; ///< quoted, with the schema
+    const bool m_canOpenBlobs;
     bool m_isOpen = false;
 };
 

@@ -1,8 +1,10 @@
 // Writing cells back to a server. postgres_test.sh makes the table and names the server in
 // VNQUERY_ODBC; without it these tests are skipped.
+#include "examples/vnquery/sources/Session.h"
 #include "examples/vnquery/tasks/Failure.h"
 
 #include "tests/vnquery/EditTest.h"
+#include "tests/vnquery/sources/RowCollector.h"
 
 #include <cstdlib>
 
@@ -71,6 +73,155 @@ TEST_F(OdbcWriterTest, ConflictsAndRefusals) {
     EXPECT_EQ(m_plan.readOnly, ReadOnlyReason::NoKey);
     Query("select a.id, b.name from edited a, edited b where a.id = 1 and b.id = 2");
     EXPECT_NE(m_plan.readOnly, ReadOnlyReason::None);
+}
+
+// --- rows, and sessions --------------------------------------------------------------------------
+
+TEST_F(OdbcWriterTest, RowsAreInsertedAndDeleted) {
+    Query("select id, name, n from numbered order by id");
+    ASSERT_EQ(m_plan.readOnly, ReadOnlyReason::None);
+    EXPECT_TRUE(m_plan.columns[0].isFilled);
+    const auto append = [&](std::string_view name) {
+        const std::size_t row = m_result.AppendRow();
+        m_edits.Insert(row);
+        if (!name.empty())
+            Set(row, 1, name);
+        return row;
+    };
+    const std::size_t first = append("Gr\xC3\xB6\xC3\x9F"
+                                     "e");
+    const std::size_t second = append("");
+    m_edits.Delete(0);
+    AcceptReport(Write(), m_result, m_edits);
+    EXPECT_TRUE(m_edits.IsEmpty());
+    EXPECT_EQ(m_result.GetValue(first, 0).GetBytes(), "3");
+    EXPECT_EQ(m_result.GetValue(second, 0).GetBytes(), "4");
+    EXPECT_EQ(m_result.GetValue(second, 2).GetBytes(), "7"); // the default
+    Set(second, 1, "changed");
+    Write();
+    Query("select name from numbered order by id");
+    ASSERT_EQ(m_result.GetRowCount(), 3u);
+    EXPECT_EQ(m_result.GetValue(0, 0).GetBytes(), "two");
+    EXPECT_EQ(m_result.GetValue(2, 0).GetBytes(), "changed");
+}
+
+class OdbcSessionTest : public OdbcWriterTest {
+protected:
+    void SetUp() override {
+        OdbcWriterTest::SetUp();
+        if (!IsSkipped())
+            m_session = OpenSession(m_connection);
+    }
+    std::string Run(const std::string& sql, const Parameters& parameters = {}) {
+        const auto source = m_session->Run(sql, SourceUse::Editing, parameters);
+        const test::Rows rows = test::Collect(*source);
+        const auto changed = source->GetChangedRows();
+        return (rows.empty() ? "" : rows[0][0].bytes) +
+               (changed ? "+" + std::to_string(*changed) : "");
+    }
+    std::string FailureOf(const std::string& sql) {
+        try {
+            return "no failure but " + Run(sql);
+        } catch (const Failure& failure) {
+            return failure.what();
+        }
+    }
+    /// What another user sees.
+    std::string Seen(const std::string& sql = "select count(*) from kept") {
+        const auto source = OpenSource(m_connection, sql, SourceUse::ReadOnly);
+        return test::Collect(*source).at(0)[0].bytes;
+    }
+    std::shared_ptr<Session> m_session;
+};
+
+TEST_F(OdbcSessionTest, ChangesAreCommittedOrNot) {
+    EXPECT_EQ(Run("select count(*) from kept"), "3");
+    EXPECT_FALSE(m_session->HasChanges());
+    EXPECT_EQ(Run("delete from kept where a = 1"), "+1");
+    EXPECT_TRUE(m_session->HasChanges());
+    EXPECT_EQ(Run("update kept set b = 'x' where a = 99"), "+0");
+    EXPECT_EQ(Run("create table more(a int)"), "");
+    EXPECT_EQ(Run("insert into kept values (7, 'x'), (8, 'y') returning a"), "7+2");
+    EXPECT_EQ(Seen(), "3");
+    m_session->RollBack();
+    EXPECT_EQ(Run("select count(*) from kept"), "3");
+    EXPECT_EQ(Run("insert into kept select i, 'g' from generate_series(10, 3009) i"), "+3000");
+    EXPECT_EQ(Run("select count(*) from kept"), "3003");
+    m_session->RollBack();
+    // Nothing is left open, and what functions change counts.
+    EXPECT_EQ(Seen("select count(*) from pg_stat_activity where state like 'idle in%'"), "0");
+    EXPECT_EQ(Run("select harm_kept()"), "1");
+    EXPECT_TRUE(m_session->HasChanges());
+    m_session->Commit();
+    EXPECT_EQ(Seen(), "2");
+    Run("delete from kept");
+    m_session.reset();
+    EXPECT_EQ(Seen(), "2");
+}
+
+/// A failure leaves what was changed before, also one that comes between the rows.
+TEST_F(OdbcSessionTest, FailuresUndoTheirStatementOnly) {
+    Run("insert into kept values (50, 'before')");
+    for (const char* sql :
+         {"insert into kept values (51, 'x'), (50, 'again')", "select nothing from kept", "selec 1",
+          "update nothing set a = 1", "select 1 / (i - 2000) from generate_series(1, 9000) i"}) {
+        const std::string message = FailureOf(sql);
+        EXPECT_EQ(message.find("no failure"), std::string::npos) << sql;
+        EXPECT_EQ(message.find("not committed"), std::string::npos) << message;
+        EXPECT_TRUE(m_session->HasChanges()) << sql;
+        EXPECT_EQ(Run("select b from kept where a >= 50"), "before") << sql;
+    }
+    EXPECT_NE(FailureOf("commit").find("not run"), std::string::npos);
+    EXPECT_NE(FailureOf("select 1; commit").find("more than one"), std::string::npos);
+    m_session->RollBack();
+    EXPECT_NE(FailureOf("insert into kept values (2, 'again')").find("kept"), std::string::npos);
+    EXPECT_FALSE(m_session->HasChanges());
+    try {
+        Run("select b,\n '\xC3\xA4', nothing from kept");
+        ADD_FAILURE();
+    } catch (const Failure& failure) {
+        EXPECT_EQ(failure.GetPlace(), 17u) << failure.what();
+    }
+}
+
+TEST_F(OdbcSessionTest, ValuesAreBound) {
+    const auto run = [&](const std::string& sql, const std::string& value) {
+        return Run(sql, {{{"v", value}, {"null", std::nullopt}}, {{"T", "kept"}}});
+    };
+    EXPECT_EQ(run("select a from &t where a = :v", "2"), "2");
+    EXPECT_EQ(run("select count(*) from kept where b = :v", "it's"), "0");
+    EXPECT_EQ(run("select count(*)::text || ':v' from kept where a::bigint > :v", "0"), "2:v");
+    EXPECT_EQ(run("insert into kept values (:v, :null)", "60"), "+1");
+    EXPECT_EQ(run("select coalesce(b, 'none') from kept where a = :v", "60"), "none");
+    EXPECT_EQ(run("select :v || ''", "Gr\xC3\xB6\xC3\x9F"
+                                     "e"),
+              "Gr\xC3\xB6\xC3\x9F"
+              "e");
+    // Without a session, too.
+    const auto source = OpenSource(m_connection, "select b from kept where a = :v",
+                                   SourceUse::ReadOnly, {{{"v", "2"}}, {}});
+    EXPECT_EQ(test::Collect(*source).at(0)[0].bytes, "b");
+}
+
+TEST_F(OdbcSessionTest, EditsBelongToTheTransaction) {
+    const auto write = [&](bool keep) {
+        const auto writer = m_session->OpenWriter(m_plan);
+        const WriteReport report = WriteEdits(*writer, m_plan, m_result, m_edits, m_progress);
+        if (keep)
+            writer->Commit();
+        return report.written.size();
+    };
+    Query("select a, b from kept order by a");
+    Set(0, 1, "edited");
+    EXPECT_EQ(write(false), 1u);
+    EXPECT_FALSE(m_session->HasChanges());
+    Run("insert into kept values (70, 'mine')");
+    EXPECT_EQ(write(false), 1u); // only that is undone
+    EXPECT_EQ(Run("select count(*) from kept where b in ('edited', 'mine')"), "1");
+    EXPECT_EQ(write(true), 1u);
+    EXPECT_EQ(Seen("select count(*) from kept where b in ('edited', 'mine')"), "0");
+    m_session->Commit();
+    EXPECT_EQ(Seen("select count(*) from kept where b in ('edited', 'mine')"), "2");
 }
 
 } // namespace

@@ -259,6 +259,14 @@ TEST_F(SqliteSourceTest, ManyColumns) {
     }
 }
 
+/// A column that rows do not have must not shift those that are read in pieces.
+TEST_F(SqliteSourceTest, LongValuesAfterVirtualColumns) {
+    Execute("create table t(id integer primary key, g as (1), b blob, c blob, d blob); insert into "
+            "t values (1, zeroblob(2000000), randomblob(3000000), 'd'), (2, randomblob(1500000), "
+            "'c', randomblob(1500000))");
+    ExpectSame("select b, c, d, g from t");
+}
+
 /// A file that is cut off while it is read ends in a message.
 TEST_F(SqliteSourceTest, FilesThatFailInTheMiddle) {
     Execute("create table t(id integer primary key, a text); with recursive c(i) as (select 1 "
