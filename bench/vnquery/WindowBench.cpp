@@ -3,10 +3,12 @@
 //
 //   bench_vnquery_window [ROWS]     by default 1,000,000
 
+#include "vnquery/messages/Messages.h"
+#include "vnquery/window/ConnectionPage.h"
 #include "vnquery/window/MainWindow.h"
+#include "vnquery/window/ResultView.h"
 
 #include "vnbytstr/GlobalVars.h"
-#include "vnbytstr/window/Application.h"
 #include "vnbytstr/window/ListBox.h"
 
 #include <chrono>
@@ -19,7 +21,6 @@
 #include <sqlite3.h>
 
 #include <QApplication>
-#include <QWidget>
 
 namespace {
 
@@ -71,7 +72,7 @@ public:
         const Clock::time_point start = Clock::now();
         Clock::duration longest{};
         Clock::duration first{};
-        ResultList& list = m_window.GetView().GetList();
+        ResultList& list = m_window.GetPage()->GetResult().GetList();
         while (isBusy()) {
             const Clock::time_point begin = Clock::now();
             if (first == Clock::duration() && list.GetCount() > 0)
@@ -109,28 +110,32 @@ int main(int argc, char** argv) {
     const std::string file = (folder / "bench.sqlite").string();
     std::filesystem::remove(file);
     MakeTable(file, rows);
-    AfxInitWindows(&argc, argv);
+    const QApplication application(argc, argv);
     GetGlobals().Initialize();
+    LoadTexts();
     {
+        const Clock::time_point start = Clock::now();
         MainWindow window;
-        if (!window.Open())
-            return 1;
-        QueryView& view = window.GetView();
+        window.show();
+        QCoreApplication::processEvents();
         Measurement measurement(window);
-        std::printf("%-28s memory %6.1f MB\n", "empty window", Memory("VmRSS:"));
-        view.SetConnection({file, ""});
-        view.SetSql("select * from t");
+        std::printf("%-28s %9.0f ms, memory %6.1f MB\n", "empty window",
+                    Milliseconds(Clock::now() - start), Memory("VmRSS:"));
+        if (!window.OpenConnection({file, ""}))
+            return 1;
+        ConnectionPage& page = *window.GetPage();
+        ResultList& list = page.GetResult().GetList();
         for (const bool scrolls : {false, true}) {
-            view.Run();
+            page.RunSql("select * from t");
             measurement.Follow(scrolls ? "loaded, scrolling" : "loaded", scrolls,
-                               [&] { return view.IsBusy(); });
+                               [&] { return page.IsBusy(); });
         }
         int column = 0;
         for (const char* name : {"id", "name", "city", "price", "note", "code"}) {
             for (const char* order : {"", " again"}) {
-                view.GetList().Sort(column);
+                list.Sort(ResultList::ListColumnOf(column));
                 measurement.Follow((std::string("sorted by ") + name + order).c_str(), true,
-                                   [&] { return view.IsBusy(); });
+                                   [&] { return page.IsBusy(); });
             }
             ++column;
         }

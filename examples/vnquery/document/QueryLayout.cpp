@@ -52,17 +52,47 @@ bool IsPermutation(std::vector<std::size_t> order) {
     return true;
 }
 
-/// "0,2,1;80,0,120;2,1": order, widths, sort column with 1 for ascending and 2 for descending.
+/// Takes conditions, each as its column, the length of its text and the text: "2,5,>1990".
+bool TakeFilters(std::string_view text, std::size_t columns, QueryLayout& layout) {
+    while (!text.empty()) {
+        const auto column = TakeNumbers<std::size_t>(text, ',');
+        const auto length = TakeNumbers<std::size_t>(text, ',');
+        if (!column || column->size() != 1 || column->front() >= columns || !length ||
+            length->size() != 1 || length->front() > text.size())
+            return false;
+        layout.filters[column->front()] = text.substr(0, length->front());
+        text.remove_prefix(length->front());
+    }
+    return true;
+}
+
+/// "0,2,1;80,0,120;2,1;1;0;2,5,>1990": order, widths, sort column with 1 for ascending and 2 for
+/// descending, hidden columns, frozen ones, filters. The last three may be absent.
 std::optional<QueryLayout> Parse(std::string_view text, std::size_t columns) {
     const auto order = TakeNumbers<std::size_t>(text, ';');
     const auto widths = TakeNumbers<int>(text, ';');
     const auto sort = TakeNumbers<std::size_t>(text, ';');
-    if (!order || !widths || !sort || order->size() != columns || widths->size() != columns ||
-        sort->size() != 2 || (*sort)[0] >= columns || (*sort)[1] > 2 || !IsPermutation(*order))
+    const auto hidden = TakeNumbers<std::size_t>(text, ';');
+    const auto frozen = TakeNumbers<int>(text, ';');
+    if (!order || !widths || !sort || !hidden || !frozen || order->size() != columns ||
+        widths->size() != columns || sort->size() != 2 || (*sort)[0] >= columns || (*sort)[1] > 2 ||
+        !IsPermutation(*order) || frozen->size() > 1)
         return {};
     if (std::ranges::any_of(*widths, [](int width) { return width < 0 || width > kMaxWidth; }))
         return {};
-    return QueryLayout{*order, *widths, (*sort)[0], static_cast<QueryLayout::Sort>((*sort)[1])};
+    QueryLayout layout{*order,
+                       *widths,
+                       (*sort)[0],
+                       static_cast<QueryLayout::Sort>((*sort)[1]),
+                       {hidden->begin(), hidden->end()},
+                       frozen->empty() ? 0 : frozen->front(),
+                       {}};
+    const bool areShown = layout.hidden.size() < std::max<std::size_t>(columns, 1) &&
+                          (layout.hidden.empty() || *layout.hidden.rbegin() < columns);
+    if (!areShown || layout.frozen < 0 || layout.frozen > static_cast<int>(columns) ||
+        !TakeFilters(text, columns, layout))
+        return {};
+    return layout;
 }
 
 } // namespace
@@ -80,9 +110,13 @@ QueryLayout LoadLayout(std::string_view sql, std::size_t columns) {
 }
 
 bool SaveLayout(std::string_view sql, const QueryLayout& layout) {
-    return Layouts().Add(NormaliseSql(sql), Join(layout.order) + ";" + Join(layout.widths) + ";" +
-                                                std::to_string(layout.sortColumn) + "," +
-                                                std::to_string(static_cast<int>(layout.sort)));
+    std::string text = Join(layout.order) + ";" + Join(layout.widths) + ";" +
+                       std::to_string(layout.sortColumn) + "," +
+                       std::to_string(static_cast<int>(layout.sort)) + ";" + Join(layout.hidden) +
+                       ";" + std::to_string(layout.frozen) + ";";
+    for (const auto& [column, condition] : layout.filters)
+        text += std::to_string(column) + "," + std::to_string(condition.size()) + "," + condition;
+    return Layouts().Add(NormaliseSql(sql), text);
 }
 
 } // namespace vnquery

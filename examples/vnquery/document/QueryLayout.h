@@ -1,7 +1,9 @@
-// How a query's result was last shown: order, widths and sorting of its columns, in the profile.
+// How a query's result was last shown: its columns, sorting and filter, in the profile.
 #pragma once
 
 #include <cstddef>
+#include <map>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,18 +13,21 @@ namespace vnquery {
 struct QueryLayout {
     enum class Sort { None, Ascending, Descending };
 
-    /// The result's columns, in the order in which they are displayed.
+    /// The result's columns from left to right, hidden ones included.
     std::vector<std::size_t> order;
     /// Of the result's columns, in pixels at scale 1; 0: not set.
     std::vector<int> widths;
     /// Column of the result.
     std::size_t sortColumn = 0;
     Sort sort = Sort::None;
+    std::set<std::size_t> hidden; ///< columns of the result that are not shown; never all
+    int frozen = 0;               ///< so many shown columns stay in view
+    std::map<std::size_t, std::string> filters; ///< conditions by columns of the result
 
     bool operator==(const QueryLayout&) const = default;
 };
 
-/// Columns in the result's order, without widths and sorting.
+/// Columns in the result's order, without anything else.
 QueryLayout DefaultLayout(std::size_t columns);
 
 /// Reads the layout that was saved for the query, or for one that differs only in blanks, comments

@@ -9,7 +9,6 @@ void ResultDocument::Begin(ResultShape&& shape, const std::string& sql,
                            const Connection& connection) {
     m_sql = sql;
     m_connection = connection;
-    m_isDetached = false;
     m_sort.reset();
     m_result = shape.result;
     m_layout = LoadLayout(sql, m_result.GetColumnCount());
@@ -39,11 +38,6 @@ std::size_t ResultDocument::ShowNewRows() {
     return count;
 }
 
-std::size_t ResultDocument::ShownColumnOf(std::size_t column) const {
-    return static_cast<std::size_t>(std::ranges::find(m_layout.order, column) -
-                                    m_layout.order.begin());
-}
-
 void ResultDocument::LearnKinds() {
     // A column with values of several kinds stays Unknown: it takes what is typed.
     for (std::size_t column = 0; column < m_kinds.size(); ++column)
@@ -52,8 +46,8 @@ void ResultDocument::LearnKinds() {
 }
 
 void ResultDocument::AppendCellText(std::string& out, std::size_t shownRow,
-                                    std::size_t shownColumn) const {
-    const CellPlace place = PlaceOf(shownRow, shownColumn);
+                                    std::size_t column) const {
+    const CellPlace place = PlaceOf(shownRow, column);
     const NewValue* edit = m_edits.IsEmpty() ? nullptr : m_edits.Find(place);
     if (!edit && !m_edits.IsNew(place.first))
         m_result.AppendCell(out, place.first, place.second, m_format);
@@ -61,9 +55,9 @@ void ResultDocument::AppendCellText(std::string& out, std::size_t shownRow,
         out += !edit || edit->isDefault ? m_format.defaultText : FormatCell(edit->value, m_format);
 }
 
-std::string ResultDocument::GetCellText(std::size_t shownRow, std::size_t shownColumn) const {
+std::string ResultDocument::GetCellText(std::size_t shownRow, std::size_t column) const {
     std::string text;
-    AppendCellText(text, shownRow, shownColumn);
+    AppendCellText(text, shownRow, column);
     return text;
 }
 
@@ -72,11 +66,20 @@ Value ResultDocument::GetValue(CellPlace place) const {
     return edit ? edit->value : m_result.GetValue(place.first, place.second);
 }
 
+bool ResultDocument::IsNull(std::size_t shownRow, std::size_t column) const {
+    const CellPlace place = PlaceOf(shownRow, column);
+    const NewValue* edit = m_edits.IsEmpty() ? nullptr : m_edits.Find(place);
+    if (!edit && m_edits.IsNew(place.first))
+        return false; // the default
+    return edit ? !edit->isDefault && edit->value.IsNull()
+                : m_result.GetValue(place.first, place.second).IsNull();
+}
+
 ReadOnlyReason ResultDocument::GetReadOnlyReason(CellPlace place) const {
     const auto [row, column] = place;
     if (m_edits.IsDeleted(row))
         return ReadOnlyReason::Deleted;
-    if (m_edits.IsNew(row) && !m_isDetached) {
+    if (m_edits.IsNew(row)) {
         const ReadOnlyReason reason = m_plan.columns[column].readOnly;
         return reason == ReadOnlyReason::Key ? ReadOnlyReason::None : reason;
     }
@@ -97,9 +100,7 @@ bool ResultDocument::IsFound(std::size_t row) const {
 
 ReadOnlyReason ResultDocument::GetInsertReason() const {
     const ReadOnlyReason reason = m_plan.readOnly;
-    return m_isDetached                      ? ReadOnlyReason::OtherDatabase
-           : reason == ReadOnlyReason::NoKey ? ReadOnlyReason::None
-                                             : reason;
+    return reason == ReadOnlyReason::NoKey ? ReadOnlyReason::None : reason;
 }
 
 void ResultDocument::MakeOrder() {
@@ -167,7 +168,7 @@ std::size_t ResultDocument::DeleteRows(std::span<const std::size_t> shownRows) {
     std::size_t count = 0;
     for (const std::size_t row : rows) {
         const bool isNew = m_edits.IsNew(row);
-        if (m_isDetached || m_edits.IsDeleted(row) ||
+        if (m_edits.IsDeleted(row) ||
             (!isNew && (m_plan.readOnly != ReadOnlyReason::None || !IsFound(row))))
             continue;
         m_edits.Delete(row);
@@ -220,16 +221,10 @@ void ResultDocument::Accept(WriteReport&& report) {
 }
 
 void ResultDocument::PassShownTo(RowSink& sink, std::span<const std::size_t> shownRows,
-                                 std::span<const std::size_t> shownColumns,
-                                 Progress& progress) const {
-    const std::size_t rows = shownRows.empty() ? m_shownRows : shownRows.size();
-    const std::size_t columns = shownColumns.empty() ? GetShownColumns() : shownColumns.size();
-    for (std::size_t i = 0; i < rows; ++i) {
-        const std::size_t shownRow = shownRows.empty() ? i : shownRows[i];
-        if (shownRows.empty() && IsDeleted(shownRow))
-            continue;
-        for (std::size_t k = 0; k < columns; ++k)
-            GetValue(PlaceOf(shownRow, shownColumns.empty() ? k : shownColumns[k])).PassTo(sink);
+                                 std::span<const std::size_t> columns, Progress& progress) const {
+    for (const std::size_t shownRow : shownRows) {
+        for (const std::size_t column : columns)
+            GetValue(PlaceOf(shownRow, column)).PassTo(sink);
         sink.EndRow();
         sink.ReportBytes();
         progress.AddRow();
@@ -237,13 +232,12 @@ void ResultDocument::PassShownTo(RowSink& sink, std::span<const std::size_t> sho
 }
 
 std::function<ColumnSummary(Progress&)>
-ResultDocument::PrepareSummary(std::size_t shownColumn) const {
+ResultDocument::PrepareSummary(std::span<const std::size_t> shownRows, std::size_t column) const {
     std::vector<DWORD> rows;
-    rows.reserve(m_shownRows);
-    for (std::size_t i = 0; i < m_shownRows; ++i)
-        if (!IsDeleted(i))
-            rows.push_back(static_cast<DWORD>(RowOf(i)));
-    const std::size_t column = m_layout.order[shownColumn];
+    rows.reserve(shownRows.size());
+    for (const std::size_t shownRow : shownRows)
+        if (!IsDeleted(shownRow))
+            rows.push_back(static_cast<DWORD>(RowOf(shownRow)));
     return [result = m_result, column, rows = std::move(rows),
             changed = ChangedValues(m_edits, column)](Progress& progress) {
         return Summarise(result, column, changed, rows, progress);
@@ -252,11 +246,10 @@ ResultDocument::PrepareSummary(std::size_t shownColumn) const {
 
 // --- order ---------------------------------------------------------------------------------------
 
-bool ResultDocument::BeginSort(std::size_t shownColumn, bool descending) {
-    if (m_sort || shownColumn >= m_layout.order.size() || (m_isOrdered && m_order.empty()))
+bool ResultDocument::BeginSort(std::size_t column, bool descending) {
+    if (m_sort || column >= m_result.GetColumnCount() || (m_isOrdered && m_order.empty()))
         return false;
-    m_sort = std::make_unique<SortRun>(m_result, m_edits, m_layout.order[shownColumn], descending,
-                                       m_order);
+    m_sort = std::make_unique<SortRun>(m_result, m_edits, column, descending, m_order);
     return true;
 }
 
@@ -280,6 +273,21 @@ bool ResultDocument::EndSort() {
     return true;
 }
 
+bool ResultDocument::Unsort() {
+    if (m_sort)
+        return false;
+    m_layout.sort = QueryLayout::Sort::None;
+    if (!m_isOrdered)
+        return true;
+    m_oldOrder = m_order;
+    std::ranges::sort(m_order);
+    m_places.assign(m_result.GetRowCount(), 0);
+    for (std::size_t row = 0; row < m_order.size(); ++row)
+        m_places[m_order[row]] = static_cast<DWORD>(row);
+    m_isNewlySorted = true;
+    return true;
+}
+
 std::size_t ResultDocument::GetSortedRow(std::size_t before) {
     if (!m_isNewlySorted || before >= m_order.size())
         return before;
@@ -290,14 +298,6 @@ void ResultDocument::ForgetOldOrder() {
     std::vector<DWORD>().swap(m_oldOrder);
     std::vector<DWORD>().swap(m_places);
     m_isNewlySorted = false;
-}
-
-bool ResultDocument::MoveColumn(std::size_t shownColumn, int by) {
-    const std::size_t to = shownColumn + static_cast<std::size_t>(by);
-    if (shownColumn >= m_layout.order.size() || to >= m_layout.order.size())
-        return false;
-    std::swap(m_layout.order[shownColumn], m_layout.order[to]);
-    return true;
 }
 
 } // namespace vnquery

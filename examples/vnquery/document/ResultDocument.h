@@ -1,4 +1,4 @@
-// A result as the window shows it: rows and columns in the user's order, changed cells, markers.
+// A result as the window shows it: rows in the user's order, changes, markers.
 #pragma once
 
 #include "vnquery/document/QueryLayout.h"
@@ -18,18 +18,14 @@
 
 namespace vnquery {
 
-/// "Shown" rows and columns are counted as displayed, others as the database gave them; all from 0.
+/// "Shown" rows are counted in their present order, others and columns as the database gave them;
+/// all from 0.
 class ResultDocument {
 public:
     /// Begins an empty result with the layout that its query had last time. It belongs to this
     /// connection: its changes are never written to another one.
     void Begin(ResultShape&& shape, const std::string& sql, const Connection& connection);
     const Connection& GetConnection() const { return m_connection; }
-    /// The database that is open now; the result can be edited only if it is the result's.
-    void SetOpenDatabase(const Connection& connection) {
-        m_isDetached = connection != m_connection;
-    }
-    bool IsDetached() const { return m_isDetached; }
     bool HasResult() const { return m_result.GetColumnCount() > 0; }
 
     ResultSet& GetResult() { return m_result; }
@@ -45,12 +41,9 @@ public:
     /// Shows the rows that have been added since; returns how many.
     std::size_t ShowNewRows();
     std::size_t GetShownRows() const { return m_shownRows; }
-    std::size_t GetShownColumns() const { return m_layout.order.size(); }
-    CellPlace PlaceOf(std::size_t shownRow, std::size_t shownColumn) const {
-        return {RowOf(shownRow), m_layout.order[shownColumn]};
+    CellPlace PlaceOf(std::size_t shownRow, std::size_t column) const {
+        return {RowOf(shownRow), column};
     }
-    /// The shown column of a column.
-    std::size_t ShownColumnOf(std::size_t column) const;
     const std::string& GetHeading(std::size_t column) const {
         return m_result.GetColumns()[column];
     }
@@ -60,16 +53,20 @@ public:
     void LearnKinds();
 
     /// A cell as it is displayed: its new value if it was changed.
-    void AppendCellText(std::string& out, std::size_t shownRow, std::size_t shownColumn) const;
-    std::string GetCellText(std::size_t shownRow, std::size_t shownColumn) const;
+    void AppendCellText(std::string& out, std::size_t shownRow, std::size_t column) const;
+    std::string GetCellText(std::size_t shownRow, std::size_t column) const;
     /// The cell's new value if it was changed, else its value.
     Value GetValue(CellPlace place) const;
+    bool IsNull(std::size_t shownRow, std::size_t column) const;
+    bool IsChanged(std::size_t shownRow, std::size_t column) const {
+        return m_edits.Find(PlaceOf(shownRow, column)) != nullptr;
+    }
     /// Why the cell cannot be edited; NoKey also for a row that is not in the table, or whose key
     /// the database has not told. In a new row key columns can be edited, too.
     ReadOnlyReason GetReadOnlyReason(CellPlace place) const;
     /// The same for all cells of a column.
     ReadOnlyReason GetReadOnlyReason(std::size_t column) const {
-        return m_isDetached ? ReadOnlyReason::OtherDatabase : m_plan.GetReadOnlyReason(column);
+        return m_plan.GetReadOnlyReason(column);
     }
 
     // --- rows ------------------------------------------------------------------------------------
@@ -96,31 +93,32 @@ public:
     /// AcceptReport; deleted rows are shown no longer.
     void Accept(WriteReport&& report);
 
-    /// Passes shown columns of shown rows on, with their changes: what is seen. No rows: all but
-    /// those marked for deletion; no columns: all. What is set to the column's default is NULL. May
-    /// be called on another thread while nothing changes here. Throws what the sink throws.
+    /// Passes columns of shown rows on, with their changes: what is seen. What is set to the column's
+    /// default is NULL. May be called on another thread while nothing changes here. Throws what the
+    /// sink throws.
     void PassShownTo(RowSink& sink, std::span<const std::size_t> shownRows,
-                     std::span<const std::size_t> shownColumns, Progress& progress) const;
-    /// Summarises a column of the shown rows that are not marked for deletion. The function may be
+                     std::span<const std::size_t> columns, Progress& progress) const;
+    /// Summarises a column of those shown rows that are not marked for deletion. The function may be
     /// called on another thread while the document changes.
-    std::function<ColumnSummary(Progress&)> PrepareSummary(std::size_t shownColumn) const;
+    std::function<ColumnSummary(Progress&)> PrepareSummary(std::span<const std::size_t> shownRows,
+                                                           std::size_t column) const;
 
     // --- order -----------------------------------------------------------------------------------
 
-    /// Begins to sort the shown rows by a shown column, as ResultSet::Sort does; false when there is
-    /// no such column or a sort runs. Until EndSort no rows may be shown or changed.
-    bool BeginSort(std::size_t shownColumn, bool descending);
+    /// Begins to sort the shown rows by a column, as ResultSet::Sort does; false when there is no
+    /// such column or a sort runs. Until EndSort no rows may be shown or changed.
+    bool BeginSort(std::size_t column, bool descending);
     /// The sort that has begun and not ended; else null.
     SortRun* GetSort() const { return m_sort.get(); }
     /// Ends the sort when it no longer runs: shows the new order and keeps it in the layout. False
     /// when it was stopped or failed; the rows then stay as they are.
     bool EndSort();
+    /// Shows the rows as the database gave them; false while a sort runs.
+    bool Unsort();
     /// Where the row is shown that was shown at `before` until the last sort.
     std::size_t GetSortedRow(std::size_t before);
     /// Gives back the memory that GetSortedRow needs.
     void ForgetOldOrder();
-    /// Moves a shown column; false at the edge.
-    bool MoveColumn(std::size_t shownColumn, int by);
 
 private:
     std::size_t RowOf(std::size_t shownRow) const {
@@ -133,7 +131,6 @@ private:
 
     std::string m_sql;
     Connection m_connection;
-    bool m_isDetached = false;
     ResultSet m_result;
     std::vector<ColumnKind> m_kinds;
     EditPlan m_plan;

@@ -87,6 +87,15 @@ std::string Placeholder(const char* kind, const std::string& text, ULONGLONG len
                         : text + " " + FormatSize(length);
 }
 
+/// The beginning of a text's first line: up to `limit` characters.
+std::string_view Beginning(std::string_view text, DWORD limit) {
+    const std::string_view line = text.substr(0, text.find_first_of("\r\n"));
+    std::size_t end = 0;
+    for (char32_t character = 0; end < line.size() && limit > 0; --limit)
+        end += std::max<std::size_t>(DecodeUtf8(line.substr(end), character), 1);
+    return line.substr(0, end);
+}
+
 bool IsMarker(std::string_view text, const CellFormat& format) {
     return text == format.nullText || (!format.defaultText.empty() && text == format.defaultText);
 }
@@ -170,6 +179,14 @@ void AppendCell(std::string& out, Value::Type type, std::string_view bytes, ULON
         break;
     }
     const bool isQuoted = IsMarker(bytes, format) || IsQuotedMarker(bytes, format);
+    if (format.hasPreviews) {
+        const std::string_view beginning = Beginning(bytes, format.textLimit);
+        if (beginning.size() < length) {
+            AppendVisible(out, beginning);
+            out += " \u2026 [" + FormatSize(length) + "]";
+            return;
+        }
+    }
     if (IsLongText(bytes, length, format))
         out += Placeholder("CLOB", format.clobText, length);
     else if (isQuoted)
@@ -179,12 +196,14 @@ void AppendCell(std::string& out, Value::Type type, std::string_view bytes, ULON
 }
 
 std::string FormatCell(const Value& value, const CellFormat& format) {
-    const bool isNeeded =
-        value.GetType() == Value::Type::Number ||
-        (value.GetType() == Value::Type::Text && value.GetLength() <= BytesToShow(format));
+    std::string bytes;
+    if (value.GetType() == Value::Type::Number)
+        bytes = value.GetBytes();
+    else if (value.GetType() == Value::Type::Text)
+        bytes = value.Read(
+            0, static_cast<DWORD>(std::min<ULONGLONG>(value.GetLength(), BytesToShow(format))));
     std::string out;
-    AppendCell(out, value.GetType(), isNeeded ? value.GetBytes() : std::string(), value.GetLength(),
-               format);
+    AppendCell(out, value.GetType(), bytes, value.GetLength(), format);
     return out;
 }
 

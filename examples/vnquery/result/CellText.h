@@ -19,6 +19,9 @@ struct CellFormat {
     std::string defaultText{};  ///< stands for the column's default; may be ""
     std::string blobText{};     ///< begins placeholders of bytes; "": "<BLOB 26.3 MB>"
     std::string clobText{};     ///< the same for texts
+    /// Instead of a placeholder, and of a text of several lines, the text's beginning is shown: of
+    /// its first line so many characters as the limit has, and how long the text is.
+    bool hasPreviews = false;
 };
 
 /// The value on one line:
@@ -29,11 +32,11 @@ struct CellFormat {
 ///    other control characters and for marks that change the direction of text; \xFF for a byte
 ///    that is not UTF-8.
 std::string FormatCell(const Value& value, const CellFormat& format);
-/// The same of a value of `length` bytes, appended to `out`. Of a text whose bytes are all within
-/// BytesToShow `bytes` has all, of others nothing is looked at.
+/// The same of a value of `length` bytes, appended to `out`. Of a text `bytes` has the first
+/// BytesToShow, or all; without previews those of a longer one are not looked at.
 void AppendCell(std::string& out, Value::Type type, std::string_view bytes, ULONGLONG length,
                 const CellFormat& format);
-/// A text that is longer than this, in bytes, is shown as a placeholder.
+/// A text that is longer than this, in bytes, is not shown in full.
 ULONGLONG BytesToShow(const CellFormat& format);
 
 /// Whether the value is shown as a placeholder.

@@ -297,17 +297,19 @@ void ResultSet::AppendCell(std::string& out, std::size_t row, std::size_t column
         m_rows->store.GetValue(static_cast<DWORD>(row), static_cast<int>(column));
     const Value::Type type = TypeOf(value.GetType());
     char digits[24];
-    const bool isShown = type == Value::Type::Number || value.GetLength() <= BytesToShow(format);
     if (!value.IsLong()) {
         const std::string_view bytes = ShortBytes(value, digits);
         vnquery::AppendCell(out, type, bytes, bytes.size(), format);
-    } else if (isShown && type != Value::Type::Binary) {
-        std::string bytes(value.GetLength(), '\0');
-        m_rows->store.CopyTo(value, 0, reinterpret_cast<BYTE*>(bytes.data()), value.GetLength());
-        vnquery::AppendCell(out, type, bytes, bytes.size(), format);
-    } else {
-        vnquery::AppendCell(out, type, {}, value.GetLength(), format);
+        return;
     }
+    const bool isNeeded = type != Value::Type::Binary &&
+                          (format.hasPreviews || value.GetLength() <= BytesToShow(format));
+    const ULONGLONG count = std::min<ULONGLONG>(value.GetLength(), BytesToShow(format));
+    std::string bytes(isNeeded ? count : 0, '\0');
+    if (isNeeded)
+        m_rows->store.CopyTo(value, 0, reinterpret_cast<BYTE*>(bytes.data()),
+                             static_cast<DWORD>(count));
+    vnquery::AppendCell(out, type, bytes, value.GetLength(), format);
 }
 
 std::optional<long long> ResultSet::GetRowId(std::size_t row) const {

@@ -1,346 +1,485 @@
 #include "vnquery/window/MainWindow.h"
 
-#include "vnquery/window/Commands.h"
-#include "vnquery/window/ConnectDialog.h"
-#include "vnquery/window/GlobalsDialog.h"
-#include "vnquery/window/LanguageDialog.h"
-#include "vnquery/window/ValueDialog.h"
-
+#include "vnquery/files/RecentTexts.h"
+#include "vnquery/messages/HelpPages.h"
+#include "vnquery/result/CellText.h"
 #include "vnquery/tasks/Interruption.h"
+#include "vnquery/window/Actions.h"
+#include "vnquery/window/CatalogTree.h"
+#include "vnquery/window/ConnectForm.h"
+#include "vnquery/window/ConnectionPage.h"
+#include "vnquery/window/Guard.h"
+#include "vnquery/window/HistoryPane.h"
+#include "vnquery/window/Icons.h"
+#include "vnquery/window/Label.h"
+#include "vnquery/window/ResultView.h"
+#include "vnquery/window/RunTask.h"
+#include "vnquery/window/Translation.h"
+#include "vnquery/window/ValuePane.h"
+#include "vnquery/window/VariablesDialog.h"
 
 #include "vnbytstr/GlobalVars.h"
+#include "vnbytstr/Language.h"
+#include "vnbytstr/Profile.h"
 
-#include <algorithm>
-#include <span>
+#include <QActionGroup>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QDockWidget>
+#include <QFileDialog>
+#include <QLabel>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QPlainTextEdit>
+#include <QStatusBar>
+#include <QToolBar>
+#include <QVBoxLayout>
 
 namespace vnquery {
 
 namespace {
 
-constexpr int kWidth = 960;
-constexpr int kHeight = 640;
-constexpr UINT kSignalTimer = 1;
-constexpr UINT kSignalInterval = 200; ///< milliseconds between two checks for a signal
+constexpr int kSignalInterval = 200; ///< milliseconds between two checks for a signal
+constexpr UINT kPlacesRoot = 3;
+constexpr char kPlacesSection[] = "Window";
 
-enum Pane { kPaneRows, kPaneChanges, kPanes };
-
-constexpr ACCEL kKeys[] = {
-    {FVIRTKEY, VK_F5, kCmdRun},
-    {FVIRTKEY | FCONTROL, VK_RETURN, kCmdRun},
-    {FVIRTKEY, VK_F6, kCmdNextPane},
-    {FVIRTKEY, VK_F1, kCmdContents},
-    {FVIRTKEY | FCONTROL, 'O', kCmdOpen},
-    {FVIRTKEY | FCONTROL | FSHIFT, 'O', kCmdConnect},
-    {FVIRTKEY | FCONTROL, 'E', kCmdExport},
-    {FVIRTKEY | FCONTROL, 'Q', kCmdExit},
-    {FVIRTKEY | FCONTROL, 'T', kCmdFocusSql},
-    {FVIRTKEY | FCONTROL, 'S', kCmdWrite},
-    {FVIRTKEY | FCONTROL | FSHIFT, 'S', kCmdSave},
-    {FVIRTKEY | FCONTROL, 'L', kCmdLoad},
-    {FVIRTKEY | FCONTROL, 'D', kCmdSetDefault},
-    {FVIRTKEY | FCONTROL, 'G', kCmdGlobals},
-    {FVIRTKEY | FCONTROL | FSHIFT, 'F', kCmdSort},
-};
-
-/// An item of a menu; text 0 is a separator.
-struct Item {
-    UINT command;
-    UINT text;
-};
-constexpr Item kLine = {0, 0};
-constexpr Item kFile[] = {{kCmdOpen, IDS_VQ_M_OPEN},
-                          {kCmdConnect, IDS_VQ_M_CONNECT},
-                          kLine,
-                          {kCmdExport, IDS_VQ_M_EXPORT},
-                          kLine,
-                          {kCmdExit, IDS_VQ_M_EXIT}};
-constexpr Item kQuery[] = {{kCmdRun, IDS_VQ_M_RUN},           {kCmdStop, IDS_VQ_M_STOP},
-                           {kCmdFocusSql, IDS_VQ_M_GOTO_SQL}, kLine,
-                           {kCmdWrite, IDS_VQ_M_WRITE},       {kCmdDiscard, IDS_VQ_M_DISCARD}};
-constexpr Item kValue[] = {{kCmdEditCell, IDS_VQ_M_EDIT_CELL},
-                           {kCmdZoom, IDS_VQ_M_ZOOM},
-                           {kCmdSetNull, IDS_VQ_M_SET_NULL},
-                           {kCmdSetDefault, IDS_VQ_M_SET_DEFAULT},
-                           {kCmdUndoCell, IDS_VQ_M_UNDO_CELL},
-                           kLine,
-                           {kCmdLoad, IDS_VQ_M_LOAD},
-                           {kCmdSave, IDS_VQ_M_SAVE},
-                           kLine,
-                           {kCmdCopy, IDS_VQ_M_COPY}};
-constexpr Item kView[] = {{kCmdFit, IDS_VQ_M_FIT},
-                          {kCmdMoveLeft, IDS_VQ_M_LEFT},
-                          {kCmdMoveRight, IDS_VQ_M_RIGHT},
-                          {kCmdSort, IDS_VQ_M_SORT},
-                          {kCmdResetColumns, IDS_VQ_M_RESET}};
-constexpr Item kOptions[] = {{kCmdGlobals, IDS_VQ_M_GLOBALS}, {kCmdLanguage, IDS_VQ_M_LANGUAGE}};
-constexpr Item kHelp[] = {{kCmdContents, IDS_VQ_M_CONTENTS}, {kCmdAbout, IDS_VQ_M_ABOUT}};
-
-void AddMenu(CMenu& bar, UINT text, std::span<const Item> items) {
-    CMenu popup;
-    popup.CreatePopupMenu();
-    for (const Item& item : items) {
-        if (item.text == 0)
-            popup.AppendMenu(MF_SEPARATOR);
-        else
-            popup.AppendMenu(MF_STRING, item.command, Text(item.text).c_str());
-    }
-    bar.AppendMenu(MF_POPUP, reinterpret_cast<std::uintptr_t>(popup.Detach()), Text(text).c_str());
-}
+RecentTexts RecentDatabases() { return {"Databases", 10}; }
 
 } // namespace
 
-BEGIN_MESSAGE_MAP(MainWindow, CFrameWnd)
-ON_WM_CLOSE()
-ON_WM_TIMER()
-ON_WM_DROPFILES()
-ON_COMMAND(kCmdOpen, OnOpen)
-ON_COMMAND(kCmdConnect, OnConnect)
-ON_COMMAND(kCmdExport, OnExport)
-ON_COMMAND(kCmdExit, OnExit)
-ON_COMMAND(kCmdRun, OnRun)
-ON_COMMAND(kCmdStop, OnStop)
-ON_COMMAND(kCmdFocusSql, OnFocusSql)
-ON_COMMAND(kCmdNextPane, OnNextPane)
-ON_COMMAND(kCmdWrite, OnWrite)
-ON_COMMAND(kCmdDiscard, OnDiscard)
-ON_COMMAND(kCmdEditCell, OnEditCell)
-ON_COMMAND(kCmdZoom, OnZoom)
-ON_COMMAND(kCmdSetNull, OnSetNull)
-ON_COMMAND(kCmdSetDefault, OnSetDefault)
-ON_COMMAND(kCmdUndoCell, OnUndoCell)
-ON_COMMAND(kCmdLoad, OnLoad)
-ON_COMMAND(kCmdSave, OnSave)
-ON_COMMAND(kCmdCopy, OnCopy)
-ON_COMMAND(kCmdFit, OnFit)
-ON_COMMAND(kCmdMoveLeft, OnMoveLeft)
-ON_COMMAND(kCmdMoveRight, OnMoveRight)
-ON_COMMAND(kCmdSort, OnSort)
-ON_COMMAND(kCmdResetColumns, OnResetColumns)
-ON_COMMAND(kCmdGlobals, OnGlobals)
-ON_COMMAND(kCmdLanguage, OnLanguage)
-ON_COMMAND(kCmdContents, OnContents)
-ON_COMMAND(kCmdAbout, OnAbout)
-ON_UPDATE_COMMAND_UI(kCmdOpen, OnUpdateIdle)
-ON_UPDATE_COMMAND_UI(kCmdConnect, OnUpdateIdle)
-ON_UPDATE_COMMAND_UI(kCmdRun, OnUpdateIdle)
-ON_UPDATE_COMMAND_UI(kCmdLanguage, OnUpdateIdle)
-ON_UPDATE_COMMAND_UI(kCmdStop, OnUpdateStop)
-ON_UPDATE_COMMAND_UI(kCmdExport, OnUpdateResult)
-ON_UPDATE_COMMAND_UI(kCmdFit, OnUpdateResult)
-ON_UPDATE_COMMAND_UI(kCmdMoveLeft, OnUpdateResult)
-ON_UPDATE_COMMAND_UI(kCmdMoveRight, OnUpdateResult)
-ON_UPDATE_COMMAND_UI(kCmdSort, OnUpdateResult)
-ON_UPDATE_COMMAND_UI(kCmdResetColumns, OnUpdateResult)
-ON_UPDATE_COMMAND_UI(kCmdZoom, OnUpdateCell)
-ON_UPDATE_COMMAND_UI(kCmdSave, OnUpdateCell)
-ON_UPDATE_COMMAND_UI(kCmdCopy, OnUpdateCell)
-ON_UPDATE_COMMAND_UI(kCmdEditCell, OnUpdateEditable)
-ON_UPDATE_COMMAND_UI(kCmdSetNull, OnUpdateEditable)
-ON_UPDATE_COMMAND_UI(kCmdSetDefault, OnUpdateEditable)
-ON_UPDATE_COMMAND_UI(kCmdUndoCell, OnUpdateEditable)
-ON_UPDATE_COMMAND_UI(kCmdLoad, OnUpdateEditable)
-ON_UPDATE_COMMAND_UI(kCmdWrite, OnUpdateChanges)
-ON_UPDATE_COMMAND_UI(kCmdDiscard, OnUpdateChanges)
-END_MESSAGE_MAP()
+MainWindow::MainWindow() {
+    m_tabs = new QTabWidget(this);
+    m_tabs->setTabsClosable(true);
+    m_tabs->setMovable(true);
+    m_tabs->setDocumentMode(true);
+    m_welcome = new QLabel(this);
+    m_welcome->setAlignment(Qt::AlignCenter);
+    m_welcome->setWordWrap(true);
+    m_welcome->setTextFormat(Qt::RichText);
+    auto* const center = new QWidget(this);
+    auto* const layout = new QVBoxLayout(center);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(m_tabs);
+    layout->addWidget(m_welcome);
+    setCentralWidget(center);
+    connect(m_tabs, &QTabWidget::currentChanged, this, &MainWindow::PageChanged);
+    connect(m_tabs, &QTabWidget::tabCloseRequested, this, &MainWindow::CloseTab);
+    connect(m_welcome, &QLabel::linkActivated, this,
+            [this](const QString& link) { return link == "open" ? Open() : Connect(); });
 
-MainWindow::MainWindow() : m_view(*this), m_keys(kKeys) {}
+    MakeDocks();
+    MakeActions();
+    m_rows = new QLabel(this);
+    m_changes = new QLabel(this);
+    m_rows->setObjectName("rows");
+    m_changes->setObjectName("changes");
+    statusBar()->addPermanentWidget(m_rows);
+    statusBar()->addPermanentWidget(m_changes);
+    setAcceptDrops(true);
+    const int unit = fontMetrics().averageCharWidth();
+    resize(unit * 180, fontMetrics().height() * 45);
+    resizeDocks({m_docks[0], m_docks[2]}, {unit * 34, unit * 44}, Qt::Horizontal);
+    RestorePlaces();
+    Relabel();
+    PageChanged();
+    connect(&m_signalTimer, &QTimer::timeout, this, &MainWindow::LookForSignals);
+    m_signalTimer.start(kSignalInterval);
+}
 
 MainWindow::~MainWindow() = default;
 
-BOOL MainWindow::Open() {
-    const CRect rect(0, 0, kWidth, kHeight);
-    if (!Create(Text(IDS_VQ_APP).c_str(), WS_OVERLAPPEDWINDOW, rect, nullptr, LayoutStyle()) ||
-        !CreateStatusLine(kPanes) || !m_view.CreateView(this, AFX_IDW_PANE_FIRST))
-        return FALSE;
-    MakeMenu();
-    SetAccelerators(&m_keys);
-    DragAcceptFiles();
-    RecalcLayout();
-    CenterWindow();
-    ShowWindow(SW_SHOW);
-    ShowStatus(Text(IDS_VQ_W_READY));
-    ViewChanged();
-    m_view.SetFocus();
-    SetTimer(kSignalTimer, kSignalInterval);
-    return TRUE;
+void MainWindow::MakeActions() {
+    m_toolBar = addToolBar(QString());
+    m_toolBar->setObjectName("tools");
+    for (const MenuEntry& entry : GetMenus()) {
+        QMenu* const menu = menuBar()->addMenu(QString());
+        m_menus.push_back(menu);
+        bool isInToolBar = false;
+        for (const ActionEntry& command : entry.actions) {
+            QAction* const action =
+                command.text == 0 ? menu->addSeparator() : menu->addAction(QString());
+            m_actions.push_back(action);
+            if (command.text == 0)
+                continue;
+            action->setShortcut(QKeySequence(QString::fromLatin1(command.keys)));
+            if (command.isPageKey)
+                action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+            connect(action, &QAction::triggered, this,
+                    [this, run = command.run] { Guard(this, [&] { run(*this); }); });
+            if (*command.icon == '\0')
+                continue;
+            action->setIcon(Icon(command.icon));
+            m_toolBar->addAction(action);
+            isInToolBar = true;
+        }
+        if (isInToolBar)
+            m_toolBar->addSeparator();
+    }
+    m_recent = new QMenu(this);
+    m_menus[0]->insertMenu(m_menus[0]->actions().at(2), m_recent);
+    connect(m_recent, &QMenu::aboutToShow, this, &MainWindow::FillRecent);
+    QMenu* const view = m_menus[4];
+    view->addSeparator();
+    for (QDockWidget* dock : m_docks)
+        view->addAction(dock->toggleViewAction());
+    view->addAction(m_toolBar->toggleViewAction());
+    m_languages = m_menus[5]->addMenu(QString());
+    connect(m_languages, &QMenu::aboutToShow, this, &MainWindow::FillLanguages);
 }
 
-void MainWindow::MakeMenu() {
-    CMenu bar;
-    bar.CreateMenu();
-    AddMenu(bar, IDS_VQ_M_FILE, kFile);
-    AddMenu(bar, IDS_VQ_M_QUERY, kQuery);
-    AddMenu(bar, IDS_VQ_M_VALUE, kValue);
-    AddMenu(bar, IDS_VQ_M_VIEW, kView);
-    AddMenu(bar, IDS_VQ_M_OPTIONS, kOptions);
-    AddMenu(bar, IDS_VQ_M_HELP, kHelp);
-    SetMenu(&bar);
-    bar.Detach(); // the window owns it now
+QDockWidget* MainWindow::AddDock(const char* name, QWidget* pane, Qt::DockWidgetArea area) {
+    auto* const dock = new QDockWidget(this);
+    dock->setObjectName(name);
+    dock->setWidget(pane);
+    addDockWidget(area, dock);
+    m_docks.push_back(dock);
+    return dock;
 }
 
-BOOL MainWindow::PreTranslateMessage(MSG* message) {
-    // While a cell is edited, its editor gets the keys.
-    if (m_view.GetList().GetActiveEditor() && message->message == WM_KEYDOWN &&
-        (message->wParam == 'D' || message->wParam == 'L'))
-        return FALSE;
-    return CFrameWnd::PreTranslateMessage(message);
+void MainWindow::MakeDocks() {
+    m_tree = new CatalogTree;
+    m_history = new HistoryPane;
+    m_value = new ValuePane;
+    AddDock("tree", m_tree, Qt::LeftDockWidgetArea);
+    AddDock("history", m_history, Qt::LeftDockWidgetArea);
+    AddDock("value", m_value, Qt::RightDockWidgetArea);
+    tabifyDockWidget(m_docks[0], m_docks[1]);
+    m_docks[0]->raise();
+    const auto run = [this](const QString& sql) {
+        if (ConnectionPage* page = GetPage(); page && !page->IsBusy())
+            page->RunSql(sql.toStdString());
+    };
+    const auto show = [this](const QString& sql) {
+        if (ConnectionPage* page = GetPage())
+            page->GetEditor().Insert(sql);
+    };
+    connect(m_tree, &CatalogTree::Browse, this, run);
+    connect(m_tree, &CatalogTree::Count, this, run);
+    connect(m_tree, &CatalogTree::ShowDdl, this, show);
+    connect(m_tree, &CatalogTree::Insert, this, show);
+    connect(m_tree, &CatalogTree::CatalogRead, this, [this] {
+        if (ConnectionPage* page = GetPage())
+            page->GetEditor().SetCatalog(m_tree->GetCatalog());
+    });
+    connect(m_history, &HistoryPane::Chosen, this, show);
+    connect(m_history, &HistoryPane::SaveAsked, this, [this] {
+        if (ConnectionPage* page = GetPage())
+            m_history->SaveQuery(page->GetEditor().toPlainText());
+    });
+    connect(m_value, &ValuePane::Edited, this, [this](const NewValue& value) {
+        if (ConnectionPage* page = GetPage())
+            page->GetResult().SetCurrentValue(value);
+    });
 }
 
-// --- what the view reports -----------------------------------------------------------------------
+// --- texts ---------------------------------------------------------------------------------------
 
-void MainWindow::ShowStatus(const std::string& text) { SetMessageText(text.c_str()); }
-
-void MainWindow::ViewChanged() {
-    const std::string name = m_view.GetConnection().GetDisplayName();
-    const std::string title = name.empty() ? Text(IDS_VQ_APP) : Text(IDS_VQ_W_TITLE, {name});
-    if (GetText(*this) != title)
-        SetWindowText(title.c_str());
-    const ResultDocument& document = m_view.GetDocument();
-    const int row = m_view.GetList().GetSafeHwnd() ? m_view.GetList().GetCurrentRow() : -1;
-    const std::string rows = GroupDigits(document.GetShownRows());
-    SetPaneText(
-        kPaneRows,
-        (row < 0 ? Text(IDS_VQ_W_ROWS, {rows})
-                 : Text(IDS_VQ_W_ROW_OF, {GroupDigits(static_cast<std::uint64_t>(row) + 1), rows}))
-            .c_str());
-    const std::size_t changes = document.GetEdits().GetCount();
-    SetPaneText(kPaneChanges, (changes == 0   ? Text(IDS_VQ_W_NO_CHANGES)
-                               : changes == 1 ? Text(IDS_VQ_W_CHANGE)
-                                              : Text(IDS_VQ_W_CHANGES, {GroupDigits(changes)}))
-                                  .c_str());
+void MainWindow::Relabel() {
+    std::size_t index = 0;
+    std::size_t menu = 0;
+    for (const MenuEntry& entry : GetMenus()) {
+        m_menus[menu++]->setTitle(Label(entry.text));
+        for (const ActionEntry& command : entry.actions)
+            if (QAction* const action = m_actions[index++]; command.text != 0)
+                action->setText(Label(command.text).section('\t', 0, 0));
+    }
+    m_recent->setTitle(Label(IDS_VQ_N_M_RECENT));
+    m_languages->setTitle(Label(IDS_VQ_M_LANGUAGE).remove("..."));
+    m_toolBar->setWindowTitle(Label(IDS_VQ_N_TOOL_BAR));
+    const UINT titles[] = {IDS_VQ_C_TREE, IDS_VQ_N_HISTORY, IDS_VQ_P_VALUE};
+    for (std::size_t i = 0; i < m_docks.size(); ++i)
+        m_docks[i]->setWindowTitle(Label(titles[i]));
+    m_welcome->setText(Label(IDS_VQ_N_WELCOME));
+    m_tabs->setAccessibleName(Label(IDS_VQ_N_CONNECTIONS));
+    ShowState();
 }
 
-// --- databases -----------------------------------------------------------------------------------
-
-bool MainWindow::RequireIdle() {
-    if (m_view.IsBusy())
-        ShowMessage(Text(IDS_VQ_W_BUSY));
-    return !m_view.IsBusy();
+void MainWindow::changeEvent(QEvent* event) {
+    if (event->type() == QEvent::LanguageChange && m_tabs)
+        Relabel();
+    QMainWindow::changeEvent(event);
 }
 
-void MainWindow::Connect(const Connection& connection) {
-    if (!RequireIdle() || !m_view.LeaveChanges())
-        return;
-    m_view.SetConnection(connection);
+void MainWindow::FillRecent() {
+    m_recent->clear();
+    const std::vector<std::string> names = RecentDatabases().GetAll();
+    for (auto name = names.rbegin(); name != names.rend(); ++name)
+        m_recent->addAction(QString::fromStdString(*name), this, [this, file = *name] {
+            OpenConnection({file, ""});
+        });
+    m_recent->setEnabled(true);
+}
+
+void MainWindow::FillLanguages() {
+    m_languages->clear();
+    const CString current = GetUILanguage();
+    for (const SInstalledLanguage& language : GetInstalledLanguages(kTextLibraries)) {
+        const QString code = QString::fromLatin1(static_cast<const char*>(language.m_strCode));
+        QAction* const action =
+            m_languages->addAction(QString::fromUtf8(static_cast<const char*>(language.m_strName)),
+                                   this, [this, code] { ChooseLanguage(code); });
+        action->setCheckable(true);
+        action->setChecked(language.m_strCode == current);
+    }
+}
+
+void MainWindow::ChooseLanguage(const QString& code) {
+    if (!SetTextLanguage(code))
+        QMessageBox::warning(this, Label(IDS_VQ_APP), Label(IDS_VQ_L_NOT_SAVED));
+}
+
+// --- connections ---------------------------------------------------------------------------------
+
+ConnectionPage* MainWindow::GetPage() const {
+    return qobject_cast<ConnectionPage*>(m_tabs->currentWidget());
+}
+
+bool MainWindow::OpenConnection(const Connection& connection, const std::string& sql) {
+    SqlServer server = SqlServer::Other;
+    if (!RunTask(this, IDS_VQ_N_OPENING, [&](Progress&) { server = FindServer(connection); }))
+        return false;
+    if (!connection.file.empty())
+        RecentDatabases().Add(connection.file, connection.file);
+    AddPage(connection, server, sql);
+    return true;
+}
+
+void MainWindow::AddPage(const Connection& connection, SqlServer server, const std::string& sql) {
+    auto* const page = new ConnectionPage(connection, server, m_tabs);
+    connect(page, &ConnectionPage::StatusChanged, this, [this, page](const QString& text) {
+        if (page == GetPage())
+            ShowStatus(text);
+    });
+    connect(page, &ConnectionPage::Changed, this, [this, page] {
+        m_tabs->setTabText(m_tabs->indexOf(page), page->GetTitle());
+        if (page == GetPage())
+            ShowState();
+    });
+    connect(page, &ConnectionPage::Ran, m_history, &HistoryPane::Add);
+    connect(page, &ConnectionPage::CatalogChanged, m_tree, &CatalogTree::Refresh);
+    connect(&page->GetResult(), &ResultView::CurrentChanged, this, [this, page] {
+        if (page == GetPage())
+            Guard(this, [this] { ShowCurrentValue(); });
+    });
+    connect(&page->GetResult(), &ResultView::ValueWanted, this, &MainWindow::ShowValue);
+    for (const std::size_t menu : {2, 3}) // of a cell, and of copying
+        for (QAction* action : m_menus[menu]->actions())
+            page->GetResult().addAction(action);
+    for (QAction* action : m_actions)
+        if (action->shortcutContext() == Qt::WidgetWithChildrenShortcut)
+            page->addAction(action);
+    page->GetEditor().setPlainText(QString::fromStdString(sql));
+    const int index = m_tabs->addTab(page, page->GetTitle());
+    m_tabs->setTabToolTip(index, QString::fromStdString(connection.GetDisplayName()));
+    m_tabs->setCurrentIndex(index);
+    PageChanged();
+    page->GetEditor().setFocus();
     const CString name = connection.GetDisplayName().c_str();
     GetGlobals().SetGlobalVarValue(CGlobalVars::TLXAO_CONNECT_ID, &name);
 }
 
-void MainWindow::OnOpen() {
-    if (!RequireIdle())
-        return;
-    const std::string filter = Text(IDS_VQ_DATABASE_FILES) + "|*.sqlite;*.sqlite3;*.db;*.db3|" +
-                               Text(IDS_VQ_ALL_FILES) + "|*.*||";
-    CFileDialog dialog(TRUE, nullptr, nullptr, OFN_HIDEREADONLY | OFN_FILEMUSTEXIST, filter.c_str(),
-                       this);
-    if (dialog.DoModal() == IDOK)
-        Connect({ToString(dialog.GetPathName()), ""});
+void MainWindow::PageChanged() {
+    ConnectionPage* const page = GetPage();
+    m_tabs->setVisible(page != nullptr);
+    m_welcome->setVisible(page == nullptr);
+    m_tree->SetConnection(page ? page->GetConnection() : Connection());
+    ShowStatus(Label(page ? IDS_VQ_W_TYPE : IDS_VQ_W_READY));
+    ShowCurrentValue();
+    ShowState();
 }
 
-void MainWindow::OnConnect() {
-    if (!RequireIdle())
-        return;
-    ConnectDialog dialog(m_dataSource, this);
-    if (dialog.DoModal() != IDOK)
-        return;
-    m_dataSource = dialog.GetConnection();
-    Connect({"", m_dataSource});
+void MainWindow::Open() {
+    const QString filter = Label(IDS_VQ_DATABASE_FILES) + " (*.sqlite *.sqlite3 *.db *.db3);;" +
+                           Label(IDS_VQ_ALL_FILES) + " (*)";
+    const QString file = QFileDialog::getOpenFileName(this, {}, {}, filter);
+    if (!file.isEmpty())
+        OpenConnection({file.toStdString(), ""});
 }
 
-void MainWindow::OnDropFiles(HDROP drop) {
-    const UINT length = DragQueryFile(drop, 0, nullptr, 0);
-    std::string name(length + std::size_t{1}, '\0');
-    DragQueryFile(drop, 0, name.data(), length + 1);
-    name.resize(length);
-    DragFinish(drop);
-    if (!name.empty())
-        Connect({name, ""});
+void MainWindow::Connect() {
+    ConnectForm form(this);
+    if (form.exec() == QDialog::Accepted)
+        OpenConnection(form.GetConnection());
 }
 
-void MainWindow::OnClose() {
-    if (m_view.IsBusy())
-        m_view.Stop();
-    if (!m_view.LeaveChanges())
+void MainWindow::NewTab() {
+    if (const ConnectionPage* const page = GetPage())
+        AddPage(page->GetConnection(), page->GetServer(), {});
+}
+
+void MainWindow::CloseTab(int index) {
+    auto* const page =
+        qobject_cast<ConnectionPage*>(index < 0 ? m_tabs->currentWidget() : m_tabs->widget(index));
+    if (!page)
         return;
-    m_view.StoreLayout();
-    DestroyWindow();
+    m_tabs->setCurrentWidget(page);
+    if (!LeaveValue() || !page->Leave())
+        return;
+    m_tabs->removeTab(m_tabs->indexOf(page));
+    page->deleteLater();
 }
 
-void MainWindow::OnTimer(std::uintptr_t id) {
-    if (id == kSignalTimer)
-        LookForSignals();
-    else
-        CFrameWnd::OnTimer(id);
+void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
+    if (event->mimeData()->hasUrls())
+        event->acceptProposedAction();
+}
+
+void MainWindow::dropEvent(QDropEvent* event) {
+    for (const QUrl& url : event->mimeData()->urls())
+        if (url.isLocalFile())
+            OpenConnection({url.toLocalFile().toStdString(), ""});
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    while (GetPage() != nullptr) {
+        const int before = m_tabs->count();
+        CloseTab(-1);
+        if (m_tabs->count() == before) {
+            event->ignore();
+            return;
+        }
+    }
+    StorePlaces();
+    event->accept();
 }
 
 /// A signal to end closes the window as the user would. Dialogs close first, one at each call,
-/// since each has to return to its caller; text typed into the value window becomes a change. The
-/// user is asked about unwritten changes and may cancel. An open message box has to be answered.
+/// since each has to return to its caller. The user is asked about unwritten changes and may
+/// cancel. An open message box has to be answered.
 void MainWindow::LookForSignals() {
     if (m_isAsking || InterruptingSignal() == 0)
         return;
-    CWnd* const active = CWnd::GetActiveWindow();
-    if (auto* const dialog = dynamic_cast<CDialog*>(active)) {
-        const bool isZoom = dynamic_cast<ValueDialog*>(active) != nullptr;
-        dialog->PostMessage(WM_COMMAND, isZoom ? IDOK : IDCANCEL);
+    if (auto* const dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget())) {
+        if (!qobject_cast<QMessageBox*>(dialog))
+            dialog->reject();
         return;
     }
     m_isAsking = true;
     m_endingSignal = TakeInterruptingSignal();
-    SendMessage(WM_CLOSE);
+    const bool isClosed = close();
     m_isAsking = false;
-    if (GetSafeHwnd() != nullptr) {
+    if (!isClosed) {
         m_endingSignal = 0;
         AwaitSignals();
     }
 }
 
-void MainWindow::OnExit() { PostMessage(WM_CLOSE); }
+// --- commands ------------------------------------------------------------------------------------
 
-// --- options and help ----------------------------------------------------------------------------
-
-void MainWindow::OnGlobals() {
-    GlobalsDialog dialog(this);
-    if (dialog.DoModal() == IDOK && !m_view.IsBusy())
-        m_view.Relabel(); // the markers may have changed
+void MainWindow::RunPieces(SqlEditor::Which which) {
+    if (LeaveValue())
+        GetPage()->Run(GetPage()->GetEditor().GetPieces(which));
 }
 
-void MainWindow::OnLanguage() {
-    if (!RequireIdle())
+void MainWindow::EditVariables() {
+    VariablesDialog dialog(this);
+    if (dialog.exec() != QDialog::Accepted)
         return;
-    LanguageDialog dialog(this);
-    if (dialog.DoModal() != IDOK)
-        return;
-    ModifyStyleEx(WS_EX_LAYOUTRTL, LayoutStyle());
-    MakeMenu();
-    m_view.Relabel();
-    RecalcLayout();
-    ViewChanged();
+    for (int i = 0; i < m_tabs->count(); ++i) // the markers may have changed
+        qobject_cast<ConnectionPage*>(m_tabs->widget(i))->GetResult().ReadMarkers();
 }
 
-void MainWindow::OnContents() { OpenHelp(kHelpContents); }
-
-void MainWindow::OnAbout() {
-    ShowMessage(Text(IDS_VQ_ABOUT, {VNQUERY_VERSION}), MB_OK | MB_ICONINFORMATION);
+void MainWindow::ShowAbout() {
+    QMessageBox::about(this, Label(IDS_VQ_APP), Label(IDS_VQ_ABOUT, {VNQUERY_VERSION}));
 }
 
-// --- which commands are enabled ------------------------------------------------------------------
+void MainWindow::NextPane() {
+    SqlEditor& editor = GetPage()->GetEditor();
+    if (editor.hasFocus())
+        GetPage()->GetResult().GetList().SetFocus();
+    else
+        editor.setFocus();
+}
 
-void MainWindow::OnUpdateIdle(CCmdUI* ui) { ui->Enable(!m_view.IsBusy()); }
-void MainWindow::OnUpdateStop(CCmdUI* ui) { ui->Enable(m_view.IsBusy()); }
-void MainWindow::OnUpdateResult(CCmdUI* ui) { ui->Enable(m_view.HasResult() && !m_view.IsBusy()); }
+void MainWindow::ShowValue() {
+    m_docks.back()->show();
+    m_docks.back()->raise();
+    auto* const text = m_value->findChild<QPlainTextEdit*>();
+    (text->isVisible() ? static_cast<QWidget*>(text) : m_value->findChild<QComboBox*>())
+        ->setFocus();
+}
 
-void MainWindow::OnUpdateCell(CCmdUI* ui) {
+/// False when a text typed in the value pane is neither taken nor given up.
+bool MainWindow::LeaveValue() { return !m_value->HasDraft() || m_value->AcceptDraft(); }
+
+// --- what the page reports -----------------------------------------------------------------------
+
+void MainWindow::ShowStatus(const QString& text) { statusBar()->showMessage(text); }
+
+void MainWindow::ShowCurrentValue() {
+    ConnectionPage* const page = GetPage();
     CellPlace place;
-    ui->Enable(!m_view.IsBusy() && m_view.GetCurrentPlace(place));
+    if (!page || !page->GetResult().GetCurrentPlace(place)) {
+        m_value->Clear();
+        return;
+    }
+    const ResultDocument& document = page->GetResult().GetDocument();
+    const NewValue* const edit = document.GetEdits().Find(place);
+    const bool isEditable = page->GetResult().IsCurrentEditable();
+    m_value->ShowValue({document.GetValue(place), document.GetHeading(place.second),
+                        CellName(place.first, place.second), document.GetKind(place.second),
+                        isEditable,
+                        isEditable && document.GetPlan().columns[place.second].isNullable,
+                        edit && edit->isDefault});
 }
 
-void MainWindow::OnUpdateEditable(CCmdUI* ui) {
-    ui->Enable(!m_view.IsBusy() && m_view.IsCurrentEditable());
+void MainWindow::ShowState() {
+    ConnectionPage* const page = GetPage();
+    unsigned state = 0;
+    if (page) {
+        ResultView& result = page->GetResult();
+        CellPlace place;
+        const auto add = [&](bool holds, CommandNeeds need) { state |= holds ? need : 0U; };
+        add(true, kNeedsPage);
+        add(page->IsBusy(), kNeedsBusy);
+        add(!page->IsBusy(), kNeedsIdle);
+        add(result.HasResult(), kNeedsResult);
+        add(result.GetCurrentPlace(place), kNeedsCell);
+        add(result.IsCurrentEditable(), kNeedsEditable);
+        add(result.CanChangeRows(), kNeedsTable);
+        add(!result.GetDocument().GetEdits().IsEmpty(), kNeedsChanges);
+        add(page->HasUncommitted(), kNeedsUncommitted);
+    }
+    std::size_t index = 0;
+    for (const MenuEntry& entry : GetMenus())
+        for (const ActionEntry& command : entry.actions)
+            m_actions[index++]->setEnabled((command.needs & ~state) == 0);
+
+    const QString name =
+        page ? QString::fromStdString(page->GetConnection().GetDisplayName()) : QString();
+    setWindowTitle(page ? Label(IDS_VQ_W_TITLE, {name.toStdString() + "[*]"}) : Label(IDS_VQ_APP));
+    const std::size_t changes = page ? page->GetResult().GetDocument().GetEdits().GetCount() : 0;
+    setWindowModified(changes > 0);
+    m_changes->setText(changes == 0   ? Label(IDS_VQ_W_NO_CHANGES)
+                       : changes == 1 ? Label(IDS_VQ_W_CHANGE)
+                                      : Label(IDS_VQ_W_CHANGES, {GroupDigits(changes)}));
+    m_rows->clear();
+    if (!page || !page->GetResult().HasResult())
+        return;
+    ResultList& list = page->GetResult().GetList();
+    const int row = list.GetCurrentRow();
+    const std::string rows = GroupDigits(static_cast<std::uint64_t>(list.GetCount()));
+    m_rows->setText(
+        row < 0 ? Label(IDS_VQ_W_ROWS, {rows})
+                : Label(IDS_VQ_W_ROW_OF, {GroupDigits(static_cast<std::uint64_t>(row) + 1), rows}));
 }
 
-void MainWindow::OnUpdateChanges(CCmdUI* ui) {
-    ui->Enable(!m_view.IsBusy() && !m_view.GetDocument().GetEdits().IsEmpty());
+// --- places --------------------------------------------------------------------------------------
+
+void MainWindow::RestorePlaces() {
+    const auto read = [](const char* name) {
+        const CString text = VNGetProfileString(kPlacesRoot, kPlacesSection, name, "");
+        return QByteArray::fromBase64(QByteArray(static_cast<const char*>(text)));
+    };
+    restoreGeometry(read("Geometry"));
+    restoreState(read("State"));
+}
+
+void MainWindow::StorePlaces() const {
+    VNWriteProfileString(kPlacesRoot, kPlacesSection, "Geometry", saveGeometry().toBase64());
+    VNWriteProfileString(kPlacesRoot, kPlacesSection, "State", saveState().toBase64());
 }
 
 } // namespace vnquery

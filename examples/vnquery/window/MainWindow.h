@@ -1,80 +1,95 @@
-// The program's window.
+// The program's window: menus, tool bar, docks, and a tab for each connection.
 #pragma once
 
-#include "vnquery/window/QueryView.h"
+#include "vnquery/sources/Connection.h"
+#include "vnquery/window/SqlEditor.h"
+
+#include <QMainWindow>
+#include <QTabWidget>
+#include <QTimer>
+
+#include <vector>
+
+class QActionGroup;
+class QDockWidget;
+class QLabel;
+class QMenu;
 
 namespace vnquery {
 
-/// Menu bar, keys, status line, and the view with the rest.
-class MainWindow : public CFrameWnd, private QueryViewHost {
+class CatalogTree;
+class ConnectionPage;
+class HistoryPane;
+class ValuePane;
+
+class MainWindow : public QMainWindow {
+    Q_OBJECT
 public:
     MainWindow();
     ~MainWindow() override;
 
-    /// Makes and shows the window.
-    BOOL Open();
-    QueryView& GetView() { return m_view; }
+    /// Opens a connection in a new tab once it is known to work. False when it cannot be opened,
+    /// which the user has been told.
+    bool OpenConnection(const Connection& connection, const std::string& sql = {});
     /// The signal that closed the window; 0 when the user closed it.
     int GetEndingSignal() const { return m_endingSignal; }
-    /// Opens another database, after asking about unwritten changes.
-    void Connect(const Connection& connection);
+    /// Null without a connection.
+    ConnectionPage* GetPage() const;
+    ValuePane& GetValuePane() { return *m_value; }
 
-    BOOL PreTranslateMessage(MSG* message) override;
+    // --- commands --------------------------------------------------------------------------------
+    void Open();
+    void Connect();
+    void NewTab();
+    /// -1: the present one.
+    void CloseTab(int index);
+    void EditVariables();
+    void ShowAbout();
+    void NextPane();
+    void ShowValue();
+    /// Runs statements of the editor.
+    void RunPieces(SqlEditor::Which which);
 
 protected:
-    LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override {
-        return TellFailures([&] { return CFrameWnd::WindowProc(message, wParam, lParam); });
-    }
-    void OnClose();
-    void OnTimer(std::uintptr_t id);
-    void OnDropFiles(HDROP drop);
-    void OnOpen();
-    void OnConnect();
-    void OnExit();
-    void OnGlobals();
-    void OnLanguage();
-    void OnContents();
-    void OnAbout();
-    void OnRun() { m_view.Run(); }
-    void OnStop() { m_view.Stop(); }
-    void OnExport() { m_view.Export(); }
-    void OnFocusSql() { m_view.FocusSql(); }
-    void OnNextPane() { m_view.NextPane(); }
-    void OnWrite() { m_view.WriteChanges(); }
-    void OnDiscard() { m_view.DiscardChanges(); }
-    void OnEditCell() { m_view.EditCell(); }
-    void OnZoom() { m_view.Zoom(); }
-    void OnSetNull() { m_view.SetNull(); }
-    void OnSetDefault() { m_view.SetDefault(); }
-    void OnUndoCell() { m_view.UndoCell(); }
-    void OnLoad() { m_view.LoadCell(); }
-    void OnSave() { m_view.SaveCell(); }
-    void OnCopy() { m_view.CopyRows(); }
-    void OnFit() { m_view.FitColumns(); }
-    void OnMoveLeft() { m_view.MoveColumn(-1); }
-    void OnMoveRight() { m_view.MoveColumn(1); }
-    void OnSort() { m_view.SortColumn(); }
-    void OnResetColumns() { m_view.ResetColumns(); }
-    void OnUpdateIdle(CCmdUI* ui);
-    void OnUpdateStop(CCmdUI* ui);
-    void OnUpdateResult(CCmdUI* ui);
-    void OnUpdateCell(CCmdUI* ui);
-    void OnUpdateEditable(CCmdUI* ui);
-    void OnUpdateChanges(CCmdUI* ui);
-    DECLARE_MESSAGE_MAP()
+    void closeEvent(QCloseEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+    void changeEvent(QEvent* event) override;
 
 private:
-    void ShowStatus(const std::string& text) override;
-    void ViewChanged() override;
-    void MakeMenu();
+    void MakeActions();
+    void MakeDocks();
+    QDockWidget* AddDock(const char* name, QWidget* pane, Qt::DockWidgetArea area);
+    void FillRecent();
+    void FillLanguages();
+    void AddPage(const Connection& connection, SqlServer server, const std::string& sql);
+    void PageChanged();
+    void ShowStatus(const QString& text);
+    void ShowCurrentValue();
+    void ShowState();
+    bool LeaveValue();
+    void Relabel();
     void LookForSignals();
-    bool RequireIdle();
+    void ChooseLanguage(const QString& code);
+    void RestorePlaces();
+    void StorePlaces() const;
 
-    QueryView m_view;
-    CAcceleratorTable m_keys;
-    std::string m_dataSource; ///< the last one used
+    std::vector<QMenu*> m_menus;     ///< in the order of GetMenus
+    std::vector<QAction*> m_actions; ///< of all menus, in that order
+    QToolBar* m_toolBar = nullptr;
+    QMenu* m_recent = nullptr;
+    QMenu* m_languages = nullptr;
+    QTabWidget* m_tabs = nullptr;
+    QLabel* m_welcome = nullptr;
+    CatalogTree* m_tree = nullptr;
+    HistoryPane* m_history = nullptr;
+    ValuePane* m_value = nullptr;
+    std::vector<QDockWidget*> m_docks; ///< tree, history, value
+    QLabel* m_rows = nullptr;
+    QLabel* m_changes = nullptr;
+    QTimer m_signalTimer;
     int m_endingSignal = 0;
-    bool m_isAsking = false; ///< about unwritten changes, after a signal
+    bool m_isAsking = false; ///< about changes, after a signal
 };
 
 } // namespace vnquery

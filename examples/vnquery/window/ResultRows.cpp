@@ -15,16 +15,29 @@ constexpr auto kShortSort = std::chrono::milliseconds(30);
 } // namespace
 
 void ResultRows::GetCell(int row, int column, std::string& text) {
+    if (column == 0) // the list draws the number
+        return;
     try {
         m_document.AppendCellText(text, static_cast<std::size_t>(row),
-                                  static_cast<std::size_t>(column));
+                                  static_cast<std::size_t>(column - 1));
     } catch (CException* error) {
         text = TakeMessage(error);
     }
 }
 
+ENullAnswer ResultRows::IsNull(int row, int column) {
+    if (column == 0)
+        return ENullAnswer::No;
+    return m_document.IsNull(static_cast<std::size_t>(row), static_cast<std::size_t>(column - 1))
+               ? ENullAnswer::Yes
+               : ENullAnswer::No;
+}
+
+/// By the column of the numbers: as the query gave them.
 ESortAnswer ResultRows::SortRows(int column, bool ascending) {
-    if (!m_document.BeginSort(static_cast<std::size_t>(column), !ascending))
+    if (column == 0)
+        return m_document.Unsort() ? ESortAnswer::Sorted : ESortAnswer::NotSorted;
+    if (!m_document.BeginSort(static_cast<std::size_t>(column - 1), !ascending))
         return ESortAnswer::NotSorted;
     const auto end = std::chrono::steady_clock::now() + kShortSort;
     while (m_document.GetSort()->GetState() == TaskState::Running &&

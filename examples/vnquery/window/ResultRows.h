@@ -9,6 +9,7 @@
 
 namespace vnquery {
 
+/// Column 0 is that of the rows' numbers; the result's columns follow it.
 class ResultRows : public CListRowSource {
 public:
     /// `sortsLater` is called when a sort takes long and goes on in the background.
@@ -17,6 +18,7 @@ public:
 
     int GetRowCount() override { return static_cast<int>(m_document.GetShownRows()); }
     void GetCell(int row, int column, std::string& text) override;
+    ENullAnswer IsNull(int row, int column) override;
     /// The view has stored the value when it was asked.
     bool SetCell(int, int, std::string_view) override { return true; }
     ESortAnswer SortRows(int column, bool ascending) override;

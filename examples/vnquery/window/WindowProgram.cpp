@@ -1,11 +1,15 @@
 #include "vnquery/window/WindowProgram.h"
 
 #include "vnquery/tasks/Failure.h"
+#include "vnquery/window/Guard.h"
+#include "vnquery/window/Icons.h"
 #include "vnquery/window/MainWindow.h"
-#include "vnquery/window/WindowText.h"
+#include "vnquery/window/Translation.h"
 
 #include "vnbytstr/GlobalVars.h"
 #include "vnbytstr/Profile.h"
+
+#include <QApplication>
 
 #include <cstdlib>
 
@@ -28,22 +32,22 @@ void RequireDisplay() {
 
 int RunWindow(int argc, char** argv, const WindowStart& start) {
     RequireDisplay();
-    AfxInitWindows(&argc, argv);
+    const QApplication application(argc, argv);
+    QApplication::setApplicationName("vnquery");
+    QApplication::setDesktopFileName("vnquery");
+    QApplication::setWindowIcon(Icon("vnquery"));
     GetGlobals().Initialize();
-    CWinApp application("vnquery");
+    UseTextLanguage();
     MainWindow window;
-    application.m_pMainWnd = &window;
-    if (!window.Open())
-        throw Failure(kFileFailed, Text(IDS_VQ_CL_NO_DISPLAY));
+    window.show();
     CString trouble;
     if (VNGetProfileStatus(&trouble) != ProfileSound)
-        ShowMessage(ToString(trouble));
-    if (!start.connection.IsEmpty())
-        window.GetView().SetConnection(start.connection);
-    window.GetView().SetSql(start.sql);
-    if (!start.connection.IsEmpty() && !start.sql.empty())
-        window.GetView().Run();
-    const int result = application.Run();
+        QMessageBox::warning(&window, Label(IDS_VQ_APP),
+                             Sentence(static_cast<const char*>(trouble)));
+    if (!start.connection.IsEmpty() && window.OpenConnection(start.connection, start.sql) &&
+        !start.sql.empty())
+        window.RunPieces(SqlEditor::Which::All);
+    const int result = QApplication::exec();
     return window.GetEndingSignal() != 0 ? 128 + window.GetEndingSignal() : result;
 }
 

@@ -7,6 +7,7 @@
 #include "tests/vnquery/sources/RowCollector.h"
 
 #include <fstream>
+#include <numeric>
 #include <random>
 #include <sqlite3.h>
 
@@ -31,13 +32,13 @@ protected:
             text += (row ? " " : "") + std::string(m_document.IsNew(row)       ? "+"
                                                    : m_document.IsDeleted(row) ? "x"
                                                                                : "");
-            for (std::size_t i = 0; i < m_document.GetShownColumns(); ++i)
+            for (std::size_t i = 0; i < m_document.GetResult().GetColumnCount(); ++i)
                 text += (i ? "," : "") + m_document.GetCellText(row, i);
         }
         return text;
     }
-    void Edit(std::size_t shownRow, std::size_t shownColumn, std::string_view text) {
-        m_document.GetEdits().Set(m_document.PlaceOf(shownRow, shownColumn),
+    void Edit(std::size_t shownRow, std::size_t column, std::string_view text) {
+        m_document.GetEdits().Set(m_document.PlaceOf(shownRow, column),
                                   {false, test::MakeValue(Value::Type::Text, text)},
                                   m_document.GetResult());
     }
@@ -227,23 +228,21 @@ TEST_F(ResultDocumentTest, WhatIsSeenIsPassedOn) {
     m_document.InsertRow(0);
     Edit(0, 2, "9");
     m_document.DeleteRows(std::vector<std::size_t>{3});
-    m_document.MoveColumn(0, 1);
     const auto write = [&](Format kind, std::vector<std::size_t> rows,
                            std::vector<std::size_t> columns) {
         ExportFormat format;
         format.format = kind;
         std::vector<std::string> names;
-        for (std::size_t i = 0; i < m_document.GetShownColumns(); ++i)
-            if (columns.empty() || std::ranges::find(columns, i) != columns.end())
-                names.push_back(m_document.GetHeading(m_document.GetLayout().order[i]));
+        for (const std::size_t column : columns)
+            names.push_back(m_document.GetHeading(column));
         FileExport target(File("out"), format, names, &m_progress);
         m_document.PassShownTo(target.GetWriter(), rows, columns, m_progress);
         target.Commit();
         std::ifstream file(File("out"));
         return std::string(std::istreambuf_iterator<char>(file), {});
     };
-    EXPECT_EQ(write(Format::Csv, {}, {}), "v,id,n\n,,9\na,1,1\nnew,2,2\n");
-    EXPECT_EQ(write(Format::JsonLines, {2, 3}, {0, 1}),
+    EXPECT_EQ(write(Format::Csv, {0, 1, 2}, {1, 0, 2}), "v,id,n\n,,9\na,1,1\nnew,2,2\n");
+    EXPECT_EQ(write(Format::JsonLines, {2, 3}, {1, 0}),
               "{\"v\":\"new\",\"id\":2}\n{\"v\":\"c\",\"id\":3}\n");
 }
 
@@ -252,7 +251,9 @@ TEST_F(ResultDocumentTest, SummariesAreExact) {
                  "(9223372036854775807), (9223372036854775807), (-1e-3), (null), ('text')");
     Open("select v, id from t");
     const auto summarise = [&](std::size_t column) {
-        return m_document.PrepareSummary(column)(m_progress);
+        std::vector<std::size_t> rows(m_document.GetShownRows());
+        std::iota(rows.begin(), rows.end(), std::size_t{0});
+        return m_document.PrepareSummary(rows, column)(m_progress);
     };
     ColumnSummary summary = summarise(0);
     EXPECT_EQ(summary.rows, 7u);

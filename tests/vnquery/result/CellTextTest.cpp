@@ -52,6 +52,25 @@ TEST(CellText, NullEmptyAndTheNullTextDiffer) {
     EXPECT_EQ(FormatCell(MakeValue(Value::Type::Number, "-1"), format), "-1");
 }
 
+TEST(CellText, PreviewsOfLongTextsAndOfSeveralLines) {
+    CellFormat format;
+    format.hasPreviews = true;
+    format.textLimit = 4;
+    EXPECT_EQ(FormatCell(MakeValue(Value::Type::Text, "abcd"), format), "abcd");
+    EXPECT_EQ(FormatCell(MakeValue(Value::Type::Text, "abcde"), format), "abcd \u2026 [5 B]");
+    EXPECT_EQ(FormatCell(MakeValue(Value::Type::Text, "ab\ncd"), format), "ab \u2026 [5 B]");
+    EXPECT_EQ(FormatCell(MakeValue(Value::Type::Text, "\n"), format), " \u2026 [1 B]");
+    EXPECT_EQ(FormatCell(MakeValue(Value::Type::Text, "\tb\xFF" + std::string(99, 'x')), format),
+              "\\tb\\xFFx \u2026 [102 B]");
+    // The cut does not go through a character, wherever the bytes end that are looked at.
+    EXPECT_EQ(
+        FormatCell(MakeValue(Value::Type::Text, "a" + std::string(99, '\n') + "\u20AC"), format),
+        "a \u2026 [103 B]");
+    EXPECT_EQ(FormatCell(MakeValue(Value::Type::Text, "\u20AC\u20AC\U0001F600\u20ACx"), format),
+              "\u20AC\u20AC\U0001F600\u20AC \u2026 [14 B]");
+    EXPECT_EQ(FormatCell(MakeValue(Value::Type::Text, "-"), format), "\"-\"");
+}
+
 TEST(CellText, LongTextsBecomePlaceholdersByCharacters) {
     CellFormat format;
     format.textLimit = 4;

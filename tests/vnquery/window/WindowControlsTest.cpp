@@ -1,18 +1,26 @@
-// Mouse and keys in the window: its buttons, clicks on cells, the zoom as it opens.
+// Mouse, keys and signals; transactions; what the parts of the window do together.
 #include "tests/vnquery/window/WindowRun.h"
 
 #include "examples/vnquery/console/Process.h"
 #include "examples/vnquery/tasks/Interruption.h"
-#include "examples/vnquery/window/Commands.h"
-#include "vnbytstr/window/Edit.h"
+#include "examples/vnquery/window/CatalogTree.h"
+#include "examples/vnquery/window/ValuePane.h"
+
+#include "vnbytstr/window/ListBox.h"
 
 #include <csignal>
 #include <thread>
 
 #include <QApplication>
+#include <QClipboard>
 #include <QDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
 #include <QTest>
 #include <QTimer>
+#include <QTreeView>
 
 namespace vnquery::test {
 namespace {
@@ -27,72 +35,14 @@ protected:
     void OpenNotes() {
         MakeDatabase(kNotes);
         Open("select t, b from note order by id");
+        List().SetFocus();
     }
-    /// Does something that opens a dialog, whose class the window library need not know, and
-    /// closes that.
-    bool OpensDialog(const std::function<void()>& action) {
-        bool came = false;
-        QTimer timer;
-        QObject::connect(&timer, &QTimer::timeout, [&] {
-            if (QWidget* const dialog = QApplication::activeModalWidget()) {
-                came = true;
-                dialog->close();
-            }
-        });
-        timer.start(30);
-        action();
-        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(3);
-        while (!came && std::chrono::steady_clock::now() < end)
-            AfxPumpMessages(20);
-        Pump();
-        Window().GetWidget()->activateWindow();
-        Pump();
-        return came;
-    }
-    CRect PlaceOf(CWnd& control) {
-        CRect rect;
-        control.GetWindowRect(rect);
-        return rect;
+    void RunText(const char* sql) {
+        Page().GetEditor().setPlainText(sql);
+        Key(Qt::Key_F5);
+        WaitFor([&] { return !Page().IsBusy(); });
     }
 };
-
-TEST_F(WindowControls, TheFourButtonsWorkByMouseAndByKey) {
-    OpenNotes();
-    const struct {
-        unsigned command;
-        int key;
-    } kDialogs[] = {{kCmdOpen, Qt::Key_O}, {kCmdConnect, Qt::Key_C}};
-    for (const auto& [command, key] : kDialogs) {
-        EXPECT_TRUE(OpensDialog([&] { ClickControl(static_cast<int>(command)); })) << command;
-        EXPECT_TRUE(OpensDialog([&] { Key(key, Qt::AltModifier); })) << command;
-        View().GetDlgItem(static_cast<int>(command))->SetFocus();
-        EXPECT_TRUE(OpensDialog([&] { Key(Qt::Key_Space); })) << command;
-    }
-    for (const bool byMouse : {true, false}) {
-        View().SetSql("select id from note");
-        byMouse ? ClickControl(kCmdRun) : Key(Qt::Key_R, Qt::AltModifier);
-        WaitFor([&] { return !View().IsBusy() && Cell(1, 0) == "2"; });
-        View().SetSql(kEndless);
-        View().Run();
-        byMouse ? ClickControl(kCmdStop) : Key(Qt::Key_A, Qt::AltModifier);
-        WaitFor([&] { return !View().IsBusy(); });
-        EXPECT_NE(Status().find("Cancelled"), std::string::npos) << Status();
-    }
-}
-
-TEST_F(WindowControls, TheBarIsThereWhileAQueryRuns) {
-    OpenNotes();
-    m_window.reset();
-    Open();
-    QWidget* const bar = View().GetDlgItem(kIdProgress)->GetWidget();
-    EXPECT_FALSE(bar->isVisible());
-    View().SetSql(kEndless);
-    View().Run();
-    EXPECT_TRUE(bar->isVisible());
-    View().Stop();
-    WaitFor([&] { return !View().IsBusy(); });
-    EXPECT_FALSE(bar->isVisible());
-}
 
 /// Clicks choose cells, also in the row that is selected; only a second click at once edits.
 TEST_F(WindowControls, AClickOpensNoEditor) {
@@ -101,12 +51,12 @@ TEST_F(WindowControls, AClickOpensNoEditor) {
         ClickCell(1, column);
         QTest::qWait(QApplication::doubleClickInterval() + 50);
         EXPECT_EQ(List().GetActiveEditor(), nullptr);
-        EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
         EXPECT_EQ(List().GetCurrentColumn(), column);
     }
     ClickCell(1, 0, true);
     EXPECT_NE(List().GetActiveEditor(), nullptr);
     Key(Qt::Key_Escape);
+    EXPECT_EQ(List().GetActiveEditor(), nullptr);
 }
 
 /// A signal closes dialogs and the window, after what is not written has been asked for.
@@ -114,21 +64,20 @@ TEST_F(WindowControls, SignalsEndTheWindowInOrder) {
     PrepareProcess();
     OpenNotes();
     List().SetCurrentCell(0, 0);
-    m_answers.m_answers = {IDCANCEL};
-    QTimer::singleShot(300, [&] {
-        Type("new ");
-        std::raise(SIGTERM);
-    });
-    View().Zoom(); // ends by itself
+    Key(Qt::Key_F2);
+    Type("new one");
+    Key(Qt::Key_Return);
+    m_answers.m_answers = {QMessageBox::Cancel};
+    QTimer::singleShot(100, [&] { std::raise(SIGTERM); });
+    Window().EditVariables(); // ends by itself
     WaitFor([&] { return m_answers.m_answers.empty(); });
-    EXPECT_NE(Window().GetSafeHwnd(), nullptr); // Cancel
-    EXPECT_EQ(Cell(0, 0), "new one");
+    EXPECT_TRUE(Window().isVisible());
     for (const int number : {SIGHUP, SIGINT, SIGTERM}) {
-        m_answers.m_answers = {number == SIGTERM ? IDYES : IDCANCEL};
+        m_answers.m_answers = {number == SIGTERM ? QMessageBox::Yes : QMessageBox::Cancel};
         std::raise(number);
         WaitFor([&] { return m_answers.m_answers.empty(); });
     }
-    WaitFor([&] { return Window().GetSafeHwnd() == nullptr; });
+    WaitFor([&] { return !Window().isVisible(); });
     EXPECT_EQ(Window().GetEndingSignal(), SIGTERM);
     EXPECT_EQ(Ask("select t from note where id = 1"), "new one");
     EXPECT_EQ(InterruptingSignal(), 0);
@@ -155,51 +104,103 @@ TEST_F(WindowControls, ASignalEndsTheProgram) {
     EXPECT_TRUE(m_temporary.Names().empty());
 }
 
-TEST_F(WindowControls, TheZoomOpensWithNothingSelected) {
+/// Nothing changes before changes are allowed, and nothing is final before Commit.
+TEST_F(WindowControls, StatementsChangeTheDatabaseWithCommitOnly) {
     OpenNotes();
-    for (const int column : {0, 1}) {
-        List().SetCurrentCell(0, column);
-        WithDialog([&] { View().Zoom(); },
-                   [&](CWnd& dialog) {
-                       Pump();
-                       CWnd* const field = CWnd::GetFocus();
-                       ASSERT_NE(field, nullptr);
-                       DWORD begin = 1;
-                       DWORD end = 2;
-                       field->SendMessage(EM_GETSEL, reinterpret_cast<WPARAM>(&begin),
-                                          reinterpret_cast<LPARAM>(&end));
-                       EXPECT_EQ(begin, end) << column;
-                       EXPECT_NE(GetText(*field).find(column == 0 ? "one" : "000010"),
-                                 std::string::npos);
-                       dialog.SendMessage(WM_COMMAND, IDOK);
-                   });
-    }
-    EXPECT_TRUE(Document().GetEdits().IsEmpty());
+    auto* const bar = Page().findChild<QWidget*>("transaction");
+    EXPECT_FALSE(bar->isVisible());
+    RunText("delete from note");
+    EXPECT_EQ(Ask("select count(*) from note"), "2");
+    ASSERT_TRUE(Page().AllowChanges(true));
+    EXPECT_TRUE(bar->isVisible());
+    RunText("insert into note(t) values ('three'), ('four'); delete from note where id = 1;"
+            " select count(*) from note");
+    EXPECT_EQ(Cell(0, 0), "3"); // sees what is not committed
+    EXPECT_EQ(Ask("select count(*) from note"), "2");
+    EXPECT_TRUE(Page().HasUncommitted());
+    EXPECT_TRUE(Page().GetTitle().endsWith("*"));
+    Page().RollBack();
+    EXPECT_FALSE(Page().HasUncommitted());
+    RunText("update note set t = 'TWO' where id = 2");
+    EXPECT_EQ(Status().substr(0, 14), "1 rows changed") << Status();
+    // Closing asks; Cancel stays, No rolls back, Yes commits.
+    m_answers.m_answers = {QMessageBox::Cancel};
+    EXPECT_FALSE(Window().close());
+    m_answers.m_answers = {QMessageBox::Yes};
+    EXPECT_TRUE(Page().AllowChanges(false));
+    EXPECT_FALSE(bar->isVisible());
+    EXPECT_EQ(Ask("select t from note where id = 2"), "TWO");
+    ASSERT_TRUE(Page().AllowChanges(true));
+    RunText("delete from note");
+    m_answers.m_answers = {QMessageBox::No};
+    EXPECT_TRUE(Window().close());
+    EXPECT_EQ(Ask("select count(*) from note"), "2");
 }
 
-TEST_F(WindowControls, TheBytesStandAboveTheirButtons) {
+TEST_F(WindowControls, NamesInAStatementAreAskedFor) {
     OpenNotes();
-    List().SetCurrentCell(0, 1);
-    WithDialog([&] { View().Zoom(); },
-               [&](CWnd& dialog) {
-                   CRect bytes;
-                   int checked = 0;
-                   for (CWnd* child = dialog.GetWindow(GW_CHILD); child;
-                        child = child->GetWindow(GW_HWNDNEXT))
-                       if (GetText(*child).find("000010") != std::string::npos)
-                           bytes = PlaceOf(*child);
-                   for (CWnd* child = dialog.GetWindow(GW_CHILD); child;
-                        child = child->GetWindow(GW_HWNDNEXT)) {
-                       CRect overlap;
-                       if (!child->IsWindowVisible() || PlaceOf(*child) == bytes)
-                           continue;
-                       ++checked;
-                       EXPECT_FALSE(overlap.IntersectRect(bytes, PlaceOf(*child)))
-                           << GetText(*child);
-                   }
-                   EXPECT_GT(checked, 8);
-                   dialog.SendMessage(WM_COMMAND, IDCANCEL);
+    WithDialog([&] { RunText("select t from note where id = :id"); },
+               [](QDialog& dialog) {
+                   dialog.findChild<QLineEdit*>()->setText("2");
+                   dialog.accept();
                });
+    EXPECT_EQ(List().GetCount(), 1);
+    EXPECT_EQ(Cell(0, 0), "two");
+    WithDialog([&] { RunText("select 'no' from note where id = :id"); },
+               [](QDialog& dialog) { dialog.reject(); });
+    EXPECT_EQ(Cell(0, 0), "two"); // nothing ran
+}
+
+TEST_F(WindowControls, TextsAreFoundAndCopied) {
+    OpenNotes();
+    Key(Qt::Key_F, Qt::ControlModifier);
+    Type("TW");
+    Key(Qt::Key_Return);
+    EXPECT_EQ(List().GetCurrentRow(), 1);
+    EXPECT_EQ(List().GetCurrentColumn(), 0);
+    Key(Qt::Key_Escape);
+    const auto clipboard = [] { return QGuiApplication::clipboard()->text().toStdString(); };
+    View().Copy(CopyForm::Cell);
+    EXPECT_EQ(clipboard(), "two");
+    RunText("select id, t, 'a\"b' as q from note order by id desc");
+    List().SendMessage(LB_SETSEL, TRUE, -1);
+    View().Copy(CopyForm::RowsWithHeadings);
+    EXPECT_EQ(clipboard(), "id\tt\tq\n2\ttwo\t\"a\"\"b\"\n1\tone\t\"a\"\"b\"\n");
+    List().HideColumn(ResultList::ListColumnOf(2));
+    List().SortBy(0, false);
+    View().Copy(CopyForm::Json);
+    EXPECT_EQ(clipboard(), "[\n{\"id\":1,\"t\":\"one\"},\n{\"id\":2,\"t\":\"two\"}\n]\n");
+    View().Copy(CopyForm::Insert);
+    EXPECT_NE(clipboard().find("VALUES(2,'two');"), std::string::npos) << clipboard();
+}
+
+/// The pane follows the current cell; what is typed there becomes a change of that cell.
+TEST_F(WindowControls, TheValuePaneShowsAndChangesTheCurrentCell) {
+    OpenNotes();
+    auto* const text = Window().GetValuePane().findChild<QPlainTextEdit*>();
+    List().SetCurrentCell(1, 0);
+    EXPECT_EQ(text->toPlainText(), "two");
+    Key(Qt::Key_F2, Qt::ShiftModifier);
+    ASSERT_TRUE(text->hasFocus());
+    EXPECT_FALSE(text->textCursor().hasSelection());
+    Key(Qt::Key_End, Qt::ControlModifier);
+    Key(Qt::Key_Return);
+    Type("lines");
+    Key(Qt::Key_Return, Qt::ControlModifier);
+    EXPECT_EQ(Changes(), "1 change not written");
+    EXPECT_EQ(Cell(1, 0), "two \u2026 [9 B]");
+    m_answers.m_answers = {QMessageBox::Yes};
+    Key(Qt::Key_S, Qt::ControlModifier);
+    EXPECT_EQ(Ask("select t from note where id = 2"), "two\nlines");
+}
+
+TEST_F(WindowControls, TheTreeBrowsesATable) {
+    OpenNotes();
+    auto* const tree = Window().findChild<CatalogTree*>();
+    WaitFor([&] { return tree->GetCatalog() && !tree->GetCatalog()->tables.empty(); });
+    Q_EMIT tree->Browse("select * from note");
+    WaitFor([&] { return !Page().IsBusy() && List().GetNumColumns() == 4; });
+    EXPECT_EQ(Cell(1, 1), "two");
 }
 
 } // namespace

@@ -20,7 +20,6 @@ protected:
         MakeDatabase(kFilms);
         Open(kQuery);
     }
-    std::string Changes() { return ToString(Window().GetPaneText(1)); }
 };
 
 TEST_F(WindowEdit, AValueIsTypedAndCommitted) {
@@ -32,7 +31,7 @@ TEST_F(WindowEdit, AValueIsTypedAndCommitted) {
     EXPECT_EQ(Cell(1, 1), "The Boat");
     EXPECT_EQ(Changes(), "1 change not written");
     EXPECT_EQ(Ask("select title from film where id = 2"), "Das Boot");
-    m_answers.m_answers = {IDYES};
+    m_answers.m_answers = {QMessageBox::Yes};
     Key(Qt::Key_S, Qt::ControlModifier);
     EXPECT_NE(m_answers.m_texts.back().find("table film"), std::string::npos);
     EXPECT_EQ(Ask("select title from film where id = 2"), "The Boat");
@@ -50,14 +49,14 @@ TEST_F(WindowEdit, NoTakesEverythingBackAndKeepsTheChanges) {
     Key(Qt::Key_0, Qt::ControlModifier); // the plot becomes NULL
     EXPECT_EQ(Cell(0, 4), "-");
     EXPECT_EQ(Changes(), "2 changes not written");
-    m_answers.m_answers = {IDNO};
+    m_answers.m_answers = {QMessageBox::No};
     View().WriteChanges();
     EXPECT_EQ(Ask("select length || plot from film where id = 1"), "143A clerk dreams.");
     EXPECT_EQ(Changes(), "2 changes not written");
     List().SetCurrentCell(0, 4);
-    View().UndoCell();
-    EXPECT_EQ(Cell(0, 4), "A clerk dreams.");
-    m_answers.m_answers = {IDYES};
+    View().Undo();
+    EXPECT_EQ(Cell(0, 4), "A clerk dreams."); // the last change
+    m_answers.m_answers = {QMessageBox::Yes};
     View().DiscardChanges();
     EXPECT_EQ(Cell(0, 2), "143");
     EXPECT_EQ(Changes(), "No changes");
@@ -68,7 +67,7 @@ TEST_F(WindowEdit, WrongValuesAreRefusedAndTheEditorStays) {
     List().SetCurrentCell(0, 2);
     Key(Qt::Key_F2);
     Type("long");
-    m_answers.m_answers = {IDOK};
+    m_answers.m_answers = {QMessageBox::Ok};
     Key(Qt::Key_Return);
     EXPECT_NE(m_answers.m_texts.back().find("numbers only"), std::string::npos);
     EXPECT_NE(List().GetActiveEditor(), nullptr);
@@ -78,11 +77,11 @@ TEST_F(WindowEdit, WrongValuesAreRefusedAndTheEditorStays) {
     List().SetCurrentCell(0, 1);
     Key(Qt::Key_F2);
     Type("-");
-    m_answers.m_answers = {IDOK};
+    m_answers.m_answers = {QMessageBox::Ok};
     Key(Qt::Key_Return);
     EXPECT_NE(m_answers.m_texts.back().find("no NULL"), std::string::npos);
     Key(Qt::Key_Escape);
-    m_answers.m_answers = {IDOK};
+    m_answers.m_answers = {QMessageBox::Ok};
     List().SetCurrentCell(0, 0);
     Key(Qt::Key_F2);
     EXPECT_EQ(List().GetActiveEditor(), nullptr);
@@ -91,13 +90,13 @@ TEST_F(WindowEdit, WrongValuesAreRefusedAndTheEditorStays) {
 
 TEST_F(WindowEdit, DefaultsAndSortedRowsReachTheirRows) {
     OpenFilms();
-    List().Sort(1); // Alien, Amarcord, Brazil, Das Boot
+    List().SortBy(1, false); // Alien, Amarcord, Brazil, Das Boot
     List().SetCurrentCell(1, 2);
     Key(Qt::Key_F2);
     Type("+");
     Key(Qt::Key_Return);
     EXPECT_EQ(Cell(1, 2), "+");
-    m_answers.m_answers = {IDYES};
+    m_answers.m_answers = {QMessageBox::Yes};
     View().WriteChanges();
     EXPECT_EQ(Cell(1, 2), "90");
     EXPECT_EQ(Ask("select title from film where length = 90"), "Amarcord");
@@ -110,11 +109,11 @@ TEST_F(WindowEdit, ConflictsAreShownAndNotOverwrittenUnseen) {
     Type("mine");
     Key(Qt::Key_Return);
     MakeDatabase("update film set title = 'theirs' where id = 1");
-    m_answers.m_answers = {IDOK};
+    m_answers.m_answers = {QMessageBox::Ok};
     View().WriteChanges();
     EXPECT_NE(m_answers.m_texts.back().find("theirs"), std::string::npos);
     EXPECT_EQ(Ask("select title from film where id = 1"), "theirs");
-    m_answers.m_answers = {IDYES};
+    m_answers.m_answers = {QMessageBox::Yes};
     View().WriteChanges();
     EXPECT_EQ(Ask("select title from film where id = 1"), "mine");
 }
@@ -124,16 +123,16 @@ TEST_F(WindowEdit, AFileIsDroppedOntoACell) {
     m_files.Write("picture", SomeBytes(200000, 9));
     List().SetCurrentCell(2, 3);
     List().AddFileName(2, File("picture").c_str());
-    List().EditColumn(2, 3); // as the drop target does
+    List().EditColumn(2, ResultList::ListColumnOf(3)); // as the drop target does
     WaitFor([&] { return !Document().GetEdits().IsEmpty(); });
     EXPECT_EQ(Cell(2, 3), "<BLOB> 195 KB");
-    m_answers.m_answers = {IDYES};
+    m_answers.m_answers = {QMessageBox::Yes};
     View().WriteChanges();
     EXPECT_EQ(Ask("select poster from film where id = 3"), SomeBytes(200000, 9));
 
-    m_answers.m_answers = {IDOK};
+    m_answers.m_answers = {QMessageBox::Ok};
     List().AddFileName(2, m_files.Path().c_str());
-    List().EditColumn(2, 3);
+    List().EditColumn(2, ResultList::ListColumnOf(3));
     Pump();
     EXPECT_NE(m_answers.m_texts.back().find("is a folder"), std::string::npos);
 }
@@ -144,53 +143,87 @@ TEST_F(WindowEdit, LeavingAsksForWhatIsNotWritten) {
     Key(Qt::Key_F2);
     Type("new");
     Key(Qt::Key_Return);
-    m_answers.m_answers = {IDCANCEL};
-    Window().SendMessage(WM_CLOSE);
-    EXPECT_NE(Window().GetSafeHwnd(), nullptr);
-    m_answers.m_answers = {IDYES};
+    m_answers.m_answers = {QMessageBox::Cancel};
+    EXPECT_FALSE(Window().close());
+    m_answers.m_answers = {QMessageBox::Yes};
     RunQuery("select 1");
     EXPECT_EQ(Ask("select title from film where id = 1"), "new");
 }
 
-/// Rows of one database are never written to another one.
+/// Each connection has its own tab: rows of one database are never written to another one.
 TEST_F(WindowEdit, AResultBelongsToItsDatabase) {
     OpenFilms();
     std::filesystem::copy_file(Database(), File("other.sqlite"));
-    List().SetCurrentCell(0, 1);
-    Key(Qt::Key_F2);
-    Type("mine");
-    Key(Qt::Key_Return);
-    m_answers.m_answers = {IDCANCEL}; // stays, with the change
-    Window().Connect({File("other.sqlite"), ""});
-    EXPECT_EQ(GetText(Window()), Database() + " - vnquery");
-    m_answers.m_answers = {IDNO};
-    Window().Connect({File("other.sqlite"), ""});
-    EXPECT_EQ(Cell(0, 1), "Brazil");
-    List().SetCurrentCell(0, 1);
-    const std::size_t before = m_answers.m_texts.size();
-    m_answers.m_answers = {IDOK, IDOK, IDOK, IDOK};
-    Key(Qt::Key_F2);
-    EXPECT_EQ(List().GetActiveEditor(), nullptr);
-    WithDialog([&] { ClickCell(0, 1, true); }, // shows the value, and no more
-               [](CWnd& zoom) { zoom.SendMessage(WM_COMMAND, IDOK); });
-    Key(Qt::Key_0, Qt::ControlModifier);
-    Key(Qt::Key_D, Qt::ControlModifier);
-    m_answers.m_answers.clear();
-    ASSERT_GT(m_answers.m_texts.size(), before);
-    EXPECT_NE(m_answers.m_texts[before].find("read from " + Database()), std::string::npos);
-    EXPECT_TRUE(Document().GetEdits().IsEmpty());
-
+    const auto edit = [&](const char* text) {
+        List().SetCurrentCell(0, 1);
+        List().SetFocus();
+        Key(Qt::Key_F2);
+        Type(text);
+        Key(Qt::Key_Return);
+    };
+    edit("mine");
+    ConnectionPage* const first = &Page();
+    ASSERT_TRUE(Window().OpenConnection({File("other.sqlite"), ""}));
+    ASSERT_NE(&Page(), first);
+    EXPECT_FALSE(View().HasResult());
     RunQuery(kQuery);
-    List().SetCurrentCell(0, 1);
-    Key(Qt::Key_F2);
-    Type("theirs");
-    Key(Qt::Key_Return);
-    m_answers.m_answers = {IDYES};
+    EXPECT_EQ(Cell(0, 1), "Brazil");
+    edit("theirs");
+    m_answers.m_answers = {QMessageBox::Yes};
     View().WriteChanges();
     EXPECT_EQ(Ask("select title from film where id = 1"), "Brazil");
-    m_window.reset();
+    Window().CloseTab(-1);
+    ASSERT_EQ(&Page(), first);
+    EXPECT_EQ(Cell(0, 1), "mine");
+    m_answers.m_answers = {QMessageBox::Yes};
+    View().WriteChanges();
+    EXPECT_EQ(Ask("select title from film where id = 1"), "mine");
     std::filesystem::rename(File("other.sqlite"), Database());
     EXPECT_EQ(Ask("select title from film where id = 1"), "theirs");
+}
+
+TEST_F(WindowEdit, RowsAreInsertedDuplicatedAndDeleted) {
+    OpenFilms();
+    List().SetCurrentCell(1, 1);
+    List().SetFocus();
+    Key(Qt::Key_Delete, Qt::ControlModifier);
+    View().InsertRow(); // below the current one
+    EXPECT_EQ(List().GetCurrentRow(), 2);
+    Key(Qt::Key_F2);
+    Type("Stalker");
+    Key(Qt::Key_Return);
+    List().SetCurrentCell(3, 1);
+    View().DuplicateRow();
+    EXPECT_EQ(Cell(4, 1), "Alien");
+    m_answers.m_answers = {QMessageBox::Yes};
+    View().WriteChanges();
+    EXPECT_EQ(Ask("select group_concat(title, ',') from (select title from film order by id)"),
+              "Brazil,Alien,Amarcord,Stalker,Alien");
+    EXPECT_EQ(List().GetCount(), 5);
+    EXPECT_EQ(Changes(), "No changes");
+    // Undo takes back one step of the user at a time.
+    List().SetCurrentCell(0, 1);
+    Key(Qt::Key_Delete, Qt::ControlModifier);
+    View().InsertRow();
+    View().Undo();
+    View().Undo();
+    EXPECT_EQ(Changes(), "No changes");
+    EXPECT_EQ(List().GetCount(), 5);
+}
+
+/// A filter changes the list's rows, not which row is changed.
+TEST_F(WindowEdit, FilteredRowsReachTheirRows) {
+    OpenFilms();
+    List().SetColumnFilter(ResultList::ListColumnOf(1), "am");
+    WaitFor([&] { return List().IsFilterDone() && List().GetCount() == 1; });
+    List().SetCurrentCell(0, 2);
+    List().SetFocus();
+    Key(Qt::Key_F2);
+    Type("123");
+    Key(Qt::Key_Return);
+    m_answers.m_answers = {QMessageBox::Yes};
+    View().WriteChanges();
+    EXPECT_EQ(Ask("select title from film where length = 123"), "Amarcord");
 }
 
 /// The database is everybody's while a question waits for its answer.
@@ -208,7 +241,7 @@ TEST_F(WindowEdit, QuestionsHoldNoLock) {
         MakeDatabase("pragma busy_timeout = 0; update film set length = length + 1 where id = 2");
         ++boxes;
     };
-    m_answers.m_answers = {IDYES};
+    m_answers.m_answers = {QMessageBox::Yes};
     View().WriteChanges();
     EXPECT_EQ(boxes, 1);
     EXPECT_EQ(Ask("select title || length from film where id = 2"), "Das Boot150");
@@ -217,7 +250,7 @@ TEST_F(WindowEdit, QuestionsHoldNoLock) {
     // Somebody changes the very value while the question waits: told after it, and not overwritten.
     edit("again");
     m_answers.m_meanwhile = [&] { MakeDatabase("update film set title = 'theirs' where id = 1"); };
-    m_answers.m_answers = {IDYES, IDOK};
+    m_answers.m_answers = {QMessageBox::Yes, QMessageBox::Ok};
     View().WriteChanges();
     EXPECT_EQ(Ask("select title from film where id = 1"), "theirs");
     EXPECT_NE(m_answers.m_texts.back().find("theirs"), std::string::npos);
@@ -228,7 +261,7 @@ TEST_F(WindowEdit, JoinsAreReadOnlyAndSayWhy) {
     MakeDatabase(kFilms);
     Open("select a.title, b.title from film a join film b on a.id = b.id");
     List().SetCurrentCell(0, 0);
-    m_answers.m_answers = {IDOK};
+    m_answers.m_answers = {QMessageBox::Ok};
     Key(Qt::Key_F2);
     EXPECT_NE(m_answers.m_texts.back().find("one table"), std::string::npos);
 }

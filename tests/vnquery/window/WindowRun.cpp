@@ -7,44 +7,43 @@
 #include <sqlite3.h>
 
 #include <QApplication>
+#include <QDialog>
+#include <QLabel>
+#include <QPointer>
+#include <QStatusBar>
 #include <QTest>
-#include <QTimer>
-#include <QWidget>
 
 namespace vnquery::test {
 
-namespace {
+Answers::Answers() {
+    QObject::connect(&m_timer, &QTimer::timeout, [this] { Look(); });
+    m_timer.start(10);
+}
 
-bool IsShown(HWND window) { return CWnd::FromHandle(window)->IsWindowVisible() != FALSE; }
-
-} // namespace
-
-int Answers::MessageBox(const char* text, const char*, UINT, UINT) {
-    m_texts.emplace_back(text ? text : "");
+void Answers::Look() {
+    auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+    if (!box || !box->isVisible())
+        return;
+    m_texts.push_back(box->text().toStdString());
     if (m_meanwhile)
         m_meanwhile();
+    auto answer = QMessageBox::Cancel;
     if (m_answers.empty()) {
-        ADD_FAILURE() << "an unexpected message: " << text;
-        return IDCANCEL;
+        ADD_FAILURE() << "an unexpected message: " << m_texts.back();
+    } else {
+        answer = m_answers.front();
+        m_answers.pop_front();
     }
-    const int answer = m_answers.front();
-    m_answers.pop_front();
-    return answer;
+    if (QAbstractButton* const button = box->button(answer))
+        button->click();
+    else
+        box->reject();
 }
 
-int Answers::ShellExecute(const char*, const char*, const char* parameters, const char*, int) {
-    m_opened.emplace_back(parameters ? parameters : "");
-    return vnbytstr::kShellStarted;
-}
-
-WindowTest::WindowTest() {
-    AfxInitWindows();
-    GetGlobals().Initialize();
-    LoadTexts();
-    m_scope = std::make_unique<vnbytstr::ScopedInteraction>(m_answers);
-}
+WindowTest::WindowTest() { GetGlobals().Initialize(); }
 
 WindowTest::~WindowTest() {
+    m_answers.m_meanwhile = {};
     m_window.reset();
     Pump();
     EXPECT_TRUE(m_answers.m_answers.empty()) << "an expected message did not come";
@@ -52,33 +51,39 @@ WindowTest::~WindowTest() {
 
 void WindowTest::Open(const std::string& sql) {
     m_window = std::make_unique<MainWindow>();
-    ASSERT_TRUE(m_window->Open());
-    m_window->Connect({Database(), ""});
-    m_window->GetWidget()->activateWindow();
-    static_cast<void>(QTest::qWaitForWindowActive(m_window->GetWidget(), 2000));
+    m_window->show();
+    m_window->activateWindow();
+    static_cast<void>(QTest::qWaitForWindowActive(m_window.get(), 2000));
+    ASSERT_TRUE(m_window->OpenConnection({Database(), ""}, sql));
     if (!sql.empty())
         RunQuery(sql);
 }
 
 void WindowTest::RunQuery(const std::string& sql) {
-    View().SetSql(sql);
-    View().Run();
-    WaitFor([&] { return !View().IsBusy(); });
+    Page().RunSql(sql);
+    WaitFor([&] { return !Page().IsBusy(); });
 }
 
 void WindowTest::WaitFor(const std::function<bool()>& condition) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
     while (!condition() && std::chrono::steady_clock::now() < end)
-        AfxPumpMessages(20);
+        QTest::qWait(5);
     EXPECT_TRUE(condition());
 }
 
-void WindowTest::Pump() {
-    for (int i = 0; i < 3; ++i)
-        AfxPumpMessages(20);
+void WindowTest::Pump() { QTest::qWait(20); }
+
+/// The offscreen platform does not make the window active again after a dialog or popup.
+void WindowTest::ActivateAgain() {
+    if (!m_window || QApplication::activeModalWidget() || QApplication::activePopupWidget() ||
+        QApplication::activeWindow() == m_window.get())
+        return;
+    m_window->activateWindow();
+    Pump();
 }
 
 void WindowTest::Key(int qtKey, int qtModifiers) {
+    ActivateAgain();
     QWidget* const focus = QApplication::focusWidget();
     ASSERT_NE(focus, nullptr);
     QTest::keyClick(focus, static_cast<Qt::Key>(qtKey),
@@ -87,6 +92,7 @@ void WindowTest::Key(int qtKey, int qtModifiers) {
 }
 
 void WindowTest::Type(const std::string& text) {
+    ActivateAgain();
     QTest::keyClicks(QApplication::focusWidget(), QString::fromStdString(text));
     Pump();
 }
@@ -94,14 +100,12 @@ void WindowTest::Type(const std::string& text) {
 void WindowTest::ClickCell(int row, int column, bool twice) {
     RECT rect{};
     List().SendMessage(LB_GETITEMRECT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&rect));
-    int left = 0;
-    for (int i = 0; i < column; ++i)
-        left += List().GetColumnWidth(i);
-    CPoint point(left + 8, (rect.top + rect.bottom) / 2);
+    CRect heading;
+    ASSERT_TRUE(List().GetHeadings()->GetRect(ResultList::ListColumnOf(column), &heading));
+    CPoint point(heading.left + 8, (rect.top + rect.bottom) / 2);
     List().ClientToScreen(&point);
-    QWidget* const top = Window().GetWidget();
     const QPoint global(point.x, point.y);
-    QWidget* const under = top->childAt(top->mapFromGlobal(global));
+    QWidget* const under = m_window->childAt(m_window->mapFromGlobal(global));
     ASSERT_NE(under, nullptr);
     const QPoint local = under->mapFromGlobal(global);
     if (twice)
@@ -111,22 +115,17 @@ void WindowTest::ClickCell(int row, int column, bool twice) {
     Pump();
 }
 
-void WindowTest::ClickControl(int id) {
-    CWnd* const control = View().GetDlgItem(id);
-    ASSERT_NE(control, nullptr);
-    QWidget* const around = control->GetWidget();
-    QWidget* const inner = around->childAt(around->rect().center()); // of the window system
-    QTest::mouseClick(inner ? inner : around, Qt::LeftButton);
-    Pump();
-}
-
 std::string WindowTest::Cell(int row, int column) {
     CString text;
-    List().GetStringItem(row, column, text);
-    return ToString(text);
+    List().GetStringItem(row, ResultList::ListColumnOf(column), text);
+    return static_cast<const char*>(text);
 }
 
-std::string WindowTest::Status() { return ToString(Window().GetPaneText(-1)); }
+std::string WindowTest::Status() { return m_window->statusBar()->currentMessage().toStdString(); }
+
+std::string WindowTest::Changes() {
+    return m_window->findChild<QLabel*>("changes")->text().toStdString();
+}
 
 std::string WindowTest::Ask(const std::string& sql) {
     sqlite3* database = nullptr;
@@ -143,31 +142,26 @@ std::string WindowTest::Ask(const std::string& sql) {
 }
 
 void WindowTest::WithDialog(const std::function<void()>& open,
-                            const std::function<void(CWnd&)>& inside) {
+                            const std::function<void(QDialog&)>& inside) {
     bool came = false;
     QTimer timer;
     QObject::connect(&timer, &QTimer::timeout, [&] {
-        CWnd* const dialog = CWnd::GetActiveWindow();
-        if (came || !dialog || dialog == m_window.get())
+        auto* const dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+        if (came || !dialog || qobject_cast<QMessageBox*>(dialog))
             return;
         came = true;
         timer.stop();
-        const HWND handle = dialog->GetSafeHwnd();
+        const QPointer<QDialog> life = dialog;
         inside(*dialog);
-        if (IsWindow(handle) && IsShown(handle)) {
+        if (life && life->isVisible()) {
             ADD_FAILURE() << "the dialog is still open";
-            SendMessage(handle, WM_COMMAND, IDCANCEL, 0);
+            life->reject();
         }
     });
     timer.start(30);
     open();
     EXPECT_TRUE(came) << "no dialog came";
     Pump();
-}
-
-void WindowTest::SavePicture(CWnd& window, const std::string& name) {
-    Pump();
-    window.GetWidget()->grab().save(QString::fromStdString(name));
 }
 
 } // namespace vnquery::test

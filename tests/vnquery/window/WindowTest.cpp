@@ -1,7 +1,13 @@
 // Running queries in the window, and the ways to look at their results.
 #include "tests/vnquery/window/WindowRun.h"
 
+#include "examples/vnquery/window/Guard.h"
+#include "examples/vnquery/window/Translation.h"
+
+#include "vnbytstr/CacheException.h"
+
 #include <QApplication>
+#include <QLabel>
 
 namespace vnquery::test {
 namespace {
@@ -13,19 +19,21 @@ constexpr char kNumbers[] =
 TEST_F(WindowTest, AQueryIsTypedAndRunByKeys) {
     MakeDatabase(kNumbers);
     Open();
+    const auto Rows = [&] { return Window().findChild<QLabel*>("rows")->text().toStdString(); };
     Type("select t from n");
     Key(Qt::Key_F5);
-    WaitFor([&] { return !View().IsBusy(); });
+    WaitFor([&] { return !Page().IsBusy(); });
     ASSERT_EQ(List().GetCount(), 4);
     EXPECT_EQ(Cell(0, 0), "b");
     EXPECT_EQ(Status().substr(0, 6), "4 rows");
-    EXPECT_EQ(ToString(Window().GetPaneText(0)), "Row 1 of 4");
+    EXPECT_EQ(Rows(), "Row 1 of 4");
+    Key(Qt::Key_F6);
     Key(Qt::Key_Down);
-    EXPECT_EQ(ToString(Window().GetPaneText(0)), "Row 2 of 4");
+    EXPECT_EQ(Rows(), "Row 2 of 4");
     Key(Qt::Key_T, Qt::ControlModifier);
-    Type("select 1");
+    Type("; select 1");
     Key(Qt::Key_Return, Qt::ControlModifier);
-    WaitFor([&] { return !View().IsBusy(); });
+    WaitFor([&] { return !Page().IsBusy(); });
     EXPECT_EQ(List().GetCount(), 1);
 }
 
@@ -38,13 +46,13 @@ TEST_F(WindowTest, ColumnsSortByTheirTypes) {
             text += Cell(row, which) + " ";
         return text;
     };
-    List().Sort(0);
+    List().SortBy(0, false);
     EXPECT_EQ(column(0), "- 9 10 100 ");
-    List().Sort(1);
+    List().SortBy(1, false);
     EXPECT_EQ(column(1), "- -1.0 2.5 10.25 ");
-    List().Sort(1);
+    List().SortBy(1, true);
     EXPECT_EQ(column(1), "10.25 2.5 -1.0 - ");
-    List().Sort(2);
+    List().SortBy(2, false);
     EXPECT_EQ(column(2), "- A a b ");
     // Rows stay together, in the list and in the document.
     EXPECT_EQ(column(0), "- 9 100 10 ");
@@ -52,7 +60,7 @@ TEST_F(WindowTest, ColumnsSortByTheirTypes) {
     // Texts in a column of numbers come last, those among them that a reader of numbers would take.
     MakeDatabase("create table m(i integer); insert into m values (3), ('nan'), (1), ('x'), (2)");
     Open("select i from m");
-    List().Sort(0);
+    List().SortBy(0, false);
     EXPECT_EQ(column(0), "1 2 3 nan x ");
 }
 
@@ -60,45 +68,51 @@ TEST_F(WindowTest, ColumnsSortByTheirTypes) {
 TEST_F(WindowTest, TheLayoutIsKept) {
     MakeDatabase(kNumbers);
     Open("select i, r, t from n");
-    List().SetColumnWidth(0, 123);
+    List().SetColumnWidth(ResultList::ListColumnOf(0), 123);
     List().SetCurrentCell(0, 2);
     View().MoveColumn(-1);
-    List().Sort(0);
-    List().Sort(0);
-    Window().SendMessage(WM_CLOSE);
+    List().HideColumn(ResultList::ListColumnOf(1));
+    List().SortBy(0, true);
+    List().SetColumnFilter(ResultList::ListColumnOf(0), "<>9");
+    List().SetFrozenColumns(2);
+    EXPECT_TRUE(Window().close());
     Open("SELECT i,r,t FROM n");
-    EXPECT_EQ(List().GetColumnWidth(0), 123);
-    EXPECT_EQ(ToString(List().GetColumnName(1)), "t");
-    EXPECT_EQ(Cell(0, 0) + Cell(0, 1) + Cell(0, 2), "100a-1.0");
+    EXPECT_EQ(List().GetColumnWidth(ResultList::ListColumnOf(0)), 123);
+    EXPECT_EQ(List().GetShownColumns(), (std::vector<std::size_t>{0, 2}));
+    EXPECT_EQ(List().GetColumnOrder(), (std::vector<int>{0, 1, 3, 2}));
+    EXPECT_EQ(List().GetFrozenColumns(), 2);
+    WaitFor([&] { return List().IsFilterDone(); });
+    EXPECT_EQ(Cell(0, 0) + Cell(1, 0), "10010");
+    EXPECT_EQ(List().GetCount(), 2);
     View().ResetColumns();
-    EXPECT_EQ(ToString(List().GetColumnName(1)), "r");
+    EXPECT_EQ(List().GetShownColumns(), (std::vector<std::size_t>{0, 1, 2}));
+    WaitFor([&] { return List().GetCount() == 4; });
 }
 
-TEST_F(WindowTest, FailuresAreToldAndLeaveTheWindowUsable) {
+/// They stand above the result, which stays; nothing has to be closed.
+TEST_F(WindowTest, FailuresAreToldAndLeaveTheFormerResult) {
     MakeDatabase(kNumbers);
-    Open();
-    m_answers.m_answers = {IDOK, IDOK, IDOK};
+    Open("select t from n");
+    const auto failure = [&] { return Page().findChild<QLabel*>("failure"); };
     RunQuery("selec");
-    RunQuery("  ;");
+    EXPECT_TRUE(failure()->isVisible());
+    EXPECT_NE(failure()->text().indexOf("syntax error"), -1) << failure()->text().toStdString();
+    EXPECT_EQ(failure()->text()[0], 'C');
+    EXPECT_EQ(Cell(0, 0), "b");
     RunQuery("delete from n");
-    ASSERT_EQ(m_answers.m_texts.size(), 3u);
-    EXPECT_NE(m_answers.m_texts[0].find("syntax error"), std::string::npos);
-    EXPECT_EQ(m_answers.m_texts[0][0], 'C');
-    EXPECT_NE(m_answers.m_texts[1].find("no query"), std::string::npos);
+    EXPECT_EQ(Ask("select count(*) from n"), "4");
     RunQuery("select count(*) from n");
+    EXPECT_FALSE(failure()->isVisible());
     EXPECT_EQ(Cell(0, 0), "4");
     // The rows before a failure are shown.
-    m_answers.m_answers = {IDOK};
     RunQuery("select abs(column1) from (values (1), (2), (-9223372036854775807 - 1))");
     EXPECT_EQ(List().GetCount(), 2);
     EXPECT_EQ(Status(), "The query failed after 2 rows; these are shown.");
 }
 
-TEST_F(WindowTest, WhatTheLibraryThrowsInAMessageIsShown) {
-    m_answers.m_answers = {IDOK};
-    EXPECT_EQ(
-        TellFailures([]() -> LRESULT { throw new CCacheException(CCacheException::kWriteFailed); }),
-        0);
+TEST_F(WindowTest, WhatTheLibraryThrowsInAnEventIsShown) {
+    m_answers.m_answers = {QMessageBox::Ok};
+    Guard(nullptr, [] { throw new CCacheException(CCacheException::kWriteFailed); });
     ASSERT_EQ(m_answers.m_texts.size(), 1u);
     EXPECT_NE(m_answers.m_texts[0].find("swap file"), std::string::npos) << m_answers.m_texts[0];
 }
@@ -108,35 +122,31 @@ TEST_F(WindowTest, LongResultsLeaveTheWindowAlive) {
     MakeDatabase(kNumbers);
     Open();
     const std::string rows = "with recursive c(x) as (select 1 union all select x + 1 from c";
-    View().SetSql(rows + " limit 100000) select x, 'row ' || x, x * 1.5 from c");
-    View().Run();
+    Page().RunSql(rows + " limit 100000) select x, 'row ' || x, x * 1.5 from c");
     int turns = 0;
     WaitFor([&] {
         ++turns;
-        return !View().IsBusy();
+        return !Page().IsBusy();
     });
     EXPECT_EQ(List().GetCount(), 100000);
     EXPECT_GT(turns, 1);
     EXPECT_EQ(Cell(99999, 1), "row 100000");
 
-    View().SetSql(rows + ") select sum(x) from c");
-    View().FocusSql();
+    Page().GetEditor().setPlainText(QString::fromStdString(rows + ") select sum(x) from c"));
     Key(Qt::Key_F5);
-    EXPECT_TRUE(View().IsBusy());
+    EXPECT_TRUE(Page().IsBusy());
     Key(Qt::Key_Escape);
-    WaitFor([&] { return !View().IsBusy(); });
+    WaitFor([&] { return !Page().IsBusy(); });
     EXPECT_NE(Status().find("Cancelled"), std::string::npos) << Status();
 }
 
 TEST_F(WindowTest, ClosingWhileAQueryRuns) {
     MakeDatabase(kNumbers);
     Open();
-    View().SetSql(
+    Page().RunSql(
         "with recursive c(x) as (select 1 union all select x + 1 from c) select x from c");
-    View().Run();
     Pump();
-    Window().SendMessage(WM_CLOSE);
-    EXPECT_EQ(Window().GetSafeHwnd(), nullptr);
+    EXPECT_TRUE(Window().close());
 }
 
 TEST_F(WindowTest, AThousandColumnsAndSeparatorsInValues) {
@@ -145,28 +155,42 @@ TEST_F(WindowTest, AThousandColumnsAndSeparatorsInValues) {
     for (int i = 1; i < 999; ++i)
         sql += ", " + std::to_string(i);
     Open(sql);
-    ASSERT_EQ(List().GetNumColumns(), 1000);
+    ASSERT_EQ(List().GetNumColumns(), 1001);
     EXPECT_EQ(Cell(0, 0), "\\x1Fx\\t");
     EXPECT_EQ(Cell(0, 999), "998");
 }
 
-TEST_F(WindowTest, AFileDroppedOnTheWindowIsOpened) {
+/// What cannot be opened is told at once, and no tab pretends that it is open.
+TEST_F(WindowTest, OpeningChecksTheDatabase) {
     MakeDatabase(kNumbers);
+    m_files.Write("text", "no database");
     Open("select * from n");
-    Window().Connect({File("other.sqlite"), ""});
-    EXPECT_EQ(GetText(Window()), File("other.sqlite") + " - vnquery");
-    m_answers.m_answers = {IDOK};
-    RunQuery("select 1");
-    EXPECT_NE(m_answers.m_texts.back().find("no such file"), std::string::npos);
+    ConnectionPage* const page = &Page();
+    for (const std::string& name : {File("missing.sqlite"), File("text"), m_files.Path()}) {
+        m_answers.m_answers = {QMessageBox::Ok};
+        EXPECT_FALSE(Window().OpenConnection({name, ""}));
+        EXPECT_EQ(&Page(), page);
+    }
+    EXPECT_NE(m_answers.m_texts[0].find("no such file"), std::string::npos);
 }
 
-TEST_F(WindowTest, HelpLooksForItsPages) {
+TEST_F(WindowTest, AnotherLanguageTurnsTheWindowAtOnce) {
     MakeDatabase(kNumbers);
-    Open();
-    m_answers.m_answers = {IDOK}; // the test has no help folder beside it, and is told so
-    Key(Qt::Key_F1);
-    ASSERT_EQ(m_answers.m_texts.size(), 1u);
-    EXPECT_NE(m_answers.m_texts[0].find("vnquery_window_test.ind"), std::string::npos);
+    Open("select i, t from n");
+    const auto choose = [&](const char* code) {
+        SetTextLanguage(code);
+        Pump();
+    };
+    choose("ARE");
+    EXPECT_EQ(Window().layoutDirection(), Qt::RightToLeft);
+    EXPECT_NE(List().GetExStyle() & WS_EX_LAYOUTRTL, 0u);
+    choose("DEU");
+    EXPECT_EQ(Window().layoutDirection(), Qt::LeftToRight);
+    EXPECT_EQ(List().GetExStyle() & WS_EX_LAYOUTRTL, 0u);
+    EXPECT_EQ(QCoreApplication::translate("QPlatformTheme", "Cancel"), "Abbrechen");
+    EXPECT_EQ(Changes(), Text(IDS_VQ_W_NO_CHANGES));
+    choose("ENU");
+    EXPECT_EQ(Changes(), "No changes");
 }
 
 } // namespace
