@@ -6,6 +6,7 @@
 #include "src/bytestore/WriteBehind.h"
 #include "src/os/FileIdentity.h"
 #include "src/os/LeftoverSweep.h"
+#include "src/os/Paths.h"
 #include "vnbytstr/TempFileName.h"
 
 #include <algorithm>

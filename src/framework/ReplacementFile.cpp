@@ -1,6 +1,7 @@
 #include "vnbytstr/ReplacementFile.h"
 
 #include "src/os/FileReplacement.h"
+#include "src/os/Paths.h"
 
 #include <cerrno>
 #include <string>

@@ -4,8 +4,6 @@
 
 #include "src/os/System.h"
 
-#include <string>
-
 namespace vnbytstr {
 
 /// Whether the file that `name` leads to, links followed, is the one of that identity. False when
@@ -14,9 +12,5 @@ VNBYTSTR_API bool LeadsTo(const char* name, const FileIdentity& identity);
 
 /// The open file's identity; an unknown one when the system does not tell.
 VNBYTSTR_API FileIdentity IdentityOf(FileHandle handle);
-
-/// The name with the current folder before it when it is relative, so that it goes on meaning the
-/// same file when the program changes its folder. Links stay; the file need not exist.
-VNBYTSTR_API std::string AbsoluteName(const char* name);
 
 } // namespace vnbytstr

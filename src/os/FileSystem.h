@@ -78,8 +78,7 @@ struct FileStatus {
 /// go on with the file they were opened on: its bytes, its length, its lock and its identity stay,
 /// GetFileStatus(handle) has names == 0 when no name is left, and the space is freed when the last
 /// handle is closed. Opening a file must never keep others from doing so. A system that cannot do
-/// this must come as close as it can in RemoveFile and RenameFile (on Windows: POSIX-semantics
-/// deletion and renaming, or moving the old file aside first), and must not fail.
+/// this must come as close as it can in RemoveFile and RenameFile (see WindowsSystem.h), and must not fail.
 class VNBYTSTR_API FileSystem {
 public:
     virtual ~FileSystem() = default;
@@ -170,7 +169,7 @@ public:
     /// The names in a folder, without "." and "..", in no order.
     virtual int ListFolder(const char* folder, std::vector<std::string>& names) = 0;
     /// Folder for temporary files with its trailing separator: TMPDIR, else /var/tmp/ (large files
-    /// do not belong in a /tmp that may be memory).
+    /// do not belong in a /tmp that may be memory); on Windows what TMP or TEMP says.
     virtual std::string GetTemporaryFolder() = 0;
 
     /// What an error number means, for messages, in the language of the process's C locale.

@@ -1,9 +1,10 @@
 // File names as text: what is absolute, and what separates folders. Only this header's functions
-// know; each folder for a system (posix) implements them.
+// know; each folder for a system (posix, windows) implements them.
 //
 // Names are byte strings everywhere in the library. On POSIX systems they are passed to the system
 // as they are. A system whose own names are UTF-16 takes them for UTF-8, in these functions and in
-// FileSystem.
+// FileSystem, and those that are not valid UTF-8 for text in its ANSI code page; the names that it
+// gives are UTF-8.
 #pragma once
 
 #include "vnbytstr/framework/Export.h"
@@ -15,6 +16,10 @@ namespace vnbytstr {
 
 /// Whether the name means the same file in every current folder.
 VNBYTSTR_API bool IsAbsolutePath(std::string_view name) noexcept;
+
+/// The name with the current folder before it when it is relative, so that it goes on meaning the
+/// same file when the program changes its folder. Links stay; the file need not exist.
+VNBYTSTR_API std::string AbsoluteName(const char* name);
 
 /// The folder part of a file name without its last separator (but the root keeps it); "." when the
 /// name has none.
@@ -32,7 +37,7 @@ VNBYTSTR_API std::string AsFolderPrefix(std::string_view folder);
 
 /// The folder for this user's settings of programs; empty when the environment does not tell. On
 /// POSIX systems by the XDG base directory rules: XDG_CONFIG_HOME when it is absolute, else
-/// .config in HOME.
+/// .config in HOME. On Windows APPDATA.
 VNBYTSTR_API std::string SettingsFolder();
 
 /// The device that reads as an empty file.

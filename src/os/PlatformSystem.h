@@ -1,4 +1,4 @@
-// The factory of the real system. Each folder for a system (posix) implements it once.
+// The factory of the real system. Each folder for a system (posix, windows) implements it once.
 #pragma once
 
 #include "src/os/System.h"

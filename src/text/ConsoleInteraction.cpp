@@ -1,6 +1,7 @@
 #include "src/text/ConsoleInteraction.h"
 
 #include "messages/ResourceIds.h"
+#include "src/os/MessageWindow.h"
 #include "src/os/StartProgram.h"
 #include "src/os/System.h"
 #include "vnbytstr/ResourceLibrary.h"
@@ -103,6 +104,8 @@ std::string Question(const std::vector<detail::MessageBoxButton>& buttons, std::
 
 int ConsoleInteraction::MessageBox(const char* text, const char* caption, UINT type,
                                    UINT /*helpContext*/) {
+    if (const int answer = detail::ShowMessageWindow(text, caption, type))
+        return answer;
     std::string message = caption != nullptr && *caption != '\0' ? std::string(caption) + ": " : "";
     message += text != nullptr ? text : "";
     System::Current().WriteDiagnostic(message.c_str());

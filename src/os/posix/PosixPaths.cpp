@@ -28,6 +28,13 @@ std::string AsFolderPrefix(std::string_view folder) {
     return prefix;
 }
 
+std::string AbsoluteName(const char* name) {
+    std::string folder;
+    if (IsAbsolutePath(name) || *name == '\0' || System::Current().ResolveName(".", folder) != 0)
+        return name;
+    return AsFolderPrefix(folder) + name;
+}
+
 std::string SettingsFolder() {
     System& system = System::Current();
     std::string folder = system.GetEnvironment("XDG_CONFIG_HOME");

@@ -1,6 +1,7 @@
 // PosixSystem: the process and the machine. Files are in PosixFiles.cpp, names in PosixNames.cpp.
 #include "src/os/posix/PosixSystem.h"
 
+#include "src/os/MessageWindow.h"
 #include "src/os/PlatformSystem.h"
 
 #include <sys/stat.h>
@@ -114,6 +115,10 @@ std::string PosixSystem::GetTextLocale() { return GetLocale("LC_CTYPE"); }
 std::string PosixSystem::GetMessagesLocale() { return GetLocale("LC_MESSAGES"); }
 
 SystemVersion PosixSystem::GetVersion() { return {SystemVersion::NtFamily, 10, 0}; }
+
+int detail::ShowMessageWindow(const char* /*text*/, const char* /*caption*/, UINT /*type*/) {
+    return 0;
+}
 
 void PosixSystem::WriteDiagnostic(const char* text) { WriteError(std::string(text) + "\n"); }
 
