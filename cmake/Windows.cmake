@@ -3,6 +3,8 @@
 # is in three libraries of MinGW, which programs need beside icu.dll.
 target_compile_definitions(ICU::uc INTERFACE U_DISABLE_RENAMING=1)
 target_link_libraries(XercesC::XercesC INTERFACE ICU::uc)
+cmake_path(GET ICU_UC_LIBRARY PARENT_PATH folder)
+link_directories("${folder}") # for what is named by -l
 
 set(VNBYTSTR_RUNTIME_LIBRARIES "")
 if(MINGW)
@@ -23,3 +25,13 @@ if(VNBYTSTR_ICU_DLL)
     list(APPEND VNBYTSTR_RUNTIME_LIBRARIES "${VNBYTSTR_ICU_DLL}")
 endif()
 install(FILES ${VNBYTSTR_RUNTIME_LIBRARIES} TYPE BIN)
+
+# For scripts/windows-run: the folders of those libraries and of the core's own.
+set(folders "${PROJECT_BINARY_DIR}")
+foreach(file IN LISTS VNBYTSTR_RUNTIME_LIBRARIES)
+    cmake_path(GET file PARENT_PATH folder)
+    list(APPEND folders "${folder}")
+endforeach()
+list(REMOVE_DUPLICATES folders)
+list(TRANSFORM folders PREPEND "Z:")
+file(WRITE "${PROJECT_BINARY_DIR}/library-path.txt" "${folders}")

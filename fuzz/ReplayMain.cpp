@@ -12,7 +12,7 @@ int main(int argc, char** argv) {
     int inputs = 0;
     for (int i = 1; i < argc; ++i) {
         for (const auto& entry : std::filesystem::directory_iterator(argv[i])) {
-            std::printf("%s\n", entry.path().c_str());
+            std::printf("%s\n", entry.path().string().c_str());
             std::fflush(stdout); // the last line names the input that failed
             std::ifstream file(entry.path(), std::ios::binary);
             const std::vector<char> content{std::istreambuf_iterator<char>(file), {}};

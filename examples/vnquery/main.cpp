@@ -16,7 +16,6 @@
 #include "vnquery/window/WindowProgram.h"
 #endif
 
-#include <csignal>
 #include <cstdio>
 #include <new>
 #include <optional>
@@ -65,6 +64,7 @@ int Complain(ExitCode code, const std::string& message) {
 int main(int argc, char** argv) {
     using namespace vnquery;
     PrepareProcess();
+    TakeArguments(argc, argv);
     try {
         const std::optional<Options> options = ParseOptions(argc, argv);
         if (options && options->window)
@@ -77,7 +77,7 @@ int main(int argc, char** argv) {
     } catch (const Interrupted&) {
         return Complain(kInterrupted, Text(IDS_VQ_STOPPED)), 128 + InterruptingSignal();
     } catch (const OutputClosed&) {
-        return 128 + SIGPIPE; // and silent, like a program that the signal ends
+        return 128 + 13; // and silent, like a program that SIGPIPE ends
     } catch (const Failure& failure) {
         return Complain(failure.Code(), failure.what());
     } catch (CException* error) {

@@ -147,7 +147,7 @@ TEST_F(ByteStoreFilesTest, SavesFromTheCursorByTheRuleOfPages) {
     for (const std::size_t size :
          {std::size_t{100}, std::size_t{3 * kPage}, std::size_t{30 * kPage + 5}}) {
         const Bytes bytes = Pattern(size);
-        for (const DWORD shift : {10u, 99u, kPage, kPage + 7232}) {
+        for (const DWORD shift : std::initializer_list<DWORD>{10, 99, kPage, kPage + 7232}) {
             if (shift >= size)
                 continue;
             CByteStore store;

@@ -1,5 +1,6 @@
 // CByteStore: values, limits, pages and their replacement.
 #include "tests/bytestore/StoreFixture.h"
+#include "tests/support/LongFile.h"
 
 #include "vnbytstr/Profile.h"
 
@@ -54,9 +55,9 @@ TEST_F(ByteStoreTest, LengthsUpTo4GiBLess1) {
     m_folder.Write("sparse", "");
     const std::string name = m_folder.File("sparse");
     CByteStore file;
-    std::filesystem::resize_file(name, 0x100000000);
+    vnbytstr::test::SetLength(name, 0x100000000);
     EXPECT_EQ(CauseOf([&] { file.SetFileName(name.c_str()); }), 6);
-    std::filesystem::resize_file(name, 0xFFFFFFFF);
+    vnbytstr::test::SetLength(name, 0xFFFFFFFF);
     file.SetFileName(name.c_str());
     file.SetDWord(0xFFFFFFFB, 0x01020304);
     file.SetByte(0x7FFFFFFF, 9);

@@ -89,7 +89,7 @@ TEST_F(ContainerValueTest, CopiesHoldTheRetainedBytesAtTheirIndexes) {
 }
 
 TEST_F(ContainerValueTest, AssignmentKeepsWhatItCannotReplace) {
-    for (const DWORD size : {5u, kLong}) {
+    for (const DWORD size : std::initializer_list<DWORD>{5u, kLong}) {
         CByteStream stream(Pattern(size).data(), size), full;
         CByteStore store(Pattern(size).data(), size), fullStore;
         Fill(full, kLong, 3, 2);

@@ -22,6 +22,10 @@ using vnbytstr::test::Fault;
 using vnbytstr::test::TemporaryFolder;
 using vnbytstr::test::TestSystem;
 
+#ifndef EDQUOT // a system without that error
+#define EDQUOT ENOSPC
+#endif
+
 namespace {
 
 // What a call threw, by value; m_cause none when it threw nothing.

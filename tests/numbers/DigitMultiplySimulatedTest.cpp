@@ -108,7 +108,7 @@ TEST_F(DigitMultiplySimulated, MultipliesModuloAsGmpDoes) {
         Oracle result, expected;
         FromDigits(result.Value(), b);
         ASSERT_LT(mpz_cmp(result.Value(), twice.Value()), 0) << bits << " bits";
-        mpz_mul_2exp(result.Value(), result.Value(), kDigitBits * digits);
+        mpz_mul_2exp(result.Value(), result.Value(), static_cast<mp_bitcnt_t>(kDigitBits * digits));
         mpz_mul(expected.Value(), factors[0].Value(), factors[square ? 0 : 1].Value());
         ASSERT_NE(mpz_congruent_p(result.Value(), expected.Value(), m.Value()), 0)
             << bits << " bits";

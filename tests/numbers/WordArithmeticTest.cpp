@@ -39,7 +39,7 @@ TEST_P(WordArithmetic, AddsSubtractsShiftsAndCompares) {
         ASSERT_EQ(borrow != 0, mpz_sgn(expected.Value()) < 0);
         const int order = CompareWords(a, b);
         ASSERT_EQ((order > 0) - (order < 0), mpz_sgn(expected.Value()));
-        mpz_fdiv_r_2exp(expected.Value(), expected.Value(), 64 * n);
+        mpz_fdiv_r_2exp(expected.Value(), expected.Value(), static_cast<mp_bitcnt_t>(64 * n));
         Trim(r);
         ASSERT_EQ(r, expected.ToWords());
 
@@ -81,7 +81,8 @@ TEST_P(WordArithmetic, Multiplies) {
         r.assign(a.size(), 0xABCD);
         MultiplyLowWords(r.data(), a.data(), other.data(), a.size());
         mpz_mul(expected.Value(), Oracle(a).Value(), Oracle(other).Value());
-        mpz_fdiv_r_2exp(expected.Value(), expected.Value(), 64 * a.size());
+        mpz_fdiv_r_2exp(expected.Value(), expected.Value(),
+                        static_cast<mp_bitcnt_t>(64 * a.size()));
         Trim(r);
         ASSERT_EQ(r, expected.ToWords());
     }

@@ -1,5 +1,6 @@
 #include "vnbytstr/ResourceLibrary.h"
 #include "src/charset/CodePage.h"
+#include "tests/support/LongFile.h"
 #include "tests/support/PeFile.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestSystem.h"
@@ -62,7 +63,7 @@ TEST(ResourceLibrary, RefusesWhatIsNoLibrary) {
     EXPECT_EQ(LoadResourceLibrary(nullptr, library), ENOENT);
     EXPECT_EQ(LoadResourceLibrary("", library), ENOENT);
     folder.Write("long.dll", "MZ");
-    std::filesystem::resize_file(folder.File("long.dll"), std::uint64_t{5} << 30);
+    vnbytstr::test::SetLength(folder.File("long.dll"), std::uint64_t{5} << 30);
     EXPECT_EQ(LoadResourceLibrary(folder.File("long.dll").c_str(), library), ENOEXEC);
 
     char other = 0;

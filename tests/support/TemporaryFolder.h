@@ -29,8 +29,8 @@ public:
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
-    /// The folder's name with a trailing slash.
-    std::string Path() const { return m_path.string() + "/"; }
+    /// The folder's name with its separator at the end.
+    std::string Path() const { return (m_path / "").string(); }
     std::string File(const std::string& name) const { return (m_path / name).string(); }
 
     void Write(const std::string& name, const std::string& content) const {

@@ -2,11 +2,7 @@
 #include "tests/xml/XmlFixture.h"
 
 #include "src/charset/CodePage.h"
-
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
+#include "tests/xml/Listener.h"
 
 #include <functional>
 #include <string>
@@ -22,31 +18,6 @@ std::string Times(std::size_t count, const std::string& text) {
         all += text;
     return all;
 }
-
-/// A port of this machine that must not be connected to.
-class Listener {
-public:
-    Listener() : m_socket(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0)) {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t size = sizeof address;
-        EXPECT_EQ(::bind(m_socket, reinterpret_cast<sockaddr*>(&address), size), 0);
-        EXPECT_EQ(::listen(m_socket, 5), 0);
-        EXPECT_EQ(::getsockname(m_socket, reinterpret_cast<sockaddr*>(&address), &size), 0);
-        m_url = "http://127.0.0.1:" + std::to_string(ntohs(address.sin_port)) + "/x";
-    }
-    ~Listener() { ::close(m_socket); }
-    Listener(const Listener&) = delete;
-    Listener& operator=(const Listener&) = delete;
-
-    const std::string& Url() const { return m_url; }
-    bool WasAsked() const { return ::accept(m_socket, nullptr, nullptr) >= 0; }
-
-private:
-    int m_socket;
-    std::string m_url;
-};
 
 class XercesHostileTest : public XmlTest {
 protected:

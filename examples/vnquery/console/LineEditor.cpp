@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <clocale>
+#include <csignal>
 #include <cstdio>
 #include <cwchar>
 #include <new>
@@ -19,6 +20,7 @@ namespace {
 
 constexpr int kMaxLines = 500;
 constexpr std::size_t kMaxLength = 10000; ///< of a line that is remembered
+sigset_t g_signals; ///< that are blocked where no character is waited for, but before
 
 } // namespace
 
@@ -63,7 +65,7 @@ int LineEditor::ReadCharacter(editline* editor, wchar_t* character) {
     std::mbstate_t state = {};
     for (;;) {
         pollfd input = {STDIN_FILENO, POLLIN, 0};
-        if (ppoll(&input, 1, nullptr, &self->m_signals) < 0 && errno == EINTR && !IsInterrupted())
+        if (ppoll(&input, 1, nullptr, &g_signals) < 0 && errno == EINTR && !IsInterrupted())
             continue;
         char byte = 0;
         const ssize_t count = IsInterrupted() ? -1 : read(STDIN_FILENO, &byte, 1);
@@ -85,9 +87,9 @@ std::optional<std::string> LineEditor::Read(const char* prompt) {
     sigemptyset(&ending);
     for (const int number : {SIGINT, SIGTERM, SIGHUP})
         sigaddset(&ending, number);
-    pthread_sigmask(SIG_BLOCK, &ending, &m_signals);
+    pthread_sigmask(SIG_BLOCK, &ending, &g_signals);
     const char* const typed = el_gets(m_editor, &count);
-    pthread_sigmask(SIG_SETMASK, &m_signals, nullptr);
+    pthread_sigmask(SIG_SETMASK, &g_signals, nullptr);
     if (IsInterrupted()) {
         el_reset(m_editor);
         std::fputc('\n', stderr);

@@ -3,7 +3,6 @@
 
 #include "vnquery/files/RecentTexts.h"
 
-#include <csignal>
 #include <optional>
 #include <string>
 
@@ -12,7 +11,7 @@ struct history;
 
 namespace vnquery {
 
-/// libedit on standard input and on the terminal that standard output or error is. One at a time.
+/// libedit (the console itself on Windows, whose history is not kept) on standard input and on the terminal that standard output or error is. One at a time.
 class LineEditor {
 public:
     /// The lines of earlier sessions can be called up.
@@ -34,7 +33,6 @@ private:
     editline* m_editor;
     history* m_history;
     const char* m_prompt = "";
-    sigset_t m_signals = {}; ///< that are blocked where no character is waited for
     RecentTexts m_recent;
 };
 

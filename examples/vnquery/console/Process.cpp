@@ -16,6 +16,8 @@
 
 namespace vnquery {
 
+void TakeArguments(int& /*argc*/, char**& /*argv*/) {}
+
 void PrepareProcess() {
     AwaitSignals();
     for (const int number : {SIGPIPE, SIGXFSZ})

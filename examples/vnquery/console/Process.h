@@ -11,6 +11,9 @@ namespace vnquery {
 /// and as many files may be open as the system allows, since every large value has one.
 void PrepareProcess();
 
+/// Replaces the program's arguments by themselves in UTF-8, where they are in another encoding.
+void TakeArguments(int& argc, char**& argv);
+
 bool IsInputTerminal();
 bool IsOutputTerminal();
 bool IsErrorOutputTerminal();

@@ -4,6 +4,7 @@
 #include "vnquery/tasks/Failure.h"
 #include "vnquery/tasks/Interruption.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -14,6 +15,7 @@ namespace vnquery {
 namespace {
 
 constexpr std::size_t kBlock = 65536;
+constexpr std::size_t kMaxWrite = 1 << 20;
 constexpr auto kMaxDelay = std::chrono::milliseconds(100);
 
 } // namespace
@@ -27,7 +29,9 @@ void StandardOutput::Write(const void* bytes, UINT count) {
 void StandardOutput::Flush() {
     for (std::size_t done = 0; done < m_block.size();) {
         CheckInterrupted();
-        const ssize_t count = write(STDOUT_FILENO, m_block.data() + done, m_block.size() - done);
+        const auto size =
+            static_cast<unsigned>(std::min<std::size_t>(m_block.size() - done, kMaxWrite));
+        const auto count = write(STDOUT_FILENO, m_block.data() + done, size);
         if (count >= 0)
             done += static_cast<std::size_t>(count);
         else if (errno == EPIPE && m_goesOn)

@@ -23,7 +23,7 @@ HexDump::HexDump(const Value& value)
 
 std::string HexDump::Format(DWORD offset, std::span<const BYTE> bytes) const {
     char text[4 * kBytesPerLine + 32];
-    std::snprintf(text, sizeof text, "%0*X ", m_digits, offset);
+    std::snprintf(text, sizeof text, "%0*lX ", m_digits, static_cast<unsigned long>(offset));
     std::string line = text;
     for (DWORD i = 0; i < kBytesPerLine; ++i) {
         if (i == kBytesPerLine / 2)

@@ -180,7 +180,8 @@ bool OdbcConnection::FetchInPortions(const std::string& connection) {
     m_hasPortions = isOn;
     const bool hasFetch = has("FETCH") || has("A7");
     if (isOn || hasFetch)
-        m_blockRows = static_cast<std::size_t>(std::max(GetNumber(m_handle.Get(), kFetch), 1));
+        m_blockRows =
+            static_cast<std::size_t>(std::max<SQLINTEGER>(GetNumber(m_handle.Get(), kFetch), 1));
     if (isOn || has("USEDECLAREFETCH") || has("B6") ||
         !SetAttribute(m_handle.Get(), kUseDeclareFetch, 1))
         return false;

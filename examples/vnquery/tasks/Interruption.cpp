@@ -10,18 +10,9 @@ namespace {
 volatile std::sig_atomic_t interruptingSignal = 0;
 thread_local std::stop_token currentStop;
 
-extern "C" void RememberSignal(int number) { interruptingSignal = number; }
-
 } // namespace
 
-void AwaitSignals() {
-    struct sigaction action = {};
-    action.sa_handler = RememberSignal;
-    action.sa_flags = static_cast<int>(SA_RESETHAND);
-    sigemptyset(&action.sa_mask);
-    for (const int number : {SIGINT, SIGTERM, SIGHUP})
-        sigaction(number, &action, nullptr);
-}
+void RememberSignal(int number) noexcept { interruptingSignal = number; }
 
 int InterruptingSignal() noexcept { return interruptingSignal; }
 

@@ -11,6 +11,8 @@ struct Interrupted {};
 /// From here on a signal to end (Ctrl-C, SIGTERM, SIGHUP) is remembered; a second one ends the
 /// process at once.
 void AwaitSignals();
+/// What AwaitSignals has the system call.
+extern "C" void RememberSignal(int number) noexcept;
 /// Number of the signal that asked to end, 0 when none did.
 int InterruptingSignal() noexcept;
 /// The same, and forgets it: for a window, which asks about unwritten changes and may stay open.

@@ -191,7 +191,8 @@ int WindowsSystem::UnlockFile(FileHandle handle) {
     OVERLAPPED place = LockPlace();
     if (::UnlockFileEx(HandleOf(handle), 0, 1, 0, &place))
         return 0;
-    return ::GetLastError() == ERROR_NOT_LOCKED ? 0 : LastErrno();
+    const DWORD error = ::GetLastError(); // the second one is Wine's
+    return error == ERROR_NOT_LOCKED || error == ERROR_LOCK_VIOLATION ? 0 : windows::ErrnoOf(error);
 }
 
 std::string WindowsSystem::GetLockHolder(FileHandle /*handle*/) { return {}; }
