@@ -6,7 +6,6 @@
 #include "vnbytstr/window/Button.h"
 #include "vnbytstr/window/Edit.h"
 #include "vnbytstr/window/FileDialog.h"
-#include "vnbytstr/window/ProgressBar.h"
 #include "vnbytstr/window/Static.h"
 #include "vnbytstr/window/ToolTip.h"
 
@@ -158,21 +157,6 @@ TEST_F(SpinTest, StandsAtItsBuddyWrapsAndOutlivesIt) {
     EXPECT_EQ(m_spin.GetBuddy(), nullptr);
     Press(true);
     EXPECT_EQ(m_spin.GetPos(), -4);
-}
-
-TEST(Progress, StaysInItsRange) {
-    ControlHost host;
-    CProgressCtrl bar;
-    bar.Create(WS_VISIBLE, CRect(0, 0, 100, 20), &host, 1);
-    bar.SetRange32(0, 20);
-    EXPECT_EQ(bar.SetPos(500), 0);
-    EXPECT_EQ(bar.GetPos(), 20);
-    bar.SetStep(15);
-    bar.SetPos(10);
-    EXPECT_EQ(bar.StepIt(), 10);
-    EXPECT_EQ(bar.GetPos(), 4); // past the end it begins anew
-    EXPECT_EQ(bar.OffsetPos(INT_MAX), 4);
-    EXPECT_EQ(bar.GetPos(), 20);
 }
 
 TEST(Static, ItsLetterLeadsToWhatFollows) {

@@ -31,8 +31,6 @@ public:
     CWnd* m_pMainWnd = nullptr; ///< Run returns when it is destroyed
     CString m_pszAppName;       ///< what the constructor was given
 
-    BOOL OnCmdMsg(UINT id, int code, void* extra) override;
-
 protected:
     DECLARE_MESSAGE_MAP()
 };
@@ -52,11 +50,3 @@ VNBYTSTR_CONTROLS_API BOOL AfxCanOpenWindows();
 VNBYTSTR_CONTROLS_API void AfxInitWindows(int* argc = nullptr, char** argv = nullptr);
 /// Handles messages for that long; 0: only those that are waiting.
 VNBYTSTR_CONTROLS_API void AfxPumpMessages(int milliseconds = 50);
-/// Shows the wait pointer as long as it lives.
-class VNBYTSTR_CONTROLS_API CWaitCursor {
-public:
-    CWaitCursor();
-    ~CWaitCursor();
-    CWaitCursor(const CWaitCursor&) = delete;
-    CWaitCursor& operator=(const CWaitCursor&) = delete;
-};

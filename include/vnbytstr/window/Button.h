@@ -49,9 +49,6 @@ public:
     virtual BOOL Create(LPCTSTR caption, DWORD style, const RECT& rect, CWnd* parent, UINT id);
     using CWnd::Create;
 
-    int GetCheck() const; ///< BST_UNCHECKED, BST_CHECKED or BST_INDETERMINATE
-    /// Sets the state without a notification. Checking a radio button does not uncheck its
-    /// neighbours; a click on BS_AUTORADIOBUTTON does (up to the next WS_GROUP).
-    void SetCheck(int check);
+    int GetCheck() const;  ///< BST_UNCHECKED, BST_CHECKED or BST_INDETERMINATE
     UINT GetState() const; ///< the check with BST_PUSHED and BST_FOCUS
 };

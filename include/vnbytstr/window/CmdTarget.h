@@ -22,14 +22,13 @@
 
 class CCmdTarget;
 
-/// Codes by which a map tells command entries apart (as well as notification codes).
+/// The code by which a map tells entries of commands from those of notifications.
 inline constexpr int CN_COMMAND = 0;
-inline constexpr int CN_UPDATE_COMMAND_UI = -1;
 
 /// One entry of a message map.
 struct AFX_MSGMAP_ENTRY {
     UINT nMessage; ///< 0 ends the map
-    int nCode;     ///< notification code, or CN_*
+    int nCode;     ///< notification code, or CN_COMMAND
     UINT nID;      ///< first control or command id; 0 for other messages
     /// The last id of the range, the same as nID for one.
     UINT nLastID;
@@ -44,20 +43,6 @@ struct AFX_MSGMAP {
     const AFX_MSGMAP_ENTRY* lpEntries;    ///< the class's own entries
 };
 
-/// Lets a command's update handler set the state of a menu item or button.
-class VNBYTSTR_CONTROLS_API CCmdUI {
-public:
-    virtual ~CCmdUI() = default;
-    /// The state that the item or button is to have.
-    virtual void Enable(BOOL on = TRUE);
-    virtual void SetCheck(int check = 1); ///< 0 off, 1 on, 2 indeterminate
-    /// Its text.
-    virtual void SetText(LPCTSTR text);
-
-    UINT m_nID = 0;                ///< the command
-    BOOL m_bEnableChanged = FALSE; ///< a handler was found and called Enable
-};
-
 /// What a notification handler gets and answers.
 struct AFX_NOTIFY {
     LRESULT* pResult; ///< the handler's answer
@@ -68,9 +53,8 @@ struct AFX_NOTIFY {
 class VNBYTSTR_CONTROLS_API CCmdTarget : public CObject {
     DECLARE_DYNAMIC(CCmdTarget)
 public:
-    /// Offers a command (`code` CN_COMMAND), a control's notification (`code` as the control sent
-    /// it) or an update (CN_UPDATE_COMMAND_UI, `extra` a CCmdUI) to this object's map. Returns
-    /// whether it was handled.
+    /// Offers a command (`code` CN_COMMAND) or a control's notification (`code` as the control sent
+    /// it; `extra` what its handler gets) to this object's map. Returns whether it was handled.
     virtual BOOL OnCmdMsg(UINT id, int code, void* extra);
 
 protected:
@@ -124,18 +108,11 @@ protected:                                                                      
 
 /// Any message: `LRESULT member(WPARAM, LPARAM)`.
 #define ON_MESSAGE(message, member) AFX_RESULT_ENTRY(message, member(w, l))
-/// A command (menu, accelerator, button click): `void member()`.
+/// A command (menu, button click): `void member()`.
 #define ON_COMMAND(id, member)                                                                     \
     {                                                                                              \
         WM_COMMAND, CN_COMMAND, static_cast<UINT>(id), static_cast<UINT>(id), nullptr,             \
             AFX_ENTRY_FUNCTION(self->member(); return 1;)                                          \
-    }                                                                                              \
-    ,
-/// How a command's menu item looks: `void member(CCmdUI*)`.
-#define ON_UPDATE_COMMAND_UI(id, member)                                                           \
-    {                                                                                              \
-        WM_COMMAND, CN_UPDATE_COMMAND_UI, static_cast<UINT>(id), static_cast<UINT>(id), nullptr,   \
-            AFX_ENTRY_FUNCTION(self->member(reinterpret_cast<CCmdUI*>(l)); return 1;)              \
     }                                                                                              \
     ,
 /// A control's notification, in its parent: `void member()`.
@@ -227,8 +204,6 @@ protected:                                                                      
                      OnMouseWheel(LOWORD(w), static_cast<short>(HIWORD(w)), CPoint(l)))
 /// void OnMouseLeave()
 #define ON_WM_MOUSELEAVE() AFX_VOID_ENTRY(WM_MOUSELEAVE, OnMouseLeave())
-/// void OnDropFiles(HDROP)
-#define ON_WM_DROPFILES() AFX_VOID_ENTRY(WM_DROPFILES, OnDropFiles(reinterpret_cast<HDROP>(w)))
 /// HBRUSH OnCtlColor(CDC* dc, CWnd* control, UINT type), type being the message's number
 #define ON_WM_CTLCOLOR()                                                                           \
     {                                                                                              \

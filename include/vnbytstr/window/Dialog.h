@@ -87,7 +87,6 @@ public:
     void MapDialogRect(LPRECT rect) const;
 
     /// A button's state: BST_*.
-    void CheckDlgButton(int id, UINT check);
     UINT IsDlgButtonChecked(int id) const;
     /// Checks one of the radio buttons with ids first to last and unchecks the others.
     void CheckRadioButton(int first, int last, int check);

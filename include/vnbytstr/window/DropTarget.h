@@ -39,9 +39,8 @@ public:
 
     /// Whether there is data of that kind.
     BOOL IsDataAvailable(CLIPFORMAT format) const;
-    /// CF_HDROP: the local files as an HDROP, for DragQueryFile; it belongs to this object
-    /// (DragFinish does nothing to it). CF_TEXT: a NUL-terminated text, likewise. Null when the
-    /// format is not available.
+    /// CF_HDROP: the local files as an HDROP, for DragQueryFile; it belongs to this object.
+    /// CF_TEXT: a NUL-terminated text, likewise. Null when the format is not available.
     HGLOBAL GetGlobalData(CLIPFORMAT format) const;
     HDROP GetDrop() const { return static_cast<HDROP>(GetGlobalData(CF_HDROP)); }
 

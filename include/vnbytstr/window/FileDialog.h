@@ -24,8 +24,7 @@ public:
     CFileDialog(const CFileDialog&) = delete;
     CFileDialog& operator=(const CFileDialog&) = delete;
 
-    /// The dialog's title, and the folder that it begins with.
-    void SetTitle(LPCTSTR title) { m_title = title; }
+    /// The folder that it begins with.
     void SetInitialFolder(LPCTSTR folder) { m_folder = folder; }
 
     /// IDOK or IDCANCEL.
@@ -39,7 +38,7 @@ public:
 
 private:
     BOOL m_open;
-    CString m_extension, m_name, m_filter, m_title, m_folder;
+    CString m_extension, m_name, m_filter, m_folder;
     DWORD m_flags;
     CWnd* m_parent;
     CStringArray m_paths;

@@ -140,8 +140,6 @@ public:
     /// A picture in a file's format (PNG, BMP, JPEG, GIF and what else the machine knows) from
     /// memory. FALSE when the bytes are not a picture, or it would take more than 256 megabytes.
     BOOL LoadFromMemory(std::span<const std::byte> file);
-    /// Width and height in pixels; (0, 0) when there is none.
-    CSize GetBitmapSize() const;
 };
 
 /// As the members of CGdiObject.

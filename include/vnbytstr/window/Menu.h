@@ -1,17 +1,12 @@
-// CMenu, a menu bar or a menu that pops up, and CAcceleratorTable, the keys of commands.
+// CMenu, a menu that pops up.
 //
-// A chosen item sends WM_COMMAND with its id to the window the menu belongs to. Before a menu opens
-// that window gets WM_INITMENUPOPUP, and the handlers of ON_UPDATE_COMMAND_UI set each item's
-// state; an item without a handler is disabled (CFrameWnd). '&' marks an item's letter; text after
-// a tab is shown as its key.
+// A chosen item sends WM_COMMAND with its id to the window that the menu is opened for, unless
+// TrackPopupMenu is to return the id. That window gets WM_INITMENUPOPUP before the menu opens. '&'
+// marks an item's letter; text after a tab is shown as its key.
 #pragma once
 
-#include "vnbytstr/window/CmdTarget.h"
 #include "vnbytstr/window/Export.h"
 #include "vnbytstr/window/Wnd.h"
-
-#include <memory>
-#include <span>
 
 // --- flags of items and of popups ----------------------------------------------------------------
 inline constexpr UINT MF_BYCOMMAND = 0x0000;
@@ -28,16 +23,15 @@ inline constexpr UINT TPM_RIGHTALIGN = 0x0008;
 inline constexpr UINT TPM_NONOTIFY = 0x0080;
 inline constexpr UINT TPM_RETURNCMD = 0x0100;
 
-/// A menu. The destructor destroys it, unless it has become a popup of another menu or the menu of
-/// a window; these then own it.
+/// A menu. The destructor destroys it, unless it has become a popup of another menu, which then
+/// owns it.
 class VNBYTSTR_CONTROLS_API CMenu : public CObject {
     DECLARE_DYNAMIC(CMenu)
 public:
     CMenu() = default;
     ~CMenu() override;
 
-    BOOL CreateMenu();       ///< for a menu bar
-    BOOL CreatePopupMenu();  ///< for a popup
+    BOOL CreatePopupMenu();  ///< an empty menu; FALSE when there is one
     BOOL DestroyMenu();      ///< with its popups
     BOOL Attach(HMENU menu); ///< takes a handle; FALSE when it is null or there is one
     HMENU Detach();          ///< gives the handle away
@@ -58,38 +52,4 @@ public:
 
     /// The handle.
     HMENU m_hMenu = nullptr;
-};
-
-// --- flags of ACCEL ------------------------------------------------------------------------------
-inline constexpr BYTE FVIRTKEY = 0x01;
-inline constexpr BYTE FSHIFT = 0x04;
-inline constexpr BYTE FCONTROL = 0x08;
-inline constexpr BYTE FALT = 0x10;
-
-/// A key and its command.
-struct ACCEL {
-    BYTE fVirt; ///< FVIRTKEY with FSHIFT, FCONTROL, FALT; without FVIRTKEY `key` is a character
-    WORD key;   ///< VK_*
-    WORD cmd;   ///< the command's id
-};
-
-/// The keys of a window, with their commands.
-class VNBYTSTR_CONTROLS_API CAcceleratorTable {
-public:
-    CAcceleratorTable();
-    /// With these keys.
-    explicit CAcceleratorTable(std::span<const ACCEL> keys);
-    ~CAcceleratorTable();
-    CAcceleratorTable(const CAcceleratorTable&) = delete;
-    CAcceleratorTable& operator=(const CAcceleratorTable&) = delete;
-
-    /// Replaces the keys.
-    void Set(std::span<const ACCEL> keys);
-    /// TRUE when the message is one of the keys: its command went to `window` as WM_COMMAND, with 1
-    /// in wParam's high word. For PreTranslateMessage.
-    BOOL Translate(CWnd* window, const MSG* message) const;
-
-private:
-    struct Keys;
-    std::unique_ptr<Keys> m_keys;
 };

@@ -113,8 +113,7 @@ VNBYTSTR_CONTROLS_API int MulDiv(int number, int numerator, int denominator);
 VNBYTSTR_CONTROLS_API BOOL SetClipboardText(LPCSTR text);
 VNBYTSTR_CONTROLS_API BOOL GetClipboardText(CString& text);
 
-/// The files of WM_DROPFILES. `index` 0xFFFFFFFF: their number; else copies the name (at most
-/// `size` bytes with the NUL) and returns its length; with a null buffer the length only; 0 when
-/// there is none.
+/// The files of a drop (COleDataObject::GetDrop). `index` 0xFFFFFFFF: their number; else copies the
+/// name (at most `size` bytes with the NUL) and returns its length; with a null buffer the length
+/// only; 0 when there is none.
 VNBYTSTR_CONTROLS_API UINT DragQueryFile(HDROP drop, UINT index, LPSTR buffer, UINT size);
-VNBYTSTR_CONTROLS_API void DragFinish(HDROP drop);

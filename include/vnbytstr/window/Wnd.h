@@ -125,8 +125,6 @@ public:
     /// Paints invalid areas at once.
     void UpdateWindow();
     void SetRedraw(BOOL on = TRUE);
-    CDC* GetDC(); ///< to be released with ReleaseDC
-    int ReleaseDC(CDC* dc);
 
     // --- family ------------------------------------------------------------------------------
     /// The parent window; for a top-level window its owner. Null when there is none, or when it is
@@ -153,7 +151,6 @@ public:
     std::uintptr_t SetTimer(std::uintptr_t id, UINT milliseconds, void* = nullptr);
     BOOL KillTimer(std::uintptr_t id);
     int MessageBox(LPCTSTR text, LPCTSTR caption = nullptr, UINT type = 0);
-    void DragAcceptFiles(BOOL accept = TRUE);
 
     // --- accessibility -----------------------------------------------------------------------
     /// Describes a table that the window draws itself to screen readers. The window does not own
@@ -206,7 +203,6 @@ protected:
     void OnRButtonDown(UINT flags, CPoint point);
     BOOL OnMouseWheel(UINT flags, short delta, CPoint screen);
     void OnMouseLeave();
-    void OnDropFiles(HDROP drop);
     HBRUSH OnCtlColor(CDC* dc, CWnd* control, UINT type);
 
     DECLARE_MESSAGE_MAP()

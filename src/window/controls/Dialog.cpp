@@ -234,8 +234,6 @@ void CDialog::GotoDlgCtrl(CWnd* control) const {
 DWORD CDialog::GetDefID() const { return static_cast<DWORD>(SendMessage(DM_GETDEFID)); }
 void CDialog::SetDefID(UINT id) { SendMessage(DM_SETDEFID, id); }
 
-void CDialog::CheckDlgButton(int id, UINT check) { SendDlgItemMessage(id, BM_SETCHECK, check); }
-
 UINT CDialog::IsDlgButtonChecked(int id) const {
     return static_cast<UINT>(SendDlgItemMessage(id, BM_GETCHECK));
 }

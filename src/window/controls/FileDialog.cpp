@@ -49,8 +49,6 @@ int CFileDialog::DoModal() {
                        : existing ? QFileDialog::ExistingFile
                                   : QFileDialog::AnyFile);
     dialog.setOption(QFileDialog::DontConfirmOverwrite, (m_flags & OFN_OVERWRITEPROMPT) == 0);
-    if (!m_title.IsEmpty())
-        dialog.setWindowTitle(Shown(m_title));
     const QStringList filters = vnbytstr::detail::NameFilters(Shown(m_filter));
     if (!filters.isEmpty())
         dialog.setNameFilters(filters);

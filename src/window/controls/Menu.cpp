@@ -1,10 +1,8 @@
 #include "vnbytstr/window/Menu.h"
 
 #include "src/window/controls/MenuInternal.h"
-#include "src/window/core/WindowInternal.h"
-#include "vnbytstr/window/WindowFunctions.h"
 
-#include <algorithm>
+#include <utility>
 
 using vnbytstr::detail::MenuData;
 using vnbytstr::detail::MenuItem;
@@ -41,8 +39,7 @@ bool MakeItem(MenuItem& made, UINT flags, std::uintptr_t item, LPCTSTR text, con
 
 CMenu::~CMenu() { DestroyMenu(); }
 
-BOOL CMenu::CreateMenu() { return m_hMenu == nullptr && Attach((new MenuData)->Handle()); }
-BOOL CMenu::CreatePopupMenu() { return CreateMenu(); }
+BOOL CMenu::CreatePopupMenu() { return m_hMenu == nullptr && Attach((new MenuData)->Handle()); }
 
 BOOL CMenu::DestroyMenu() {
     MenuData* const menu = MenuData::Of(Detach());
@@ -85,62 +82,4 @@ UINT CMenu::GetMenuState(UINT which, UINT flags) const {
     MenuData* const menu = MenuData::Of(m_hMenu);
     const MenuItem* const item = menu != nullptr ? menu->Find(which, flags) : nullptr;
     return item != nullptr ? StateOf(*item) : static_cast<UINT>(-1);
-}
-
-// --- keys ---------------------------------------------------------------------------------------
-
-struct CAcceleratorTable::Keys {
-    std::vector<ACCEL> list;
-};
-
-CAcceleratorTable::CAcceleratorTable() : m_keys(std::make_unique<Keys>()) {}
-CAcceleratorTable::CAcceleratorTable(std::span<const ACCEL> keys) : CAcceleratorTable() {
-    Set(keys);
-}
-CAcceleratorTable::~CAcceleratorTable() = default;
-
-void CAcceleratorTable::Set(std::span<const ACCEL> keys) {
-    m_keys->list.assign(keys.begin(), keys.end());
-}
-
-namespace {
-
-bool IsKey(const ACCEL& key, const MSG& message) {
-    if ((key.fVirt & FVIRTKEY) == 0)
-        return (message.message == WM_CHAR || message.message == WM_SYSCHAR) &&
-               ((key.fVirt & FALT) != 0) == (message.message == WM_SYSCHAR) &&
-               key.key == message.wParam;
-    const auto isDown = [](int vk) { return GetKeyState(vk) < 0; };
-    return (message.message == WM_KEYDOWN || message.message == WM_SYSKEYDOWN) &&
-           key.key == message.wParam && ((key.fVirt & FSHIFT) != 0) == isDown(VK_SHIFT) &&
-           ((key.fVirt & FCONTROL) != 0) == isDown(VK_CONTROL) &&
-           ((key.fVirt & FALT) != 0) == isDown(VK_MENU);
-}
-
-/// Finds out whether a command is enabled.
-class EnabledUI final : public CCmdUI {
-public:
-    void Enable(BOOL on) override {
-        CCmdUI::Enable(on);
-        m_enabled = on != FALSE;
-    }
-    bool m_enabled = true;
-};
-
-} // namespace
-
-BOOL CAcceleratorTable::Translate(CWnd* window, const MSG* message) const {
-    if (window == nullptr || message == nullptr)
-        return FALSE;
-    const auto& keys = m_keys->list;
-    const auto found = std::find_if(keys.begin(), keys.end(),
-                                    [&](const ACCEL& key) { return IsKey(key, *message); });
-    if (found == keys.end())
-        return FALSE;
-    EnabledUI state;
-    state.m_nID = found->cmd;
-    window->OnCmdMsg(found->cmd, CN_UPDATE_COMMAND_UI, &state);
-    if (state.m_enabled)
-        window->SendMessage(WM_COMMAND, MAKEWPARAM(found->cmd, 1), 0);
-    return TRUE;
 }

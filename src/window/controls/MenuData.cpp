@@ -18,7 +18,7 @@ std::unordered_set<const MenuData*>& LivingMenus() {
     return *living;
 }
 
-void AddItem(QMenu& widget, MenuItem& item, int position, HWND owner, UINT* chosen) {
+void AddItem(QMenu& widget, const MenuItem& item, UINT& chosen) {
     if ((item.flags & MF_SEPARATOR) != 0) {
         widget.addSeparator();
         return;
@@ -26,25 +26,15 @@ void AddItem(QMenu& widget, MenuItem& item, int position, HWND owner, UINT* chos
     const QString text = ToQString(item.text);
     QAction* action = nullptr;
     if (item.popup != nullptr) {
-        QMenu* popup = nullptr;
-        if (chosen == nullptr) {
-            popup = MakeQMenu(*item.popup, owner, position, &widget);
-        } else {
-            popup = new QMenu(&widget);
-            FillQMenu(*popup, *item.popup, owner, chosen);
-        }
-        popup->setTitle(text);
-        action = widget.addMenu(popup);
+        QMenu* const popup = widget.addMenu(text);
+        FillQMenu(*popup, *item.popup, chosen);
+        action = popup->menuAction();
     } else {
         action = widget.addAction(text);
         action->setCheckable((item.flags & MF_CHECKED) != 0);
         action->setChecked((item.flags & MF_CHECKED) != 0);
-        QObject::connect(action, &QAction::triggered, &widget, [owner, chosen, id = item.id] {
-            if (chosen != nullptr)
-                *chosen = id;
-            else
-                PostMessage(owner, WM_COMMAND, id, 0);
-        });
+        QObject::connect(action, &QAction::triggered, &widget,
+                         [&chosen, id = item.id] { chosen = id; });
     }
     action->setEnabled((item.flags & (MF_GRAYED | MF_DISABLED)) == 0);
 }
@@ -77,29 +67,9 @@ const MenuItem* MenuData::Find(UINT which, UINT flags) const {
     return nullptr;
 }
 
-void FillQMenu(QMenu& widget, MenuData& menu, HWND owner, UINT* chosen) {
-    const auto popups = widget.findChildren<QMenu*>(Qt::FindDirectChildrenOnly);
-    widget.clear();
-    for (QMenu* const popup : popups)
-        popup->deleteLater();
-    int position = 0;
-    for (MenuItem& item : menu.m_items)
-        AddItem(widget, item, position++, owner, chosen);
-}
-
-QMenu* MakeQMenu(MenuData& menu, HWND owner, int index, QWidget* parent) {
-    auto* const widget = new QMenu(parent);
-    const HMENU handle = menu.Handle();
-    QObject::connect(widget, &QMenu::aboutToShow, widget, [widget, handle, owner, index] {
-        const QPointer<QMenu> alive(widget);
-        if (Window* const window = Window::Of(owner))
-            window->Send(WM_INITMENUPOPUP, reinterpret_cast<WPARAM>(handle),
-                         MAKELPARAM(index, FALSE));
-        MenuData* const now = MenuData::Of(handle);
-        if (alive != nullptr && now != nullptr)
-            FillQMenu(*widget, *now, owner, nullptr);
-    });
-    return widget;
+void FillQMenu(QMenu& widget, const MenuData& menu, UINT& chosen) {
+    for (const MenuItem& item : menu.m_items)
+        AddItem(widget, item, chosen);
 }
 
 } // namespace vnbytstr::detail
@@ -120,7 +90,7 @@ BOOL CMenu::TrackPopupMenu(UINT flags, int x, int y, CWnd* owner, LPCRECT) {
     {
         QMenu widget(window->Widget());
         widget.setLayoutDirection(window->Widget()->layoutDirection());
-        FillQMenu(widget, *menu, handle, &chosen);
+        FillQMenu(widget, *menu, chosen);
         const int width = widget.sizeHint().width();
         const int shift = (flags & TPM_RIGHTALIGN) != 0    ? width
                           : (flags & TPM_CENTERALIGN) != 0 ? width / 2

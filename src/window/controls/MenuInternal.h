@@ -8,7 +8,6 @@
 #include <vector>
 
 class QMenu;
-class QWidget;
 
 namespace vnbytstr::detail {
 
@@ -38,14 +37,11 @@ public:
     const MenuItem* Find(UINT which, UINT flags) const;
 
     std::vector<MenuItem> m_items;
-    bool m_owned = false; ///< by an item or a window
+    bool m_owned = false; ///< by an item
     std::unique_ptr<CMenu> m_temporary;
 };
 
-/// A Qt menu that, each time it opens, sends WM_INITMENUPOPUP to `owner` and copies the items; a
-/// chosen item is posted to `owner` as WM_COMMAND.
-QMenu* MakeQMenu(MenuData& menu, HWND owner, int index, QWidget* parent);
-/// Copies the items now. `chosen`, when not null, gets the id instead of WM_COMMAND.
-void FillQMenu(QMenu& widget, MenuData& menu, HWND owner, UINT* chosen);
+/// Copies the items into a Qt menu without any; the one that is chosen leaves its id in `chosen`.
+void FillQMenu(QMenu& widget, const MenuData& menu, UINT& chosen);
 
 } // namespace vnbytstr::detail

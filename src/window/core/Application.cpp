@@ -37,10 +37,6 @@ int CWinApp::ExitInstance() { return quitCode; }
 BOOL CWinApp::OnIdle(LONG /*count*/) { return FALSE; }
 BOOL CWinApp::PreTranslateMessage(MSG* /*message*/) { return FALSE; }
 
-BOOL CWinApp::OnCmdMsg(UINT id, int code, void* extra) {
-    return CCmdTarget::OnCmdMsg(id, code, extra);
-}
-
 int CWinApp::Run() {
     AfxInitWindows();
     LONG idle = 0;
@@ -121,10 +117,3 @@ void AfxPumpMessages(int milliseconds) {
     }
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
-
-CWaitCursor::CWaitCursor() {
-    AfxInitWindows();
-    QApplication::setOverrideCursor(Qt::WaitCursor);
-}
-
-CWaitCursor::~CWaitCursor() { QApplication::restoreOverrideCursor(); }

@@ -2,10 +2,6 @@
 
 IMPLEMENT_DYNAMIC(CCmdTarget, CObject)
 
-void CCmdUI::Enable(BOOL /*on*/) { m_bEnableChanged = TRUE; }
-void CCmdUI::SetCheck(int /*check*/) {}
-void CCmdUI::SetText(LPCTSTR /*text*/) {}
-
 const AFX_MSGMAP* CCmdTarget::GetMessageMap() const { return GetThisMessageMap(); }
 
 const AFX_MSGMAP* CCmdTarget::GetThisMessageMap() {

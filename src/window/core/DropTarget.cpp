@@ -1,42 +1,48 @@
 #include "vnbytstr/window/DropTarget.h"
 
-#include "src/window/core/DropFiles.h"
 #include "src/window/core/WindowWidget.h"
+#include "vnbytstr/window/WindowFunctions.h"
 
 #include <QDragEnterEvent>
 #include <QMimeData>
 #include <QUrl>
 
 #include <optional>
+#include <string>
+#include <vector>
 
-using vnbytstr::detail::DropFiles;
 using vnbytstr::detail::FromQString;
 using vnbytstr::detail::Window;
 
 // --- the data -----------------------------------------------------------------------------------
+
+namespace {
+
+/// What an HDROP points to: the names of the files.
+using DropFiles = std::vector<std::string>;
+
+} // namespace
 
 struct COleDataObject::Data {
     DropFiles files;
     std::optional<std::string> text;
 };
 
-COleDataObject::COleDataObject() : m_data(std::make_unique<Data>()) {
-    m_data->files.belongsToDataObject = true;
-}
+COleDataObject::COleDataObject() : m_data(std::make_unique<Data>()) {}
 
 COleDataObject::COleDataObject(const QMimeData* data) : COleDataObject() {
     if (data == nullptr)
         return;
     for (const QUrl& url : data->urls())
         if (url.isLocalFile())
-            m_data->files.names.push_back(FromQString(url.toLocalFile()));
+            m_data->files.push_back(FromQString(url.toLocalFile()));
     if (data->hasText())
         m_data->text = FromQString(data->text());
 }
 
 COleDataObject::COleDataObject(const CStringArray& files) : COleDataObject() {
     for (int i = 0; i < files.GetSize(); ++i)
-        m_data->files.names.emplace_back(files[i]);
+        m_data->files.emplace_back(files[i]);
 }
 
 COleDataObject::~COleDataObject() = default;
@@ -46,11 +52,28 @@ BOOL COleDataObject::IsDataAvailable(CLIPFORMAT format) const {
 }
 
 HGLOBAL COleDataObject::GetGlobalData(CLIPFORMAT format) const {
-    if (format == CF_HDROP && !m_data->files.names.empty())
+    if (format == CF_HDROP && !m_data->files.empty())
         return &m_data->files;
     if (format == CF_TEXT && m_data->text)
         return m_data->text->data();
     return nullptr;
+}
+
+UINT DragQueryFile(HDROP drop, UINT index, LPSTR buffer, UINT size) {
+    const auto* const files = reinterpret_cast<const DropFiles*>(drop);
+    constexpr UINT kCount = 0xFFFFFFFF;
+    if (files == nullptr)
+        return 0;
+    if (index == kCount)
+        return static_cast<UINT>(files->size());
+    if (index >= files->size())
+        return 0;
+    const std::string& name = (*files)[index];
+    if (buffer == nullptr || size == 0)
+        return static_cast<UINT>(name.size());
+    const std::size_t copied = name.copy(buffer, size - 1);
+    buffer[copied] = '\0';
+    return static_cast<UINT>(copied);
 }
 
 // --- the target ---------------------------------------------------------------------------------

@@ -3,8 +3,6 @@
 #include "src/window/controls/ButtonControl.h"
 #include "src/window/controls/ComboControl.h"
 #include "src/window/controls/EditControl.h"
-#include "src/window/controls/FrameControls.h"
-#include "src/window/controls/ProgressControl.h"
 #include "src/window/controls/SpinControl.h"
 #include "src/window/controls/StaticControl.h"
 #include "src/window/core/WindowWidget.h"
@@ -38,9 +36,6 @@ void RegisterControlClasses() {
     RegisterSystemClass("BUTTON", CS_DBLCLKS, MakeControl<ButtonControl>);
     RegisterSystemClass("STATIC", CS_DBLCLKS, MakeControl<StaticControl>);
     RegisterSystemClass("msctls_updown32", CS_DBLCLKS, MakeControl<SpinControl>);
-    RegisterSystemClass("msctls_progress32", 0, MakeControl<ProgressControl>);
-    RegisterSystemClass("msctls_statusbar32", 0, MakeControl<StatusControl>);
-    RegisterSystemClass("MenuBar", 0, MakeControl<MenuBarControl>);
 }
 
 } // namespace vnbytstr::detail

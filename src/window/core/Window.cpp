@@ -339,7 +339,7 @@ void Window::SetStyles(DWORD style, DWORD exStyle) {
     m_exStyle = exStyle;
     m_widget->setAttribute(Qt::WA_ForceDisabled, false);
     m_widget->setEnabled((style & WS_DISABLED) == 0);
-    m_widget->setAcceptDrops((exStyle & WS_EX_ACCEPTFILES) != 0 || m_drop != nullptr);
+    m_widget->setAcceptDrops(m_drop != nullptr);
     m_widget->setLayoutDirection(
         (exStyle & (WS_EX_LAYOUTRTL | WS_EX_RTLREADING)) != 0 ? Qt::RightToLeft : Qt::LeftToRight);
     const bool tab = (style & WS_TABSTOP) != 0 && (style & WS_CHILD) != 0;

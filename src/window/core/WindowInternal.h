@@ -71,7 +71,7 @@ bool RemoveWindowClass(std::string_view name);
 /// Null when there is none.
 const WindowClass* FindWindowClass(std::string_view name);
 
-/// What takes drops onto a window (COleDropTarget, WM_DROPFILES).
+/// What takes drops onto a window (COleDropTarget).
 class DropSink {
 public:
     virtual ~DropSink() = default;

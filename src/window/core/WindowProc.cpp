@@ -137,9 +137,6 @@ LRESULT Window::GenericProc(UINT message, WPARAM wParam, LPARAM lParam) {
         if ((wParam & 0xFFF0) == SC_CLOSE)
             Send(WM_CLOSE);
         return 0;
-    case WM_DROPFILES:
-        DragFinish(reinterpret_cast<HDROP>(wParam));
-        return 0;
     default:
         return 0;
     }

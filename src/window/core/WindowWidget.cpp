@@ -1,6 +1,5 @@
 #include "src/window/core/WindowWidget.h"
 
-#include "src/window/core/DropFiles.h"
 #include "src/window/draw/DeviceContext.h"
 #include "src/window/draw/GdiInternal.h"
 #include "src/window/draw/TextLayout.h"
@@ -13,14 +12,10 @@
 #include <QDragEnterEvent>
 #include <QInputMethodEvent>
 #include <QKeyEvent>
-#include <QMimeData>
 #include <QMouseEvent>
 #include <QPaintEvent>
 #include <QScrollBar>
 #include <QTimerEvent>
-#include <QUrl>
-
-#include <vector>
 
 namespace vnbytstr::detail {
 
@@ -98,52 +93,21 @@ bool SendContextMenu(Window& window, QContextMenuEvent* event) {
     return window.Send(WM_CONTEXTMENU, reinterpret_cast<WPARAM>(window.Handle()), place) != 0;
 }
 
-bool HasFiles(const QMimeData* data) {
-    if (data == nullptr || !data->hasUrls())
-        return false;
-    const auto urls = data->urls();
-    return std::any_of(urls.begin(), urls.end(), [](const QUrl& url) { return url.isLocalFile(); });
-}
-
-/// Drag and drop: the sink, or WM_DROPFILES.
-bool HandleDrop(Window& window, QEvent* event) {
-    DropSink* sink = window.Drop();
+void HandleDrop(DropSink& sink, QEvent* event) {
     switch (event->type()) {
-    case QEvent::DragEnter: {
-        auto* drag = static_cast<QDragEnterEvent*>(event);
-        if (sink != nullptr)
-            sink->DragEnter(drag);
-        else
-            drag->setAccepted(HasFiles(drag->mimeData()));
-        return true;
-    }
+    case QEvent::DragEnter:
+        sink.DragEnter(static_cast<QDragEnterEvent*>(event));
+        break;
     case QEvent::DragMove:
-        if (sink != nullptr)
-            sink->DragMove(static_cast<QDragMoveEvent*>(event));
-        else
-            event->accept();
-        return true;
+        sink.DragMove(static_cast<QDragMoveEvent*>(event));
+        break;
     case QEvent::DragLeave:
-        if (sink != nullptr)
-            sink->DragLeave();
-        return true;
+        sink.DragLeave();
+        break;
     default:
+        sink.Drop(static_cast<QDropEvent*>(event));
         break;
     }
-    auto* drop = static_cast<QDropEvent*>(event);
-    if (sink != nullptr) {
-        sink->Drop(drop);
-        return true;
-    }
-    if (!HasFiles(drop->mimeData()))
-        return true;
-    auto files = std::make_unique<DropFiles>();
-    for (const QUrl& url : drop->mimeData()->urls())
-        if (url.isLocalFile())
-            files->names.push_back(FromQString(url.toLocalFile()));
-    drop->acceptProposedAction();
-    window.Send(WM_DROPFILES, reinterpret_cast<WPARAM>(files.release()));
-    return true;
 }
 
 } // namespace
@@ -192,7 +156,10 @@ bool WindowWidget::HandleEvent(QEvent* event) {
     case QEvent::DragMove:
     case QEvent::DragLeave:
     case QEvent::Drop:
-        return HandleDrop(*m_window, event);
+        if (m_window->Drop() == nullptr)
+            return false;
+        HandleDrop(*m_window->Drop(), event);
+        return true;
     case QEvent::Move:
     case QEvent::Resize:
         if (!m_placing)
@@ -417,28 +384,3 @@ HDC BeginWindowPaint(Window& window, bool& erase, RECT& paint) {
 void EndWindowPaint(HDC dc) { const std::unique_ptr<DeviceContext> context(DeviceContext::Of(dc)); }
 
 } // namespace vnbytstr::detail
-
-using vnbytstr::detail::DropFiles;
-
-UINT DragQueryFile(HDROP drop, UINT index, LPSTR buffer, UINT size) {
-    const auto* files = reinterpret_cast<const DropFiles*>(drop);
-    constexpr UINT kCount = 0xFFFFFFFF;
-    if (files == nullptr)
-        return 0;
-    if (index == kCount)
-        return static_cast<UINT>(files->names.size());
-    if (index >= files->names.size())
-        return 0;
-    const std::string& name = files->names[index];
-    if (buffer == nullptr || size == 0)
-        return static_cast<UINT>(name.size());
-    const std::size_t copied = name.copy(buffer, size - 1);
-    buffer[copied] = '\0';
-    return static_cast<UINT>(copied);
-}
-
-void DragFinish(HDROP drop) {
-    auto* files = reinterpret_cast<DropFiles*>(drop);
-    if (files != nullptr && !files->belongsToDataObject)
-        const std::unique_ptr<DropFiles> owner(files);
-}

@@ -325,12 +325,6 @@ void CWnd::UpdateWindow() {
 
 void CWnd::SetRedraw(BOOL on) { SendMessage(WM_SETREDRAW, on != 0 ? 1 : 0); }
 
-CDC* CWnd::GetDC() { return new CClientDC(this); }
-int CWnd::ReleaseDC(CDC* dc) {
-    const std::unique_ptr<CDC> owner(dc);
-    return dc != nullptr ? 1 : 0;
-}
-
 // --- focus, mouse, time ------------------------------------------------------------------------
 
 CWnd* CWnd::GetFocus() { return FromHandle(::GetFocus()); }
@@ -362,10 +356,6 @@ BOOL CWnd::KillTimer(std::uintptr_t id) {
 
 int CWnd::MessageBox(LPCTSTR text, LPCTSTR caption, UINT type) {
     return vnbytstr::Interaction::Current().MessageBox(text, caption, type, 0);
-}
-
-void CWnd::DragAcceptFiles(BOOL accept) {
-    ModifyStyleEx(accept ? 0 : WS_EX_ACCEPTFILES, accept ? WS_EX_ACCEPTFILES : 0);
 }
 
 void CWnd::SetAccessibleName(LPCTSTR name) {

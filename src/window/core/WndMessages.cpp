@@ -209,7 +209,6 @@ void CWnd::OnLButtonDblClk(UINT, CPoint) { Default(); }
 void CWnd::OnRButtonDown(UINT, CPoint) { Default(); }
 BOOL CWnd::OnMouseWheel(UINT, short, CPoint) { return static_cast<BOOL>(Default()); }
 void CWnd::OnMouseLeave() { Default(); }
-void CWnd::OnDropFiles(HDROP) { Default(); }
 
 HBRUSH CWnd::OnCtlColor(CDC* dc, CWnd* control, UINT type) {
     LRESULT result = 0;

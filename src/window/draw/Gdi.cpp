@@ -274,11 +274,6 @@ BOOL CBitmap::LoadFromMemory(std::span<const std::byte> file) {
     return Attach(GdiObject::Make(std::move(object)));
 }
 
-CSize CBitmap::GetBitmapSize() const {
-    const GdiObject* object = GdiObject::Of(m_hObject, GdiObject::Type::Bitmap);
-    return object != nullptr ? CSize(object->pixmap.width(), object->pixmap.height()) : CSize();
-}
-
 BOOL DeleteObject(HGDIOBJ object) { return GdiObject::Free(object); }
 
 HGDIOBJ GetStockObject(int index) {
