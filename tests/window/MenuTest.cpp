@@ -2,8 +2,6 @@
 
 #include "vnbytstr/window/Menu.h"
 
-#include <QMenu>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
