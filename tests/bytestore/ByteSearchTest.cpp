@@ -99,15 +99,15 @@ std::vector<std::pair<Bytes, Bytes>> HardCases() {
                 cases.emplace_back(haystack, pattern);
             }
             // Nearly the pattern, again and again: the last byte differs, then the first.
-            Bytes near;
-            while (near.size() < 4000) {
-                near.insert(near.end(), pattern.begin(), pattern.end());
-                near.back() = 'c';
-                near.insert(near.end(), pattern.begin() + 1, pattern.end());
+            Bytes nearly;
+            while (nearly.size() < 4000) {
+                nearly.insert(nearly.end(), pattern.begin(), pattern.end());
+                nearly.back() = 'c';
+                nearly.insert(nearly.end(), pattern.begin() + 1, pattern.end());
             }
-            cases.emplace_back(near, pattern);
-            near.insert(near.end(), pattern.begin(), pattern.end());
-            cases.emplace_back(near, pattern);
+            cases.emplace_back(nearly, pattern);
+            nearly.insert(nearly.end(), pattern.begin(), pattern.end());
+            cases.emplace_back(nearly, pattern);
         }
     }
     return cases;

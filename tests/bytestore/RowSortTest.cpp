@@ -154,8 +154,8 @@ protected:
     LONGLONG RandomInteger() {
         if (Random(2))
             return static_cast<LONGLONG>(Random(2000)) - 1000;
-        const LONGLONG near[] = {INT64_MAX, INT64_MIN + 5, 1LL << 53, -(1LL << 53), 1LL << 62};
-        return near[Random(5)] - static_cast<LONGLONG>(Random(5));
+        const LONGLONG edges[] = {INT64_MAX, INT64_MIN + 5, 1LL << 53, -(1LL << 53), 1LL << 62};
+        return edges[Random(5)] - static_cast<LONGLONG>(Random(5));
     }
     std::string RandomDecimal() {
         static constexpr const char* kTexts[] = {"",

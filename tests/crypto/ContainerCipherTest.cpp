@@ -95,7 +95,8 @@ TEST_F(ContainerCipherTest, RandomContentsComeBackWhereverTheyStart) {
 }
 
 TEST_F(ContainerCipherTest, PaddingSuitsLessThanAPage) {
-    for (const DWORD size : {0u, 1u, 8u, kPage - 1, kPage, kPage + 1, 20 * kPage + 5}) {
+    for (const DWORD size :
+         std::initializer_list<DWORD>{0u, 1u, 8u, kPage - 1, kPage, kPage + 1, 20 * kPage + 5}) {
         const Bytes bytes = Pattern(size);
         CByteStore store(bytes.data(), size), cipher("01"), back;
         CByteStream stream(bytes.data(), size);

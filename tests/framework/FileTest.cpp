@@ -103,7 +103,8 @@ TEST_F(FileTest, OpenFlags) {
 TEST_F(FileTest, ExclusiveCreationNeverFollowsOrReplaces) {
     constexpr UINT kNew = CFile::modeCreate | CFile::modeExclusive | CFile::modeReadWrite;
     m_folder.Write("taken", "content");
-    std::filesystem::create_symlink(Name("target"), Name("dangling"));
+    if (!m_folder.Link(Name("target"), "dangling"))
+        GTEST_SKIP() << "no symbolic links here";
     for (const UINT more : {0u, static_cast<UINT>(CFile::modeScratch)}) {
         int osError = 0;
         EXPECT_EQ(OpenError(Name("taken"), kNew | more, &osError), CFileException::accessDenied);
@@ -122,7 +123,7 @@ TEST_F(FileTest, ScratchFileIsPrivateMarkedAndLocked) {
     vnbytstr::FileStatus status;
     ASSERT_EQ(m_system.GetFileStatus(Name("scratch").c_str(), status), 0);
     EXPECT_TRUE(status.isScratch);
-    EXPECT_EQ(vnbytstr::test::TemporaryFolder::ModeOf(Name("scratch")) & 0777u, 0600u);
+    EXPECT_TRUE(m_folder.HasMode(Name("scratch"), 0600));
     CFile other(Name("scratch").c_str(), CFile::modeReadWrite);
     EXPECT_EQ(m_system.LockFile(other.m_hFile, true, false), EWOULDBLOCK);
 
@@ -304,8 +305,9 @@ TEST_F(FileTest, NamesRenameRemoveStatus) {
     thrown = ErrorOf([&] { CFile::Remove(Name("new").c_str()); });
     EXPECT_EQ(thrown.m_cause, CFileException::fileNotFound);
     EXPECT_EQ(thrown.m_name, Name("new"));
-    std::filesystem::create_symlink(Name("gone"), Name("dangling"));
-    EXPECT_FALSE(CFile::GetStatus(Name("dangling").c_str(), status));
+    if (m_folder.Link(Name("gone"), "dangling")) {
+        EXPECT_FALSE(CFile::GetStatus(Name("dangling").c_str(), status));
+    }
 
     CFile file(Name("taken").c_str(), CFile::modeRead);
     EXPECT_EQ(file.GetFileName(), "taken");

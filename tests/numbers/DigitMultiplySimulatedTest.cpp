@@ -96,7 +96,7 @@ TEST_F(DigitMultiplySimulated, MultipliesModuloAsGmpDoes) {
         mpz_set_ui(inverse.Value(), 1);
         mpz_mul_2exp(inverse.Value(), inverse.Value(), kDigitBits);
         mpz_invert(inverse.Value(), m.Value(), inverse.Value());
-        const Word64 negated = 0 - mpz_get_ui(inverse.Value());
+        const Word64 negated = 0 - ToDigits(inverse.Value(), 1)[0];
 
         const Words a = ToDigits(factors[0].Value(), multiplier.room);
         const bool square = Number(0, 3) == 0;

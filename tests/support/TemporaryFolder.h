@@ -42,6 +42,20 @@ public:
         content << file.rdbuf();
         return std::move(content).str();
     }
+    /// Makes a symbolic link; false where the system, or this user, cannot.
+    bool Link(const std::string& to, const std::string& name) const {
+        std::error_code error;
+        std::filesystem::create_symlink(to, m_path / name, error);
+        return !error;
+    }
+    /// Whether a file's permission bits are these; true where the system makes them up.
+    bool HasMode(const std::string& file, unsigned mode) const {
+        Write("mode", "");
+        std::filesystem::permissions(m_path / "mode", std::filesystem::perms{0640});
+        const bool isMadeUp = ModeOf(File("mode")) != 0640;
+        std::filesystem::remove(m_path / "mode");
+        return isMadeUp || (ModeOf(file) & 0777) == mode;
+    }
     /// A file's permission bits (at most 07777).
     static unsigned ModeOf(const std::string& file) {
         return static_cast<unsigned>(std::filesystem::status(file).permissions());

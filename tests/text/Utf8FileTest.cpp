@@ -132,7 +132,8 @@ TEST_F(Utf8File, ReadOnlyFilesAndPermissions) {
     EXPECT_EQ(ConvertToUTF8(m_folder.File("text").c_str()), 0);
     EXPECT_EQ(m_folder.Read("text"), "Caf\xE9");
     fs::permissions(m_folder.File("text"), fs::perms::owner_read | fs::perms::owner_write);
-    fs::create_symlink("text", m_folder.File("link"));
+    if (!m_folder.Link("text", "link"))
+        GTEST_SKIP() << "no symbolic links here";
     EXPECT_EQ(ConvertToUTF8(m_folder.File("link").c_str()), 1);
     EXPECT_TRUE(fs::is_symlink(m_folder.File("link")));
     EXPECT_EQ(m_folder.Read("text"), "Caf\xC3\xA9");

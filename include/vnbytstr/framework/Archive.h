@@ -6,8 +6,19 @@
 #include "vnbytstr/framework/Types.h"
 
 #include <bit>
+#include <concepts>
 #include <cstring>
 #include <memory>
+
+namespace vnbytstr::detail {
+
+template <class T>
+inline constexpr bool kIsInt = std::same_as<T, int> || std::same_as<T, unsigned>;
+/// int or unsigned, where neither is what LONG and DWORD are.
+template <class T>
+concept PlainInteger = kIsInt<T> && !std::same_as<T, LONG> && !std::same_as<T, DWORD>;
+
+} // namespace vnbytstr::detail
 
 /// Writes values to a file, or reads them back, through a buffer. Numbers are stored little-endian,
 /// on every machine.
@@ -60,7 +71,12 @@ public:
     CArchive& operator<<(WORD value) { return Put(value); }
     CArchive& operator<<(short value) { return Put(value); }
     CArchive& operator<<(DWORD value) { return Put(value); }
-    CArchive& operator<<(LONG value) { return Put(value); } ///< int, too
+    CArchive& operator<<(LONG value) { return Put(value); }
+    /// int and unsigned, where they are not what LONG and DWORD are (Windows): 4 bytes, too.
+    template <vnbytstr::detail::PlainInteger Number>
+    CArchive& operator<<(Number value) {
+        return Put(static_cast<DWORD>(value));
+    }
     CArchive& operator<<(ULONGLONG value) { return Put(value); }
     CArchive& operator<<(LONGLONG value) { return Put(value); }
     CArchive& operator<<(float value) { return Put(std::bit_cast<DWORD>(value)); }
@@ -76,6 +92,10 @@ public:
     CArchive& operator>>(short& value) { return Get(value); }
     CArchive& operator>>(DWORD& value) { return Get(value); }
     CArchive& operator>>(LONG& value) { return Get(value); }
+    template <vnbytstr::detail::PlainInteger Number>
+    CArchive& operator>>(Number& value) {
+        return Get(value);
+    }
     CArchive& operator>>(ULONGLONG& value) { return Get(value); }
     CArchive& operator>>(LONGLONG& value) { return Get(value); }
     CArchive& operator>>(float& value) {

@@ -100,7 +100,7 @@ void ArrayBase<T>::MakeRoom(std::size_t size) {
     const std::size_t room = m_elements.capacity();
     if (size > room)
         WithMemoryException(
-            [&] { m_elements.reserve(std::max(size, room + std::max(room, m_growBy))); });
+            [&] { m_elements.reserve((std::max)(size, room + (std::max)(room, m_growBy))); });
 }
 
 template <class T>
@@ -135,7 +135,7 @@ void ArrayBase<T>::InsertAt(int index, T value, int count) {
     const std::size_t added = NotNegative(count);
     if (added == 0)
         return;
-    MakeRoom(std::max(at, m_elements.size()) + added);
+    MakeRoom((std::max)(at, m_elements.size()) + added);
     if (at > m_elements.size())
         m_elements.resize(at);
     m_elements.insert(m_elements.begin() + index, added, value);
@@ -150,13 +150,13 @@ void ArrayBase<T>::InsertAt(int index, const ArrayBase* other) {
         return;
     if (other == this) {
         const std::vector<T> copy = WithMemoryException([&] { return m_elements; });
-        MakeRoom(std::max(at, m_elements.size()) + copy.size());
+        MakeRoom((std::max)(at, m_elements.size()) + copy.size());
         if (at > m_elements.size())
             m_elements.resize(at);
         m_elements.insert(m_elements.begin() + index, copy.begin(), copy.end());
         return;
     }
-    MakeRoom(std::max(at, m_elements.size()) + other->m_elements.size());
+    MakeRoom((std::max)(at, m_elements.size()) + other->m_elements.size());
     if (at > m_elements.size())
         m_elements.resize(at);
     m_elements.insert(m_elements.begin() + index, other->m_elements.begin(),

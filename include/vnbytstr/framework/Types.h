@@ -9,7 +9,6 @@
 #include <cstdint>
 
 #if defined(_WIN32)
-
 #if !defined(WIN32_LEAN_AND_MEAN)
 #define WIN32_LEAN_AND_MEAN
 #endif
@@ -21,7 +20,7 @@
 #undef GetModuleFileName
 #undef LoadString
 #undef MessageBox
-
+#undef ShellExecute
 #else
 
 /// Types of the interface, as wide on every system.

@@ -16,6 +16,11 @@ using windows::WideName;
 
 namespace {
 
+/// Of a transfer: a handle that was not opened for it is the wrong one.
+int TransferErrno() noexcept {
+    return ::GetLastError() == ERROR_ACCESS_DENIED ? EBADF : LastErrno();
+}
+
 constexpr DWORD kMaxTransfer = 0x40000000; // what one system call moves at the most
 
 DWORD AccessOf(unsigned flags) noexcept {
@@ -116,7 +121,7 @@ int WindowsSystem::ReadFile(FileHandle handle, void* buffer, std::size_t size, s
     done = moved;
     if (succeeded || ::GetLastError() == ERROR_HANDLE_EOF || ::GetLastError() == ERROR_BROKEN_PIPE)
         return 0;
-    return LastErrno();
+    return TransferErrno();
 }
 
 int WindowsSystem::WriteFile(FileHandle handle, const void* buffer, std::size_t size,
@@ -125,7 +130,7 @@ int WindowsSystem::WriteFile(FileHandle handle, const void* buffer, std::size_t 
     const auto wanted = static_cast<DWORD>(std::min<std::size_t>(size, kMaxTransfer));
     const BOOL succeeded = ::WriteFile(HandleOf(handle), buffer, wanted, &moved, nullptr);
     done = moved;
-    return succeeded || moved > 0 ? 0 : LastErrno();
+    return succeeded || moved > 0 ? 0 : TransferErrno();
 }
 
 int WindowsSystem::WriteFileGather(FileHandle handle,
