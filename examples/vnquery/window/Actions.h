@@ -5,6 +5,7 @@
 
 namespace vnquery {
 
+class ConnectionPage;
 class MainWindow;
 
 /// What must hold for a command to be enabled.
@@ -24,9 +25,10 @@ enum CommandNeeds : unsigned {
 struct ActionEntry {
     unsigned text = 0;
     void (*run)(MainWindow&) = nullptr;
-    unsigned needs = 0;     ///< CommandNeeds
-    const char* keys = "";  ///< its shortcut, in QKeySequence's portable form
-    const char* icon = "";  ///< those with one are in the tool bar, too
+    unsigned needs = 0;                           ///< CommandNeeds
+    const char* keys = "";                        ///< its shortcut, in QKeySequence's portable form
+    const char* icon = "";                        ///< those with one are in the tool bar, too
+    bool (*isChecked)(ConnectionPage&) = nullptr; ///< of one that is on or off
     bool isPageKey = false; ///< the keys are those of the connection's page only
 };
 

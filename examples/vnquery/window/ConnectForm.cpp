@@ -96,6 +96,7 @@ void ConnectForm::Build() {
     m_saved = new QComboBox;
     m_saved->setEditable(true);
     m_saved->setInsertPolicy(QComboBox::NoInsert);
+    m_saved->lineEdit()->setAccessibleName(PlainLabel(IDS_VQ_P_SAVED));
     QHBoxLayout* const saved = row(IDS_VQ_P_SAVED, m_saved);
     button(saved, IDS_VQ_P_SAVE_AS, [this] { Save(); });
     button(saved, IDS_VQ_G_DELETE, [this] { Remove(); });

@@ -267,7 +267,9 @@ void ConnectionPage::Finish() {
 }
 
 void ConnectionPage::ShowFailure(const QueryRun& run) {
-    const QString text = Sentence(run.GetMessage());
+    QString text = Sentence(run.GetMessage());
+    if (!m_session && FindRefusal(run.GetSql(), m_server))
+        text += " " + Label(IDS_VQ_N_HINT_ALLOW);
     m_failure->setText(text);
     m_failure->show();
     if (const auto place = run.GetFailurePlace(); place && m_running->position >= 0)

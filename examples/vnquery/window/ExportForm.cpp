@@ -86,6 +86,8 @@ ExportForm::ExportForm(const std::string& table, QWidget* parent)
         auto* const combo = new QComboBox;
         combo->addItems(texts);
         combo->setEditable(isEditable);
+        if (isEditable)
+            combo->lineEdit()->setAccessibleName(PlainLabel(label));
         m_form->addRow(Label(label), combo);
         return combo;
     };

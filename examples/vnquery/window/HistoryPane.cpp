@@ -15,6 +15,7 @@
 #include <QPushButton>
 #include <QSortFilterProxyModel>
 #include <QStandardItemModel>
+#include <QTabBar>
 #include <QTreeView>
 #include <QVBoxLayout>
 
@@ -46,6 +47,8 @@ HistoryPane::HistoryPane(QWidget* parent)
     : QTabWidget(parent), m_clear(new QPushButton), m_save(new QPushButton),
       m_rename(new QPushButton), m_delete(new QPushButton), m_ran(MakePage({m_clear})),
       m_saved(MakePage({m_save, m_rename, m_delete})) {
+    setFocusPolicy(Qt::NoFocus); // its bar has the keys
+    tabBar()->setFocusPolicy(Qt::TabFocus);
     connect(m_clear, &QPushButton::clicked, this, &HistoryPane::Clear);
     connect(m_save, &QPushButton::clicked, this, &HistoryPane::SaveAsked);
     connect(m_rename, &QPushButton::clicked, this, &HistoryPane::Rename);
@@ -84,7 +87,7 @@ HistoryPane::Page HistoryPane::MakePage(std::initializer_list<QPushButton*> butt
 }
 
 void HistoryPane::Relabel() {
-    setAccessibleName(Label(IDS_VQ_C_HISTORY));
+    tabBar()->setAccessibleName(Label(IDS_VQ_C_HISTORY));
     setTabText(0, Label(IDS_VQ_C_HISTORY));
     setTabText(1, Label(IDS_VQ_C_SAVED));
     m_clear->setText(Label(IDS_VQ_C_CLEAR));

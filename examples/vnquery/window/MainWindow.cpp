@@ -34,6 +34,7 @@
 #include <QMimeData>
 #include <QPlainTextEdit>
 #include <QStatusBar>
+#include <QTabBar>
 #include <QToolBar>
 #include <QVBoxLayout>
 
@@ -54,6 +55,8 @@ MainWindow::MainWindow() {
     m_tabs->setTabsClosable(true);
     m_tabs->setMovable(true);
     m_tabs->setDocumentMode(true);
+    m_tabs->setFocusPolicy(Qt::NoFocus); // its bar has the keys
+    m_tabs->tabBar()->setFocusPolicy(Qt::TabFocus);
     m_welcome = new QLabel(this);
     m_welcome->setAlignment(Qt::AlignCenter);
     m_welcome->setWordWrap(true);
@@ -104,6 +107,7 @@ void MainWindow::MakeActions() {
             if (command.text == 0)
                 continue;
             action->setShortcut(QKeySequence(QString::fromLatin1(command.keys)));
+            action->setCheckable(command.isChecked != nullptr);
             if (command.isPageKey)
                 action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
             connect(action, &QAction::triggered, this,
@@ -192,7 +196,7 @@ void MainWindow::Relabel() {
     for (std::size_t i = 0; i < m_docks.size(); ++i)
         m_docks[i]->setWindowTitle(Label(titles[i]));
     m_welcome->setText(Label(IDS_VQ_N_WELCOME));
-    m_tabs->setAccessibleName(Label(IDS_VQ_N_CONNECTIONS));
+    m_tabs->tabBar()->setAccessibleName(Label(IDS_VQ_N_CONNECTIONS));
     ShowState();
 }
 
@@ -445,7 +449,10 @@ void MainWindow::ShowState() {
     std::size_t index = 0;
     for (const MenuEntry& entry : GetMenus())
         for (const ActionEntry& command : entry.actions)
-            m_actions[index++]->setEnabled((command.needs & ~state) == 0);
+            if (QAction* const action = m_actions[index++]; command.text != 0) {
+                action->setEnabled((command.needs & ~state) == 0);
+                action->setChecked(page && command.isChecked && command.isChecked(*page));
+            }
 
     const QString name =
         page ? QString::fromStdString(page->GetConnection().GetDisplayName()) : QString();

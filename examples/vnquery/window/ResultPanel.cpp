@@ -35,6 +35,7 @@ BOOL ResultPanel::CreateIn(QWidget* parent) {
     if (!CreateInWidget(parent, nullptr, "", WS_CHILD | WS_VISIBLE, CRect(0, 0, 0, 0), 1) ||
         !m_list.CreateList(this, kIdResult, kIdHeadings))
         return FALSE;
+    GetWidget()->setFocusPolicy(Qt::NoFocus); // it is the list that gets it
     Relabel();
     return TRUE;
 }
@@ -55,7 +56,8 @@ void ResultPanel::Relabel() {
     for (CWnd* window : {static_cast<CWnd*>(this), static_cast<CWnd*>(&m_list),
                          static_cast<CWnd*>(m_list.GetHeadings())})
         window->ModifyStyleEx(WS_EX_LAYOUTRTL, layout);
-    m_list.SetWindowText(Text(IDS_VQ_W_RESULT).c_str());
+    m_list.SetAccessibleName(Text(IDS_VQ_W_RESULT).c_str());
+    m_list.GetHeadings()->SetAccessibleName(Text(IDS_VQ_N_HEADINGS).c_str());
     m_list.Invalidate();
     Layout();
 }

@@ -255,7 +255,10 @@ void ResultView::Summarize(int column) {
 
 // --- columns -------------------------------------------------------------------------------------
 
-void ResultView::ShowFilterRow(bool show) { m_panel.ShowFilterRow(show); }
+void ResultView::ShowFilterRow(bool show) {
+    m_panel.ShowFilterRow(show);
+    Q_EMIT Changed();
+}
 
 void ResultView::FitColumns() {
     if (RequireResult())
