@@ -73,7 +73,7 @@ constexpr ActionEntry kRows[] = {
     kLine,
     {IDS_VQ_N_M_UNDO, [](Window& w) { Result(w).Undo(); }, kResult | kNeedsChanges, "Ctrl+Z",
      "edit-undo"},
-    {IDS_VQ_M_WRITE, [](Window& w) { Result(w).WriteChanges(); }, kResult | kNeedsChanges, "Ctrl+S",
+    {IDS_VQ_M_WRITE, [](Window& w) { w.WriteChanges(); }, kResult | kNeedsChanges, "Ctrl+S",
      "document-save"},
     {IDS_VQ_M_DISCARD, [](Window& w) { Result(w).DiscardChanges(); }, kResult | kNeedsChanges}};
 

@@ -135,6 +135,7 @@ bool ConnectionPage::FillParameters(const std::string& sql, Parameters& paramete
     if (missing.empty())
         return true;
     std::vector<std::string> names;
+    names.reserve(missing.size());
     for (const auto& name : missing)
         names.push_back(name.name);
     ParametersDialog dialog(names, this);

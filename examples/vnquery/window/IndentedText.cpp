@@ -120,7 +120,7 @@ IndentFault IndentXml(const Value& value, Value& indented) {
         xml.erase(0, 3);
     if (xml.starts_with("<?xml "))
         xml.erase(0, std::min(xml.find("?>"), xml.size() - 2) + 2);
-    if (const IndentFault fault = CheckXml(QString::fromStdString(xml), value.GetLength());
+    if (IndentFault fault = CheckXml(QString::fromStdString(xml), value.GetLength());
         !fault.isEmpty())
         return fault;
     const QTemporaryDir folder;

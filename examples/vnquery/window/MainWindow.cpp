@@ -3,6 +3,7 @@
 #include "vnquery/files/RecentTexts.h"
 #include "vnquery/messages/HelpPages.h"
 #include "vnquery/result/CellText.h"
+#include "vnquery/sources/SavedConnections.h"
 #include "vnquery/tasks/Interruption.h"
 #include "vnquery/window/Actions.h"
 #include "vnquery/window/CatalogTree.h"
@@ -84,8 +85,8 @@ MainWindow::MainWindow() {
     const int unit = fontMetrics().averageCharWidth();
     resize(unit * 180, fontMetrics().height() * 45);
     resizeDocks({m_docks[0], m_docks[2]}, {unit * 34, unit * 44}, Qt::Horizontal);
-    RestorePlaces();
     Relabel();
+    RestorePlaces();
     PageChanged();
     connect(&m_signalTimer, &QTimer::timeout, this, &MainWindow::LookForSignals);
     m_signalTimer.start(kSignalInterval);
@@ -114,12 +115,12 @@ void MainWindow::MakeActions() {
                     [this, run = command.run] { Guard(this, [&] { run(*this); }); });
             if (*command.icon == '\0')
                 continue;
+            if (!isInToolBar && !m_toolBar->actions().isEmpty())
+                m_toolBar->addSeparator();
             action->setIcon(Icon(command.icon));
             m_toolBar->addAction(action);
             isInToolBar = true;
         }
-        if (isInToolBar)
-            m_toolBar->addSeparator();
     }
     m_recent = new QMenu(this);
     m_menus[0]->insertMenu(m_menus[0]->actions().at(2), m_recent);
@@ -152,7 +153,7 @@ void MainWindow::MakeDocks() {
     tabifyDockWidget(m_docks[0], m_docks[1]);
     m_docks[0]->raise();
     const auto run = [this](const QString& sql) {
-        if (ConnectionPage* page = GetPage(); page && !page->IsBusy())
+        if (ConnectionPage* page = GetPage(); page && !page->IsBusy() && LeaveValue())
             page->RunSql(sql.toStdString());
     };
     const auto show = [this](const QString& sql) {
@@ -173,8 +174,8 @@ void MainWindow::MakeDocks() {
             m_history->SaveQuery(page->GetEditor().toPlainText());
     });
     connect(m_value, &ValuePane::Edited, this, [this](const NewValue& value) {
-        if (ConnectionPage* page = GetPage())
-            page->GetResult().SetCurrentValue(value);
+        if (m_valuePage)
+            m_valuePage->GetResult().SetValue(m_valuePlace, value);
     });
 }
 
@@ -193,11 +194,29 @@ void MainWindow::Relabel() {
     m_languages->setTitle(Label(IDS_VQ_M_LANGUAGE).remove("..."));
     m_toolBar->setWindowTitle(Label(IDS_VQ_N_TOOL_BAR));
     const UINT titles[] = {IDS_VQ_C_TREE, IDS_VQ_N_HISTORY, IDS_VQ_P_VALUE};
-    for (std::size_t i = 0; i < m_docks.size(); ++i)
-        m_docks[i]->setWindowTitle(Label(titles[i]));
+    for (std::size_t i = 0; i < std::size(titles); ++i)
+        m_docks.at(i)->setWindowTitle(Label(titles[i]));
     m_welcome->setText(Label(IDS_VQ_N_WELCOME));
     m_tabs->tabBar()->setAccessibleName(Label(IDS_VQ_N_CONNECTIONS));
+    TurnDocks();
     ShowState();
+}
+
+/// The tree stands where a line of text begins.
+void MainWindow::TurnDocks() {
+    const bool isTurned = layoutDirection() == Qt::RightToLeft;
+    if (isTurned == m_areDocksTurned)
+        return;
+    m_areDocksTurned = isTurned;
+    for (QDockWidget* dock : m_docks) {
+        const Qt::DockWidgetArea area = dockWidgetArea(dock);
+        if (area == Qt::LeftDockWidgetArea || area == Qt::RightDockWidgetArea)
+            addDockWidget(area == Qt::LeftDockWidgetArea ? Qt::RightDockWidgetArea
+                                                         : Qt::LeftDockWidgetArea,
+                          dock);
+    }
+    tabifyDockWidget(m_docks[0], m_docks[1]);
+    m_docks[0]->raise();
 }
 
 void MainWindow::changeEvent(QEvent* event) {
@@ -213,7 +232,12 @@ void MainWindow::FillRecent() {
         m_recent->addAction(QString::fromStdString(*name), this, [this, file = *name] {
             OpenConnection({file, ""});
         });
-    m_recent->setEnabled(true);
+    m_recent->addSeparator();
+    for (const std::string& name : ListSavedConnections())
+        m_recent->addAction(QString::fromStdString(name), this, [this, name] {
+            if (const auto connection = OpenSavedConnection(this, name))
+                OpenConnection(*connection);
+        });
 }
 
 void MainWindow::FillLanguages() {
@@ -408,6 +432,11 @@ void MainWindow::ShowValue() {
 /// False when a text typed in the value pane is neither taken nor given up.
 bool MainWindow::LeaveValue() { return !m_value->HasDraft() || m_value->AcceptDraft(); }
 
+void MainWindow::WriteChanges() {
+    if (LeaveValue())
+        GetPage()->GetResult().WriteChanges();
+}
+
 // --- what the page reports -----------------------------------------------------------------------
 
 void MainWindow::ShowStatus(const QString& text) { statusBar()->showMessage(text); }
@@ -415,7 +444,18 @@ void MainWindow::ShowStatus(const QString& text) { statusBar()->showMessage(text
 void MainWindow::ShowCurrentValue() {
     ConnectionPage* const page = GetPage();
     CellPlace place;
-    if (!page || !page->GetResult().GetCurrentPlace(place)) {
+    const bool hasValue = page && page->GetResult().GetCurrentPlace(place);
+    if (m_isTakingValue)
+        return;
+    // What was typed belongs to the cell that it was typed for.
+    if (m_value->HasDraft() && (!hasValue || page != m_valuePage || place != m_valuePlace)) {
+        m_isTakingValue = true;
+        m_value->AcceptDraft();
+        m_isTakingValue = false;
+    }
+    m_valuePage = page;
+    m_valuePlace = place;
+    if (!hasValue) {
         m_value->Clear();
         return;
     }
@@ -459,8 +499,9 @@ void MainWindow::ShowState() {
     setWindowTitle(page ? Label(IDS_VQ_W_TITLE, {name.toStdString() + "[*]"}) : Label(IDS_VQ_APP));
     const std::size_t changes = page ? page->GetResult().GetDocument().GetEdits().GetCount() : 0;
     setWindowModified(changes > 0);
-    m_changes->setText(changes == 0   ? Label(IDS_VQ_W_NO_CHANGES)
-                       : changes == 1 ? Label(IDS_VQ_W_CHANGE)
+    m_changes->setText(changes == 0 && page && page->HasUncommitted() ? Label(IDS_VQ_N_UNCOMMITTED)
+                       : changes == 0                                 ? Label(IDS_VQ_W_NO_CHANGES)
+                       : changes == 1                                 ? Label(IDS_VQ_W_CHANGE)
                                       : Label(IDS_VQ_W_CHANGES, {GroupDigits(changes)}));
     m_rows->clear();
     if (!page || !page->GetResult().HasResult())

@@ -1,10 +1,12 @@
 // The program's window: menus, tool bar, docks, and a tab for each connection.
 #pragma once
 
+#include "vnquery/result/PendingEdits.h"
 #include "vnquery/sources/Connection.h"
 #include "vnquery/window/SqlEditor.h"
 
 #include <QMainWindow>
+#include <QPointer>
 #include <QTabWidget>
 #include <QTimer>
 
@@ -41,6 +43,7 @@ public:
     void Open();
     void Connect();
     void NewTab();
+    void WriteChanges();
     /// -1: the present one.
     void CloseTab(int index);
     void EditVariables();
@@ -68,6 +71,7 @@ private:
     void ShowCurrentValue();
     void ShowState();
     bool LeaveValue();
+    void TurnDocks();
     void Relabel();
     void LookForSignals();
     void ChooseLanguage(const QString& code);
@@ -85,11 +89,17 @@ private:
     HistoryPane* m_history = nullptr;
     ValuePane* m_value = nullptr;
     std::vector<QDockWidget*> m_docks; ///< tree, history, value
+    // What the value pane shows.
+    QPointer<ConnectionPage> m_valuePage;
+    CellPlace m_valuePlace;
+    bool m_isTakingValue = false;
+
     QLabel* m_rows = nullptr;
     QLabel* m_changes = nullptr;
     QTimer m_signalTimer;
     int m_endingSignal = 0;
-    bool m_isAsking = false; ///< about changes, after a signal
+    bool m_areDocksTurned = false; ///< for texts from right to left
+    bool m_isAsking = false;       ///< about changes, after a signal
 };
 
 } // namespace vnquery

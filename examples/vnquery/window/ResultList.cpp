@@ -53,6 +53,8 @@ void ResultList::ShowColumns() {
     const QueryLayout& layout = m_document.GetLayout();
     SetColumnName(kNumbers, "#");
     SetColumnWidth(kNumbers, kMinWidth);
+    SetColumnAlignment(kNumbers, kAlignRight);
+    SetColumnType(kNumbers, 1);
     SetColumnTip(kNumbers, Text(IDS_VQ_N_ROW_NUMBER).c_str());
     std::vector<int> order = {kNumbers};
     for (int i = 1; i <= count; ++i) {
@@ -88,7 +90,7 @@ void ResultList::ShowKinds() {
     CClientDC dc(this);
     CFont* const font = GetFont();
     CFont* const old = font ? dc.SelectObject(font) : nullptr;
-    SetColumnWidth(kNumbers, static_cast<int>(dc.GetTextExtent(widest).cx) + 12);
+    SetColumnWidth(kNumbers, static_cast<int>(dc.GetTextExtent(widest).cx) + kArrow);
     if (old)
         dc.SelectObject(old);
 }
@@ -310,18 +312,6 @@ BOOL ResultList::PreTranslateMessage(MSG* message) {
     }
 }
 
-/// Not a text of the list, so that neither a filter nor a search finds it.
-void ResultList::DrawNumber(CDC& dc, const RECT& row, std::size_t number, bool isSelected) {
-    CRect place = CellRect(kNumbers, row);
-    place.DeflateRect(4, 0);
-    const COLORREF old =
-        dc.SetTextColor(GetSysColor(isSelected ? COLOR_HIGHLIGHTTEXT : COLOR_GRAYTEXT));
-    const int mode = dc.SetBkMode(TRANSPARENT);
-    dc.DrawText(std::to_string(number).c_str(), -1, place, DT_RIGHT | DT_VCENTER | DT_SINGLELINE);
-    dc.SetBkMode(mode);
-    dc.SetTextColor(old);
-}
-
 void ResultList::DrawItem(LPDRAWITEMSTRUCT item) {
     CListBoxEx::DrawItem(item);
     const int row = static_cast<int>(item->itemID);
@@ -331,7 +321,6 @@ void ResultList::DrawItem(LPDRAWITEMSTRUCT item) {
     const bool isSelected = (item->itemState & ODS_SELECTED) != 0;
     const COLORREF color = GetSysColor(isSelected ? COLOR_HIGHLIGHTTEXT : COLOR_HIGHLIGHT);
     const std::size_t shownRow = ShownRowOf(row);
-    DrawNumber(*dc, item->rcItem, shownRow + 1, isSelected);
     for (int i = 1; i < GetNumColumns() && !m_document.GetEdits().IsEmpty(); ++i) {
         CRect mark = CellRect(i, item->rcItem);
         if (mark.IsRectEmpty() || !m_document.IsChanged(shownRow, static_cast<std::size_t>(i - 1)))

@@ -84,7 +84,6 @@ private:
     void NotifyParent() const;
     void TakeColumn(CPoint point);
     void ShowSortArrow();
-    void DrawNumber(CDC& dc, const RECT& row, std::size_t number, bool isSelected);
 
     ResultDocument& m_document;
     ResultRows m_rows;

@@ -89,7 +89,7 @@ void ResultPanel::OnContextMenu(CWnd* window, CPoint screen) {
     const bool isByKey = screen.x == -1 && screen.y == -1;
     QWidget* const widget = window ? window->GetWidget() : GetWidget();
     const QPoint place = isByKey ? widget->mapToGlobal(QPoint(0, 0)) : QPoint(screen.x, screen.y);
-    if (window != m_list.GetHeadings()) {
+    if (!window || window != m_list.GetHeadings()) {
         m_owner.ShowMenu(place);
         return;
     }

@@ -15,8 +15,10 @@ constexpr auto kShortSort = std::chrono::milliseconds(30);
 } // namespace
 
 void ResultRows::GetCell(int row, int column, std::string& text) {
-    if (column == 0) // the list draws the number
+    if (column == 0) {
+        text = std::to_string(row + 1);
         return;
+    }
     try {
         m_document.AppendCellText(text, static_cast<std::size_t>(row),
                                   static_cast<std::size_t>(column - 1));

@@ -11,11 +11,14 @@
 #include <QAction>
 #include <QEvent>
 #include <QHBoxLayout>
+#include <QHelpEvent>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
+#include <QTextDocument>
 #include <QToolBar>
+#include <QToolTip>
 #include <QVBoxLayout>
 
 namespace vnquery {
@@ -54,6 +57,10 @@ ResultView::ResultView(QWidget* parent)
         GetList().SetFocus();
     });
     m_findText->installEventFilter(this);
+    QWidget* const list = GetList().GetWidget();
+    list->installEventFilter(this);
+    for (QWidget* inner : list->findChildren<QWidget*>())
+        inner->installEventFilter(this);
     connect(m_findText, &QLineEdit::returnPressed, this, [this] { FindNext(true); });
     m_findBar->hide();
     layout->addWidget(m_findBar);
@@ -83,8 +90,29 @@ void ResultView::changeEvent(QEvent* event) {
     QWidget::changeEvent(event);
 }
 
-/// Esc in the field leaves it.
+/// Shows the text of a cell that is cut off.
+void ResultView::ShowCellTip(const QPoint& place) {
+    ResultList& list = GetList();
+    CPoint point(place.x(), place.y());
+    list.ScreenToClient(&point);
+    int row = -1;
+    int column = -1;
+    list.HitTest(point, row, column);
+    CString text;
+    if (row < 0 || column < 0 || !list.GetStringItem(row, column, text))
+        return;
+    const QString shown = QString::fromUtf8(static_cast<const char*>(text));
+    const bool isCut = fontMetrics().horizontalAdvance(shown) > list.GetColumnWidth(column) - 6;
+    QToolTip::showText(place, isCut ? Qt::convertFromPlainText(shown) : QString(),
+                       list.GetWidget());
+}
+
+/// Esc in the field leaves it; tips of cells.
 bool ResultView::eventFilter(QObject* watched, QEvent* event) {
+    if (watched != m_findText && event->type() == QEvent::ToolTip) {
+        Guard(this, [&] { ShowCellTip(static_cast<QHelpEvent*>(event)->globalPos()); });
+        return true;
+    }
     if (watched != m_findText || event->type() != QEvent::KeyPress ||
         static_cast<QKeyEvent*>(event)->key() != Qt::Key_Escape)
         return QWidget::eventFilter(watched, event);

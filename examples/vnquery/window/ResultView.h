@@ -66,8 +66,8 @@ public:
     void DeleteRows();
     void LoadCell();
     void SaveCell();
-    /// The current cell's new value, from the value pane.
-    void SetCurrentValue(NewValue value);
+    /// A cell's new value, from the value pane.
+    void SetValue(CellPlace place, NewValue value);
     void Copy(CopyForm form);
     void Find();
     void FindNext(bool forward);
@@ -120,6 +120,7 @@ private:
     };
 
     void Relabel();
+    void ShowCellTip(const QPoint& place);
     Shown GetShown(bool selectedOnly);
     bool RequireResult();
     bool RequireCurrent(CellPlace& place);

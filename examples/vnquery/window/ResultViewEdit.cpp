@@ -109,10 +109,11 @@ void ResultView::CellsChanged() {
     Q_EMIT Changed();
 }
 
-void ResultView::SetCurrentValue(NewValue value) {
-    CellPlace place;
-    if (RequireEditable(place))
-        SetCell(place, std::move(value));
+void ResultView::SetValue(CellPlace place, NewValue value) {
+    if (!RequireResult() || RefuseEdit(m_document.GetReadOnlyReason(place)))
+        return;
+    SetCell(place, std::move(value));
+    GetList().Invalidate();
 }
 
 void ResultView::EditCell() {

@@ -14,12 +14,14 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QDialog>
+#include <QHelpEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
+#include <QToolTip>
 #include <QTreeView>
 
 namespace vnquery::test {
@@ -174,6 +176,24 @@ TEST_F(WindowControls, TextsAreFoundAndCopied) {
     EXPECT_NE(clipboard().find("VALUES(2,'two');"), std::string::npos) << clipboard();
 }
 
+TEST_F(WindowControls, ACutTextHasATip) {
+    OpenNotes();
+    List().SetColumnWidth(ResultList::ListColumnOf(0), 12);
+    QWidget* const list = List().GetWidget();
+    RECT rect{};
+    List().SendMessage(LB_GETITEMRECT, 1, reinterpret_cast<LPARAM>(&rect));
+    const auto tip = [&](int column) {
+        CRect heading;
+        EXPECT_TRUE(List().GetHeadings()->GetRect(ResultList::ListColumnOf(column), &heading));
+        const QPoint place(static_cast<int>(heading.left) + 4, static_cast<int>(rect.top) + 4);
+        QHelpEvent event(QEvent::ToolTip, place, list->mapToGlobal(place));
+        QApplication::sendEvent(list, &event);
+        return QToolTip::text().toStdString();
+    };
+    EXPECT_EQ(tip(1), "");
+    EXPECT_NE(tip(0).find("two"), std::string::npos) << tip(0);
+}
+
 /// The pane follows the current cell; what is typed there becomes a change of that cell.
 TEST_F(WindowControls, TheValuePaneShowsAndChangesTheCurrentCell) {
     OpenNotes();
@@ -192,6 +212,19 @@ TEST_F(WindowControls, TheValuePaneShowsAndChangesTheCurrentCell) {
     m_answers.m_answers = {QMessageBox::Yes};
     Key(Qt::Key_S, Qt::ControlModifier);
     EXPECT_EQ(Ask("select t from note where id = 2"), "two\nlines");
+    // What was typed goes to its own cell when another one is chosen, and with Write.
+    List().SetCurrentCell(0, 0);
+    Window().ShowValue();
+    Type("x");
+    List().SetCurrentCell(1, 0);
+    EXPECT_EQ(Cell(0, 0), "xone");
+    EXPECT_EQ(Cell(1, 0), "two \u2026 [9 B]");
+    List().SetCurrentCell(0, 0);
+    Window().ShowValue();
+    Type("y");
+    m_answers.m_answers = {QMessageBox::Yes};
+    Window().WriteChanges();
+    EXPECT_EQ(Ask("select t from note where id = 1"), "yxone");
 }
 
 TEST_F(WindowControls, TheTreeBrowsesATable) {
