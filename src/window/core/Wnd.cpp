@@ -17,7 +17,6 @@
 #include <string>
 
 using vnbytstr::detail::Window;
-using vnbytstr::detail::WindowWidget;
 
 const CWnd CWnd::wndTop;
 const CWnd CWnd::wndBottom;
