@@ -47,7 +47,8 @@ protected:
         folder.Write(std::string("Help/l.") + language + "/" + name, "");
     }
     std::string HelpFolder(const char* language = "DEU") const {
-        return folder.Path() + "Help/l." + language + "/";
+        return folder.Path() + "Help/l." + language +
+               static_cast<char>(std::filesystem::path::preferred_separator);
     }
     /// What a request starts: the page without its folder, or an address; empty for nothing.
     std::string Opened(DWORD data, UINT command = 0) {
