@@ -58,9 +58,12 @@ private:
 /// Waits until `condition` holds or half a minute is over; whether it holds.
 template <class Condition>
 bool WaitFor(Condition condition) {
-    for (int i = 0; i < 3000 && !condition(); ++i)
+    for (int i = 0; i < 3000; ++i) {
+        if (condition())
+            return true;
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    return condition();
+    }
+    return false;
 }
 
 } // namespace vnbytstr::test
