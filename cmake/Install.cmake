@@ -1,9 +1,13 @@
-# What `cmake --install` puts in place: libraries, headers, CMake package, pkg-config files.
+# What `cmake --install` puts in place: libraries, headers, CMake package, pkg-config files. The
+# components are library, controls, development and vnquery; a package is made of each.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS vnbytstr EXPORT vnbytstrTargets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+            COMPONENT library NAMELINK_COMPONENT development
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development
+        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT library)
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME development) # what follows and names no other
 # What lies under include/ is public, and nothing else is installed.
 install(DIRECTORY include/vnbytstr DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
         FILES_MATCHING PATTERN "*.h")
@@ -12,7 +16,9 @@ if(VNBYTSTR_CONTROLS)
     set_target_properties(vnbytstr_controls PROPERTIES INSTALL_RPATH "$ORIGIN") # finds the core
     install(TARGETS vnbytstr_controls EXPORT vnbytstrControlsTargets
             LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-            RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+                COMPONENT controls NAMELINK_COMPONENT development
+            ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development
+            RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT controls)
     install(EXPORT vnbytstrControlsTargets NAMESPACE vnbytstr::
             DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vnbytstr)
 endif()
@@ -47,3 +53,4 @@ foreach(file IN LISTS pcFiles)
     configure_file(cmake/${file}.in "${PROJECT_BINARY_DIR}/${file}" @ONLY)
     install(FILES "${PROJECT_BINARY_DIR}/${file}" DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endforeach()
+unset(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME)

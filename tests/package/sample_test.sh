@@ -11,7 +11,7 @@ export TMPDIR=$work/tmp VNBYTSTR_PROFILE=$work/profile.ini
 fail() { echo "FAILED: $1" >&2; exit 1; }
 
 "$cmake" --install "$build" --prefix "$work/prefix" >/dev/null
-rm -r "$work"/prefix/bin # the sample that is built within the tree
+rm -r "$work"/prefix/bin "$work"/prefix/lib*/vnquery # the sample that is built within the tree
 cp -r "$sample" "$work/vnquery"
 "$cmake" -S "$work/vnquery" -B "$work/build" -DCMAKE_PREFIX_PATH="$work/prefix" \
     -DCMAKE_CXX_COMPILER="$cxx" -DCMAKE_CXX_FLAGS=-O0 >/dev/null
@@ -34,4 +34,4 @@ fi
 # Installed elsewhere, it takes its texts and help pages along.
 "$cmake" --install "$work/build" --prefix "$work/elsewhere" >/dev/null
 expect "$work/elsewhere/bin/vnquery" fr_FR.UTF-8 "(1 ligne)"
-[ -e "$work/elsewhere/bin/Help/l.DEU/vnquery.ind" ] || fail "the help pages are not installed"
+[ -e "$work"/elsewhere/lib*/vnquery/Help/l.DEU/vnquery.ind ] || fail "the help pages are not installed"
