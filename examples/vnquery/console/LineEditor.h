@@ -11,7 +11,8 @@ struct history;
 
 namespace vnquery {
 
-/// libedit (the console itself on Windows, whose history is not kept) on standard input and on the terminal that standard output or error is. One at a time.
+/// libedit (the console itself on Windows, whose history is not kept) on standard input and on the
+/// terminal that standard output or error is. One at a time.
 class LineEditor {
 public:
     /// The lines of earlier sessions can be called up.

@@ -87,7 +87,7 @@ std::string ExactSum::Get() const {
     // All parts positive; returns what is carried out, which is negative with the sum.
     const auto carry = [&](long long sign) {
         long long over = 0;
-        parts.assign(static_cast<std::size_t>(highest - lowest + 1), 0);
+        parts.assign(static_cast<std::size_t>(highest - lowest) + 1, 0);
         for (const auto& [place, part] : m_parts)
             parts[static_cast<std::size_t>(place - lowest)] = sign * part;
         for (long long& part : parts) {

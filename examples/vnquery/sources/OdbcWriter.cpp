@@ -181,7 +181,7 @@ std::optional<RowKey> OdbcWriter::FetchKey(SQLHANDLE statement, Progress& progre
 std::optional<RowKey> OdbcWriter::AskForKey(const RowValues& values, Progress& progress) const {
     if (m_connection->GetServer() != SqlServer::MySql || m_plan.keyColumns.size() != 1)
         return GivenKey(m_plan, values);
-    if (const std::optional<RowKey> given = GivenKey(m_plan, values))
+    if (std::optional<RowKey> given = GivenKey(m_plan, values))
         return given;
     const std::unique_ptr<OdbcHandle> select = m_connection->NewStatement();
     Execute(select->Get(), "SELECT LAST_INSERT_ID()", Text(IDS_VQ_S_CANNOT_INSERT, {m_plan.table}),

@@ -102,7 +102,7 @@ private:
         const bool isClause = !isComment && BeginsClause(at);
         const bool isLess =
             isClause || isComment || m_isFirst || Word(at) == ")" || Word(at) == ";";
-        const std::string indent(kStep * static_cast<std::size_t>(Depth() - (isLess ? 1 : 0)), ' ');
+        std::string indent(kStep * static_cast<std::size_t>(Depth() - (isLess ? 1 : 0)), ' ');
         if (EndsLine(at - 1))
             return indent;
         if (isClause || breaks > 0)
