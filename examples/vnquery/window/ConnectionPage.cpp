@@ -269,7 +269,7 @@ void ConnectionPage::Finish() {
 
 void ConnectionPage::ShowFailure(const QueryRun& run) {
     QString text = Sentence(run.GetMessage());
-    if (!m_session && FindRefusal(run.GetSql(), m_server))
+    if (!m_session && !run.GetFailurePlace() && FindRefusal(run.GetSql(), m_server))
         text += " " + Label(IDS_VQ_N_HINT_ALLOW);
     m_failure->setText(text);
     m_failure->show();
