@@ -304,6 +304,12 @@ BOOL ResultList::PreTranslateMessage(MSG* message) {
     }
     case VK_F2: // is a command of the window, which says why a cell cannot be edited
         return TRUE;
+    case 'A':
+        if (GetKeyState(VK_CONTROL) >= 0)
+            return CListBoxEx::PreTranslateMessage(message);
+        SendMessage(LB_SETSEL, TRUE, -1); // all rows
+        NotifyParent();
+        return TRUE;
     case VK_RETURN:
         GetParent()->SendMessage(kWmShowValue);
         return TRUE;

@@ -165,7 +165,8 @@ TEST_F(WindowControls, TextsAreFoundAndCopied) {
     View().Copy(CopyForm::Cell);
     EXPECT_EQ(clipboard(), "two");
     RunText("select id, t, 'a\"b' as q from note order by id desc");
-    List().SendMessage(LB_SETSEL, TRUE, -1);
+    List().SetFocus();
+    Key(Qt::Key_A, Qt::ControlModifier);
     View().Copy(CopyForm::RowsWithHeadings);
     EXPECT_EQ(clipboard(), "id\tt\tq\n2\ttwo\t\"a\"\"b\"\n1\tone\t\"a\"\"b\"\n");
     List().HideColumn(ResultList::ListColumnOf(2));
