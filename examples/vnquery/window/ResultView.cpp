@@ -43,10 +43,14 @@ ResultView::ResultView(QWidget* parent)
 
     m_findBar = new QWidget(this);
     m_findText = new QLineEdit(m_findBar);
+    m_replaceText = new QLineEdit(m_findBar);
     m_findTools = new QToolBar(m_findBar);
+    m_replace =
+        m_findTools->addAction(QString(), this, [this] { Guard(this, [this] { Replace(); }); });
     auto* const findLayout = new QHBoxLayout(m_findBar);
     findLayout->setContentsMargins(2, 2, 2, 2);
     findLayout->addWidget(m_findText);
+    findLayout->addWidget(m_replaceText);
     findLayout->addWidget(m_findTools);
     m_findTools->addAction(Icon("go-up"), {}, this, [this] { FindNext(false); });
     m_findTools->addAction(Icon("go-down"), {}, this, [this] { FindNext(true); });
@@ -57,6 +61,8 @@ ResultView::ResultView(QWidget* parent)
         GetList().SetFocus();
     });
     m_findText->installEventFilter(this);
+    m_replaceText->installEventFilter(this);
+    connect(m_replaceText, &QLineEdit::returnPressed, m_replace, &QAction::trigger);
     QWidget* const list = GetList().GetWidget();
     list->installEventFilter(this);
     for (QWidget* inner : list->findChildren<QWidget*>())
@@ -78,9 +84,12 @@ void ResultView::Relabel() {
     m_panel.Relabel();
     m_findText->setPlaceholderText(Label(IDS_VQ_N_FIND_HINT));
     m_findText->setAccessibleName(Label(IDS_VQ_N_FIND_HINT));
-    const UINT texts[] = {IDS_VQ_N_M_FIND_PREVIOUS, IDS_VQ_N_M_FIND_NEXT, IDS_VQ_N_CLOSE};
+    m_replaceText->setPlaceholderText(Label(IDS_VQ_N_REPLACE_HINT));
+    m_replaceText->setAccessibleName(Label(IDS_VQ_N_REPLACE_HINT));
+    const UINT texts[] = {IDS_VQ_N_REPLACE, IDS_VQ_N_M_FIND_PREVIOUS, IDS_VQ_N_M_FIND_NEXT,
+                          IDS_VQ_N_CLOSE};
     const QList<QAction*> tools = m_findTools->actions();
-    for (int i = 0; i < 3; ++i)
+    for (int i = 0; i < 4; ++i)
         tools[i]->setText(Label(texts[i]));
 }
 
@@ -107,13 +116,14 @@ void ResultView::ShowCellTip(const QPoint& place) {
                        list.GetWidget());
 }
 
-/// Esc in the field leaves it; tips of cells.
+/// Esc in a field leaves the bar; tips of cells.
 bool ResultView::eventFilter(QObject* watched, QEvent* event) {
-    if (watched != m_findText && event->type() == QEvent::ToolTip) {
+    const bool isField = watched == m_findText || watched == m_replaceText;
+    if (!isField && event->type() == QEvent::ToolTip) {
         Guard(this, [&] { ShowCellTip(static_cast<QHelpEvent*>(event)->globalPos()); });
         return true;
     }
-    if (watched != m_findText || event->type() != QEvent::KeyPress ||
+    if (!isField || event->type() != QEvent::KeyPress ||
         static_cast<QKeyEvent*>(event)->key() != Qt::Key_Escape)
         return QWidget::eventFilter(watched, event);
     m_findTools->actions().last()->trigger();
@@ -329,6 +339,35 @@ void ResultView::FindNext(bool forward) {
     } else {
         FindEnded(forward ? list.FindNext() : list.FindPrevious());
     }
+}
+
+void ResultView::Replace() {
+    CellPlace place;
+    const QString wanted = m_findText->text();
+    if (wanted.isEmpty() || !RequireEditable(place))
+        return;
+    constexpr DWORD kLongest = 1 << 20;
+    const Value value = m_document.GetValue(place);
+    QString text;
+    if (value.GetType() != Value::Type::Binary && value.GetLength() <= kLongest)
+        text = QString::fromStdString(value.GetBytes());
+    if (text.contains(wanted, Qt::CaseInsensitive)) {
+        const std::string replaced =
+            text.replace(wanted, m_replaceText->text(), Qt::CaseInsensitive).toStdString();
+        const ColumnKind kind = m_document.GetKind(place.second);
+        if (kind == ColumnKind::Integer || kind == ColumnKind::Decimal) {
+            if (!StoreText(GetList().GetCurrentRow(), GetList().GetCurrentColumn(), replaced))
+                return;
+            CellsChanged();
+        } else {
+            NewValue changed;
+            changed.value.Begin(Value::Type::Text);
+            changed.value.Append({reinterpret_cast<const BYTE*>(replaced.data()), replaced.size()});
+            changed.value.Complete();
+            SetCell(place, std::move(changed));
+        }
+    }
+    FindNext(true);
 }
 
 void ResultView::FindEnded(int result) {

@@ -71,6 +71,8 @@ public:
     void Copy(CopyForm form);
     void Find();
     void FindNext(bool forward);
+    /// Replaces the text in the current cell, where it is there, and goes to the next one.
+    void Replace();
     void ShowFilterRow(bool show);
     bool HasFilterRow() { return GetList().GetFilterRow() != nullptr; }
     void FitColumns();
@@ -147,6 +149,8 @@ private:
     ResultPanel m_panel;
     QWidget* m_findBar;
     QLineEdit* m_findText;
+    QLineEdit* m_replaceText;
+    QAction* m_replace;
     QToolBar* m_findTools;
     QByteArray m_found; ///< the text found last
     QTimer m_sortTimer;

@@ -160,6 +160,11 @@ TEST_F(WindowControls, TextsAreFoundAndCopied) {
     Key(Qt::Key_Return);
     EXPECT_EQ(List().GetCurrentRow(), 1);
     EXPECT_EQ(List().GetCurrentColumn(), 0);
+    View().findChildren<QLineEdit*>().at(1)->setText("T");
+    View().Replace();
+    EXPECT_EQ(Cell(1, 0), "To");
+    View().Undo();
+    EXPECT_EQ(Cell(1, 0), "two");
     Key(Qt::Key_Escape);
     const auto clipboard = [] { return QGuiApplication::clipboard()->text().toStdString(); };
     View().Copy(CopyForm::Cell);
