@@ -11,6 +11,7 @@
 
 #include <QApplication>
 
+#include <cstdio>
 #include <cstdlib>
 
 namespace vnquery {
@@ -28,11 +29,21 @@ void RequireDisplay() {
         throw Failure(kBadUsage, Text(IDS_VQ_CL_NO_DISPLAY));
 }
 
+/// Qt aborts when the display cannot be reached.
+void EndWithoutDisplay(QtMsgType type, const QMessageLogContext&, const QString&) {
+    if (type != QtFatalMsg)
+        return;
+    std::fprintf(stderr, "vnquery: %s\n", Text(IDS_VQ_N_DISPLAY).c_str());
+    std::_Exit(kBadUsage);
+}
+
 } // namespace
 
 int RunWindow(int argc, char** argv, const WindowStart& start) {
     RequireDisplay();
+    qInstallMessageHandler(EndWithoutDisplay);
     const QApplication application(argc, argv);
+    qInstallMessageHandler(nullptr);
     QApplication::setApplicationName("vnquery");
     QApplication::setDesktopFileName("vnquery");
     QApplication::setWindowIcon(Icon("vnquery"));

@@ -106,6 +106,21 @@ TEST_F(WindowControls, ASignalEndsTheProgram) {
     EXPECT_TRUE(m_temporary.Names().empty());
 }
 
+TEST_F(WindowControls, ADisplayThatIsNotThereIsToldWithoutACrash) {
+    const std::string platform = qgetenv("QT_QPA_PLATFORM").toStdString();
+    setenv("QT_QPA_PLATFORM", "xcb", 1);
+    const std::string display = qgetenv("DISPLAY").toStdString();
+    setenv("DISPLAY", ":4711", 1);
+    const RunResult result = Run({"--window"});
+    setenv("QT_QPA_PLATFORM", platform.c_str(), 1);
+    if (display.empty())
+        unsetenv("DISPLAY");
+    else
+        setenv("DISPLAY", display.c_str(), 1);
+    EXPECT_EQ(result.code, 2);
+    EXPECT_NE(result.error.find("cannot be reached"), std::string::npos) << result.error;
+}
+
 /// Nothing changes before changes are allowed, and nothing is final before Commit.
 TEST_F(WindowControls, StatementsChangeTheDatabaseWithCommitOnly) {
     OpenNotes();
