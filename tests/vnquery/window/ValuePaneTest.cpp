@@ -23,11 +23,15 @@ namespace vnquery::test {
 namespace {
 
 long PeakMegabytes() {
+#ifdef __SANITIZE_ADDRESS__ // which keeps what is freed
+    return 0;
+#else
     std::ifstream status("/proc/self/status");
     for (std::string line; std::getline(status, line);)
         if (line.starts_with("VmHWM:"))
             return std::stol(line.substr(6)) / 1024;
     return 0;
+#endif
 }
 
 class ValuePanes : public testing::Test {
