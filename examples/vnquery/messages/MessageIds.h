@@ -153,13 +153,10 @@
 
 /* Common captions */
 #define IDS_VQ_APP 41180
-#define IDS_VQ_OK 41181
 #define IDS_VQ_CANCEL 41182
 #define IDS_VQ_BROWSE 41183
 #define IDS_VQ_ALL_FILES 41184
 #define IDS_VQ_DATABASE_FILES 41185
-#define IDS_VQ_TEXT_FILES 41186
-#define IDS_VQ_PICTURE_FILES 41187
 
 /* The menu */
 #define IDS_VQ_M_FILE 41200
@@ -173,12 +170,10 @@
 #define IDS_VQ_M_GOTO_SQL 41208
 #define IDS_VQ_M_WRITE 41209
 #define IDS_VQ_M_DISCARD 41210
-#define IDS_VQ_M_VALUE 41211
 #define IDS_VQ_M_EDIT_CELL 41212
 #define IDS_VQ_M_ZOOM 41213
 #define IDS_VQ_M_SET_NULL 41214
 #define IDS_VQ_M_SET_DEFAULT 41215
-#define IDS_VQ_M_UNDO_CELL 41216
 #define IDS_VQ_M_LOAD 41217
 #define IDS_VQ_M_SAVE 41218
 #define IDS_VQ_M_COPY 41219
@@ -198,17 +193,9 @@
 /* The main window */
 #define IDS_VQ_W_TITLE 41250
 #define IDS_VQ_W_DATABASE 41251
-#define IDS_VQ_W_NO_DATABASE 41252
-#define IDS_VQ_W_OPEN 41253
-#define IDS_VQ_W_CONNECT 41254
-#define IDS_VQ_W_SQL 41255
-#define IDS_VQ_W_SQL_HINT 41256
-#define IDS_VQ_W_RUN 41257
-#define IDS_VQ_W_STOP 41258
 #define IDS_VQ_W_READY 41259
 #define IDS_VQ_W_TYPE 41260
 #define IDS_VQ_W_STARTING 41261
-#define IDS_VQ_W_RUNNING 41262
 #define IDS_VQ_W_STOPPING 41263
 #define IDS_VQ_W_DONE 41264
 #define IDS_VQ_W_DONE_ONE 41265
@@ -258,17 +245,14 @@
 #define IDS_VQ_E_NOT_TEXT 41316
 #define IDS_VQ_E_FOLDER 41317
 #define IDS_VQ_E_NULL_VALUE 41318
-#define IDS_VQ_E_DISPLAY_EXPORT 41319
 #define IDS_VQ_T_WRITING 41320
 #define IDS_VQ_T_EXPORTING 41321
 #define IDS_VQ_T_SAVING 41322
 #define IDS_VQ_T_LOADING 41323
 #define IDS_VQ_T_PROGRESS 41324
 #define IDS_VQ_T_PROGRESS_BYTES 41325
-#define IDS_VQ_E_OTHER_DATABASE 41326
 
 /* The value window */
-#define IDS_VQ_V_TITLE 41360
 #define IDS_VQ_V_AS 41361
 #define IDS_VQ_V_TEXT 41362
 #define IDS_VQ_V_HEX 41363
@@ -287,7 +271,6 @@
 #define IDS_VQ_V_BAD_OFFSET 41376
 #define IDS_VQ_V_LOAD 41377
 #define IDS_VQ_V_SAVE 41378
-#define IDS_VQ_V_CUT 41379
 
 /* The export window */
 #define IDS_VQ_X_TITLE 41400
@@ -335,10 +318,7 @@
 #define IDS_VQ_D_TITLE 41460
 #define IDS_VQ_D_STRING 41461
 #define IDS_VQ_D_SOURCES 41462
-#define IDS_VQ_D_HINT 41463
 #define IDS_VQ_D_CONNECT 41464
-#define IDS_VQ_D_NO_SOURCES 41465
-#define IDS_VQ_D_EMPTY 41466
 
 /* The window of the global variables */
 #define IDS_VQ_G_TITLE 41480
@@ -349,13 +329,10 @@
 #define IDS_VQ_G_ADD 41485
 #define IDS_VQ_G_DELETE 41486
 #define IDS_VQ_G_KEEP 41487
-#define IDS_VQ_G_ON 41488
-#define IDS_VQ_G_OFF 41489
 #define IDS_VQ_G_BAD_VALUE 41490
 #define IDS_VQ_G_OWN 41491
 #define IDS_VQ_G_NEW_TITLE 41492
 #define IDS_VQ_G_NEW_NAME 41493
-#define IDS_VQ_G_NEW_VALUE 41494
 #define IDS_VQ_G_RESERVED 41495
 #define IDS_VQ_G_DUPLICATE 41496
 #define IDS_VQ_G_EMPTY 41497
@@ -364,8 +341,6 @@
 #define IDS_VQ_G_NOT_SAVED 41500
 
 /* The window of the interface language */
-#define IDS_VQ_L_TITLE 41520
-#define IDS_VQ_L_LANGUAGE 41521
 #define IDS_VQ_L_NOT_SAVED 41522
 
 /* The interactive mode of the console */

@@ -10,13 +10,12 @@ namespace vnquery {
 
 /// Why a cell is not editable.
 enum class ReadOnlyReason {
-    None,          ///< it is editable
-    NotATable,     ///< the rows are not those of one table
-    NoKey,         ///< the table has no key, or not all columns of it are selected
-    Key,           ///< the column identifies the row
-    Computed,      ///< an expression, or a column that the database computes
-    OtherDatabase, ///< another database has been opened since the query
-    Deleted        ///< the row is marked for deletion
+    None,      ///< it is editable
+    NotATable, ///< the rows are not those of one table
+    NoKey,     ///< the table has no key, or not all columns of it are selected
+    Key,       ///< the column identifies the row
+    Computed,  ///< an expression, or a column that the database computes
+    Deleted    ///< the row is marked for deletion
 };
 
 /// A column of the result, as the table has it.

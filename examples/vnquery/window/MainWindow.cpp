@@ -23,7 +23,6 @@
 #include "vnbytstr/Language.h"
 #include "vnbytstr/Profile.h"
 
-#include <QActionGroup>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QComboBox>

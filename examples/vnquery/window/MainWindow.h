@@ -12,7 +12,6 @@
 
 #include <vector>
 
-class QActionGroup;
 class QDockWidget;
 class QLabel;
 class QMenu;
