@@ -212,7 +212,8 @@ private:
 #endif
 
 PatternScanner::PatternScanner(std::span<const BYTE> pattern) noexcept
-    : m_pattern(pattern), m_kernel(ActiveKernel()) {
+    : m_pattern(pattern), m_kernel(ActiveKernel()),
+      m_maySkip(pattern.size() >= LongPattern::kShortest) {
     if (pattern.size() > 1)
         ChooseFilter();
 }
@@ -258,6 +259,27 @@ bool PatternScanner::Scan(std::span<const BYTE> text, std::size_t& position) noe
                        : text.size();
         return hit != nullptr;
     }
+    if (m_maySkip && !m_twoWay) {
+        m_looked += text.size() - position;
+        if (m_looked >= 8 * m_pattern.size()) {
+            m_long = LongPattern::Make(m_pattern);
+            m_maySkip = false;
+        }
+    }
+    if (m_long) {
+        if (m_long->Scan(text, position))
+            return true;
+        if (!m_long->HasGivenUp())
+            return false;
+        m_long.reset();
+        if (position > text.size() || text.size() - position < m_pattern.size())
+            return false;
+    }
+    return ScanAll(text, position);
+}
+
+/// The filter, or what takes over from it.
+bool PatternScanner::ScanAll(std::span<const BYTE> text, std::size_t& position) noexcept {
 #if defined(__x86_64__)
     if (m_kernel >= Kernel::Avx2) {
         if (!m_twoWay && FilterAvx2(text, position))

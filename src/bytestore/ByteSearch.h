@@ -3,9 +3,11 @@
 // The time is linear in the bytes searched whatever pattern and data are: a filter on two of the
 // pattern's bytes runs as long as it pays, and the two-way algorithm takes over when too much work
 // goes into places that turn out not to match (M. Crochemore, D. Perrin: Two-way string-matching,
-// Journal of the ACM 38(3), 1991).
+// Journal of the ACM 38(3), 1991). Long patterns begin with a search that skips most of the data, as
+// long as that pays (LongPattern.h).
 #pragma once
 
+#include "src/bytestore/LongPattern.h"
 #include "src/os/CpuKernel.h"
 #include "vnbytstr/framework/Types.h"
 
@@ -34,6 +36,7 @@ public:
     void Restart() noexcept { m_known = 0; }
 
 private:
+    bool ScanAll(std::span<const BYTE> text, std::size_t& position) noexcept;
     void ChooseFilter() noexcept;
     void Factorize() noexcept;
     bool Verify(const BYTE* start) noexcept;
@@ -51,8 +54,11 @@ private:
 
     std::span<const BYTE> m_pattern;
     Kernel m_kernel;
-    bool m_twoWay = false;   // the filter has given up
-    std::size_t m_first = 0; // the filter's two offsets, m_first rarer or equal
+    std::unique_ptr<LongPattern> m_long;
+    bool m_maySkip;             // not tried yet
+    std::uint64_t m_looked = 0; // bytes searched before, to see whether preparing it is worth it
+    bool m_twoWay = false;      // the filter has given up
+    std::size_t m_first = 0;    // the filter's two offsets, m_first rarer or equal
     std::size_t m_second = 0;
     std::uint64_t m_wasted = 0;
     std::uint64_t m_allowance = kFirstAllowance;

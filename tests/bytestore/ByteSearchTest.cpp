@@ -221,3 +221,32 @@ TEST_P(ByteSearch, FindsPatternsLongerThanAPiece) {
         }
     }
 }
+
+// Long patterns, where the search skips data until too much of that looks like the pattern.
+TEST_P(ByteSearch, FindsLongPatternsWhereverTheyStand) {
+    for (int round = 0; round < 150; ++round) {
+        const unsigned alphabet = round % 3 == 0 ? 2 : round % 3 == 1 ? 30 : 256;
+        const std::size_t size = Number(255, round % 10 == 0 ? 6000 : 900);
+        Bytes haystack = Random(20000 + Number(0, 20000), alphabet);
+        Bytes pattern = round % 4 == 0 ? Cut(haystack, size) : Random(size, alphabet);
+        if (round % 5 == 0) { // a stretch that begins and ends like the pattern everywhere
+            pattern.assign(size, 0);
+            pattern[Number(0, 1) * (size - 1)] = 1;
+            std::fill_n(haystack.begin() + 9000, 9000, BYTE{0});
+        }
+        if (round % 2 == 0) {
+            const std::size_t at = m_random() % (haystack.size() - size + 1);
+            std::copy(pattern.begin(), pattern.end(),
+                      haystack.begin() + static_cast<std::ptrdiff_t>(at));
+        }
+        const auto expected = Oracle(haystack, pattern, 0);
+        ASSERT_EQ(FindBytes(haystack, pattern), expected) << "round " << round;
+        ByteSearcher searcher(pattern);
+        for (const std::size_t piece : {std::size_t{1000}, haystack.size()}) {
+            searcher.Restart();
+            ASSERT_EQ(Streamed(searcher, haystack, [=](std::size_t at) { return at + piece; }),
+                      expected)
+                << "round " << round << ", pieces of " << piece;
+        }
+    }
+}
