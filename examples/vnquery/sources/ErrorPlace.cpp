@@ -1,5 +1,7 @@
 #include "vnquery/sources/ErrorPlace.h"
 
+#include "vnquery/sources/SqlLexer.h"
+
 #include <charconv>
 #include <utility>
 
@@ -23,11 +25,6 @@ std::optional<std::size_t> ByteOfCharacter(std::string_view sql, std::size_t num
         if ((static_cast<unsigned char>(sql[at]) & 0xC0) != 0x80 && --number == 0)
             return at;
     return {};
-}
-
-bool IsWordByte(char ch) {
-    return (ch >= 'a' && ch <= 'z') || (ch >= 'A' && ch <= 'Z') || (ch >= '0' && ch <= '9') ||
-           ch == '_' || static_cast<unsigned char>(ch) >= 0x80;
 }
 
 /// The place of a word that stands in the statement once.

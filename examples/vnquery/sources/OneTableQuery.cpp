@@ -1,6 +1,7 @@
 #include "vnquery/sources/OneTableQuery.h"
 
 #include "vnquery/result/AsciiUpper.h"
+#include "vnquery/sources/SqlLexer.h"
 
 #include <algorithm>
 #include <array>
@@ -10,92 +11,29 @@ namespace vnquery {
 
 namespace {
 
-enum class TokenKind { Word, QuotedName, String, Symbol };
-
+/// A token without what SQL text may leave out: comments, and the case of words.
 struct Token {
-    TokenKind kind;
-    std::size_t begin;
-    std::string text; ///< a word in upper case, a name or string without its quotes
+    SqlToken token;
+    std::string text; ///< a word in upper case
 };
 
-bool IsWordByte(char ch) {
-    const auto byte = static_cast<unsigned char>(ch);
-    return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') ||
-           (byte >= '0' && byte <= '9') || byte == '_' || byte == '$' || byte >= 0x80;
+std::vector<Token> TokensOf(std::string_view sql) {
+    std::vector<Token> tokens;
+    for (SqlToken& token : LexSql(sql, SqlServer::Sqlite))
+        if (token.kind != SqlTokenKind::Comment) {
+            const std::string_view text = token.In(sql);
+            const bool isWord = token.kind == SqlTokenKind::Word;
+            tokens.push_back({std::move(token), isWord ? ToUpper(text) : std::string(text)});
+        }
+    return tokens;
 }
 
-/// Splits SQL text into tokens as SQLite does, leaving out blanks and comments.
-class Tokenizer {
-public:
-    explicit Tokenizer(std::string_view sql) : m_sql(sql) {}
-
-    std::vector<Token> Run() {
-        std::vector<Token> tokens;
-        while (SkipBlanks())
-            tokens.push_back(Next());
-        return tokens;
-    }
-
-private:
-    bool StartsWith(std::string_view text) const { return m_sql.substr(m_at).starts_with(text); }
-    void SkipPast(std::string_view end) {
-        const std::size_t found = m_sql.find(end, m_at);
-        m_at = found == std::string_view::npos ? m_sql.size() : found + end.size();
-    }
-    bool SkipBlanks() {
-        while (m_at < m_sql.size()) {
-            if (StartsWith("--")) {
-                SkipPast("\n");
-            } else if (StartsWith("/*")) {
-                m_at += 2;
-                SkipPast("*/");
-            } else if (std::string_view(" \t\n\f\r").find(m_sql[m_at]) != std::string_view::npos) {
-                ++m_at;
-            } else {
-                return true;
-            }
-        }
-        return false;
-    }
-    Token Next() {
-        const std::size_t begin = m_at;
-        const char ch = m_sql[m_at];
-        if (IsWordByte(ch)) {
-            std::string word;
-            while (m_at < m_sql.size() && IsWordByte(m_sql[m_at]))
-                word += ToUpper(m_sql[m_at++]);
-            return {TokenKind::Word, begin, word};
-        }
-        if (ch == '"' || ch == '`' || ch == '[' || ch == '\'')
-            return {ch == '\'' ? TokenKind::String : TokenKind::QuotedName, begin,
-                    Quoted(ch == '[' ? ']' : ch)};
-        ++m_at;
-        return {TokenKind::Symbol, begin, std::string(1, ch)};
-    }
-    /// A quote inside is doubled; brackets have no such escape.
-    std::string Quoted(char quote) {
-        std::string text;
-        for (++m_at; m_at < m_sql.size(); ++m_at) {
-            if (m_sql[m_at] == quote) {
-                ++m_at;
-                if (quote == ']' || m_at >= m_sql.size() || m_sql[m_at] != quote)
-                    break;
-            }
-            text += m_sql[m_at];
-        }
-        return text;
-    }
-
-    std::string_view m_sql;
-    std::size_t m_at = 0;
-};
-
 bool IsWord(const Token& token, std::string_view word) {
-    return token.kind == TokenKind::Word && token.text == word;
+    return token.token.kind == SqlTokenKind::Word && token.text == word;
 }
 
 bool IsSymbol(const Token& token, std::string_view symbol) {
-    return token.kind == TokenKind::Symbol && token.text == symbol;
+    return token.token.kind == SqlTokenKind::Symbol && token.text == symbol;
 }
 
 /// Words that show, or may show, that the rows of the result are not those of the table.
@@ -103,7 +41,8 @@ bool IsForbidden(const Token& token) {
     constexpr std::array<std::string_view, 11> kWords = {"JOIN",   "UNION",  "INTERSECT", "EXCEPT",
                                                          "WITH",   "VALUES", "DISTINCT",  "GROUP",
                                                          "HAVING", "WINDOW", "OVER"};
-    return token.kind == TokenKind::Word && std::ranges::find(kWords, token.text) != kWords.end();
+    return token.token.kind == SqlTokenKind::Word &&
+           std::ranges::find(kWords, token.text) != kWords.end();
 }
 
 /// Index of the FROM that belongs to the SELECT at the beginning; nothing when there is another
@@ -131,8 +70,7 @@ std::optional<std::string> FindTable(const std::vector<Token>& tokens, std::size
     std::size_t name = from + 1;
     if (name + 2 < tokens.size() && IsSymbol(tokens[name + 1], "."))
         name += 2;
-    if (name >= tokens.size() ||
-        (tokens[name].kind != TokenKind::Word && tokens[name].kind != TokenKind::QuotedName))
+    if (name >= tokens.size() || !IsName(tokens[name].token))
         return {};
     for (std::size_t i = name + 1; i < tokens.size(); ++i) {
         if (IsWord(tokens[i], "WHERE") || IsWord(tokens[i], "ORDER") || IsWord(tokens[i], "LIMIT"))
@@ -140,17 +78,15 @@ std::optional<std::string> FindTable(const std::vector<Token>& tokens, std::size
         if (IsSymbol(tokens[i], ",") || IsSymbol(tokens[i], "("))
             return {};
     }
-    const Token& token = tokens[name];
-    return token.kind == TokenKind::Word ? std::string(sql.substr(token.begin, token.text.size()))
-                                         : token.text;
+    return NameOf(sql, tokens[name].token);
 }
 
 } // namespace
 
 std::optional<OneTableQuery> ParseOneTableQuery(std::string_view sql) {
-    std::vector<Token> tokens = Tokenizer(sql).Run();
+    std::vector<Token> tokens = TokensOf(sql);
     while (!tokens.empty() && IsSymbol(tokens.back(), ";")) {
-        sql = sql.substr(0, tokens.back().begin);
+        sql = sql.substr(0, tokens.back().token.begin);
         tokens.pop_back();
     }
     const std::optional<std::size_t> from = FindFrom(tokens);
@@ -159,18 +95,16 @@ std::optional<OneTableQuery> ParseOneTableQuery(std::string_view sql) {
     const std::optional<std::string> table = FindTable(tokens, *from, sql);
     if (!table || table->empty()) // as in an open bracket at the text's end
         return {};
-    const std::size_t cut = tokens[*from].begin;
+    const std::size_t cut = tokens[*from].token.begin;
     return OneTableQuery{std::string(sql.substr(0, cut)), std::string(sql.substr(cut)), *table};
 }
 
 std::string NormaliseSql(std::string_view sql) {
     std::string text;
-    for (const Token& token : Tokenizer(sql).Run()) {
+    for (const Token& token : TokensOf(sql)) {
         if (!text.empty())
             text += ' ';
-        text += token.kind == TokenKind::String       ? "'" + token.text + "'"
-                : token.kind == TokenKind::QuotedName ? QuoteName(token.text)
-                                                      : token.text;
+        text += token.text;
     }
     return text;
 }

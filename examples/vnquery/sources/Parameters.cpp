@@ -10,11 +10,6 @@ namespace vnquery {
 
 namespace {
 
-bool IsWordByte(char ch) {
-    return (ch >= 'a' && ch <= 'z') || (ch >= 'A' && ch <= 'Z') || (ch >= '0' && ch <= '9') ||
-           ch == '_' || ch == '$' || static_cast<unsigned char>(ch) >= 0x80;
-}
-
 /// Whether a colon or ampersand after this character is an operator.
 bool BelongsToWord(char before) {
     return IsWordByte(before) || std::string_view(")]}'\"`:&[@").find(before) != std::string::npos;

@@ -16,26 +16,6 @@ bool BeginsWith(std::string_view name, std::string_view upperBegin) {
                               [](char ch) { return ToUpper(ch); });
 }
 
-bool IsName(const SqlToken& token) {
-    return token.kind == SqlTokenKind::Word || token.kind == SqlTokenKind::QuotedName;
-}
-
-/// The name that the token stands for, in upper case.
-std::string NameOf(std::string_view sql, const SqlToken& token) {
-    std::string_view text = token.In(sql);
-    if (token.kind != SqlTokenKind::QuotedName || token.IsOpen())
-        return ToUpper(text);
-    const char quote = text.back();
-    text = text.substr(1, text.size() - 2);
-    std::string name;
-    for (std::size_t at = 0; at < text.size(); ++at) {
-        name += ToUpper(text[at]);
-        if (text[at] == quote) // doubled
-            ++at;
-    }
-    return name;
-}
-
 /// The tokens of the statement that the cursor is in, up to its semicolon.
 std::span<const SqlToken> StatementAt(std::string_view sql, std::span<const SqlToken> tokens,
                                       std::size_t at) {
@@ -73,13 +53,13 @@ SqlCompletion::NamedTables(std::string_view sql, std::span<const SqlToken> token
         };
         if (!IsName(tokens[at]) || isPoint(at + 1)) // a schema, or the table of a column
             continue;
-        const std::string name = NameOf(sql, tokens[at]);
+        const std::string name = ToUpper(NameOf(sql, tokens[at]));
         const auto found = m_byName.find(name);
         if (found == m_byName.end())
             continue;
         Tables tables = found->second;
         if (at > 1 && isPoint(at - 1)) {
-            const std::string schema = NameOf(sql, tokens[at - 2]);
+            const std::string schema = ToUpper(NameOf(sql, tokens[at - 2]));
             std::erase_if(tables, [&](const CatalogTable* table) {
                 return ToUpper(table->schema) != schema;
             });
@@ -91,7 +71,7 @@ SqlCompletion::NamedTables(std::string_view sql, std::span<const SqlToken> token
             ++alias;
         const bool hasAlias = alias < tokens.size() && IsName(tokens[alias]) &&
                               !IsSqlWord(ToUpper(tokens[alias].In(sql)));
-        named[hasAlias ? NameOf(sql, tokens[alias]) : name] = std::move(tables);
+        named[hasAlias ? ToUpper(NameOf(sql, tokens[alias])) : name] = std::move(tables);
     }
     return named;
 }
@@ -132,7 +112,7 @@ SqlCompletion::Answer SqlCompletion::Find(std::string_view sql, std::size_t at) 
     std::map<std::string, Tables> named = NamedTables(sql, StatementAt(sql, all, at));
     answer.isAfterPoint = next > 0 && all[next - 1].In(sql) == ".";
     if (answer.isAfterPoint && next > 1 && IsName(all[next - 2])) {
-        const std::string owner = NameOf(sql, all[next - 2]);
+        const std::string owner = ToUpper(NameOf(sql, all[next - 2]));
         if (const auto found = named.find(owner); found != named.end())
             addColumns(found->second);
         else if (const auto schema = m_bySchema.find(owner); schema != m_bySchema.end())

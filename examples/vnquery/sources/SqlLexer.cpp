@@ -115,7 +115,7 @@ private:
         return SqlTokenKind::Symbol;
     }
     SqlTokenKind Word() {
-        while (IsLetter(At(m_at)) || IsDigit(At(m_at)) || At(m_at) == '$')
+        while (IsWordByte(At(m_at)))
             ++m_at;
         if (At(m_at) != '\'')
             return SqlTokenKind::Word;
@@ -200,6 +200,25 @@ std::span<const SqlDialect> DialectsOf(SqlServer server) {
     }
     return kAll;
 }
+
+bool IsName(const SqlToken& token) {
+    return token.kind == SqlTokenKind::Word || token.kind == SqlTokenKind::QuotedName;
+}
+
+std::string NameOf(std::string_view sql, const SqlToken& token) {
+    const std::string_view text = token.In(sql);
+    if (token.kind != SqlTokenKind::QuotedName)
+        return std::string(text);
+    std::string name;
+    for (std::size_t at = 1; !token.IsOpen() && at + 1 < text.size(); ++at) {
+        name += text[at];
+        if (text[at] == text.back()) // doubled
+            ++at;
+    }
+    return name;
+}
+
+bool IsWordByte(char ch) { return IsLetter(ch) || IsDigit(ch) || ch == '$'; }
 
 std::vector<SqlToken> LexSql(std::string_view sql, const SqlDialect& dialect) {
     return Lexer(sql, dialect).Run();

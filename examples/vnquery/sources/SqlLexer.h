@@ -49,6 +49,14 @@ struct SqlToken {
     std::string_view In(std::string_view sql) const { return sql.substr(begin, end - begin); }
 };
 
+/// Whether the token may be the name of a table, column and so on.
+bool IsName(const SqlToken& token);
+/// The name, without its quotes; "" while these are open.
+std::string NameOf(std::string_view sql, const SqlToken& token);
+
+/// A byte of words: a letter, digit, _ or $, or one of a character beyond ASCII.
+bool IsWordByte(char ch);
+
 /// The tokens of the text, comments among them, blanks not. A symbol is one byte; a number is digits
 /// only ("1.5" is a number, a symbol and a number); each byte above 0x7F counts as a letter. An open
 /// quote or comment is the last token.
