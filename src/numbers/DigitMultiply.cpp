@@ -15,117 +15,28 @@
 // On a processor of the Sapphire Rapids class odd powers are 1.8 times (1024 bits) to 3.8 times
 // (4096 bits) as fast as the faster of OpenSSL and GMP. For machines without AVX-512 a test
 // includes this source with VNBYTSTR_SIMULATE_AVX512 defined, and so runs everything except the
-// operations that have two versions below.
-#include "src/numbers/DigitMultiply.h"
+// operations that have two versions in DigitVector.h.
+#include "src/numbers/DigitVector.h"
 
 #if defined(__x86_64__)
 
 #if defined(VNBYTSTR_SIMULATE_AVX512)
 #define DigitMultiplierAvx512 DigitMultiplierSimulated
-#else
-#include <immintrin.h>
-#if defined(__clang__)
-#pragma clang attribute push(__attribute__((target("avx512f,avx512ifma,bmi2"))),                   \
-                             apply_to = function)
-#else
-#pragma GCC push_options
-#pragma GCC target("avx512f,avx512ifma,bmi2")
-#endif
 #endif
 
+VNBYTSTR_DIGITS_BEGIN
 namespace vnbytstr::detail {
 
+using namespace VNBYTSTR_DIGITS;
+
 namespace {
-
-#define VNBYTSTR_INLINE [[gnu::always_inline]] inline
-
-// Inlined, so that arrays of vectors become registers.
-#if defined(__clang__)
-#define VNBYTSTR_UNROLL _Pragma("unroll")
-#else
-#define VNBYTSTR_UNROLL _Pragma("GCC unroll 20")
-#endif
-
-constexpr std::size_t kLanes = 8;
-
-using Vector = Word64 __attribute__((vector_size(64)));
-using UnalignedVector = Word64 __attribute__((vector_size(64), aligned(8), may_alias));
-__extension__ using Word128 = unsigned __int128;
-
-// sum + the low, or the high, 52 bits of a * b; only the low 52 bits of a and b count.
-#if defined(VNBYTSTR_SIMULATE_AVX512)
-VNBYTSTR_INLINE Vector AddLow(Vector sum, Vector a, Vector b) {
-    return sum + (((a & kDigitMask) * (b & kDigitMask)) & kDigitMask);
-}
-VNBYTSTR_INLINE Vector AddHigh(Vector sum, Vector a, Vector b) {
-    for (std::size_t i = 0; i < kLanes; ++i)
-        sum[i] +=
-            static_cast<Word64>(Word128{a[i] & kDigitMask} * (b[i] & kDigitMask) >> kDigitBits);
-    return sum;
-}
-// The lanes above a digit's greatest value, those at it, and adding 1 to some lanes.
-VNBYTSTR_INLINE unsigned Above(Vector a) {
-    unsigned lanes = 0;
-    for (std::size_t i = 0; i < kLanes; ++i)
-        lanes |= (a[i] > kDigitMask ? 1u : 0u) << i;
-    return lanes;
-}
-VNBYTSTR_INLINE unsigned Full(Vector a) {
-    unsigned lanes = 0;
-    for (std::size_t i = 0; i < kLanes; ++i)
-        lanes |= (a[i] == kDigitMask ? 1u : 0u) << i;
-    return lanes;
-}
-VNBYTSTR_INLINE Vector Increment(Vector a, unsigned lanes) {
-    for (std::size_t i = 0; i < kLanes; ++i)
-        a[i] += lanes >> i & 1;
-    return a;
-}
-// Lanes 1 to 8, or 7 to 14, of 16.
-VNBYTSTR_INLINE Vector FromOne(Vector low, Vector high) {
-    return __builtin_shufflevector(low, high, 1, 2, 3, 4, 5, 6, 7, 8);
-}
-VNBYTSTR_INLINE Vector FromSeven(Vector low, Vector high) {
-    return __builtin_shufflevector(low, high, 7, 8, 9, 10, 11, 12, 13, 14);
-}
-#else
-VNBYTSTR_INLINE Vector AddLow(Vector sum, Vector a, Vector b) {
-    return (Vector)_mm512_madd52lo_epu64((__m512i)sum, (__m512i)a, (__m512i)b);
-}
-VNBYTSTR_INLINE Vector AddHigh(Vector sum, Vector a, Vector b) {
-    return (Vector)_mm512_madd52hi_epu64((__m512i)sum, (__m512i)a, (__m512i)b);
-}
-VNBYTSTR_INLINE unsigned Above(Vector a) {
-    return _mm512_cmpgt_epu64_mask((__m512i)a, (__m512i)(Vector{} + kDigitMask));
-}
-VNBYTSTR_INLINE unsigned Full(Vector a) {
-    return _mm512_cmpeq_epi64_mask((__m512i)a, (__m512i)(Vector{} + kDigitMask));
-}
-VNBYTSTR_INLINE Vector Increment(Vector a, unsigned lanes) {
-    return (Vector)_mm512_mask_add_epi64((__m512i)a, static_cast<__mmask8>(lanes), (__m512i)a,
-                                         (__m512i)(Vector{} + 1));
-}
-VNBYTSTR_INLINE Vector FromOne(Vector low, Vector high) {
-    return (Vector)_mm512_maskz_alignr_epi64(0xFF, (__m512i)high, (__m512i)low, 1);
-}
-VNBYTSTR_INLINE Vector FromSeven(Vector low, Vector high) {
-    return (Vector)_mm512_maskz_alignr_epi64(0xFF, (__m512i)high, (__m512i)low, 7);
-}
-#endif
-
-VNBYTSTR_INLINE Vector Load(const Word64* p) {
-    return (Vector) * reinterpret_cast<const UnalignedVector*>(p);
-}
-VNBYTSTR_INLINE void Store(Word64* p, Vector a) {
-    *reinterpret_cast<UnalignedVector*>(p) = (UnalignedVector)a;
-}
 
 /// All lanes one place down.
 template <std::size_t V>
 VNBYTSTR_INLINE void MoveDown(Vector (&sum)[V]) {
     VNBYTSTR_UNROLL
     for (std::size_t k = 0; k < V; ++k) {
-        sum[k] = FromOne(sum[k], k + 1 < V ? sum[k + 1] : Vector{});
+        sum[k] = From<1>(sum[k], k + 1 < V ? sum[k + 1] : Vector{});
     }
 }
 
@@ -136,7 +47,7 @@ VNBYTSTR_INLINE void Normalize(Vector (&sum)[V]) {
     VNBYTSTR_UNROLL
     for (std::size_t k = 0; k < V; ++k) {
         const Vector over = sum[k] >> kDigitBits;
-        sum[k] = (sum[k] & kDigitMask) + FromSeven(below, over);
+        sum[k] = (sum[k] & kDigitMask) + From<7>(below, over);
         below = over;
     }
     // The carries left are single ones. Adding integers that have one bit for each lane finds how
@@ -232,13 +143,6 @@ DigitMultiplier DigitMultiplierAvx512(std::size_t digits) noexcept {
 }
 
 } // namespace vnbytstr::detail
-
-#if !defined(VNBYTSTR_SIMULATE_AVX512)
-#if defined(__clang__)
-#pragma clang attribute pop
-#else
-#pragma GCC pop_options
-#endif
-#endif
+VNBYTSTR_DIGITS_END
 
 #endif

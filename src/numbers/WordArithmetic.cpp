@@ -1,5 +1,7 @@
 #include "src/numbers/WordArithmetic.h"
 
+#include "src/numbers/DigitProduct.h"
+
 #include <algorithm>
 #include <bit>
 #include <memory>
@@ -140,6 +142,10 @@ std::size_t ScratchFor(std::size_t n) noexcept { return 6 * n + 256; }
 void MultiplyKaratsuba(Word64* r, const Word64* a, const Word64* b, std::size_t n, Word64* scratch,
                        const WordRows& rows) noexcept {
     const bool square = a == b;
+    if (rows.multiplyDigits && n >= kLeastDigitProduct && n <= kMostDigitProduct) {
+        rows.multiplyDigits(r, a, b, n);
+        return;
+    }
     if (n < (square ? kKaratsubaSquare : kKaratsuba)) {
         if (square)
             SquarePlain(r, a, n, rows);
@@ -274,7 +280,7 @@ void MultiplyWords(Word64* r, WordSpan a, WordSpan b, const WordRows& rows) {
     if (a.size() < b.size())
         std::swap(a, b);
     const std::size_t n = b.size();
-    if (n < kKaratsuba) {
+    if (n < (rows.multiplyDigits ? kLeastDigitProduct : kKaratsuba)) {
         MultiplyPlain(r, a.data(), a.size(), b.data(), n, rows);
         return;
     }
@@ -300,7 +306,7 @@ void MultiplyWords(Word64* r, WordSpan a, WordSpan b, const WordRows& rows) {
 void SquareWords(Word64* r, WordSpan a, const WordRows& rows) {
     if (a.empty())
         return;
-    if (a.size() < kKaratsubaSquare) {
+    if (a.size() < (rows.multiplyDigits ? kLeastDigitProduct : kKaratsubaSquare)) {
         SquarePlain(r, a.data(), a.size(), rows);
         return;
     }

@@ -1,5 +1,7 @@
 #include "src/numbers/WordRows.h"
 
+#include "src/numbers/DigitProduct.h"
+
 #include "src/os/CpuKernel.h"
 
 namespace vnbytstr::detail {
@@ -338,16 +340,20 @@ bool HasAdx() noexcept {
 }
 
 constexpr WordRows kAdxRows = {AddMultipleAdx, AddEightColumnsAdx, ReduceEightColumnsAdx,
-                               SquareEightAdx, DoubleAndAddAdx};
+                               SquareEightAdx, DoubleAndAddAdx,    nullptr};
+constexpr WordRows kAvx512Rows = {AddMultipleAdx, AddEightColumnsAdx, ReduceEightColumnsAdx,
+                                  SquareEightAdx, DoubleAndAddAdx,    MultiplyDigitsAvx512};
 #endif
 
-constexpr WordRows kPlainRows = {AddMultiplePlain, nullptr, nullptr, nullptr, nullptr};
+constexpr WordRows kPlainRows = {AddMultiplePlain, nullptr, nullptr, nullptr, nullptr, nullptr};
 
 } // namespace
 
 const WordRows& ActiveWordRows() noexcept {
 #if defined(__x86_64__)
     static const bool hasAdx = HasAdx();
+    if (hasAdx && ActiveKernel() >= Kernel::Avx512)
+        return kAvx512Rows;
     if (hasAdx && ActiveKernel() >= Kernel::Avx2)
         return kAdxRows;
 #endif

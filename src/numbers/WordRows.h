@@ -28,6 +28,8 @@ struct WordRows {
     void (*squareEight)(Word64* r, const Word64* a) noexcept;
     /// r = 2 r + a, of 8 * eights words; nothing is carried out.
     void (*doubleAndAdd)(Word64* r, const Word64* a, std::size_t eights) noexcept;
+    /// r = a * b, as MultiplyDigitsAvx512 (DigitProduct.h). Null where there is no fast version.
+    void (*multiplyDigits)(Word64* r, const Word64* a, const Word64* b, std::size_t n) noexcept;
 };
 
 /// The ones for the active kernel: with mulx, adcx and adox where the machine has them, else plain.

@@ -1,15 +1,18 @@
-// The AVX-512 source, compiled over instructions made of simpler ones, so that its logic is tried
+// The AVX-512 sources, compiled over instructions made of simpler ones, so that their logic is tried
 // on every machine: alone, and as the multiplication of modular powers.
 #include "src/numbers/DigitMultiply.h"
+#include "src/numbers/DigitProduct.h"
 
 #if defined(__x86_64__)
 
 namespace vnbytstr::detail {
 DigitMultiplier DigitMultiplierSimulated(std::size_t digits) noexcept;
+void MultiplyDigitsSimulated(Word64* r, const Word64* a, const Word64* b, std::size_t n) noexcept;
 } // namespace vnbytstr::detail
 
 #define VNBYTSTR_SIMULATE_AVX512
 #include "src/numbers/DigitMultiply.cpp"
+#include "src/numbers/DigitProduct.cpp"
 
 #include "src/numbers/ModularPower.h"
 #include "tests/numbers/GmpOracle.h"
@@ -133,6 +136,21 @@ TEST_F(DigitMultiplySimulated, RaisesToPowersAsGmpDoes) {
         ASSERT_EQ(ModularPower(base, exponent, modulus, DigitMultiplierSimulated),
                   expected.ToWords())
             << "round " << round;
+    }
+}
+
+TEST_F(DigitMultiplySimulated, LongProductsAreThoseOfGmp) {
+    for (std::size_t n = kLeastDigitProduct; n <= kMostDigitProduct; ++n) {
+        const Words a = n % 3 == 0 ? Words(n, ~Word64{0}) : Random(n);
+        const Words b = n % 6 == 0 ? a : Random(n);
+        Words product(2 * n + 1, 7); // the last word is not the product's
+        Words expected(2 * n + 1, 7);
+        mpn_mul_n(expected.data(), a.data(), b.data(), static_cast<mp_size_t>(n));
+        MultiplyDigitsSimulated(product.data(), a.data(), b.data(), n);
+        ASSERT_EQ(product, expected) << n << " words";
+        mpn_sqr(expected.data(), a.data(), static_cast<mp_size_t>(n));
+        MultiplyDigitsSimulated(product.data(), a.data(), a.data(), n);
+        ASSERT_EQ(product, expected) << n << " words";
     }
 }
 
