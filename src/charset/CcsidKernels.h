@@ -83,8 +83,7 @@ struct DoubleByteTable {
 /// Where the double-byte kernel puts its UTF-16.
 enum class WideForm : unsigned char { LittleEndian, BigEndian, Utf8 };
 
-// --- the loops: the plain ones, and those for AVX2
-// ------------------------------------------------
+// --- the loops: the plain ones, and those for AVX2 and AVX-512 ----------------------------------
 
 std::size_t MapBytesPlain(const ByteTable& table, const BYTE* in, BYTE* out,
                           std::size_t size) noexcept;
@@ -104,6 +103,10 @@ KernelStep BytesToUtf8Avx2(const ByteToUtf8Table& table, std::span<const BYTE> i
                            std::span<BYTE> out) noexcept;
 KernelStep Utf8ToBytesAvx2(const Utf8ToByteTable& table, std::span<const BYTE> in,
                            std::span<BYTE> out) noexcept;
+KernelStep BytesToUtf8Avx512(const ByteToUtf8Table& table, std::span<const BYTE> in,
+                             std::span<BYTE> out) noexcept;
+KernelStep Utf8ToBytesAvx512(const Utf8ToByteTable& table, std::span<const BYTE> in,
+                             std::span<BYTE> out) noexcept;
 KernelStep DoubleBytesAvx2(const DoubleByteTable& table, WideForm form, std::span<const BYTE> in,
                            std::span<BYTE> out) noexcept;
 #endif

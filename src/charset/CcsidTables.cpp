@@ -217,11 +217,16 @@ std::shared_ptr<const DoubleByteTable> SharedDoubleByteTable(UConverter* from) {
     return table;
 }
 
+/// The loop for the active kernel.
 #if defined(__x86_64__)
-bool UseAvx2() noexcept { return ActiveKernel() >= Kernel::Avx2; }
-#define VNBYTSTR_CHOOSE(plain, avx2) (UseAvx2() ? (avx2) : (plain))
+template <class Loop>
+Loop* Choose(Loop* plain, Loop* avx2, Loop* avx512) noexcept {
+    const Kernel active = ActiveKernel();
+    return active >= Kernel::Avx512 ? avx512 : active >= Kernel::Avx2 ? avx2 : plain;
+}
+#define VNBYTSTR_CHOOSE(plain, avx2, avx512) Choose(plain, avx2, avx512)
 #else
-#define VNBYTSTR_CHOOSE(plain, avx2) (plain)
+#define VNBYTSTR_CHOOSE(plain, avx2, avx512) (plain)
 #endif
 
 class CopyKernel final : public CcsidKernel {
@@ -238,12 +243,8 @@ public:
     explicit ByteKernel(const ByteTable& table) : m_table(table) {}
     KernelStep Run(std::span<const BYTE> in, std::span<BYTE> out) const noexcept override {
         const std::size_t size = std::min(in.size(), out.size());
-        auto map = VNBYTSTR_CHOOSE(MapBytesPlain, MapBytesAvx2);
-#if defined(__x86_64__)
-        if (ActiveKernel() >= Kernel::Avx512)
-            map = MapBytesAvx512;
-#endif
-        const std::size_t done = map(m_table, in.data(), out.data(), size);
+        const std::size_t done = VNBYTSTR_CHOOSE(MapBytesPlain, MapBytesAvx2, MapBytesAvx512)(
+            m_table, in.data(), out.data(), size);
         return {done, done};
     }
 
@@ -255,7 +256,8 @@ class ByteToUtf8Kernel final : public CcsidKernel {
 public:
     explicit ByteToUtf8Kernel(const ByteToUtf8Table& table) : m_table(table) {}
     KernelStep Run(std::span<const BYTE> in, std::span<BYTE> out) const noexcept override {
-        return VNBYTSTR_CHOOSE(BytesToUtf8Plain, BytesToUtf8Avx2)(m_table, in, out);
+        return VNBYTSTR_CHOOSE(BytesToUtf8Plain, BytesToUtf8Avx2, BytesToUtf8Avx512)(m_table, in,
+                                                                                     out);
     }
 
 private:
@@ -266,7 +268,8 @@ class Utf8ToByteKernel final : public CcsidKernel {
 public:
     explicit Utf8ToByteKernel(Utf8ToByteTable table) : m_table(std::move(table)) {}
     KernelStep Run(std::span<const BYTE> in, std::span<BYTE> out) const noexcept override {
-        return VNBYTSTR_CHOOSE(Utf8ToBytesPlain, Utf8ToBytesAvx2)(m_table, in, out);
+        return VNBYTSTR_CHOOSE(Utf8ToBytesPlain, Utf8ToBytesAvx2, Utf8ToBytesAvx512)(m_table, in,
+                                                                                     out);
     }
 
 private:
@@ -278,7 +281,8 @@ public:
     DoubleByteKernel(std::shared_ptr<const DoubleByteTable> table, WideForm form)
         : m_table(std::move(table)), m_form(form) {}
     KernelStep Run(std::span<const BYTE> in, std::span<BYTE> out) const noexcept override {
-        return VNBYTSTR_CHOOSE(DoubleBytesPlain, DoubleBytesAvx2)(*m_table, m_form, in, out);
+        return VNBYTSTR_CHOOSE(DoubleBytesPlain, DoubleBytesAvx2, DoubleBytesAvx2)(*m_table, m_form,
+                                                                                   in, out);
     }
 
 private:

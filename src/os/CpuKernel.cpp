@@ -24,7 +24,8 @@ bool MachineHas(Kernel kernel) noexcept {
         return MachineHas(Kernel::Avx2) && __builtin_cpu_supports("avx512f") &&
                __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl") &&
                __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vbmi") &&
-               __builtin_cpu_supports("avx512ifma") && __builtin_cpu_supports("gfni");
+               __builtin_cpu_supports("avx512vbmi2") && __builtin_cpu_supports("avx512ifma") &&
+               __builtin_cpu_supports("gfni");
     }
     return false;
 #else

@@ -14,7 +14,7 @@ namespace vnbytstr {
 enum class Kernel : unsigned char {
     Plain,  ///< portable C++
     Avx2,   ///< AVX2 and BMI2
-    Avx512, ///< AVX-512 F, BW, VL, DQ, VBMI, IFMA and GFNI
+    Avx512, ///< AVX-512 F, BW, VL, DQ, VBMI, VBMI2, IFMA and GFNI
 };
 
 /// The kernel in use: the best of the machine within the bounds set.
