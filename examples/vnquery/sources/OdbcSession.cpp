@@ -63,8 +63,9 @@ std::unique_ptr<RowSource> OdbcSession::DoRun(LeasePointer lease, const std::str
     BeginUse();
     try {
         auto source = std::make_unique<OdbcSource>(m_open, lease, sql, use, parameters);
-        m_isChanged = FindRefusal(sql, GetServer()).has_value();
-        if (CommitsByItself(sql, GetServer()))
+        const SqlText text(sql, GetServer(), parameters, true);
+        m_isChanged = FindRefusal(text.Get(), GetServer()).has_value();
+        if (CommitsByItself(text.Get(), GetServer()))
             m_hasChanges = m_isChanged = m_hasSavepoint = false;
         return source;
     } catch (...) {

@@ -58,12 +58,12 @@ OdbcSource::OdbcSource(std::shared_ptr<OdbcConnection> connection, Session::Leas
     m_watcher = std::jthread([this, asked = CurrentStop()](const std::stop_token& stop) {
         CancelWhenAsked(stop, asked);
     });
-    text.Locate([&] { Run(sql, text); });
+    text.Locate([&] { Run(text); });
     if (use == SourceUse::Editing && !m_names.empty())
         PlanEditing(text.Get());
 }
 
-void OdbcSource::Run(const std::string& sql, const SqlText& text) {
+void OdbcSource::Run(const SqlText& text) {
     try {
         Prepare(text.Get());
         Bind(text.GetValues());
@@ -73,7 +73,7 @@ void OdbcSource::Run(const std::string& sql, const SqlText& text) {
     } catch (const Failure& failure) {
         throw Failure(failure.Code(), failure.what(), FindErrorPlace(failure.what(), text.Get()));
     }
-    CountRows(sql);
+    CountRows(text.Get());
     DescribeColumns();
 }
 

@@ -34,7 +34,7 @@ public:
     void Read(std::size_t column, ValueSink& sink) override;
 
 private:
-    void Run(const std::string& sql, const SqlText& text);
+    void Run(const SqlText& text);
     void Prepare(const std::string& sql);
     void Bind(const std::vector<std::optional<std::string>>& values);
     void CountRows(const std::string& sql);

@@ -38,7 +38,8 @@ std::unique_ptr<RowSource> SqliteSession::DoRun(LeasePointer lease, const std::s
             isChange = true;
         },
         sql, use, parameters);
-    m_isKept = isChange && !CountsRows(sql, SqlServer::Sqlite);
+    const SqlText text(sql, SqlServer::Sqlite, parameters, false);
+    m_isKept = isChange && !CountsRows(text.Get(), SqlServer::Sqlite);
     return source;
 }
 

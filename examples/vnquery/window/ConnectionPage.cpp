@@ -160,7 +160,8 @@ void ConnectionPage::Start() {
         m_waiting.clear();
         return;
     }
-    if (m_session && CommitsByItself(m_running->sql, m_server) &&
+    const SqlText text(m_running->sql, m_server, m_parameters, true);
+    if (m_session && CommitsByItself(text.Get(), m_server) &&
         QMessageBox::question(this, Label(IDS_VQ_APP), Label(IDS_VQ_N_Q_COMMITS)) !=
             QMessageBox::Yes) {
         m_waiting.clear();
