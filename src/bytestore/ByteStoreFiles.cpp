@@ -162,8 +162,10 @@ void CByteStore::PutImageUnderName() {
     CopyImage(target, m_strFileName, &written);
     FileHandle kept;
     ThrowIf(target.Commit(&kept), m_strFileName);
-    if (kept != vnbytstr::kNoFile)
+    if (kept != vnbytstr::kNoFile) {
+        m_pImage->named = target.Committed();
         BindImage(kept, written);
+    }
 }
 
 /// Writes every page as CBytePage::SwapOut places it, from the beginning of the file to its end:
@@ -217,8 +219,10 @@ void CByteStore::PutCopy(const char* name, int fromCurrent) {
     }
     FileHandle kept = vnbytstr::kNoFile;
     ThrowIf(target.Commit(isOwn ? &kept : nullptr), name);
-    if (kept != vnbytstr::kNoFile)
-        BindImage(kept, written); // the store stays bound to what its name leads to
+    if (kept != vnbytstr::kNoFile) {
+        m_pImage->named = target.Committed(); // the store stays bound to what its name leads to
+        BindImage(kept, written);
+    }
 }
 
 void CByteStore::SaveToFile(const char* name, int fromCurrent) {

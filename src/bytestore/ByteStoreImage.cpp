@@ -165,8 +165,9 @@ void CByteStore::DetachImage() {
     m_pImage->image = vnbytstr::IdentityOf(m_file.m_hFile);
 }
 
-/// Goes on in the open file `handle`, which this store has just put under its name: an image of the
-/// whole store, whose pages have the checksums `written`.
+/// Goes on in the open file `handle`, which this store has just put under its name, with the
+/// identity that is noted as the name's: an image of the whole store, whose pages have the
+/// checksums `written`.
 void CByteStore::BindImage(FileHandle handle, std::vector<PageOnFile>& written) {
     Exchange(m_file, handle);
     m_arrOnFile.swap(written);
@@ -177,7 +178,7 @@ void CByteStore::BindImage(FileHandle handle, std::vector<PageOnFile>& written) 
         static_cast<CBytePage*>(m_arrPages[i])->SetMustWrite(FALSE);
     if (m_pImage->shifted != vnbytstr::kNoFile)
         System::Current().CloseFile(std::exchange(m_pImage->shifted, vnbytstr::kNoFile));
-    m_pImage->image = m_pImage->named = vnbytstr::IdentityOf(handle);
+    m_pImage->image = m_pImage->named; // not asked of the handle, whose name was another one
     m_pImage->isSuspect = false;
     CheckInvariants();
 }

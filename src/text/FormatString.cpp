@@ -255,8 +255,10 @@ public:
             return modifier == "L" ? static_cast<double>(va_arg(m_arguments, long double))
                                    : va_arg(m_arguments, double);
         const bool isSigned = conversion.Is("dic");
-        if (modifier == "l" || modifier == "z" || modifier == "t")
+        if (modifier == "l")
             return Integer<long>(isSigned);
+        if (modifier == "z" || modifier == "t")
+            return Integer<std::ptrdiff_t>(isSigned);
         if (modifier == "ll" || modifier == "j" || modifier == "L")
             return Integer<long long>(isSigned);
         return Integer<int>(isSigned);

@@ -103,7 +103,7 @@ TEST_F(ContainerFaultTest, MemoryThatRunsOutIsAnExceptionOfTheFramework) {
                 if (which < kTwoSteps) {
                     EXPECT_EQ(Content(stream), small);
                 }
-                operations[which](stream, store);
+                EXPECT_EQ(CauseOf([&] { operations[which](stream, store); }), -1);
             }
             if (!hit)
                 break;

@@ -260,7 +260,10 @@ TEST_F(HelpTest, TellsThatAPageCannotBeOpened) {
 TEST_F(HelpTest, FoldersMayBeCalledAnything) {
     for (const std::string name : {"with blank", "with\ttab", "with\"quote", "a \"b\" \\c"}) {
         const std::string path = folder.Path() + name + "/Help/l.DEU/";
-        std::filesystem::create_directories(path);
+        std::error_code refused; // not every system has such names
+        std::filesystem::create_directories(path, refused);
+        if (refused)
+            continue;
         std::ofstream(path + "program.ind") << "\n1,page.htm#part\n";
         std::ofstream(path + "page.htm") << "";
         system.SetModuleFileName(folder.Path() + name + "/program");
@@ -268,9 +271,11 @@ TEST_F(HelpTest, FoldersMayBeCalledAnything) {
         interaction.starts.clear();
         other.DoHtmlHelp(1, 0);
         ASSERT_EQ(interaction.starts.size(), 1u) << name;
-        EXPECT_EQ(detail::SplitParameters(interaction.starts[0].parameters),
-                  std::vector<std::string>{path + "page.htm#part"});
-        EXPECT_EQ(interaction.starts[0].folder, path);
+        const auto parameters = detail::SplitParameters(interaction.starts[0].parameters);
+        ASSERT_EQ(parameters.size(), 1u) << name;
+        using Path = std::filesystem::path; // whichever separators it has
+        EXPECT_EQ(Path(parameters[0]), Path(path + "page.htm#part"));
+        EXPECT_EQ(Path(interaction.starts[0].folder), Path(path));
     }
 }
 

@@ -229,7 +229,9 @@ TEST(FormatString, RefusesFormatsThatDoNotFitTheArguments) {
 int FormatList(CString& out, const char* format, ...) {
     std::va_list arguments;
     va_start(arguments, format);
-    const int length = FormatString(out, format, arguments);
+    const int length = vnbytstr::detail::kIsArgumentPointerText
+                           ? FormatStringV(out, format, arguments)
+                           : FormatString(out, format, arguments);
     va_end(arguments);
     return length;
 }
@@ -243,15 +245,15 @@ TEST(FormatString, TakesAnArgumentPointer) {
         EXPECT_EQ(FormatList(out, format, 1), -1) << format;
     EXPECT_EQ(FormatList(out, "%*d", 1 << 30, 1), -1);
     EXPECT_EQ(FormatList(out, "%.*f", 1 << 30, 1.0), -1);
-    const char* const kinds = "%hhd|%hu|%ld|%lu|%lld|%zu|%jd|%td|%c|%Lg|%g|%x|%-*d|%.*s|%p|%s";
+    const char* const kinds = "%hhd|%hu|%ld|%lu|%lld|%zx|%jd|%td|%c|%Lg|%g|%x|%-*d|%.*s|%p|%s";
     const auto expect = [&](auto... arguments) {
         CString expected;
         expected.Format(kinds, arguments...);
         EXPECT_EQ(FormatList(out, kinds, arguments...), expected.GetLength());
         EXPECT_STREQ(out, expected);
     };
-    expect(300, 70000u, -1L, ~0UL, -5LL, std::size_t{7}, std::intmax_t{-9}, std::ptrdiff_t{-2}, 'c',
-           2.5L, 0.1, 255u, 6, 1, 2, "abc", static_cast<void*>(&out), "end");
+    expect(300, 70000u, -1L, ~0UL, -5LL, ~std::size_t{7}, std::intmax_t{-9}, std::ptrdiff_t{-2},
+           'c', 2.5L, 0.1, 255u, 6, 1, 2, "abc", static_cast<void*>(&out), "end");
     const std::string text(3 << 20, 'x');
     EXPECT_EQ(FormatList(out, "%s", text.c_str()), 3 << 20);
     EXPECT_EQ(FormatList(out, nullptr), 0);

@@ -71,10 +71,10 @@ DWORD Rename(HANDLE file, const wchar_t* to, FILE_INFO_BY_HANDLE_CLASS call, DWO
                : ::GetLastError();
 }
 
-/// Another name in the same folder, for a file that is to go.
+/// Another name in the same folder, which nobody has, for a file that is to go.
 std::wstring NameAside(const wchar_t* name) {
     static std::atomic<unsigned> counter{0};
-    return std::wstring(name) + L".~" + std::to_wstring(::GetCurrentProcessId()) + L"-" +
+    return std::wstring(name) + L".~aside-" + std::to_wstring(::GetCurrentProcessId()) + L"-" +
            std::to_wstring(counter.fetch_add(1));
 }
 
@@ -113,13 +113,20 @@ int ReplaceInTwoSteps(HANDLE file, const wchar_t* to) {
     if (::GetFileInformationByHandleEx(old.Get(), FileBasicInfo, &basic, sizeof basic) &&
         (basic.FileAttributes & FILE_ATTRIBUTE_READONLY))
         return EACCES;
-    const std::wstring aside = std::wstring(to) + L".~aside";
-    if (const DWORD error = Rename(old.Get(), aside.c_str(), FileRenameInfo, 0))
-        return error == ERROR_ALREADY_EXISTS ? EACCES : windows::ErrnoOf(error);
-    if (const DWORD error = Rename(file, to, FileRenameInfo, 0)) {
+    // The first is for the moment in which nobody has the name `to`. It must be free again for the
+    // next such step, though the old file be open still, and may be one that a killed process left.
+    const std::wstring known = std::wstring(to) + L".~aside", other = NameAside(to);
+    DWORD error = Rename(old.Get(), known.c_str(), FileRenameInfo, 0);
+    if (error == ERROR_ALREADY_EXISTS)
+        error = Rename(old.Get(), other.c_str(), FileRenameInfo, 0);
+    if (error != ERROR_SUCCESS)
+        return windows::ErrnoOf(error);
+    error = Rename(file, to, FileRenameInfo, 0);
+    if (error != ERROR_SUCCESS) {
         Rename(old.Get(), to, FileRenameInfo, 0);
         return windows::ErrnoOf(error);
     }
+    Rename(old.Get(), other.c_str(), FileRenameInfo, 0);
     RemoveOnClose(old.Get());
     return 0;
 }

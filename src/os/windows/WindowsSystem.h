@@ -9,7 +9,7 @@
 // POSIX semantics of both (NTFS since Windows 10, version 1709). Elsewhere a removed file that is
 // open is first given another name, as is the file that a rename replaces; between these two steps
 // of such a rename neither has the name, and a process that is killed there leaves the old
-// file as "<name>.~aside".
+// file as "<name>.~aside", or with numbers after that where such a file is there already.
 #pragma once
 
 #include "src/os/System.h"

@@ -118,6 +118,16 @@ TEST_F(WindowsSystemTest, OpenFilesAreRemovedAndReplaced) {
     EXPECT_EQ(ReadAll(replaced), "replaced");
     EXPECT_EQ(ReadAll(Open(Name("a"), kOpenRead)), "other");
     EXPECT_EQ(m_system.RenameFile(Name("b").c_str(), Name("a").c_str(), true), ENOENT);
+    // Once more, and with what a killed process has left.
+    for (const char* text : {"second", "third"}) {
+        Make(Name("b"), text);
+        EXPECT_EQ(m_system.RenameFile(Name("b").c_str(), Name("a").c_str(), true), 0) << text;
+        EXPECT_EQ(ReadAll(Open(Name("a"), kOpenRead)), text);
+        m_folder.Write("a.~aside", "left");
+    }
+    EXPECT_EQ(m_folder.Read("a.~aside"), "left");
+    EXPECT_EQ(ReadAll(replaced), "replaced");
+    std::filesystem::remove(Name("a.~aside"));
     for (const FileHandle each : m_open)
         EXPECT_EQ(m_system.CloseFile(each), 0);
     m_open.clear();
