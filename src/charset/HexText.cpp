@@ -72,7 +72,24 @@ VNBYTSTR_AVX2 __m256i BothLanes(const void* from) noexcept {
     return _mm256_broadcastsi128_si256(_mm_loadu_si128(static_cast<const __m128i*>(from)));
 }
 
+/// From this many bytes on the text goes past the caches: it would not stay there, and memory need
+/// not be read before it is overwritten. The text then begins at a multiple of 32.
+constexpr std::size_t kPastCaches = std::size_t{8} << 20;
+
+template <bool kIsPastCaches>
+VNBYTSTR_AVX2 void Put(char* to, __m256i value) noexcept {
+    if constexpr (kIsPastCaches)
+        _mm256_stream_si256(reinterpret_cast<__m256i*>(to), value);
+    else
+        Store(to, value);
+}
+
+std::size_t BytesToAligned(const char* out) noexcept {
+    return (0 - reinterpret_cast<std::uintptr_t>(out)) % 32;
+}
+
 /// Returns how many bytes it wrote the digits of.
+template <bool kIsPastCaches>
 VNBYTSTR_AVX2 std::size_t EncodeAvx2(std::span<const BYTE> bytes, char* out,
                                      const char* digits) noexcept {
     const __m256i table = BothLanes(digits);
@@ -84,9 +101,11 @@ VNBYTSTR_AVX2 std::size_t EncodeAvx2(std::span<const BYTE> bytes, char* out,
         const __m256i high =
             _mm256_shuffle_epi8(table, _mm256_and_si256(_mm256_srli_epi16(in, 4), nibble));
         const __m256i low = _mm256_shuffle_epi8(table, _mm256_and_si256(in, nibble));
-        Store(out + 2 * at, _mm256_unpacklo_epi8(high, low));
-        Store(out + 2 * at + 32, _mm256_unpackhi_epi8(high, low));
+        Put<kIsPastCaches>(out + 2 * at, _mm256_unpacklo_epi8(high, low));
+        Put<kIsPastCaches>(out + 2 * at + 32, _mm256_unpackhi_epi8(high, low));
     }
+    if constexpr (kIsPastCaches)
+        _mm_sfence();
     return at;
 }
 
@@ -111,14 +130,15 @@ constexpr SpacedPlaces MakeSpacedPlaces() {
 }
 constexpr SpacedPlaces kSpaced = MakeSpacedPlaces();
 
-template <unsigned kStore>
+template <unsigned kStore, bool kIsPastCaches>
 VNBYTSTR_AVX2 void PutSpaced(char* out, __m256i high, __m256i low) noexcept {
     const __m256i pairs = _mm256_or_si256(_mm256_shuffle_epi8(high, Load(kSpaced.high[kStore])),
                                           _mm256_shuffle_epi8(low, Load(kSpaced.low[kStore])));
-    Store(out + 32 * kStore, _mm256_or_si256(pairs, Load(kSpaced.blank[kStore])));
+    Put<kIsPastCaches>(out + 32 * kStore, _mm256_or_si256(pairs, Load(kSpaced.blank[kStore])));
 }
 
 /// Returns how many bytes it wrote the digits of, each followed by a blank; never all of them.
+template <bool kIsPastCaches>
 VNBYTSTR_AVX2 std::size_t EncodeSpacedAvx2(std::span<const BYTE> bytes, char* out,
                                            const char* digits) noexcept {
     const __m256i table = BothLanes(digits);
@@ -130,12 +150,14 @@ VNBYTSTR_AVX2 std::size_t EncodeSpacedAvx2(std::span<const BYTE> bytes, char* ou
             _mm256_shuffle_epi8(table, _mm256_and_si256(_mm256_srli_epi16(in, 4), nibble));
         const __m256i low = _mm256_shuffle_epi8(table, _mm256_and_si256(in, nibble));
         char* const to = out + 3 * at;
-        PutSpaced<0>(to, _mm256_permute2x128_si256(high, high, 0x00),
-                     _mm256_permute2x128_si256(low, low, 0x00));
-        PutSpaced<1>(to, high, low);
-        PutSpaced<2>(to, _mm256_permute2x128_si256(high, high, 0x11),
-                     _mm256_permute2x128_si256(low, low, 0x11));
+        PutSpaced<0, kIsPastCaches>(to, _mm256_permute2x128_si256(high, high, 0x00),
+                                    _mm256_permute2x128_si256(low, low, 0x00));
+        PutSpaced<1, kIsPastCaches>(to, high, low);
+        PutSpaced<2, kIsPastCaches>(to, _mm256_permute2x128_si256(high, high, 0x11),
+                                    _mm256_permute2x128_si256(low, low, 0x11));
     }
+    if constexpr (kIsPastCaches)
+        _mm_sfence();
     return at;
 }
 
@@ -185,26 +207,43 @@ VNBYTSTR_AVX2 void DecodeAvx2(const char* text, std::size_t length, BYTE* out,
 void EncodeHex(std::span<const BYTE> bytes, char* out, HexCase digits) noexcept {
     std::size_t done = 0;
 #if defined(__x86_64__)
-    if (ActiveKernel() >= Kernel::Avx2)
-        done = EncodeAvx2(bytes, out, DigitsOf(digits));
+    if (ActiveKernel() >= Kernel::Avx2) {
+        const std::size_t toAligned = BytesToAligned(out);
+        if (bytes.size() >= kPastCaches && toAligned % 2 == 0) {
+            done = toAligned / 2;
+            EncodePlain(bytes.first(done), out, DigitsOf(digits));
+            done += EncodeAvx2<true>(bytes.subspan(done), out + toAligned, DigitsOf(digits));
+        } else {
+            done = EncodeAvx2<false>(bytes, out, DigitsOf(digits));
+        }
+    }
 #endif
     EncodePlain(bytes.subspan(done), out + 2 * done, DigitsOf(digits));
 }
 
 void EncodeHexSpaced(std::span<const BYTE> bytes, char* out, HexCase digits) noexcept {
     const char* table = DigitsOf(digits);
+    const auto putPlain = [=](std::size_t from, std::size_t to) {
+        for (std::size_t i = from; i < to; ++i) {
+            out[3 * i] = table[bytes[i] >> 4];
+            out[3 * i + 1] = table[bytes[i] & 0x0F];
+            if (i + 1 < bytes.size())
+                out[3 * i + 2] = ' ';
+        }
+    };
     std::size_t done = 0;
 #if defined(__x86_64__)
-    if (ActiveKernel() >= Kernel::Avx2)
-        done = EncodeSpacedAvx2(bytes, out, table);
-#endif
-    out += 3 * done;
-    for (std::size_t i = done; i < bytes.size(); ++i) {
-        if (i > done)
-            *out++ = ' ';
-        *out++ = table[bytes[i] >> 4];
-        *out++ = table[bytes[i] & 0x0F];
+    if (ActiveKernel() >= Kernel::Avx2) {
+        if (bytes.size() >= kPastCaches) {
+            done = BytesToAligned(out) * 11 % 32; // 3 times 11 is 1 modulo 32
+            putPlain(0, done);
+            done += EncodeSpacedAvx2<true>(bytes.subspan(done), out + 3 * done, table);
+        } else {
+            done = EncodeSpacedAvx2<false>(bytes, out, table);
+        }
     }
+#endif
+    putPlain(done, bytes.size());
 }
 
 HexDecoded DecodeHex(const char* text, std::size_t textLength, BYTE* out,

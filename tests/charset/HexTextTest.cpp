@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cctype>
 #include <random>
 #include <string>
@@ -85,6 +86,36 @@ TEST_P(HexText, EncodesEveryByteAtEverySize) {
             EncodeHexSpaced(bytes, spaced.data(), digits);
             ASSERT_EQ(spaced, NaiveHex(bytes, " ", lower) + "#");
         }
+    }
+}
+
+// As much as goes past the caches, at every kind of address, against the same in small pieces.
+TEST_P(HexText, EncodesManyBytesAsItEncodesFew) {
+    constexpr std::size_t kSize = (std::size_t{8} << 20) + 77;
+    constexpr std::size_t kPiece = 1000;
+    Bytes bytes(kSize);
+    std::mt19937 random(8);
+    for (BYTE& byte : bytes)
+        byte = static_cast<BYTE>(random());
+    for (const std::size_t offset : {0u, 1u, 2u, 6u, 17u, 31u}) {
+        std::string text(offset + 2 * kSize + 1, '#');
+        std::string expected = text;
+        EncodeHex(bytes, text.data() + offset, HexCase::Lower);
+        for (std::size_t at = 0; at < kSize; at += kPiece)
+            EncodeHex(std::span(bytes).subspan(at, std::min(kPiece, kSize - at)),
+                      expected.data() + offset + 2 * at, HexCase::Lower);
+        ASSERT_TRUE(text == expected) << "offset " << offset;
+        std::string spaced(offset + 3 * kSize, '#');
+        expected.assign(offset + 3 * kSize, '#');
+        EncodeHexSpaced(bytes, spaced.data() + offset, HexCase::Upper);
+        for (std::size_t at = 0; at < kSize; at += kPiece) {
+            const std::size_t count = std::min(kPiece, kSize - at);
+            EncodeHexSpaced(std::span(bytes).subspan(at, count), expected.data() + offset + 3 * at,
+                            HexCase::Upper);
+            if (at + count < kSize)
+                expected[offset + 3 * (at + count) - 1] = ' ';
+        }
+        ASSERT_TRUE(spaced == expected) << "offset " << offset;
     }
 }
 
