@@ -19,6 +19,7 @@ enum EListFind : unsigned {
     kFindMatchCase = 1, ///< upper and lower case are different
     kFindWholeCell = 2, ///< the cell's text as a whole
     kFindCount = 4,     ///< cells with the text are counted: VNM_FINDCOUNTED
+    kFindSkipFirst = 8, ///< not in column 0, such as one with the numbers of the rows
 };
 
 /// How a search has ended.

@@ -30,7 +30,7 @@ CString CListBoxEx::Accessible::GetAccessibleCellDescription(int row, int column
     CString text;
     if (m_list.m_pFinder != nullptr && m_list.IsCell(row, column) &&
         !m_list.IsColumnHidden(column) &&
-        m_list.m_pFinder->IsMarked(m_list.m_pRows->Cell(row, column, buffer)) &&
+        m_list.m_pFinder->IsMarked(column, m_list.m_pRows->Cell(row, column, buffer)) &&
         LoadStringA(text, IDS_FOUND_CELL, nullptr) == 0)
         return "contains the text searched for";
     return text;

@@ -55,7 +55,8 @@ int CListBoxEx::GetFindCount() const { return m_pFinder != nullptr ? m_pFinder->
 
 void CListBoxEx::Finder::DrawMarks(CDC& dc, const DrawnCell& cell, std::string_view seen,
                                    const CRect& place, UINT flags) const {
-    const std::vector<TextPart> hits = m_search.Hits(cell.text, kMaxMarks);
+    const std::vector<TextPart> hits =
+        cell.column < m_firstColumn ? std::vector<TextPart>() : m_search.Hits(cell.text, kMaxMarks);
     if (hits.empty())
         return;
     const DrawnRow plain{-1, GetSysColor(COLOR_WINDOW), GetSysColor(COLOR_WINDOWTEXT)};

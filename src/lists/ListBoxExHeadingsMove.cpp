@@ -75,6 +75,8 @@ bool CListBoxExHeadings::DropHeading() {
 }
 
 void CListBoxExHeadings::OnContextMenu(CWnd* window, CPoint screen) {
+    if (m_bTips)
+        HideTip(); // else it would stand above the menu
     if (!m_bColumnMenu || m_pList == nullptr || m_pTracking->tracking) {
         CWnd::OnContextMenu(window, screen);
         return;

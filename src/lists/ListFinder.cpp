@@ -40,8 +40,10 @@ int CListBoxEx::Finder::CurrentColumn() const {
 EFindResult CListBoxEx::Finder::Begin(std::string_view text, unsigned flags) {
     const CellSearch search(text, flags);
     const bool counts = (flags & kFindCount) != 0 && !search.IsEmpty();
-    if (!(search == m_search) || counts != m_counts) {
+    const int firstColumn = (flags & kFindSkipFirst) != 0 ? 1 : 0;
+    if (!(search == m_search) || counts != m_counts || firstColumn != m_firstColumn) {
         m_search = search;
+        m_firstColumn = firstColumn;
         m_counts = counts;
         RowsReplaced();
     }
@@ -108,7 +110,7 @@ bool CListBoxEx::Finder::IsPast() const {
 }
 
 bool CListBoxEx::Finder::IsHit(int row, int column) {
-    return m_search.IsIn(m_list.m_pRows->Cell(row, column, m_buffer));
+    return IsMarked(column, m_list.m_pRows->Cell(row, column, m_buffer));
 }
 
 EFindResult CListBoxEx::Finder::SearchUntil(Time until) {

@@ -15,8 +15,10 @@ public:
     /// Draws the marks of a cell, whose text `seen` will be drawn into `place` with `flags`.
     void DrawMarks(CDC& dc, const vnbytstr::detail::DrawnCell& cell, std::string_view seen,
                    const CRect& place, UINT flags) const;
-    /// Whether a text is marked as a hit.
-    bool IsMarked(std::string_view cell) const { return m_search.IsIn(cell); }
+    /// Whether a cell with that text is marked as a hit.
+    bool IsMarked(int column, std::string_view cell) const {
+        return column >= m_firstColumn && m_search.IsIn(cell);
+    }
     /// Looks for a text from the current cell on. The list may end with a hit.
     EFindResult Begin(std::string_view text, unsigned flags);
     /// The next or previous hit from the current cell, which comes last. The list may end with it.
@@ -52,6 +54,7 @@ private:
 
     CListBoxEx& m_list;
     vnbytstr::detail::CellSearch m_search;
+    int m_firstColumn = 0; ///< those before it are not looked at
     std::string m_buffer;
     int m_hitRow = -1;
     int m_hitColumn = -1; ///< in m_hitRow

@@ -230,6 +230,10 @@ TEST_F(Find, CountsAndFollowsRowsAndFilter) {
     list->RowsChanged();
     Pump();
     EXPECT_EQ(counted, 102);
+    // Without column 0, which has this text.
+    list->FindText("7.0", kFindCount | kFindSkipFirst);
+    Pump();
+    EXPECT_EQ(counted, 0);
 }
 
 TEST_F(Find, LongSearchesLeaveTheListInBetween) {

@@ -383,13 +383,25 @@ QList<QAccessibleInterface*> CellInterface::columnHeaderCells() const {
     return {table->Cell(-1, m_column)};
 }
 
+/// A window with a name is a group, which screen readers tell; others are nothing of their own.
+class NamedInterface : public QAccessibleWidget {
+public:
+    explicit NamedInterface(WindowWidget* widget) : QAccessibleWidget(widget) {}
+    QAccessible::Role role() const override {
+        return widget()->accessibleName().isEmpty() ? QAccessibleWidget::role()
+                                                    : QAccessible::Grouping;
+    }
+};
+
 QAccessibleInterface* MakeInterface(const QString&, QObject* object) {
     auto* widget = dynamic_cast<WindowWidget*>(object);
     if (widget == nullptr || widget->GetWindow() == nullptr)
         return nullptr;
     const bool isTable = widget->GetWindow()->Accessible() != nullptr ||
                          dynamic_cast<ListBoxControl*>(widget->GetWindow()->Control()) != nullptr;
-    return isTable ? new TableInterface(widget) : nullptr;
+    if (isTable)
+        return new TableInterface(widget);
+    return new NamedInterface(widget);
 }
 
 } // namespace

@@ -194,6 +194,9 @@ public:
     DropSink* Drop() const { return m_drop.get(); } ///< null when there is none
     void SetDrop(std::unique_ptr<DropSink> sink) { m_drop = std::move(sink); }
 
+    /// WM_CONTEXTMENU has reached the last window without being handled: it is the host's then.
+    static inline bool s_isMenuLeft = false;
+
 private:
     friend class WindowWidget;
     explicit Window(const WindowClass& windowClass);

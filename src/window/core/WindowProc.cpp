@@ -129,7 +129,10 @@ LRESULT Window::GenericProc(UINT message, WPARAM wParam, LPARAM lParam) {
         return DefaultWheel(message, wParam, lParam);
     case WM_CONTEXTMENU: {
         Window* parent = (m_style & WS_CHILD) != 0 ? Parent() : nullptr;
-        return parent != nullptr ? parent->Send(message, wParam, lParam) : 0;
+        if (parent != nullptr)
+            return parent->Send(message, wParam, lParam);
+        s_isMenuLeft = true;
+        return 0;
     }
     case WM_NCHITTEST:
         return HTCLIENT;

@@ -17,6 +17,8 @@
 #include <QScrollBar>
 #include <QTimerEvent>
 
+#include <utility>
+
 namespace vnbytstr::detail {
 
 int WindowWidget::s_depth = 0;
@@ -90,7 +92,9 @@ bool SendContextMenu(Window& window, QContextMenuEvent* event) {
     const bool keyboard = event->reason() == QContextMenuEvent::Keyboard;
     const LPARAM place =
         keyboard ? MAKELPARAM(-1, -1) : MAKELPARAM(event->globalX(), event->globalY());
-    return window.Send(WM_CONTEXTMENU, reinterpret_cast<WPARAM>(window.Handle()), place) != 0;
+    Window::s_isMenuLeft = false;
+    window.Send(WM_CONTEXTMENU, reinterpret_cast<WPARAM>(window.Handle()), place);
+    return !std::exchange(Window::s_isMenuLeft, false);
 }
 
 void HandleDrop(DropSink& sink, QEvent* event) {
