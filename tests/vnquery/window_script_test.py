@@ -122,14 +122,14 @@ class Script:
         focus("shop.sqlite")
 
     def check_names(self, root, where):
-        """Whatever can have the focus has a name, and a role unless it is the list's own strip of headings."""
+        """Whatever can have the focus has a name and a role."""
         for each in list(nodes(root)):
             states = each.getState()
             if not states.contains(self.pyatspi.STATE_FOCUSABLE) or not states.contains(self.pyatspi.STATE_SHOWING):
                 continue
             if each.getRole() in (self.pyatspi.ROLE_TABLE_CELL, self.pyatspi.ROLE_TREE_ITEM):
                 continue  # an empty value is empty
-            if not each.name or (each.getRole() == self.pyatspi.ROLE_FILLER and each.name != "Column headings"):
+            if not each.name or each.getRole() == self.pyatspi.ROLE_FILLER:
                 parent = each.parent
                 failures.append(f"{where}: a {each.getRoleName()} named {each.name!r} in a "
                                 f"{parent.getRoleName()} named {parent.name!r}")

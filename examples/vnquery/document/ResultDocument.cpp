@@ -180,22 +180,26 @@ std::size_t ResultDocument::DeleteRows(std::span<const std::size_t> shownRows) {
 }
 
 std::optional<std::size_t> ResultDocument::Undo() {
-    std::optional<std::size_t> shown;
-    for (const std::size_t row : m_edits.Undo()) {
+    const std::vector<std::size_t> rows = m_edits.Undo();
+    for (const std::size_t row : rows) {
         const auto own = m_own.find(static_cast<DWORD>(row));
-        const bool wasShown =
-            !m_isOrdered || std::ranges::find(m_order, static_cast<DWORD>(row)) != m_order.end();
-        if (own != m_own.end() && wasShown && !m_edits.IsNew(row))
+        if (own == m_own.end())
+            continue;
+        const bool wasShown = GetShownRow(row) < m_shownRows;
+        if (wasShown && !m_edits.IsNew(row))
             Hide(row);
-        else if (own != m_own.end() && !wasShown && m_edits.IsNew(row))
+        else if (!wasShown && m_edits.IsNew(row))
             Show(row, own->second);
-        const auto found = std::ranges::find(m_order, static_cast<DWORD>(row));
-        if (!m_isOrdered)
-            shown = row;
-        else if (found != m_order.end())
-            shown = static_cast<std::size_t>(found - m_order.begin());
     }
-    return shown;
+    const std::size_t shown = rows.empty() ? m_shownRows : GetShownRow(rows.back());
+    return shown < m_shownRows ? std::optional(shown) : std::nullopt;
+}
+
+std::size_t ResultDocument::GetShownRow(std::size_t row) const {
+    return !m_isOrdered
+               ? row
+               : static_cast<std::size_t>(std::ranges::find(m_order, static_cast<DWORD>(row)) -
+                                          m_order.begin());
 }
 
 void ResultDocument::Discard() {

@@ -44,6 +44,8 @@ public:
     CellPlace PlaceOf(std::size_t shownRow, std::size_t column) const {
         return {RowOf(shownRow), column};
     }
+    /// Where a row is shown; the number of shown rows when it is not.
+    std::size_t GetShownRow(std::size_t row) const;
     const std::string& GetHeading(std::size_t column) const {
         return m_result.GetColumns()[column];
     }

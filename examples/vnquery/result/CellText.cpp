@@ -82,9 +82,8 @@ std::size_t PlainRun(std::string_view text) {
     return static_cast<std::size_t>(end - text.begin());
 }
 
-std::string Placeholder(const char* kind, const std::string& text, ULONGLONG length) {
-    return text.empty() ? "<" + std::string(kind) + " " + FormatSize(length) + ">"
-                        : text + " " + FormatSize(length);
+std::string Placeholder(const char* kind, ULONGLONG length) {
+    return "<" + std::string(kind) + " " + FormatSize(length) + ">";
 }
 
 /// The beginning of a text's first line: up to `limit` characters.
@@ -173,7 +172,7 @@ void AppendCell(std::string& out, Value::Type type, std::string_view bytes, ULON
         out += bytes;
         return;
     case Value::Type::Binary:
-        out += Placeholder("BLOB", format.blobText, length);
+        out += Placeholder("BLOB", length);
         return;
     case Value::Type::Text:
         break;
@@ -188,7 +187,7 @@ void AppendCell(std::string& out, Value::Type type, std::string_view bytes, ULON
         }
     }
     if (IsLongText(bytes, length, format))
-        out += Placeholder("CLOB", format.clobText, length);
+        out += Placeholder("CLOB", length);
     else if (isQuoted)
         out.append(1, '"').append(bytes).append(1, '"');
     else

@@ -17,8 +17,6 @@ struct CellFormat {
     std::string nullText = "-"; ///< stands for NULL
     DWORD textLimit = 128;      ///< characters up to which a text is shown in full
     std::string defaultText{};  ///< stands for the column's default; may be ""
-    std::string blobText{};     ///< begins placeholders of bytes; "": "<BLOB 26.3 MB>"
-    std::string clobText{};     ///< the same for texts
     /// Instead of a placeholder, and of a text of several lines, the text's beginning is shown: of
     /// its first line so many characters as the limit has, and how long the text is.
     bool hasPreviews = false;

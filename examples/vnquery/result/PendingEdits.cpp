@@ -160,13 +160,20 @@ public:
     }
 
     WriteReport Run() {
-        for (const std::size_t row : m_edits.GetDeletedRows())
-            Delete(row);
-        for (const auto& [place, edit] : m_edits.GetAll())
-            if (!m_edits.IsNew(place.first) && !m_edits.IsDeleted(place.first))
-                Update(place, edit);
-        for (const std::size_t row : m_edits.GetNewRows())
-            Insert(row);
+        std::size_t at = 0;
+        try {
+            for (const std::size_t row : m_edits.GetDeletedRows())
+                Delete(at = row);
+            for (const auto& [place, edit] : m_edits.GetAll()) {
+                at = place.first;
+                if (!m_edits.IsNew(at) && !m_edits.IsDeleted(at))
+                    Update(place, edit);
+            }
+            for (const std::size_t row : m_edits.GetNewRows())
+                Insert(at = row);
+        } catch (const Failure& failure) {
+            throw RowFailure(failure, at);
+        }
         return std::move(m_report);
     }
 

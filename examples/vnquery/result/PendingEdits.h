@@ -3,6 +3,7 @@
 
 #include "vnquery/result/ResultSet.h"
 #include "vnquery/result/TableWriter.h"
+#include "vnquery/tasks/Failure.h"
 
 #include <map>
 #include <optional>
@@ -89,6 +90,16 @@ private:
     PendingEdits& m_edits;
 };
 
+/// A failure to write what was changed in a row.
+class RowFailure : public Failure {
+public:
+    RowFailure(const Failure& failure, std::size_t row) : Failure(failure), m_row(row) {}
+    std::size_t GetRow() const { return m_row; }
+
+private:
+    std::size_t m_row; ///< of the result
+};
+
 /// What happened to the edits in an open transaction.
 struct WriteReport {
     struct Cell {
@@ -117,7 +128,8 @@ WriteReport CompareEdits(TableWriter& writer, const EditPlan& plan, const Result
 
 /// Where the sample writes cells and rows back: deletes rows, then changes cells, then inserts rows.
 /// What is changed or deleted must still be in the table as it is in the result, the whole row where
-/// it is deleted. The caller commits. Throws Failure and Interrupted.
+/// it is deleted. The caller commits. Throws Failure, where it can be told as a RowFailure, and
+/// Interrupted.
 WriteReport WriteEdits(TableWriter& writer, const EditPlan& plan, const ResultSet& result,
                        const PendingEdits& edits, Progress& progress);
 

@@ -1,8 +1,16 @@
 #include "vnquery/result/Value.h"
 
 #include <algorithm>
+#include <mutex>
 
 namespace vnquery {
+
+namespace {
+
+/// For reading from streams, which may exchange pages then: a list draws a value while it is saved.
+std::mutex streams;
+
+} // namespace
 
 void ForEachPiece(const CByteStream& stream, const PieceReceiver& receive) {
     const DWORD length = stream.GetLength();
@@ -13,8 +21,10 @@ void ForEachPiece(const CByteStream& stream, const PieceReceiver& receive) {
     const auto buffer = isInMemory ? nullptr : std::make_unique<BYTE[]>(kPieceSize);
     for (DWORD done = 0; done < length;) {
         const DWORD count = std::min(kPieceSize, length - done);
-        if (!isInMemory)
+        if (!isInMemory) {
+            const std::lock_guard lock(streams);
             stream.CopyTo(done, buffer.get(), count, kPieceSize);
+        }
         receive({isInMemory ? bytes + done : buffer.get(), count});
         done += count;
     }
@@ -81,10 +91,12 @@ std::string Value::Read(DWORD offset, DWORD count) const {
         return m_short.substr(std::min<std::size_t>(offset, length), taken);
     std::string bytes(taken, '\0');
     auto* const to = reinterpret_cast<BYTE*>(bytes.data());
-    if (m_range)
+    if (m_range) {
         bytes.resize(m_range->Read(offset, to, taken));
-    else if (taken > 0)
+    } else if (taken > 0) {
+        const std::lock_guard lock(streams);
         m_stream->CopyTo(offset, to, taken, taken);
+    }
     return bytes;
 }
 

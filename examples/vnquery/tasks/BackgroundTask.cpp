@@ -24,6 +24,11 @@ BackgroundTask::BackgroundTask(Work work)
 
 BackgroundTask::~BackgroundTask() = default;
 
+bool& HasLeft() {
+    static bool hasLeft = false;
+    return hasLeft;
+}
+
 void BackgroundTask::Run(const std::stop_token& stop) {
     const StopScope scope(stop);
     TaskState end = TaskState::Failed;

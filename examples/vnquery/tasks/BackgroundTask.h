@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <thread>
@@ -61,5 +62,15 @@ private:
     std::atomic<TaskState> m_state = TaskState::Running;
     std::jthread m_thread; ///< last, so that it ends before what it uses
 };
+
+/// Whether LetEnd was called. The process must then end without waiting: std::_Exit.
+bool& HasLeft();
+/// Keeps an object with tasks until the process ends, instead of waiting for them: an attempt to
+/// connect may take minutes. What they use must be its own.
+template <class Owner>
+void LetEnd(std::unique_ptr<Owner> owner) {
+    HasLeft() = true;
+    static_cast<void>(owner.release());
+}
 
 } // namespace vnquery

@@ -109,7 +109,16 @@ CatalogTree::CatalogTree(QWidget* parent)
     Relabel();
 }
 
-CatalogTree::~CatalogTree() = default;
+/// Does not wait for a server that does not answer.
+CatalogTree::~CatalogTree() {
+    if (!m_jobs.empty())
+        m_cancelled.push_back(std::move(m_jobs.front()));
+    for (auto& job : m_cancelled) {
+        job->Cancel();
+        if (!job->HasEnded())
+            LetEnd(std::move(job));
+    }
+}
 
 void CatalogTree::Relabel() {
     m_filter->setPlaceholderText(Label(IDS_VQ_C_FILTER));

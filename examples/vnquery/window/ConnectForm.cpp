@@ -4,6 +4,7 @@
 #include "vnquery/sources/ConnectionText.h"
 #include "vnquery/sources/DataSources.h"
 #include "vnquery/sources/SavedConnections.h"
+#include "vnquery/window/Guard.h"
 #include "vnquery/window/KeptPassword.h"
 #include "vnquery/window/Label.h"
 #include "vnquery/window/RunTask.h"
@@ -55,6 +56,7 @@ std::optional<Connection> OpenSavedConnection(QWidget* parent, const std::string
 
 ConnectForm::ConnectForm(QWidget* parent) : QDialog(parent) {
     setWindowTitle(PlainLabel(IDS_VQ_D_TITLE));
+    AddHelp(this, 1);
     Build();
     FillSaved();
     m_saved->clearEditText();
@@ -275,11 +277,15 @@ void ConnectForm::accept() {
 void ConnectForm::Test() {
     if (!IsComplete())
         return;
-    const Connection connection = GetConnection();
-    std::string server;
+    const auto server = std::make_shared<std::string>();
     m_message->clear();
-    if (RunTask(this, IDS_VQ_P_TESTING, [&](Progress&) { server = DescribeServer(connection); }))
-        m_message->setText(Label(IDS_VQ_P_WORKS, {server}));
+    if (RunTask(
+            this, IDS_VQ_P_TESTING,
+            [server, connection = GetConnection()](Progress&) {
+                *server = DescribeServer(connection);
+            },
+            false))
+        m_message->setText(Label(IDS_VQ_P_WORKS, {*server}));
 }
 
 // --- saved connections ---------------------------------------------------------------------------

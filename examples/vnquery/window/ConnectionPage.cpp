@@ -18,6 +18,7 @@
 #include <QVBoxLayout>
 
 #include <cstdio>
+#include <thread>
 
 namespace vnquery {
 
@@ -78,7 +79,10 @@ ConnectionPage::ConnectionPage(const Connection& connection, SqlServer server, Q
     connect(m_commit, &QPushButton::clicked, this, &ConnectionPage::Commit);
     connect(m_rollBack, &QPushButton::clicked, this, &ConnectionPage::RollBack);
     connect(m_result, &ResultView::StatusChanged, this, &ConnectionPage::StatusChanged);
-    connect(m_result, &ResultView::Changed, this, &ConnectionPage::Changed);
+    connect(m_result, &ResultView::Changed, this, [this] {
+        ShowTransaction(); // rows may have been written
+        Q_EMIT Changed();
+    });
     connect(&m_timer, &QTimer::timeout, this, [this] { Guard(this, [this] { Follow(); }); });
     Relabel();
     ShowTransaction();
@@ -167,6 +171,7 @@ void ConnectionPage::Start() {
         m_waiting.clear();
         return;
     }
+    m_shape.reset();
     m_hasShape = false;
     m_started = std::chrono::steady_clock::now();
     // The library reads its settings once per process: on this thread.
@@ -194,10 +199,14 @@ void ConnectionPage::Follow() {
     if (!m_run)
         return;
     const bool hasEnded = m_run->GetState() != TaskState::Running;
-    if (std::optional<ResultShape> shape = m_run->TakeShape()) {
+    if (auto shape = m_run->TakeShape())
+        m_shape = std::move(shape);
+    // The result before stays until there is a row, or none and no failure either.
+    if (m_shape && (m_shape->result.GetRowCount() > 0 || m_run->GetState() == TaskState::Done)) {
         m_hasShape = true;
-        m_result->Begin(std::move(*shape), m_run->GetSql(),
+        m_result->Begin(std::move(*m_shape), m_run->GetSql(),
                         {m_connection, m_session, m_parameters});
+        m_shape.reset();
     }
     const bool hasNew = m_hasShape && m_result->ShowNewRows();
     if (hasEnded && !hasNew) {
@@ -332,7 +341,9 @@ bool ConnectionPage::LeaveTransaction() {
 bool ConnectionPage::Leave() {
     if (m_run) {
         Stop();
-        m_run.reset(); // which waits
+        for (int i = 0; i < 100 && m_run->GetState() == TaskState::Running; ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        LetEnd(std::move(m_run)); // a server may never answer
         m_timer.stop();
         m_result->SetFilling(false);
     }

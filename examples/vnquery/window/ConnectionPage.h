@@ -93,7 +93,8 @@ private:
     std::unique_ptr<QueryRun> m_run;
     std::chrono::steady_clock::time_point m_started;
     bool m_isStopping = false;
-    bool m_hasShape = false; ///< the run has given a result
+    std::optional<ResultShape> m_shape; ///< of the run, not shown yet
+    bool m_hasShape = false;            ///< the run's result is shown
 };
 
 } // namespace vnquery

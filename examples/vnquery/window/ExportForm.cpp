@@ -1,6 +1,7 @@
 #include "vnquery/window/ExportForm.h"
 
 #include "vnquery/sources/ConnectionText.h"
+#include "vnquery/window/Guard.h"
 #include "vnquery/window/Label.h"
 
 #include "vnbytstr/Ccsid.h"
@@ -82,6 +83,7 @@ ConnectionKeys UsualFields(Format kind) {
 ExportForm::ExportForm(const std::string& table, QWidget* parent)
     : QDialog(parent), m_table(table), m_form(new QFormLayout(this)) {
     setWindowTitle(PlainLabel(IDS_VQ_X_TITLE));
+    AddHelp(this, 4);
     const auto choice = [this](UINT label, const QStringList& texts, bool isEditable = false) {
         auto* const combo = new QComboBox;
         combo->addItems(texts);

@@ -10,9 +10,13 @@ namespace vnquery {
 
 /// The text with that id (IDS_VQ_...), as Text gives it. A widget takes its texts again when it gets
 /// QEvent::LanguageChange: all do when the user chooses another language.
-inline QString Label(UINT id) { return QString::fromStdString(Text(id)); }
-inline QString Label(UINT id, std::initializer_list<std::string> insertions) {
-    return QString::fromStdString(Text(id, insertions));
+inline QString Label(UINT id, std::initializer_list<std::string> insertions = {}) {
+    const QString text = QString::fromStdString(Text(id, insertions));
+    // A sentence that begins with a Latin word or a name runs from right to left nevertheless.
+    static const QRegularExpression rightToLeft(QStringLiteral("[\u0590-\u06FF]"));
+    const bool isTurned = AreTextsRightToLeft() && !text.isRightToLeft() &&
+                          !text.startsWith(u'<') && text.contains(rightToLeft);
+    return isTurned ? QChar(0x200F) + text : text;
 }
 
 /// The text of a menu item or label without its key, the mark of its letter, and colon: for a
@@ -27,10 +31,11 @@ inline std::string LeftToRight(const std::string& text) {
     return AreTextsRightToLeft() ? "\u2066" + text + "\u2069" : text;
 }
 
-/// A message as a sentence of its own: its first letter capitalized.
+/// A message as a sentence of its own: its first word capitalized, unless that is a file's name.
 inline QString Sentence(const std::string& message) {
+    static const QRegularExpression word(QStringLiteral("^\\pL+[ ,:]"));
     QString text = QString::fromStdString(message);
-    if (!text.isEmpty())
+    if (text.contains(word))
         text[0] = text[0].toUpper();
     return text;
 }

@@ -33,6 +33,7 @@
 #include <QMessageBox>
 #include <QMimeData>
 #include <QPlainTextEdit>
+#include <QShortcut>
 #include <QStatusBar>
 #include <QTabBar>
 #include <QToolBar>
@@ -130,6 +131,8 @@ void MainWindow::MakeActions() {
         view->addAction(dock->toggleViewAction());
     view->addAction(m_toolBar->toggleViewAction());
     m_languages = m_menus[5]->addMenu(QString());
+    connect(new QShortcut(Qt::Key_F10, this), &QShortcut::activated, this,
+            [this] { menuBar()->setActiveAction(menuBar()->actions().constFirst()); });
     connect(m_languages, &QMenu::aboutToShow, this, &MainWindow::FillLanguages);
 }
 
@@ -218,6 +221,11 @@ void MainWindow::TurnDocks() {
     m_docks[0]->raise();
 }
 
+/// The menus' texts of help, which are empty, would wipe the status line's text away.
+bool MainWindow::event(QEvent* event) {
+    return event->type() == QEvent::StatusTip || QMainWindow::event(event);
+}
+
 void MainWindow::changeEvent(QEvent* event) {
     if (event->type() == QEvent::LanguageChange && m_tabs)
         Relabel();
@@ -264,12 +272,14 @@ ConnectionPage* MainWindow::GetPage() const {
 }
 
 bool MainWindow::OpenConnection(const Connection& connection, const std::string& sql) {
-    SqlServer server = SqlServer::Other;
-    if (!RunTask(this, IDS_VQ_N_OPENING, [&](Progress&) { server = FindServer(connection); }))
+    const auto server = std::make_shared<SqlServer>(SqlServer::Other);
+    if (!RunTask(
+            this, IDS_VQ_N_OPENING,
+            [server, connection](Progress&) { *server = FindServer(connection); }, false))
         return false;
     if (!connection.file.empty())
         RecentDatabases().Add(connection.file, connection.file);
-    AddPage(connection, server, sql);
+    AddPage(connection, *server, sql);
     return true;
 }
 
@@ -446,11 +456,14 @@ void MainWindow::ShowCurrentValue() {
     const bool hasValue = page && page->GetResult().GetCurrentPlace(place);
     if (m_isTakingValue)
         return;
-    // What was typed belongs to the cell that it was typed for.
-    if (m_value->HasDraft() && (!hasValue || page != m_valuePage || place != m_valuePlace)) {
+    // What was typed belongs to the cell that it was typed for, and stays until that takes it.
+    if (m_value->HasDraft()) {
         m_isTakingValue = true;
-        m_value->AcceptDraft();
+        const bool isThere = hasValue && page == m_valuePage && place == m_valuePlace;
+        const bool isTaken = !isThere && m_value->AcceptDraft();
         m_isTakingValue = false;
+        if (!isTaken)
+            return;
     }
     m_valuePage = page;
     m_valuePlace = place;

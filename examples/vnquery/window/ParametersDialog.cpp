@@ -1,5 +1,6 @@
 #include "vnquery/window/ParametersDialog.h"
 
+#include "vnquery/window/Guard.h"
 #include "vnquery/window/Label.h"
 
 #include <QCheckBox>
@@ -22,6 +23,7 @@ ParameterTexts& LastTexts() {
 ParametersDialog::ParametersDialog(const std::vector<std::string>& names, QWidget* parent)
     : QDialog(parent) {
     setWindowTitle(PlainLabel(IDS_VQ_P_PARAMETERS));
+    AddHelp(this, 8);
     auto* const fields = new QWidget;
     auto* const form = new QFormLayout(fields);
     for (const std::string& name : names) {

@@ -6,6 +6,7 @@
 #include "vnbytstr/window/ListBox.h"
 
 #include <algorithm>
+#include <climits>
 
 namespace vnquery {
 
@@ -219,9 +220,10 @@ void ResultList::StepColumn(int by) {
     std::vector<int> shown;
     for (const std::size_t column : GetShownColumns())
         shown.push_back(ListColumnOf(static_cast<int>(column)));
-    const auto here = std::ranges::find(shown, m_column) - shown.begin() + by;
-    if (here < 0 || here >= static_cast<std::ptrdiff_t>(shown.size()))
+    if (shown.empty())
         return;
+    const auto here = std::clamp(std::ranges::find(shown, m_column) - shown.begin() + by,
+                                 std::ptrdiff_t{0}, std::ssize(shown) - 1);
     m_column = shown[static_cast<std::size_t>(here)];
     ShowColumn(m_column);
     if (GetCurrentRow() < 0 && GetCount() > 0)
@@ -302,6 +304,14 @@ BOOL ResultList::PreTranslateMessage(MSG* message) {
         StepColumn((message->wParam == VK_RIGHT) != isMirrored ? 1 : -1);
         return TRUE;
     }
+    case VK_HOME:
+    case VK_END:
+        if (GetKeyState(VK_SHIFT) < 0) // selects rows
+            return CListBoxEx::PreTranslateMessage(message);
+        StepColumn(message->wParam == VK_END ? INT_MAX : -INT_MAX);
+        if (GetKeyState(VK_CONTROL) < 0)
+            SetCurrentCell(message->wParam == VK_END ? GetCount() - 1 : 0, GetCurrentColumn());
+        return TRUE;
     case VK_F2: // is a command of the window, which says why a cell cannot be edited
         return TRUE;
     case 'A':

@@ -80,6 +80,7 @@ protected:
 
 private:
     CRect CellRect(int column, const RECT& row) const;
+    /// Goes through the shown columns, at most to the first or last one.
     void StepColumn(int by);
     void NotifyParent() const;
     void TakeColumn(CPoint point);

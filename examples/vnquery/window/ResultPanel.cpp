@@ -1,7 +1,7 @@
 #include "vnquery/window/ResultPanel.h"
 
-#include "vnquery/messages/Messages.h"
 #include "vnquery/tasks/Failure.h"
+#include "vnquery/window/Label.h"
 
 #include "vnbytstr/Messages.h"
 #include "vnbytstr/window/ListBox.h"
@@ -44,9 +44,9 @@ LRESULT ResultPanel::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     try {
         return CWnd::WindowProc(message, wParam, lParam);
     } catch (CException* error) {
-        m_owner.Tell(QString::fromStdString(TakeMessage(error)));
+        m_owner.Tell(Sentence(TakeMessage(error)));
     } catch (const Failure& failure) {
-        m_owner.Tell(QString::fromUtf8(failure.what()));
+        m_owner.Tell(Sentence(failure.what()));
     }
     return 0;
 }

@@ -1,5 +1,6 @@
 #include "vnquery/window/ResultView.h"
 
+#include "vnquery/result/CellEdit.h"
 #include "vnquery/window/Guard.h"
 #include "vnquery/window/Icons.h"
 #include "vnquery/window/Label.h"
@@ -52,6 +53,7 @@ ResultView::ResultView(QWidget* parent)
     findLayout->addWidget(m_findText);
     findLayout->addWidget(m_replaceText);
     findLayout->addWidget(m_findTools);
+    m_findTools->addAction(QString(), this, [this] { Guard(this, [this] { ReplaceAll(); }); });
     m_findTools->addAction(Icon("go-up"), {}, this, [this] { FindNext(false); });
     m_findTools->addAction(Icon("go-down"), {}, this, [this] { FindNext(true); });
     m_findTools->addAction(Icon("window-close"), {}, this, [this] {
@@ -86,10 +88,10 @@ void ResultView::Relabel() {
     m_findText->setAccessibleName(Label(IDS_VQ_N_FIND_HINT));
     m_replaceText->setPlaceholderText(Label(IDS_VQ_N_REPLACE_HINT));
     m_replaceText->setAccessibleName(Label(IDS_VQ_N_REPLACE_HINT));
-    const UINT texts[] = {IDS_VQ_N_REPLACE, IDS_VQ_N_M_FIND_PREVIOUS, IDS_VQ_N_M_FIND_NEXT,
-                          IDS_VQ_N_CLOSE};
+    const UINT texts[] = {IDS_VQ_N_REPLACE, IDS_VQ_N_REPLACE_ALL, IDS_VQ_N_M_FIND_PREVIOUS,
+                          IDS_VQ_N_M_FIND_NEXT, IDS_VQ_N_CLOSE};
     const QList<QAction*> tools = m_findTools->actions();
-    for (int i = 0; i < 4; ++i)
+    for (int i = 0; i < 5; ++i)
         tools[i]->setText(Label(texts[i]));
 }
 
@@ -130,7 +132,7 @@ bool ResultView::eventFilter(QObject* watched, QEvent* event) {
     return true;
 }
 
-/// The markers are global variables; the placeholders are texts in the interface's language.
+/// The markers are global variables.
 void ResultView::ReadMarkers() {
     CellFormat& format = m_document.GetFormat();
     const auto marker = [](CGlobalVars::GlobalVarIDs id, const char* fallback) {
@@ -139,15 +141,11 @@ void ResultView::ReadMarkers() {
     };
     format.nullText = marker(CGlobalVars::TLXCP_TENULL, "-");
     format.defaultText = marker(CGlobalVars::TLXCP_TEDFLT, "+");
-    format.blobText = GetBlobDisplayString();
-    format.clobText = GetClobDisplayString();
     format.hasPreviews = true;
     format.textLimit = kPreviewLength;
 }
 
-void ResultView::Tell(const QString& text) {
-    QMessageBox::warning(this, Label(IDS_VQ_APP), Sentence(text.toStdString()));
-}
+void ResultView::Tell(const QString& text) { QMessageBox::warning(this, Label(IDS_VQ_APP), text); }
 
 bool ResultView::AskYesNo(const QString& question) {
     return QMessageBox::question(this, Label(IDS_VQ_APP), question) == QMessageBox::Yes;
@@ -206,7 +204,7 @@ void ResultView::FollowSort() {
         Q_EMIT Changed();
         return;
     }
-    const QString message = QString::fromStdString(sort->GetMessage());
+    const QString message = Sentence(sort->GetMessage());
     m_sortTimer.stop();
     GetList().SortEnded();
     Q_EMIT StatusChanged(Label(state == TaskState::Done ? IDS_VQ_W_SORTED : IDS_VQ_W_SORT_STOPPED));
@@ -335,39 +333,68 @@ void ResultView::FindNext(bool forward) {
     ResultList& list = GetList();
     if (text != m_found) {
         m_found = text;
-        FindEnded(list.FindText(text));
+        FindEnded(list.FindText(text, kFindSkipFirst));
     } else {
         FindEnded(forward ? list.FindNext() : list.FindPrevious());
     }
 }
 
-void ResultView::Replace() {
-    CellPlace place;
-    const QString wanted = m_findText->text();
-    if (wanted.isEmpty() || !RequireEditable(place))
-        return;
+/// Why the cell does not take its text with the found text replaced; nothing where that is not in it.
+std::optional<EditFault> ResultView::ReplaceIn(CellPlace place, NewValue& changed) const {
     constexpr DWORD kLongest = 1 << 20;
     const Value value = m_document.GetValue(place);
     QString text;
     if (value.GetType() != Value::Type::Binary && value.GetLength() <= kLongest)
         text = QString::fromStdString(value.GetBytes());
-    if (text.contains(wanted, Qt::CaseInsensitive)) {
-        const std::string replaced =
-            text.replace(wanted, m_replaceText->text(), Qt::CaseInsensitive).toStdString();
-        const ColumnKind kind = m_document.GetKind(place.second);
-        if (kind == ColumnKind::Integer || kind == ColumnKind::Decimal) {
-            if (!StoreText(GetList().GetCurrentRow(), GetList().GetCurrentColumn(), replaced))
-                return;
-            CellsChanged();
-        } else {
-            NewValue changed;
-            changed.value.Begin(Value::Type::Text);
-            changed.value.Append({reinterpret_cast<const BYTE*>(replaced.data()), replaced.size()});
-            changed.value.Complete();
-            SetCell(place, std::move(changed));
-        }
-    }
+    if (!text.contains(m_findText->text(), Qt::CaseInsensitive))
+        return {};
+    text.replace(m_findText->text(), m_replaceText->text(), Qt::CaseInsensitive);
+    return ParseText(text.toStdString(), m_document.GetKind(place.second), changed);
+}
+
+void ResultView::Replace() {
+    CellPlace place;
+    if (m_findText->text().isEmpty() || !RequireEditable(place))
+        return;
+    NewValue changed;
+    const std::optional<EditFault> fault = ReplaceIn(place, changed);
+    if (fault == EditFault::None)
+        SetCell(place, std::move(changed));
+    else if (fault)
+        return Tell(Label(IDS_VQ_P_NOT_A_NUMBER, {m_document.GetHeading(place.second), "42"}));
     FindNext(true);
+}
+
+void ResultView::ReplaceAll() {
+    const std::string wanted = m_findText->text().toStdString();
+    if (wanted.empty() || !RequireResult() || !GetList().CellEnter(TRUE))
+        return;
+    std::vector<std::pair<CellPlace, NewValue>> changes;
+    const Shown shown = GetShown(false);
+    if (!RunTask(this, IDS_VQ_N_REPLACE_ALL, [&](Progress& progress) {
+            for (const std::size_t row : shown.rows) {
+                for (const std::size_t column : shown.columns) {
+                    const CellPlace place = m_document.PlaceOf(row, column);
+                    NewValue changed;
+                    if (m_document.GetReadOnlyReason(place) == ReadOnlyReason::None &&
+                        ReplaceIn(place, changed) == EditFault::None)
+                        changes.emplace_back(place, std::move(changed));
+                }
+                progress.AddRow();
+            }
+        }))
+        return;
+    if (changes.empty())
+        return void(Q_EMIT StatusChanged(Label(IDS_VQ_N_NOT_FOUND, {wanted})));
+    if (!AskYesNo(Label(IDS_VQ_N_Q_REPLACE, {wanted, m_replaceText->text().toStdString(),
+                                             GroupDigits(changes.size())})))
+        return;
+    {
+        const EditStep step(m_document.GetEdits());
+        for (auto& [place, changed] : changes)
+            m_document.GetEdits().Set(place, std::move(changed), m_document.GetResult());
+    }
+    RowsChanged({});
 }
 
 void ResultView::FindEnded(int result) {

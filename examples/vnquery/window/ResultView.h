@@ -2,6 +2,7 @@
 #pragma once
 
 #include "vnquery/document/ResultDocument.h"
+#include "vnquery/result/CellEdit.h"
 #include "vnquery/sources/Session.h"
 #include "vnquery/window/ResultPanel.h"
 
@@ -37,7 +38,10 @@ public:
     bool HasResult() const { return m_document.HasResult(); }
     bool IsSorting() const { return m_document.GetSort() != nullptr; }
     /// While a query brings rows: cells are not changed.
-    void SetFilling(bool isFilling) { m_isFilling = isFilling; }
+    void SetFilling(bool isFilling) {
+        m_isFilling = isFilling;
+        Q_EMIT CurrentChanged();
+    }
     bool IsBusy() const { return m_isFilling || IsSorting(); }
 
     /// Shows another result, at first without rows.
@@ -73,6 +77,8 @@ public:
     void FindNext(bool forward);
     /// Replaces the text in the current cell, where it is there, and goes to the next one.
     void Replace();
+    /// The same in all cells shown, after a question that says how many have the text.
+    void ReplaceAll();
     void ShowFilterRow(bool show);
     bool HasFilterRow() { return GetList().GetFilterRow() != nullptr; }
     void FitColumns();
@@ -122,6 +128,7 @@ private:
     };
 
     void Relabel();
+    std::optional<EditFault> ReplaceIn(CellPlace place, NewValue& changed) const;
     void ShowCellTip(const QPoint& place);
     Shown GetShown(bool selectedOnly);
     bool RequireResult();

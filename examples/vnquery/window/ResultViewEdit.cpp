@@ -54,7 +54,8 @@ bool ResultView::GetCurrentPlace(CellPlace& place) const {
 
 bool ResultView::IsCurrentEditable() const {
     CellPlace place;
-    return GetCurrentPlace(place) && m_document.GetReadOnlyReason(place) == ReadOnlyReason::None;
+    return !m_isFilling && GetCurrentPlace(place) &&
+           m_document.GetReadOnlyReason(place) == ReadOnlyReason::None;
 }
 
 bool ResultView::CanChangeRows() const {
@@ -110,7 +111,7 @@ void ResultView::CellsChanged() {
 }
 
 void ResultView::SetValue(CellPlace place, NewValue value) {
-    if (!RequireResult() || RefuseEdit(m_document.GetReadOnlyReason(place)))
+    if (!HasResult() || RefuseEdit(m_document.GetReadOnlyReason(place)))
         return;
     SetCell(place, std::move(value));
     GetList().Invalidate();
@@ -277,9 +278,11 @@ std::string ResultView::DescribeConflicts(const WriteReport& report) const {
     std::string text;
     if (!report.conflicts.empty()) {
         const WriteReport::Cell& first = report.conflicts.front();
-        text += "\n\n" + Text(IDS_VQ_Q_CONFLICTS, {GroupDigits(report.conflicts.size()),
-                                                   CellName(first.place.first, first.place.second),
-                                                   FormatCell(first.now, m_document.GetFormat())});
+        text +=
+            "\n\n" + Text(IDS_VQ_Q_CONFLICTS,
+                          {GroupDigits(report.conflicts.size()),
+                           CellName(m_document.GetShownRow(first.place.first), first.place.second),
+                           FormatCell(first.now, m_document.GetFormat())});
     }
     if (!report.lostRows.empty())
         text += "\n\n" + Text(IDS_VQ_Q_LOST, {GroupDigits(report.lostRows.size())});
@@ -350,8 +353,14 @@ bool ResultView::CommitChanges() {
     WriteReport report;
     if (!RunTask(this, IDS_VQ_T_WRITING, [&](Progress& progress) {
             const auto writer = OpenWriter();
-            report = WriteEdits(*writer, m_document.GetPlan(), m_document.GetResult(),
-                                m_document.GetEdits(), progress);
+            try {
+                report = WriteEdits(*writer, m_document.GetPlan(), m_document.GetResult(),
+                                    m_document.GetEdits(), progress);
+            } catch (const RowFailure& failure) {
+                const std::size_t row = m_document.GetShownRow(failure.GetRow());
+                throw Failure(failure.Code(),
+                              Text(IDS_VQ_N_AT_ROW, {GroupDigits(row + 1), failure.what()}));
+            }
             writer->Commit();
         })) {
         Q_EMIT StatusChanged(Label(IDS_VQ_W_UNDONE));

@@ -18,15 +18,19 @@ namespace {
 constexpr auto kShort = std::chrono::milliseconds(150);
 constexpr auto kLookInterval = std::chrono::milliseconds(50);
 
-void ShowDialog(QWidget* parent, const std::string& title, BackgroundTask& task) {
+void ShowDialog(QWidget* parent, const std::string& title, BackgroundTask& task, bool waits) {
     QProgressDialog dialog(QString::fromStdString(title), PlainLabel(IDS_VQ_CANCEL), 0, 0, parent);
     dialog.setWindowTitle(Label(IDS_VQ_APP));
     dialog.setWindowModality(Qt::ApplicationModal);
     // It stays until the work has noticed that it is to stop.
     QObject::disconnect(&dialog, &QProgressDialog::canceled, &dialog, &QProgressDialog::cancel);
-    QObject::connect(&dialog, &QProgressDialog::canceled, [&] { task.Cancel(); });
-    dialog.show();
     QEventLoop loop;
+    QObject::connect(&dialog, &QProgressDialog::canceled, [&] {
+        task.Cancel();
+        if (!waits)
+            loop.quit();
+    });
+    dialog.show();
     QTimer timer;
     QObject::connect(&timer, &QTimer::timeout, [&] {
         if (task.GetState() != TaskState::Running)
@@ -45,13 +49,18 @@ void ShowDialog(QWidget* parent, const std::string& title, BackgroundTask& task)
 
 } // namespace
 
-bool RunTask(QWidget* parent, UINT title, BackgroundTask::Work work) {
-    BackgroundTask task(std::move(work));
+bool RunTask(QWidget* parent, UINT title, BackgroundTask::Work work, bool waits) {
+    auto running = std::make_unique<BackgroundTask>(std::move(work));
+    BackgroundTask& task = *running;
     const auto end = std::chrono::steady_clock::now() + kShort;
     while (task.GetState() == TaskState::Running && std::chrono::steady_clock::now() < end)
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     if (task.GetState() == TaskState::Running)
-        ShowDialog(parent, Text(title), task);
+        ShowDialog(parent, Text(title), task, waits);
+    if (!waits && task.GetState() == TaskState::Running) {
+        LetEnd(std::move(running));
+        return false;
+    }
     task.Wait();
     if (task.GetState() == TaskState::Failed)
         QMessageBox::warning(parent, Label(IDS_VQ_APP), Sentence(task.GetMessage()));

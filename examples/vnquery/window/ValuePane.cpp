@@ -406,7 +406,8 @@ void ValuePane::GoTo() {
         const DWORD line = (*offset - m_begin) / HexDump::kBytesPerLine;
         cursor.setPosition(
             m_text->document()->findBlockByNumber(static_cast<int>(line)).position());
-        cursor.movePosition(QTextCursor::EndOfBlock, QTextCursor::KeepAnchor);
+        cursor.movePosition(QTextCursor::EndOfBlock);
+        cursor.movePosition(QTextCursor::StartOfBlock, QTextCursor::KeepAnchor); // the offsets stay
     } else {
         cursor.setPosition(PositionOf(*offset));
     }

@@ -1,5 +1,6 @@
 #include "vnquery/window/VariablesDialog.h"
 
+#include "vnquery/window/Guard.h"
 #include "vnquery/window/Label.h"
 
 #include "vnbytstr/GlobalVars.h"
@@ -88,6 +89,7 @@ void Tell(QWidget* parent, const QString& text) {
 
 VariablesDialog::VariablesDialog(QWidget* parent) : QDialog(parent) {
     setWindowTitle(PlainLabel(IDS_VQ_G_TITLE));
+    AddHelp(this, 7);
     m_table = new QTableWidget(0, 3);
     m_table->setAccessibleName(windowTitle());
     m_table->setHorizontalHeaderLabels(

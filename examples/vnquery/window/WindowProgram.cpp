@@ -1,5 +1,6 @@
 #include "vnquery/window/WindowProgram.h"
 
+#include "vnquery/tasks/BackgroundTask.h"
 #include "vnquery/tasks/Failure.h"
 #include "vnquery/window/Guard.h"
 #include "vnquery/window/Icons.h"
@@ -49,7 +50,8 @@ int RunWindow(int argc, char** argv, const WindowStart& start) {
     QApplication::setWindowIcon(Icon("vnquery"));
     GetGlobals().Initialize();
     UseTextLanguage();
-    MainWindow window;
+    auto shown = std::make_unique<MainWindow>();
+    MainWindow& window = *shown;
     window.show();
     CString trouble;
     if (VNGetProfileStatus(&trouble) != ProfileSound)
@@ -58,8 +60,15 @@ int RunWindow(int argc, char** argv, const WindowStart& start) {
     if (!start.connection.IsEmpty() && window.OpenConnection(start.connection, start.sql) &&
         !start.sql.empty())
         window.RunPieces(SqlEditor::Which::All);
-    const int result = QApplication::exec();
-    return window.GetEndingSignal() != 0 ? 128 + window.GetEndingSignal() : result;
+    int result = QApplication::exec();
+    if (window.GetEndingSignal() != 0)
+        result = 128 + window.GetEndingSignal();
+    shown.reset();
+    if (HasLeft()) {
+        std::fflush(nullptr);
+        std::_Exit(result);
+    }
+    return result;
 }
 
 } // namespace vnquery

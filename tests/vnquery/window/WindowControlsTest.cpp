@@ -13,6 +13,7 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QContextMenuEvent>
 #include <QDialog>
 #include <QHelpEvent>
 #include <QLabel>
@@ -139,7 +140,7 @@ TEST_F(WindowControls, StatementsChangeTheDatabaseWithCommitOnly) {
     Page().RollBack();
     EXPECT_FALSE(Page().HasUncommitted());
     RunText("update note set t = 'TWO' where id = 2");
-    EXPECT_EQ(Status().substr(0, 14), "1 rows changed") << Status();
+    EXPECT_EQ(Status().substr(0, 16), "Rows changed: 1,") << Status();
     // Closing asks; Cancel stays, No rolls back, Yes commits.
     m_answers.m_answers = {QMessageBox::Cancel};
     EXPECT_FALSE(Window().close());
@@ -180,6 +181,21 @@ TEST_F(WindowControls, TextsAreFoundAndCopied) {
     EXPECT_EQ(Cell(1, 0), "To");
     View().Undo();
     EXPECT_EQ(Cell(1, 0), "two");
+    // All at once after a question, and taken back at once.
+    View().findChildren<QLineEdit*>().at(0)->setText("o");
+    m_answers.m_answers = {QMessageBox::No, QMessageBox::Yes};
+    View().ReplaceAll();
+    EXPECT_EQ(Changes(), "No changes");
+    View().ReplaceAll();
+    EXPECT_NE(m_answers.m_texts.back().find("Cells: 2"), std::string::npos);
+    EXPECT_EQ(Cell(0, 0) + Cell(1, 0), "TnetwT");
+    View().Undo();
+    EXPECT_EQ(Cell(0, 0) + Cell(1, 0), "onetwo");
+    // The rows' numbers are no texts of the result.
+    List().SetCurrentCell(1, 0);
+    View().findChildren<QLineEdit*>().at(0)->setText("2");
+    View().FindNext(true);
+    EXPECT_NE(Status().find("not found"), std::string::npos) << Status();
     Key(Qt::Key_Escape);
     const auto clipboard = [] { return QGuiApplication::clipboard()->text().toStdString(); };
     View().Copy(CopyForm::Cell);
@@ -246,6 +262,68 @@ TEST_F(WindowControls, TheValuePaneShowsAndChangesTheCurrentCell) {
     m_answers.m_answers = {QMessageBox::Yes};
     Window().WriteChanges();
     EXPECT_EQ(Ask("select t from note where id = 1"), "yxone");
+}
+
+/// Nor is it lost where the column does not take it, or while rows come or are sorted.
+TEST_F(WindowControls, WhatIsTypedInTheValuePaneStays) {
+    MakeDatabase("create table n(id integer primary key, x int, t text);"
+                 "insert into n values (1, 10, 'one'), (2, 20, 'two')");
+    Open("select x, t from n order by id");
+    auto* const text = Window().GetValuePane().findChild<QPlainTextEdit*>();
+    List().SetCurrentCell(0, 0);
+    Window().ShowValue();
+    Type("a");
+    m_answers.m_answers = {QMessageBox::Ok};
+    List().SetCurrentCell(1, 1);
+    EXPECT_EQ(text->toPlainText(), "a10");
+    Window().GetValuePane().UndoDraft();
+    List().SetCurrentCell(1, 0);
+    List().SetCurrentCell(1, 1);
+    Window().ShowValue();
+    Type("my ");
+    List().SortBy(0, true); // the cell is another row's place then
+    WaitFor([&] { return !Page().IsBusy(); });
+    View().Undo();
+    EXPECT_EQ(text->toPlainText(), "my two");
+    List().SetCurrentCell(1, 0);
+    EXPECT_EQ(Cell(0, 1), "my two");
+    m_answers.m_answers = {QMessageBox::No};
+    Page().RunSql(kEndless);
+    EXPECT_TRUE(text->isReadOnly());
+    Page().Stop();
+    WaitFor([&] { return !Page().IsBusy(); });
+}
+
+/// Home and End go through the row, with Ctrl to the first and last cell; a menu opens by key and
+/// once by mouse, and leaves the status line alone.
+TEST_F(WindowControls, KeysGoEverywhere) {
+    OpenNotes();
+    const auto place = [&] { return std::pair(List().GetCurrentRow(), List().GetCurrentColumn()); };
+    Key(Qt::Key_End);
+    EXPECT_EQ(place(), std::pair(0, 1));
+    Key(Qt::Key_Home);
+    EXPECT_EQ(place(), std::pair(0, 0));
+    Key(Qt::Key_End, Qt::ControlModifier);
+    EXPECT_EQ(place(), std::pair(1, 1));
+    const std::string status = Status();
+    int menus = 0;
+    QTimer closing;
+    QObject::connect(&closing, &QTimer::timeout, [&] {
+        if (QWidget* const menu = QApplication::activePopupWidget()) {
+            ++menus;
+            menu->close();
+        }
+    });
+    closing.start(20);
+    Key(Qt::Key_F10);
+    WaitFor([&] { return menus == 1; });
+    EXPECT_EQ(Status(), status);
+    QWidget* const list = List().GetWidget();
+    const QPoint at(60, 10);
+    QContextMenuEvent event(QContextMenuEvent::Mouse, at, list->mapToGlobal(at));
+    QApplication::sendEvent(list, &event);
+    Pump();
+    EXPECT_EQ(menus, 2);
 }
 
 TEST_F(WindowControls, TheTreeBrowsesATable) {

@@ -118,6 +118,23 @@ TEST_F(WindowEdit, ConflictsAreShownAndNotOverwrittenUnseen) {
     EXPECT_EQ(Ask("select title from film where id = 1"), "mine");
 }
 
+/// By the number that the row has on the screen.
+TEST_F(WindowEdit, ARefusedValueNamesItsRow) {
+    MakeDatabase("create table t(id integer primary key, n int check(n > 0));"
+                 "insert into t values (1, 1), (2, 2), (3, 3)");
+    Open("select id, n from t");
+    List().SortBy(0, true);
+    List().SetCurrentCell(2, 1);
+    Key(Qt::Key_F2);
+    Type("0");
+    Key(Qt::Key_Return);
+    m_answers.m_answers = {QMessageBox::Yes, QMessageBox::Ok};
+    View().WriteChanges();
+    EXPECT_EQ(m_answers.m_texts.back().find("Row 3: cannot change the column n"), 0u)
+        << m_answers.m_texts.back();
+    EXPECT_EQ(Changes(), "1 change not written");
+}
+
 TEST_F(WindowEdit, AFileIsDroppedOntoACell) {
     OpenFilms();
     m_files.Write("picture", SomeBytes(200000, 9));
@@ -125,7 +142,7 @@ TEST_F(WindowEdit, AFileIsDroppedOntoACell) {
     List().AddFileName(2, File("picture").c_str());
     List().EditColumn(2, ResultList::ListColumnOf(3)); // as the drop target does
     WaitFor([&] { return !Document().GetEdits().IsEmpty(); });
-    EXPECT_EQ(Cell(2, 3), "<BLOB> 195 KB");
+    EXPECT_EQ(Cell(2, 3), "<BLOB 195 KB>");
     m_answers.m_answers = {QMessageBox::Yes};
     View().WriteChanges();
     EXPECT_EQ(Ask("select poster from film where id = 3"), SomeBytes(200000, 9));
