@@ -129,6 +129,10 @@ struct Record {
     std::vector<BYTE> beginning; ///< of the new content
     std::string name;            ///< of the target
 
+    static std::uint64_t SizeOf(const Trailer& trailer) {
+        return (trailer.newLength + kBlock - 1) / kBlock * sizeof(DWORD) +
+               std::min(trailer.newLength, kBeginning) + trailer.nameLength;
+    }
     void SetSize(const Trailer& trailer) {
         blocks.resize(static_cast<std::size_t>((trailer.newLength + kBlock - 1) / kBlock));
         beginning.resize(static_cast<std::size_t>(std::min(trailer.newLength, kBeginning)));
@@ -195,12 +199,9 @@ int ReadUndo(FileHandle undo, Trailer& trailer, Record& record) {
     if (trailer.magic != kMagic || std::max(trailer.oldLength, trailer.newLength) > kMaxLength ||
         trailer.nameLength > kMaxName)
         return EINVAL;
+    if (length != trailer.oldLength + Record::SizeOf(trailer) + sizeof trailer)
+        return EINVAL; // before so much memory is taken
     record.SetSize(trailer);
-    std::uint64_t end = trailer.oldLength + sizeof trailer;
-    for (const std::span<BYTE> part : record.Parts())
-        end += part.size();
-    if (length != end)
-        return EINVAL;
     std::uint64_t at = trailer.oldLength;
     for (const std::span<BYTE> part : record.Parts()) {
         if (const int error = ReadAt(undo, at, part))

@@ -125,9 +125,9 @@ void ReadStringFromArchive(CArchive& archive, char*& text, bool& converted, bool
 }
 
 void WriteStringWithLengthToArchive(CArchive& archive, const CString& text) {
-    const std::u16string units = UnitsToWrite(text);
-    if (units.size() > INT_MAX / 2)
+    if (text.GetLength() > INT_MAX / 2) // the count of bytes is read as a signed number
         AfxThrowArchiveException(CArchiveException::badIndex, FileOf(archive).GetFilePath());
+    const std::u16string units = UnitsToWrite(text);
     const auto count = static_cast<DWORD>(2 * units.size());
     archive << count;
     archive.Write(units.data(), count);

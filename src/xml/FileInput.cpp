@@ -89,11 +89,6 @@ xercesc::BinInputStream* FileInput::makeStream() const {
     FileHandle handle = kNoFile;
     if (system.OpenFile(m_name.c_str(), kOpenRead, handle) != 0)
         return nullptr;
-    FileStatus status;
-    if (system.GetFileStatus(handle, status) != 0 || status.isFolder) {
-        system.CloseFile(handle);
-        return nullptr;
-    }
     return new (getMemoryManager()) FileStream(system, handle, m_hasFailed, m_budget);
 }
 

@@ -57,14 +57,16 @@ TEST_F(ByteStoreFilesTest, NamesTakenMeanwhileArePassedOver) {
             std::ofstream(taken).put('x');
     }
     // The fourth is taken between the look and the opening.
-    m_system.Inject(Fault{.call = Call::Open, .at = 1, .error = EEXIST});
+    const std::string fourth = stem.substr(m_folder.Path().size()) + std::to_string(counter + 4);
+    m_system.Before(Call::Open, 1, [&] { m_folder.Write(fourth + ".tmp", "another program's"); });
     CByteStore store;
     const Bytes bytes = Pattern(20 * kPage);
     Append(store, bytes);
     EXPECT_EQ(store.GetFileName(), stem + std::to_string(counter + 5) + ".tmp");
     EXPECT_EQ(Content(store), bytes);
     store.Empty();
-    EXPECT_EQ(FileCount(), 3u);
+    EXPECT_EQ(m_folder.Read(fourth + ".tmp"), "another program's");
+    EXPECT_EQ(FileCount(), 4u);
 }
 
 TEST_F(ByteStoreFilesTest, DeadProcessesSwapFilesAreSweptAway) {
@@ -179,7 +181,8 @@ TEST_F(ByteStoreFilesTest, SaveLeavesLinksAndDevicesWhatTheyAre) {
     const Bytes bytes = Pattern(20 * kPage);
     m_folder.Write("real", "old");
     std::filesystem::permissions(m_folder.File("real"), std::filesystem::perms{0640});
-    if (!m_folder.Link("real", "link") || !m_folder.Link(vnbytstr::NullDevice(), "null"))
+    const std::string null = m_folder.Device(vnbytstr::NullDevice());
+    if (!m_folder.Link("real", "link") || !m_folder.Link(null, "null"))
         GTEST_SKIP() << "no symbolic links here";
     for (const char* name : {"link", "null", "real"}) {
         CByteStore store;
@@ -190,7 +193,7 @@ TEST_F(ByteStoreFilesTest, SaveLeavesLinksAndDevicesWhatTheyAre) {
     EXPECT_TRUE(std::filesystem::is_symlink(m_folder.File("link")));
     EXPECT_EQ(m_folder.Read("real"), AsText(bytes));
     EXPECT_TRUE(m_folder.HasMode(m_folder.File("real"), 0640));
-    EXPECT_TRUE(std::filesystem::is_character_file(vnbytstr::NullDevice()));
+    EXPECT_TRUE(std::filesystem::is_character_file(null));
 }
 
 TEST_F(ByteStoreFilesTest, SavedOntoItsOwnFilesStaysThere) {
@@ -203,8 +206,9 @@ TEST_F(ByteStoreFilesTest, SavedOntoItsOwnFilesStaysThere) {
         EXPECT_EQ(Content(store), bytes);
         store.SaveToFile(name.c_str());
         EXPECT_EQ(m_folder.Read(name.substr(m_folder.Path().size())), AsText(bytes));
-        EXPECT_EQ(FileCount(), 1u);
+        EXPECT_TRUE(m_folder.HasMode(name, 0644));
     }
+    SweepLeftovers(m_folder.Path()); // it is no left-over either
     EXPECT_EQ(FileCount(), 1u);
 }
 

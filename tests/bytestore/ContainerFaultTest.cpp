@@ -194,7 +194,17 @@ TEST_F(ContainerFaultTest, PageThatCouldNotBeReadIsReadAgain) {
     store.ConcatByte(1); // a new page, for which the number of pages is looked at
     EXPECT_EQ(store.GetByte(18 * kPage), bytes[18 * kPage]);
     EXPECT_EQ(store.GetByte(19 * kPage), bytes[19 * kPage]);
+    EXPECT_EQ(store.GetResidentPageCount(), 18u); // in the memory that was meant for it
     EXPECT_TRUE(store.Left(20 * kPage) == CByteStream(bytes.data(), 20 * kPage));
+}
+
+TEST_F(ContainerFaultTest, WhatWasDroppedIsNotWritten) {
+    CByteStore store;
+    Append(store, Pattern(20 * kPage)); // some pages wait to be written
+    store.Shift(0, 20 * kPage);
+    m_system.Inject(Fault{.call = Call::Write, .fromThenOn = true, .error = ENOSPC});
+    EXPECT_EQ(CauseOf([&] { store.Flush(); }), -1);
+    m_system.Inject(std::nullopt);
 }
 
 TEST_F(ContainerFaultTest, CutOrRemovedSwapFileIsNoticed) {

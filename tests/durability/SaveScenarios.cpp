@@ -149,6 +149,23 @@ SaveScenario OntoOwnFile(const std::string& title, How how) {
     return scenario;
 }
 
+/// A file with changes, under another name: it is renamed.
+SaveScenario OfAFilesStore() {
+    SaveScenario scenario;
+    scenario.name = "SaveToFile of a file's store, new";
+    scenario.target = "target";
+    scenario.text = [](unsigned version) { return LargeText(1) + std::to_string(version); };
+    scenario.prepare = [](const Place& place) {
+        std::ofstream(place.home + "part", std::ios::binary) << LargeText(1);
+    };
+    scenario.begin = [](const Place& place, unsigned version) {
+        const StorePtr store = OpenStore(place.home + "part");
+        store->ConcatByte(static_cast<BYTE>('0' + version));
+        return SavingOf(store, How::Save, place.home + "target");
+    };
+    return scenario;
+}
+
 SaveScenario FlushShifted() {
     SaveScenario scenario = OntoOwnFile("Flush(1) of a file's store", How::CopyShifted);
     scenario.keeps = SaveScenario::Kill; // a flush does not wait for the disk
@@ -246,6 +263,7 @@ std::vector<SaveScenario> AllScenarios() {
         FromOtherDevice("SaveToFile to another device, over a file", false),
         OntoOwnFile("SaveToFile onto the own file, shifted", How::SaveShifted),
         OntoOwnFile("CopyToFile onto the own file, shifted", How::CopyShifted),
+        OfAFilesStore(),
         FlushShifted(),
         FromStore("CopyToFile, new", How::Copy, true, true),
         FromStore("CopyToFile over a file", How::Copy, true, false),

@@ -28,13 +28,14 @@ TEST_F(FileReplacementTest, AFileOfSeveralNamesIsWrittenOver) {
 }
 
 TEST_F(FileReplacementTest, WhatIsNoPlainFileIsWrittenToDirectly) {
-    EXPECT_EQ(Put(NullDevice(), "x"), 0);
+    const std::string null = m_folder.Device(NullDevice());
+    EXPECT_EQ(Put(null, "x"), 0);
     EXPECT_EQ(Put(Name(""), "x"), EISDIR);
     if (m_folder.Link("nowhere", "at/dangling")) {
         EXPECT_EQ(Put(Name("dangling"), "x"), ENOENT);
     }
     FileReplacement target;
-    EXPECT_EQ(target.Open(NullDevice(), true), EINVAL);
+    EXPECT_EQ(target.Open(null.c_str(), true), EINVAL);
     EXPECT_EQ(target.Open(nullptr), EINVAL);
 }
 
@@ -93,6 +94,10 @@ TEST_F(FileReplacementTest, WritingOverIsForOneAtATime) {
     });
     EXPECT_EQ(Put(Name("a"), "new"), 0);
     release.join();
+    // Where there are no locks, it goes without.
+    m_system.Inject(test::Fault{.call = test::Call::Lock, .fromThenOn = true, .error = ENOLCK});
+    EXPECT_EQ(Put(Name("a"), "new"), 0);
+    m_system.Inject(std::nullopt);
     FileReplacement target;
     ASSERT_EQ(target.Open(Name("a").c_str()), 0);
     Write("other", "other");

@@ -212,8 +212,8 @@ struct Image {
 };
 
 /// One table of strings, its data entry with that length.
-std::string Strings(const std::string& data, std::size_t length) {
-    return Directory({{6, kSub | 24}}) + Directory({{1, kSub | 48}}) + Directory({{0, 72}}) +
+std::string Strings(const std::string& data, std::size_t length, DWORD type = 6) {
+    return Directory({{type, kSub | 24}}) + Directory({{1, kSub | 48}}) + Directory({{0, 72}}) +
            DWords({kAddress + 88, static_cast<DWORD>(length), 0, 0}) + data;
 }
 
@@ -231,6 +231,10 @@ TEST(PeResources, LengthsEndWhereTheyShould) {
     // A string of one unit more than its table.
     Image string{.resources = Strings(table, table.size() - 2)};
     EXPECT_FALSE(string.IsTaken(resources));
+    // A type that is a text, whose length and units lie within the resources.
+    for (const auto& [place, isGood] : {std::pair<DWORD, bool>{88, true}, {92, false}, {93, false}})
+        EXPECT_EQ(Image{.resources = Strings(table, table.size(), kSub | place)}.IsTaken(resources),
+                  isGood);
     // A directory of two entries, of which the section holds one and the file both.
     Image directory{.resources = Directory({{6, kSub | 24}}) + Directory({{1, kSub | 70}}) +
                                  DWords({kAddress + 64, 6, 0, 0}) + table +

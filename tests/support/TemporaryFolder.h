@@ -10,6 +10,10 @@
 #include <utility>
 #include <vector>
 
+#ifndef _WIN32
+#include <sys/stat.h>
+#endif
+
 namespace vnbytstr::test {
 
 class TemporaryFolder {
@@ -59,6 +63,19 @@ public:
     /// A file's permission bits (at most 07777).
     static unsigned ModeOf(const std::string& file) {
         return static_cast<unsigned>(std::filesystem::status(file).permissions());
+    }
+    /// A device of the same kind as `standard` ("/dev/null"), of the test's own where this user can
+    /// make one: a user who can might also replace the machine's, when what is tested is broken.
+    std::string Device(const std::string& standard) const {
+#ifndef _WIN32
+        struct stat info;
+        const std::string own = File("device");
+        if (::stat(standard.c_str(), &info) == 0 &&
+            ::mknod(own.c_str(), info.st_mode, info.st_rdev) == 0 &&
+            std::ofstream(own, std::ios::in | std::ios::out).is_open())
+            return own;
+#endif
+        return standard;
     }
     /// Names of what the folder holds.
     std::vector<std::string> Names() const {

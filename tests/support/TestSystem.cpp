@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <numeric>
 #include <string_view>
+#include <utility>
 
 namespace vnbytstr::test {
 
@@ -21,6 +22,12 @@ void TestSystem::Inject(std::optional<Fault> fault) {
     m_seen = m_hits = 0;
 }
 
+void TestSystem::Before(Call call, unsigned at, std::function<void()> action) {
+    m_beforeCall = call;
+    m_beforeLeft = at;
+    m_before = std::move(action);
+}
+
 unsigned TestSystem::Count(Call call) const {
     if (call == Call::Any)
         return std::accumulate(m_counts.begin(), m_counts.end(), 0u);
@@ -29,6 +36,8 @@ unsigned TestSystem::Count(Call call) const {
 
 std::optional<Fault> TestSystem::Take(Call call) {
     ++m_counts[static_cast<std::size_t>(call)];
+    if (m_before && call == m_beforeCall && --m_beforeLeft == 0)
+        std::exchange(m_before, nullptr)();
     if (!m_fault || (m_fault->call != Call::Any && m_fault->call != call))
         return std::nullopt;
     ++m_seen;

@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cerrno>
+#include <functional>
 #include <map>
 #include <optional>
 #include <set>
@@ -74,6 +75,8 @@ public:
 
     /// Sets the one fault, counting from now; none takes it away.
     void Inject(std::optional<Fault> fault);
+    /// What another process does just before the `at`-th of the coming calls.
+    void Before(Call call, unsigned at, std::function<void()> action);
     /// How many calls the fault in force has hit.
     unsigned Hits() const { return m_hits; }
     unsigned Count(Call call) const;
@@ -153,6 +156,9 @@ private:
     bool m_syncsNothing = false;
     std::optional<Fault> m_fault;
     unsigned m_seen = 0, m_hits = 0;
+    std::function<void()> m_before;
+    Call m_beforeCall = Call::Any;
+    unsigned m_beforeLeft = 0;
     std::array<unsigned, static_cast<std::size_t>(Call::Any)> m_counts{};
     std::set<FileHandle> m_open;
     std::string m_diagnostics;

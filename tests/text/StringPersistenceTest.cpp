@@ -166,6 +166,22 @@ TEST(StringPersistence, Archives) {
     from("\xFF\xFF\xFF\x7F"s + std::string(16, 'x'), "before", kEnd); // 2 GiB in 20 bytes
 }
 
+TEST(StringPersistence, TextsOfMoreBytesThanACountHasAreRefused) {
+    CMemFile file;
+    CArchive archive(&file, CArchive::store);
+    CString text;
+    try {
+        text.GetBufferSetLength(1 << 30);
+    } catch (CMemoryException* error) {
+        error->Delete();
+        GTEST_SKIP() << "a GiB of memory is missing";
+    }
+    EXPECT_EQ(CauseOf<CArchiveException>([&] { WriteStringWithLengthToArchive(archive, text); }),
+              CArchiveException::badIndex);
+    archive.Close();
+    EXPECT_EQ(file.GetLength(), 0u);
+}
+
 TEST(StringPersistence, ArchivesFileRoundTheBuffer) {
     CMemFile file;
     CArchive archive(&file, CArchive::store);

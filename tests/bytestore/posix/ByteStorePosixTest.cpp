@@ -40,27 +40,28 @@ TEST_F(ByteStorePosixTest, DeviceNodesAreNeverUnlinked) {
 }
 
 TEST_F(ByteStorePosixTest, AFullTargetIsReportedAsTheTargets) {
-    if (::access("/dev/full", W_OK) != 0)
+    const std::string full = m_folder.Device("/dev/full");
+    if (::access(full.c_str(), W_OK) != 0)
         GTEST_SKIP() << "there is no /dev/full";
     CByteStore spilled, small;
     CByteStream stream;
     Append(spilled, m_bytes);
     Append(small, Pattern(3000));
     Append(stream, Pattern(3000));
-    const auto check = [](auto action) {
+    const auto check = [&](auto action) {
         try {
             action();
             ADD_FAILURE() << "no exception";
         } catch (CFileException* error) {
             EXPECT_EQ(error->m_cause, CFileException::diskFull);
-            EXPECT_EQ(std::string(error->m_strFileName), "/dev/full");
+            EXPECT_EQ(std::string(error->m_strFileName), full);
             error->Delete();
         }
     };
-    check([&] { spilled.SaveToFile("/dev/full"); });
-    check([&] { spilled.CopyToFile("/dev/full"); });
-    check([&] { small.SaveToFile("/dev/full"); });
-    check([&] { stream.CopyToFile("/dev/full"); });
+    check([&] { spilled.SaveToFile(full.c_str()); });
+    check([&] { spilled.CopyToFile(full.c_str()); });
+    check([&] { small.SaveToFile(full.c_str()); });
+    check([&] { stream.CopyToFile(full.c_str()); });
     EXPECT_EQ(Content(spilled), m_bytes);
 }
 

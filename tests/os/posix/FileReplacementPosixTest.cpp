@@ -9,9 +9,12 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <thread>
+#include <tuple>
 
 namespace vnbytstr {
 namespace {
@@ -32,21 +35,23 @@ protected:
 
 TEST_F(FileReplacementPosixTest, TheNewFileHasWhatTheOldOneHad) {
     Write("plain", "old");
-    ASSERT_EQ(::chmod(Name("plain").c_str(), 0640), 0);
     ASSERT_EQ(::symlink("plain", Name("link").c_str()), 0);
     const bool hasLists =
         ::setxattr(Name("plain").c_str(), "user.note", "kept", 4, 0) == 0; // not on every system
-    if (test::CanBecomeNobody()) {
-        ASSERT_EQ(::chown(Name("plain").c_str(), test::kNobody, test::kNobody), 0);
+    for (const unsigned owner : {test::kNobody, 0u}) { // a group of the user's, and another
+        if (test::CanBecomeNobody()) {
+            ASSERT_EQ(::chown(Name("plain").c_str(), owner, test::kNobody), 0);
+        }
+        ASSERT_EQ(::chmod(Name("plain").c_str(), 06640), 0);
+        const struct stat before = Stat("plain");
+        EXPECT_EQ(Put(Name("link"), "new"), 0);
+        const struct stat after = Stat("plain");
+        EXPECT_EQ(Read("plain"), "new");
+        EXPECT_EQ(after.st_mode & 07777, 0640u); // without the rights of its owner and group
+        EXPECT_EQ(after.st_uid, before.st_uid);
+        EXPECT_EQ(after.st_gid, before.st_gid);
+        EXPECT_NE(after.st_ino, before.st_ino);
     }
-    const struct stat before = Stat("plain");
-    EXPECT_EQ(Put(Name("link"), "new"), 0);
-    const struct stat after = Stat("plain");
-    EXPECT_EQ(Read("plain"), "new");
-    EXPECT_EQ(after.st_mode, before.st_mode);
-    EXPECT_EQ(after.st_uid, before.st_uid);
-    EXPECT_EQ(after.st_gid, before.st_gid);
-    EXPECT_NE(after.st_ino, before.st_ino);
     EXPECT_TRUE(std::filesystem::is_symlink(Name("link")));
     if (hasLists) {
         char value[8];
@@ -58,10 +63,21 @@ TEST_F(FileReplacementPosixTest, TheNewFileHasWhatTheOldOneHad) {
     ::umask(mask);
     EXPECT_EQ(Stat("new").st_mode & 07777, 0640u);
     // A file system that refuses modes takes files all the same.
-    m_system.Inject(test::Fault{.call = test::Call::Release, .at = 2, .error = EPERM});
-    EXPECT_EQ(Put(Name("plain"), "newer"), 0);
-    EXPECT_EQ(m_system.Hits(), 1u);
-    EXPECT_EQ(Read("plain"), "newer");
+    const auto putWith = [&](unsigned at, int error, const char* content) {
+        m_system.Inject(test::Fault{.call = test::Call::Release, .at = at, .error = error});
+        const int result = Put(Name("new"), content);
+        EXPECT_EQ(m_system.Hits(), 1u);
+        return result;
+    };
+    EXPECT_EQ(putWith(2, EPERM, "newer"), 0);
+    EXPECT_EQ(Read("new"), "newer");
+    EXPECT_EQ(putWith(2, EIO, "no mode"), EIO);
+    EXPECT_EQ(Read("new"), "newer");
+    // What a new file cannot be given stays with the old one.
+    const struct stat before = Stat("new");
+    EXPECT_EQ(putWith(1, EIO, "newest"), 0);
+    EXPECT_EQ(Read("new"), "newest");
+    EXPECT_EQ(Stat("new").st_ino, before.st_ino);
 }
 
 TEST_F(FileReplacementPosixTest, NobodyElseReadsItBeforeItIsInPlace) {
@@ -91,6 +107,26 @@ TEST_F(FileReplacementPosixTest, AnotherUsersFileIsWrittenOver) {
     EXPECT_EQ(Read("roots"), "new");
 }
 
+TEST_F(FileReplacementPosixTest, AFileThatMayNotBeWrittenIsRefused) {
+    if (!test::CanBecomeNobody())
+        GTEST_SKIP() << "becoming another user needs root";
+    OpenToAll(); // so that it could be replaced
+    Write("roots", "old");
+    ASSERT_EQ(::chmod(Name("roots").c_str(), 0644), 0);
+    EXPECT_EQ(test::AsNobody([&] { return Put(Name("roots"), "new"); }), EACCES);
+    EXPECT_EQ(Read("roots"), "old");
+}
+
+TEST_F(FileReplacementPosixTest, FailuresOfADeviceAreReported) {
+    const std::string null = m_folder.Device("/dev/null");
+    for (const test::Call call : {test::Call::Sync, test::Call::Close}) {
+        m_system.Inject(test::Fault{.call = call, .error = EIO});
+        EXPECT_EQ(Put(null, "x"), EIO) << CallName(call);
+    }
+    m_system.Inject(std::nullopt);
+    EXPECT_TRUE(std::filesystem::is_character_file(null));
+}
+
 TEST_F(FileReplacementPosixTest, APipeIsWrittenToDirectly) {
     ASSERT_EQ(::mkfifo(Name("pipe").c_str(), 0600), 0);
     std::string received;
@@ -115,7 +151,16 @@ TEST_F(FileReplacementPosixTest, StandardOutputIsWrittenOnAndNotReplaced) {
                   0);
     }
     ASSERT_EQ(::write(file, "trailer", 7), 7);
+    const std::string own = "/dev/fd/" + std::to_string(file);
+    FileHandle copy = kNoFile;
+    ASSERT_EQ(m_system.OpenOwnStream(own.c_str(), copy), 0);
+    EXPECT_NE(::fcntl(static_cast<int>(copy), F_GETFD) & FD_CLOEXEC, 0);
+    m_system.CloseFile(copy);
     ::close(file);
+    EXPECT_EQ(::open(Name("out").c_str(), O_RDONLY), file);
+    EXPECT_EQ(Put(own, "x"), EACCES);
+    ::close(file);
+    EXPECT_EQ(Put(own, "x"), ENOENT);
     EXPECT_EQ(Read("out"), "header content content trailer");
     int ends[2];
     ASSERT_EQ(::pipe(ends), 0);
@@ -148,47 +193,91 @@ TEST_F(FileReplacementPosixTest, PlantedLinksAreNotFollowed) {
     EXPECT_EQ(m_folder.Read("victim"), "root's");
     EXPECT_EQ(Put(Name("own"), "new"), 0);
     EXPECT_EQ(m_folder.Read("victim"), "new");
+    // Whose folder it is, whose the link, and who may put one there.
+    constexpr unsigned kOther = 65533;
+    for (const auto& [folder, link, mode, isFollowed] :
+         {std::tuple{test::kNobody, 0u, 01777, true},
+          {test::kNobody, test::kNobody, 01777, true},
+          {test::kNobody, kOther, 01777, false},
+          {test::kNobody, kOther, 0777, true},
+          {test::kNobody, kOther, 01775, true}}) {
+        ASSERT_EQ(::chown(m_folder.File("at").c_str(), folder, folder), 0);
+        ASSERT_EQ(::lchown(Name("own").c_str(), link, link), 0);
+        ASSERT_EQ(::chmod(m_folder.File("at").c_str(), static_cast<mode_t>(mode)), 0);
+        EXPECT_EQ(Put(Name("own"), "new"), isFollowed ? 0 : EACCES) << folder << link << mode;
+    }
 }
 
-/// A process that is killed while it writes a file over leaves a part of each content; the next
-/// sweep puts the old one back, unless another program has written to the file since.
-TEST_F(FileReplacementPosixTest, WhatAKilledProcessWasWritingOverComesBack) {
-    Write("two", "");
-    ASSERT_EQ(::link(Name("two").c_str(), Name("names").c_str()), 0);
-    struct Case {
-        std::string old, fresh, other;
-    };
-    const std::string old(300000, 'o');
-    for (const auto& [before, fresh, other] :
-         {Case{old, std::string(1000, 'n'), "other"}, Case{old, std::string(300000, 'n'), "other"},
-          Case{old, std::string(700001, 'n'), "other"},
-          // Small files, with an edit whose length is between the two.
-          Case{"color = red\nsize = 10\n", "color = blue\nsize = 10\nshape = round\n",
-               "color = green\nsize = 12\nok\n"}}) {
-        unsigned mixed = 0, left = 0;
-        for (unsigned at = 1;; ++at) {
-            Write("two", before);
-            const int result = test::InChild([&] {
-                m_system.Inject(test::Fault{.at = at, .kind = test::Fault::Kind::Kill});
-                return Put(Name("two"), fresh);
-            });
-            if (result == 0)
-                break;
-            ASSERT_EQ(result, test::Fault::kKilled);
-            const std::string found = Read("two");
-            mixed += found != before && found != fresh;
-            left += LeftOvers() == 2;
-            const bool isChanged = before.size() < 100 || at % 5 == 0;
-            if (isChanged)
-                Write("two", other);
-            SweepLeftovers(m_folder.File("at"));
-            const std::string content = Read("two");
-            EXPECT_TRUE(isChanged ? content == other : content == before || content == fresh) << at;
-            EXPECT_EQ(LeftOvers(), 0u) << at;
-        }
-        EXPECT_GT(before.size() < 100 ? left : mixed, before.size() < 100    ? 3u
-                                                      : fresh.size() == 1000 ? 0u
-                                                                             : 1u);
+TEST_F(FileReplacementPosixTest, AdoptedFilesComeBackToTheirOwner) {
+    Write("target", "old");
+    const bool isRoot = test::CanBecomeNobody();
+    if (isRoot) {
+        ASSERT_EQ(::chown(Name("target").c_str(), test::kNobody, test::kNobody), 0);
+    }
+    const std::string swap = m_folder.File("tmp/~dat-1-1.tmp");
+    FileHandle handle;
+    ASSERT_EQ(OpenScratch(swap.c_str(), handle), 0);
+    FileReplacement target;
+    ASSERT_EQ(target.Open(Name("target").c_str()), 0);
+    // Not under another file's name, nor with a name more.
+    EXPECT_EQ(target.Adopt(handle, Name("target").c_str()), EXDEV);
+    ASSERT_EQ(::link(swap.c_str(), Name("more").c_str()), 0);
+    EXPECT_EQ(target.Adopt(handle, swap.c_str()), EXDEV);
+    std::filesystem::remove(Name("more"));
+    m_system.Inject(test::Fault{.call = test::Call::Rename, .at = 2, .error = EIO});
+    ASSERT_EQ(target.Adopt(handle, swap.c_str()), 0);
+    // On its way back nobody else may read it while it is not its owner's again.
+    unsigned mode = 0;
+    m_system.Before(test::Call::Release, isRoot ? 5 : 4, [&] {
+        FileStatus status;
+        m_system.GetFileStatus(handle, status);
+        mode = status.mode;
+    });
+    EXPECT_EQ(target.Commit(), EIO);
+    EXPECT_EQ(mode, 0600u);
+    m_system.Inject(std::nullopt);
+    m_system.CloseFile(handle);
+    struct stat info;
+    ASSERT_EQ(::stat(swap.c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 07777, 01600u);
+    EXPECT_EQ(info.st_uid, ::geteuid());
+}
+
+TEST_F(FileReplacementPosixTest, NamesMayLeadToOtherFilesMeanwhile) {
+    const std::string left = ".~new-9-8.tmp", kept = "~dat-1-1.tmp", name = Name("s");
+    Write(left, "left");
+    Write("fresh", "fresh");
+    m_system.Before(test::Call::Lock, 1,
+                    [&] { std::filesystem::rename(Name("fresh"), Name(left)); });
+    SweepLeftovers(m_folder.File("at"));
+    EXPECT_EQ(Read(left), "fresh");
+    std::filesystem::remove(Name(left));
+    Write(kept, "kept on purpose from that moment on");
+    ASSERT_EQ(::chmod(Name(kept).c_str(), 01600), 0);
+    m_system.Before(test::Call::Lock, 1, [&] { EXPECT_EQ(::chmod(Name(kept).c_str(), 0600), 0); });
+    SweepLeftovers(m_folder.File("at"));
+    EXPECT_TRUE(std::filesystem::exists(Name(kept)));
+    // The one who makes a file may be overtaken by a sweep: then it needs another name.
+    FileHandle handle;
+    for (const bool isTaken : {false, true}) {
+        Write("fresh", "fresh");
+        m_system.Before(test::Call::Lock, 1, [&] {
+            isTaken ? std::filesystem::rename(Name("fresh"), name)
+                    : static_cast<void>(std::filesystem::remove(name));
+        });
+        EXPECT_EQ(OpenScratch(name.c_str(), handle), EEXIST);
+        EXPECT_EQ(std::filesystem::exists(name), isTaken);
+    }
+    EXPECT_EQ(OpenScratch(name.c_str(), handle), EEXIST); // nobody's
+    EXPECT_EQ(Read("s"), "fresh");
+    std::filesystem::remove(name);
+    for (const int error : {EWOULDBLOCK, EIO, ENOLCK}) {
+        m_system.Inject(test::Fault{.call = test::Call::Lock, .error = error});
+        const int result = OpenScratch(name.c_str(), handle);
+        EXPECT_EQ(result, error == EWOULDBLOCK ? EEXIST : error == EIO ? EIO : 0);
+        EXPECT_EQ(std::filesystem::remove(name), error != EIO);
+        if (result == 0)
+            m_system.CloseFile(handle);
     }
 }
 

@@ -89,6 +89,23 @@ TEST_F(PosixSystemTest, MovesInFilesWithAndWithoutTheKernelsPosition) {
     m_system.CloseFile(reader);
     Open(m_folder.Path(), kOpenRead, EISDIR);
     Open(m_folder.File("none"), kOpenRead, ENOENT);
+    const FileHandle next = Open(name, kOpenRead); // the folder is not open any more
+    EXPECT_EQ(next, reader);
+    m_system.CloseFile(next);
+    EXPECT_EQ(m_system.SyncFile(next), EBADF);
+}
+
+TEST_F(PosixSystemTest, LinksAreFollowedAsFarAsTheKernelDoes) {
+    m_folder.Write("0", "");
+    for (int i = 1; i <= 41; ++i)
+        ASSERT_EQ(
+            ::symlink(std::to_string(i - 1).c_str(), m_folder.File(std::to_string(i)).c_str()), 0);
+    std::string resolved;
+    EXPECT_EQ(m_system.ResolveName(m_folder.File("40").c_str(), resolved), 0);
+    EXPECT_EQ(FileNameOf(resolved), "0");
+    EXPECT_EQ(m_system.ResolveName(m_folder.File("41").c_str(), resolved), ELOOP);
+    EXPECT_EQ(m_system.ResolveName((m_folder.File("0") + "/x").c_str(), resolved), ENOTDIR);
+    EXPECT_EQ(m_system.ResolveName("", resolved), ENOENT);
 }
 
 TEST_F(PosixSystemTest, SignalsEndNoCall) {
@@ -172,6 +189,8 @@ TEST_F(PosixSystemTest, RenamesWithAndWithoutReplacing) {
     EXPECT_EQ(m_folder.Read("b"), "A");
     EXPECT_EQ(m_system.RenameFile(b.c_str(), a.c_str(), false), 0);
     EXPECT_EQ(m_system.MakeFolder(m_folder.File("x/y/z").c_str()), 0);
+    for (const char* made : {"x", "x/y", "x/y/z"})
+        EXPECT_EQ(TemporaryFolder::ModeOf(m_folder.File(made)), 0700u);
     EXPECT_EQ(m_system.MakeFolder(m_folder.File("x/y").c_str()), 0);
     EXPECT_NE(m_system.MakeFolder(m_folder.File("a/y").c_str()), 0);
 }
