@@ -39,7 +39,9 @@ private:
     CFile m_file;
 };
 
-std::size_t PageCount(DWORD length) { return (length + (kPageSize - 1ull)) / kPageSize; }
+std::size_t PageCount(DWORD length) {
+    return static_cast<std::size_t>((length + (kPageSize - 1ull)) / kPageSize);
+}
 
 } // namespace
 

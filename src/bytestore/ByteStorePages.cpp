@@ -110,7 +110,7 @@ std::span<const BYTE> CByteStore::GetPiece(DWORD index) {
 BYTE* CByteStore::GetFirstPage() { return GetPageFromPageNum(0)->GetData(); }
 
 void CByteStore::GrowPageTable(DWORD length) {
-    const std::size_t pages = (length + (kPageSize - 1ull)) / kPageSize;
+    const auto pages = static_cast<std::size_t>((length + (kPageSize - 1ull)) / kPageSize);
     WithMemoryException([&] {
         if (pages > m_arrLoaded.size())
             m_arrLoaded.resize(pages, nullptr);

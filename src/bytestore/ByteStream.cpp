@@ -287,13 +287,14 @@ void CByteStream::AllocTo(DWORD size) {
         return;
     if (m_nBufferMode != kInternal)
         throw new CCacheException(CCacheException::kReadOnly);
-    ULONGLONG capacity = size;
-    if (capacity < static_cast<ULONGLONG>(m_dwAllocated) + m_wGrowLength)
-        capacity = m_dwAllocated * 2ull + m_wGrowLength;
-    if (capacity > GetMaxSizeInMemory()) {
+    ULONGLONG wanted = size;
+    if (wanted < static_cast<ULONGLONG>(m_dwAllocated) + m_wGrowLength)
+        wanted = m_dwAllocated * 2ull + m_wGrowLength;
+    if (wanted > GetMaxSizeInMemory()) {
         MoveToStore(true);
         return;
     }
+    const auto capacity = static_cast<std::size_t>(wanted);
     // realloc, since the system moves large blocks without copying them.
     auto* buffer = static_cast<BYTE*>(std::realloc(m_pBuffer, capacity));
     if (!buffer)

@@ -1,5 +1,7 @@
 #include "src/bytestore/NumberKey.h"
 
+#include "src/os/Word128.h"
+
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -11,8 +13,6 @@
 namespace vnbytstr::detail {
 
 namespace {
-
-__extension__ using Word128 = unsigned __int128;
 
 /// How an exact value lies to the double nearest to it.
 enum Side : char { kBelow = 0, kEqual = 1, kAbove = 2 };

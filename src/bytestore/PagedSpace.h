@@ -99,7 +99,8 @@ public:
     /// until the generation changes.
     std::span<const BYTE> Piece(ULONGLONG position) {
         if (position >= m_stored)
-            return {m_tail.get() + (position - m_stored), m_tailUsed - (position - m_stored)};
+            return std::span<const BYTE>(m_tail.get(), m_tailUsed)
+                .subspan(static_cast<std::size_t>(position - m_stored));
         if (position - m_pieceBegin >= m_piece.size() ||
             m_pieceGeneration != m_allowance.Generation()) [[unlikely]]
             LoadPiece(position);

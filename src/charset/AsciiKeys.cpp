@@ -138,7 +138,7 @@ bool AsciiKeys::Append(std::string_view text, std::string& keys) const {
     for (const char c : text) {
         const std::size_t next = m_classes[static_cast<BYTE>(c)];
         const Step step = row[next]; // class 0 is unknown in every row
-        const std::size_t added = step >> 56;
+        const auto added = static_cast<std::size_t>(step >> 56);
         if (added == kUnknown)
             return false;
         std::memcpy(end, &step, sizeof step);

@@ -248,7 +248,8 @@ void EncodeHexSpaced(std::span<const BYTE> bytes, char* out, HexCase digits) noe
 
 HexDecoded DecodeHex(const char* text, std::size_t textLength, BYTE* out,
                      std::size_t outCapacity) noexcept {
-    constexpr std::size_t kPairsBetweenTries = 32; // of the fast way, after something stopped it
+    // Of the fast way, after something stopped it.
+    [[maybe_unused]] constexpr std::size_t kPairsBetweenTries = 32;
     HexDecoded done;
     while (done.produced < outCapacity && !done.ended) {
         std::size_t pairs = outCapacity - done.produced;

@@ -48,10 +48,10 @@ void SortByParts(std::span<Item> items, std::span<Item> spare, int shift) {
         std::sort(items.begin(), items.end(), IsBefore);
         return;
     }
-    const auto byteOf = [shift](const Item& item) { return (item.part >> shift) & 0xFF; };
+    const auto byteOf = [shift](const Item& item) { return static_cast<BYTE>(item.part >> shift); };
     std::array<std::size_t, 257> starts{};
     for (const Item& item : items)
-        ++starts[byteOf(item) + 1];
+        ++starts[byteOf(item) + std::size_t{1}];
     if (std::find(starts.begin(), starts.end(), items.size()) != starts.end()) {
         SortByParts(items, spare, shift - 8); // all have the same byte
         return;

@@ -1,6 +1,7 @@
 #include "src/numbers/WordArithmetic.h"
 
 #include "src/numbers/DigitProduct.h"
+#include "src/os/Word128.h"
 
 #include <algorithm>
 #include <bit>
@@ -9,8 +10,6 @@
 namespace vnbytstr::detail {
 
 namespace {
-
-__extension__ using Word128 = unsigned __int128;
 
 #if defined(__x86_64__)
 // Compilers lose the carry flag between loop turns; lea and dec leave it alone.

@@ -1,6 +1,8 @@
 // Division on arrays of words.
 #include "src/numbers/WordArithmetic.h"
 
+#include "src/os/Word128.h"
+
 #include <algorithm>
 #include <bit>
 #include <memory>
@@ -8,8 +10,6 @@
 namespace vnbytstr::detail {
 
 namespace {
-
-__extension__ using Word128 = unsigned __int128;
 
 /// From this length of the quotient on (in words) halving the problem is faster; measured with
 /// bench_number.

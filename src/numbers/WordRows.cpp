@@ -1,14 +1,12 @@
 #include "src/numbers/WordRows.h"
 
 #include "src/numbers/DigitProduct.h"
-
 #include "src/os/CpuKernel.h"
+#include "src/os/Word128.h"
 
 namespace vnbytstr::detail {
 
 namespace {
-
-__extension__ using Word128 = unsigned __int128;
 
 Word64 AddMultiplePlain(Word64* r, const Word64* a, std::size_t n, Word64 b) noexcept {
     Word64 carry = 0;

@@ -26,7 +26,7 @@ XMLSize_t NameCounter::Add(const XMLCh* name) noexcept {
         hash = (hash ^ *name) * 0x9E3779B97F4A7C15u;
     hash ^= hash >> 29;
     hash *= seed | 1;
-    std::uint64_t& word = m_seen[(hash >> 44) / 64];
+    std::uint64_t& word = m_seen[static_cast<std::size_t>(hash >> 44) / 64];
     const std::uint64_t bit = std::uint64_t{1} << (hash >> 44) % 64;
     m_count += (word & bit) == 0;
     word |= bit;

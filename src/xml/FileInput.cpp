@@ -2,6 +2,7 @@
 
 #include "src/xml/XercesText.h"
 
+#include "src/os/Paths.h"
 #include "src/os/System.h"
 
 #include <xercesc/util/BinInputStream.hpp>
@@ -77,7 +78,7 @@ std::string FileNameOf(const char* nameOrUri) {
         const std::size_t path = text.find('/', 2);
         text.remove_prefix(path == std::string_view::npos ? text.size() : path);
     }
-    return WithoutEscapes(text);
+    return NameOfUriPath(WithoutEscapes(text));
 }
 
 FileInput::FileInput(std::string name, ParseBudget& budget)

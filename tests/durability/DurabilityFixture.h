@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cctype>
 #include <filesystem>
 #include <string>
@@ -37,6 +38,14 @@ public:
                 names.push_back(name);
         }
         return names;
+    }
+
+    /// The same without files that were removed while they are open: some systems list them still.
+    std::size_t CountLeft(const SaveScenario& scenario) const {
+        const auto names = LeftOvers(scenario);
+        return static_cast<std::size_t>(std::ranges::count_if(names, [](const std::string& name) {
+            return name.find(".~aside-") == std::string::npos;
+        }));
     }
 
 private:

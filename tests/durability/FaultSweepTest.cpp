@@ -22,7 +22,7 @@ protected:
             const Session session(system, place, GetParam());
             const Saving saving = GetParam().begin(place, 1);
             const std::size_t open = system.OpenHandles().size();
-            const std::size_t files = place.LeftOvers(GetParam()).size();
+            const std::size_t files = place.CountLeft(GetParam());
             system.Inject(fault);
             const std::string error = ErrorOf(saving.save);
             wasHit = system.Hits() > 0;
@@ -37,7 +37,7 @@ protected:
             EXPECT_LE(system.OpenHandles().size(), open);
             // Old content that could not be put back waits for a sweep.
             if (fault.call != Call::Remove) {
-                EXPECT_LE(place.LeftOvers(GetParam()).size(), files + GetParam().isWrittenOver);
+                EXPECT_LE(place.CountLeft(GetParam()), files + GetParam().isWrittenOver);
             }
             if (!error.empty()) {
                 const std::string kept =

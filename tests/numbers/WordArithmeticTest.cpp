@@ -1,11 +1,13 @@
 #include "tests/numbers/GmpOracle.h"
 
 #include "src/numbers/ModularPower.h"
+#include "src/os/Word128.h"
 #include "tests/support/KernelTest.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <random>
 
 using namespace vnbytstr;
 using namespace vnbytstr::detail;
@@ -147,3 +149,34 @@ TEST_P(WordArithmetic, RaisesToPowers) {
         ASSERT_EQ(ModularPower(base, exponent, modulus), expected.ToWords()) << "round " << round;
     }
 }
+
+#if defined(__SIZEOF_INT128__)
+TEST(TwoWords, CountAsTheCompilersOwnType) {
+    using Own = Word128;
+    std::mt19937_64 random(3);
+    const auto any = [&] { return random() >> random() % 64; };
+    for (int round = 0; round < 20000; ++round) {
+        const std::uint64_t high[2] = {any(), any()}, low[2] = {any(), any()};
+        const int places = static_cast<int>(random() % 128);
+        const Own a = Own{high[0]} << 64 | low[0], b = Own{high[1]} << 64 | low[1];
+        const TwoWords c = TwoWords{high[0]} << 64 | low[0], d = TwoWords{high[1]} << 64 | low[1];
+        const auto expect = [&](Own own, TwoWords words) {
+            ASSERT_EQ(static_cast<std::uint64_t>(own), static_cast<std::uint64_t>(words)) << round;
+            ASSERT_EQ(static_cast<std::uint64_t>(own >> 64),
+                      static_cast<std::uint64_t>(words >> 64))
+                << round;
+        };
+        expect(a + b, c + d);
+        expect(a - b, c - d);
+        expect(a * b, c * d);
+        expect(a << places, c << places);
+        expect(a >> places, c >> places);
+        ASSERT_EQ(a < b, c < d);
+        ASSERT_EQ(a == b, c == d);
+        if (b != 0) {
+            expect(a / b, c / d);
+            expect(a % b, c % d);
+        }
+    }
+}
+#endif

@@ -1,5 +1,6 @@
 // The resource libraries with one prefix: the same strings in every language.
 #include "src/charset/CodePage.h"
+#include "src/os/Paths.h"
 #include "src/os/System.h"
 #include "vnbytstr/ResourceLibrary.h"
 
@@ -39,8 +40,7 @@ std::map<UINT, std::string> Strings(HINSTANCE library) {
 }
 
 HINSTANCE Load(const char* code) {
-    std::string name = System::Current().GetModuleFileName();
-    name.resize(name.rfind('/') + 1);
+    const std::string name(FolderPrefixOf(System::Current().GetModuleFileName()));
     HINSTANCE library = nullptr;
     EXPECT_EQ(LoadResourceLibrary((name + RESOURCE_PREFIX + code + ".dll").c_str(), library), 0)
         << code;

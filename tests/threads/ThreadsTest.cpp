@@ -2,6 +2,7 @@
 // those (tables made at first use, pools, caches, counters) disturbs none of them. Under the
 // thread sanitizer it also has no races; scripts/check-threads runs it so.
 #include "messages/ResourceIds.h"
+#include "src/os/SystemWrapper.h"
 #include "tests/support/TemporaryFolder.h"
 #include "vnbytstr/ByteStream.h"
 #include "vnbytstr/Ccsid.h"
@@ -23,7 +24,6 @@
 #include <gtest/gtest.h>
 
 #include <barrier>
-#include <cstdlib>
 #include <string>
 #include <thread>
 #include <vector>
@@ -83,18 +83,41 @@ void InThreads(int rounds, Work work) {
         thread.join();
 }
 
+/// The system, but for where it says that profile and temporary files are.
+class FolderSystem : public vnbytstr::SystemWrapper {
+public:
+    explicit FolderSystem(const vnbytstr::test::TemporaryFolder& folder)
+        : SystemWrapper(vnbytstr::System::Current()), m_folder(folder) {}
+    std::string GetEnvironment(const char* name) override {
+        return std::string_view(name) == "VNBYTSTR_PROFILE" ? m_folder.File("profile.ini")
+                                                            : SystemWrapper::GetEnvironment(name);
+    }
+    std::string GetTemporaryFolder() override { return m_folder.Path(); }
+
+private:
+    const vnbytstr::test::TemporaryFolder& m_folder;
+};
+
 /// The profile and the temporary files of this process, in a folder that goes with it.
 class Threads : public testing::Test {
 protected:
     static void SetUpTestSuite() {
         s_folder = new vnbytstr::test::TemporaryFolder;
-        ::setenv("VNBYTSTR_PROFILE", s_folder->File("profile.ini").c_str(), 1);
-        ::setenv("TMPDIR", s_folder->Path().c_str(), 1);
+        s_system = new FolderSystem(*s_folder);
+        s_scope = new vnbytstr::ScopedSystem(*s_system);
     }
-    static void TearDownTestSuite() { delete s_folder; }
+    static void TearDownTestSuite() {
+        delete s_scope;
+        delete s_system;
+        delete s_folder;
+    }
 
     static vnbytstr::test::TemporaryFolder* s_folder;
+    static FolderSystem* s_system;
+    static vnbytstr::ScopedSystem* s_scope;
 };
+FolderSystem* Threads::s_system;
+vnbytstr::ScopedSystem* Threads::s_scope;
 vnbytstr::test::TemporaryFolder* Threads::s_folder;
 
 /// A store that gives pages back when it is told to.

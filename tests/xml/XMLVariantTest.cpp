@@ -66,9 +66,12 @@ TEST(XMLVariantTest, TakesAndGivesTheEverydayTypes) {
     value = 4294967295u;
     const DWORD dword = value;
     EXPECT_EQ(dword, 4294967295u);
-    value = -5000000000L;
-    const long number = value;
-    EXPECT_EQ(number, -5000000000L);
+    value = -5000000000LL;
+    const LONGLONG number = value;
+    EXPECT_EQ(number, -5000000000LL);
+    value = std::numeric_limits<long>::min();
+    const long least = value;
+    EXPECT_EQ(least, std::numeric_limits<long>::min());
     value = 2.5f;
     const double real = value;
     EXPECT_EQ(real, 2.5);

@@ -2,6 +2,7 @@
 #include "tests/xml/XmlFixture.h"
 
 #include "src/charset/CodePage.h"
+#include "src/os/Paths.h"
 #include "src/xml/FileInput.h"
 #include "vnbytstr/StrX.h"
 #include "vnbytstr/XercesErrorHandler.h"
@@ -167,8 +168,16 @@ TEST_F(XercesLoadTest, FileUrisAndReadErrors) {
     EXPECT_EQ(detail::FileNameOf("file:rel%zz"), "rel%zz");
     EXPECT_EQ(detail::FileNameOf("/a%20b"), "/a%20b");
     EXPECT_EQ(detail::FileNameOf("http://x/y"), "http://x/y");
+    if (IsAbsolutePath("C:/a")) {
+        EXPECT_EQ(detail::FileNameOf("file:///C:/a%20b"), "C:/a b");
+        EXPECT_EQ(detail::FileNameOf("file://localhost/c%3A\\a"), "c:\\a");
+        EXPECT_EQ(detail::FileNameOf("file:////host/share/x"), "/host/share/x");
+        EXPECT_EQ(detail::FileNameOf("file:%5C%5Chost/share/x"), "\\host/share/x");
+    }
     m_files.Write("a b.xml", "<a/>" + std::string(200000, ' '));
-    EXPECT_TRUE(m_xml.LoadFile(("file://" + m_files.Path() + "a%20b.xml").c_str()));
+    const std::string path = std::filesystem::path(m_files.Path()).generic_string();
+    const std::string uri = (path[0] == '/' ? "file://" : "file:///") + path + "a%20b.xml";
+    EXPECT_TRUE(m_xml.LoadFile(uri.c_str()));
 
     const std::string name = m_files.File("a b.xml");
     for (unsigned at = 1; at <= 4; ++at) {

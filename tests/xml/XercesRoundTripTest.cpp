@@ -1,25 +1,14 @@
-// Documents saved and read by another parser, which is libxml2's.
+// Documents saved and read by another parser, which is libxml2's. Where there is none, they are the same
+// documents as where there is one.
+#include "src/os/Crc32c.h"
+#include "tests/xml/Canonical.h"
 #include "tests/xml/XmlFixture.h"
 
-#include <array>
-#include <cstdio>
 #include <random>
 #include <vector>
 
 namespace vnbytstr::test {
 namespace {
-
-/// The canonical form (W3C, Canonical XML 1.0) of a file; empty when it is not well-formed.
-std::string Canonical(const std::string& file) {
-    const std::string command =
-        "XML_CATALOG_FILES= xmllint --nonet --c14n '" + file + "' 2>/dev/null";
-    std::FILE* const pipe = ::popen(command.c_str(), "r");
-    std::string text;
-    std::array<char, 65536> buffer;
-    while (const std::size_t size = std::fread(buffer.data(), 1, buffer.size(), pipe))
-        text.append(buffer.data(), size);
-    return ::pclose(pipe) == 0 ? text : "";
-}
 
 using XercesRoundTripTest = XmlTest;
 
@@ -29,6 +18,7 @@ TEST_F(XercesRoundTripTest, MadeDocumentsAreReadAlikeByBoth) {
     const char* const texts[] = {"plain",        "<&>\"'", " blank ", "日本語",
                                  "\u20AC\u00E4", "]]>",    "a\tb",    "𝄞"};
     const auto pick = [&](const auto& from) { return from[random() % std::size(from)]; };
+    DWORD checksum = 0;
     for (int round = 0; round < 20; ++round) {
         ASSERT_TRUE(m_xml.Create("root"));
         EXPECT_TRUE(m_xml.SetAttribute(Root(), "xmlns:ns", "urn:x"));
@@ -39,9 +29,11 @@ TEST_F(XercesRoundTripTest, MadeDocumentsAreReadAlikeByBoth) {
             case 0:
                 nodes.push_back(Child(at, pick(names)));
                 break;
-            case 1:
-                EXPECT_TRUE(m_xml.SetAttribute(at, pick(names), pick(texts)));
+            case 1: {
+                const char* const name = pick(names); // first, with every compiler
+                EXPECT_TRUE(m_xml.SetAttribute(at, name, pick(texts)));
                 break;
+            }
             case 2:
                 EXPECT_TRUE(m_xml.SetNodeValue(at, pick(texts)));
                 break;
@@ -58,10 +50,12 @@ TEST_F(XercesRoundTripTest, MadeDocumentsAreReadAlikeByBoth) {
         ASSERT_TRUE(m_xml.Save(second.c_str(), false));
         EXPECT_EQ(m_files.Read("second.xml"), m_files.Read("first.xml"));
         m_files.Write("text.xml", text);
+        checksum = Crc32c({reinterpret_cast<const BYTE*>(text.data()), text.size()}, checksum);
         const std::string canonical = Canonical(first);
         EXPECT_FALSE(canonical.empty());
         EXPECT_EQ(canonical, Canonical(m_files.File("text.xml")));
     }
+    EXPECT_EQ(checksum, 0x18E8E3A0u);
 }
 
 } // namespace

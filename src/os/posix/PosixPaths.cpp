@@ -35,6 +35,8 @@ std::string AbsoluteName(const char* name) {
     return AsFolderPrefix(folder) + name;
 }
 
+std::string NameOfUriPath(std::string_view path) { return std::string(path); }
+
 std::string SettingsFolder() {
     System& system = System::Current();
     std::string folder = system.GetEnvironment("XDG_CONFIG_HOME");

@@ -72,22 +72,27 @@ std::string WindowsSystem::GetMessagesLocale() {
     return PosixName(name.data());
 }
 
+namespace {
+
+int CALLBACK TakeFamily(const LOGFONTW* font, const TEXTMETRICW*, DWORD, LPARAM result) {
+    *reinterpret_cast<std::wstring*>(result) = font->lfFaceName;
+    return 0; // the first will do
+}
+
+} // namespace
+
 std::string WindowsSystem::MatchFontFamily(const std::string& family) {
     const HDC context = ::CreateCompatibleDC(nullptr);
     if (!context)
         return {};
     std::wstring found;
-    const auto take = [](const LOGFONTW* font, const TEXTMETRICW*, DWORD, LPARAM result) -> int {
-        *reinterpret_cast<std::wstring*>(result) = font->lfFaceName;
-        return 0; // the first will do
-    };
     const std::wstring wanted[] = {windows::Widen(family), L"Consolas", L"Courier New"};
     for (const std::wstring& name : wanted) {
         LOGFONTW font{};
         font.lfCharSet = DEFAULT_CHARSET;
         if (found.empty() && !name.empty() && name.size() < LF_FACESIZE) {
             std::copy(name.begin(), name.end(), font.lfFaceName);
-            ::EnumFontFamiliesExW(context, &font, take, reinterpret_cast<LPARAM>(&found), 0);
+            ::EnumFontFamiliesExW(context, &font, TakeFamily, reinterpret_cast<LPARAM>(&found), 0);
         }
     }
     ::DeleteDC(context);

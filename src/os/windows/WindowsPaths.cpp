@@ -2,6 +2,8 @@
 #include "src/os/Paths.h"
 #include "src/os/windows/WindowsCalls.h"
 
+#include <algorithm>
+
 namespace vnbytstr {
 
 namespace {
@@ -54,6 +56,13 @@ std::string AsFolderPrefix(std::string_view folder) {
 std::string AbsoluteName(const char* name) {
     const windows::WideName wide(name);
     return IsAbsolutePath(name) || wide.Error() != 0 ? name : windows::Narrow(wide.Get());
+}
+
+std::string NameOfUriPath(std::string_view path) {
+    const std::size_t begin = path.find_first_not_of("/\\");
+    if (begin == std::string_view::npos || HasDrive(path.substr(begin)))
+        return std::string(path.substr(std::min(begin, path.size())));
+    return std::string(path.substr(begin > 0 ? begin - 1 : 0));
 }
 
 std::string SettingsFolder() {
