@@ -1,4 +1,4 @@
--- A small database for scripts/run --window.
+-- A small database to try vnquery with.
 create table film(
     id integer primary key,
     title text not null,
