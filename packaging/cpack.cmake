@@ -5,9 +5,12 @@ cmake_policy(VERSION 3.25)
 if(CPACK_INSTALLED_DIRECTORIES)
     # Git knows what is the repository's; a tarball has nothing else but folders of builds.
     set(extras "build/" "out/" "compile_commands.json")
-    execute_process(COMMAND git -C "${CPACK_VNBYTSTR_SOURCE_DIR}" ls-files --others --directory
-        OUTPUT_VARIABLE untracked RESULT_VARIABLE failed ERROR_QUIET OUTPUT_STRIP_TRAILING_WHITESPACE)
-    if(failed EQUAL 0 AND untracked)
+    set(untracked "")
+    if(EXISTS "${CPACK_VNBYTSTR_SOURCE_DIR}/.git") # a tarball may lie in somebody else's repository
+        execute_process(COMMAND git -C "${CPACK_VNBYTSTR_SOURCE_DIR}" ls-files --others --directory
+            OUTPUT_VARIABLE untracked OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+    endif()
+    if(untracked)
         string(REPLACE "\n" ";" untracked "${untracked}")
         list(APPEND extras ${untracked})
     endif()

@@ -67,4 +67,6 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
     elseif(component STREQUAL "vnquery")
         file(COPY "${source}/scripts/films.sql" DESTINATION "${folder}/usr/share/doc/${package}/examples")
     endif()
+    # What was copied has the umask of whoever checked the sources out.
+    execute_process(COMMAND chmod -R u=rwX,go=rX "${folder}" COMMAND_ERROR_IS_FATAL ANY)
 endforeach()
