@@ -40,7 +40,7 @@ server=$!
 window=$!
 shown=
 for _ in $(seq 150); do
-    shown=$(DISPLAY=:7 xwininfo -root -tree 2>/dev/null | grep -m1 '"films.*vnquery\|"vnquery' || true)
+    shown=$(DISPLAY=:7 xwininfo -root -tree 2>/dev/null | grep -m1 '"films.sqlite - vnquery"' || true)
     [ -z "$shown" ] || break
     sleep 0.2
 done
