@@ -322,3 +322,27 @@ TEST_F(ListBox, ReorderingTakesSelectionAndCaretAlong) {
     EXPECT_STREQ(ListBoxRowText(m_list, 1), "changed");
     EXPECT_EQ(ListBoxRowText(m_list, 5), nullptr);
 }
+
+// Each bar takes room that may make the other one needed; below the height of a bar there is no
+// place for rows beside one.
+TEST_F(ListBox, BothScrollBarsSettleAtEverySize) {
+    Create(WS_HSCROLL, 2);
+    const int bar = GetSystemMetrics(SM_CYHSCROLL);
+    for (const int extent : {0, 100, 110}) {
+        m_list.SendMessage(LB_SETHORIZONTALEXTENT, static_cast<WPARAM>(extent));
+        for (int height = 0; height < 3 * kRowHeight + bar; ++height)
+            for (int width = 100 - bar; width < 100 + 2 * bar; width += 3) {
+                m_list.SetWindowPos(nullptr, 0, 0, width, height, SWP_NOZORDER | SWP_NOMOVE);
+                CRect client;
+                m_list.GetClientRect(client);
+                const bool fits = 2 * kRowHeight <= client.Height() || client.Height() <= 0;
+                const bool isWide = extent <= client.Width() || client.Width() <= 0;
+                ASSERT_TRUE(fits || (m_list.GetStyle() & WS_VSCROLL) != 0)
+                    << extent << ": " << width << " x " << height;
+                ASSERT_TRUE(isWide || (m_list.GetStyle() & WS_HSCROLL) != 0)
+                    << extent << ": " << width << " x " << height;
+                ASSERT_TRUE(height < 2 * kRowHeight + bar || (m_list.GetStyle() & WS_VSCROLL) == 0)
+                    << extent << ": " << width << " x " << height;
+            }
+    }
+}

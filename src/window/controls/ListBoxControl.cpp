@@ -459,7 +459,7 @@ void ListBoxControl::RowsChanged() {
         m_barsStale = true;
         return;
     }
-    const bool needs = m_rows.TopOf(m_rows.Count()) > m_client.cy;
+    const bool needs = NeededBars().vertical;
     const bool shown = (m_window.Style() & WS_VSCROLL) != 0;
     const bool follows =
         !m_window.WantsScrollBar(SB_VERT) || Has(LBS_DISABLENOSCROLL) || needs == shown;

@@ -77,6 +77,11 @@ private:
     void ScrollTo(int top);
     void ScrollIntoView(int row);
     void RowsChanged(); ///< the scroll bars will be updated soon
+    struct Bars {
+        bool vertical = false;
+        bool horizontal = false;
+    };
+    Bars NeededBars() const;
     void UpdateScrollBars();
     void OnScroll(int bar, UINT code);
     int RowFromPoint(CPoint point, bool& outside) const;

@@ -89,20 +89,40 @@ void ListBoxControl::ScrollIntoView(int row) {
     ScrollTo(std::min(top, row));
 }
 
+/// From the area that does not change with the bars: each of them may make the other one needed,
+/// and a change of the client area comes back here.
+ListBoxControl::Bars ListBoxControl::NeededBars() const {
+    const QSize area = m_window.InnerArea().size();
+    const bool always = Has(LBS_DISABLENOSCROLL);
+    const auto isVerticalNeeded = [&](int height) {
+        return m_window.WantsScrollBar(SB_VERT) && height > 0 &&
+               m_rows.TopOf(m_rows.Count()) > height;
+    };
+    Bars needed;
+    const bool hasHorizontal = always && m_window.WantsScrollBar(SB_HORZ);
+    const int less = area.height() - GetSystemMetrics(SM_CYHSCROLL);
+    needed.vertical = isVerticalNeeded(hasHorizontal ? less : area.height());
+    const bool hasVertical = needed.vertical || (always && m_window.WantsScrollBar(SB_VERT));
+    const int width = area.width() - (hasVertical ? GetSystemMetrics(SM_CXVSCROLL) : 0);
+    needed.horizontal = m_window.WantsScrollBar(SB_HORZ) && width > 0 && m_extent > width;
+    if (needed.horizontal && !needed.vertical)
+        needed.vertical = isVerticalNeeded(less);
+    return needed;
+}
+
 void ListBoxControl::UpdateScrollBars() {
     if (!m_barsStale && m_window.ScrollBar(SB_VERT) == nullptr && !m_window.WantsScrollBar(SB_VERT))
         return;
     m_barsStale = false;
     if (m_window.WantsScrollBar(SB_VERT)) {
-        const bool needs = m_rows.TopOf(m_rows.Count()) > m_client.cy && m_client.cy > 0;
-        m_window.ShowScrollBar(SB_VERT, needs || Has(LBS_DISABLENOSCROLL));
+        m_window.ShowScrollBar(SB_VERT, NeededBars().vertical || Has(LBS_DISABLENOSCROLL));
         m_window.SetScroll(SB_VERT, 0, LastTop() + FullyVisible() - 1, FullyVisible(), m_top,
-                           needs);
+                           NeededBars().vertical);
     }
     if (m_window.WantsScrollBar(SB_HORZ)) {
-        const bool needs = m_extent > m_client.cx && m_client.cx > 0;
-        m_window.ShowScrollBar(SB_HORZ, needs || Has(LBS_DISABLENOSCROLL));
-        m_window.SetScroll(SB_HORZ, 0, std::max(m_extent - 1, 0), m_client.cx, m_shift, needs);
+        m_window.ShowScrollBar(SB_HORZ, NeededBars().horizontal || Has(LBS_DISABLENOSCROLL));
+        m_window.SetScroll(SB_HORZ, 0, std::max(m_extent - 1, 0), m_client.cx, m_shift,
+                           NeededBars().horizontal);
     }
 }
 

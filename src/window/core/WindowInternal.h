@@ -144,6 +144,7 @@ public:
     // Geometry: the client area in widget coordinates, and x mirrored where the window is.
     bool IsMirrored() const { return (m_exStyle & WS_EX_LAYOUTRTL) != 0; }
     QRect ClientArea() const; ///< in widget coordinates
+    QRect InnerArea() const;  ///< the same and the scroll bars
     QPoint ToWidget(POINT client) const;
     QRect ToWidget(const RECT& client) const;
     CPoint ToClient(QPoint widget) const;

@@ -25,9 +25,13 @@ int BorderWidth(const Window& window) {
 
 // --- geometry --------------------------------------------------------------------------------
 
-QRect Window::ClientArea() const {
+QRect Window::InnerArea() const {
     const int border = BorderWidth(*this);
-    QRect area = m_widget->rect().adjusted(border, border, -border, -border);
+    return m_widget->rect().adjusted(border, border, -border, -border);
+}
+
+QRect Window::ClientArea() const {
+    QRect area = InnerArea();
     if ((m_style & WS_VSCROLL) != 0 && m_bars[1] != nullptr) {
         const int width = GetSystemMetrics(SM_CXVSCROLL);
         const bool left = ((m_exStyle & WS_EX_LEFTSCROLLBAR) != 0) != IsMirrored();
@@ -166,8 +170,7 @@ void Window::Show(int command) {
 }
 
 void Window::UpdateLayout() {
-    const int border = BorderWidth(*this);
-    const QRect inner = m_widget->rect().adjusted(border, border, -border, -border);
+    const QRect inner = InnerArea();
     const QRect client = ClientArea();
     if (m_bars[1] != nullptr) {
         const int width = GetSystemMetrics(SM_CXVSCROLL);
