@@ -28,6 +28,15 @@
 // for another program's lock for 2 seconds at most; file systems without locks do without. Use a
 // CProfileBatch for many values.
 //
+// On Windows VNBYTSTR_PROFILE may be "registry:<key>": the settings are then values of the registry
+// below the current user's <key> ("registry:" alone: Software\vnbytstr), the example above as the
+// text MaxCachePages in <key>\3\Options. Names and texts are written as in the file, and numbers
+// (REG_DWORD) are read as well; values of other types, and other keys, stay as they are. Sections
+// and values are listed by name. A save counts in one step for this library, also when its process
+// is killed, but other programs may see half of it; they take part in no lock. Names that differ in
+// case alone are told apart. Longer names than the registry has (255 characters in a section's,
+// 16383 in a value's) cannot be saved.
+//
 // A file that cannot be read (or is longer than 64 MiB) gives what was read of it last, else the
 // defaults, with a message; it is tried again at every tick, and not written in the meantime. One
 // that is damaged (a line that is not UTF-8 or holds a NUL; or neither section nor comment in it)

@@ -10,12 +10,17 @@
 
 namespace vnbytstr {
 
+class SystemRegistry;
+
 /// All parts of the seam in one object.
 class VNBYTSTR_API System : public FileSystem,
                             public Processes,
                             public ClockAndMemory,
                             public Locale {
 public:
+    /// The registry (SystemRegistry.h); null on systems without one.
+    virtual SystemRegistry* GetRegistry() { return nullptr; }
+
     /// The system in use, the platform's unless another is installed. Safe from every thread.
     static System& Current() noexcept;
     /// Makes `system` current (null: the platform's again) and returns the one before, null for the

@@ -99,6 +99,7 @@ public:
     std::string MatchFontFamily(const std::string& family) override {
         return m_target.MatchFontFamily(family);
     }
+    SystemRegistry* GetRegistry() override { return m_target.GetRegistry(); }
 
 private:
     System& m_target;

@@ -10,6 +10,7 @@
 
 #include "src/os/FileReplacement.h"
 #include "src/os/Paths.h"
+#include "src/settings/ProfileRegistry.h"
 
 #include <cerrno>
 #include <chrono>
@@ -45,6 +46,12 @@ public:
 private:
     FileHandle m_handle = kNoFile;
 };
+
+/// The folder of this user's profile and locks, with its separator; empty when there is none.
+std::string UsersFolder() {
+    const std::string folder = SettingsFolder();
+    return folder.empty() ? folder : AsFolderPrefix(AsFolderPrefix(folder) + "vnbytstr");
+}
 
 /// Beyond what errno numbers: the name leads to a device, a pipe or a folder.
 constexpr int kNotPlain = -1;
@@ -104,14 +111,18 @@ std::string ProfileStore::Path() {
     std::string path = System::Current().GetEnvironment("VNBYTSTR_PROFILE");
     if (!path.empty())
         return path;
-    std::string folder = SettingsFolder();
-    return folder.empty() ? folder : AsFolderPrefix(folder) + "vnbytstr/profile.ini";
+    const std::string folder = UsersFolder();
+    return folder.empty() ? folder : folder + "profile.ini";
 }
 
 ProfileStore::Stamp ProfileStore::StampOf(const std::string& path) {
     Stamp stamp;
     stamp.path = path;
     stamp.codePage = CodePage::Ansi().GetNumber();
+    if (const auto registry = ProfileRegistry::Of(path)) {
+        stamp.error = registry->GetStamp(stamp.length);
+        return stamp;
+    }
     FileStatus status;
     bool isNothing = false;
     stamp.error = LookAt(path, status, isNothing);
@@ -126,6 +137,10 @@ ProfileStore::Stamp ProfileStore::StampOf(const std::string& path) {
 
 ProfileStore::Loaded ProfileStore::Load(const std::string& path) {
     Loaded loaded;
+    if (const auto registry = ProfileRegistry::Of(path)) {
+        loaded.error = registry->Load(loaded.text);
+        return loaded;
+    }
     OpenedFile file;
     loaded.error = file.Open(path, kOpenRead);
     std::uint64_t length = 0;
@@ -239,6 +254,8 @@ int ProfileStore::KeepAside(const std::string& path, const std::string& text,
 
 int ProfileStore::Replace(const std::string& path, const std::string& text,
                           const FileStatus& owner) {
+    if (const auto registry = ProfileRegistry::Of(path))
+        return registry->Save(text);
     FileReplacement replacement;
     replacement.SetPrivate();
     if (const int error = replacement.Open(path.c_str(), true))
@@ -263,7 +280,7 @@ int ProfileStore::Rewrite(const std::string& path, const FileStatus& profile,
     const std::string text = file.Text();
     if (text == loaded.text)
         return 0; // a section was removed, and its values set again
-    if (file.DamagedLine() != 0) {
+    if (file.DamagedLine() != 0 && !ProfileRegistry::Of(path)) {
         std::string name;
         if (const int error = KeepAside(path, loaded.text, profile, name))
             return error;
@@ -279,38 +296,42 @@ int ProfileStore::Save(std::string& path, ProfileLock::Deadline deadline,
                        const std::function<bool(ProfileFile&)>& change, ProfileNotices& notices,
                        std::string& reason) {
     System& system = System::Current();
-    if (path.empty()) {
-        reason = "HOME is not set";
+    const bool isFile = !ProfileRegistry::Of(path);
+    std::string locked = isFile ? path : UsersFolder();
+    if (locked.empty()) {
+        reason = "HOME (on Windows APPDATA) is not set";
         return ENOENT;
     }
+    if (!isFile)
+        locked += "registry";
     FileStatus profile;
     bool isNothing = false;
-    int error = LookAt(path, profile, isNothing);
+    int error = LookAt(locked, profile, isNothing);
     if (isNothing)
         return 0;
     if (error == ENOENT) {
         const bool isLink = profile.isLink;
-        error = system.MakeFolder(FolderOf(path).c_str());
+        error = system.MakeFolder(FolderOf(locked).c_str());
         if (error == 0)
-            error = system.GetFileStatus(FolderOf(path).c_str(), profile);
+            error = system.GetFileStatus(FolderOf(locked).c_str(), profile);
         profile.identity = {};
         profile.mode = 0600; // what a new file is given, besides the folder's owner and group
         if (isLink)
             error = ENOENT;
     } else if (error == 0 && profile.isLink) {
         std::string target;
-        error = system.ResolveName(path.c_str(), target); // the link stays one
+        error = system.ResolveName(locked.c_str(), target); // the link stays one
         if (error == 0)
-            path = target;
+            path = locked = target;
     }
     if (error != 0)
         return error;
     ProfileLock lock;
-    error = lock.Take(path, profile, deadline);
+    error = lock.Take(locked, profile, deadline);
     if (error == EWOULDBLOCK)
         reason = "they are locked by " + lock.Holder();
     else if (error == EACCES)
-        reason = path + ".lock: " + system.GetErrorText(error);
+        reason = locked + ".lock: " + system.GetErrorText(error);
     return error != 0 ? error : Rewrite(path, profile, change, notices);
 }
 

@@ -81,6 +81,23 @@ std::string EncodeProfileText(std::string_view bytes, ProfileToken token, const 
     return out;
 }
 
+std::string EscapeMarks(std::string_view text, ProfileToken token) {
+    std::string out;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != '%' && NeedsEscape(text[i], token, i == 0, i + 1 == text.size()))
+            AppendEscaped(out, text.substr(i, 1));
+        else
+            out += text[i];
+    }
+    return out;
+}
+
+std::string EscapeAll(std::string_view bytes) {
+    std::string out;
+    AppendEscaped(out, bytes);
+    return out;
+}
+
 std::string DecodeProfileText(std::string_view text, const CodePage& page, bool* isWhole) {
     std::string out;
     if (isWhole)

@@ -15,7 +15,13 @@ enum class ProfileToken { Section, Name, Value };
 /// string comes back whole.
 std::string EncodeProfileText(std::string_view bytes, ProfileToken token, const CodePage& page);
 
-/// The reverse. A '%' without two hexadecimal digits after it stands for itself. `isWhole`, when it
+/// A text that is in that form but for what a file cannot have: that becomes %XX. UTF-8.
+std::string EscapeMarks(std::string_view text, ProfileToken token);
+
+/// Every byte as %XX.
+std::string EscapeAll(std::string_view bytes);
+
+/// The reverse of EncodeProfileText. A '%' without two hexadecimal digits after it stands for itself. `isWhole`, when it
 /// is not null, receives whether the page has every character of the text; the others become what
 /// the page has for missing ones.
 std::string DecodeProfileText(std::string_view text, const CodePage& page, bool* isWhole = nullptr);

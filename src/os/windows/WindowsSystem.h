@@ -65,6 +65,7 @@ public:
     std::string MatchFontFamily(const std::string& family) override;
     void WriteDiagnostic(const char* text) override;
     bool AskAtTerminal(const char* question, std::string& answer) override;
+    SystemRegistry* GetRegistry() override;
 };
 
 } // namespace vnbytstr

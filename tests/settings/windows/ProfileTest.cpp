@@ -22,12 +22,19 @@ TEST_F(Profile, StandsUnderTheApplicationData) {
     EXPECT_FALSE(VNWriteProfileDWORD(3, "A", "b", 3));
 }
 
-class ProfileProcesses : public testing::Test {
+/// The parameter: whether the settings are in the registry.
+class ProfileProcesses : public testing::TestWithParam<bool> {
 protected:
     ProfileProcesses() { ::SetEnvironmentVariableA("VNBYTSTR_PROFILE", Name().c_str()); }
-    ~ProfileProcesses() override { ::SetEnvironmentVariableA("VNBYTSTR_PROFILE", nullptr); }
+    ~ProfileProcesses() override {
+        ::SetEnvironmentVariableA("VNBYTSTR_PROFILE", nullptr);
+        ::RegDeleteTreeA(HKEY_CURRENT_USER, kKey);
+    }
 
-    std::string Name() const { return m_folder.File("profile.ini"); }
+    std::string Name() const {
+        return GetParam() ? std::string("registry:") + kKey : m_folder.File("profile.ini");
+    }
+    static constexpr const char* kKey = "Software\\vnbytstr tests\\processes";
     static void Settle() { std::this_thread::sleep_for(std::chrono::milliseconds(40)); } // a tick
 
     TemporaryFolder m_folder;
@@ -41,7 +48,7 @@ TEST(ProfileChild, WritesSixtyValues) {
         EXPECT_TRUE(VNWriteProfileDWORD(3, "Shared", (prefix + std::to_string(i)).c_str(), i));
 }
 
-TEST_F(ProfileProcesses, TwoWritersLoseNothing) {
+TEST_P(ProfileProcesses, TwoWritersLoseNothing) {
     ChildProgram first("ProfileChild.WritesSixtyValues", "a");
     ChildProgram second("ProfileChild.WritesSixtyValues", "b");
     EXPECT_EQ(first.Wait(), 0u);
@@ -68,7 +75,7 @@ TEST(ProfileChild, WritesPairsWithoutEnd) {
     }
 }
 
-TEST_F(ProfileProcesses, AKillLeavesWhatWasSavedAndNoLock) {
+TEST_P(ProfileProcesses, AKillLeavesWhatWasSavedAndNoLock) {
     std::minstd_rand random(std::random_device{}());
     const TemporaryFolder other;
     for (unsigned round = 1; round <= 12; ++round) {
@@ -96,10 +103,55 @@ TEST_F(ProfileProcesses, AKillLeavesWhatWasSavedAndNoLock) {
         EXPECT_LE(left, acknowledged().back() + 1);
         EXPECT_TRUE(VNWriteProfileDWORD(3, "After", "round", round));
     }
+    if (GetParam())
+        return;
     SweepLeftovers(m_folder.Path());
     auto names = m_folder.Names();
     std::sort(names.begin(), names.end());
     EXPECT_EQ(names, (std::vector<std::string>{"profile.ini", "profile.ini.lock"}));
+}
+
+INSTANTIATE_TEST_SUITE_P(, ProfileProcesses, testing::Bool(),
+                         [](const auto& info) { return info.param ? "Registry" : "File"; });
+
+/// Values as other programs and people write them.
+TEST_F(Profile, ValuesOfOtherTypesInTheRegistry) {
+    const char* const key = "Software\\vnbytstr tests\\types";
+    const auto set = [&](const char* name, DWORD type, const void* data, DWORD size) {
+        EXPECT_EQ(::RegSetKeyValueA(HKEY_CURRENT_USER, (std::string(key) + "\\3\\T").c_str(), name,
+                                    type, data, size),
+                  0);
+    };
+    const DWORD number = 77;
+    set("number", REG_DWORD, &number, sizeof number);
+    set("bytes", REG_BINARY, "\x01\x02", 2);
+    set("unended", REG_SZ, "text", 4);
+    m_system.SetEnvironment("VNBYTSTR_PROFILE", std::string("registry:") + key);
+    m_system.SetEnvironment("APPDATA", m_folder.Path()); // for the lock
+    NextTick();
+    EXPECT_EQ(VNGetProfileDWORD(3, "T", "number", 0), 77u);
+    EXPECT_EQ(VNGetProfileString(3, "T", "unended", ""), "text");
+    EXPECT_FALSE(VNIsProfileValue(3, "T", "bytes"));
+    EXPECT_TRUE(VNWriteProfileString(3, "T", "BYTES", "x")); // another name than "bytes"
+    EXPECT_TRUE(VNWriteProfileDWORD(3, "T", "number", 77));  // as it is: stays a number
+    const auto typeOf = [&](const char* name) {
+        DWORD type = 0;
+        ::RegGetValueA(HKEY_CURRENT_USER, (std::string(key) + "\\3\\T").c_str(), name, RRF_RT_ANY,
+                       &type, nullptr, nullptr);
+        return type;
+    };
+    EXPECT_EQ(typeOf("number"), DWORD{REG_DWORD});
+    EXPECT_EQ(typeOf("bytes"), DWORD{REG_BINARY});
+    EXPECT_EQ(VNGetProfileString(3, "T", "BYTES", ""), "x");
+    EXPECT_FALSE(
+        VNWriteProfileDWORD(3, std::string(300, 'x').c_str(), "n", 1)); // too long for a key
+    NextTick();
+    EXPECT_EQ(VNGetProfileString(3, "T", "BYTES", ""), "x");
+    EXPECT_FALSE(VNIsProfileValue(3, std::string(300, 'x').c_str(), "n"));
+    EXPECT_TRUE(VNDeleteProfileSection(3, "T"));
+    EXPECT_EQ(typeOf("bytes"), DWORD{REG_BINARY});
+    EXPECT_EQ(typeOf("number"), 0u);
+    ::RegDeleteTreeA(HKEY_CURRENT_USER, key);
 }
 
 } // namespace
