@@ -75,8 +75,10 @@ bool CListBoxExHeadings::DropHeading() {
 }
 
 void CListBoxExHeadings::OnContextMenu(CWnd* window, CPoint screen) {
-    if (m_bTips)
-        HideTip(); // else it would stand above the menu
+    if (m_bTips) { // else it would stand above the menu
+        KillTimer(kTipTimer);
+        HideTip();
+    }
     if (!m_bColumnMenu || m_pList == nullptr || m_pTracking->tracking) {
         CWnd::OnContextMenu(window, screen);
         return;

@@ -1,6 +1,7 @@
 #include "vnquery/window/ConnectionPage.h"
 
 #include "vnquery/result/CellText.h"
+#include "vnquery/sources/ConnectionText.h"
 #include "vnquery/window/Guard.h"
 #include "vnquery/window/Label.h"
 #include "vnquery/window/ParametersDialog.h"
@@ -103,10 +104,17 @@ void ConnectionPage::changeEvent(QEvent* event) {
 }
 
 QString ConnectionPage::GetTitle() const {
-    const QString name = QString::fromStdString(m_connection.GetDisplayName());
     const bool isChanged = HasUncommitted() || !m_result->GetDocument().GetEdits().IsEmpty();
-    return (m_connection.file.empty() ? name.left(40) : QFileInfo(name).fileName()) +
-           (isChanged ? " *" : "");
+    QString name = QFileInfo(QString::fromStdString(m_connection.file)).fileName();
+    if (m_connection.file.empty())
+        name = QString::fromStdString(m_connection.GetDisplayName()).left(40);
+    for (const auto& [key, value] : ParseConnection(m_connection.dataSource)) {
+        const QString part = QString::fromStdString(key);
+        if (part.compare("DSN", Qt::CaseInsensitive) == 0 ||
+            part.compare("Database", Qt::CaseInsensitive) == 0)
+            name = QString::fromStdString(value);
+    }
+    return name + (isChanged ? " *" : "");
 }
 
 bool ConnectionPage::IsBusy() const { return m_run != nullptr || m_result->IsBusy(); }
@@ -238,6 +246,8 @@ void ConnectionPage::Finish() {
     std::snprintf(seconds, sizeof seconds, "%.2f", time);
     const CString fetched = std::to_string(rows).c_str();
     GetGlobals().SetGlobalVarValue(CGlobalVars::TLXAO_NUM_FETCHED, &fetched);
+    // Neither rows nor a number of them: a definition.
+    m_hasDefined |= m_session && !m_hasShape && !run->GetChangedRows();
     ShowTransaction();
     HistoryEntry entry;
     entry.sql = run->GetSql();
@@ -270,8 +280,6 @@ void ConnectionPage::Finish() {
             Tell(IDS_VQ_W_DONE, {GroupDigits(rows), seconds});
     }
     Q_EMIT Ran(entry);
-    if (run->GetChangedRows())
-        Q_EMIT CatalogChanged();
     Q_EMIT Changed();
     if (!m_waiting.empty() && !m_isStopping)
         Start();
@@ -296,6 +304,8 @@ void ConnectionPage::ShowTransaction() {
     m_bar->setVisible(m_session != nullptr);
     m_commit->setEnabled(HasUncommitted());
     m_rollBack->setEnabled(HasUncommitted());
+    if (!HasUncommitted() && std::exchange(m_hasDefined, false))
+        Q_EMIT CatalogChanged(); // others see it only now
 }
 
 bool ConnectionPage::AllowChanges(bool allow) {
@@ -324,7 +334,6 @@ bool ConnectionPage::EndTransaction(bool commit) {
         Tell(commit ? IDS_VQ_N_COMMITTED : IDS_VQ_N_ROLLED_BACK, {});
     ShowTransaction();
     Q_EMIT Changed();
-    Q_EMIT CatalogChanged();
     return isDone;
 }
 

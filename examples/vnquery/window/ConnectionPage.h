@@ -55,7 +55,7 @@ Q_SIGNALS:
     /// What runs, the rows, the current cell or the changes are different now.
     void Changed();
     void Ran(const vnquery::HistoryEntry& entry);
-    /// What ran may have changed the database's tables.
+    /// The database may have other tables now.
     void CatalogChanged();
 
 protected:
@@ -94,6 +94,7 @@ private:
     std::chrono::steady_clock::time_point m_started;
     bool m_isStopping = false;
     std::optional<ResultShape> m_shape; ///< of the run, not shown yet
+    bool m_hasDefined = false;          ///< what the tree does not show yet
     bool m_hasShape = false;            ///< the run's result is shown
 };
 

@@ -55,6 +55,7 @@ void ResultList::ShowColumns() {
     SetColumnName(kNumbers, "#");
     SetColumnWidth(kNumbers, kMinWidth);
     SetColumnAlignment(kNumbers, kAlignRight);
+    SetColumnSpacing(kNumbers, 4);
     SetColumnType(kNumbers, 1);
     SetColumnTip(kNumbers, Text(IDS_VQ_N_ROW_NUMBER).c_str());
     std::vector<int> order = {kNumbers};
@@ -344,6 +345,12 @@ void ResultList::DrawItem(LPDRAWITEMSTRUCT item) {
         mark.right = std::min(mark.right, mark.left + 3);
         dc->FillSolidRect(mark, color);
     }
+    // Else the digits of a number would seem to go on in a cell that is cut off at the left.
+    const std::vector<int> order = GetColumnOrder();
+    const CRect frozen = CellRect(
+        order[static_cast<std::size_t>(std::max(GetFrozenColumns(), 1)) - 1], item->rcItem);
+    dc->FillSolidRect(CRect(frozen.right - 1, frozen.top, frozen.right, frozen.bottom),
+                      GetSysColor(COLOR_BTNSHADOW));
     if (m_document.IsDeleted(shownRow)) {
         const int middle = static_cast<int>(item->rcItem.top + item->rcItem.bottom) / 2;
         dc->FillSolidRect(CRect(item->rcItem.left, middle, item->rcItem.right, middle + 1), color);

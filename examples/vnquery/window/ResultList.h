@@ -21,9 +21,9 @@ public:
     /// cell that is not edited).
     static constexpr UINT kWmShowValue = WM_APP + 2;
 
-    /// `sortsLater` is called when a sort goes on in the background, see SortEnded.
-    ResultList(ResultDocument& document, std::function<void()> sortsLater)
-        : m_document(document), m_rows(document, std::move(sortsLater)) {}
+    /// `sorts`: see ResultRows. A sort in the background ends with SortEnded.
+    ResultList(ResultDocument& document, std::function<void()> sorts)
+        : m_document(document), m_rows(document, std::move(sorts)) {}
 
     BOOL CreateList(CWnd* parent, UINT id, UINT headingsId);
 

@@ -33,8 +33,8 @@ public:
 /// owner; it must not pass through Qt's event loop.
 class ResultPanel : public CWnd {
 public:
-    ResultPanel(ResultDocument& document, ResultPanelOwner& owner, std::function<void()> sortsLater)
-        : m_owner(owner), m_list(document, std::move(sortsLater)) {}
+    ResultPanel(ResultDocument& document, ResultPanelOwner& owner, std::function<void()> sorts)
+        : m_owner(owner), m_list(document, std::move(sorts)) {}
     ~ResultPanel() override;
 
     BOOL CreateIn(QWidget* parent);

@@ -37,18 +37,20 @@ ENullAnswer ResultRows::IsNull(int row, int column) {
 
 /// By the column of the numbers: as the query gave them.
 ESortAnswer ResultRows::SortRows(int column, bool ascending) {
+    const auto answer = [](bool isDone) {
+        return isDone ? ESortAnswer::Sorted : ESortAnswer::NotSorted;
+    };
+    m_sorts();
     if (column == 0)
-        return m_document.Unsort() ? ESortAnswer::Sorted : ESortAnswer::NotSorted;
+        return answer(m_document.Unsort());
     if (!m_document.BeginSort(static_cast<std::size_t>(column - 1), !ascending))
         return ESortAnswer::NotSorted;
     const auto end = std::chrono::steady_clock::now() + kShortSort;
     while (m_document.GetSort()->GetState() == TaskState::Running &&
            std::chrono::steady_clock::now() < end)
         std::this_thread::sleep_for(std::chrono::microseconds(100));
-    if (m_document.GetSort()->GetState() == TaskState::Done)
-        return m_document.EndSort() ? ESortAnswer::Sorted : ESortAnswer::NotSorted;
-    m_sortsLater();
-    return ESortAnswer::Later;
+    const bool isDone = m_document.GetSort()->GetState() == TaskState::Done;
+    return isDone ? answer(m_document.EndSort()) : ESortAnswer::Later;
 }
 
 int ResultRows::GetSortedRow(int before) {

@@ -12,9 +12,10 @@ namespace vnquery {
 /// Column 0 is that of the rows' numbers; the result's columns follow it.
 class ResultRows : public CListRowSource {
 public:
-    /// `sortsLater` is called when a sort takes long and goes on in the background.
-    ResultRows(ResultDocument& document, std::function<void()> sortsLater)
-        : m_document(document), m_sortsLater(std::move(sortsLater)) {}
+    /// `sorts` is called when rows were sorted, or when that takes long and goes on in the
+    /// background.
+    ResultRows(ResultDocument& document, std::function<void()> sorts)
+        : m_document(document), m_sorts(std::move(sorts)) {}
 
     int GetRowCount() override { return static_cast<int>(m_document.GetShownRows()); }
     void GetCell(int row, int column, std::string& text) override;
@@ -29,7 +30,7 @@ public:
 
 private:
     ResultDocument& m_document;
-    std::function<void()> m_sortsLater;
+    std::function<void()> m_sorts;
     int m_fileRow = -1; ///< on which a file was dropped
     std::string m_fileName;
 };

@@ -32,10 +32,7 @@ constexpr DWORD kPreviewLength = 200; ///< characters of a long text
 } // namespace
 
 ResultView::ResultView(QWidget* parent)
-    : QWidget(parent), m_panel(m_document, *this, [this] {
-          m_sortTimer.start(kSortInterval);
-          FollowSort();
-      }) {
+    : QWidget(parent), m_panel(m_document, *this, [this] { m_sortTimer.start(kSortInterval); }) {
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
@@ -196,6 +193,7 @@ void ResultView::FollowSort() {
     const SortRun* const sort = m_document.GetSort();
     if (!sort) {
         m_sortTimer.stop();
+        Q_EMIT Changed(); // the current row is another one
         return;
     }
     const TaskState state = sort->GetState();

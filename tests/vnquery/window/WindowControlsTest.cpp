@@ -149,6 +149,17 @@ TEST_F(WindowControls, StatementsChangeTheDatabaseWithCommitOnly) {
     EXPECT_FALSE(bar->isVisible());
     EXPECT_EQ(Ask("select t from note where id = 2"), "TWO");
     ASSERT_TRUE(Page().AllowChanges(true));
+    const auto* const tree = Window().findChild<CatalogTree*>();
+    RunText("create table more(x)");
+    Page().Commit();
+    WaitFor([&] { return tree->GetCatalog() && tree->GetCatalog()->tables.size() == 2; });
+    // What is written from the result belongs to the transaction, too.
+    RunText("select id, t from note");
+    View().SetValue({0, 1}, {false, Value(Value::Type::Text, "ONE")});
+    m_answers.m_answers = {QMessageBox::Yes};
+    EXPECT_TRUE(View().WriteChanges());
+    EXPECT_TRUE(Page().findChild<QPushButton*>()->isEnabled());
+    Page().RollBack();
     RunText("delete from note");
     m_answers.m_answers = {QMessageBox::No};
     EXPECT_TRUE(Window().close());

@@ -57,6 +57,11 @@ TEST_F(WindowTest, ColumnsSortByTheirTypes) {
     // Rows stay together, in the list and in the document.
     EXPECT_EQ(column(0), "- 9 100 10 ");
     EXPECT_EQ(Document().GetCellText(3, 0) + Document().GetCellText(3, 1) + "b", "102.5b");
+    // The current row keeps its values; the status line says where it is.
+    List().SetCurrentCell(3, 0);
+    List().SortBy(0, true);
+    EXPECT_EQ(Cell(List().GetCurrentRow(), 0), "10");
+    WaitFor([&] { return Window().findChild<QLabel*>("rows")->text() == "Row 2 of 4"; });
     // Texts in a column of numbers come last, those among them that a reader of numbers would take.
     MakeDatabase("create table m(i integer); insert into m values (3), ('nan'), (1), ('x'), (2)");
     Open("select i from m");
