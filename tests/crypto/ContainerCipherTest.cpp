@@ -135,6 +135,14 @@ TEST_F(ContainerCipherTest, MorePaddingThanBytesIsRefused) {
     EXPECT_TRUE(stream == enciphered && store == enciphered); // as they were
 }
 
+TEST_F(ContainerCipherTest, KeysThatAreTooShortAreFilledWithZeros) {
+    const CByteStream none, zeros("0000000000000000");
+    CByteStream bytes(Pattern(16).data(), 16), same(bytes);
+    ASSERT_EQ(bytes.Encrypt(none, none, CDES::eCBC, false), 1);
+    ASSERT_EQ(same.Encrypt(zeros, zeros, CDES::eCBC, false), 1);
+    EXPECT_TRUE(bytes == same);
+}
+
 TEST_F(ContainerCipherTest, CipherOfAStreamSuitsAnyLimit) {
     const Bytes bytes = Pattern(1024);
     CDES cipher("12345678");
@@ -188,6 +196,24 @@ CByteStream Group(BIGNUM* (*get)(BIGNUM*)) {
 }
 
 class DiffieHellmanTest : public StoreFixture {};
+
+TEST_F(DiffieHellmanTest, NothingIsComputedFromLessThanAll) {
+    const CByteStream three("00000003"), seven("00000007");
+    for (int missing = 0; missing < 4; ++missing) {
+        CDiffieHellman side;
+        if (missing != 0)
+            side.SetG(three);
+        if (missing != 1)
+            side.SetN(seven);
+        side.SetExponentLength(missing == 2 ? 0 : 32);
+        EXPECT_EQ(side.GenerateX(), missing == 3 ? 1 : 0) << missing;
+        EXPECT_EQ(side.ComputeK(), 0) << missing; // the other side's is missing
+        side.SetY(three);
+        EXPECT_EQ(side.ComputeK(), missing == 3 ? 1 : 0) << missing;
+        side.SetExponentLength(0);
+        EXPECT_EQ(side.ComputeK(), 0);
+    }
+}
 
 TEST_F(DiffieHellmanTest, TwoSidesAgree) {
     const CByteStream two("00000002");

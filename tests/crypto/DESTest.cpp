@@ -11,6 +11,7 @@
 
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vnbytstr::test {
@@ -140,6 +141,8 @@ TEST_P(DESTest, SegmentsContinueOneChain) {
     const Bytes more = segment(24, 64, false, whole);
     back.insert(back.end(), more.begin(), more.end());
     EXPECT_EQ(back, in);
+    des.SetMode(CDES::eECB); // which has no chain
+    EXPECT_EQ(segment(0, 64, true, in), OpenSsl(in, key, true, nullptr));
 }
 
 TEST(DES, SizesAndErrors) {
@@ -168,12 +171,13 @@ TEST(DES, SizesAndErrors) {
             char text[60];
             error->GetErrorMessage(text, static_cast<int>(sizeof text));
             error->Delete();
-            EXPECT_EQ(length, room / 8 * 8);
+            EXPECT_EQ(length, std::max(room, 0) / 8 * 8);
             return text;
         }
         return "";
     };
     des.SetPad(false);
+    EXPECT_EQ(fails(true, -9), "Cryptographic error 0 (DES,767)");
     EXPECT_EQ(fails(true, 15), "Cryptographic error 0 (DES,767)");
     EXPECT_EQ(fails(false, 7), "Cryptographic error 0 (DES,868)");
     EXPECT_EQ(out, Bytes(16, 0xEE));
@@ -195,6 +199,12 @@ TEST(DES, SizesAndErrors) {
     EXPECT_STREQ(text, "Cryptographic error -2 (FILE.X,3)");
     path.GetErrorMessage(text, 8);
     EXPECT_STREQ(text, "Cryptog");
+    UINT help = 9;
+    CCryptoException odd(0, 1, "{a}.cpp");
+    EXPECT_TRUE(std::as_const(odd).GetErrorMessage(text, 64, &help));
+    EXPECT_STREQ(text, "Cryptographic error 0 ({A},1)");
+    EXPECT_EQ(help, 0u);
+    EXPECT_FALSE(odd.GetErrorMessage(text, 0));
     EXPECT_TRUE(path.IsKindOf(RUNTIME_CLASS(CException)));
 }
 

@@ -398,6 +398,7 @@ TEST(FixedBinaryEdges, RemaindersAndPowersOfZeroAndOne) {
     EXPECT_EQ(Text(five.ExpMod(five, zero)), "00000000");
     EXPECT_EQ(Text(five.ExpMod(five, one)), "00000000");
     EXPECT_EQ(Text(five.ExpMod(one, Hex("00000003"))), "00000002");
+    EXPECT_EQ(Text(five.ExpMod(Hex("00010000"), Hex("00010000"))), "00000001");
 }
 
 } // namespace vnbytstr::test
