@@ -23,7 +23,7 @@ bool Run(QKeychain::Job& job, const QString& name) {
     job.setKey(name);
     QObject::connect(&job, &QKeychain::Job::finished, &loop, &QEventLoop::quit);
     job.start();
-    loop.exec();
+    loop.exec(QEventLoop::ExcludeUserInputEvents); // the window must not change meanwhile
     return job.error() == QKeychain::NoError || job.error() == QKeychain::EntryNotFound;
 }
 

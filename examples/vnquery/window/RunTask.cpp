@@ -3,6 +3,7 @@
 #include "vnquery/result/CellText.h"
 #include "vnquery/window/Label.h"
 
+#include <QCloseEvent>
 #include <QEventLoop>
 #include <QMessageBox>
 #include <QProgressDialog>
@@ -18,12 +19,26 @@ namespace {
 constexpr auto kShort = std::chrono::milliseconds(150);
 constexpr auto kLookInterval = std::chrono::milliseconds(50);
 
+/// Stays until the work has ended, however the user asks for that: without it the window could be used
+/// while the work uses it.
+class StayingDialog : public QProgressDialog {
+public:
+    using QProgressDialog::QProgressDialog;
+    void reject() override { Q_EMIT canceled(); }
+
+protected:
+    void closeEvent(QCloseEvent* event) override {
+        event->ignore();
+        Q_EMIT canceled();
+    }
+};
+
 void ShowDialog(QWidget* parent, const std::string& title, BackgroundTask& task, bool waits) {
-    QProgressDialog dialog(QString::fromStdString(title), PlainLabel(IDS_VQ_CANCEL), 0, 0, parent);
+    StayingDialog dialog(QString::fromStdString(title), PlainLabel(IDS_VQ_CANCEL), 0, 0, parent);
     dialog.setWindowTitle(Label(IDS_VQ_APP));
     dialog.setWindowModality(Qt::ApplicationModal);
-    // It stays until the work has noticed that it is to stop.
-    QObject::disconnect(&dialog, &QProgressDialog::canceled, &dialog, &QProgressDialog::cancel);
+    // Connected by names, which only names disconnect; it would hide the dialog.
+    QObject::disconnect(&dialog, SIGNAL(canceled()), &dialog, SLOT(cancel()));
     QEventLoop loop;
     QObject::connect(&dialog, &QProgressDialog::canceled, [&] {
         task.Cancel();

@@ -29,6 +29,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <thread>
@@ -275,6 +276,21 @@ TEST_F(Dialogs, WorkIsCancelledAndItsFailureTold) {
         },
         [](QProgressDialog& dialog) {
             QTest::mouseClick(dialog.findChild<QPushButton*>(), Qt::LeftButton);
+        });
+    // As long as the work goes on, the window behind the dialog cannot be used.
+    std::atomic<bool> ends = false;
+    WithDialog<QProgressDialog>(
+        [&] {
+            RunTask(nullptr, IDS_VQ_T_SAVING, [&](Progress&) {
+                while (!ends)
+                    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            });
+        },
+        [&](QProgressDialog& dialog) {
+            dialog.close();
+            dialog.reject();
+            EXPECT_TRUE(dialog.isVisible());
+            ends = true;
         });
 }
 
