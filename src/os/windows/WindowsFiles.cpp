@@ -88,10 +88,13 @@ int WindowsSystem::OpenFile(const char* name, unsigned flags, FileHandle& handle
                                       DispositionOf(flags), AttributesOf(flags), nullptr);
     if (file == INVALID_HANDLE_VALUE)
         return OpenFailure(wide.Get(), flags);
+    // Cutting it may need room on the disk, and one that was made now would be left behind.
+    const bool isNew = (flags & kOpenCreate) &&
+                       ((flags & kOpenExclusive) || ::GetLastError() != ERROR_ALREADY_EXISTS);
     int error = 0;
     if ((flags & (kOpenScratch | kOpenPrivate)) && windows::IsLink(file))
         error = ELOOP;
-    else if ((flags & kOpenTruncate) && ::GetFileType(file) == FILE_TYPE_DISK)
+    else if ((flags & kOpenTruncate) && !isNew && ::GetFileType(file) == FILE_TYPE_DISK)
         error = SetLength(file, 0);
     if (error != 0) {
         ::CloseHandle(file);

@@ -21,6 +21,10 @@ protected:
         if (m_disk.empty() || !::GetDiskFreeSpaceExA(m_disk.c_str(), nullptr, &size, nullptr) ||
             size.QuadPart > 64 << 20)
             GTEST_SKIP() << "VNBYTSTR_SMALL_DISK is no folder on a small disk";
+        std::ofstream(Filler()).put('f');
+        if (!std::filesystem::exists(Filler()))
+            GTEST_SKIP() << "the disk is there for a part of the system only";
+        std::filesystem::remove(Filler());
         ::SetEnvironmentVariableA("TMP", m_disk.c_str());
     }
     void TearDown() override { ::SetEnvironmentVariableA("TMP", m_temporary.c_str()); }
