@@ -71,6 +71,8 @@ ConnectForm::ConnectForm(QWidget* parent) : QDialog(parent) {
                                        ? QStringLiteral("3306")
                                        : QString());
     });
+    // Those for one character set lose the others' characters.
+    m_driver->setCurrentIndex(std::max(m_driver->findText("Unicode", Qt::MatchContains), 0));
     Q_EMIT m_driver->currentTextChanged(m_driver->currentText());
     ShowKind();
 }

@@ -90,10 +90,11 @@ void HistoryPane::Relabel() {
     tabBar()->setAccessibleName(Label(IDS_VQ_C_HISTORY));
     setTabText(0, Label(IDS_VQ_C_HISTORY));
     setTabText(1, Label(IDS_VQ_C_SAVED));
-    m_clear->setText(Label(IDS_VQ_C_CLEAR));
-    m_save->setText(Label(IDS_VQ_C_SAVE));
-    m_rename->setText(Label(IDS_VQ_C_RENAME));
-    m_delete->setText(Label(IDS_VQ_G_DELETE));
+    // Without letters to press: a pane behind another one would take those of the menus.
+    m_clear->setText(PlainLabel(IDS_VQ_C_CLEAR));
+    m_save->setText(PlainLabel(IDS_VQ_C_SAVE));
+    m_rename->setText(PlainLabel(IDS_VQ_C_RENAME));
+    m_delete->setText(PlainLabel(IDS_VQ_G_DELETE));
     for (const Page& page : {m_ran, m_saved}) {
         page.search->setPlaceholderText(Label(IDS_VQ_C_SEARCH));
         page.search->setAccessibleName(Label(IDS_VQ_C_SEARCH));

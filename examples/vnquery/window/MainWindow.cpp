@@ -200,6 +200,7 @@ void MainWindow::Relabel() {
         m_docks.at(i)->setWindowTitle(Label(titles[i]));
     m_welcome->setText(Label(IDS_VQ_N_WELCOME));
     m_tabs->tabBar()->setAccessibleName(Label(IDS_VQ_N_CONNECTIONS));
+    statusBar()->clearMessage(); // in the former language
     TurnDocks();
     ShowState();
 }

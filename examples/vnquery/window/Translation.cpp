@@ -2,6 +2,7 @@
 
 #include "vnquery/messages/Messages.h"
 
+#include "vnbytstr/GlobalVars.h"
 #include "vnbytstr/Language.h"
 #include "vnbytstr/Profile.h"
 
@@ -36,6 +37,11 @@ void UseTextLanguage() {
     if (translator->load("qtbase_" + LocaleOf(static_cast<const char*>(code)),
                          QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
         QApplication::installTranslator(translator);
+    CGlobalVars fresh; // knows the name of the language
+    CString language;
+    fresh.Initialize();
+    fresh.GetGlobalVarValue(CGlobalVars::TLXAO_NLF_LANG, language);
+    GetGlobals().SetGlobalVarValue(CGlobalVars::TLXAO_NLF_LANG, language);
     QApplication::setLayoutDirection(AreTextsRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
     // Qt tells the widgets only where it has texts of its own.
     for (QWidget* widget : QApplication::topLevelWidgets()) {

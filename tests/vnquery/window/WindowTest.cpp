@@ -5,6 +5,7 @@
 #include "examples/vnquery/window/Translation.h"
 
 #include "vnbytstr/CacheException.h"
+#include "vnbytstr/GlobalVars.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -197,6 +198,7 @@ TEST_F(WindowTest, AnotherLanguageTurnsTheWindowAtOnce) {
     EXPECT_EQ(List().GetExStyle() & WS_EX_LAYOUTRTL, 0u);
     EXPECT_EQ(QCoreApplication::translate("QPlatformTheme", "Cancel"), "Abbrechen");
     EXPECT_EQ(Changes(), Text(IDS_VQ_W_NO_CHANGES));
+    EXPECT_EQ(std::string(CGlobalVars::Get(CGlobalVars::TLXAO_NLF_LANG)), "Deutsch");
     choose("ENU");
     EXPECT_EQ(Changes(), "No changes");
 }
