@@ -1,5 +1,7 @@
 // Contests: ours and its peers do the same work in turns, in one process, so that whatever else the
-// machine does hits all alike; medians and their ratios are printed at the end.
+// machine does hits all alike; medians and their ratios are printed at the end. VNBYTSTR_BENCH_TABLE in
+// the environment names a file that gets the same figures for scripts/measure: a line for each contest,
+// with tabs between its name, unit, goals, and each contender and its value.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -7,6 +9,8 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
+#include <fstream>
 #include <functional>
 #include <string>
 #include <vector>
@@ -60,7 +64,8 @@ public:
         std::printf("\n");
         for (Contest& contest : m_contests)
             Print(contest);
-        return 0;
+        const char* const table = std::getenv("VNBYTSTR_BENCH_TABLE");
+        return table == nullptr || Append(table) ? 0 : 1;
     }
 
 private:
@@ -80,23 +85,47 @@ private:
         return values.empty() ? 0 : values[values.size() / 2];
     }
 
+    static const char* UnitOf(const Contest& contest) {
+        return contest.unit == Contest::GigabytesPerSecond ? "GB/s" : "ns";
+    }
+
+    static double Value(const Contest& contest, const Contender& contender) {
+        const double seconds = Median(contender.seconds);
+        return contest.unit == Contest::GigabytesPerSecond ? contest.amount / seconds / 1e9
+                                                           : seconds * 1e9 / contest.amount;
+    }
+
+    bool Append(const char* file) const {
+        std::ofstream table(file, std::ios::app);
+        for (const Contest& contest : m_contests) {
+            if (contest.contenders.front().seconds.empty())
+                continue; // filtered out
+            table << contest.name << '\t' << UnitOf(contest) << '\t' << contest.goal << '\t'
+                  << contest.leastRate;
+            for (const Contender& contender : contest.contenders)
+                table << '\t' << contender.name << '\t' << Value(contest, contender);
+            table << '\n';
+        }
+        table.flush();
+        if (!table)
+            std::fprintf(stderr, "%s could not be written\n", file);
+        return static_cast<bool>(table);
+    }
+
     static void Print(const Contest& contest) {
         if (contest.contenders.front().seconds.empty())
             return; // filtered out
-        const bool isRate = contest.unit == Contest::GigabytesPerSecond;
         std::printf("%-34s", contest.name.c_str());
         double ours = 0, best = 0;
         for (const Contender& contender : contest.contenders) {
             const double seconds = Median(contender.seconds);
-            const double value =
-                isRate ? contest.amount / seconds / 1e9 : seconds * 1e9 / contest.amount;
-            std::printf("  %s %.3g", contender.name.c_str(), value);
+            std::printf("  %s %.3g", contender.name.c_str(), Value(contest, contender));
             if (&contender == &contest.contenders.front())
                 ours = seconds;
             else if (best == 0 || seconds < best)
                 best = seconds;
         }
-        std::printf(" %s", isRate ? "GB/s" : "ns");
+        std::printf(" %s", UnitOf(contest));
         if (best > 0)
             std::printf("  ratio %.2f", best / ours);
         if (contest.goal > 0)
