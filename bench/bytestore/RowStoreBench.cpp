@@ -2,17 +2,22 @@
 // with a cache that holds it and with the ordinary one. Beside it the rows as strings in memory.
 #include "vnbytstr/RowStore.h"
 
-#include <benchmark/benchmark.h>
+#include "bench/Rounds.h"
 
 #include <cstdint>
+#include <memory>
 #include <random>
 #include <string>
 #include <vector>
 
 namespace {
 
+using vnbytstr::bench::Contest;
+using vnbytstr::bench::Contests;
+
 constexpr DWORD kRows = 1'000'000;
 constexpr int kColumns = 6;
+constexpr int kHoldsAll = 4096; // pages: 128 MiB
 
 /// The texts of some rows, so that making them is not what is measured.
 struct Samples {
@@ -77,63 +82,70 @@ std::size_t ReadRow(CRowStore& store, DWORD row) {
     return sum;
 }
 
-void PerRow(benchmark::State& state, DWORD rows) {
-    state.counters["rows"] =
-        benchmark::Counter(static_cast<double>(rows) * static_cast<double>(state.iterations()),
-                           benchmark::Counter::kIsRate);
-    state.counters["ns/row"] = benchmark::Counter(
-        static_cast<double>(rows) * static_cast<double>(state.iterations()) / 1e9,
-        benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+std::shared_ptr<CRowStore> Filled(int pages) {
+    auto store = std::make_shared<CRowStore>(kColumns, static_cast<DWORD>(pages));
+    Fill(*store);
+    return store;
 }
 
-void Append(benchmark::State& state) {
-    for (auto _ : state) {
-        CRowStore store(kColumns, static_cast<DWORD>(state.range(0)));
-        Fill(store);
-        benchmark::DoNotOptimize(store.GetRowCount());
-    }
-    PerRow(state, kRows);
+void AddAppending(Contests& contests) {
+    const auto append = [](int pages) { return [=] { Filled(pages); }; };
+    contests.Add({"append a row",
+                  kRows,
+                  Contest::Nanoseconds,
+                  {{"CRowStore", append(kHoldsAll)},
+                   {"one string a row",
+                    [] {
+                        std::vector<std::string> rows;
+                        for (DWORD row = 0; row < kRows; ++row)
+                            rows.push_back(RowAsString(row));
+                        benchmark::DoNotOptimize(rows.data());
+                    }}},
+                  0,
+                  5});
+    contests.Add(
+        {"append a row, 64 pages", kRows, Contest::Nanoseconds, {{"CRowStore", append(64)}}, 0, 5});
 }
 
-void ReadAll(benchmark::State& state) {
-    CRowStore store(kColumns, static_cast<DWORD>(state.range(0)));
-    Fill(store);
-    for (auto _ : state) {
-        for (DWORD row = 0; row < kRows; ++row)
-            benchmark::DoNotOptimize(ReadRow(store, row));
-    }
-    PerRow(state, kRows);
+void AddReading(Contests& contests, int pages, const std::string& how) {
+    static constexpr DWORD kReads = 100'000;
+    const auto store = std::make_shared<std::shared_ptr<CRowStore>>(); // filled when it is needed
+    const auto prepare = [=] {
+        if (!*store)
+            *store = Filled(pages);
+    };
+    contests.Add({"read a row in order" + how,
+                  kRows,
+                  Contest::Nanoseconds,
+                  {{"CRowStore",
+                    [=] {
+                        for (DWORD row = 0; row < kRows; ++row)
+                            benchmark::DoNotOptimize(ReadRow(**store, row));
+                    },
+                    prepare}},
+                  0,
+                  5});
+    contests.Add({"read a row at random" + how,
+                  kReads,
+                  Contest::Nanoseconds,
+                  {{"CRowStore",
+                    [=] {
+                        std::minstd_rand random(1);
+                        for (DWORD i = 0; i < kReads; ++i)
+                            benchmark::DoNotOptimize(
+                                ReadRow(**store, static_cast<DWORD>(random() % kRows)));
+                    },
+                    prepare}},
+                  0,
+                  5});
 }
-
-void ReadAtRandom(benchmark::State& state) {
-    CRowStore store(kColumns, static_cast<DWORD>(state.range(0)));
-    Fill(store);
-    std::minstd_rand random(1);
-    constexpr DWORD kReads = 100'000;
-    for (auto _ : state) {
-        for (DWORD i = 0; i < kReads; ++i)
-            benchmark::DoNotOptimize(ReadRow(store, static_cast<DWORD>(random() % kRows)));
-    }
-    PerRow(state, kReads);
-}
-
-void AppendStrings(benchmark::State& state) {
-    for (auto _ : state) {
-        std::vector<std::string> rows;
-        for (DWORD row = 0; row < kRows; ++row)
-            rows.push_back(RowAsString(row));
-        benchmark::DoNotOptimize(rows.data());
-    }
-    PerRow(state, kRows);
-}
-
-constexpr int kHoldsAll = 4096; // pages: 128 MiB
-
-BENCHMARK(Append)->Arg(kHoldsAll)->Arg(64)->Unit(benchmark::kMillisecond);
-BENCHMARK(ReadAll)->Arg(kHoldsAll)->Arg(64)->Unit(benchmark::kMillisecond);
-BENCHMARK(ReadAtRandom)->Arg(kHoldsAll)->Arg(64)->Unit(benchmark::kMillisecond);
-BENCHMARK(AppendStrings)->Unit(benchmark::kMillisecond);
 
 } // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+    Contests contests;
+    AddAppending(contests);
+    AddReading(contests, kHoldsAll, "");
+    AddReading(contests, 64, ", 64 pages");
+    return contests.Run(argc, argv);
+}
