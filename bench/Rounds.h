@@ -1,7 +1,8 @@
 // Contests: ours and its peers do the same work in turns, in one process, so that whatever else the
 // machine does hits all alike; medians and their ratios are printed at the end. VNBYTSTR_BENCH_TABLE in
-// the environment names a file that gets the same figures for scripts/measure: a line for each contest,
-// with tabs between its name, unit, goals, and each contender and its value.
+// the environment names a file that gets the figures for scripts/measure: a line for each contest, with
+// tabs between its name, unit, goals, and each contender with its value by elapsed time and by the
+// processor's time, which other programs change less.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -10,6 +11,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <fstream>
 #include <functional>
 #include <string>
@@ -23,6 +25,7 @@ struct Contender {
     std::function<void()> work;         ///< the timed part
     std::function<void()> prepare = {}; ///< before each round, not timed
     std::vector<double> seconds = {};
+    std::vector<double> processorSeconds = {}; ///< of all threads
 };
 
 struct Contest {
@@ -73,11 +76,19 @@ private:
         for (Contender& contender : contest.contenders) {
             if (contender.prepare)
                 contender.prepare();
+            const double processor = ProcessorSeconds();
             const auto start = std::chrono::steady_clock::now();
             contender.work();
             const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
             contender.seconds.push_back(taken.count());
+            contender.processorSeconds.push_back(ProcessorSeconds() - processor);
         }
+    }
+
+    static double ProcessorSeconds() {
+        timespec time{};
+        clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
     }
 
     static double Median(std::vector<double> values) {
@@ -89,8 +100,7 @@ private:
         return contest.unit == Contest::GigabytesPerSecond ? "GB/s" : "ns";
     }
 
-    static double Value(const Contest& contest, const Contender& contender) {
-        const double seconds = Median(contender.seconds);
+    static double Value(const Contest& contest, double seconds) {
         return contest.unit == Contest::GigabytesPerSecond ? contest.amount / seconds / 1e9
                                                            : seconds * 1e9 / contest.amount;
     }
@@ -103,7 +113,8 @@ private:
             table << contest.name << '\t' << UnitOf(contest) << '\t' << contest.goal << '\t'
                   << contest.leastRate;
             for (const Contender& contender : contest.contenders)
-                table << '\t' << contender.name << '\t' << Value(contest, contender);
+                table << '\t' << contender.name << '\t' << Value(contest, Median(contender.seconds))
+                      << '\t' << Value(contest, Median(contender.processorSeconds));
             table << '\n';
         }
         table.flush();
@@ -119,7 +130,7 @@ private:
         double ours = 0, best = 0;
         for (const Contender& contender : contest.contenders) {
             const double seconds = Median(contender.seconds);
-            std::printf("  %s %.3g", contender.name.c_str(), Value(contest, contender));
+            std::printf("  %s %.3g", contender.name.c_str(), Value(contest, seconds));
             if (&contender == &contest.contenders.front())
                 ours = seconds;
             else if (best == 0 || seconds < best)
