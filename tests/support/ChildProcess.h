@@ -5,6 +5,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#ifdef VNBYTSTR_COVERAGE
+extern "C" void __gcov_dump();
+#endif
+
 namespace vnbytstr::test {
 
 inline constexpr unsigned kNobody = 65534;
@@ -14,8 +18,13 @@ inline constexpr unsigned kNobody = 65534;
 template <class Action>
 int InChild(Action action) {
     const pid_t child = ::fork();
-    if (child == 0)
-        ::_exit(action());
+    if (child == 0) {
+        const int result = action();
+#ifdef VNBYTSTR_COVERAGE
+        ::__gcov_dump(); // which _exit would not do
+#endif
+        ::_exit(result);
+    }
     int status = 0;
     while (::waitpid(child, &status, 0) < 0) {
     }
