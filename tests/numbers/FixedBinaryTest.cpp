@@ -399,6 +399,16 @@ TEST(FixedBinaryEdges, RemaindersAndPowersOfZeroAndOne) {
     EXPECT_EQ(Text(five.ExpMod(five, one)), "00000000");
     EXPECT_EQ(Text(five.ExpMod(one, Hex("00000003"))), "00000002");
     EXPECT_EQ(Text(five.ExpMod(Hex("00010000"), Hex("00010000"))), "00000001");
+    // A power that is a multiple of the modulus, whatever form the machine computes it in.
+    for (const std::size_t digits : {16, 64, 256, 512, 1024}) {
+        const CFixedBinary root = Hex(std::string(digits, 'F').c_str());
+        CFixedBinary square = root;
+        square *= root;
+        for (const char* exponent : {"00000002", "00000003"})
+            EXPECT_EQ(Text(root.ExpMod(Hex(exponent), square)).find_first_not_of('0'),
+                      std::string::npos)
+                << digits;
+    }
 }
 
 } // namespace vnbytstr::test
