@@ -45,6 +45,8 @@ protected:
             EXPECT_TRUE(error == 0 || error == ENOSPC) << error;
         }
         system.CloseFile(file);
+        EXPECT_TRUE(::GetDiskFreeSpaceExA(m_disk.c_str(), &free, nullptr, nullptr));
+        EXPECT_LT(free.QuadPart, room + 0x2000);
     }
     std::string Filler() const { return m_disk + "/filler"; }
 
@@ -56,7 +58,7 @@ private:
 
 TEST_P(FullDisk, LosesNothing) {
     const std::string fresh = GetParam().text(1);
-    unsigned refused = 0, saved = 0;
+    unsigned saved = 0;
     for (const std::uint64_t room : {0, 5000, 70000, 1200000, 2400000}) {
         SCOPED_TRACE(room);
         const PlaceForTest place;
@@ -74,7 +76,7 @@ TEST_P(FullDisk, LosesNothing) {
             const std::string held = saving.content ? saving.content() : "";
             Fill(room);
             const std::string error = ErrorOf(saving.save);
-            (error.empty() ? saved : refused) += 1;
+            saved += error.empty();
             EXPECT_TRUE(content() == (error.empty() ? fresh : GetParam().before)) << error;
             std::filesystem::remove(Filler());
             if (!error.empty()) {
@@ -86,7 +88,6 @@ TEST_P(FullDisk, LosesNothing) {
         EXPECT_THAT(place.LeftOvers(GetParam()), testing::IsEmpty());
     }
     EXPECT_GT(saved, 0u);
-    EXPECT_GT(refused, 0u);
 }
 
 INSTANTIATE_TEST_SUITE_P(Saves, FullDisk, testing::ValuesIn(SaveScenarios()), TestName);
