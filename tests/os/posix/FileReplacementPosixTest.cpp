@@ -113,6 +113,8 @@ TEST_F(FileReplacementPosixTest, AFileThatMayNotBeWrittenIsRefused) {
     OpenToAll(); // so that it could be replaced
     Write("roots", "old");
     ASSERT_EQ(::chmod(Name("roots").c_str(), 0644), 0);
+    EXPECT_EQ(test::AsNobody([&] { return FileReplacement().Open(Name("roots").c_str()); }),
+              EACCES);
     EXPECT_EQ(test::AsNobody([&] { return Put(Name("roots"), "new"); }), EACCES);
     EXPECT_EQ(Read("roots"), "old");
 }
