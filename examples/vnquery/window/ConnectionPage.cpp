@@ -352,7 +352,9 @@ bool ConnectionPage::Leave() {
         Stop();
         for (int i = 0; i < 100 && m_run->GetState() == TaskState::Running; ++i)
             std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        LetEnd(std::move(m_run)); // a server may never answer
+        if (m_run->GetState() == TaskState::Running)
+            LetEnd(std::move(m_run)); // a server may never answer
+        m_run.reset();
         m_timer.stop();
         m_result->SetFilling(false);
     }
