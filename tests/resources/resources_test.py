@@ -41,7 +41,7 @@ def read_with_pefile(name):
 
 
 def read_with_ours(dump, name):
-    run = subprocess.run([dump, name], capture_output=True)
+    run = subprocess.run([*dump, name], capture_output=True)
     if run.returncode != 0:
         return None
     lines = (line.split(b"=", 1) for line in run.stdout.split(b"\0") if line)
@@ -49,8 +49,9 @@ def read_with_ours(dump, name):
 
 
 def main():
-    dump, *names = sys.argv[1:]
-    for pattern in FOUND:
+    split = sys.argv.index("--")  # before it: the program, and what runs it where it is for another system
+    dump, names = sys.argv[1:split], sys.argv[split + 1:]
+    for pattern in FOUND if len(dump) == 1 else ():  # what runs it takes its time for each file
         names += sorted(glob.glob(pattern, recursive=True))[:200]
     count = failures = 0
     for name in names:
