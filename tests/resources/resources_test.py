@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""resources_test.py DUMP FILE...: compares the strings that DUMP (resource_dump) reads from PE files
+"""resources_test.py DUMP -- FILE...: compares the strings that DUMP (resource_dump) reads from PE files
 with those that pefile reads. Also takes files that have been found on the machine. Skipped (77)
 without pefile."""
 import glob
