@@ -28,9 +28,9 @@
 // for another program's lock for 2 seconds at most; file systems without locks do without. Use a
 // CProfileBatch for many values.
 //
-// On Windows VNBYTSTR_PROFILE may be "registry:<key>": the settings are then values of the registry
-// below the current user's <key> ("registry:" alone: Software\vnbytstr), the example above as the
-// text MaxCachePages in <key>\3\Options. Names and texts are written as in the file, and numbers
+// On Windows VNBYTSTR_PROFILE may be "registry:" with the name of a key: the settings are then
+// values of the registry below that key of the current user ("registry:" alone: vnbytstr in
+// Software), the example above as the text MaxCachePages in the key Options in its key 3. Names and texts are written as in the file, and numbers
 // (REG_DWORD) are read as well; values of other types, and other keys, stay as they are. Sections
 // and values are listed by name. A save counts in one step for this library, also when its process
 // is killed, but other programs may see half of it; they take part in no lock. Names that differ in

@@ -19,10 +19,9 @@ namespace vnbytstr {
 ///    attributes cannot be given to another file; its folder takes no new names): it is overwritten
 ///    in place at Commit, with a copy of the old content kept until all is on the disk (see
 ///    InPlaceWrite.h). Two processes that do so take turns; EWOULDBLOCK after 2 seconds of waiting.
-///  - Anything else (a pipe, a terminal, a device, and what /dev/stdout stands for, be it a file)
-///  is
-///    opened for writing only and written to directly, without these guarantees. Opening a pipe
-///    waits for its reader.
+///  - Anything else (a pipe, a terminal, a device, and what /dev/stdout stands for, be it a file):
+///    it is opened for writing only and written to directly, without these guarantees. Opening a
+///    pipe waits for its reader.
 ///
 /// Left-overs of killed processes in the folder are swept when the process first writes there.
 /// Without Commit no file is left. A forked child does nothing to what its parent began.
