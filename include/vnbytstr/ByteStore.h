@@ -330,12 +330,12 @@ public:
     /// default) times the percentage of memory that is free, at least 16.
     static int GetTargetMaxPages();
 
-    /// From now on at most `pages` pages stay in memory, whatever GetTargetMaxPages says; 0: as many
-    /// as that again. Pages that are too many leave at once. While there is a limit, no pages are
-    /// gathered beside the cache before they are written. For programs that share out memory among
-    /// several stores. When a page cannot be written the limit stays as it was, and some pages may
-    /// have left. The limit belongs to the object: a move takes it along, an assignment leaves it,
-    /// a copy has none. Extension.
+    /// From now on at most `pages` pages stay in memory, whatever GetTargetMaxPages says; 0: as
+    /// many as that again. Pages that are too many leave at once. While there is a limit, no pages
+    /// are gathered beside the cache before they are written. For programs that share out memory
+    /// among several stores. When a page cannot be written the limit stays as it was, and some
+    /// pages may have left. The limit belongs to the object: a move takes it along, an assignment
+    /// leaves it, a copy has none. Extension.
     void SetPageLimit(DWORD pages);
     DWORD GetPageLimit() const { return m_dwPageLimit; }
 

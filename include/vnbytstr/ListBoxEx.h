@@ -56,8 +56,8 @@ public:
     ~CListBoxEx() override;
 
     // --- set-up ----------------------------------------------------------------------------------
-    /// Uses a header control made elsewhere, or none if null. Ownership is not transferred; one that
-    /// is deleted before the list is forgotten by it.
+    /// Uses a header control made elsewhere, or none if null. Ownership is not transferred; one
+    /// that is deleted before the list is forgotten by it.
     virtual void SetHeadingsControl(CListBoxExHeadings* headings);
     /// Creates the list's embedded header control, with that control id, above the list, and lets
     /// files be dropped on cells. Called again, it makes the control anew. FALSE when the header

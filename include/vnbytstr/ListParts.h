@@ -41,8 +41,8 @@ public:
 
     /// Changes a width while its divider is dragged; redraws nothing. Out of range: ignored.
     virtual void ResizeColumn(int column, int width) = 0;
-    /// Makes the last shown column end at the header control's right edge, for which it must be `width`
-    /// wide; negative: it begins right of that edge.
+    /// Makes the last shown column end at the header control's right edge, for which it must be
+    /// `width` wide; negative: it begins right of that edge.
     virtual void FillLastColumn(int width) = 0;
     /// Columns were resized, so that everything right of `left`, in the list's client area, moved:
     /// redraws that part and moves the open editor.

@@ -31,11 +31,11 @@
 // On Windows VNBYTSTR_PROFILE may be "registry:" with the name of a key: the settings are then
 // values of the registry below that key of the current user ("registry:" alone: vnbytstr in
 // Software), the example above as the text MaxCachePages in the key Options in its key 3. Names and
-// texts are written as in the file, and numbers (REG_DWORD) are read as well; values of other types,
-// and other keys, stay as they are. Sections and values are listed by name. A save counts in one
-// step for this library, also when its process is killed, but other programs may see half of it;
-// they take part in no lock. Names that differ in case alone are told apart. Longer names than the
-// registry has (255 characters in a section's, 16383 in a value's) cannot be saved.
+// texts are written as in the file, and numbers (REG_DWORD) are read as well; values of other
+// types, and other keys, stay as they are. Sections and values are listed by name. A save counts in
+// one step for this library, also when its process is killed, but other programs may see half of
+// it; they take part in no lock. Names that differ in case alone are told apart. Longer names than
+// the registry has (255 characters in a section's, 16383 in a value's) cannot be saved.
 //
 // A file that cannot be read (or is longer than 64 MiB) gives what was read of it last, else the
 // defaults, with a message; it is tried again at every tick, and not written in the meantime. One

@@ -30,7 +30,8 @@ class CellCondition;
 /// (blanks around, a sign, digits with a point, an exponent); cells that are not numbers do not
 /// match. Otherwise texts are compared by the rules of the user's language, as a list sorts them:
 /// without regard to case, kana type and width. Null matches no comparison, "<>" included; a cell
-/// is null if its text stands for null (SetNullText), unless it is said otherwise. The second of several operands may be in double quotes as well, so ="" finds empty cells.
+/// is null if its text stands for null (SetNullText), unless it is said otherwise. The second of
+/// several operands may be in double quotes as well, so ="" finds empty cells.
 ///
 /// Letters of both cases are alike as the ANSI code page pairs them. A condition that is not
 /// complete (">" alone), or compares a number with something else, restricts nothing.
@@ -46,8 +47,8 @@ public:
     void SetCondition(int column, std::string_view typed, bool isNumber = false);
     /// As it was typed; empty without one.
     std::string GetCondition(int column) const;
-    /// False when the column has a condition that restricts nothing: it is not complete, or compares
-    /// a number with something else.
+    /// False when the column has a condition that restricts nothing: it is not complete, or
+    /// compares a number with something else.
     bool IsValid(int column) const;
     /// No condition restricts the rows.
     bool IsEmpty() const { return m_active.empty(); }

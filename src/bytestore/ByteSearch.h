@@ -3,8 +3,8 @@
 // The time is linear in the bytes searched whatever pattern and data are: a filter on two of the
 // pattern's bytes runs as long as it pays, and the two-way algorithm takes over when too much work
 // goes into places that turn out not to match (M. Crochemore, D. Perrin: Two-way string-matching,
-// Journal of the ACM 38(3), 1991). Long patterns begin with a search that skips most of the data, as
-// long as that pays (LongPattern.h).
+// Journal of the ACM 38(3), 1991). Long patterns begin with a search that skips most of the data,
+// as long as that pays (LongPattern.h).
 #pragma once
 
 #include "src/bytestore/LongPattern.h"

@@ -1,5 +1,5 @@
-// The loops of single-byte sets for AVX-512 with VBMI, whose byte permutation looks up 128 entries at
-// once, and VBMI2, which packs the bytes wanted in one instruction.
+// The loops of single-byte sets for AVX-512 with VBMI, whose byte permutation looks up 128 entries
+// at once, and VBMI2, which packs the bytes wanted in one instruction.
 //
 // A test includes this source with VNBYTSTR_SIMULATE_AVX512 defined, to try its logic on a machine
 // without AVX-512.

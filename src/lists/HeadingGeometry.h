@@ -49,13 +49,14 @@ private:
     int m_left;
 };
 
-/// The rectangle of the header at a position from the left; false when it begins right of the control's right edge.
+/// The rectangle of the header at a position from the left; false when it begins right of the
+/// control's right edge.
 using HeadingRects = std::function<bool(int position, HeadingRect& rect)>;
 /// The position whose rectangle holds the point, or -1.
 int HeadingAt(int count, const HeadingRects& rectOf, int x, int y);
-/// The position whose divider is grabbed at `x` in a control of that width, or -1. The last column has
-/// none. Where the zones of two dividers overlap the right one is taken, so that a column dragged to
-/// width 0 can be widened again.
+/// The position whose divider is grabbed at `x` in a control of that width, or -1. The last column
+/// has none. Where the zones of two dividers overlap the right one is taken, so that a column
+/// dragged to width 0 can be widened again.
 int DividerAt(int count, const HeadingRects& rectOf, int width, int x);
 
 /// Where the lines and the text of one header are drawn. A line does not include its last point.

@@ -315,8 +315,8 @@ void CListBoxEx::CloseEditor() {
     UpdateWindow();
 }
 
-/// Before rows or columns change: the parent, which learns that the list has the focus again, cannot
-/// open the next editor yet.
+/// Before rows or columns change: the parent, which learns that the list has the focus again,
+/// cannot open the next editor yet.
 void CListBoxEx::CloseEditorForGood() {
     if (m_pActiveEditor == nullptr)
         return;

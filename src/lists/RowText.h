@@ -34,8 +34,8 @@ std::string_view CellText(std::string_view row, std::string_view separator, int 
 std::string ReplaceCell(std::string_view row, std::string_view separator, int column,
                         std::string_view value);
 
-/// Makes the end of `row` from `from` on one cell: of each separator in it, and of one that its last
-/// bytes would begin, a byte becomes a blank, or '_' where a separator has a blank in it.
+/// Makes the end of `row` from `from` on one cell: of each separator in it, and of one that its
+/// last bytes would begin, a byte becomes a blank, or '_' where a separator has a blank in it.
 void CleanCell(std::string& row, std::size_t from, std::string_view separator);
 
 } // namespace vnbytstr::detail

@@ -7,8 +7,8 @@
 namespace vnbytstr::detail {
 
 /// The lengths (in words) that MultiplyDigitsAvx512 takes. Below the least one the conversion to
-/// digits costs more than is won, above the greatest one Karatsuba's method is faster; measured with
-/// bench_number.
+/// digits costs more than is won, above the greatest one Karatsuba's method is faster; measured
+/// with bench_number.
 inline constexpr std::size_t kLeastDigitProduct = 24;
 inline constexpr std::size_t kMostDigitProduct = 256;
 

@@ -35,8 +35,9 @@ VNBYTSTR_API std::string_view FileNameOf(std::string_view name) noexcept;
 /// name.
 VNBYTSTR_API std::string AsFolderPrefix(std::string_view folder);
 
-/// The file name that the path of a "file:" URI stands for, its escapes resolved: the path itself on
-/// POSIX systems; on Windows without the slashes before a drive, and never another machine's file.
+/// The file name that the path of a "file:" URI stands for, its escapes resolved: the path itself
+/// on POSIX systems; on Windows without the slashes before a drive, and never another machine's
+/// file.
 VNBYTSTR_API std::string NameOfUriPath(std::string_view path);
 
 /// The folder for this user's settings of programs; empty when the environment does not tell. On

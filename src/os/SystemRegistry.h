@@ -1,5 +1,5 @@
-// The part of the seam that Windows alone has: keys below the current user's, which hold named values
-// and further keys. Names and texts are UTF-8; a key's name is a path with backslashes.
+// The part of the seam that Windows alone has: keys below the current user's, which hold named
+// values and further keys. Names and texts are UTF-8; a key's name is a path with backslashes.
 #pragma once
 
 #include "vnbytstr/framework/Export.h"

@@ -1,5 +1,5 @@
-// Unsigned integers of 128 bits: Word128 is the compiler's own type, or TwoWords where it has none (for
-// 32-bit processors, for example).
+// Unsigned integers of 128 bits: Word128 is the compiler's own type, or TwoWords where it has none
+// (for 32-bit processors, for example).
 #pragma once
 
 #include <compare>
@@ -7,8 +7,8 @@
 
 namespace vnbytstr::detail {
 
-/// Counts modulo 2^128, as the compiler's own type does. Shifts are by 0 to 127 places; a divisor is
-/// not 0.
+/// Counts modulo 2^128, as the compiler's own type does. Shifts are by 0 to 127 places; a divisor
+/// is not 0.
 class TwoWords {
 public:
     constexpr TwoWords(std::uint64_t low = 0) noexcept : m_low(low) {}

@@ -21,9 +21,9 @@ std::string EscapeMarks(std::string_view text, ProfileToken token);
 /// Every byte as %XX.
 std::string EscapeAll(std::string_view bytes);
 
-/// The reverse of EncodeProfileText. A '%' without two hexadecimal digits after it stands for itself. `isWhole`, when it
-/// is not null, receives whether the page has every character of the text; the others become what
-/// the page has for missing ones.
+/// The reverse of EncodeProfileText. A '%' without two hexadecimal digits after it stands for
+/// itself. `isWhole`, when it is not null, receives whether the page has every character of the
+/// text; the others become what the page has for missing ones.
 std::string DecodeProfileText(std::string_view text, const CodePage& page, bool* isWhole = nullptr);
 
 } // namespace vnbytstr::detail

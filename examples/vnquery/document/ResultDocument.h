@@ -95,13 +95,13 @@ public:
     /// AcceptReport; deleted rows are shown no longer.
     void Accept(WriteReport&& report);
 
-    /// Passes columns of shown rows on, with their changes: what is seen. What is set to the column's
-    /// default is NULL. May be called on another thread while nothing changes here. Throws what the
-    /// sink throws.
+    /// Passes columns of shown rows on, with their changes: what is seen. What is set to the
+    /// column's default is NULL. May be called on another thread while nothing changes here. Throws
+    /// what the sink throws.
     void PassShownTo(RowSink& sink, std::span<const std::size_t> shownRows,
                      std::span<const std::size_t> columns, Progress& progress) const;
-    /// Summarises a column of those shown rows that are not marked for deletion. The function may be
-    /// called on another thread while the document changes.
+    /// Summarises a column of those shown rows that are not marked for deletion. The function may
+    /// be called on another thread while the document changes.
     std::function<ColumnSummary(Progress&)> PrepareSummary(std::span<const std::size_t> shownRows,
                                                            std::size_t column) const;
 

@@ -11,7 +11,8 @@ namespace vnquery {
 class ResultSet;
 
 /// Rows to the file `name`. All functions, and the writer, throw Failure, with that name in it, and
-/// Interrupted, and OutputClosed where the file is a pipe; without Commit an older file of that name stays unchanged.
+/// Interrupted, and OutputClosed where the file is a pipe; without Commit an older file of that
+/// name stays unchanged.
 class FileExport {
 public:
     FileExport(const std::string& name, const ExportFormat& format,

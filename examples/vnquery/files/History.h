@@ -25,15 +25,16 @@ struct HistoryEntry {
 bool MayHoldSecret(std::string_view sql);
 
 /// An SQLite file, for its owner alone (mode 0600), beside the settings (see Profile.h). Several
-/// processes may use it at once. The functions throw Failure. A file that is damaged is set aside as
-/// <name>.damaged-1 (or the next free number), and a new one begun.
+/// processes may use it at once. The functions throw Failure. A file that is damaged is set aside
+/// as <name>.damaged-1 (or the next free number), and a new one begun.
 class History {
 public:
     /// Longer statements are not kept.
     static constexpr std::size_t kLongest = 65536;
 
-    /// history.sqlite in the folder of the settings, or beside the file that VNBYTSTR_PROFILE names,
-    /// with its name before; "" or /dev/null, which keep nothing, where there are no settings.
+    /// history.sqlite in the folder of the settings, or beside the file that VNBYTSTR_PROFILE
+    /// names, with its name before; "" or /dev/null, which keep nothing, where there are no
+    /// settings.
     static std::string DefaultFile();
 
     /// Keeps the latest `count`.

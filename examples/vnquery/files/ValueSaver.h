@@ -9,8 +9,8 @@ namespace vnquery {
 
 /// Writes a value to a file: a text through an Exporter when `format` has a coded character set,
 /// anything else byte by byte. With `isLastUse` a value in a swap file may be moved instead of
-/// copied, and is empty afterwards. `row` and `column` are for messages. Throws Failure; an older file of that name then stays as it
-/// was.
+/// copied, and is empty afterwards. `row` and `column` are for messages. Throws Failure; an older
+/// file of that name then stays as it was.
 void SaveValue(Value& value, std::size_t row, std::size_t column, const std::string& file,
                const ExportFormat& format, bool isLastUse);
 

@@ -23,8 +23,8 @@ struct CellFormat {
 };
 
 /// The value on one line:
-///  - NULL as the null text; a text that equals it, or the default text, in double quotes, and so is
-///    a text that equals such a quoted one;
+///  - NULL as the null text; a text that equals it, or the default text, in double quotes, and so
+///    is a text that equals such a quoted one;
 ///  - bytes as a placeholder such as <BLOB 26.3 MB>, a text past the limit as <CLOB 35 KB>;
 ///  - in other texts, what a terminal would act on is made visible: \n, \r, \t; \x1B or \u202E for
 ///    other control characters and for marks that change the direction of text; \xFF for a byte

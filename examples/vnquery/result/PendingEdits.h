@@ -126,17 +126,17 @@ struct WriteReport {
 WriteReport CompareEdits(TableWriter& writer, const EditPlan& plan, const ResultSet& result,
                          const PendingEdits& edits, Progress& progress);
 
-/// Where the sample writes cells and rows back: deletes rows, then changes cells, then inserts rows.
-/// What is changed or deleted must still be in the table as it is in the result, the whole row where
-/// it is deleted. The caller commits. Throws Failure, where it can be told as a RowFailure, and
-/// Interrupted.
+/// Where the sample writes cells and rows back: deletes rows, then changes cells, then inserts
+/// rows. What is changed or deleted must still be in the table as it is in the result, the whole
+/// row where it is deleted. The caller commits. Throws Failure, where it can be told as a
+/// RowFailure, and Interrupted.
 WriteReport WriteEdits(TableWriter& writer, const EditPlan& plan, const ResultSet& result,
                        const PendingEdits& edits, Progress& progress);
 
 /// After the commit: puts what was written into the result and removes the edits and all steps.
 /// Edits and deletions in conflict stay, now on top of the table's present values, so that writing
-/// again overwrites them; edits of lost rows are removed. Deleted rows stay in the result: ResultDocument
-/// no longer shows them.
+/// again overwrites them; edits of lost rows are removed. Deleted rows stay in the result:
+/// ResultDocument no longer shows them.
 void AcceptReport(WriteReport&& report, ResultSet& result, PendingEdits& edits);
 
 } // namespace vnquery

@@ -28,8 +28,8 @@ public:
         m_lastRead = Now();
         return lock;
     }
-    /// For work in the background, which one or two threads do: waits for some milliseconds while values
-    /// have just been read, then goes on for as many.
+    /// For work in the background, which one or two threads do: waits for some milliseconds while
+    /// values have just been read, then goes on for as many.
     std::unique_lock<std::mutex> Worker() {
         constexpr auto kPause = std::chrono::microseconds(100);
         constexpr int kMaxPauses = 30;

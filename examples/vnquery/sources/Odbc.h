@@ -1,6 +1,6 @@
-// ODBC's headers, together with the framework's. unixODBC's define the names of some scalar types, too;
-// where these differ, ODBC's are renamed here. The functions used here need neither. Windows' headers
-// take the system's types, as the framework does there.
+// ODBC's headers, together with the framework's. unixODBC's define the names of some scalar types,
+// too; where these differ, ODBC's are renamed here. The functions used here need neither. Windows'
+// headers take the system's types, as the framework does there.
 #pragma once
 
 #include "vnbytstr/ByteStream.h"

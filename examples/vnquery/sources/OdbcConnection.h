@@ -31,9 +31,9 @@ public:
     /// Everything runs in a transaction and is committed only by EndTransaction. With Read the
     /// server itself refuses changes if it can (PostgreSQL, MariaDB, MySQL, Oracle); otherwise the
     /// transaction is only undone. Neither covers what a function of the server does outside of
-    /// its transactions (files, other servers). Write is serializable; Session, which is not, leaves
-    /// that to its writers (see OdbcWriter). Throws Failure, also for Write and Session on a driver
-    /// without transactions.
+    /// its transactions (files, other servers). Write is serializable; Session, which is not,
+    /// leaves that to its writers (see OdbcWriter). Throws Failure, also for Write and Session on a
+    /// driver without transactions.
     OdbcConnection(const std::string& connection, Access access);
     ~OdbcConnection();
     OdbcConnection(const OdbcConnection&) = delete;
@@ -55,8 +55,8 @@ public:
     std::string GetNameQuote() const;
     /// SQL_COMMIT or SQL_ROLLBACK. Throws Failure.
     void EndTransaction(SQLSMALLINT how) const;
-    /// Whether PostgreSQL's driver may fetch the next results in portions, where it does. It gives up
-    /// the whole transaction when a portion fails, or is cancelled.
+    /// Whether PostgreSQL's driver may fetch the next results in portions, where it does. It gives
+    /// up the whole transaction when a portion fails, or is cancelled.
     void AllowPortions(bool isAllowed) const;
     /// Runs a statement without a result; false when it fails.
     bool Run(const std::string& sql) const;

@@ -14,9 +14,9 @@
 namespace vnquery {
 
 /// Runs one query on the server that an ODBC connection string names. Only queries are run, see
-/// FindRefusal and OdbcConnection; within a session any statement. Rows come in blocks, long values in pieces (see OdbcBlock). How
-/// much of the result the driver keeps in memory is up to the driver; see
-/// OdbcConnection::FetchInPortions.
+/// FindRefusal and OdbcConnection; within a session any statement. Rows come in blocks, long values
+/// in pieces (see OdbcBlock). How much of the result the driver keeps in memory is up to the
+/// driver; see OdbcConnection::FetchInPortions.
 class OdbcSource : public RowSource {
 public:
     OdbcSource(const std::string& connection, const std::string& sql,

@@ -57,9 +57,9 @@ std::string NameOf(std::string_view sql, const SqlToken& token);
 /// A byte of words: a letter, digit, _ or $, or one of a character beyond ASCII.
 bool IsWordByte(char ch);
 
-/// The tokens of the text, comments among them, blanks not. A symbol is one byte; a number is digits
-/// only ("1.5" is a number, a symbol and a number); each byte above 0x7F counts as a letter. An open
-/// quote or comment is the last token.
+/// The tokens of the text, comments among them, blanks not. A symbol is one byte; a number is
+/// digits only ("1.5" is a number, a symbol and a number); each byte above 0x7F counts as a letter.
+/// An open quote or comment is the last token.
 std::vector<SqlToken> LexSql(std::string_view sql, const SqlDialect& dialect);
 /// The same as the server usually reads it.
 std::vector<SqlToken> LexSql(std::string_view sql, SqlServer server);

@@ -26,7 +26,8 @@ void BindNumber(sqlite3_stmt* statement, int index, const std::string& text) {
                             SQLITE_UTF8);
 }
 
-/// Whether JSON would take the text for a number: no zeros or plus sign in front, nothing around it.
+/// Whether JSON would take the text for a number: no zeros or plus sign in front, nothing around
+/// it.
 bool LooksLikeNumber(std::string_view text) {
     if (text.starts_with('-'))
         text.remove_prefix(1);

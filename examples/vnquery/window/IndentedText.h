@@ -14,7 +14,8 @@ constexpr DWORD kMaxToIndent = 4 << 20;
 using IndentFault = QString;
 
 /// Numbers, texts and the order of members stay as they are. `indented` becomes a text, or
-/// stays NULL with a fault. Values that would need more than 64 MB are refused. Throws what reading the value throws.
+/// stays NULL with a fault. Values that would need more than 64 MB are refused. Throws what reading
+/// the value throws.
 IndentFault IndentJson(const Value& value, Value& indented);
 /// The same; the document type and comments outside of the root element are left out.
 IndentFault IndentXml(const Value& value, Value& indented);

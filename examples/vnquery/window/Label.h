@@ -8,8 +8,8 @@
 
 namespace vnquery {
 
-/// The text with that id (IDS_VQ_...), as Text gives it. A widget takes its texts again when it gets
-/// QEvent::LanguageChange: all do when the user chooses another language.
+/// The text with that id (IDS_VQ_...), as Text gives it. A widget takes its texts again when it
+/// gets QEvent::LanguageChange: all do when the user chooses another language.
 inline QString Label(UINT id, std::initializer_list<std::string> insertions = {}) {
     const QString text = QString::fromStdString(Text(id, insertions));
     // A sentence that begins with a Latin word or a name runs from right to left nevertheless.

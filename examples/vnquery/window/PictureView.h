@@ -23,8 +23,8 @@ private:
 
 constexpr qint64 kMaxPixels = 64 << 20;
 
-/// A value as a picture, by Qt's plug-ins; a null image when it is not one. `size` is what the picture
-/// says of itself. More than kMaxPixels, and SVG of more than 1 MB, are refused before they
+/// A value as a picture, by Qt's plug-ins; a null image when it is not one. `size` is what the
+/// picture says of itself. More than kMaxPixels, and SVG of more than 1 MB, are refused before they
 /// are read.
 QImage ReadPicture(const Value& value, QSize& size);
 

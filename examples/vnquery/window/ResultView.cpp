@@ -337,7 +337,8 @@ void ResultView::FindNext(bool forward) {
     }
 }
 
-/// Why the cell does not take its text with the found text replaced; nothing where that is not in it.
+/// Why the cell does not take its text with the found text replaced; nothing where that is not in
+/// it.
 std::optional<EditFault> ResultView::ReplaceIn(CellPlace place, NewValue& changed) const {
     constexpr DWORD kLongest = 1 << 20;
     const Value value = m_document.GetValue(place);

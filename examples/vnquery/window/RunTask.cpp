@@ -19,8 +19,8 @@ namespace {
 constexpr auto kShort = std::chrono::milliseconds(150);
 constexpr auto kLookInterval = std::chrono::milliseconds(50);
 
-/// Stays until the work has ended, however the user asks for that: without it the window could be used
-/// while the work uses it.
+/// Stays until the work has ended, however the user asks for that: without it the window could be
+/// used while the work uses it.
 class StayingDialog : public QProgressDialog {
 public:
     using QProgressDialog::QProgressDialog;

@@ -20,8 +20,8 @@ struct SqlPiece {
     int position = 0; ///< in the document
 };
 
-/// A plain text editor that knows SQL: colours, matching brackets, completion (by itself after three
-/// letters or a point, or with Ctrl+Space), errors shown at their place. Tab goes to the next
+/// A plain text editor that knows SQL: colours, matching brackets, completion (by itself after
+/// three letters or a point, or with Ctrl+Space), errors shown at their place. Tab goes to the next
 /// widget; a new line begins below the one before.
 class SqlEditor : public QPlainTextEdit {
     Q_OBJECT
@@ -41,9 +41,9 @@ public:
     };
     /// Each of them is one statement.
     std::vector<SqlPiece> GetPieces(Which which) const;
-    /// Underlines `length` bytes at `offset` of the statement, or the word there when `length` is 0,
-    /// and shows `text` there in a tip, until the text changes. Puts the cursor there. Does nothing
-    /// when the statement no longer stands where it was.
+    /// Underlines `length` bytes at `offset` of the statement, or the word there when `length` is
+    /// 0, and shows `text` there in a tip, until the text changes. Puts the cursor there. Does
+    /// nothing when the statement no longer stands where it was.
     void ShowError(const SqlPiece& piece, std::size_t offset, std::size_t length,
                    const QString& text);
 

@@ -37,7 +37,8 @@ struct PaneValue {
 /// It shows a page at a time and reads no more than that, except to indent (IndentedText.h) and
 /// for a picture. Showing selects nothing and changes nothing. A text is edited where it fits on a
 /// page and an edit field gives back each of its characters; what was typed is a draft until it is
-/// accepted (the button, Ctrl+Enter) and forgotten when another value is shown: ask HasDraft before.
+/// accepted (the button, Ctrl+Enter) and forgotten when another value is shown: ask HasDraft
+/// before.
 class ValuePane : public QWidget {
     Q_OBJECT
 

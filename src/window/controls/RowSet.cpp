@@ -1,4 +1,5 @@
-// 1. A block holds 1 to kBlockRows rows, `count` of them; its bits are null exactly when it is full.
+// 1. A block holds 1 to kBlockRows rows, `count` of them; its bits are null exactly when it is
+// full.
 // 2. m_count is the sum of the blocks' counts.
 #include "src/window/controls/RowSet.h"
 

@@ -1,7 +1,7 @@
 // A window's scroll bars, and what the user does with them as messages.
 //
-// While the thumb is dragged, the bar may stand elsewhere than where its window has put it (SetScroll);
-// afterwards, and when the window does not follow otherwise, it goes back there.
+// While the thumb is dragged, the bar may stand elsewhere than where its window has put it
+// (SetScroll); afterwards, and when the window does not follow otherwise, it goes back there.
 #include "src/window/core/HandInput.h"
 #include "src/window/core/WindowInternal.h"
 #include "src/window/core/WindowWidget.h"

@@ -84,9 +84,9 @@ public:
 /// One window. The pointer is its HWND. DestroyWindow, or the end of its widget, destroys it.
 class Window {
 public:
-    /// Something is being sent. While one exists, no new window stands at the address of a destroyed
-    /// one: a handle that was valid before tells afterwards whether its window still lives. While
-    /// one for a window exists, its control and widget outlive its destruction.
+    /// Something is being sent. While one exists, no new window stands at the address of a
+    /// destroyed one: a handle that was valid before tells afterwards whether its window still
+    /// lives. While one for a window exists, its control and widget outlive its destruction.
     class Busy {
     public:
         explicit Busy(Window* window = nullptr);
