@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace vnquery {
 
@@ -70,7 +71,8 @@ bool& HasLeft();
 template <class Owner>
 void LetEnd(std::unique_ptr<Owner> owner) {
     HasLeft() = true;
-    static_cast<void>(owner.release());
+    static auto& left = *new std::vector<std::unique_ptr<Owner>>; // never destroyed
+    left.push_back(std::move(owner));
 }
 
 } // namespace vnquery
