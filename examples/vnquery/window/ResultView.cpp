@@ -339,15 +339,16 @@ void ResultView::FindNext(bool forward) {
 
 /// Why the cell does not take its text with the found text replaced; nothing where that is not in
 /// it.
-std::optional<EditFault> ResultView::ReplaceIn(CellPlace place, NewValue& changed) const {
+std::optional<EditFault> ResultView::ReplaceIn(CellPlace place, const Replacement& texts,
+                                               NewValue& changed) const {
     constexpr DWORD kLongest = 1 << 20;
     const Value value = m_document.GetValue(place);
     QString text;
     if (value.GetType() != Value::Type::Binary && value.GetLength() <= kLongest)
         text = QString::fromStdString(value.GetBytes());
-    if (!text.contains(m_findText->text(), Qt::CaseInsensitive))
+    if (!text.contains(texts.wanted, Qt::CaseInsensitive))
         return {};
-    text.replace(m_findText->text(), m_replaceText->text(), Qt::CaseInsensitive);
+    text.replace(texts.wanted, texts.with, Qt::CaseInsensitive);
     return ParseText(text.toStdString(), m_document.GetKind(place.second), changed);
 }
 
@@ -356,7 +357,8 @@ void ResultView::Replace() {
     if (m_findText->text().isEmpty() || !RequireEditable(place))
         return;
     NewValue changed;
-    const std::optional<EditFault> fault = ReplaceIn(place, changed);
+    const std::optional<EditFault> fault =
+        ReplaceIn(place, {m_findText->text(), m_replaceText->text()}, changed);
     if (fault == EditFault::None)
         SetCell(place, std::move(changed));
     else if (fault)
@@ -365,8 +367,9 @@ void ResultView::Replace() {
 }
 
 void ResultView::ReplaceAll() {
-    const std::string wanted = m_findText->text().toStdString();
-    if (wanted.empty() || !RequireResult() || !GetList().CellEnter(TRUE))
+    // Copies: the fields belong to this thread.
+    const Replacement texts = {m_findText->text(), m_replaceText->text()};
+    if (texts.wanted.isEmpty() || !RequireResult() || !GetList().CellEnter(TRUE))
         return;
     std::vector<std::pair<CellPlace, NewValue>> changes;
     const Shown shown = GetShown(false);
@@ -376,7 +379,7 @@ void ResultView::ReplaceAll() {
                     const CellPlace place = m_document.PlaceOf(row, column);
                     NewValue changed;
                     if (m_document.GetReadOnlyReason(place) == ReadOnlyReason::None &&
-                        ReplaceIn(place, changed) == EditFault::None)
+                        ReplaceIn(place, texts, changed) == EditFault::None)
                         changes.emplace_back(place, std::move(changed));
                 }
                 progress.AddRow();
@@ -384,8 +387,8 @@ void ResultView::ReplaceAll() {
         }))
         return;
     if (changes.empty())
-        return void(Q_EMIT StatusChanged(Label(IDS_VQ_N_NOT_FOUND, {wanted})));
-    if (!AskYesNo(Label(IDS_VQ_N_Q_REPLACE, {wanted, m_replaceText->text().toStdString(),
+        return void(Q_EMIT StatusChanged(Label(IDS_VQ_N_NOT_FOUND, {texts.wanted.toStdString()})));
+    if (!AskYesNo(Label(IDS_VQ_N_Q_REPLACE, {texts.wanted.toStdString(), texts.with.toStdString(),
                                              GroupDigits(changes.size())})))
         return;
     {

@@ -128,7 +128,12 @@ private:
     };
 
     void Relabel();
-    std::optional<EditFault> ReplaceIn(CellPlace place, NewValue& changed) const;
+    struct Replacement {
+        QString wanted;
+        QString with;
+    };
+    std::optional<EditFault> ReplaceIn(CellPlace place, const Replacement& texts,
+                                       NewValue& changed) const;
     void ShowCellTip(const QPoint& place);
     Shown GetShown(bool selectedOnly);
     bool RequireResult();
