@@ -57,7 +57,10 @@ public:
     constexpr TwoWords& operator-=(TwoWords other) noexcept { return *this = *this - other; }
     constexpr TwoWords& operator*=(TwoWords other) noexcept { return *this = *this * other; }
     constexpr TwoWords& operator<<=(int places) noexcept { return *this = *this << places; }
-    friend constexpr auto operator<=>(const TwoWords&, const TwoWords&) noexcept = default;
+    friend constexpr bool operator==(const TwoWords&, const TwoWords&) noexcept = default;
+    friend constexpr std::strong_ordering operator<=>(TwoWords a, TwoWords b) noexcept {
+        return a.m_high != b.m_high ? a.m_high <=> b.m_high : a.m_low <=> b.m_low;
+    }
 
 private:
     constexpr TwoWords(std::uint64_t high, std::uint64_t low) noexcept : m_high(high), m_low(low) {}
@@ -79,7 +82,7 @@ private:
         return quotient;
     }
 
-    std::uint64_t m_high = 0; // first, since they are compared in this order
+    std::uint64_t m_high = 0;
     std::uint64_t m_low = 0;
 };
 
