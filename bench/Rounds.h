@@ -72,8 +72,13 @@ public:
     }
 
 private:
+    /// All contenders once, in turn from the first and from the last on: who comes after a release of
+    /// much memory may pay for getting it again.
     static void Round(Contest& contest) {
-        for (Contender& contender : contest.contenders) {
+        const std::size_t count = contest.contenders.size();
+        const bool isBackwards = contest.contenders.front().seconds.size() % 2 != 0;
+        for (std::size_t i = 0; i < count; ++i) {
+            Contender& contender = contest.contenders[isBackwards ? count - 1 - i : i];
             if (contender.prepare)
                 contender.prepare();
             const double processor = ProcessorSeconds();
