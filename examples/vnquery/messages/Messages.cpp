@@ -5,6 +5,8 @@
 #include "vnbytstr/ProgramTexts.h"
 
 #include <array>
+#include <mutex>
+#include <shared_mutex>
 
 namespace vnquery {
 
@@ -20,15 +22,20 @@ vnbytstr::ProgramTexts& Texts() {
     return texts;
 }
 
+/// A query that runs may ask for a text while the user chooses another language.
+std::shared_mutex g_loading;
+
 } // namespace
 
 void LoadTexts() {
     vnbytstr::ProgramTexts& texts = Texts();
+    const std::unique_lock lock(g_loading);
     LoadResourceDLL("vnurc");
     texts.Load();
 }
 
 std::string Text(UINT id) {
+    const std::shared_lock lock(g_loading);
     CString text;
     if (Texts().Find(id, text))
         return static_cast<const char*>(text);
@@ -36,6 +43,10 @@ std::string Text(UINT id) {
 }
 
 std::string Text(UINT id, std::initializer_list<std::string> insertions) {
+    return Text(id, std::span(insertions.begin(), insertions.size()));
+}
+
+std::string Text(UINT id, std::span<const std::string> insertions) {
     std::array<const char*, 9> arguments;
     arguments.fill("");
     std::size_t count = 0;
@@ -47,6 +58,9 @@ std::string Text(UINT id, std::initializer_list<std::string> insertions) {
     return static_cast<const char*>(text);
 }
 
-bool AreTextsRightToLeft() { return Texts().IsRightToLeft(); }
+bool AreTextsRightToLeft() {
+    const std::shared_lock lock(g_loading);
+    return Texts().IsRightToLeft();
+}
 
 } // namespace vnquery

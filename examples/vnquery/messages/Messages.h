@@ -6,6 +6,7 @@
 #include "vnbytstr/ByteStream.h"
 
 #include <initializer_list>
+#include <span>
 #include <string>
 
 namespace vnquery {
@@ -14,7 +15,7 @@ namespace vnquery {
 constexpr char kTextLibraries[] = "vnquery";
 
 /// Loads the texts of the library and of the program in the interface's language. The first Text
-/// does so too; after that, Text may be called from every thread, but not during another LoadTexts.
+/// does so too; after that, Text may be called from every thread.
 void LoadTexts();
 
 /// Where a message text is chosen: the program's text with that id (IDS_VQ_...), in UTF-8, in the
@@ -22,6 +23,7 @@ void LoadTexts();
 std::string Text(UINT id);
 /// The same with %1 to %9 replaced by the insertions.
 std::string Text(UINT id, std::initializer_list<std::string> insertions);
+std::string Text(UINT id, std::span<const std::string> insertions);
 
 /// Whether the texts run from right to left.
 bool AreTextsRightToLeft();

@@ -1,4 +1,5 @@
 // What vnquery prints, and that values are right whatever way they came in.
+#include "examples/vnquery/messages/Messages.h"
 #include "tests/vnquery/ProgramRun.h"
 
 #include <array>
@@ -237,6 +238,17 @@ TEST_F(Display, HelpAndVersion) {
         }
     }
     setenv("LC_ALL", "C.UTF-8", 1);
+}
+
+/// A query may fail while the user chooses another language.
+TEST(Messages, TextsAreReadWhileTheyAreLoadedAnew) {
+    LoadTexts();
+    std::jthread reader([](const std::stop_token& stop) {
+        while (!stop.stop_requested())
+            EXPECT_EQ(Text(IDS_VQ_APP), "vnquery");
+    });
+    for (int i = 0; i < 50; ++i)
+        LoadTexts();
 }
 
 } // namespace
