@@ -1,5 +1,6 @@
 #include "vnquery/sources/Connection.h"
 
+#include "vnquery/result/AsciiUpper.h"
 #include "vnquery/sources/ConnectionText.h"
 #include "vnquery/sources/OdbcConnection.h"
 #include "vnquery/sources/OdbcSource.h"
@@ -10,10 +11,32 @@
 
 #include <sqlite3.h>
 
+#include <filesystem>
+#include <map>
+
 namespace vnquery {
 
 std::string Connection::GetDisplayName() const {
     return !file.empty() ? file : HidePasswords(dataSource);
+}
+
+std::string Connection::GetShortName() const {
+    if (!name.empty() || !file.empty())
+        return !name.empty() ? name : std::filesystem::path(file).filename().string();
+    std::map<std::string, std::string> keys; // the first one of each counts
+    for (const auto& [key, value] : ParseConnection(HidePasswords(dataSource)))
+        keys.emplace(ToUpper(key), value);
+    const auto find = [&](std::initializer_list<const char*> names) {
+        for (const char* each : names)
+            if (const auto found = keys.find(each); found != keys.end() && !found->second.empty())
+                return found->second;
+        return std::string();
+    };
+    const std::string database = find({"DATABASE", "DB"});
+    const std::string server = find({"SERVER", "SERVERNAME", "HOST", "DSN", "FILEDSN"});
+    if (database.empty() || server.empty())
+        return database.empty() && server.empty() ? GetDisplayName() : database + server;
+    return database + " (" + server + ")";
 }
 
 SqlServer FindServer(const Connection& connection) {

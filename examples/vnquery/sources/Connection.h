@@ -15,11 +15,15 @@ class TableWriter;
 struct Connection {
     std::string file;       ///< SQLite; "" when there is a data source
     std::string dataSource; ///< ODBC connection string
+    std::string name = {};  ///< under which it is saved; "" otherwise
 
     bool operator==(const Connection&) const = default;
     bool IsEmpty() const { return file.empty() && dataSource.empty(); }
     /// For display: the file, or the connection string without its password.
     std::string GetDisplayName() const;
+    /// For a tab: the name under which it is saved, the file without its folder, or the database
+    /// and the server. No password is in it.
+    std::string GetShortName() const;
 };
 
 /// Opens the connection to find out how SQL text is read there. Throws Failure.

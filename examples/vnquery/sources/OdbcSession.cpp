@@ -9,6 +9,8 @@
 #include "vnquery/sources/QueryGuard.h"
 #include "vnquery/tasks/Failure.h"
 
+#include <utility>
+
 namespace vnquery {
 
 OdbcSession::OdbcSession(const Connection& connection)
@@ -49,11 +51,20 @@ void OdbcSession::EndAll() noexcept {
         m_open->EndTransaction(SQL_ROLLBACK);
     } catch (...) { // a lost connection
     }
-    m_hasChanges = false;
+    SetUndone();
+}
+
+/// What runs is final, and so is all before it. Most servers have committed it themselves.
+void OdbcSession::CommitAll() noexcept {
+    m_hasChanges = m_isChanged = m_hasSavepoint = false;
+    try {
+        m_open->EndTransaction(SQL_COMMIT);
+    } catch (...) { // a lost connection
+    }
 }
 
 void OdbcSession::UndoUse() noexcept {
-    m_isChanged = false;
+    m_isChanged = m_isFinal = false;
     if (!m_hasChanges || (m_hasSavepoint && !m_open->Run("ROLLBACK TO SAVEPOINT vnquery_use")))
         EndAll();
 }
@@ -61,15 +72,20 @@ void OdbcSession::UndoUse() noexcept {
 std::unique_ptr<RowSource> OdbcSession::DoRun(LeasePointer lease, const std::string& sql,
                                               SourceUse use, const Parameters& parameters) {
     BeginUse();
+    const SqlText text(sql, GetServer(), parameters, true);
+    const bool isFinal = CommitsByItself(text.Get(), GetServer());
     try {
         auto source = std::make_unique<OdbcSource>(m_open, lease, sql, use, parameters);
-        const SqlText text(sql, GetServer(), parameters, true);
         m_isChanged = FindRefusal(text.Get(), GetServer()).has_value();
-        if (CommitsByItself(text.Get(), GetServer()))
-            m_hasChanges = m_isChanged = m_hasSavepoint = false;
+        m_isFinal = isFinal;
+        if (isFinal && source->GetColumns().empty())
+            DoCommit();
         return source;
     } catch (...) {
-        UndoUse();
+        if (isFinal && GetServer() == SqlServer::MySql)
+            CommitAll(); // which the server does before such a statement
+        else
+            UndoUse();
         throw;
     }
 }
@@ -89,24 +105,26 @@ void OdbcSession::DoCommit() {
 
 void OdbcSession::DoRollBack() {
     m_isChanged = m_hasSavepoint = false;
-    m_hasChanges = false;
+    SetUndone();
     m_open->EndTransaction(SQL_ROLLBACK);
 }
 
 void OdbcSession::EndUse() noexcept {
+    if (std::exchange(m_isFinal, false))
+        return CommitAll();
+    bool isChanged = m_hasChanges || m_isChanged;
     if (GetServer() == SqlServer::PostgreSql) {
         // Also what a function changed; and rows may have failed to arrive.
-        std::optional<bool> isChanged = AskForChanges();
-        if (!isChanged && m_hasSavepoint && m_open->Run("ROLLBACK TO SAVEPOINT vnquery_use"))
-            isChanged = AskForChanges();
-        m_hasChanges = isChanged.value_or(false);
-    } else {
-        m_hasChanges = m_hasChanges || m_isChanged;
+        std::optional<bool> answer = AskForChanges();
+        if (!answer && m_hasSavepoint && m_open->Run("ROLLBACK TO SAVEPOINT vnquery_use"))
+            answer = AskForChanges();
+        isChanged = answer.value_or(false);
     }
-    if (!m_hasChanges)
+    if (!isChanged)
         EndAll();
     else if (m_hasSavepoint)
         m_open->Run("RELEASE SAVEPOINT vnquery_use");
+    m_hasChanges = isChanged;
     m_isChanged = m_hasSavepoint = false;
 }
 

@@ -28,12 +28,14 @@ private:
     OdbcSession(const Connection& connection, std::shared_ptr<OdbcConnection> open);
     void BeginUse();
     void EndAll() noexcept;
+    void CommitAll() noexcept;
     std::optional<bool> AskForChanges() const noexcept;
 
     std::shared_ptr<OdbcConnection> m_open;
     // Of the present use:
     bool m_hasSavepoint = false;
     bool m_isChanged = false;
+    bool m_isFinal = false; ///< see CommitsByItself
 };
 
 } // namespace vnquery

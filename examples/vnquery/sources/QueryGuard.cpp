@@ -202,8 +202,12 @@ bool CommitsByItself(std::string_view sql, SqlServer server) {
     const Token first = FirstWord(tokens);
     if (server == SqlServer::Sqlite)
         return first == "VACUUM";
-    const bool isTemporary = tokens.size() > 1 && tokens[1] == "TEMPORARY";
-    return server != SqlServer::PostgreSql && !isTemporary && IsOneOf(kWords, first);
+    const Token second = tokens.size() > 1 ? tokens[1] : Token();
+    if (server == SqlServer::MySql && // what is executed may be any of them
+        (first == "EXECUTE" || first == "IMPORT" || (first == "SET" && second == "PASSWORD") ||
+         (first == "LOAD" && second == "INDEX")))
+        return true;
+    return server != SqlServer::PostgreSql && second != "TEMPORARY" && IsOneOf(kWords, first);
 }
 
 bool CountsRows(std::string_view sql, SqlServer server) {

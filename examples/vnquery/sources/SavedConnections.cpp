@@ -29,10 +29,10 @@ std::optional<SavedConnection> FindSavedConnection(const std::string& name) {
     const CString kept = VNGetProfileString(kRoot, kSection, name.c_str(), "");
     const std::string text = static_cast<const char*>(kept);
     if (text.starts_with(kFile))
-        return SavedConnection{{text.substr(kFile.size()), {}}, false};
+        return SavedConnection{{text.substr(kFile.size()), {}, name}, false};
     for (const std::string_view kind : {kOdbc, kOdbcWithPassword})
         if (text.starts_with(kind))
-            return SavedConnection{{{}, text.substr(kind.size())}, kind == kOdbcWithPassword};
+            return SavedConnection{{{}, text.substr(kind.size()), name}, kind == kOdbcWithPassword};
     return {};
 }
 

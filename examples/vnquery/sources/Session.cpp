@@ -21,13 +21,13 @@ Session::Lease::~Lease() { m_session->EndUse(); }
 /// Calls `action` with a lease; adds to a Failure that the whole transaction is undone.
 template <class Action>
 auto Session::Use(Action&& action) {
-    bool had = false;
+    unsigned undone = 0;
     try {
         const auto lease = std::make_shared<Lease>(*this);
-        had = m_hasChanges;
+        undone = m_undoneCount;
         return action(lease);
     } catch (const Failure& failure) {
-        if (!had || m_hasChanges)
+        if (m_undoneCount == undone)
             throw;
         throw Failure(failure.Code(), failure.what() + (" " + Text(IDS_VQ_S_ALL_UNDONE)),
                       failure.GetPlace());

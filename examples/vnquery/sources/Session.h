@@ -54,6 +54,9 @@ public:
     void RollBack();
     /// Whether something is not committed. May be called while another thread uses the session.
     bool HasChanges() const { return m_hasChanges; }
+    /// How many transactions with changes have been undone, by RollBack or by the database: what
+    /// was read in them may not be there. May be called as HasChanges.
+    unsigned GetUndoneCount() const { return m_undoneCount; }
 
     /// The use of the session by a source or a writer.
     class Lease {
@@ -79,8 +82,13 @@ protected:
     virtual std::unique_ptr<TableWriter> DoOpenWriter(LeasePointer lease, const EditPlan& plan) = 0;
     virtual void DoCommit() = 0;
     virtual void DoRollBack() = 0;
-    /// Sets m_hasChanges to what the database says. Throws nothing.
+    /// Sets m_hasChanges to what the database says, and counts what it has undone. Throws nothing.
     virtual void EndUse() noexcept = 0;
+    /// The database has no open transaction any more, and has not committed it.
+    void SetUndone() noexcept {
+        if (m_hasChanges.exchange(false))
+            ++m_undoneCount;
+    }
 
     std::atomic<bool> m_hasChanges = false;
 
@@ -90,6 +98,7 @@ private:
 
     Connection m_connection;
     SqlServer m_server;
+    std::atomic<unsigned> m_undoneCount = 0;
     std::timed_mutex m_mutex;
 };
 

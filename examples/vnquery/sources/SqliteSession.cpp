@@ -55,6 +55,7 @@ void SqliteSession::ForgetChanges() {
 void SqliteSession::DoCommit() {
     if (IsOpen())
         m_database->Run("COMMIT", Text(IDS_VQ_CANNOT_COMMIT));
+    m_hasChanges = false;
 }
 
 void SqliteSession::DoRollBack() {
@@ -67,7 +68,10 @@ void SqliteSession::EndUse() noexcept {
     const long long changes = sqlite3_total_changes64(m_database->Get());
     if (IsOpen() && !m_hasChanges && !m_isKept && changes == m_changesBefore)
         sqlite3_exec(m_database->Get(), "ROLLBACK", nullptr, nullptr, nullptr);
-    m_hasChanges = IsOpen();
+    if (IsOpen())
+        m_hasChanges = true;
+    else
+        SetUndone();
     m_isKept = false;
     m_changesBefore = changes;
 }

@@ -1,5 +1,5 @@
 // Writing cells back to a server. postgres_test.sh makes the table and names the server in
-// VNQUERY_ODBC; without it these tests are skipped.
+// VNQUERY_ODBC, mariadb_test.sh in VNQUERY_MARIADB; without them these tests are skipped.
 #include "examples/vnquery/sources/Session.h"
 #include "examples/vnquery/tasks/Failure.h"
 
@@ -143,7 +143,9 @@ TEST_F(OdbcSessionTest, ChangesAreCommittedOrNot) {
     EXPECT_EQ(Run("create table more(a int)"), "");
     EXPECT_EQ(Run("insert into kept values (7, 'x'), (8, 'y') returning a"), "7+2");
     EXPECT_EQ(Seen(), "3");
+    EXPECT_EQ(m_session->GetUndoneCount(), 0u);
     m_session->RollBack();
+    EXPECT_EQ(m_session->GetUndoneCount(), 1u);
     EXPECT_EQ(Run("select count(*) from kept"), "3");
     EXPECT_EQ(Run("insert into kept select i, 'g' from generate_series(10, 3009) i"), "+3000");
     EXPECT_EQ(Run("select count(*) from kept"), "3003");
@@ -154,9 +156,16 @@ TEST_F(OdbcSessionTest, ChangesAreCommittedOrNot) {
     EXPECT_TRUE(m_session->HasChanges());
     m_session->Commit();
     EXPECT_EQ(Seen(), "2");
+    EXPECT_EQ(m_session->GetUndoneCount(), 2u);
     Run("delete from kept");
     m_session.reset();
     EXPECT_EQ(Seen(), "2");
+    m_session = OpenSession(m_connection);
+    Run("delete from kept");
+    // The server ends the session, and with it the transaction.
+    Seen("select pg_terminate_backend(pid) from pg_stat_activity where state like 'idle in%'");
+    EXPECT_NE(FailureOf("select 1").find("not committed"), std::string::npos);
+    EXPECT_EQ(m_session->GetUndoneCount(), 1u);
 }
 
 /// A failure leaves what was changed before, also one that comes between the rows.
@@ -222,6 +231,85 @@ TEST_F(OdbcSessionTest, EditsBelongToTheTransaction) {
     EXPECT_EQ(Seen("select count(*) from kept where b in ('edited', 'mine')"), "0");
     m_session->Commit();
     EXPECT_EQ(Seen("select count(*) from kept where b in ('edited', 'mine')"), "2");
+}
+
+/// MariaDB commits definitions by itself, and with them what was changed before.
+class MariaDbSessionTest : public testing::Test {
+protected:
+    void SetUp() override {
+        const char* const text = std::getenv("VNQUERY_MARIADB");
+        if (!text)
+            GTEST_SKIP() << "VNQUERY_MARIADB is not set";
+        m_connection = {"", text};
+        m_session = OpenSession(m_connection);
+        Run("delete from kept");
+        Run("insert into kept values (1, 'a'), (2, 'b')");
+        m_session->Commit();
+    }
+    std::string Run(const std::string& sql, const Parameters& parameters = {}) {
+        const auto source = m_session->Run(sql, SourceUse::Editing, parameters);
+        const test::Rows rows = test::Collect(*source);
+        return rows.empty() ? "" : rows[0][0].bytes;
+    }
+    std::string FailureOf(const std::string& sql) {
+        try {
+            return "no failure but " + Run(sql);
+        } catch (const Failure& failure) {
+            return failure.what();
+        }
+    }
+    std::string Seen(const std::string& sql = "select group_concat(b order by a) from kept") {
+        const auto source = OpenSource(m_connection, sql, SourceUse::ReadOnly);
+        return test::Collect(*source).at(0)[0].bytes;
+    }
+    Connection m_connection;
+    std::shared_ptr<Session> m_session;
+};
+
+TEST_F(MariaDbSessionTest, ChangesAreCommittedOrNot) {
+    ASSERT_EQ(m_session->GetServer(), SqlServer::MySql);
+    Run("update kept set b = :v where a = 1", {{{"v", "it's"}}, {}});
+    EXPECT_EQ(Run("select b from kept where a = 1"), "it's");
+    EXPECT_TRUE(m_session->HasChanges());
+    EXPECT_NE(FailureOf("insert into kept values (2, 'again')").find("Duplicate"),
+              std::string::npos);
+    EXPECT_TRUE(m_session->HasChanges());
+    EXPECT_NE(FailureOf("commit").find("not run"), std::string::npos);
+    EXPECT_EQ(Seen(), "a,b");
+    m_session->RollBack();
+    EXPECT_EQ(m_session->GetUndoneCount(), 1u);
+    EXPECT_EQ(Run("select b from kept where a = 1"), "a");
+}
+
+TEST_F(MariaDbSessionTest, DefinitionsAreFinalWithWhatWasBefore) {
+    const Parameters parameters{{}, {{"WHAT", "create table more(a int)"}}};
+    Run("drop table if exists more");
+    Run("update kept set b = 'x' where a = 1");
+    EXPECT_TRUE(m_session->HasChanges());
+    Run("&what", parameters);
+    EXPECT_FALSE(m_session->HasChanges());
+    EXPECT_EQ(Seen(), "x,b");
+    EXPECT_EQ(Seen("select count(*) from more"), "0");
+    // Also one that fails, which is then not said to have been undone.
+    Run("update kept set b = 'y' where a = 1");
+    const std::string message = FailureOf("create table more(a int)");
+    EXPECT_NE(message.find("already exists"), std::string::npos) << message;
+    EXPECT_EQ(message.find("not committed"), std::string::npos) << message;
+    EXPECT_EQ(Seen(), "y,b");
+    // What runs without being seen through is final, too, and rows of such a statement come.
+    Run("update kept set b = 'z' where a = 1");
+    EXPECT_EQ(Run("check table kept"), "films.kept");
+    EXPECT_EQ(Seen(), "z,b");
+    Run("update kept set b = 'w' where a = 1");
+    Run("create or replace temporary table t(a int)");
+    EXPECT_FALSE(m_session->HasChanges());
+    EXPECT_EQ(Seen(), "w,b");
+    // A temporary table leaves the transaction open.
+    Run("update kept set b = 'v' where a = 1");
+    Run("drop temporary table t");
+    EXPECT_TRUE(m_session->HasChanges());
+    EXPECT_EQ(Seen(), "w,b");
+    EXPECT_EQ(m_session->GetUndoneCount(), 0u);
 }
 
 } // namespace

@@ -120,6 +120,38 @@ TEST(SessionGuard, WhatEndsTransactions) {
     EXPECT_TRUE(CommitsByItself("drop table t", SqlServer::Other));
 }
 
+/// What is asked before it runs is the text with the variables in it, as each server reads it.
+TEST(SessionGuard, VariablesAreLookedAtWithTheStatement) {
+    const struct {
+        const char* sql;
+        const char* variable; ///< of &X
+        bool mySql;           ///< whether it commits there
+        bool postgreSqlRuns;  ///< in the transaction; else it is refused
+    } kCases[] = {{"&x table t", "drop", true, true},
+                  {"&X", "create table t(a int)", true, true},
+                  {"&X t", "/* */ truncate -- \n table", true, true},
+                  {"&X", "select 'drop table t'", false, true},
+                  {"&X", "drop temporary table t", false, true},
+                  {"&X", "set password = 'x'", true, true},
+                  {"&X", "execute immediate 'drop table t'", true, true},
+                  {"select '&X'", "drop table t", false, true},
+                  {"select &X", "1; drop table t", false, false},
+                  {"&X", "commit", false, false},
+                  {"# ' \n&X", "drop table t", true, true}}; // for PostgreSQL it is quoted
+    for (const auto& [sql, variable, mySql, postgreSqlRuns] : kCases) {
+        const Parameters parameters{{}, {{"X", variable}}};
+        const auto text = [&](SqlServer server) {
+            return SqlText(sql, server, parameters, true).Get();
+        };
+        const std::string message = std::string(sql) + " with " + variable;
+        EXPECT_EQ(CommitsByItself(text(SqlServer::MySql), SqlServer::MySql), mySql) << message;
+        const std::string postgreSql = text(SqlServer::PostgreSql);
+        EXPECT_FALSE(CommitsByItself(postgreSql, SqlServer::PostgreSql)) << message;
+        EXPECT_EQ(!FindSessionRefusal(postgreSql, SqlServer::PostgreSql), postgreSqlRuns)
+            << message;
+    }
+}
+
 TEST(ErrorPlace, AsTheServersSayIt) {
     const std::string sql = "select '\xC3\xA4', nothing\nfrm t where x = 'y'";
     EXPECT_EQ(FindErrorPlace("ERROR: no column at character 13", sql), 13u);

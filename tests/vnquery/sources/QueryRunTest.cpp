@@ -107,5 +107,19 @@ TEST(ConnectionTest, PasswordsAreNotShown) {
     EXPECT_EQ((Connection{"f.sqlite", ""}.GetDisplayName()), "f.sqlite");
 }
 
+TEST(ConnectionTest, ShortNames) {
+    const std::pair<Connection, const char*> kCases[] = {
+        {{"/tmp/f.sqlite", ""}, "f.sqlite"},
+        {{"/tmp/f.sqlite", "", "Films"}, "Films"},
+        {{"", "Driver={X};Server=db1;PORT=1;database=films;UID=me;PWD=secret"}, "films (db1)"},
+        {{"", "Driver={X};Server=db1;PWD=secret"}, "db1"},
+        {{"", "DSN={my films};PWD=secret"}, "my films"},
+        {{"", "DSN=films;Database=b"}, "b (films)"},
+        {{"", "Driver=X;PWD={a}};Database=secret};Server=s"}, "s"},
+        {{"", "PWD=secret"}, "PWD=***"}};
+    for (const auto& [connection, name] : kCases)
+        EXPECT_EQ(connection.GetShortName(), name) << connection.dataSource;
+}
+
 } // namespace
 } // namespace vnquery

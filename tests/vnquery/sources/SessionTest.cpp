@@ -68,14 +68,19 @@ TEST_F(SessionTest, ChangesAreSeenAndCommittedOrNot) {
     EXPECT_EQ(Run("with x as (select 3 as i) delete from t where id in x"), "+1");
     EXPECT_EQ(Seen(), "abc");
     EXPECT_EQ(Seen("insert into t(v) values ('x')"), "database is locked");
+    EXPECT_EQ(m_session->GetUndoneCount(), 0u);
     m_session->RollBack();
     EXPECT_FALSE(m_session->HasChanges());
+    EXPECT_EQ(m_session->GetUndoneCount(), 1u);
+    m_session->RollBack(); // there is nothing
+    EXPECT_EQ(m_session->GetUndoneCount(), 1u);
     EXPECT_EQ(Run("select count(*) from sqlite_schema where name = 'u'"), "0");
     EXPECT_EQ(Run("pragma user_version"), "0");
 
     Run("update t set v = 'z' where id = 1");
     m_session->Commit();
     EXPECT_FALSE(m_session->HasChanges());
+    EXPECT_EQ(m_session->GetUndoneCount(), 1u);
     EXPECT_EQ(Seen(), "zbc");
     Run("delete from t");
     m_session.reset();
@@ -134,9 +139,15 @@ TEST_F(SessionTest, WhatTheDatabaseUndoesIsSaid) {
     Run("delete from t where id = 1");
     EXPECT_EQ(FailureOf("insert into t values (2, 'x')").find("not committed"), std::string::npos);
     EXPECT_TRUE(m_session->HasChanges());
+    EXPECT_EQ(m_session->GetUndoneCount(), 0u);
     EXPECT_NE(FailureOf("insert or rollback into t values (2, 'x')").find("not committed"),
               std::string::npos);
     EXPECT_FALSE(m_session->HasChanges());
+    EXPECT_EQ(m_session->GetUndoneCount(), 1u);
+    // Nor does it go unnoticed when it happens while rows are fetched.
+    Run("delete from t where id = 1");
+    FailureOf("insert or rollback into t values (2, 'x') returning id");
+    EXPECT_EQ(m_session->GetUndoneCount(), 2u);
     EXPECT_EQ(Run("select count(*) from t"), "3");
 }
 
