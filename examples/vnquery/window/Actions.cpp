@@ -1,8 +1,8 @@
 #include "vnquery/window/Actions.h"
 
-#include "vnquery/messages/HelpPages.h"
 #include "vnquery/messages/MessageIds.h"
 #include "vnquery/window/ConnectionPage.h"
+#include "vnquery/window/Help.h"
 #include "vnquery/window/MainWindow.h"
 #include "vnquery/window/ResultView.h"
 
@@ -108,7 +108,7 @@ constexpr ActionEntry kOptions[] = {
     {IDS_VQ_M_GLOBALS, [](Window& w) { w.EditVariables(); }, 0, "Ctrl+G"}};
 
 constexpr ActionEntry kHelp[] = {
-    {IDS_VQ_M_CONTENTS, [](Window&) { OpenHelpPage(kHelpContents); }, 0, "F1"},
+    {IDS_VQ_M_CONTENTS, [](Window& w) { ShowHelp(&w, kHelpContents); }, 0, "F1"},
     {IDS_VQ_M_ABOUT, [](Window& w) { w.ShowAbout(); }}};
 
 constexpr MenuEntry kMenus[] = {{IDS_VQ_M_FILE, kFile},     {IDS_VQ_M_QUERY, kQuery},

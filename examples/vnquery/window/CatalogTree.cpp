@@ -1,6 +1,7 @@
 #include "vnquery/window/CatalogTree.h"
 
 #include "vnquery/window/Icons.h"
+#include "vnquery/window/IsolatingDelegate.h"
 #include "vnquery/window/Label.h"
 
 #include <QContextMenuEvent>
@@ -94,6 +95,7 @@ CatalogTree::CatalogTree(QWidget* parent)
     m_found->setRecursiveFilteringEnabled(true);
     m_found->setAutoAcceptChildRows(true);
     m_view->setModel(m_found);
+    m_view->setItemDelegate(new IsolatingDelegate(m_view));
     m_view->setHeaderHidden(true);
     m_view->setUniformRowHeights(true);
     m_view->setExpandsOnDoubleClick(false);

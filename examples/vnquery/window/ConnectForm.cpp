@@ -4,7 +4,7 @@
 #include "vnquery/sources/ConnectionText.h"
 #include "vnquery/sources/DataSources.h"
 #include "vnquery/sources/SavedConnections.h"
-#include "vnquery/window/Guard.h"
+#include "vnquery/window/Help.h"
 #include "vnquery/window/KeptPassword.h"
 #include "vnquery/window/Label.h"
 #include "vnquery/window/RunTask.h"
@@ -213,6 +213,16 @@ void ConnectForm::SetConnection(const Connection& connection) {
 }
 
 Connection ConnectForm::GetConnection() const {
+    Connection connection = ReadFields();
+    const std::string name = m_saved->currentText().trimmed().toStdString();
+    const std::optional<SavedConnection> saved = FindSavedConnection(name);
+    if (saved && saved->connection.file == connection.file &&
+        saved->connection.dataSource == RemovePasswords(connection.dataSource))
+        connection.name = name;
+    return connection;
+}
+
+Connection ConnectForm::ReadFields() const {
     const int kind = m_kind->currentIndex();
     if (kind == kFile)
         return {TextOf(m_file), {}};
@@ -239,11 +249,6 @@ Connection ConnectForm::GetConnection() const {
         add("UID", m_user->text().toStdString());
     add(kPassword, m_password->text().toStdString());
     return {{}, before + MakeConnection(keys) + after};
-}
-
-std::string ConnectForm::GetName() const {
-    const std::string name = m_saved->currentText().trimmed().toStdString();
-    return FindSavedConnection(name) ? name : std::string();
 }
 
 void ConnectForm::TakePassword() {

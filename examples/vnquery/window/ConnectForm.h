@@ -30,9 +30,8 @@ public:
     explicit ConnectForm(QWidget* parent = nullptr);
 
     void SetConnection(const Connection& connection);
+    /// With its name, where it is saved as it is.
     Connection GetConnection() const;
-    /// The saved connection's name; "" for one that is not saved.
-    std::string GetName() const;
 
     void accept() override;
 
@@ -40,6 +39,7 @@ private:
     enum Kind { kFile, kServer, kSource, kString };
 
     void Build();
+    Connection ReadFields() const;
     void ShowKind();
     void FillSaved();
     void ShowSaved();

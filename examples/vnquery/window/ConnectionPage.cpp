@@ -1,7 +1,6 @@
 #include "vnquery/window/ConnectionPage.h"
 
 #include "vnquery/result/CellText.h"
-#include "vnquery/sources/ConnectionText.h"
 #include "vnquery/window/Guard.h"
 #include "vnquery/window/Label.h"
 #include "vnquery/window/ParametersDialog.h"
@@ -13,7 +12,6 @@
 
 #include <QDateTime>
 #include <QEvent>
-#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QMessageBox>
 #include <QVBoxLayout>
@@ -58,11 +56,23 @@ ConnectionPage::ConnectionPage(const Connection& connection, SqlServer server, Q
     red.setColor(QPalette::WindowText, Qt::white);
     m_bar->setPalette(red);
 
+    m_outdated = new QWidget(this);
+    m_outdated->setObjectName("outdated");
+    m_outdatedText = new QLabel(m_outdated);
+    m_outdatedText->setWordWrap(true);
+    m_refresh = new QPushButton(m_outdated);
+    auto* const outdatedLayout = new QHBoxLayout(m_outdated);
+    outdatedLayout->setContentsMargins(6, 2, 6, 2);
+    outdatedLayout->addWidget(m_outdatedText, 1);
+    outdatedLayout->addWidget(m_refresh);
+    m_outdated->hide();
+
     auto* const lower = new QWidget(this);
     auto* const lowerLayout = new QVBoxLayout(lower);
     lowerLayout->setContentsMargins(0, 0, 0, 0);
     lowerLayout->setSpacing(0);
     lowerLayout->addWidget(m_failure);
+    lowerLayout->addWidget(m_outdated);
     lowerLayout->addWidget(m_result, 1);
     m_splitter = new QSplitter(Qt::Vertical, this);
     m_splitter->addWidget(m_editor);
@@ -79,9 +89,11 @@ ConnectionPage::ConnectionPage(const Connection& connection, SqlServer server, Q
 
     connect(m_commit, &QPushButton::clicked, this, &ConnectionPage::Commit);
     connect(m_rollBack, &QPushButton::clicked, this, &ConnectionPage::RollBack);
+    connect(m_refresh, &QPushButton::clicked, this, &ConnectionPage::Refresh);
     connect(m_result, &ResultView::StatusChanged, this, &ConnectionPage::StatusChanged);
     connect(m_result, &ResultView::Changed, this, [this] {
         ShowTransaction(); // rows may have been written
+        LookForUndone();
         Q_EMIT Changed();
     });
     connect(&m_timer, &QTimer::timeout, this, [this] { Guard(this, [this] { Follow(); }); });
@@ -95,6 +107,8 @@ void ConnectionPage::Relabel() {
     m_barText->setText(Label(IDS_VQ_N_CHANGES_ON));
     m_commit->setText(Label(IDS_VQ_N_COMMIT));
     m_rollBack->setText(Label(IDS_VQ_N_ROLL_BACK));
+    m_outdatedText->setText(Label(IDS_VQ_N_OUTDATED));
+    m_refresh->setText(PlainLabel(IDS_VQ_C_REFRESH));
 }
 
 void ConnectionPage::changeEvent(QEvent* event) {
@@ -105,15 +119,7 @@ void ConnectionPage::changeEvent(QEvent* event) {
 
 QString ConnectionPage::GetTitle() const {
     const bool isChanged = HasUncommitted() || !m_result->GetDocument().GetEdits().IsEmpty();
-    QString name = QFileInfo(QString::fromStdString(m_connection.file)).fileName();
-    if (m_connection.file.empty())
-        name = QString::fromStdString(m_connection.GetDisplayName()).left(40);
-    for (const auto& [key, value] : ParseConnection(m_connection.dataSource)) {
-        const QString part = QString::fromStdString(key);
-        if (part.compare("DSN", Qt::CaseInsensitive) == 0 ||
-            part.compare("Database", Qt::CaseInsensitive) == 0)
-            name = QString::fromStdString(value);
-    }
+    const QString name = QString::fromStdString(m_connection.GetShortName());
     return name + (isChanged ? " *" : "");
 }
 
@@ -136,7 +142,6 @@ void ConnectionPage::Run(std::vector<SqlPiece> pieces) {
     }
     m_failure->hide();
     m_waiting.assign(pieces.begin(), pieces.end());
-    m_isStopping = false;
     Start();
 }
 
@@ -165,6 +170,8 @@ bool ConnectionPage::FillParameters(const std::string& sql, Parameters& paramete
 
 /// Starts the next statement.
 void ConnectionPage::Start() {
+    // The library reads its settings once per process: on this thread.
+    static_cast<void>(CByteStream().GetLength());
     m_running = std::move(m_waiting.front());
     m_waiting.pop_front();
     m_parameters = {};
@@ -179,13 +186,17 @@ void ConnectionPage::Start() {
         m_waiting.clear();
         return;
     }
+    Launch(m_session);
+}
+
+/// Runs the statement; without a session on a connection that can change nothing.
+void ConnectionPage::Launch(const std::shared_ptr<Session>& session) {
+    m_run = session ? std::make_unique<QueryRun>(session, m_running->sql, m_parameters)
+                    : std::make_unique<QueryRun>(m_connection, m_running->sql, m_parameters);
     m_shape.reset();
     m_hasShape = false;
+    m_isStopping = false;
     m_started = std::chrono::steady_clock::now();
-    // The library reads its settings once per process: on this thread.
-    static_cast<void>(CByteStream().GetLength());
-    m_run = m_session ? std::make_unique<QueryRun>(m_session, m_running->sql, m_parameters)
-                      : std::make_unique<QueryRun>(m_connection, m_running->sql, m_parameters);
     m_result->SetFilling(true);
     m_timer.start(kInterval);
     Tell(IDS_VQ_W_STARTING, {});
@@ -212,6 +223,7 @@ void ConnectionPage::Follow() {
     // The result before stays until there is a row, or none and no failure either.
     if (m_shape && (m_shape->result.GetRowCount() > 0 || m_run->GetState() == TaskState::Done)) {
         m_hasShape = true;
+        m_outdated->hide();
         m_result->Begin(std::move(*m_shape), m_run->GetSql(),
                         {m_connection, m_session, m_parameters});
         m_shape.reset();
@@ -246,6 +258,8 @@ void ConnectionPage::Finish() {
     std::snprintf(seconds, sizeof seconds, "%.2f", time);
     const CString fetched = std::to_string(rows).c_str();
     GetGlobals().SetGlobalVarValue(CGlobalVars::TLXAO_NUM_FETCHED, &fetched);
+    if (m_cellBefore)
+        return FinishAgain(*run);
     // Neither rows nor a number of them: a definition.
     m_hasDefined |= m_session && !m_hasShape && !run->GetChangedRows();
     ShowTransaction();
@@ -256,9 +270,12 @@ void ConnectionPage::Finish() {
     entry.milliseconds = static_cast<std::int64_t>(time * 1000);
     if (m_hasShape)
         entry.rows = static_cast<std::int64_t>(rows);
+    const bool isUndone = LookForUndone();
     switch (run->GetState()) {
     case TaskState::Stopped:
         Tell(IDS_VQ_W_STOPPED, {GroupDigits(rows)});
+        if (isUndone)
+            ShowFailure(*run, isUndone);
         break;
     case TaskState::Failed:
         m_waiting.clear();
@@ -267,7 +284,7 @@ void ConnectionPage::Finish() {
             Tell(IDS_VQ_W_FAILED, {});
         else
             Tell(IDS_VQ_W_FAILED_AFTER, {GroupDigits(rows)});
-        ShowFailure(*run);
+        ShowFailure(*run, isUndone);
         break;
     default:
         if (const auto changed = run->GetChangedRows())
@@ -285,14 +302,72 @@ void ConnectionPage::Finish() {
         Start();
 }
 
-void ConnectionPage::ShowFailure(const QueryRun& run) {
+void ConnectionPage::ShowFailure(const QueryRun& run, bool isUndone) {
     QString text = Sentence(run.GetMessage());
+    if (const QString undone = Label(IDS_VQ_S_ALL_UNDONE); isUndone && !text.contains(undone))
+        text += (text.isEmpty() ? "" : " ") + undone;
     if (!m_session && !run.GetFailurePlace() && FindRefusal(run.GetSql(), m_server))
         text += " " + Label(IDS_VQ_N_HINT_ALLOW);
     m_failure->setText(text);
     m_failure->show();
     if (const auto place = run.GetFailurePlace(); place && m_running->position >= 0)
         m_editor->ShowError(*m_running, *place, 0, text);
+}
+
+// --- results that are outdated -------------------------------------------------------------------
+
+/// Whether a transaction was rolled back since the last look; then what it showed is outdated.
+bool ConnectionPage::LookForUndone() {
+    if (!m_session || m_session->GetUndoneCount() == m_undoneCount)
+        return false;
+    m_undoneCount = m_session->GetUndoneCount();
+    if (m_result->HasResult()) {
+        m_outdated->show();
+        m_refresh->setVisible(IsQuery());
+        QTimer::singleShot(0, this, &ConnectionPage::Outdated); // when this run has ended
+    }
+    return true;
+}
+
+/// Whether the result comes from a statement that only reads.
+bool ConnectionPage::IsQuery() const {
+    const std::string& sql = m_result->GetDocument().GetSql();
+    const SqlText text(sql, m_server, m_result->GetParameters(), true);
+    return !FindRefusal(text.Get(), m_server);
+}
+
+void ConnectionPage::ReadAgain() {
+    if (IsBusy() || !m_outdated->isVisibleTo(this) || !IsQuery() || HasUncommitted() ||
+        !m_result->GetDocument().GetEdits().IsEmpty())
+        return;
+    ResultList& list = m_result->GetList();
+    list.CellCancel();
+    m_cellBefore = {list.GetCurrentRow(), list.GetCurrentColumn()};
+    m_running = {m_result->GetDocument().GetSql(), -1};
+    m_parameters = m_result->GetParameters();
+    // Not in the session: a function that the query calls would change there what it did before.
+    Launch(nullptr);
+}
+
+void ConnectionPage::FinishAgain(const QueryRun& run) {
+    const auto [row, column] = *std::exchange(m_cellBefore, std::nullopt);
+    const bool isDone = run.GetState() == TaskState::Done;
+    m_outdated->setVisible(!isDone);
+    Tell(isDone ? IDS_VQ_N_ROLLED_BACK : IDS_VQ_N_OUTDATED, {});
+    if (isDone && !IsBusy() && row >= 0 && row < m_result->GetList().GetCount())
+        m_result->GetList().SetCurrentCell(row, column);
+    Q_EMIT Changed();
+}
+
+/// What the user asks for, in the session.
+void ConnectionPage::Refresh() {
+    if (IsBusy() || !m_result->LeaveChanges())
+        return;
+    m_failure->hide();
+    m_waiting.clear();
+    m_running = {m_result->GetDocument().GetSql(), -1};
+    m_parameters = m_result->GetParameters();
+    Launch(m_session);
 }
 
 // --- changes -------------------------------------------------------------------------------------
@@ -311,18 +386,27 @@ void ConnectionPage::ShowTransaction() {
 bool ConnectionPage::AllowChanges(bool allow) {
     if (allow == AreChangesAllowed())
         return true;
-    if (allow)
+    if (allow) {
         Guard(this, [this] { m_session = OpenSession(m_connection); });
-    else if (LeaveTransaction())
+        m_undoneCount = 0;
+    } else if (LeaveTransaction()) {
+        LookForUndone();
         m_session.reset();
+    }
     ShowTransaction();
     Q_EMIT Changed();
     return allow == AreChangesAllowed();
 }
 
-void ConnectionPage::Commit() { EndTransaction(true); }
+void ConnectionPage::Commit() {
+    EndTransaction(true);
+    LookForUndone(); // when it failed
+}
 
-void ConnectionPage::RollBack() { EndTransaction(false); }
+void ConnectionPage::RollBack() {
+    EndTransaction(false);
+    LookForUndone();
+}
 
 bool ConnectionPage::EndTransaction(bool commit) {
     if (IsBusy() || !m_session)

@@ -46,7 +46,12 @@ public:
     bool AllowChanges(bool allow);
     bool HasUncommitted() const;
     void Commit();
+    /// The result is read again, see Outdated.
     void RollBack();
+    /// Reads the result again on a connection that can change nothing, unless it has changes that
+    /// are not written or comes from a statement that changed something: then, and when it fails,
+    /// a bar above the result says that it is outdated.
+    void ReadAgain();
     /// Asks about changes that are not written and not committed. False when the user cancels.
     bool Leave();
 
@@ -57,6 +62,9 @@ Q_SIGNALS:
     void Ran(const vnquery::HistoryEntry& entry);
     /// The database may have other tables now.
     void CatalogChanged();
+    /// What the result was read from has been rolled back, by the user or by the database:
+    /// ReadAgain is to follow.
+    void Outdated();
 
 protected:
     void changeEvent(QEvent* event) override;
@@ -64,10 +72,14 @@ protected:
 private:
     void Relabel();
     void Start();
+    void Launch(const std::shared_ptr<Session>& session);
     void Follow();
-    void TakeRows();
     void Finish();
-    void ShowFailure(const QueryRun& run);
+    void FinishAgain(const QueryRun& run);
+    void ShowFailure(const QueryRun& run, bool isUndone);
+    bool LookForUndone();
+    bool IsQuery() const;
+    void Refresh();
     bool FillParameters(const std::string& sql, Parameters& parameters);
     bool LeaveTransaction();
     void Tell(UINT text, std::initializer_list<std::string> insertions);
@@ -84,6 +96,9 @@ private:
     QPushButton* m_commit;
     QPushButton* m_rollBack;
     QLabel* m_failure;
+    QWidget* m_outdated; ///< bar of a result that was read before a rollback
+    QLabel* m_outdatedText;
+    QPushButton* m_refresh;
     ResultView* m_result;
     QTimer m_timer;
 
@@ -96,6 +111,9 @@ private:
     std::optional<ResultShape> m_shape; ///< of the run, not shown yet
     bool m_hasDefined = false;          ///< what the tree does not show yet
     bool m_hasShape = false;            ///< the run's result is shown
+    unsigned m_undoneCount = 0;         ///< of m_session, as far as it is shown
+    /// While ReadAgain works: the current cell before.
+    std::optional<std::pair<int, int>> m_cellBefore;
 };
 
 } // namespace vnquery

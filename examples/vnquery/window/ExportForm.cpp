@@ -1,7 +1,7 @@
 #include "vnquery/window/ExportForm.h"
 
 #include "vnquery/sources/ConnectionText.h"
-#include "vnquery/window/Guard.h"
+#include "vnquery/window/Help.h"
 #include "vnquery/window/Label.h"
 
 #include "vnbytstr/Ccsid.h"

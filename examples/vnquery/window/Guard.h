@@ -1,12 +1,10 @@
 // Keeps what the library throws from passing through Qt.
 #pragma once
 
-#include "vnquery/messages/HelpPages.h"
 #include "vnquery/tasks/Failure.h"
 #include "vnquery/window/Label.h"
 
 #include <QMessageBox>
-#include <QShortcut>
 
 #include <exception>
 
@@ -25,12 +23,6 @@ void Guard(QWidget* parent, Action&& action) {
     }
     if (!message.isEmpty())
         QMessageBox::warning(parent, Label(IDS_VQ_APP), message);
-}
-
-/// F1 in the dialog opens that help page.
-inline void AddHelp(QDialog* dialog, unsigned topic) {
-    QObject::connect(new QShortcut(QKeySequence::HelpContents, dialog), &QShortcut::activated,
-                     dialog, [topic] { OpenHelpPage(topic); });
 }
 
 } // namespace vnquery

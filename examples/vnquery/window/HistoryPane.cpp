@@ -1,11 +1,11 @@
 #include "vnquery/window/HistoryPane.h"
 
 #include "vnquery/tasks/Failure.h"
+#include "vnquery/window/IsolatingDelegate.h"
 #include "vnquery/window/Label.h"
 
 #include <QDateTime>
 #include <QEvent>
-#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QInputDialog>
@@ -36,9 +36,7 @@ QStandardItem* MakeItem(const QString& text, const QString& sql) {
 /// In one line.
 QString Preview(const QString& sql) {
     constexpr int kMost = 200;
-    const QString line = sql.left(4 * kMost).simplified().left(kMost);
-    // SQL runs from left to right also among other texts.
-    return QGuiApplication::isRightToLeft() ? QChar(0x2066) + line : line;
+    return sql.left(4 * kMost).simplified().left(kMost);
 }
 
 } // namespace
@@ -68,6 +66,7 @@ HistoryPane::Page HistoryPane::MakePage(std::initializer_list<QPushButton*> butt
     page.found->setFilterRole(kSqlRole + 1);
     page.found->setFilterCaseSensitivity(Qt::CaseInsensitive);
     page.list->setModel(page.found);
+    page.list->setItemDelegate(new IsolatingDelegate(page.list));
     page.list->setRootIsDecorated(false);
     page.list->setUniformRowHeights(true);
     page.list->setAlternatingRowColors(true);

@@ -4,7 +4,6 @@
 #include "vnquery/messages/HelpPages.h"
 #include "vnquery/result/CellText.h"
 #include "vnquery/sources/SavedConnections.h"
-#include "vnquery/tasks/Interruption.h"
 #include "vnquery/window/Actions.h"
 #include "vnquery/window/CatalogTree.h"
 #include "vnquery/window/ConnectForm.h"
@@ -16,6 +15,7 @@
 #include "vnquery/window/ResultView.h"
 #include "vnquery/window/RunTask.h"
 #include "vnquery/window/Translation.h"
+#include "vnquery/window/ValueLink.h"
 #include "vnquery/window/ValuePane.h"
 #include "vnquery/window/VariablesDialog.h"
 
@@ -43,15 +43,17 @@ namespace vnquery {
 
 namespace {
 
-constexpr int kSignalInterval = 200; ///< milliseconds between two checks for a signal
 constexpr UINT kPlacesRoot = 3;
 constexpr char kPlacesSection[] = "Window";
 
 RecentTexts RecentDatabases() { return {"Databases", 10}; }
 
+/// A name in a menu or tab, where an ampersand would mark a letter.
+QString MenuText(QString name) { return Isolated(name.replace(u'&', QStringLiteral("&&"))); }
+
 } // namespace
 
-MainWindow::MainWindow() {
+MainWindow::MainWindow() : m_signals(*this) {
     m_tabs = new QTabWidget(this);
     m_tabs->setTabsClosable(true);
     m_tabs->setMovable(true);
@@ -88,8 +90,6 @@ MainWindow::MainWindow() {
     Relabel();
     RestorePlaces();
     PageChanged();
-    connect(&m_signalTimer, &QTimer::timeout, this, &MainWindow::LookForSignals);
-    m_signalTimer.start(kSignalInterval);
 }
 
 MainWindow::~MainWindow() = default;
@@ -149,13 +149,14 @@ void MainWindow::MakeDocks() {
     m_tree = new CatalogTree;
     m_history = new HistoryPane;
     m_value = new ValuePane;
+    m_link = new ValueLink(*m_value, this);
     AddDock("tree", m_tree, Qt::LeftDockWidgetArea);
     AddDock("history", m_history, Qt::LeftDockWidgetArea);
     AddDock("value", m_value, Qt::RightDockWidgetArea);
     tabifyDockWidget(m_docks[0], m_docks[1]);
     m_docks[0]->raise();
     const auto run = [this](const QString& sql) {
-        if (ConnectionPage* page = GetPage(); page && !page->IsBusy() && LeaveValue())
+        if (ConnectionPage* page = GetPage(); page && !page->IsBusy() && m_link->Leave())
             page->RunSql(sql.toStdString());
     };
     const auto show = [this](const QString& sql) {
@@ -174,10 +175,6 @@ void MainWindow::MakeDocks() {
     connect(m_history, &HistoryPane::SaveAsked, this, [this] {
         if (ConnectionPage* page = GetPage())
             m_history->SaveQuery(page->GetEditor().toPlainText());
-    });
-    connect(m_value, &ValuePane::Edited, this, [this](const NewValue& value) {
-        if (m_valuePage)
-            m_valuePage->GetResult().SetValue(m_valuePlace, value);
     });
 }
 
@@ -237,12 +234,12 @@ void MainWindow::FillRecent() {
     m_recent->clear();
     const std::vector<std::string> names = RecentDatabases().GetAll();
     for (auto name = names.rbegin(); name != names.rend(); ++name)
-        m_recent->addAction(QString::fromStdString(*name), this, [this, file = *name] {
+        m_recent->addAction(MenuText(QString::fromStdString(*name)), this, [this, file = *name] {
             OpenConnection({file, ""});
         });
     m_recent->addSeparator();
     for (const std::string& name : ListSavedConnections())
-        m_recent->addAction(QString::fromStdString(name), this, [this, name] {
+        m_recent->addAction(MenuText(QString::fromStdString(name)), this, [this, name] {
             if (const auto connection = OpenSavedConnection(this, name))
                 OpenConnection(*connection);
         });
@@ -291,7 +288,7 @@ void MainWindow::AddPage(const Connection& connection, SqlServer server, const s
             ShowStatus(text);
     });
     connect(page, &ConnectionPage::Changed, this, [this, page] {
-        m_tabs->setTabText(m_tabs->indexOf(page), page->GetTitle());
+        m_tabs->setTabText(m_tabs->indexOf(page), MenuText(page->GetTitle()));
         if (page == GetPage())
             ShowState();
     });
@@ -299,7 +296,11 @@ void MainWindow::AddPage(const Connection& connection, SqlServer server, const s
     connect(page, &ConnectionPage::CatalogChanged, m_tree, &CatalogTree::Refresh);
     connect(&page->GetResult(), &ResultView::CurrentChanged, this, [this, page] {
         if (page == GetPage())
-            Guard(this, [this] { ShowCurrentValue(); });
+            Guard(this, [&] { m_link->Show(page); });
+    });
+    connect(page, &ConnectionPage::Outdated, this, [this, page] {
+        if (page != GetPage() || m_link->Leave())
+            page->ReadAgain();
     });
     connect(&page->GetResult(), &ResultView::ValueWanted, this, &MainWindow::ShowValue);
     for (const std::size_t menu : {2, 3}) // of a cell, and of copying
@@ -309,7 +310,7 @@ void MainWindow::AddPage(const Connection& connection, SqlServer server, const s
         if (action->shortcutContext() == Qt::WidgetWithChildrenShortcut)
             page->addAction(action);
     page->GetEditor().setPlainText(QString::fromStdString(sql));
-    const int index = m_tabs->addTab(page, page->GetTitle());
+    const int index = m_tabs->addTab(page, MenuText(page->GetTitle()));
     m_tabs->setTabToolTip(index, QString::fromStdString(connection.GetDisplayName()));
     m_tabs->setCurrentIndex(index);
     PageChanged();
@@ -324,7 +325,7 @@ void MainWindow::PageChanged() {
     m_welcome->setVisible(page == nullptr);
     m_tree->SetConnection(page ? page->GetConnection() : Connection());
     ShowStatus(Label(page ? IDS_VQ_W_TYPE : IDS_VQ_W_READY));
-    ShowCurrentValue();
+    m_link->Show(page);
     ShowState();
 }
 
@@ -353,7 +354,7 @@ void MainWindow::CloseTab(int index) {
     if (!page)
         return;
     m_tabs->setCurrentWidget(page);
-    if (!LeaveValue() || !page->Leave())
+    if (!m_link->Leave() || !page->Leave())
         return;
     m_tabs->removeTab(m_tabs->indexOf(page));
     page->deleteLater();
@@ -383,31 +384,10 @@ void MainWindow::closeEvent(QCloseEvent* event) {
     event->accept();
 }
 
-/// A signal to end closes the window as the user would. Dialogs close first, one at each call,
-/// since each has to return to its caller. The user is asked about unwritten changes and may
-/// cancel. An open message box has to be answered.
-void MainWindow::LookForSignals() {
-    if (m_isAsking || InterruptingSignal() == 0)
-        return;
-    if (auto* const dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget())) {
-        if (!qobject_cast<QMessageBox*>(dialog))
-            dialog->reject();
-        return;
-    }
-    m_isAsking = true;
-    m_endingSignal = TakeInterruptingSignal();
-    const bool isClosed = close();
-    m_isAsking = false;
-    if (!isClosed) {
-        m_endingSignal = 0;
-        AwaitSignals();
-    }
-}
-
 // --- commands ------------------------------------------------------------------------------------
 
 void MainWindow::RunPieces(SqlEditor::Which which) {
-    if (LeaveValue())
+    if (m_link->Leave())
         GetPage()->Run(GetPage()->GetEditor().GetPieces(which));
 }
 
@@ -439,48 +419,14 @@ void MainWindow::ShowValue() {
         ->setFocus();
 }
 
-/// False when a text typed in the value pane is neither taken nor given up.
-bool MainWindow::LeaveValue() { return !m_value->HasDraft() || m_value->AcceptDraft(); }
-
 void MainWindow::WriteChanges() {
-    if (LeaveValue())
+    if (m_link->Leave())
         GetPage()->GetResult().WriteChanges();
 }
 
 // --- what the page reports -----------------------------------------------------------------------
 
 void MainWindow::ShowStatus(const QString& text) { statusBar()->showMessage(text); }
-
-void MainWindow::ShowCurrentValue() {
-    ConnectionPage* const page = GetPage();
-    CellPlace place;
-    const bool hasValue = page && page->GetResult().GetCurrentPlace(place);
-    if (m_isTakingValue)
-        return;
-    // What was typed belongs to the cell that it was typed for, and stays until that takes it.
-    if (m_value->HasDraft()) {
-        m_isTakingValue = true;
-        const bool isThere = hasValue && page == m_valuePage && place == m_valuePlace;
-        const bool isTaken = !isThere && m_value->AcceptDraft();
-        m_isTakingValue = false;
-        if (!isTaken)
-            return;
-    }
-    m_valuePage = page;
-    m_valuePlace = place;
-    if (!hasValue) {
-        m_value->Clear();
-        return;
-    }
-    const ResultDocument& document = page->GetResult().GetDocument();
-    const NewValue* const edit = document.GetEdits().Find(place);
-    const bool isEditable = page->GetResult().IsCurrentEditable();
-    m_value->ShowValue({document.GetValue(place), document.GetHeading(place.second),
-                        CellName(place.first, place.second), document.GetKind(place.second),
-                        isEditable,
-                        isEditable && document.GetPlan().columns[place.second].isNullable,
-                        edit && edit->isDefault});
-}
 
 void MainWindow::ShowState() {
     ConnectionPage* const page = GetPage();
@@ -507,9 +453,16 @@ void MainWindow::ShowState() {
                 action->setChecked(page && command.isChecked && command.isChecked(*page));
             }
 
-    const QString name =
-        page ? QString::fromStdString(page->GetConnection().GetDisplayName()) : QString();
-    setWindowTitle(page ? Label(IDS_VQ_W_TITLE, {name.toStdString() + "[*]"}) : Label(IDS_VQ_APP));
+    if (page) {
+        const Connection& shown = page->GetConnection();
+        const bool hasName = shown.file.empty() || !shown.name.empty();
+        std::string name = hasName ? shown.GetShortName() : shown.file;
+        for (std::size_t i = 0; (i = name.find("[*]", i)) != std::string::npos; i += 6)
+            name.insert(i, "[*]"); // Qt's mark for changes, unless it is doubled
+        setWindowTitle(Label(IDS_VQ_W_TITLE, {name + "[*]"}));
+    } else {
+        setWindowTitle(Label(IDS_VQ_APP));
+    }
     const std::size_t changes = page ? page->GetResult().GetDocument().GetEdits().GetCount() : 0;
     setWindowModified(changes > 0);
     m_changes->setText(changes == 0 && page && page->HasUncommitted() ? Label(IDS_VQ_N_UNCOMMITTED)

@@ -1,14 +1,12 @@
 // The program's window: menus, tool bar, docks, and a tab for each connection.
 #pragma once
 
-#include "vnquery/result/PendingEdits.h"
 #include "vnquery/sources/Connection.h"
+#include "vnquery/window/EndingSignals.h"
 #include "vnquery/window/SqlEditor.h"
 
 #include <QMainWindow>
-#include <QPointer>
 #include <QTabWidget>
-#include <QTimer>
 
 #include <vector>
 
@@ -21,6 +19,7 @@ namespace vnquery {
 class CatalogTree;
 class ConnectionPage;
 class HistoryPane;
+class ValueLink;
 class ValuePane;
 
 class MainWindow : public QMainWindow {
@@ -33,7 +32,7 @@ public:
     /// which the user has been told.
     bool OpenConnection(const Connection& connection, const std::string& sql = {});
     /// The signal that closed the window; 0 when the user closed it.
-    int GetEndingSignal() const { return m_endingSignal; }
+    int GetEndingSignal() const { return m_signals.Get(); }
     /// Null without a connection.
     ConnectionPage* GetPage() const;
     ValuePane& GetValuePane() { return *m_value; }
@@ -68,12 +67,9 @@ private:
     void AddPage(const Connection& connection, SqlServer server, const std::string& sql);
     void PageChanged();
     void ShowStatus(const QString& text);
-    void ShowCurrentValue();
     void ShowState();
-    bool LeaveValue();
     void TurnDocks();
     void Relabel();
-    void LookForSignals();
     void ChooseLanguage(const QString& code);
     void RestorePlaces();
     void StorePlaces() const;
@@ -89,17 +85,12 @@ private:
     HistoryPane* m_history = nullptr;
     ValuePane* m_value = nullptr;
     std::vector<QDockWidget*> m_docks; ///< tree, history, value
-    // What the value pane shows.
-    QPointer<ConnectionPage> m_valuePage;
-    CellPlace m_valuePlace;
-    bool m_isTakingValue = false;
+    ValueLink* m_link = nullptr;
 
     QLabel* m_rows = nullptr;
     QLabel* m_changes = nullptr;
-    QTimer m_signalTimer;
-    int m_endingSignal = 0;
+    EndingSignals m_signals;
     bool m_areDocksTurned = false; ///< for texts from right to left
-    bool m_isAsking = false;       ///< about changes, after a signal
 };
 
 } // namespace vnquery

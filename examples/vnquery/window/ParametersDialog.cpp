@@ -1,6 +1,6 @@
 #include "vnquery/window/ParametersDialog.h"
 
-#include "vnquery/window/Guard.h"
+#include "vnquery/window/Help.h"
 #include "vnquery/window/Label.h"
 
 #include <QCheckBox>

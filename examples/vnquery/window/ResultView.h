@@ -48,6 +48,7 @@ public:
     void Begin(ResultShape&& shape, const std::string& sql, const ResultOrigin& origin);
     /// The session in whose transaction changes are written; null: each time in one of their own.
     void SetSession(const std::shared_ptr<Session>& session) { m_origin.session = session; }
+    const Parameters& GetParameters() const { return m_origin.parameters; }
     /// Shows rows that have come since; false when there were none.
     bool ShowNewRows();
     /// To be called after the last row.
@@ -154,6 +155,7 @@ private:
     std::unique_ptr<TableWriter> OpenWriter() const;
     bool CompareChanges(WriteReport& report);
     bool CommitChanges();
+    bool TellUndone();
     void AcceptChanges(WriteReport&& report);
 
     ResultDocument m_document;

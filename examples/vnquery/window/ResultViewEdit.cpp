@@ -331,20 +331,21 @@ bool ResultView::WriteChanges() {
         return true;
     }
     WriteReport report;
-    if (!CompareChanges(report)) {
-        Q_EMIT StatusChanged(Label(IDS_VQ_W_UNDONE));
-        return false;
-    }
+    if (!CompareChanges(report))
+        return TellUndone();
     if (!HasWritten(report)) {
         AskToWrite(report);
         AcceptChanges(std::move(report)); // nothing is written, but conflicts are kept
         return m_document.GetEdits().IsEmpty();
     }
-    if (!AskToWrite(report)) {
-        Q_EMIT StatusChanged(Label(IDS_VQ_W_UNDONE));
-        return false;
-    }
-    return CommitChanges();
+    return AskToWrite(report) ? CommitChanges() : TellUndone();
+}
+
+/// The database may have undone more than what was to be written. Returns false.
+bool ResultView::TellUndone() {
+    Q_EMIT StatusChanged(Label(IDS_VQ_W_UNDONE));
+    Q_EMIT Changed();
+    return false;
 }
 
 /// Where changed cells are written back: OpenWriter, WriteEdits (result/PendingEdits.h), Commit.
@@ -362,10 +363,8 @@ bool ResultView::CommitChanges() {
                               Text(IDS_VQ_N_AT_ROW, {GroupDigits(row + 1), failure.what()}));
             }
             writer->Commit();
-        })) {
-        Q_EMIT StatusChanged(Label(IDS_VQ_W_UNDONE));
-        return false;
-    }
+        }))
+        return TellUndone();
     const std::string others = DescribeConflicts(report);
     AcceptChanges(std::move(report));
     if (!others.empty())

@@ -265,7 +265,7 @@ void ValuePane::ShowPicture() {
     const std::string kind = PictureName(RecognisePicture(m_shown.value));
     const std::string width = std::to_string(size.width());
     const std::string height = std::to_string(size.height());
-    const std::string length = LeftToRight(FormatSize(m_shown.value.GetLength()));
+    const std::string length = FormatSize(m_shown.value.GetLength());
     m_picture->SetImage(image);
     const bool isTooLarge = qint64{size.width()} * size.height() > kMaxPixels;
     m_fault = !image.isNull() ? QString()
@@ -303,7 +303,7 @@ void ValuePane::ShowPage(DWORD begin) {
 
 void ValuePane::ShowInfo() {
     const Value& value = m_shown.value;
-    const std::string size = LeftToRight(FormatSize(value.GetLength()));
+    const std::string size = FormatSize(value.GetLength());
     QString info;
     if (m_shown.isDefault)
         info = Label(IDS_VQ_V_DEFAULT_INFO);
@@ -318,7 +318,7 @@ void ValuePane::ShowInfo() {
     else if (value.GetType() == Value::Type::Binary)
         info = Label(IDS_VQ_V_BYTES_INFO, {size});
     else
-        info = Label(IDS_VQ_V_TEXT_INFO, {LeftToRight(FormatSize(value.GetLength()) + " (UTF-8)")});
+        info = Label(IDS_VQ_V_TEXT_INFO, {FormatSize(value.GetLength()) + " (UTF-8)"});
     if (m_shown.isEditable && m_view == View::Text && !m_canType &&
         value.GetType() == Value::Type::Text)
         info += u'\n' + Label(IDS_VQ_P_NOT_TYPED);

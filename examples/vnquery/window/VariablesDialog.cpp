@@ -1,6 +1,7 @@
 #include "vnquery/window/VariablesDialog.h"
 
-#include "vnquery/window/Guard.h"
+#include "vnquery/window/Help.h"
+#include "vnquery/window/IsolatingDelegate.h"
 #include "vnquery/window/Label.h"
 
 #include "vnbytstr/GlobalVars.h"
@@ -99,6 +100,7 @@ VariablesDialog::VariablesDialog(QWidget* parent) : QDialog(parent) {
     m_table->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_table->setSelectionMode(QAbstractItemView::SingleSelection);
     m_table->setTabKeyNavigation(false);
+    m_table->setItemDelegate(new IsolatingDelegate(m_table));
     m_keep = new QCheckBox(Label(IDS_VQ_G_KEEP));
     m_keep->setChecked(AreOwnKept());
     auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);

@@ -5,6 +5,7 @@
 #include "vnquery/window/Guard.h"
 #include "vnquery/window/Icons.h"
 #include "vnquery/window/MainWindow.h"
+#include "vnquery/window/ProgramStyle.h"
 #include "vnquery/window/Translation.h"
 
 #include "vnbytstr/GlobalVars.h"
@@ -48,6 +49,7 @@ int RunWindow(int argc, char** argv, const WindowStart& start) {
     QApplication::setApplicationName("vnquery");
     QApplication::setDesktopFileName("vnquery");
     QApplication::setWindowIcon(Icon("vnquery"));
+    UseProgramStyle();
     GetGlobals().Initialize();
     UseTextLanguage();
     auto shown = std::make_unique<MainWindow>();

@@ -122,6 +122,26 @@ TEST_F(Dialogs, AConnectionIsBuiltAndShownAgain) {
     EXPECT_EQ(form.GetConnection().dataSource, "DSN=none such;PWD={a}};}}b};");
 }
 
+/// Qt draws them at the wrong end of a text that runs from right to left.
+TEST_F(Dialogs, ButtonsHaveNoIcons) {
+    QMessageBox box(QMessageBox::Question, {}, "?", QMessageBox::Yes | QMessageBox::Cancel);
+    for (const QAbstractButton* button : box.buttons())
+        EXPECT_TRUE(button->icon().isNull());
+}
+
+/// The tab of a saved connection has its name, unless something else was typed after it was chosen.
+TEST_F(Dialogs, ASavedConnectionHasItsName) {
+    const Connection films{{}, "Driver={X};Server=db1;Database=films;"};
+    ASSERT_TRUE(SaveConnection("Films", films));
+    EXPECT_EQ(OpenSavedConnection(nullptr, "Films")->name, "Films");
+    ConnectForm form;
+    form.findChild<QComboBox*>()->setCurrentIndex(0);
+    form.SetConnection(films);
+    EXPECT_EQ(form.GetConnection().name, "Films");
+    form.SetConnection({{}, "Driver={X};Server=db2;Database=films;"});
+    EXPECT_EQ(form.GetConnection().name, "");
+}
+
 TEST_F(Dialogs, SavedConnectionsHaveNoPasswordAndAskForIt) {
     {
         ConnectForm form;
@@ -129,14 +149,14 @@ TEST_F(Dialogs, SavedConnectionsHaveNoPasswordAndAskForIt) {
         form.SetConnection({{}, "Driver={Some};Server=x;UID=me;Pwd=S3CR3T"});
         QTest::keyClicks(&Field<QComboBox>(form, IDS_VQ_P_SAVED), "films;=[1]");
         Press(form, IDS_VQ_P_SAVE_AS);
-        EXPECT_EQ(form.GetName(), "films;=[1]");
+        EXPECT_EQ(form.GetConnection().name, "films;=[1]");
         form.SetConnection({File("a.db"), {}});
         Field<QComboBox>(form, IDS_VQ_P_SAVED).setEditText("file");
         Press(form, IDS_VQ_P_SAVE_AS);
     }
     EXPECT_EQ(ListSavedConnections(), (std::vector<std::string>{"films;=[1]", "file"}));
     EXPECT_EQ(Profile().find("S3CR3T"), std::string::npos) << Profile();
-    EXPECT_EQ(OpenSavedConnection(nullptr, "file"), (Connection{File("a.db"), {}}));
+    EXPECT_EQ(OpenSavedConnection(nullptr, "file"), (Connection{File("a.db"), {}, "file"}));
     EXPECT_FALSE(OpenSavedConnection(nullptr, "none"));
     std::optional<Connection> opened;
     WithDialog<QInputDialog>([&] { opened = OpenSavedConnection(nullptr, "films;=[1]"); },

@@ -9,6 +9,8 @@
 #include "vnbytstr/window/ListBox.h"
 
 #include <csignal>
+#include <filesystem>
+#include <fstream>
 #include <thread>
 
 #include <QApplication>
@@ -139,6 +141,7 @@ TEST_F(WindowControls, StatementsChangeTheDatabaseWithCommitOnly) {
     EXPECT_TRUE(Page().GetTitle().endsWith("*"));
     Page().RollBack();
     EXPECT_FALSE(Page().HasUncommitted());
+    WaitFor([&] { return Cell(0, 0) == "2" && !Page().IsBusy(); }); // is read again
     RunText("update note set t = 'TWO' where id = 2");
     EXPECT_EQ(Status().substr(0, 16), "Rows changed: 1,") << Status();
     // Closing asks; Cancel stays, No rolls back, Yes commits.
@@ -160,10 +163,150 @@ TEST_F(WindowControls, StatementsChangeTheDatabaseWithCommitOnly) {
     EXPECT_TRUE(View().WriteChanges());
     EXPECT_TRUE(Page().findChild<QPushButton*>()->isEnabled());
     Page().RollBack();
+    WaitFor([&] { return Cell(0, 1) == "one" && !Page().IsBusy(); });
     RunText("delete from note");
     m_answers.m_answers = {QMessageBox::No};
     EXPECT_TRUE(Window().close());
     EXPECT_EQ(Ask("select count(*) from note"), "2");
+}
+
+class RolledBack : public WindowControls {
+protected:
+    RolledBack() {
+        OpenNotes();
+        EXPECT_TRUE(Page().AllowChanges(true));
+    }
+    bool IsOutdated() { return Page().findChild<QWidget*>("outdated")->isVisible(); }
+    QPushButton* Refresh() {
+        return Page().findChild<QWidget*>("outdated")->findChild<QPushButton*>();
+    }
+    void WaitForRows(int count) {
+        WaitFor([&] { return !Page().IsBusy() && List().GetCount() == count; });
+    }
+};
+
+/// The result is read again, in the same place.
+TEST_F(RolledBack, RowsAreShownNoLonger) {
+    RunText("insert into note(t) values ('three'); select id, t from note order by id");
+    ASSERT_EQ(List().GetCount(), 3);
+    List().SetCurrentCell(1, 1);
+    Page().RollBack();
+    WaitForRows(2);
+    EXPECT_EQ(List().GetCurrentRow(), 1);
+    EXPECT_EQ(List().GetCurrentColumn(), 1);
+    EXPECT_FALSE(IsOutdated());
+    EXPECT_EQ(Status().substr(0, 12), "Rolled back;");
+    // Changes that were written into the transaction, when the connection's changes end.
+    View().SetValue({1, 1}, {false, Value(Value::Type::Text, "TWO")});
+    m_answers.m_answers = {QMessageBox::Yes, QMessageBox::No};
+    ASSERT_TRUE(View().WriteChanges());
+    EXPECT_EQ(Cell(1, 1), "TWO");
+    EXPECT_TRUE(Page().AllowChanges(false));
+    WaitFor([&] { return Cell(1, 1) == "two"; });
+    EXPECT_FALSE(IsOutdated());
+    // A closed tab reads nothing any more.
+    EXPECT_TRUE(Page().AllowChanges(true));
+    RunText("delete from note; select t from note");
+    m_answers.m_answers = {QMessageBox::No};
+    Window().CloseTab(-1);
+    Pump();
+    EXPECT_EQ(Window().GetPage(), nullptr);
+}
+
+/// What the database undoes by itself: a failure, also between rows, and Escape.
+TEST_F(RolledBack, FailuresAndCancellingCountToo) {
+    const auto* const failure = Page().findChild<QLabel*>("failure");
+    for (const char* sql : {"insert or rollback into note(id) values (2)",
+                            "insert or rollback into note(id) values (2) returning id"}) {
+        RunText("delete from note where id = 1; select id, t from note");
+        ASSERT_EQ(List().GetCount(), 1);
+        RunText(sql);
+        WaitForRows(2);
+        EXPECT_TRUE(failure->isVisible());
+        EXPECT_TRUE(failure->text().contains("UNIQUE")) << failure->text().toStdString();
+        EXPECT_TRUE(failure->text().contains("not committed")) << failure->text().toStdString();
+    }
+    RunText("delete from note where id = 1; select id, t from note");
+    Page().RunSql(std::string("insert into note(t) ") + kEndless);
+    QTest::qWait(50);
+    Page().Stop();
+    WaitForRows(2);
+    EXPECT_TRUE(failure->text().contains("not committed")) << failure->text().toStdString();
+}
+
+/// What the user has typed, in cells or in the value pane, is not given up for it.
+TEST_F(RolledBack, WhatIsNotWrittenStays) {
+    RunText("delete from note where id = 1; select id, t from note order by id");
+    View().SetValue({0, 1}, {false, Value(Value::Type::Text, "TWO")});
+    Page().RollBack();
+    Pump();
+    EXPECT_TRUE(IsOutdated());
+    EXPECT_EQ(Changes(), "1 change not written");
+    EXPECT_EQ(Cell(0, 1), "TWO");
+    m_answers.m_answers = {QMessageBox::Yes};
+    Refresh()->click();
+    WaitForRows(2);
+    EXPECT_FALSE(IsOutdated());
+    EXPECT_EQ(Cell(0, 1) + Cell(1, 1), "oneTWO");
+    EXPECT_TRUE(Page().HasUncommitted());
+    List().SetCurrentCell(1, 1);
+    Window().ShowValue();
+    Type("my ");
+    Page().RollBack();
+    Pump();
+    EXPECT_TRUE(IsOutdated());
+    EXPECT_EQ(Cell(1, 1), "my TWO");
+    m_answers.m_answers = {QMessageBox::No};
+    RunText("select t from note order by id");
+    EXPECT_FALSE(IsOutdated());
+    EXPECT_EQ(Cell(1, 0), "two");
+    // A statement that changed something is not run again.
+    RunText("insert into note(t) values ('three') returning t");
+    Page().RollBack();
+    Pump();
+    EXPECT_TRUE(IsOutdated());
+    EXPECT_FALSE(Refresh()->isVisible());
+    EXPECT_EQ(Ask("select count(*) from note"), "2");
+}
+
+TEST_F(WindowControls, HelpThatCannotBeShownIsToldInTheWindow) {
+    // The index is named after the program.
+    const auto pages =
+        std::filesystem::read_symlink("/proc/self/exe").parent_path() / "Help" / "l.ENU";
+    std::filesystem::copy_file(pages / "vnquery.ind", pages / "vnquery_window_test.ind",
+                               std::filesystem::copy_options::overwrite_existing);
+    OpenNotes();
+    const QByteArray path = qgetenv("PATH");
+    qputenv("PATH", m_files.Path().c_str());
+    const auto press = [&](const char* opener) {
+        if (*opener) {
+            m_files.Write("xdg-open", opener);
+            std::filesystem::permissions(File("xdg-open"), std::filesystem::perms::owner_all);
+        }
+        m_answers.m_texts.clear();
+        Key(Qt::Key_F1);
+    };
+    for (const char* opener : {"", "#!/bin/sh\nexit 3\n", "#!/none\n"}) {
+        m_answers.m_answers = {QMessageBox::Ok};
+        press(opener);
+        WaitFor([&] { return m_answers.m_answers.empty(); });
+        EXPECT_NE(m_answers.m_texts.at(0).find("contents.htm"), std::string::npos);
+        EXPECT_NE(m_answers.m_texts.at(0).find("xdg-utils"), std::string::npos);
+    }
+    press("#!/bin/sh\nprintf %s \"$1\" > \"$0.out\"\n");
+    const auto opened = [&] {
+        std::ifstream file(File("xdg-open.out"));
+        return std::string(std::istreambuf_iterator<char>(file), {});
+    };
+    WaitFor([&] { return opened().ends_with("/contents.htm"); });
+    EXPECT_EQ(opened(), "file://" + (pages / "contents.htm").string());
+    Pump();
+    // Without the pages.
+    std::filesystem::remove(pages / "vnquery_window_test.ind");
+    m_answers.m_answers = {QMessageBox::Ok};
+    press("");
+    EXPECT_NE(m_answers.m_texts.at(0).find("vnquery_window_test.ind"), std::string::npos);
+    qputenv("PATH", path);
 }
 
 TEST_F(WindowControls, NamesInAStatementAreAskedFor) {

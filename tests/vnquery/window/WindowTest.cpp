@@ -2,6 +2,7 @@
 #include "tests/vnquery/window/WindowRun.h"
 
 #include "examples/vnquery/window/Guard.h"
+#include "examples/vnquery/window/IsolatingDelegate.h"
 #include "examples/vnquery/window/Translation.h"
 
 #include "vnbytstr/CacheException.h"
@@ -192,6 +193,10 @@ TEST_F(WindowTest, AnotherLanguageTurnsTheWindowAtOnce) {
     };
     choose("ARE");
     EXPECT_EQ(Window().layoutDirection(), Qt::RightToLeft);
+    // Paths keep their slashes at their ends.
+    const QString isolated = QStringLiteral("\u2068/tmp/x/\u2069");
+    EXPECT_TRUE(Label(IDS_VQ_W_SAVED, {"a", "/tmp/x/"}).contains(isolated));
+    EXPECT_EQ(IsolatingDelegate().displayText("/tmp/x/", {}), isolated);
     EXPECT_NE(List().GetExStyle() & WS_EX_LAYOUTRTL, 0u);
     choose("DEU");
     EXPECT_EQ(Window().layoutDirection(), Qt::LeftToRight);
@@ -201,6 +206,19 @@ TEST_F(WindowTest, AnotherLanguageTurnsTheWindowAtOnce) {
     EXPECT_EQ(std::string(CGlobalVars::Get(CGlobalVars::TLXAO_NLF_LANG)), "Deutsch");
     choose("ENU");
     EXPECT_EQ(Changes(), "No changes");
+    EXPECT_EQ(Label(IDS_VQ_W_SAVED, {"a", "/x"}).count(QChar(0x2068)), 0);
+}
+
+/// Briefly: the name under which it is saved, if it is.
+TEST_F(WindowTest, TitleAndTabSayWhatIsOpen) {
+    MakeDatabase(kNumbers);
+    Open("select i from n");
+    EXPECT_EQ(Window().windowTitle().toStdString(), Database() + "[*] - vnquery");
+    ASSERT_TRUE(Window().OpenConnection({Database(), "", "Films [*] & more"}));
+    EXPECT_EQ(Window().windowTitle(), "Films [*][*] & more[*] - vnquery");
+    const auto* const tabs = Window().centralWidget()->findChild<QTabWidget*>();
+    EXPECT_EQ(tabs->tabText(1), "Films [*] && more");
+    EXPECT_EQ(tabs->tabToolTip(1).toStdString(), Database());
 }
 
 } // namespace
