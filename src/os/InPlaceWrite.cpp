@@ -10,7 +10,7 @@
 #include "src/os/InPlaceWrite.h"
 
 #include "src/os/Crc32c.h"
-#include "src/os/FileIdentity.h"
+#include "src/os/OpenHandle.h"
 #include "src/os/Paths.h"
 #include "src/os/ScratchFile.h"
 
@@ -46,19 +46,6 @@ struct Trailer {
     std::uint64_t nameLength = 0;
     std::uint64_t checksum = 0; ///< of the blocks' checksums, the beginning and the name
     std::uint64_t magic = kMagic;
-};
-
-/// Closes a handle unless it is released.
-class OpenHandle {
-public:
-    OpenHandle() = default;
-    ~OpenHandle() { Close(); }
-    OpenHandle(const OpenHandle&) = delete;
-    OpenHandle& operator=(const OpenHandle&) = delete;
-    int Close() {
-        return handle == kNoFile ? 0 : System::Current().CloseFile(std::exchange(handle, kNoFile));
-    }
-    FileHandle handle = kNoFile;
 };
 
 int Seek(FileHandle file, std::uint64_t position) {
@@ -244,7 +231,7 @@ public:
     Mixture(FileHandle undo, const Trailer& trailer, const Record& record)
         : m_undo(undo), m_trailer(trailer), m_record(record) {}
 
-    /// 0, or EINVAL when the block is of neither content.
+    /// 0, or kStale when the block is of neither content.
     int Add(std::uint64_t at, std::span<const BYTE> block) {
         const auto number = static_cast<std::size_t>(at / kBlock);
         if (number < m_record.blocks.size() && Crc32c(block) == m_record.blocks[number]) {
@@ -261,7 +248,7 @@ public:
         // Where the file has grown, a power cut may have kept the length alone.
         if (m_old.empty() && std::ranges::all_of(block, [](BYTE byte) { return byte == 0; }))
             return 0;
-        return ++m_mixed <= kMaxMixedBlocks && IsMixed(at, block) ? 0 : EINVAL;
+        return ++m_mixed <= kMaxMixedBlocks && IsMixed(at, block) ? 0 : kStale;
     }
     /// Whether all blocks were those of the new content.
     bool IsNew() const { return m_new == m_record.blocks.size(); }
@@ -288,14 +275,16 @@ private:
     std::size_t m_mixed = 0, m_new = 0;
 };
 
-/// Whether the target holds nothing but parts of the old and the new content, and not the new one
-/// whole: that write was complete, though the scratch file did not go.
-bool IsMixture(FileHandle target, FileHandle undo, const Trailer& trailer, const Record& record) {
+/// 0 when the target holds nothing but parts of the old and the new content; kStale when it holds
+/// something else, or the new content whole: that write was complete, though the scratch file did
+/// not go. Another error when that is not known.
+int CheckMixture(FileHandle target, FileHandle undo, const Trailer& trailer, const Record& record) {
     std::uint64_t length = 0;
-    if (System::Current().GetFileLength(target, length) != 0 ||
-        length < std::min(trailer.oldLength, trailer.newLength) ||
+    if (const int error = System::Current().GetFileLength(target, length))
+        return error;
+    if (length < std::min(trailer.oldLength, trailer.newLength) ||
         length > std::max(trailer.oldLength, trailer.newLength))
-        return false;
+        return kStale;
     Mixture mixture(undo, trailer, record);
     const auto look = [&](std::uint64_t at, std::span<const BYTE> bytes) {
         while (!bytes.empty()) {
@@ -307,8 +296,9 @@ bool IsMixture(FileHandle target, FileHandle undo, const Trailer& trailer, const
         }
         return 0;
     };
-    return ForEachChunk(target, 0, length, look) == 0 &&
-           (length != trailer.newLength || !mixture.IsNew());
+    if (const int error = ForEachChunk(target, 0, length, look))
+        return error;
+    return length == trailer.newLength && mixture.IsNew() ? kStale : 0;
 }
 
 // --- the new content -----------------------------------------------------------------------------
@@ -440,9 +430,14 @@ bool RecoverInPlace(FileHandle undo) {
         return error == ENOENT;
     if (LockInTurn(target.handle) != 0)
         return false; // it is being written
-    if (IdentityOf(target.handle) != trailer.target ||
-        !IsMixture(target.handle, undo, trailer, record))
-        return true; // somebody has put something else there since
+    FileStatus status;
+    int error = System::Current().GetFileStatus(target.handle, status);
+    if (error == 0)
+        error = status.identity == trailer.target
+                    ? CheckMixture(target.handle, undo, trailer, record)
+                    : kStale;
+    if (error != 0)
+        return error == kStale; // somebody has put something else there since
     return Restore(target.handle, undo, trailer.oldLength) == 0;
 }
 

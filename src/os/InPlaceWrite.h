@@ -29,7 +29,7 @@ int WriteInPlace(FileHandle source, std::uint64_t length, const std::string& tar
 /// Takes an old-content file of a killed process (open for reading, its lock held),
 /// and puts that content back into the file it came from, if that file is the same still and holds
 /// parts of the old and the new content and nothing else. True when the scratch file is not needed
-/// any more.
+/// any more; after an error it is, so that the next sweep tries again. Throws std::bad_alloc.
 bool RecoverInPlace(FileHandle undo);
 
 } // namespace vnbytstr

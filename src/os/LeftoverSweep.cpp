@@ -1,6 +1,7 @@
 #include "src/os/LeftoverSweep.h"
 
 #include "src/os/InPlaceWrite.h"
+#include "src/os/OpenHandle.h"
 #include "src/os/Paths.h"
 #include "src/os/ScratchFile.h"
 
@@ -33,17 +34,17 @@ void SweepFile(ScratchUse use, const std::string& name) {
     FileStatus named;
     if (system.GetFileStatus(name.c_str(), named) != 0 || !IsLeftOver(use, named))
         return;
-    FileHandle handle;
-    if (system.OpenFile(name.c_str(), kOpenRead | kOpenScratch, handle) != 0)
+    OpenHandle file; // closed when memory runs out, too: its lock would keep other sweeps away
+    if (system.OpenFile(name.c_str(), kOpenRead | kOpenScratch, file.handle) != 0)
         return;
     FileStatus opened;
     // The owner locks its file for as long as it lives; the lock falls with the process. The number
     // in the name says nothing: it may be in use again.
-    if (system.LockFile(handle, true, false) == 0 && system.GetFileStatus(handle, opened) == 0 &&
-        IsLeftOver(use, opened) && system.GetFileStatus(name.c_str(), named) == 0 &&
-        named.identity == opened.identity && (use != ScratchUse::Old || RecoverInPlace(handle)))
+    if (system.LockFile(file.handle, true, false) == 0 &&
+        system.GetFileStatus(file.handle, opened) == 0 && IsLeftOver(use, opened) &&
+        system.GetFileStatus(name.c_str(), named) == 0 && named.identity == opened.identity &&
+        (use != ScratchUse::Old || RecoverInPlace(file.handle)))
         system.RemoveFile(name.c_str());
-    system.CloseFile(handle);
 }
 
 /// True the first time it is asked about a folder.

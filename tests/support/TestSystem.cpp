@@ -8,6 +8,10 @@
 #include <string_view>
 #include <utility>
 
+#ifdef VNBYTSTR_COVERAGE
+extern "C" void __gcov_dump();
+#endif
+
 namespace vnbytstr::test {
 
 const char* CallName(Call call) {
@@ -48,8 +52,12 @@ std::optional<Fault> TestSystem::Take(Call call) {
         std::fputs("The call that fails is made for ever.\n", stderr);
         std::abort();
     }
-    if (m_fault->kind == Fault::Kind::Kill)
+    if (m_fault->kind == Fault::Kind::Kill) {
+#ifdef VNBYTSTR_COVERAGE
+        ::__gcov_dump();
+#endif
         std::_Exit(Fault::kKilled);
+    }
     if (m_fault->kind == Fault::Kind::Throw)
         AfxThrowMemoryException();
     return m_fault;

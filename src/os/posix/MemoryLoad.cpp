@@ -126,14 +126,14 @@ DWORD MemoryLoadReader::Load(DWORD tick) {
 
 void MemoryLoadReader::Open() {
     m_isOpen = true;
-    m_meminfo = OpenForReading("/proc/meminfo");
+    m_meminfo = OpenForReading(m_root + "/proc/meminfo");
     std::array<char, 4096> buffer;
-    const int self = OpenForReading("/proc/self/cgroup");
+    const int self = OpenForReading(m_root + "/proc/self/cgroup");
     const ControlGroupFolders found = ControlGroupFoldersOf(ReadNow(self, buffer));
     if (self >= 0)
         ::close(self);
     for (const std::string& folder : found.folders) {
-        const std::string prefix = folder + "/memory.";
+        const std::string prefix = m_root + folder + "/memory.";
         Group group;
         group.limit = OpenForReading(prefix + (found.isVersion2 ? "max" : "limit_in_bytes"));
         if (group.limit < 0)

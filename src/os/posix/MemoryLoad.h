@@ -9,6 +9,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace vnbytstr {
@@ -33,7 +34,8 @@ ControlGroupFolders ControlGroupFoldersOf(std::string_view procSelfCgroup);
 /// Reads the load from the system, at most once per tick. Safe from every thread.
 class MemoryLoadReader {
 public:
-    MemoryLoadReader() = default;
+    /// `root` stands before the names of the system's files: for tests.
+    explicit MemoryLoadReader(std::string root = {}) : m_root(std::move(root)) {}
     ~MemoryLoadReader();
     MemoryLoadReader(const MemoryLoadReader&) = delete;
     MemoryLoadReader& operator=(const MemoryLoadReader&) = delete;
@@ -47,6 +49,7 @@ private:
     void Open();
     DWORD Read();
 
+    const std::string m_root;
     std::mutex m_mutex;
     std::optional<DWORD> m_tick;
     DWORD m_load = 0;

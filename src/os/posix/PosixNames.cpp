@@ -162,12 +162,8 @@ std::optional<int> OwnDescriptor(std::string_view resolved) {
     const std::size_t slash = resolved.rfind('/');
     if (!resolved.starts_with(own) || !resolved.substr(0, slash).ends_with("/fd"))
         return std::nullopt;
-    const std::string_view digits = resolved.substr(slash + 1);
-    int descriptor = -1;
-    const auto [end, error] =
-        std::from_chars(digits.data(), digits.data() + digits.size(), descriptor);
-    if (error != std::errc() || end != digits.data() + digits.size())
-        return std::nullopt;
+    int descriptor = -1; // in such a folder all names are numbers
+    std::from_chars(resolved.data() + slash + 1, resolved.data() + resolved.size(), descriptor);
     return descriptor;
 }
 
@@ -242,13 +238,15 @@ int PosixSystem::ListFolder(const char* folder, std::vector<std::string>& names)
     const std::unique_ptr<DIR, int (*)(DIR*)> open(::opendir(folder), &::closedir);
     if (!open)
         return errno;
-    errno = 0;
-    while (const dirent* entry = ::readdir(open.get())) {
+    for (;;) {
+        errno = 0; // taking memory may set it
+        const dirent* const entry = ::readdir(open.get());
+        if (!entry)
+            return errno;
         const std::string_view name = entry->d_name;
         if (name != "." && name != "..")
             names.emplace_back(name);
     }
-    return errno;
 }
 
 std::string PosixSystem::GetTemporaryFolder() {

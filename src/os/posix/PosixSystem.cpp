@@ -3,6 +3,7 @@
 
 #include "src/os/MessageWindow.h"
 #include "src/os/PlatformSystem.h"
+#include "src/os/posix/Posix.h"
 
 #include <sys/stat.h>
 #include <time.h>
@@ -129,7 +130,8 @@ bool PosixSystem::AskAtTerminal(const char* question, std::string& answer) {
     answer.clear();
     std::array<char, 256> piece;
     for (;;) {
-        const ssize_t size = ::read(STDIN_FILENO, piece.data(), piece.size());
+        const ssize_t size =
+            posix::Retry([&] { return ::read(STDIN_FILENO, piece.data(), piece.size()); });
         if (size <= 0)
             return false;
         answer.append(piece.data(), static_cast<std::size_t>(size));

@@ -120,6 +120,30 @@ TEST_F(InPlaceWriteTest, ADamagedCopyOfTheOldContentIsNotUsed) {
     EXPECT_EQ(Read("two"), before);
 }
 
+/// Whichever call of a sweep fails: the old content is there, in the file or for the next sweep.
+TEST_F(InPlaceWriteTest, ASweepThatFailsLosesNothing) {
+    const std::string before(100000, 'o'), fresh(150000, 'n');
+    unsigned moment = 0;
+    do {
+        SweepLeftovers(m_folder.File("at"));
+        ASSERT_EQ(Kill(before, fresh, ++moment), test::Fault::kKilled);
+    } while (Read("two") == before);
+    unsigned tried = 0;
+    for (bool isOver = false; !isOver; ++tried) {
+        SweepLeftovers(m_folder.File("at"));
+        ASSERT_EQ(Kill(before, fresh, moment), test::Fault::kKilled);
+        m_system.Inject(test::Fault{.at = tried + 1, .error = EIO});
+        SweepLeftovers(m_folder.File("at"));
+        isOver = m_system.Hits() == 0;
+        m_system.Inject(std::nullopt);
+        EXPECT_TRUE(m_system.OpenHandles().empty());
+        SweepLeftovers(m_folder.File("at"));
+        EXPECT_TRUE(Read("two") == before) << "call " << tried + 1;
+        EXPECT_EQ(LeftOvers(), 0u);
+    }
+    EXPECT_GT(tried, 20u);
+}
+
 TEST_F(InPlaceWriteTest, OldContentIsPutBackForGood) {
     unsigned most = 0;
     for (unsigned at = 1;; ++at) {

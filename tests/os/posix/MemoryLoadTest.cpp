@@ -1,5 +1,6 @@
 // The arithmetic of the memory load, on texts as kernels write them.
 #include "src/os/posix/MemoryLoad.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -42,11 +43,35 @@ TEST(MemoryLoad, FindsTheGroupsOfAProcess) {
     EXPECT_EQ(ControlGroupFoldersOf("rubbish").folders, std::vector<std::string>{"/sys/fs/cgroup"});
 }
 
+/// The fuller one of the machine and of all groups counts, from files as they are now.
 TEST(MemoryLoad, IsReadOncePerTick) {
-    MemoryLoadReader reader;
-    const DWORD load = reader.Load(1);
-    EXPECT_LE(load, 100u);
-    EXPECT_EQ(reader.Load(1), load);
+    const test::TemporaryFolder root;
+    EXPECT_EQ(MemoryLoadReader(root.File("nothing")).Load(1), 0u);
+    for (const bool isVersion2 : {true, false}) {
+        const std::string mount = isVersion2 ? "sys/fs/cgroup/" : "sys/fs/cgroup/memory/";
+        const auto write = [&](const char* group, const char* limit, const char* current) {
+            const std::string folder = mount + group;
+            std::filesystem::create_directories(root.File(folder));
+            root.Write(folder + (isVersion2 ? "memory.max" : "memory.limit_in_bytes"), limit);
+            root.Write(folder + (isVersion2 ? "memory.current" : "memory.usage_in_bytes"), current);
+        };
+        std::filesystem::create_directories(root.File("proc/self"));
+        root.Write("proc/meminfo", "MemTotal: 1000 kB\nMemAvailable: 900 kB\n");
+        root.Write("proc/self/cgroup", isVersion2 ? "1:cpu:/b\nrubbish\n0::/a/none/b\n"
+                                                  : "rubbish:\n4:memory:/a/none/b\n0::/\n");
+        write("a/none/b/", "1000", "500"); // without a memory.stat
+        write("a/", isVersion2 ? "max" : "9223372036854771712", "500");
+        std::filesystem::create_directories(root.File(mount + "a/none"));
+        write("", "1000", "600");
+        root.Write(mount + "memory.stat", "inactive_file 450\n");
+        MemoryLoadReader reader(root.File(""));
+        EXPECT_EQ(reader.Load(1), 50u);
+        write("a/none/b/", "1000", "700");
+        EXPECT_EQ(reader.Load(1), 50u);
+        EXPECT_EQ(reader.Load(2), 70u);
+        write("a/none/b/", "", "700"); // the group has gone
+        EXPECT_EQ(reader.Load(3), 15u);
+    }
 }
 
 } // namespace

@@ -15,6 +15,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
+#include <memory>
 #include <thread>
 
 /// fontconfig keeps some memory for the life of the process.
@@ -106,6 +107,25 @@ TEST_F(PosixSystemTest, LinksAreFollowedAsFarAsTheKernelDoes) {
     EXPECT_EQ(m_system.ResolveName(m_folder.File("41").c_str(), resolved), ELOOP);
     EXPECT_EQ(m_system.ResolveName((m_folder.File("0") + "/x").c_str(), resolved), ENOTDIR);
     EXPECT_EQ(m_system.ResolveName("", resolved), ENOENT);
+    // As the C library has it.
+    ASSERT_EQ(m_system.MakeFolder(m_folder.File("x/fd").c_str()), 0);
+    m_folder.Link("../..", "x/fd/up");
+    m_folder.Link(m_folder.File("x/fd/"), "absolute");
+    m_folder.Link("none", "dangling");
+    for (const std::string& name :
+         {std::string("/"), std::string("//"), std::string("/.."), std::string("."),
+          std::string(".."), std::string("/bin/sh"), std::string("/proc/self/exe"),
+          m_folder.File("./x/../x/fd//up/40"), m_folder.File("absolute"),
+          m_folder.File("absolute/up/x/fd/./up"), m_folder.File("dangling"),
+          m_folder.File("dangling/x"), m_folder.File("x/none"), m_folder.File("x/none/..")}) {
+        const std::unique_ptr<char, decltype(&std::free)> expected(
+            ::realpath(name.c_str(), nullptr), &std::free);
+        const int error = expected ? 0 : errno;
+        EXPECT_EQ(m_system.ResolveName(name.c_str(), resolved), error) << name;
+        if (expected) {
+            EXPECT_EQ(resolved, expected.get()) << name;
+        }
+    }
 }
 
 TEST_F(PosixSystemTest, SignalsEndNoCall) {
@@ -161,7 +181,18 @@ TEST_F(PosixSystemTest, ScratchFilesBelongToTheProcessAndAreLocked) {
     EXPECT_FALSE(status.isScratch);
     m_system.CloseFile(handle);
     EXPECT_EQ(m_system.LockFile(other, true, false), 0);
-    m_system.CloseFile(other);
+    EXPECT_EQ(m_system.GetLockHolder(other),
+              "process " + std::to_string(::getpid()) + " (os_test)");
+    EXPECT_EQ(m_system.LockFile(other, false, true), 0);
+    const FileHandle third = Open(name, kOpenRead);
+    EXPECT_EQ(m_system.LockFile(third, false, false), 0);
+    for (const FileHandle each : {other, third}) {
+        EXPECT_EQ(m_system.UnlockFile(each), 0);
+        m_system.CloseFile(each);
+    }
+    const FileHandle unlocked = Open(name, kOpenRead);
+    EXPECT_EQ(m_system.GetLockHolder(unlocked), "");
+    m_system.CloseFile(unlocked);
 }
 
 TEST_F(PosixSystemTest, PrivateFilesAreNotOpenedThroughLinksNorInherited) {
@@ -192,7 +223,9 @@ TEST_F(PosixSystemTest, RenamesWithAndWithoutReplacing) {
     for (const char* made : {"x", "x/y", "x/y/z"})
         EXPECT_EQ(TemporaryFolder::ModeOf(m_folder.File(made)), 0700u);
     EXPECT_EQ(m_system.MakeFolder(m_folder.File("x/y").c_str()), 0);
-    EXPECT_NE(m_system.MakeFolder(m_folder.File("a/y").c_str()), 0);
+    EXPECT_EQ(m_system.MakeFolder(m_folder.File("a/y").c_str()), ENOTDIR);
+    EXPECT_EQ(m_system.MakeFolder(m_folder.File("a").c_str()), EEXIST);
+    EXPECT_EQ(m_system.RenameFile(m_folder.File("b").c_str(), a.c_str(), true), ENOENT);
 }
 
 TEST_F(PosixSystemTest, KnowsTheProcess) {
