@@ -45,7 +45,8 @@ public:
     COutputStreamWriter& operator=(const COutputStreamWriter&) = delete;
 
     /// Writes the text, with "&lt;", "&gt;", "&amp;" and "&quot;" for < > & and the double quote
-    /// when substitution is on. A null text is empty.
+    /// when substitution is on. A null text is empty. In a double-byte code page the byte after a
+    /// lead byte is part of that character whatever it is, so "<" after one is not substituted.
     void Write(const char* text);
     /// The same of `length` bytes, which may contain NUL. Extension.
     void Write(const char* text, DWORD length);
