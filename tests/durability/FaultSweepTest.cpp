@@ -72,7 +72,7 @@ protected:
         return content == GetParam().before ? "old" : "between";
     }
 
-    void TakeContent() {
+    void SaveWithoutFault() {
         const PlaceForTest place;
         Prepare(GetParam(), place);
         TestSystem system;
@@ -80,6 +80,8 @@ protected:
         const Saving saving = GetParam().begin(place, 1);
         if (saving.content)
             m_content = saving.content();
+        EXPECT_EQ(ErrorOf(saving.save), "");
+        EXPECT_EQ(system.RefusedNames() > 0, GetParam().isClosed || GetParam().isOtherDevice);
     }
 
     const std::string m_new = GetParam().text(1);
@@ -87,7 +89,7 @@ protected:
 };
 
 TEST_P(FaultSweep, LosesNothing) {
-    TakeContent();
+    SaveWithoutFault();
     unsigned met = 0;
     for (auto call = Call::Open; call != Call::Any; call = static_cast<Call>(int(call) + 1)) {
         for (const Fault::Kind kind :

@@ -72,8 +72,8 @@ int TestSystem::OpenFile(const char* name, unsigned flags, FileHandle& handle) {
     if (const int error = Failure(Call::Open))
         return error;
     FileStatus status;
-    if ((flags & kOpenCreate) && IsClosed(name) &&
-        SystemWrapper::GetFileStatus(name, status) == ENOENT)
+    if ((flags & kOpenCreate) && SystemWrapper::GetFileStatus(name, status) == ENOENT &&
+        IsClosed(name))
         return EACCES;
     const int error = SystemWrapper::OpenFile(name, flags, handle);
     if (error == 0)
@@ -176,8 +176,16 @@ int TestSystem::RenameFile(const char* from, const char* to, bool replace) {
         return error;
     if (IsClosed(from) || IsClosed(to))
         return EACCES;
-    const auto isThere = [&](std::string_view name) { return name.starts_with(m_otherDevice); };
-    return isThere(from) != isThere(to) ? EXDEV : SystemWrapper::RenameFile(from, to, replace);
+    if (IsIn(m_otherDevice, from) == IsIn(m_otherDevice, to))
+        return SystemWrapper::RenameFile(from, to, replace);
+    ++m_refused;
+    return EXDEV;
+}
+
+FileIdentity TestSystem::FolderIdentity(const std::string& folder) {
+    FileStatus status;
+    return SystemWrapper::GetFileStatus(folder.c_str(), status) == 0 ? status.identity
+                                                                     : FileIdentity();
 }
 
 int TestSystem::ReleaseScratch(FileHandle handle) {

@@ -2,6 +2,7 @@
 // makes chosen calls fail, fall short or land elsewhere.
 #pragma once
 
+#include "src/os/Paths.h"
 #include "src/os/SystemWrapper.h"
 
 #include <array>
@@ -65,11 +66,13 @@ public:
     /// What MatchFontFamily answers.
     void SetFontFamily(const std::string& family) { m_fontFamily = family; }
     void SetVersion(SystemVersion version) { m_version = version; }
-    /// Puts that folder (with a slash at its end) on a device of its own: no file is renamed into
-    /// it or out of it.
-    void SetOtherDevice(const std::string& folder) { m_otherDevice = folder; }
-    /// That folder (with a slash at its end) takes no new names and keeps those it has.
-    void SetClosedFolder(const std::string& folder) { m_closedFolder = folder; }
+    /// Puts that folder, which is there, on a device of its own: no file is renamed into it or out of
+    /// it.
+    void SetOtherDevice(const std::string& folder) { m_otherDevice = FolderIdentity(folder); }
+    /// That folder, which is there, takes no new names and keeps those it has.
+    void SetClosedFolder(const std::string& folder) { m_closedFolder = FolderIdentity(folder); }
+    /// How many calls were refused because of those two.
+    unsigned RefusedNames() const { return m_refused; }
     /// Lets syncing succeed without waiting for the disk.
     void SetSyncsNothing() { m_syncsNothing = true; }
 
@@ -147,12 +150,16 @@ private:
     std::string m_libraryFileName;
     std::optional<SystemVersion> m_version;
     std::map<std::string, std::string> m_environment;
-    /// Whether the name is one that a closed folder does not take.
-    bool IsClosed(std::string_view name) const {
-        return !m_closedFolder.empty() && name.starts_with(m_closedFolder);
+    /// Unknown when there is no such folder.
+    FileIdentity FolderIdentity(const std::string& folder);
+    /// Whether a name is in that folder, in whatever way it is spelt.
+    bool IsIn(const FileIdentity& folder, const char* name) {
+        return folder.IsKnown() && FolderIdentity(FolderOf(name)) == folder;
     }
+    bool IsClosed(const char* name) { return IsIn(m_closedFolder, name) && ++m_refused > 0; }
 
-    std::string m_otherDevice, m_closedFolder;
+    FileIdentity m_otherDevice, m_closedFolder;
+    unsigned m_refused = 0;
     bool m_syncsNothing = false;
     std::optional<Fault> m_fault;
     unsigned m_seen = 0, m_hits = 0;

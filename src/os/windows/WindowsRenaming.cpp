@@ -4,6 +4,7 @@
 // which leave an open file's name taken until it is closed: so the file is given another name
 // before. The order of these steps keeps a file from getting lost: what cannot be finished is
 // taken back.
+#include "src/os/ScratchFile.h"
 #include "src/os/windows/WindowsCalls.h"
 #include "src/os/windows/WindowsSystem.h"
 
@@ -78,28 +79,49 @@ std::wstring NameAside(const wchar_t* name) {
            std::to_wstring(counter.fetch_add(1));
 }
 
-/// Marks an open file as one that goes with its last handle.
-DWORD RemoveOnClose(HANDLE file) noexcept {
-    FILE_BASIC_INFO basic{};
-    if (::GetFileInformationByHandleEx(file, FileBasicInfo, &basic, sizeof basic) &&
-        (basic.FileAttributes & FILE_ATTRIBUTE_READONLY)) {
-        basic = {};
-        basic.FileAttributes = FILE_ATTRIBUTE_NORMAL;
-        ::SetFileInformationByHandle(file, FileBasicInfo, &basic, sizeof basic);
+/// Opens a file that goes with its last handle, though this process be killed: INVALID_HANDLE_VALUE
+/// when it may not go.
+HANDLE OpenToRemove(const wchar_t* name) noexcept {
+    const auto open = [&] {
+        return ::CreateFileW(
+            name, DELETE | FILE_READ_ATTRIBUTES | SYNCHRONIZE, kShareAll, nullptr, OPEN_EXISTING,
+            FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_DELETE_ON_CLOSE,
+            nullptr);
+    };
+    const HANDLE file = open();
+    if (file != INVALID_HANDLE_VALUE)
+        return file;
+    const DWORD error = ::GetLastError(), attributes = ::GetFileAttributesW(name);
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) &&
+        ::SetFileAttributesW(name, attributes & ~DWORD{FILE_ATTRIBUTE_READONLY})) {
+        if (const HANDLE writable = open(); writable != INVALID_HANDLE_VALUE)
+            return writable;
+        ::SetFileAttributesW(name, attributes);
     }
-    FILE_DISPOSITION_INFO info{TRUE};
-    return ::SetFileInformationByHandle(file, FileDispositionInfo, &info, sizeof info)
-               ? ERROR_SUCCESS
-               : ::GetLastError();
+    ::SetLastError(error);
+    return INVALID_HANDLE_VALUE;
 }
 
-int RemoveInTwoSteps(HANDLE file, const wchar_t* name) {
+int RemoveInTwoSteps(const wchar_t* name) {
     const std::wstring aside = NameAside(name);
-    const bool isAside = Rename(file, aside.c_str(), FileRenameInfo, 0) == ERROR_SUCCESS;
-    const DWORD error = RemoveOnClose(file);
-    if (error != ERROR_SUCCESS && isAside)
-        Rename(file, name, FileRenameInfo, 0);
-    return windows::ErrnoOf(error);
+    const OwnHandle file(OpenToRemove(name));
+    if (!file.IsOpen())
+        return LastErrno();
+    // The name is to be free while others have the file open. Where it does not get another one, it
+    // goes all the same.
+    Rename(file.Get(), aside.c_str(), FileRenameInfo, 0);
+    return 0;
+}
+
+/// What a file is called in the moment in which nobody has the name `to`, and after a kill in it: a
+/// user finds the file by that; of a scratch file it is a name that the sweep knows.
+std::wstring NameInBetween(const std::wstring& to) {
+    static std::atomic<unsigned> counter{0x40000000}; // far from those of MakeScratch
+    const std::size_t folder = to.find_last_of(L'\\') + 1;
+    if (const auto use = UseOfScratchName(windows::Narrow(to.substr(folder))))
+        return to.substr(0, folder) +
+               windows::Widen(ScratchName(*use, ::GetCurrentProcessId(), counter.fetch_add(1)));
+    return to + L".~aside";
 }
 
 /// Replaces a file that is open.
@@ -113,21 +135,22 @@ int ReplaceInTwoSteps(HANDLE file, const wchar_t* to) {
     if (::GetFileInformationByHandleEx(old.Get(), FileBasicInfo, &basic, sizeof basic) &&
         (basic.FileAttributes & FILE_ATTRIBUTE_READONLY))
         return EACCES;
-    // The first is for the moment in which nobody has the name `to`. It must be free again for the
-    // next such step, though the old file be open still, and may be one that a killed process left.
-    const std::wstring known = std::wstring(to) + L".~aside", other = NameAside(to);
-    DWORD error = Rename(old.Get(), known.c_str(), FileRenameInfo, 0);
+    // The name in between must be free again for the next such step, though the old file be open
+    // still, and may be one that a killed process left.
+    const std::wstring other = NameAside(to);
+    std::wstring now = NameInBetween(to);
+    DWORD error = Rename(old.Get(), now.c_str(), FileRenameInfo, 0);
     if (error == ERROR_ALREADY_EXISTS)
-        error = Rename(old.Get(), other.c_str(), FileRenameInfo, 0);
+        error = Rename(old.Get(), (now = other).c_str(), FileRenameInfo, 0);
     if (error != ERROR_SUCCESS)
         return windows::ErrnoOf(error);
-    error = Rename(file, to, FileRenameInfo, 0);
+    error = Rename(file, to, FileRenameInfo, 1); // another process may have put a file there
     if (error != ERROR_SUCCESS) {
         Rename(old.Get(), to, FileRenameInfo, 0);
         return windows::ErrnoOf(error);
     }
-    Rename(old.Get(), other.c_str(), FileRenameInfo, 0);
-    RemoveOnClose(old.Get());
+    if (const OwnHandle gone(OpenToRemove(now.c_str())); gone.IsOpen())
+        Rename(gone.Get(), other.c_str(), FileRenameInfo, 0);
     return 0;
 }
 
@@ -146,8 +169,7 @@ int WindowsSystem::RemoveFile(const char* name) {
     if (::SetFileInformationByHandle(file.Get(), kDispositionInfoEx, &flags, sizeof flags))
         return 0;
     try {
-        return IsUnknownCall(::GetLastError()) ? RemoveInTwoSteps(file.Get(), wide.Get())
-                                               : LastErrno();
+        return IsUnknownCall(::GetLastError()) ? RemoveInTwoSteps(wide.Get()) : LastErrno();
     } catch (const std::bad_alloc&) {
         return ENOMEM;
     }

@@ -8,8 +8,9 @@
 // Removing and renaming open files works as FileSystem wants it where the file system has the
 // POSIX semantics of both (NTFS since Windows 10, version 1709). Elsewhere a removed file that is
 // open is first given another name, as is the file that a rename replaces; between these two steps
-// of such a rename neither has the name, and a process that is killed there leaves the old
-// file as "<name>.~aside", or with numbers after that where such a file is there already.
+// of such a rename neither has the name, and a process that is killed there, or before the call that
+// marks the old file for removal, leaves it as "<name>.~aside", or with numbers after that where such
+// a file is there already. What is left of a scratch file is swept.
 #pragma once
 
 #include "src/os/System.h"

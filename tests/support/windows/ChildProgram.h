@@ -23,7 +23,8 @@ public:
         STARTUPINFOA startup{};
         startup.cb = sizeof startup;
         EXPECT_TRUE(::CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr,
-                                     nullptr, &startup, &m_process));
+                                     nullptr, &startup, &m_process))
+            << ::GetLastError() << " " << line;
         ::SetEnvironmentVariableA(kVariable, nullptr);
     }
     ~ChildProgram() {
