@@ -242,8 +242,8 @@ void PatternScanner::Factorize() noexcept {
     m_cut = cut.start;
     m_shift = cut.period;
     const std::size_t size = m_pattern.size();
-    m_periodic = cut.start + cut.period <= size &&
-                 std::memcmp(m_pattern.data(), m_pattern.data() + cut.period, cut.start) == 0;
+    m_periodic = // the greatest suffix is at least as long as its period
+        std::memcmp(m_pattern.data(), m_pattern.data() + cut.period, cut.start) == 0;
     if (!m_periodic)
         m_shift = std::max(m_cut, size - m_cut) + 1;
     m_known = 0;

@@ -117,6 +117,7 @@ void CByteStore::ReleasePages() {
     if (m_arrPages.GetSize() == 0)
         return;
     Flush(0);
+    DropPagesFrom(static_cast<DWORD>(PageCount(m_dwLength))); // GetFirstPage of an empty store
     const int pages = m_nMaxPages;
     SetMaxPages(0); // all of them are in the file
     m_nMaxPages = pages;

@@ -43,9 +43,7 @@ void OpenScratchImage(CFile& file, CString& name) {
 
 /// Closes the file of `file` and puts the open file `handle` in its place.
 void Exchange(CFile& file, FileHandle handle) {
-    if (file.m_hFile != CFile::hFileNull)
-        System::Current().CloseFile(file.m_hFile);
-    file.m_hFile = handle;
+    System::Current().CloseFile(std::exchange(file.m_hFile, handle));
 }
 
 } // namespace

@@ -174,12 +174,10 @@ CBytePage* CByteStore::AddPage() {
 }
 
 void CByteStore::RemovePage(CBytePage* page) {
-    for (int i = 0; i < m_arrPages.GetSize(); ++i) {
-        if (m_arrPages[i] == page) {
-            m_arrPages.RemoveAt(i);
-            break;
-        }
-    }
+    int i = 0;
+    while (m_arrPages[i] != page)
+        ++i;
+    m_arrPages.RemoveAt(i);
     if (LoadedPage(page->GetPageNum()) == page)
         m_arrLoaded[page->GetPageNum()] = nullptr;
     if (m_pRunPage == page)

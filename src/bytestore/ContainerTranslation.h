@@ -90,10 +90,12 @@ int TranslateToText(Container& bytes, WORD from, CString& text, STranslationRepo
     const DWORD length = translated.GetLength();
     if (length > 0x7FFFFFFE)
         AfxThrowMemoryException();
-    auto* buffer = reinterpret_cast<BYTE*>(text.GetBufferSetLength(static_cast<int>(length)));
+    CString result; // the caller's stays as it is when a page cannot be read
+    auto* buffer = reinterpret_cast<BYTE*>(result.GetBufferSetLength(static_cast<int>(length)));
     if (length > 0)
         translated.CopyTo(0, buffer, length, length);
-    text.ReleaseBuffer(static_cast<int>(length));
+    result.ReleaseBuffer(static_cast<int>(length));
+    text = std::move(result);
     return 1;
 }
 

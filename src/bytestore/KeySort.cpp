@@ -212,8 +212,8 @@ bool KeySorter::Merge(const std::function<bool(DWORD)>& take) {
     const auto isAfter = [](const auto& left, const auto& right) { return right->IsBefore(*left); };
     for (const Extent& extent : m_runs) {
         auto run = std::make_unique<Run>(m_space, extent);
-        if (run->Next())
-            runs.push_back(std::move(run));
+        run->Next(); // none is empty
+        runs.push_back(std::move(run));
     }
     std::make_heap(runs.begin(), runs.end(), isAfter);
     while (!runs.empty()) {

@@ -33,8 +33,6 @@ std::size_t LongPattern::Hash(const BYTE* group) noexcept {
 }
 
 bool LongPattern::Scan(std::span<const BYTE> text, std::size_t& position) noexcept {
-    if (position > text.size() || text.size() - position < m_pattern.size())
-        return false;
     const std::size_t last = text.size() - m_pattern.size();
     const BYTE* const lastGroups = text.data() + m_pattern.size() - kGroup;
     const std::size_t farthest = m_farthest;

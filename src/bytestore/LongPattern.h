@@ -24,7 +24,7 @@ public:
     static std::unique_ptr<LongPattern> Make(std::span<const BYTE> pattern) noexcept;
 
     /// As PatternScanner::Scan, until it does not pay: see HasGivenUp. All starts before `position`
-    /// are then excluded.
+    /// are then excluded. REQUIRES: the text has room for the pattern from `position` on.
     bool Scan(std::span<const BYTE> text, std::size_t& position) noexcept;
 
     /// Too much of the data looks like the pattern. So the time stays linear.

@@ -7,7 +7,6 @@
 #include <bit>
 #include <charconv>
 #include <cmath>
-#include <cstdlib>
 #include <limits>
 
 namespace vnbytstr::detail {
@@ -175,10 +174,9 @@ Side SideOf(ULONGLONG digits, int places, double nearest) {
     int exponent;
     const double fraction = std::frexp(nearest, &exponent);
     Word128 left = digits, right = static_cast<ULONGLONG>(std::ldexp(fraction, 53));
-    exponent -= 53;
     for (int i = 0; i < places; ++i)
         right *= 10;
-    (exponent < 0 ? left : right) <<= std::abs(exponent);
+    left <<= 53 - exponent; // not negative: the quotient of less than 2^53 is below it, too
     return left < right ? kBelow : left > right ? kAbove : kEqual;
 }
 

@@ -39,8 +39,8 @@ void PageAllowance::GiveUpOldest() {
             oldest = use;
         }
     }
-    if (from)
-        from->GiveUpPage();
+    assert(from); // there are more pages than none
+    from->GiveUpPage();
 }
 
 bool PageAllowance::GiveUpClean() noexcept {
@@ -114,8 +114,7 @@ void PagedSpace::Append(const BYTE* bytes, std::size_t count) {
 }
 
 void PagedSpace::SkipToNextPage() {
-    if (m_tailUsed == 0)
-        return;
+    assert(m_tailUsed > 0);
     std::memset(m_tail.get() + m_tailUsed, 0, RoomInPage());
     m_tailUsed = kPageSize;
 }

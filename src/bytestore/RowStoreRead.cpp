@@ -51,8 +51,7 @@ void CRowStore::State::LoadRow(DWORD row) {
     if (cursorSize == kLengthBefore)
         CopyAcross(cursorPosition - sizeof cursorSize, reinterpret_cast<BYTE*>(&cursorSize),
                    sizeof cursorSize);
-    const std::span<const BYTE> piece =
-        cursorSize > 0 ? data.Piece(cursorPosition) : std::span<const BYTE>();
+    const std::span<const BYTE> piece = data.Piece(cursorPosition); // each value takes a byte
     isGathered = piece.size() < cursorSize;
     if (isGathered) {
         WithMemoryException([&] { gathered.resize(cursorSize); });

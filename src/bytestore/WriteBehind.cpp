@@ -1,6 +1,7 @@
 #include "src/bytestore/WriteBehind.h"
 
 #include <algorithm>
+#include <cassert>
 #include <new>
 #include <utility>
 
@@ -22,8 +23,7 @@ const BYTE* WriteBehind::Find(DWORD number) const noexcept {
 }
 
 bool WriteBehind::Take(DWORD number, BYTE*& buffer) noexcept {
-    if (IsFull() || (!IsEmpty() && number != m_first + m_count))
-        return false;
+    assert(!IsFull() && (IsEmpty() || number == m_first + m_count));
     if (!m_buffers[m_count])
         m_buffers[m_count] = new (std::nothrow) BYTE[CBytePage::m_dwPageSize];
     if (!m_buffers[m_count])

@@ -30,7 +30,7 @@ public:
     const BYTE* Find(DWORD number) const noexcept;
 
     /// Takes the buffer of page `number` and puts another, of undefined content, in its place.
-    /// False, with nothing changed, when the page does not follow the run, the run is full, or
+    /// REQUIRES: the run is not full, and the page follows it. False, with nothing changed, when
     /// there is no memory for the other buffer.
     bool Take(DWORD number, BYTE*& buffer) noexcept;
     /// All pages have been written, or are no longer needed.

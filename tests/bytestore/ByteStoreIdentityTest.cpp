@@ -202,6 +202,98 @@ TEST_F(ByteStoreIdentityTest, NullNamesAreRefused) {
     EXPECT_EQ(CauseOf([&] { store.SetFileName(nullptr); }), -2);
 }
 
+/// The user's file under the store's name was removed, replaced or moved behind a link: a save goes
+/// to its target alone.
+TEST_F(ByteStoreIdentityTest, SavedElsewhereAfterItsNameHasChanged) {
+    const std::string name = m_folder.File("a"), out = m_folder.File("out");
+    for (const int way : {0, 1, 2, 3}) {
+        SCOPED_TRACE(way);
+        CByteStore store;
+        Open(store, "a", FALSE);
+        if (way == 0)
+            std::filesystem::remove(name);
+        else if (way == 1)
+            PutOther(name);
+        else
+            std::filesystem::rename(name, m_folder.File("moved"));
+        if (way == 2 && !m_folder.Link("moved", "a"))
+            continue; // not every system, or user, can
+        m_system.Inject(way == 3 ? std::optional(Fault{.call = Call::Rename, .at = 2})
+                                 : std::nullopt);
+        store.SetByte(3, 0x11);
+        store.SaveToFile(out.c_str());
+        m_system.Inject(std::nullopt);
+        std::string expected = m_text;
+        expected[3] = 0x11;
+        EXPECT_TRUE(m_folder.Read("out") == expected);
+        if (way == 1) {
+            EXPECT_EQ(m_folder.Read("a"), "other");
+        }
+        for (const std::string& each : m_folder.Names())
+            std::filesystem::remove(m_folder.File(each));
+    }
+}
+
+TEST_F(ByteStoreIdentityTest, AfterAFailedSyncItsOwnFileIsWrittenAgain) {
+    CByteStore store;
+    Open(store, "a", FALSE);
+    store.SetByte(3, 0x11);
+    const std::string name = store.GetFileName();
+    m_system.Inject(Fault{.call = Call::Sync, .error = EIO});
+    EXPECT_EQ(CauseOf([&] { store.SaveToFile(name.c_str()); }), -2);
+    m_system.Inject(std::nullopt);
+    m_system.ResetCounts();
+    store.SaveToFile(name.c_str());
+    EXPECT_GT(m_system.Count(Call::Write), 20u);
+    EXPECT_EQ(m_folder.Read("a")[3], 0x11);
+}
+
+/// A shifted image under the name, of a file that is the user's: kept, cut, replaced, reopened.
+TEST_F(ByteStoreIdentityTest, WithAShiftedImageUnderItsName) {
+    const std::string shifted = m_text.substr(0, kPage - 100) + m_text.substr(kPage);
+    for (const int way : {0, 1, 2, 3}) {
+        SCOPED_TRACE(way);
+        CByteStore store;
+        if (way == 3)
+            Append(store, m_bytes);
+        else
+            Open(store, "a", FALSE);
+        const std::string name = store.GetFileName();
+        store.Flush(1); // the cursor is at the beginning
+        store.SetCurrentOffset(100);
+        store.Flush(1);
+        const std::string base = Base(store.GetFileName());
+        EXPECT_TRUE(m_folder.Read(base) == shifted);
+        if (way == 1)
+            PutOther(name);
+        if (way == 1)
+            store.Flush(0); // not the store's any more
+        if (way == 2)
+            store.Flush(1);
+        store.SetAutoDelete(way == 3 ? FALSE : store.GetAutoDelete());
+        EXPECT_EQ(Content(store), m_bytes);
+        store.Empty();
+        EXPECT_TRUE(m_folder.Read(base) == (way == 1 ? "other" : shifted));
+        std::filesystem::remove(m_folder.File(base));
+    }
+}
+
+TEST_F(ByteStoreIdentityTest, AFileWhoseStatusIsNotToldIsNotOpened) {
+    m_folder.Write("a", m_text);
+    for (unsigned at = 1;; ++at) {
+        CByteStore store("0102");
+        m_system.Inject(Fault{.call = Call::Status, .at = at});
+        const int cause = CauseOf([&] { store.SetFileName(m_folder.File("a").c_str()); });
+        const bool hit = m_system.Hits() > 0;
+        m_system.Inject(std::nullopt);
+        EXPECT_EQ(cause, hit ? -2 : -1);
+        if (!hit)
+            break;
+        store.Empty();
+        EXPECT_TRUE(m_folder.Read("a") == m_text);
+    }
+}
+
 TEST_F(ByteStoreIdentityTest, AFailedSyncIsFinal) {
     CByteStore store;
     Append(store, m_bytes);

@@ -39,6 +39,20 @@ TEST_F(ByteStoreTest, AccountedBytesAreNeverHeld) {
     EXPECT_EQ(store.GetWord(6 + 3 * kPage), 0xABCD);
 }
 
+/// The first page may be had before there is any content.
+TEST_F(ByteStoreTest, FirstPageOfAnEmptyStore) {
+    CByteStore store;
+    store.GetFirstPage()[3] = 7;
+    store.Flush();
+    EXPECT_TRUE(store.IsEmpty());
+    store.GetFirstPage();
+    store.ReleasePages();
+    EXPECT_EQ(store.GetResidentPageCount(), 0u);
+    store.GetFirstPage();
+    AppendPages(store, Pattern(20 * kPage));
+    EXPECT_EQ(Content(store), Pattern(20 * kPage));
+}
+
 TEST_F(ByteStoreTest, LengthsUpTo4GiBLess1) {
     CByteStore store;
     store.Concat(DWORD{0xFFFFFFFE});
@@ -68,6 +82,16 @@ TEST_F(ByteStoreTest, LengthsUpTo4GiBLess1) {
     EXPECT_EQ(file.GetDWord(0xFFFFFFFB), 0x01020304u);
     EXPECT_EQ(file.GetByte(0x7FFFFFFF), 9);
     EXPECT_EQ(file.GetWord(0x80000000), 8);
+    CString hex("kept"); // a text has no room for so much
+    char digits[2];
+    EXPECT_EQ(CauseOf([&] { file.CopyToHex(1, hex, 0); }), 0);
+    EXPECT_EQ(CauseOf([&] { file.CopyToHex(0, digits, 1, 0x80000000); }), 0);
+    EXPECT_TRUE(hex == "kept");
+    file.CopyToHex(0xFFFFFFFF, hex, 0);
+    EXPECT_TRUE(hex.IsEmpty());
+    file.DiscardUpTo(5);
+    EXPECT_EQ(CauseOf([&] { file.CopyToHex(4, digits, 1, 2); }), 0);
+    EXPECT_EQ(CauseOf([&] { file.CopyToHex(4, hex, 1); }), 0);
 }
 
 // --- cache ---------------------------------------------------------------------------------------

@@ -164,6 +164,39 @@ TEST_F(ByteStreamTest, WritableBufferGrowsWithinItsCapacity) {
     EXPECT_EQ(CauseOf([&] { stream.SetByte(0x50000, 1); }), 3);
 }
 
+TEST_F(ByteStreamTest, BuffersThatAreNull) {
+    CByteStream stream("01");
+    stream.SetReadOnlyBuffer(nullptr, 5);
+    EXPECT_TRUE(stream.IsEmpty());
+    stream.Empty(0);
+    stream.SetWritableBuffer(nullptr, 3, 5);
+    EXPECT_TRUE(stream.IsEmpty());
+    EXPECT_EQ(CauseOf([&] { stream.ConcatByte(1); }), 3);
+    stream.SetInternalBuffer();
+    stream.SetInternalBuffer();
+    EXPECT_EQ(stream.GetConcatBuffer(0), nullptr);
+    stream.CopyFrom(0, CByteStream(), 0, 0);
+    EXPECT_TRUE(stream.IsEmpty());
+}
+
+/// A block that was taken under a higher limit is given up when the content is found too long.
+TEST_F(ByteStreamTest, LimitThatSinks) {
+    CByteStream stream("0102");
+    stream.GetBuffer(1000);
+    CByteStream::m_dwMaxSizeInMemory = 100;
+    stream.CopyFrom(200, Pattern(10).data(), 10);
+    EXPECT_FALSE(stream.IsAllInBuffer());
+    EXPECT_TRUE(stream.Left(3) == "010200" &&
+                stream.Right(10) == CByteStream(Pattern(10).data(), 10));
+    CByteStream full;
+    CByteStream::m_dwMaxSizeInMemory = 0x40000;
+    full.SetByte(262111, 1);
+    full.GetBuffer(262112);
+    full.Concat(DWORD{1}); // below the limit, which the block's next size passes
+    EXPECT_EQ(full.GetLength(), 262113u);
+    EXPECT_EQ(full.GetWord(262111), 0x0100);
+}
+
 TEST_F(ByteStreamTest, BufferAccess) {
     CByteStream stream;
     EXPECT_EQ(static_cast<const BYTE*>(stream), nullptr);
@@ -197,6 +230,11 @@ TEST_F(ByteStreamTest, ComparesAndSearchesWhereverTheBytesLie) {
     EXPECT_EQ(view.Find(part), 3 * kPage + 7);
     EXPECT_EQ(spilled.Find(spilled), 0u);
     EXPECT_EQ(spilled.Find(spilled, 1), CByteStream::kNotFound);
+    CByteStream inStore; // a short one that has a store
+    EXPECT_EQ(CauseOf([&] { inStore.GetBuffer(0x40001); }), 2);
+    EXPECT_EQ(view.Find(inStore, 5), 5u); // empty
+    inStore.CopyFrom(0, bytes.data() + 2 * kPage + 1, 50);
+    EXPECT_EQ(view.Find(inStore), 2 * kPage + 1);
     spilled.SetByte(7 * kPage + 6, static_cast<BYTE>(spilled.GetByte(7 * kPage + 6) + 1));
     EXPECT_EQ(spilled.Find(part), CByteStream::kNotFound);
     EXPECT_TRUE(spilled != view && view != spilled);
@@ -232,8 +270,19 @@ TEST_F(ByteStreamTest, FilesThroughAStore) {
     stream.SetAutoDelete(0); // holds for the store to come
     stream.SetFileName(name.c_str());
     EXPECT_TRUE(stream == "010203");
+    stream.SetFileName(name.c_str()); // from one store to the next
+    stream.SetByte(0, 9);
+    stream.CopyToFile(m_folder.File("copy").c_str(), 1); // the cursor is at the beginning
+    EXPECT_EQ(m_folder.Read("copy"), "\x09\2\3");
+    EXPECT_EQ(m_folder.Read("file"), "\1\2\3");
+    stream.Flush();
+    EXPECT_EQ(m_folder.Read("file"), "\x09\2\3");
     stream.Empty();
-    EXPECT_EQ(FileCount(), 1u);
+    EXPECT_EQ(FileCount(), 2u);
+    CByteStream small("05");
+    small.Flush(); // has nothing to flush
+    small.CopyToFile(m_folder.File("copy").c_str(), 1);
+    EXPECT_EQ(m_folder.Read("copy"), "\5");
 }
 
 TEST_F(ByteStreamTest, LimitIsReadOncePerProcess) {
@@ -241,6 +290,14 @@ TEST_F(ByteStreamTest, LimitIsReadOncePerProcess) {
         VNWriteProfileDWORD(3, "Options", "MaxCacheBlock", setting);
         return CByteStream::GetMaxSizeInMemory();
     };
+    // A setting that cannot be read now may be later.
+    CByteStream::m_dwMaxSizeInMemory = 0;
+    VNWriteProfileDWORD(3, "Options", "MaxCacheBlock", 500);
+    m_system.Inject(Fault{.call = Call::Open, .fromThenOn = true, .error = EIO});
+    EXPECT_EQ(CByteStream::GetMaxSizeInMemory(), 0x40000u);
+    m_system.Inject(std::nullopt);
+    m_system.SetTick(++m_tick);
+    EXPECT_EQ(CByteStream::GetMaxSizeInMemory(), 500u);
     CByteStream::m_dwMaxSizeInMemory = 0;
     EXPECT_EQ(limit(0), 0u);
     EXPECT_EQ(limit(1000), 1000u);

@@ -161,6 +161,11 @@ TEST_F(ContainerFaultTest, PageLimitBoundsWhatIsInMemory) {
     EXPECT_EQ(Content(other), bytes);
     other.SetPageLimit(0);
     EXPECT_EQ(Content(other), bytes);
+    other.Flush(); // now none waits
+    other.SetPageLimit(10);
+    EXPECT_EQ(Content(other), bytes);
+    other.SetPageLimit(0);
+    EXPECT_EQ(Content(other), bytes);
     EXPECT_EQ(other.GetResidentPageCount(), 16u);
 }
 

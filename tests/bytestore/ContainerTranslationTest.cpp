@@ -7,7 +7,7 @@
 namespace vnbytstr::test {
 namespace {
 
-constexpr WORD kUtf8 = 1208, kUtf16 = 1200, kEbcdic = 37;
+constexpr WORD kUtf8 = 1208, kUtf16 = 1200, kUtf32 = 1232, kEbcdic = 37;
 
 class ContainerTranslationTest : public StoreFixture {
 protected:
@@ -69,7 +69,7 @@ TEST_F(ContainerTranslationTest, EveryFormAgreesWithTheWholeText) {
     const auto check = [&](auto& value) {
         const Bytes source = Content(value);
         const auto length = static_cast<DWORD>(source.size());
-        for (const WORD to : {kUtf16, kEbcdic}) {
+        for (const WORD to : {kUtf16, kUtf32, kEbcdic}) {
             STranslationReport whole, report;
             const Bytes expected = Whole(source.data(), length, kUtf8, to, &whole);
             // Into another container, with what it held before dropped.
@@ -79,9 +79,12 @@ TEST_F(ContainerTranslationTest, EveryFormAgreesWithTheWholeText) {
             EXPECT_EQ(report.ullProduced, whole.ullProduced);
             EXPECT_EQ(report.ullUntranslatable, whole.ullUntranslatable);
             EXPECT_EQ(report.ullFirstUntranslatable, whole.ullFirstUntranslatable);
-            // Into a buffer: too small by one, just enough.
+            // Into a buffer: too small by one, by far, just enough.
             Bytes out(expected.size());
             auto room = static_cast<DWORD>(out.size() - 1);
+            EXPECT_EQ(value.TranslateCCSID(out.data(), &room, kUtf8, to), 0);
+            EXPECT_EQ(room, expected.size());
+            room = 10;
             EXPECT_EQ(value.TranslateCCSID(out.data(), &room, kUtf8, to), 0);
             EXPECT_EQ(room, expected.size());
             EXPECT_EQ(value.TranslateCCSID(out.data(), &room, kUtf8, to), 1);
@@ -114,6 +117,8 @@ TEST_F(ContainerTranslationTest, EveryFormAgreesWithTheWholeText) {
         EXPECT_EQ(value.TranslateCCSID(Bytes(5).data(), &room, kUtf8, 9), 0);
         EXPECT_EQ(room, 0u);
         EXPECT_EQ(value.TranslateCCSID(9, text), 0);
+        EXPECT_EQ(std::remove_reference_t<decltype(value)>().TranslateCCSID(kUtf8, text), 1);
+        EXPECT_TRUE(text.IsEmpty());
         EXPECT_EQ(value.TranslateCCSID(kUtf8, 9, value), 0);
         EXPECT_TRUE(Content(value) == source);
         // Onto itself, from a raised start.
@@ -127,6 +132,23 @@ TEST_F(ContainerTranslationTest, EveryFormAgreesWithTheWholeText) {
     check(m_spilled);
     check(m_store);
     EXPECT_FALSE(m_spilled.IsAllInBuffer());
+}
+
+TEST_F(ContainerTranslationTest, ATextStaysWhenThePagesOfItsTranslationCannotBeRead) {
+    const ScopedCodePage page(1252);
+    Bytes bytes(20 * kPage, 'a');
+    CByteStore store(bytes.data(), static_cast<DWORD>(bytes.size()));
+    for (unsigned at = 1; at < 200; ++at) {
+        CString text("kept");
+        m_system.Inject(Fault{.call = Call::Read, .at = at, .fromThenOn = true});
+        const int cause = CauseOf([&] { store.TranslateCCSID(kEbcdic, text); });
+        const bool hit = m_system.Hits() > 0;
+        m_system.Inject(std::nullopt);
+        ASSERT_EQ(cause, hit ? 2 : -1) << at;
+        ASSERT_TRUE(hit ? text == "kept" : text.GetLength() == static_cast<int>(bytes.size()));
+        if (!hit)
+            return;
+    }
 }
 
 TEST_F(ContainerTranslationTest, InPlaceKeepsWhereTheBytesAreAndTheFlags) {

@@ -122,6 +122,24 @@ TEST_F(ContainerValueTest, AssignmentKeepsWhatItCannotReplace) {
     bound = "0506"; // literals stay in the buffer as well
     EXPECT_EQ(bound.GetLength(), 2u);
     EXPECT_EQ(buffer[0], 5);
+    // Nothing is put into it of what cannot be read.
+    CByteStream spilled(Pattern(20 * kPage).data(), 20 * kPage);
+    Bytes large(21 * kPage);
+    CByteStream roomy;
+    roomy.SetWritableBuffer(large.data(), 4, static_cast<DWORD>(large.size()));
+    m_system.Inject(Fault{.call = Call::Read, .fromThenOn = true});
+    EXPECT_EQ(CauseOf([&] { roomy = spilled; }), 2);
+    m_system.Inject(std::nullopt);
+    EXPECT_EQ(Content(roomy), Bytes(4));
+    roomy = spilled;
+    EXPECT_EQ(Content(roomy), Pattern(20 * kPage));
+    EXPECT_TRUE(std::equal(large.begin(), large.end() - kPage, Pattern(20 * kPage).begin()));
+    CByteStream nothing;
+    EXPECT_EQ(CauseOf([&] { nothing.GetBuffer(0x40001); }), 2); // now it has a store
+    roomy = nothing;
+    EXPECT_TRUE(roomy.IsEmpty());
+    roomy = std::move(spilled); // which takes the store, and leaves the buffer
+    EXPECT_FALSE(roomy.IsAllInBuffer());
     // A part of its own buffer.
     CByteStream part;
     part.SetReadOnlyBuffer(buffer.data() + 2, 8);
@@ -153,6 +171,21 @@ TEST_F(ContainerValueTest, AssignmentLeavesTheUsersFileAndSettings) {
     store.SetFileName(name.c_str());
     store = "05";
     EXPECT_EQ(FileCount(), 0u); // auto-delete
+}
+
+TEST_F(ContainerValueTest, AssignedToItselfItStays) {
+    CByteStream small("0102"), spilled(Pattern(kLong).data(), kLong);
+    CByteStore store(Pattern(kLong).data(), kLong);
+    const auto check = [](auto& value) {
+        auto& same = value;
+        const Bytes before = Content(value);
+        value = same;
+        value = std::move(same);
+        EXPECT_TRUE(Content(value) == before && value == same);
+    };
+    check(small);
+    check(spilled);
+    check(store);
 }
 
 TEST_F(ContainerValueTest, MovesTakeEverything) {
@@ -229,6 +262,18 @@ TEST_F(ContainerValueTest, ConvertsWhereAContainerIsWanted) {
     EXPECT_EQ(store.Find("0D0A"), 2u);
     EXPECT_EQ(store.Find(store), 0u);
     EXPECT_TRUE(stream == store);
+    const auto none = CByteStore::kNotFound;
+    const auto check = [&](auto& value) {
+        EXPECT_EQ(value.Find("0D0A", 3), none);
+        EXPECT_EQ(value.Find("0D0A", 99), none);
+        EXPECT_EQ(value.Find("0A0B0D0A01"), none);
+        EXPECT_EQ(value.Find("0E"), none);
+        EXPECT_EQ(value.Find("", 4), 4u);
+        EXPECT_EQ(value.Find("", 5), none);
+        EXPECT_TRUE(value != CByteStream("0A0B0D0B") && value != CByteStore("0A0B0D0B"));
+    };
+    check(stream);
+    check(store);
     store = store.Mid(1, 2); // a temporary
     stream = store;
     EXPECT_TRUE(stream == "0B0D" && store == "0B0D");

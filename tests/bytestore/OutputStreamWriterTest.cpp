@@ -131,8 +131,12 @@ TEST_F(OutputStreamWriterTest, OddRecordIndexesAreSafe) {
                           EXPECT_EQ(writer.GetRecordIndex(), (INT_MAX % 10 + 2) % 10);
                           writer.SetRecordLength(-1);
                           writer.LineBreak();
+                          writer.SetRecordIndex(INT_MAX); // without records it stays there
+                          writer.Write("cd", 2);
+                          EXPECT_EQ(writer.GetRecordIndex(), INT_MAX);
+                          writer.WriteVerbatim(nullptr);
                       }),
-              "\r\nab\r\n");
+              "\r\nab\r\ncd");
 }
 
 TEST_F(OutputStreamWriterTest, MixedByteTextReturnsToSingleByteMode) {

@@ -307,6 +307,55 @@ TEST_F(RowSortTest, BlocksAndRunsEqualAStableSort) {
     }
 }
 
+TEST_F(RowSortTest, ARunMayBeEndedAtEveryStep) {
+    for (const std::size_t block : {std::size_t{4096}, std::size_t{1'000'000}}) {
+        unsigned tries = 0;
+        for (bool isWhole = false; !isWhole; ++tries) {
+            unsigned left = tries;
+            const auto keepOn = [&] { return left > 0 && left-- > 0; };
+            detail::KeySorter sorter(block, keepOn);
+            isWhole = true;
+            for (DWORD i = 0; i < 300 && isWhole; ++i)
+                isWhole = sorter.Add("a longer key " + std::to_string(i), i);
+            isWhole = isWhole && sorter.Finish([&](DWORD) { return keepOn(); });
+        }
+        EXPECT_GT(tries, 300u);
+    }
+}
+
+/// Of what is longer than is compared, or not translated, or no number.
+TEST_F(RowSortTest, OddValuesHaveTheirPlaces) {
+    const std::string same(CRowSort::kMaxCompared, 'x');
+    struct Value {
+        ERowValueType type;
+        std::string text;
+        WORD ccsid = 0;
+    };
+    std::vector<Value> values = {{rowText, "y" + same},
+                                 {rowText, same + "b"},
+                                 {rowText, same + "a"}, // the same, as far as it counts
+                                 {rowText, "c", GetNativeCCSID()},
+                                 {rowText, "b", 9}, // cannot be translated
+                                 {rowDecimal, "1E+02"}};
+    for (const char* text : {"1e", "1e+", "1e5x", "1.2.3", "1x", "1:", ".", "e5", "+-1"})
+        values.push_back({rowDecimal, text});
+    values.push_back({rowDecimal, "1" + same});
+    values.push_back({rowDecimal, "99.99999999999999999999"});
+    for (const Value& value : values) {
+        m_store.BeginRow();
+        if (value.type == rowText)
+            m_store.AppendText(value.text, value.ccsid);
+        else
+            m_store.AppendDecimal(value.text);
+        m_store.EndRow();
+    }
+    std::vector<DWORD> order;
+    CRowStoreColumn column(m_store, 0);
+    ASSERT_TRUE(CRowSort::Sort(column, order));
+    EXPECT_EQ(order,
+              (std::vector<DWORD>{16, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 4, 3, 1, 2, 0}));
+}
+
 TEST_F(RowSortTest, MayBeEndedAtAnyTimeAndMayFail) {
     const std::string beginning(3900, 'x'); // so that the keys do not fit into a block
     for (DWORD row = 0; row < 6000; ++row) {

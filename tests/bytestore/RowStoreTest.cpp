@@ -325,6 +325,9 @@ TEST_F(RowStoreTest, CallsOutOfOrderAreRefused) {
     refuses([&] { store.EndRow(); });
     refuses([&] { store.EndUpdate(); });
     store.BeginRow();
+    store.AppendText(std::string(5 * kPage, 'y'));
+    store.CancelRow(); // the first value that was stored
+    store.BeginRow();
     store.AppendInteger(7);
     store.EndRow(); // the second is NULL
     refuses([&] {
@@ -337,6 +340,19 @@ TEST_F(RowStoreTest, CallsOutOfOrderAreRefused) {
         store.BeginRow();
         store.BeginValue(rowInteger);
     });
+    refuses([&] {
+        store.BeginRow();
+        store.BeginValue(static_cast<ERowValueType>(rowBytes + 1));
+    });
+    for (const bool isEnd : {false, true})
+        refuses([&] {
+            store.BeginRow();
+            isEnd ? store.EndValue() : store.AppendPiece({});
+        });
+    store.BeginRow();
+    store.BeginValue(rowBytes);
+    const BYTE byte = 0; // which is not read
+    EXPECT_EQ(CauseOf([&] { store.AppendPiece({&byte, std::size_t{1} << 32}); }), 6);
     refuses([&] {
         store.BeginRow();
         store.BeginValue(rowText);
@@ -371,6 +387,15 @@ TEST_F(RowStoreTest, CallsOutOfOrderAreRefused) {
         store.BeginUpdate(0, 0);
         store.EndUpdate();
     });
+    refuses([&] {
+        store.BeginUpdate(0, 0);
+        store.BeginValue(rowText);
+        store.EndUpdate();
+    });
+    refuses([&] { store.BeginUpdate(0, -1); });
+    std::array<BYTE, 10> part;
+    EXPECT_EQ(store.CopyTo(value, 0, part.data(), 10), 10u); // of more than that
+    EXPECT_EQ(part[9], 'x');
     EXPECT_EQ(store.GetRowCount(), 2u);
     EXPECT_EQ(store.GetValue(0, 0).GetInteger(), 7);
     EXPECT_TRUE(store.GetValue(0, 1).IsNull());

@@ -100,6 +100,49 @@ TEST_F(ByteStorePosixTest, AChildReadsAndChangesACopyOfItsOwn) {
     EXPECT_EQ(FileCount(), 2u);
 }
 
+/// Also where pages wait to be written, some were never stored, the name leads to a shifted image,
+/// or the file cannot be opened once more.
+TEST_F(ByteStorePosixTest, AChildHasWhatItsParentHad) {
+    for (const bool isShifted : {false, true}) {
+        CByteStore store;
+        Append(store, Pattern(3 * kPage));
+        store.Concat(DWORD{5 * kPage});
+        Append(store, m_bytes);
+        if (isShifted) {
+            store.SetCurrentOffset(8 * kPage);
+            store.Flush(1);
+        }
+        const auto hasAll = [&] {
+            store.SetByte(8 * kPage, m_bytes[0]);
+            return store.Right(20 * kPage + 10) ==
+                   CByteStream(m_bytes.data(), static_cast<DWORD>(m_bytes.size()));
+        };
+        EXPECT_EQ(InChild([&] {
+                      if (!hasAll())
+                          return 1;
+                      store.SetAutoDelete(0); // its parent's file is not its own
+                      for (DWORD page = 8; page < 28; ++page)
+                          store.SetByte(page * kPage, 1);
+                      store.Flush();
+                      store.SetByte(20 * kPage, 2);
+                      store.Flush();
+                      return store.GetByte(20 * kPage) == 2 && store.GetByte(10 * kPage) == 1 ? 0
+                                                                                              : 2;
+                  }),
+                  0);
+        EXPECT_EQ(InChild([&] {
+                      m_system.Inject(Fault{.call = Call::Open, .fromThenOn = true});
+                      for (DWORD page = 8; page < 28; ++page)
+                          if (CauseOf([&] { store.GetDWord(page * kPage); }) == 2)
+                              return 0;
+                      return 1;
+                  }),
+                  0);
+        EXPECT_TRUE(hasAll());
+        EXPECT_EQ(FileCount(), 1u);
+    }
+}
+
 TEST_F(ByteStorePosixTest, AChildSeesThatItsParentChangedAPage) {
     CByteStore store;
     AppendPages(store, m_bytes);
