@@ -39,6 +39,56 @@ TEST_F(FileReplacementTest, WhatIsNoPlainFileIsWrittenToDirectly) {
     EXPECT_EQ(target.Open(nullptr), EINVAL);
 }
 
+/// What a folder, a file system or a device refuses is done without, or in another way.
+TEST_F(FileReplacementTest, RefusalsThatAreNotTheEnd) {
+    const auto putWith = [&](const std::string& name, test::Call call, unsigned at, int error) {
+        m_system.Inject(test::Fault{.call = call, .at = at, .error = error});
+        const int result = Put(name, "new");
+        EXPECT_EQ(m_system.Hits(), 1u);
+        m_system.Inject(std::nullopt);
+        EXPECT_EQ(LeftOvers(), 0u);
+        return result;
+    };
+    // No new file beside the old one, of the new content or of the old.
+    for (const int error : {EACCES, EPERM, EROFS, ENAMETOOLONG}) {
+        Write("a", "old");
+        std::filesystem::remove(Name("b"));
+        std::filesystem::create_hard_link(Name("a"), Name("b"));
+        for (const unsigned at : {1u, 3u}) {
+            EXPECT_EQ(putWith(Name("a"), test::Call::Open, at, error), 0) << error << at;
+            EXPECT_EQ(Read("b"), "new");
+        }
+        EXPECT_EQ(putWith(Name("none"), test::Call::Open, 1, error),
+                  error == ENAMETOOLONG ? 0 : error);
+        std::filesystem::remove(Name("none"));
+    }
+    EXPECT_EQ(putWith(Name("a"), test::Call::Open, 1, EMFILE), EMFILE);
+    EXPECT_EQ(putWith(Name("a"), test::Call::Open, 3, EMFILE), EMFILE);
+    for (const int error : {EPERM, ENOTSUP, ENOSYS, EINVAL})
+        EXPECT_EQ(putWith(Name("moded"), test::Call::Release, 1, error), 0) << error;
+    for (const int error : {ENOLCK, EOPNOTSUPP, ENOSYS, EINVAL, EBADF})
+        EXPECT_EQ(putWith(Name("locked"), test::Call::Lock, 1, error), 0) << error;
+    const std::string null = m_folder.Device(NullDevice());
+    for (const int error : {EINVAL, EROFS, ENOTSUP})
+        EXPECT_EQ(putWith(null, test::Call::Sync, 1, error), 0) << error;
+    // A file that goes, or that cannot be looked at, while its replacement begins.
+    Write("moving", "old");
+    EXPECT_EQ(putWith(Name("moving"), test::Call::Status, 2, EIO), EIO);
+    m_system.Before(test::Call::Status, 2, [&] { std::filesystem::remove(Name("moving")); });
+    EXPECT_EQ(Put(Name("moving"), "new"), ENOENT);
+    // A scratch file that a sweep took at once: the next name is free.
+    m_system.Before(test::Call::Lock, 1, [&] {
+        for (const auto& entry : std::filesystem::directory_iterator(m_folder.File("at")))
+            if (UseOfScratchName(entry.path().filename().string()))
+                std::filesystem::remove(entry);
+    });
+    EXPECT_EQ(Put(Name("moving"), "new"), 0);
+    EXPECT_EQ(Read("moving"), "new");
+    for (const auto& [name, error] :
+         {std::pair{"none/", EISDIR}, {"none/.", ENOENT}, {"none/..", ENOENT}})
+        EXPECT_EQ(Put(Name(name), "x"), error) << name;
+}
+
 TEST_F(FileReplacementTest, AdoptedFilesAreMovedOrComeBackAsTheyWere) {
     Write("target", "old");
     const std::string swap = m_folder.File("tmp/~dat-1-1.tmp");
@@ -94,6 +144,12 @@ TEST_F(FileReplacementTest, WritingOverIsForOneAtATime) {
     });
     EXPECT_EQ(Put(Name("a"), "new"), 0);
     release.join();
+    // Who writes for more than two seconds is not waited for.
+    ASSERT_EQ(other.OpenFile(Name("b").c_str(), kOpenRead, holder), 0);
+    ASSERT_EQ(other.LockFile(holder, true, false), 0);
+    EXPECT_EQ(Put(Name("a"), "late"), EWOULDBLOCK);
+    other.CloseFile(holder);
+    EXPECT_EQ(Read("b"), "new");
     // Where there are no locks, it goes without.
     m_system.Inject(test::Fault{.call = test::Call::Lock, .fromThenOn = true, .error = ENOLCK});
     EXPECT_EQ(Put(Name("a"), "new"), 0);
@@ -115,10 +171,12 @@ TEST_F(FileReplacementTest, TheSweepGoesByTheLockAlone) {
     ASSERT_EQ(OpenScratch(used.c_str(), handle), 0);
     Write(left, "left");
     const bool hasLinks = m_folder.Link("../victim", "at/.~new-9-9.tmp");
+    std::filesystem::create_directory(Name(".~new-9-8.tmp"));
     SweepLeftovers(m_folder.File("at"));
     EXPECT_TRUE(std::filesystem::exists(used));
     EXPECT_FALSE(std::filesystem::exists(Name(left)));
     EXPECT_EQ(std::filesystem::is_symlink(Name(".~new-9-9.tmp")), hasLinks);
+    EXPECT_TRUE(std::filesystem::exists(Name(".~new-9-8.tmp")));
     m_system.CloseFile(handle);
     // Where locks do not work nothing is known, and nothing removed.
     m_system.Inject(test::Fault{.call = test::Call::Lock, .at = 1, .error = ENOLCK});
@@ -127,6 +185,24 @@ TEST_F(FileReplacementTest, TheSweepGoesByTheLockAlone) {
     m_system.Inject(std::nullopt);
     SweepLeftovers(m_folder.File("at"));
     EXPECT_FALSE(std::filesystem::exists(used));
+}
+
+TEST_F(FileReplacementTest, EveryFolderIsSweptOnce) {
+    unsigned swept = 0;
+    for (int i = 0; i < 300; ++i) { // more than are remembered
+        const std::string folder = "at/" + std::to_string(i);
+        std::filesystem::create_directory(m_folder.File(folder));
+        const std::string left = folder + "/" + ScratchName(ScratchUse::New, 1, 1);
+        m_folder.Write(left, "left");
+        SweepLeftoversOnce(m_folder.File(folder));
+        // A new folder may have the identity of one that another test had.
+        swept += std::filesystem::exists(m_folder.File(left)) ? 0 : 1;
+        m_folder.Write(left, "left");
+        SweepLeftoversOnce(m_folder.File(folder));
+        EXPECT_TRUE(std::filesystem::exists(m_folder.File(left)));
+    }
+    EXPECT_GT(swept, 200u);
+    SweepLeftoversOnce(m_folder.File("none"));
 }
 
 // --- the public face -----------------------------------------------------------------------------

@@ -73,6 +73,9 @@ TEST_F(FileReplacementPosixTest, TheNewFileHasWhatTheOldOneHad) {
     EXPECT_EQ(Read("new"), "newer");
     EXPECT_EQ(putWith(2, EIO, "no mode"), EIO);
     EXPECT_EQ(Read("new"), "newer");
+    // Who removes the old file meanwhile takes its attributes with it.
+    EXPECT_EQ(putWith(1, ENOENT, "none to copy"), 0);
+    EXPECT_EQ(Read("new"), "none to copy");
     // What a new file cannot be given stays with the old one.
     const struct stat before = Stat("new");
     EXPECT_EQ(putWith(1, EIO, "newest"), 0);

@@ -144,6 +144,25 @@ TEST_F(InPlaceWriteTest, ASweepThatFailsLosesNothing) {
     EXPECT_GT(tried, 20u);
 }
 
+/// A position that is not the one asked for is an error, not other bytes.
+TEST_F(InPlaceWriteTest, AMisplacedSeekChangesNothing) {
+    const std::string old(100000, 'o');
+    for (unsigned at = 1;; ++at) {
+        Write("a", old);
+        std::filesystem::remove(Name("b"));
+        ASSERT_EQ(::link(Name("a").c_str(), Name("b").c_str()), 0);
+        m_system.Inject(
+            test::Fault{.call = test::Call::Seek, .at = at, .kind = test::Fault::Kind::Misplace});
+        const int error = Put(Name("a"), "new");
+        const bool hit = m_system.Hits() > 0;
+        m_system.Inject(std::nullopt);
+        EXPECT_EQ(error, hit ? EIO : 0);
+        EXPECT_TRUE(Read("b") == (hit ? old : "new")) << at;
+        if (!hit)
+            break;
+    }
+}
+
 TEST_F(InPlaceWriteTest, OldContentIsPutBackForGood) {
     unsigned most = 0;
     for (unsigned at = 1;; ++at) {
@@ -173,6 +192,16 @@ TEST_F(InPlaceWriteTest, ANewFileWhoseFolderHasTooLongAName) {
     EXPECT_EQ(Read("new"), "new");
     EXPECT_EQ(m_system.Count(test::Call::Sync), 1u);
     EXPECT_EQ(m_system.Count(test::Call::SyncFolder), 1u);
+    for (const test::Call call : {test::Call::Write, test::Call::Sync, test::Call::Close}) {
+        m_system.Inject(tooLong);
+        FileReplacement failing;
+        ASSERT_EQ(failing.Open(Name("failing").c_str()), 0);
+        std::size_t done = 0;
+        ASSERT_EQ(m_system.WriteFile(failing.Handle(), "x", 1, done), 0);
+        m_system.Inject(test::Fault{.call = call, .error = EIO});
+        EXPECT_EQ(failing.Commit(), EIO) << CallName(call);
+        EXPECT_FALSE(std::filesystem::exists(Name("failing")));
+    }
     m_system.Inject(tooLong);
     FileReplacement target;
     ASSERT_EQ(target.Open(Name("taken").c_str()), 0);

@@ -18,6 +18,17 @@ TEST(StartProgram, MakesAddressesOfPagesWithAnchors) {
     EXPECT_EQ(detail::DesktopArgument("/a b/c%.htm#part"), "file:///a%20b/c%25.htm#part");
     EXPECT_EQ(detail::DesktopArgument("http://x/y#z"), "http://x/y#z");
     EXPECT_EQ(detail::DesktopArgument("-x"), "./-x");
+    EXPECT_EQ(detail::DesktopArgument("a#b"), "a#b");
+    EXPECT_EQ(detail::DesktopArgument("/\xC3\xA4\x7F?\"\n.htm#\xC3\xA4"),
+              "file:///%C3%A4%7F%3F%22%0A.htm#\xC3\xA4");
+}
+
+TEST(StartProgram, SplitsParameters) {
+    using Arguments = std::vector<std::string>;
+    EXPECT_EQ(detail::SplitParameters(""), Arguments());
+    EXPECT_EQ(detail::SplitParameters(" \t"), Arguments());
+    EXPECT_EQ(detail::SplitParameters("a \"b c\"d \"\" "), (Arguments{"a", "b cd", ""}));
+    EXPECT_EQ(detail::SplitParameters(R"(\"a b\" c:\d\)"), (Arguments{"\"a", "b\"", "c:\\d\\"}));
 }
 
 /// A program in a folder that writes down how it was called.
@@ -52,9 +63,22 @@ TEST_F(StartProgramTest, StartsWithoutAShell) {
     AddProgram("browser");
     EXPECT_GT(Start(folder.File("browser"), "\"/x y/z.htm#a\" $(touch gone) ;ls"), 32);
     EXPECT_EQ(Called(), "/\n[/x y/z.htm#a]\n[$(touch]\n[gone)]\n[;ls]\n");
-    system.SetEnvironment("PATH", "/nowhere:" + folder.Path());
+    system.SetEnvironment("PATH", "/nowhere::" + folder.Path() + ":");
     EXPECT_GT(Start("browser", "1", folder.Path().c_str()), 32);
     EXPECT_EQ(Called(), std::filesystem::canonical(folder.Path()).string() + "\n[1]\n");
+    const std::string here = std::filesystem::current_path().string();
+    for (const char* workFolder : {"", static_cast<const char*>(nullptr)})
+        for (const char* verb : {"", static_cast<const char*>(nullptr)}) {
+            const ScopedSystem scope(system);
+            EXPECT_GT(console.ShellExecute(verb, "browser", "", workFolder, SW_SHOWNORMAL), 32);
+            EXPECT_EQ(Called(), here + "\n");
+        }
+    system.SetEnvironment("PATH", "");
+    EXPECT_GT(Start("true"), 32); // where the system's programs are
+    std::filesystem::current_path(folder.Path());
+    system.SetEnvironment("PATH", "/nowhere:");
+    EXPECT_EQ(Start("browser"), kShellNoAssociation); // a document, as no folder was named
+    std::filesystem::current_path(here);
 }
 
 TEST_F(StartProgramTest, LeavesDocumentsAndAddressesToTheDesktop) {
@@ -65,6 +89,8 @@ TEST_F(StartProgramTest, LeavesDocumentsAndAddressesToTheDesktop) {
     EXPECT_EQ(Called(), "/\n[" + folder.File("page.htm") + "]\n");
     EXPECT_GT(Start("http://www.example.com/a?b=c&d"), 32);
     EXPECT_EQ(Called(), "/\n[http://www.example.com/a?b=c&d]\n");
+    EXPECT_GT(Start("X-y.z+1://h"), 32);
+    EXPECT_EQ(Called(), "/\n[X-y.z+1://h]\n");
     EXPECT_GT(Start("xdg-open", "/a/b.htm#c"), 32);
     EXPECT_EQ(Called(), "/\n[file:///a/b.htm#c]\n");
 }
@@ -81,6 +107,17 @@ TEST_F(StartProgramTest, SaysWhyItCannot) {
     EXPECT_EQ(Start("http://x/"), kShellNoAssociation);
     EXPECT_EQ(Start(folder.File("broken")), kShellFileNotFound);
     EXPECT_EQ(Start("/bin/true", nullptr, "/no/such/folder"), kShellPathNotFound);
+    EXPECT_EQ(Start("/bin/true", nullptr, folder.File("page.htm").c_str()), kShellPathNotFound);
+    folder.Write("text", "no program");
+    folder.Write("locked", "#!" + folder.File("page.htm") + "\n"); // which is not executable
+    for (const char* name : {"text", "locked"})
+        std::filesystem::permissions(folder.File(name), std::filesystem::perms::owner_all);
+    EXPECT_EQ(Start(folder.File("text")), kShellBadFormat);
+    EXPECT_EQ(Start(folder.File("locked")), kShellAccessDenied);
+    EXPECT_EQ(Start("/bin/true", std::string(1 << 20, 'x').c_str()), kShellNoMemory);
+    EXPECT_EQ(Start(folder.Path()), kShellNoAssociation);
+    for (const char* noAddress : {"://h", "a b://h", "a:/h"})
+        EXPECT_EQ(Start(noAddress), kShellFileNotFound) << noAddress;
     EXPECT_EQ(Start(""), kShellFileNotFound);
     EXPECT_EQ(console.ShellExecute(nullptr, nullptr, nullptr, nullptr, 0), kShellFileNotFound);
     EXPECT_EQ(console.ShellExecute("print", "/bin/true", nullptr, nullptr, 0), kShellNoAssociation);
