@@ -60,7 +60,8 @@ bool Read(const std::string& text, Number& number) {
     if (digits.size() > 3)
         return false;
     const long exponent = digits.empty() ? 0 : std::stol(digits);
-    const long power = (parts[4] == "-" ? -exponent : exponent) - parts.length(3);
+    const long power =
+        (parts[4] == "-" ? -exponent : exponent) - static_cast<long>(parts.length(3));
     mpq_ptr value = number.value;
     Require(mpz_set_str(mpq_numref(value), (parts[2].str() + parts[3].str()).c_str(), 10) == 0);
     Number ten;

@@ -51,7 +51,7 @@ public:
     /// The same of `length` bytes, which may contain NUL. Extension.
     void Write(const char* text, DWORD length);
     /// As Write, of the text formatted as printf does: substitution applies to all of it.
-    [[gnu::format(printf, 2, 3)]] void FormattedWrite(const char* format, ...);
+    VNBYTSTR_FORMAT(2, 3) void FormattedWrite(const char* format, ...);
     /// Writes the text as it is.
     void WriteVerbatim(const char* text);
     /// The same of `length` bytes, which may contain NUL. Extension.

@@ -9,6 +9,6 @@ namespace vnbytstr::detail {
 bool IsTracing();
 
 /// Writes a line through the system when that is wanted; formats as printf does, and only then.
-[[gnu::format(printf, 1, 2)]] void Trace(const char* format, ...);
+VNBYTSTR_FORMAT(1, 2) void Trace(const char* format, ...);
 
 } // namespace vnbytstr::detail

@@ -192,11 +192,11 @@ public:
     /// length.
     int Delete(int index, int count = 1);
 
-    /// Formats as printf does, with the widths of this platform's C library (`%d` 32 bits, `%ld`
-    /// 64). The text may be of any length. An argument that cannot be converted (a wide character
-    /// the C locale cannot express) gives an empty string.
-    [[gnu::format(printf, 2, 3)]] void Format(const char* format, ...);
-    [[gnu::format(printf, 2, 0)]] void FormatV(const char* format, std::va_list arguments);
+    /// Formats as printf does, with the widths of this platform's types (`%ld` is 64 bits on 64-bit
+    /// Linux and 32 on Windows). The text may be of any length. An argument that cannot be
+    /// converted (a wide character the C locale cannot express) gives an empty string.
+    VNBYTSTR_FORMAT(2, 3) void Format(const char* format, ...);
+    VNBYTSTR_FORMAT(2, 0) void FormatV(const char* format, std::va_list arguments);
 
     /// A buffer of at least `minLength` bytes and a NUL that holds the string, for the caller to
     /// change; no other string shares it. New bytes are not set. The length stays as it is until
