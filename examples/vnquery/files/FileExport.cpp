@@ -1,7 +1,6 @@
 #include "vnquery/files/FileExport.h"
 
 #include "vnquery/messages/Messages.h"
-#include "vnquery/result/ResultSet.h"
 #include "vnquery/tasks/Failure.h"
 
 #include <cerrno>
@@ -49,13 +48,6 @@ ExportSummary FileExport::Commit() {
         m_file->Commit();
         return ExportSummary{m_writer->GetRowCount(), m_file->GetWritten(), m_writer->GetLosses()};
     });
-}
-
-ExportSummary ExportToFile(const ResultSet& result, const std::string& name,
-                           const ExportFormat& format, Progress& progress) {
-    FileExport target(name, format, result.GetColumns(), &progress);
-    result.PassTo(target.GetWriter(), progress);
-    return target.Commit();
 }
 
 } // namespace vnquery

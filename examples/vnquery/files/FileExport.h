@@ -8,8 +8,6 @@
 
 namespace vnquery {
 
-class ResultSet;
-
 /// Rows to the file `name`. All functions, and the writer, throw Failure, with that name in it, and
 /// Interrupted, and OutputClosed where the file is a pipe; without Commit an older file of that
 /// name stays unchanged.
@@ -38,9 +36,5 @@ private:
     std::unique_ptr<File> m_file;
     std::unique_ptr<ResultWriter> m_writer;
 };
-
-/// Writes a result to the file `name`, as a whole or not at all.
-ExportSummary ExportToFile(const ResultSet& result, const std::string& name,
-                           const ExportFormat& format, Progress& progress);
 
 } // namespace vnquery

@@ -394,6 +394,7 @@
 #define IDS_VQ_C_INSERT_COLUMNS 41672
 #define IDS_VQ_C_DDL 41673
 #define IDS_VQ_C_REFRESH 41674
+#define IDS_VQ_C_TRIGGER 41675
 
 /* The value pane and the dialogs */
 #define IDS_VQ_P_VALUE 41700

@@ -3,12 +3,11 @@
 #include <algorithm>
 #include <charconv>
 #include <cstring>
+#include <optional>
 
 namespace vnquery {
 
 namespace {
-
-constexpr DWORD kMaxFieldText = 1048576;
 
 bool IsNumber(std::string_view text, bool isInteger) {
     if (text.starts_with('+')) {
@@ -35,6 +34,22 @@ std::string_view Trim(std::string_view text) {
                : text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
+/// Bytes as SQL has them: x'00FF'.
+std::optional<std::string> ReadBytes(std::string_view text) {
+    if (text.size() % 2 == 0 || !(text.starts_with("x'") || text.starts_with("X'")) ||
+        text.size() < 3 || text.back() != '\'')
+        return {};
+    std::string bytes;
+    for (std::size_t i = 2; i + 1 < text.size(); i += 2) {
+        unsigned char byte = 0;
+        const char* const end = text.data() + i + 2;
+        if (std::from_chars(text.data() + i, end, byte, 16).ptr != end)
+            return {};
+        bytes += static_cast<char>(byte);
+    }
+    return bytes;
+}
+
 void SetValue(NewValue& value, Value::Type type, std::string_view bytes) {
     value.isDefault = false;
     value.value.Begin(type);
@@ -53,8 +68,13 @@ EditFault ParseText(std::string_view text, ColumnKind kind, NewValue& value) {
         SetValue(value, Value::Type::Number, number.substr(number[0] == '+' ? 1 : 0));
         return EditFault::None;
     }
-    if (kind == ColumnKind::Binary)
-        return EditFault::Bytes;
+    if (kind == ColumnKind::Binary) {
+        const std::optional<std::string> bytes = ReadBytes(Trim(text));
+        if (!bytes)
+            return EditFault::Bytes;
+        SetValue(value, Value::Type::Binary, *bytes);
+        return EditFault::None;
+    }
     SetValue(value, Value::Type::Text, text);
     return EditFault::None;
 }
@@ -78,33 +98,6 @@ bool IsEditableInCell(const Value& value, const CellFormat& format) {
         return true;
     return value.GetType() == Value::Type::Text && !IsPlaceholder(value, format) &&
            MakeVisible(value.GetBytes()) == value.GetBytes();
-}
-
-bool IsEditableInField(const Value& value) {
-    if (value.GetType() != Value::Type::Text)
-        return value.GetType() != Value::Type::Binary;
-    if (value.GetLength() > kMaxFieldText)
-        return false;
-    const std::string bytes = value.GetBytes();
-    for (std::string_view text = bytes; !text.empty();) {
-        char32_t character = 0;
-        const std::size_t length = DecodeUtf8(text, character);
-        if (length == 0 || character == 0)
-            return false;
-        text.remove_prefix(length);
-    }
-    return true;
-}
-
-std::string ToFieldText(std::string_view text) {
-    std::string field;
-    field.reserve(text.size());
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == '\n' && (i == 0 || text[i - 1] != '\r'))
-            field += '\r';
-        field += text[i];
-    }
-    return field;
 }
 
 std::string FromFieldText(std::string_view text, std::string_view original) {

@@ -16,7 +16,7 @@ enum class EditFault {
     None,
     NotANumber,  ///< the column holds numbers
     NotNullable, ///< the column takes no NULL
-    Bytes        ///< the column holds bytes, which come from a file
+    Bytes        ///< the column holds bytes, which come from a file or are typed as x'00FF'
 };
 
 /// Reads what was typed: the null marker, the default marker, or a value. A text that equals a
@@ -30,12 +30,8 @@ EditFault ParseText(std::string_view text, ColumnKind kind, NewValue& value);
 /// Whether the value can be edited in its cell: a short one, all of whose characters are shown
 /// unchanged.
 bool IsEditableInCell(const Value& value, const CellFormat& format);
-/// Whether an edit field can hold the whole value: text without NUL, in UTF-8, up to 1 MB.
-bool IsEditableInField(const Value& value);
-
-/// Converts line breaks to those of an edit field (CR LF), and back to those of `original`: LF
+/// A text of an edit field, whose line breaks are LF or CR LF, with the line breaks of `original`: LF
 /// unless it has CR LF.
-std::string ToFieldText(std::string_view text);
 std::string FromFieldText(std::string_view text, std::string_view original);
 
 /// Whether two values have the same bytes and are both NULL, both bytes, or both neither: a number

@@ -395,17 +395,6 @@ bool ResultSet::Sort(std::size_t column, const std::map<std::size_t, Value>& cha
     return CRowSort::Sort(values, order, descending, goOn);
 }
 
-void ResultSet::PassTo(RowSink& sink, Progress& progress) const {
-    const std::size_t rows = GetRowCount();
-    for (std::size_t row = 0; row < rows; ++row) {
-        for (std::size_t column = 0; column < m_columns.size(); ++column)
-            GetValue(row, column).PassTo(sink);
-        sink.EndRow();
-        sink.ReportBytes();
-        progress.AddRow();
-    }
-}
-
 std::string CellName(std::size_t row, std::size_t column) {
     return Text(IDS_VQ_CELL, {std::to_string(row + 1), std::to_string(column + 1)});
 }

@@ -59,8 +59,6 @@ public:
     /// as it was, when `goOn` returned false.
     bool Sort(std::size_t column, const std::map<std::size_t, Value>& changed, bool descending,
               std::vector<DWORD>& order, const CRowSort::Progress& goOn) const;
-    /// Passes all rows on. Throws what the sink throws, too.
-    void PassTo(RowSink& sink, Progress& progress) const;
 
 private:
     class Rows;

@@ -1,4 +1,4 @@
-// The tables, views, columns and indexes of a database.
+// The tables, views, columns, indexes and triggers of a database.
 #pragma once
 
 #include "vnquery/sources/Connection.h"
@@ -31,6 +31,7 @@ struct CatalogTable {
     bool needsSchema = false; ///< the server does not find it by its name alone
     std::vector<CatalogColumn> columns = {};
     std::vector<CatalogIndex> indexes = {};
+    std::vector<std::string> triggers = {}; ///< their names; on SQLite only
 };
 
 /// What a database has, without what its system needs for itself.
@@ -47,7 +48,7 @@ Catalog ReadCatalog(const Connection& connection);
 /// Adds the columns of all tables. One whose columns cannot be read, such as a view of a table that
 /// is gone, stays without.
 void ReadAllColumns(const Connection& connection, Catalog& catalog);
-/// Reads the table's columns and indexes.
+/// Reads the table's columns, indexes and triggers.
 void ReadTable(const Connection& connection, CatalogTable& table);
 /// The statements that make the table or view: the database's own text where it keeps one (SQLite,
 /// MariaDB and MySQL, views of PostgreSQL), else one made of the columns and the primary key, which

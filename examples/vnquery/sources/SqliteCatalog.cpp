@@ -59,12 +59,16 @@ void SqliteCatalog::ReadTable(CatalogTable& table) const {
                        table.indexes.push_back({text(0), {}, text(2) != "0"});
                    table.indexes.back().columns.push_back(text(1));
                });
+    table.triggers.clear();
+    ForEachRow("SELECT name FROM sqlite_schema WHERE type = 'trigger' AND "
+               "tbl_name = ?1 COLLATE NOCASE ORDER BY name",
+               table.name, [&](auto text) { table.triggers.push_back(text(0)); });
 }
 
 std::string SqliteCatalog::ReadDdl(const CatalogTable& table) const {
     std::string ddl;
-    ForEachRow("SELECT sql FROM sqlite_schema WHERE tbl_name = ?1 AND sql IS NOT NULL "
-               "ORDER BY type NOT IN ('table', 'view'), type, name",
+    ForEachRow("SELECT sql FROM sqlite_schema WHERE tbl_name = ?1 COLLATE NOCASE AND "
+               "sql IS NOT NULL ORDER BY type NOT IN ('table', 'view'), type, name",
                table.name, [&](auto text) { ddl += text(0) + ";\n"; });
     return ddl;
 }

@@ -1,13 +1,15 @@
 #include "vnquery/tasks/Interruption.h"
 
-#include <csignal>
+#include <atomic>
 #include <utility>
 
 namespace vnquery {
 
 namespace {
 
-volatile std::sig_atomic_t interruptingSignal = 0;
+/// Set by a signal's handler, on whatever thread that runs, and read by those that work.
+std::atomic<int> interruptingSignal = 0;
+static_assert(std::atomic<int>::is_always_lock_free);
 thread_local std::stop_token currentStop;
 
 } // namespace
@@ -16,12 +18,7 @@ void RememberSignal(int number) noexcept { interruptingSignal = number; }
 
 int InterruptingSignal() noexcept { return interruptingSignal; }
 
-int TakeInterruptingSignal() noexcept {
-    const int number = interruptingSignal;
-    if (number != 0)
-        interruptingSignal = 0;
-    return number;
-}
+int TakeInterruptingSignal() noexcept { return interruptingSignal.exchange(0); }
 
 bool IsInterrupted() noexcept { return interruptingSignal != 0 || currentStop.stop_requested(); }
 

@@ -253,6 +253,9 @@ void CatalogTree::OpenTable(QStandardItem& item) {
                 table->appendRow(
                     MakeItem(QString::fromStdString(text + ")"), Icon("index"), IDS_VQ_C_INDEX));
             }
+            for (const std::string& name : read->triggers)
+                table->appendRow(MakeItem(QString::fromStdString(name + " TRIGGER"),
+                                          Icon("media-playback-start"), IDS_VQ_C_TRIGGER));
         });
 }
 

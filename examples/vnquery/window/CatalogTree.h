@@ -20,7 +20,7 @@ class QTreeView;
 
 namespace vnquery {
 
-/// Schemas, tables and views, below each its columns and indexes, and a field that filters them by
+/// Schemas, tables and views, below each its columns, indexes and triggers, and a field that filters them by
 /// name. All is read in the background; columns and indexes when a table is opened. An error stands
 /// in the tree.
 class CatalogTree : public QWidget {

@@ -439,6 +439,7 @@ bool ConnectionPage::Leave() {
         if (m_run->GetState() == TaskState::Running)
             LetEnd(std::move(m_run)); // a server may never answer
         m_run.reset();
+        m_cellBefore.reset();
         m_timer.stop();
         m_result->SetFilling(false);
     }

@@ -311,7 +311,7 @@ void MainWindow::AddPage(const Connection& connection, SqlServer server, const s
             page->addAction(action);
     page->GetEditor().setPlainText(QString::fromStdString(sql));
     const int index = m_tabs->addTab(page, MenuText(page->GetTitle()));
-    m_tabs->setTabToolTip(index, QString::fromStdString(connection.GetDisplayName()));
+    m_tabs->setTabToolTip(index, Isolated(QString::fromStdString(connection.GetDisplayName())));
     m_tabs->setCurrentIndex(index);
     PageChanged();
     page->GetEditor().setFocus();

@@ -42,6 +42,7 @@ TEST_F(CatalogTest, SqliteFilesTellTheirTables) {
                  "; CREATE INDEX second ON \"Odd \"\"name\"\"\"(\"select\", id + 1);"
                  "CREATE TABLE gone(a); CREATE VIEW broken AS SELECT a FROM gone; DROP TABLE gone;"
                  "CREATE VIEW shown AS SELECT id FROM \"Odd \"\"name\"\"\";"
+                 "CREATE TRIGGER keep AFTER DELETE ON \"odd \"\"NAME\"\"\" BEGIN SELECT 1; END;"
                  "CREATE TABLE pair(b text, a int, primary key (a, b)) without rowid;");
     const Connection connection{Database(), ""};
     Catalog catalog = ReadCatalog(connection);
@@ -62,6 +63,8 @@ TEST_F(CatalogTest, SqliteFilesTellTheirTables) {
     EXPECT_EQ(odd.indexes[0].name, "second");
     EXPECT_FALSE(odd.indexes[0].isUnique);
     EXPECT_THAT(odd.indexes[0].columns, ElementsAre("select", ""));
+    EXPECT_THAT(odd.triggers, ElementsAre("keep"));
+    EXPECT_NE(ReadDdl(connection, odd).find("CREATE TRIGGER keep"), std::string::npos);
     EXPECT_EQ(ReadDdl(connection, odd).substr(0, make.size() + 2), make + ";\n");
     const std::string sql = "select count(*) from " + SqlName(odd, catalog.server);
     EXPECT_EQ(Query(sql).code, 0);

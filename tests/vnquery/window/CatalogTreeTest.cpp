@@ -70,7 +70,8 @@ protected:
 TEST_F(CatalogTreeTest, TablesOpenAndAreBrowsed) {
     Make(
         "create table film(id integer primary key, \"a b\" text not null); create view best as "
-        "select 1 as one; create table actor(name text); create unique index names on actor(name)");
+        "select 1 as one; create table actor(name text); create unique index names on actor(name); "
+        "create trigger named after insert on actor begin select 1; end");
     Open();
     EXPECT_THAT(TextsIn(Model()), ElementsAre("actor", "best", "film"));
     EXPECT_EQ(m_tree.GetCatalog()->tables[2].columns.size(), 2u);
@@ -85,7 +86,7 @@ TEST_F(CatalogTreeTest, TablesOpenAndAreBrowsed) {
     View().expand(Model().index(0, 0));
     WaitForText("name", Model().index(0, 0));
     EXPECT_THAT(TextsIn(Model(), Model().index(0, 0)),
-                ElementsAre("name TEXT", "names UNIQUE (name)"));
+                ElementsAre("name TEXT", "names UNIQUE (name)", "named TRIGGER"));
 
     QSignalSpy browse(&m_tree, &CatalogTree::Browse);
     QTest::keyClick(&View(), Qt::Key_Return);

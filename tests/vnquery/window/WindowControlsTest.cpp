@@ -202,7 +202,7 @@ TEST_F(RolledBack, RowsAreShownNoLonger) {
     ASSERT_TRUE(View().WriteChanges());
     EXPECT_EQ(Cell(1, 1), "TWO");
     EXPECT_TRUE(Page().AllowChanges(false));
-    WaitFor([&] { return Cell(1, 1) == "two"; });
+    WaitFor([&] { return Cell(1, 1) == "two" && !Page().IsBusy(); });
     EXPECT_FALSE(IsOutdated());
     // A closed tab reads nothing any more.
     EXPECT_TRUE(Page().AllowChanges(true));
