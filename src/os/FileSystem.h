@@ -78,7 +78,7 @@ struct FileStatus {
 /// go on with the file they were opened on: its bytes, its length, its lock and its identity stay,
 /// GetFileStatus(handle) has names == 0 when no name is left, and the space is freed when the last
 /// handle is closed. Opening a file must never keep others from doing so. A system that cannot do
-/// this must come as close as it can in RemoveFile and RenameFile (see WindowsSystem.h), and must
+/// this must come as close as it can in RemoveFile and RenameFile (see WindowsSystem.cpp), and must
 /// not fail.
 class VNBYTSTR_API FileSystem {
 public:

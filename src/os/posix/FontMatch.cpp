@@ -1,6 +1,6 @@
 // Matching fonts by fontconfig, which desktops have. It is loaded when it is first needed, so that
 // machines without a screen need not have it.
-#include "src/os/posix/PosixSystem.h"
+#include "src/os/NativeSystem.h"
 
 #include <dlfcn.h>
 
@@ -70,7 +70,7 @@ private:
 
 } // namespace
 
-std::string PosixSystem::MatchFontFamily(const std::string& family) {
+std::string NativeSystem::MatchFontFamily(const std::string& family) {
     const Fontconfig* const fonts = Fontconfig::Get();
     return fonts ? fonts->Match(family) : std::string();
 }

@@ -1,5 +1,5 @@
-// PosixSystem: who has a file locked, from the kernel's list of locks.
-#include "src/os/posix/PosixSystem.h"
+// NativeSystem: who has a file locked, from the kernel's list of locks.
+#include "src/os/NativeSystem.h"
 
 #include <fstream>
 #include <sstream>
@@ -25,7 +25,7 @@ std::string FindHolder(const FileIdentity& identity) {
 
 } // namespace
 
-std::string PosixSystem::GetLockHolder(FileHandle handle) {
+std::string NativeSystem::GetLockHolder(FileHandle handle) {
     FileStatus status;
     if (GetFileStatus(handle, status) != 0)
         return {};

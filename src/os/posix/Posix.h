@@ -1,4 +1,4 @@
-// What PosixSystem's source files share.
+// What NativeSystem's source files here share.
 #pragma once
 
 #include "src/os/System.h"

@@ -1,6 +1,6 @@
-// PosixSystem: open files.
+// NativeSystem: open files.
+#include "src/os/NativeSystem.h"
 #include "src/os/posix/Posix.h"
-#include "src/os/posix/PosixSystem.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -72,7 +72,7 @@ void posix::FillStatus(const struct stat& from, FileStatus& status) noexcept {
     status.group = from.st_gid;
 }
 
-int PosixSystem::OpenFile(const char* name, unsigned flags, FileHandle& handle) {
+int NativeSystem::OpenFile(const char* name, unsigned flags, FileHandle& handle) {
     const int descriptor = Retry([&] { return ::open(name, ModeOf(flags), PermissionsOf(flags)); });
     if (descriptor < 0)
         return errno;
@@ -89,7 +89,7 @@ int PosixSystem::OpenFile(const char* name, unsigned flags, FileHandle& handle) 
     return 0;
 }
 
-int PosixSystem::ReopenFile(FileHandle handle, unsigned flags, FileHandle& reopened) {
+int NativeSystem::ReopenFile(FileHandle handle, unsigned flags, FileHandle& reopened) {
     const std::string name = "/proc/self/fd/" + std::to_string(Descriptor(handle));
     const int mode = ModeOf(flags) & ~(O_CREAT | O_EXCL | O_TRUNC | O_NOFOLLOW);
     const int descriptor = Retry([&] { return ::open(name.c_str(), mode); });
@@ -99,24 +99,24 @@ int PosixSystem::ReopenFile(FileHandle handle, unsigned flags, FileHandle& reope
     return 0;
 }
 
-int PosixSystem::CloseFile(FileHandle handle) {
+int NativeSystem::CloseFile(FileHandle handle) {
     // The descriptor is closed even when close is interrupted, so it must not be tried again.
     return ::close(Descriptor(handle)) < 0 && errno != EINTR ? errno : 0;
 }
 
-int PosixSystem::ReadFile(FileHandle handle, void* buffer, std::size_t size, std::size_t& done) {
+int NativeSystem::ReadFile(FileHandle handle, void* buffer, std::size_t size, std::size_t& done) {
     size = std::min(size, kMaxTransfer);
     return Done(Retry([&] { return ::read(Descriptor(handle), buffer, size); }), done);
 }
 
-int PosixSystem::WriteFile(FileHandle handle, const void* buffer, std::size_t size,
-                           std::size_t& done) {
+int NativeSystem::WriteFile(FileHandle handle, const void* buffer, std::size_t size,
+                            std::size_t& done) {
     size = std::min(size, kMaxTransfer);
     return Done(Retry([&] { return ::write(Descriptor(handle), buffer, size); }), done);
 }
 
-int PosixSystem::WriteFileGather(FileHandle handle, std::span<const std::span<const BYTE>> buffers,
-                                 std::size_t& done) {
+int NativeSystem::WriteFileGather(FileHandle handle, std::span<const std::span<const BYTE>> buffers,
+                                  std::size_t& done) {
     std::array<iovec, 64> parts;
     const std::size_t count = std::min(buffers.size(), parts.size());
     for (std::size_t i = 0; i < count; ++i)
@@ -126,8 +126,8 @@ int PosixSystem::WriteFileGather(FileHandle handle, std::span<const std::span<co
         done);
 }
 
-int PosixSystem::SeekFile(FileHandle handle, std::int64_t offset, SeekOrigin origin,
-                          std::uint64_t& position) {
+int NativeSystem::SeekFile(FileHandle handle, std::int64_t offset, SeekOrigin origin,
+                           std::uint64_t& position) {
     const int whence = origin == SeekOrigin::Begin     ? SEEK_SET
                        : origin == SeekOrigin::Current ? SEEK_CUR
                                                        : SEEK_END;
@@ -138,7 +138,7 @@ int PosixSystem::SeekFile(FileHandle handle, std::int64_t offset, SeekOrigin ori
     return 0;
 }
 
-int PosixSystem::GetFileLength(FileHandle handle, std::uint64_t& length) {
+int NativeSystem::GetFileLength(FileHandle handle, std::uint64_t& length) {
     struct stat info;
     if (::fstat(Descriptor(handle), &info) != 0)
         return errno;
@@ -146,24 +146,24 @@ int PosixSystem::GetFileLength(FileHandle handle, std::uint64_t& length) {
     return 0;
 }
 
-int PosixSystem::SetFileLength(FileHandle handle, std::uint64_t length) {
+int NativeSystem::SetFileLength(FileHandle handle, std::uint64_t length) {
     return ErrorOf([&] { return ::ftruncate(Descriptor(handle), static_cast<off_t>(length)); });
 }
 
-int PosixSystem::SyncFile(FileHandle handle) {
+int NativeSystem::SyncFile(FileHandle handle) {
     return ErrorOf([&] { return ::fsync(Descriptor(handle)); });
 }
 
-int PosixSystem::LockFile(FileHandle handle, bool exclusive, bool wait) {
+int NativeSystem::LockFile(FileHandle handle, bool exclusive, bool wait) {
     const int operation = (exclusive ? LOCK_EX : LOCK_SH) | (wait ? 0 : LOCK_NB);
     return ErrorOf([&] { return ::flock(Descriptor(handle), operation); });
 }
 
-int PosixSystem::UnlockFile(FileHandle handle) {
+int NativeSystem::UnlockFile(FileHandle handle) {
     return ErrorOf([&] { return ::flock(Descriptor(handle), LOCK_UN); });
 }
 
-int PosixSystem::GetFileStatus(FileHandle handle, FileStatus& status) {
+int NativeSystem::GetFileStatus(FileHandle handle, FileStatus& status) {
     struct stat info;
     if (::fstat(Descriptor(handle), &info) != 0)
         return errno;
@@ -174,7 +174,7 @@ int PosixSystem::GetFileStatus(FileHandle handle, FileStatus& status) {
 
 // --- permissions ---------------------------------------------------------------------------------
 
-DWORD PosixSystem::GetNewFileMode() {
+DWORD NativeSystem::GetNewFileMode() {
     // Setting the mask to read it would race with other threads.
     unsigned mask = 022;
     if (std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen("/proc/self/status", "re"),
@@ -191,22 +191,22 @@ DWORD PosixSystem::GetNewFileMode() {
     return 0666u & ~mask;
 }
 
-int PosixSystem::ReleaseScratch(FileHandle handle) {
+int NativeSystem::ReleaseScratch(FileHandle handle) {
     struct stat info;
     if (::fstat(Descriptor(handle), &info) != 0)
         return errno;
     return (info.st_mode & kScratchMark) == 0 ? 0 : SetFileMode(handle, GetNewFileMode());
 }
 
-int PosixSystem::SetFileMode(FileHandle handle, DWORD mode) {
+int NativeSystem::SetFileMode(FileHandle handle, DWORD mode) {
     return ErrorOf([&] { return ::fchmod(Descriptor(handle), mode & 07777); });
 }
 
-int PosixSystem::SetFileOwner(FileHandle handle, DWORD owner, DWORD group) {
+int NativeSystem::SetFileOwner(FileHandle handle, DWORD owner, DWORD group) {
     return ErrorOf([&] { return ::fchown(Descriptor(handle), owner, group); });
 }
 
-int PosixSystem::CopyFileAttributes(const char* from, FileHandle handle) {
+int NativeSystem::CopyFileAttributes(const char* from, FileHandle handle) {
     const auto isUnsupported = [](int error) { return error == ENOTSUP || error == ENOSYS; };
     ssize_t size = ::listxattr(from, nullptr, 0);
     if (size <= 0)

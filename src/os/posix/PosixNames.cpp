@@ -1,7 +1,7 @@
-// PosixSystem: names and folders.
+// NativeSystem: names and folders.
+#include "src/os/NativeSystem.h"
 #include "src/os/Paths.h"
 #include "src/os/posix/Posix.h"
-#include "src/os/posix/PosixSystem.h"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -24,7 +24,7 @@ namespace vnbytstr {
 using posix::ErrorOf;
 using posix::Retry;
 
-int PosixSystem::GetFileStatus(const char* name, FileStatus& status) {
+int NativeSystem::GetFileStatus(const char* name, FileStatus& status) {
     struct stat info;
     if (::lstat(name, &info) != 0)
         return errno;
@@ -40,9 +40,9 @@ int PosixSystem::GetFileStatus(const char* name, FileStatus& status) {
     return 0;
 }
 
-int PosixSystem::RemoveFile(const char* name) { return ::unlink(name) != 0 ? errno : 0; }
+int NativeSystem::RemoveFile(const char* name) { return ::unlink(name) != 0 ? errno : 0; }
 
-int PosixSystem::RenameFile(const char* from, const char* to, bool replace) {
+int NativeSystem::RenameFile(const char* from, const char* to, bool replace) {
     if (replace)
         return ::rename(from, to) != 0 ? errno : 0;
     if (::renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0)
@@ -169,7 +169,7 @@ std::optional<int> OwnDescriptor(std::string_view resolved) {
 
 } // namespace
 
-int PosixSystem::ResolveName(const char* name, std::string& resolved) {
+int NativeSystem::ResolveName(const char* name, std::string& resolved) {
     if (*name == '\0')
         return ENOENT;
     std::string full = name;
@@ -182,7 +182,7 @@ int PosixSystem::ResolveName(const char* name, std::string& resolved) {
     return NameWalk(std::move(full)).Run(resolved);
 }
 
-int PosixSystem::OpenOwnStream(const char* name, FileHandle& handle) {
+int NativeSystem::OpenOwnStream(const char* name, FileHandle& handle) {
     std::string resolved;
     if (const int error = ResolveName(name, resolved); error != 0)
         return error;
@@ -203,7 +203,7 @@ int PosixSystem::OpenOwnStream(const char* name, FileHandle& handle) {
 
 // --- folders -------------------------------------------------------------------------------------
 
-int PosixSystem::SyncFolder(const char* folder) {
+int NativeSystem::SyncFolder(const char* folder) {
     const int descriptor =
         Retry([&] { return ::open(folder, O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
     if (descriptor < 0)
@@ -215,7 +215,7 @@ int PosixSystem::SyncFolder(const char* folder) {
     return error;
 }
 
-int PosixSystem::MakeFolder(const char* folder) {
+int NativeSystem::MakeFolder(const char* folder) {
     std::string path(folder);
     for (std::size_t end = path.find('/', 1); end != std::string::npos;
          end = path.find('/', end + 1)) {
@@ -233,7 +233,7 @@ int PosixSystem::MakeFolder(const char* folder) {
     return error;
 }
 
-int PosixSystem::ListFolder(const char* folder, std::vector<std::string>& names) {
+int NativeSystem::ListFolder(const char* folder, std::vector<std::string>& names) {
     names.clear();
     const std::unique_ptr<DIR, int (*)(DIR*)> open(::opendir(folder), &::closedir);
     if (!open)
@@ -249,7 +249,7 @@ int PosixSystem::ListFolder(const char* folder, std::vector<std::string>& names)
     }
 }
 
-std::string PosixSystem::GetTemporaryFolder() {
+std::string NativeSystem::GetTemporaryFolder() {
     std::string folder = GetEnvironment("TMPDIR");
     struct stat info;
     if (folder.empty())

@@ -1,8 +1,9 @@
-// PosixSystem: the process and the machine. Files are in PosixFiles.cpp, names in PosixNames.cpp.
-#include "src/os/posix/PosixSystem.h"
+// NativeSystem: the process and the machine. Files are in PosixFiles.cpp, names in PosixNames.cpp.
+#include "src/os/NativeSystem.h"
 
 #include "src/os/MessageWindow.h"
 #include "src/os/PlatformSystem.h"
+#include "src/os/posix/MemoryLoad.h"
 #include "src/os/posix/Posix.h"
 
 #include <sys/stat.h>
@@ -29,31 +30,46 @@ void WriteError(const std::string& text) {
     [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
 }
 
+std::string LocaleOf(System& system, const char* category) {
+    for (const char* variable : {"LC_ALL", category, "LANG"}) {
+        std::string value = system.GetEnvironment(variable);
+        if (!value.empty())
+            return value;
+    }
+    return "C";
+}
+
 } // namespace
 
 System& PlatformSystem() noexcept {
     // In static memory, since the heap may be exhausted.
-    alignas(PosixSystem) static std::byte place[sizeof(PosixSystem)];
-    static System* const system = new (place) PosixSystem;
+    alignas(NativeSystem) static std::byte place[sizeof(NativeSystem)];
+    static System* const system = new (place) NativeSystem;
     return *system;
 }
 
-DWORD PosixSystem::GetProcessId() { return static_cast<DWORD>(::getpid()); }
+DWORD NativeSystem::GetProcessId() { return static_cast<DWORD>(::getpid()); }
 
-bool PosixSystem::IsPrivileged() { return ::geteuid() == 0; }
+bool NativeSystem::IsPrivileged() { return ::geteuid() == 0; }
 
-DWORD PosixSystem::GetTickCount() {
+DWORD NativeSystem::GetTickCount() {
     timespec now;
     ::clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
     return static_cast<DWORD>(static_cast<std::uint64_t>(now.tv_sec) * 1000u +
                               static_cast<std::uint64_t>(now.tv_nsec) / 1000000u);
 }
 
-DWORD PosixSystem::GetTime() { return static_cast<DWORD>(::time(nullptr)); }
+DWORD NativeSystem::GetTime() { return static_cast<DWORD>(::time(nullptr)); }
 
-DWORD PosixSystem::GetMemoryLoad() { return m_memoryLoad.Load(GetTickCount()); }
+DWORD NativeSystem::GetMemoryLoad() {
+    alignas(MemoryLoadReader) static std::byte place[sizeof(MemoryLoadReader)]; // as above
+    static MemoryLoadReader* const reader = new (place) MemoryLoadReader;
+    return reader->Load(GetTickCount());
+}
 
-std::string PosixSystem::GetEnvironment(const char* name) {
+SystemRegistry* NativeSystem::GetRegistry() { return nullptr; }
+
+std::string NativeSystem::GetEnvironment(const char* name) {
     const char* value = std::getenv(name);
     return value ? value : "";
 }
@@ -71,7 +87,7 @@ std::string WithoutDeletedMark(std::string name) {
 
 } // namespace
 
-std::string PosixSystem::GetModuleFileName() {
+std::string NativeSystem::GetModuleFileName() {
     std::array<char, PATH_MAX> name;
     const ssize_t length = ::readlink("/proc/self/exe", name.data(), name.size());
     if (length <= 0)
@@ -81,7 +97,7 @@ std::string PosixSystem::GetModuleFileName() {
 
 /// From the list of what is mapped into the process: the dynamic linker knows the name only as it
 /// was asked for, which may be a relative one.
-std::string PosixSystem::GetLibraryFileName() {
+std::string NativeSystem::GetLibraryFileName() {
     static const char here = 0; // part of this library, wherever that is
     const auto address = reinterpret_cast<std::uintptr_t>(&here);
     std::ifstream maps("/proc/self/maps");
@@ -100,30 +116,21 @@ std::string PosixSystem::GetLibraryFileName() {
     return {};
 }
 
-std::string PosixSystem::GetLocale(const char* category) {
-    for (const char* variable : {"LC_ALL", category, "LANG"}) {
-        std::string value = GetEnvironment(variable);
-        if (!value.empty())
-            return value;
-    }
-    return "C";
-}
+std::string NativeSystem::GetErrorText(int error) { return std::strerror(error); }
 
-std::string PosixSystem::GetErrorText(int error) { return std::strerror(error); }
+std::string NativeSystem::GetTextLocale() { return LocaleOf(*this, "LC_CTYPE"); }
 
-std::string PosixSystem::GetTextLocale() { return GetLocale("LC_CTYPE"); }
+std::string NativeSystem::GetMessagesLocale() { return LocaleOf(*this, "LC_MESSAGES"); }
 
-std::string PosixSystem::GetMessagesLocale() { return GetLocale("LC_MESSAGES"); }
-
-SystemVersion PosixSystem::GetVersion() { return {SystemVersion::NtFamily, 10, 0}; }
+SystemVersion NativeSystem::GetVersion() { return {SystemVersion::NtFamily, 10, 0}; }
 
 int detail::ShowMessageWindow(const char* /*text*/, const char* /*caption*/, UINT /*type*/) {
     return 0;
 }
 
-void PosixSystem::WriteDiagnostic(const char* text) { WriteError(std::string(text) + "\n"); }
+void NativeSystem::WriteDiagnostic(const char* text) { WriteError(std::string(text) + "\n"); }
 
-bool PosixSystem::AskAtTerminal(const char* question, std::string& answer) {
+bool NativeSystem::AskAtTerminal(const char* question, std::string& answer) {
     if (::isatty(STDIN_FILENO) != 1)
         return false;
     WriteError(question);

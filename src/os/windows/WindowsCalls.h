@@ -1,4 +1,4 @@
-// What WindowsSystem's source files share: names and errors as the system's calls have them.
+// What NativeSystem's source files here share: names and errors as the system's calls have them.
 #pragma once
 
 #include "src/os/System.h"

@@ -1,6 +1,6 @@
-// WindowsSystem: open files.
+// NativeSystem: open files.
+#include "src/os/NativeSystem.h"
 #include "src/os/windows/WindowsCalls.h"
-#include "src/os/windows/WindowsSystem.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -77,7 +77,7 @@ OVERLAPPED LockPlace() noexcept {
 
 } // namespace
 
-int WindowsSystem::OpenFile(const char* name, unsigned flags, FileHandle& handle) {
+int NativeSystem::OpenFile(const char* name, unsigned flags, FileHandle& handle) {
     const WideName wide(name);
     if (wide.Error() != 0)
         return wide.Error();
@@ -104,7 +104,7 @@ int WindowsSystem::OpenFile(const char* name, unsigned flags, FileHandle& handle
     return 0;
 }
 
-int WindowsSystem::ReopenFile(FileHandle handle, unsigned flags, FileHandle& reopened) {
+int NativeSystem::ReopenFile(FileHandle handle, unsigned flags, FileHandle& reopened) {
     const HANDLE file =
         ::ReOpenFile(HandleOf(handle), AccessOf(flags & ~kOpenCreate), kShareAll, 0);
     if (file == INVALID_HANDLE_VALUE)
@@ -113,11 +113,11 @@ int WindowsSystem::ReopenFile(FileHandle handle, unsigned flags, FileHandle& reo
     return 0;
 }
 
-int WindowsSystem::CloseFile(FileHandle handle) {
+int NativeSystem::CloseFile(FileHandle handle) {
     return ErrorUnless(::CloseHandle(HandleOf(handle)));
 }
 
-int WindowsSystem::ReadFile(FileHandle handle, void* buffer, std::size_t size, std::size_t& done) {
+int NativeSystem::ReadFile(FileHandle handle, void* buffer, std::size_t size, std::size_t& done) {
     DWORD moved = 0;
     const auto wanted = static_cast<DWORD>(std::min<std::size_t>(size, kMaxTransfer));
     const BOOL succeeded = ::ReadFile(HandleOf(handle), buffer, wanted, &moved, nullptr);
@@ -127,8 +127,8 @@ int WindowsSystem::ReadFile(FileHandle handle, void* buffer, std::size_t size, s
     return TransferErrno();
 }
 
-int WindowsSystem::WriteFile(FileHandle handle, const void* buffer, std::size_t size,
-                             std::size_t& done) {
+int NativeSystem::WriteFile(FileHandle handle, const void* buffer, std::size_t size,
+                            std::size_t& done) {
     DWORD moved = 0;
     const auto wanted = static_cast<DWORD>(std::min<std::size_t>(size, kMaxTransfer));
     const BOOL succeeded = ::WriteFile(HandleOf(handle), buffer, wanted, &moved, nullptr);
@@ -136,9 +136,8 @@ int WindowsSystem::WriteFile(FileHandle handle, const void* buffer, std::size_t 
     return succeeded || moved > 0 ? 0 : TransferErrno();
 }
 
-int WindowsSystem::WriteFileGather(FileHandle handle,
-                                   std::span<const std::span<const BYTE>> buffers,
-                                   std::size_t& done) {
+int NativeSystem::WriteFileGather(FileHandle handle, std::span<const std::span<const BYTE>> buffers,
+                                  std::size_t& done) {
     done = 0;
     for (const std::span<const BYTE> buffer : buffers) {
         std::size_t moved = 0;
@@ -152,8 +151,8 @@ int WindowsSystem::WriteFileGather(FileHandle handle,
     return 0;
 }
 
-int WindowsSystem::SeekFile(FileHandle handle, std::int64_t offset, SeekOrigin origin,
-                            std::uint64_t& position) {
+int NativeSystem::SeekFile(FileHandle handle, std::int64_t offset, SeekOrigin origin,
+                           std::uint64_t& position) {
     const HANDLE file = HandleOf(handle);
     if (const DWORD type = ::GetFileType(file); type == FILE_TYPE_PIPE)
         return ESPIPE;
@@ -168,7 +167,7 @@ int WindowsSystem::SeekFile(FileHandle handle, std::int64_t offset, SeekOrigin o
     return 0;
 }
 
-int WindowsSystem::GetFileLength(FileHandle handle, std::uint64_t& length) {
+int NativeSystem::GetFileLength(FileHandle handle, std::uint64_t& length) {
     LARGE_INTEGER size;
     if (!::GetFileSizeEx(HandleOf(handle), &size))
         return ::GetFileType(HandleOf(handle)) == FILE_TYPE_UNKNOWN ? EBADF : (length = 0, 0);
@@ -176,18 +175,18 @@ int WindowsSystem::GetFileLength(FileHandle handle, std::uint64_t& length) {
     return 0;
 }
 
-int WindowsSystem::SetFileLength(FileHandle handle, std::uint64_t length) {
+int NativeSystem::SetFileLength(FileHandle handle, std::uint64_t length) {
     return SetLength(HandleOf(handle), length);
 }
 
-int WindowsSystem::SyncFile(FileHandle handle) {
+int NativeSystem::SyncFile(FileHandle handle) {
     if (::FlushFileBuffers(HandleOf(handle)))
         return 0;
     // Nothing was written through a handle that only reads.
     return ::GetLastError() == ERROR_ACCESS_DENIED ? 0 : LastErrno();
 }
 
-int WindowsSystem::LockFile(FileHandle handle, bool exclusive, bool wait) {
+int NativeSystem::LockFile(FileHandle handle, bool exclusive, bool wait) {
     UnlockFile(handle); // a lock is changed, not put upon another
     OVERLAPPED place = LockPlace();
     const DWORD flags =
@@ -195,7 +194,7 @@ int WindowsSystem::LockFile(FileHandle handle, bool exclusive, bool wait) {
     return ErrorUnless(::LockFileEx(HandleOf(handle), flags, 0, 1, 0, &place));
 }
 
-int WindowsSystem::UnlockFile(FileHandle handle) {
+int NativeSystem::UnlockFile(FileHandle handle) {
     OVERLAPPED place = LockPlace();
     if (::UnlockFileEx(HandleOf(handle), 0, 1, 0, &place))
         return 0;
@@ -203,9 +202,9 @@ int WindowsSystem::UnlockFile(FileHandle handle) {
     return error == ERROR_NOT_LOCKED || error == ERROR_LOCK_VIOLATION ? 0 : windows::ErrnoOf(error);
 }
 
-std::string WindowsSystem::GetLockHolder(FileHandle /*handle*/) { return {}; }
+std::string NativeSystem::GetLockHolder(FileHandle /*handle*/) { return {}; }
 
-int WindowsSystem::GetFileStatus(FileHandle handle, FileStatus& status) {
+int NativeSystem::GetFileStatus(FileHandle handle, FileStatus& status) {
     const int error = windows::FillStatus(HandleOf(handle), status);
     status.isReadOnly = false;
     return error;
@@ -213,16 +212,16 @@ int WindowsSystem::GetFileStatus(FileHandle handle, FileStatus& status) {
 
 // --- permissions ---------------------------------------------------------------------------------
 
-DWORD WindowsSystem::GetNewFileMode() { return 0666; }
+DWORD NativeSystem::GetNewFileMode() { return 0666; }
 
-int WindowsSystem::ReleaseScratch(FileHandle handle) {
+int NativeSystem::ReleaseScratch(FileHandle handle) {
     FileStatus status;
     if (const int error = GetFileStatus(handle, status))
         return error;
     return status.isScratch ? SetFileMode(handle, GetNewFileMode()) : 0;
 }
 
-int WindowsSystem::SetFileMode(FileHandle handle, DWORD mode) {
+int NativeSystem::SetFileMode(FileHandle handle, DWORD mode) {
     constexpr DWORD kMarkBit = 01000, kOthers = 0077, kAnyWrite = 0222;
     const HANDLE file = HandleOf(handle);
     FILE_BASIC_INFO info{}; // times of 0 stay as they are
@@ -248,12 +247,12 @@ int WindowsSystem::SetFileMode(FileHandle handle, DWORD mode) {
     return ErrorUnless(::SetFileInformationByHandle(file, FileBasicInfo, &info, sizeof info));
 }
 
-int WindowsSystem::SetFileOwner(FileHandle /*handle*/, DWORD owner, DWORD /*group*/) {
+int NativeSystem::SetFileOwner(FileHandle /*handle*/, DWORD owner, DWORD /*group*/) {
     return owner == 0 ? 0 : EPERM;
 }
 
 /// The attributes that users set, and the access list; named streams are not copied.
-int WindowsSystem::CopyFileAttributes(const char* from, FileHandle handle) {
+int NativeSystem::CopyFileAttributes(const char* from, FileHandle handle) {
     constexpr DWORD kUsers =
         kScratchMark | FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
     const WideName wide(from);

@@ -1,6 +1,6 @@
-// WindowsSystem: language, fonts and the terminal.
+// NativeSystem: language, fonts and the terminal.
+#include "src/os/NativeSystem.h"
 #include "src/os/windows/WindowsCalls.h"
-#include "src/os/windows/WindowsSystem.h"
 
 #include "src/os/MessageWindow.h"
 
@@ -27,7 +27,7 @@ std::string CharsetName(UINT codePage) {
     return codePage == 874 ? "TIS-620" : "CP" + std::to_string(codePage);
 }
 
-std::string FromEnvironment(WindowsSystem& system, const char* category) {
+std::string FromEnvironment(System& system, const char* category) {
     for (const char* variable : {"LC_ALL", category, "LANG"}) {
         std::string value = system.GetEnvironment(variable);
         if (!value.empty())
@@ -55,7 +55,7 @@ void WriteError(const std::string& text) {
 
 /// The variables first, which programs from POSIX systems set; else what the user has chosen, with
 /// the system's ANSI code page.
-std::string WindowsSystem::GetTextLocale() {
+std::string NativeSystem::GetTextLocale() {
     if (std::string value = FromEnvironment(*this, "LC_CTYPE"); !value.empty())
         return value;
     std::array<wchar_t, LOCALE_NAME_MAX_LENGTH> name{};
@@ -63,7 +63,7 @@ std::string WindowsSystem::GetTextLocale() {
     return PosixName(name.data()) + "." + CharsetName(::GetACP());
 }
 
-std::string WindowsSystem::GetMessagesLocale() {
+std::string NativeSystem::GetMessagesLocale() {
     if (std::string value = FromEnvironment(*this, "LC_MESSAGES"); !value.empty())
         return value;
     std::array<wchar_t, LOCALE_NAME_MAX_LENGTH> name{};
@@ -81,7 +81,7 @@ int CALLBACK TakeFamily(const LOGFONTW* font, const TEXTMETRICW*, DWORD, LPARAM 
 
 } // namespace
 
-std::string WindowsSystem::MatchFontFamily(const std::string& family) {
+std::string NativeSystem::MatchFontFamily(const std::string& family) {
     const HDC context = ::CreateCompatibleDC(nullptr);
     if (!context)
         return {};
@@ -99,9 +99,9 @@ std::string WindowsSystem::MatchFontFamily(const std::string& family) {
     return windows::Narrow(found);
 }
 
-void WindowsSystem::WriteDiagnostic(const char* text) { WriteError(std::string(text) + "\n"); }
+void NativeSystem::WriteDiagnostic(const char* text) { WriteError(std::string(text) + "\n"); }
 
-bool WindowsSystem::AskAtTerminal(const char* question, std::string& answer) {
+bool NativeSystem::AskAtTerminal(const char* question, std::string& answer) {
     const HANDLE stream = ::GetStdHandle(STD_INPUT_HANDLE);
     if (!IsConsole(stream))
         return false;

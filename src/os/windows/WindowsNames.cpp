@@ -1,7 +1,7 @@
-// WindowsSystem: names and folders. Removing and renaming are in WindowsRenaming.cpp.
+// NativeSystem: names and folders. Removing and renaming are in WindowsRenaming.cpp.
+#include "src/os/NativeSystem.h"
 #include "src/os/Paths.h"
 #include "src/os/windows/WindowsCalls.h"
-#include "src/os/windows/WindowsSystem.h"
 
 #include <cerrno>
 
@@ -66,7 +66,7 @@ int windows::FillStatus(HANDLE file, FileStatus& status) noexcept {
     return 0;
 }
 
-int WindowsSystem::GetFileStatus(const char* name, FileStatus& status) {
+int NativeSystem::GetFileStatus(const char* name, FileStatus& status) {
     const WideName wide(name);
     if (wide.Error() != 0)
         return wide.Error();
@@ -91,7 +91,7 @@ int WindowsSystem::GetFileStatus(const char* name, FileStatus& status) {
     return error;
 }
 
-int WindowsSystem::ResolveName(const char* name, std::string& resolved) {
+int NativeSystem::ResolveName(const char* name, std::string& resolved) {
     const WideName wide(name);
     if (wide.Error() != 0)
         return wide.Error();
@@ -123,11 +123,11 @@ int WindowsSystem::ResolveName(const char* name, std::string& resolved) {
 }
 
 /// No names here stand for a process's open files.
-int WindowsSystem::OpenOwnStream(const char* /*name*/, FileHandle& /*handle*/) { return ENOENT; }
+int NativeSystem::OpenOwnStream(const char* /*name*/, FileHandle& /*handle*/) { return ENOENT; }
 
 // --- folders -------------------------------------------------------------------------------------
 
-int WindowsSystem::SyncFolder(const char* folder) {
+int NativeSystem::SyncFolder(const char* folder) {
     const WideName wide(folder);
     if (wide.Error() != 0)
         return wide.Error();
@@ -148,7 +148,7 @@ bool IsFolder(const wchar_t* name) noexcept {
 
 } // namespace
 
-int WindowsSystem::MakeFolder(const char* folder) {
+int NativeSystem::MakeFolder(const char* folder) {
     const WideName wide(folder);
     if (wide.Error() != 0)
         return wide.Error();
@@ -166,7 +166,7 @@ int WindowsSystem::MakeFolder(const char* folder) {
     return LastErrno();
 }
 
-int WindowsSystem::ListFolder(const char* folder, std::vector<std::string>& names) {
+int NativeSystem::ListFolder(const char* folder, std::vector<std::string>& names) {
     names.clear();
     const std::string all = AsFolderPrefix(folder) + "*";
     const WideName wide(all.c_str());
@@ -186,7 +186,7 @@ int WindowsSystem::ListFolder(const char* folder, std::vector<std::string>& name
     return ::GetLastError() == ERROR_NO_MORE_FILES ? 0 : LastErrno();
 }
 
-std::string WindowsSystem::GetTemporaryFolder() {
+std::string NativeSystem::GetTemporaryFolder() {
     std::array<wchar_t, MAX_PATH + 1> folder;
     const DWORD length = ::GetTempPathW(static_cast<DWORD>(folder.size()), folder.data());
     return length > 0 && length < folder.size()

@@ -1,7 +1,7 @@
 // The registry, below the current user's key.
+#include "src/os/NativeSystem.h"
 #include "src/os/SystemRegistry.h"
 #include "src/os/windows/WindowsCalls.h"
-#include "src/os/windows/WindowsSystem.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -140,7 +140,7 @@ private:
 
 } // namespace
 
-SystemRegistry* WindowsSystem::GetRegistry() {
+SystemRegistry* NativeSystem::GetRegistry() {
     static WindowsRegistry registry;
     return &registry;
 }

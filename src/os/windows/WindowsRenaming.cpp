@@ -1,12 +1,12 @@
-// WindowsSystem: removing and renaming files, open ones among them.
+// NativeSystem: removing and renaming files, open ones among them.
 //
 // Both ask for the POSIX semantics first. A file system that does not know them gets the old calls,
 // which leave an open file's name taken until it is closed: so the file is given another name
 // before. The order of these steps keeps a file from getting lost: what cannot be finished is
 // taken back.
+#include "src/os/NativeSystem.h"
 #include "src/os/ScratchFile.h"
 #include "src/os/windows/WindowsCalls.h"
-#include "src/os/windows/WindowsSystem.h"
 
 #include <atomic>
 #include <cerrno>
@@ -156,7 +156,7 @@ int ReplaceInTwoSteps(HANDLE file, const wchar_t* to) {
 
 } // namespace
 
-int WindowsSystem::RemoveFile(const char* name) {
+int NativeSystem::RemoveFile(const char* name) {
     const WideName wide(name);
     if (wide.Error() != 0)
         return wide.Error();
@@ -175,7 +175,7 @@ int WindowsSystem::RemoveFile(const char* name) {
     }
 }
 
-int WindowsSystem::RenameFile(const char* from, const char* to, bool replace) {
+int NativeSystem::RenameFile(const char* from, const char* to, bool replace) {
     const WideName wide(from), target(to);
     if (wide.Error() != 0 || target.Error() != 0)
         return wide.Error() != 0 ? wide.Error() : target.Error();

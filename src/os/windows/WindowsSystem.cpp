@@ -1,6 +1,18 @@
-// WindowsSystem: the process and the machine. Files are in WindowsFiles.cpp, names in
+// NativeSystem: the process and the machine. Files are in WindowsFiles.cpp, names in
 // WindowsNames.cpp, language and terminal in WindowsMachine.cpp.
-#include "src/os/windows/WindowsSystem.h"
+//
+// Names are UTF-8 (see Widen for what is not). A handle is the system's own, opened so that others
+// may read, write, rename and remove the file. Permission bits are made up: 0666, or 0444 for a
+// file with the read-only attribute; a new file that is private has an access list with this user
+// alone. The numbers of owners are 0 for this user and 1 for everybody else.
+//
+// Removing and renaming open files works as FileSystem wants it where the file system has the
+// POSIX semantics of both (NTFS since Windows 10, version 1709). Elsewhere a removed file that is
+// open is first given another name, as is the file that a rename replaces; between these two steps
+// of such a rename neither has the name, and a process that is killed there, or before the call that
+// marks the old file for removal, leaves it as "<name>.~aside", or with numbers after that where such
+// a file is there already. What is left of a scratch file is swept.
+#include "src/os/NativeSystem.h"
 
 #include "src/os/PlatformSystem.h"
 #include "src/os/windows/WindowsCalls.h"
@@ -29,14 +41,14 @@ std::string FileNameOfModule(HMODULE module) {
 
 System& PlatformSystem() noexcept {
     // In static memory, since the heap may be exhausted.
-    alignas(WindowsSystem) static std::byte place[sizeof(WindowsSystem)];
-    static System* const system = new (place) WindowsSystem;
+    alignas(NativeSystem) static std::byte place[sizeof(NativeSystem)];
+    static System* const system = new (place) NativeSystem;
     return *system;
 }
 
-DWORD WindowsSystem::GetProcessId() { return ::GetCurrentProcessId(); }
+DWORD NativeSystem::GetProcessId() { return ::GetCurrentProcessId(); }
 
-bool WindowsSystem::IsPrivileged() {
+bool NativeSystem::IsPrivileged() {
     HANDLE token = nullptr;
     if (!::OpenProcessToken(::GetCurrentProcess(), TOKEN_QUERY, &token))
         return false;
@@ -47,16 +59,16 @@ bool WindowsSystem::IsPrivileged() {
            elevation.TokenIsElevated;
 }
 
-DWORD WindowsSystem::GetTickCount() { return static_cast<DWORD>(::GetTickCount64()); }
+DWORD NativeSystem::GetTickCount() { return static_cast<DWORD>(::GetTickCount64()); }
 
-DWORD WindowsSystem::GetTime() {
+DWORD NativeSystem::GetTime() {
     FILETIME now;
     ::GetSystemTimeAsFileTime(&now);
     const ULONGLONG ticks = (static_cast<ULONGLONG>(now.dwHighDateTime) << 32) | now.dwLowDateTime;
     return static_cast<DWORD>(ticks / 10'000'000 - 11'644'473'600); // since 1601
 }
 
-DWORD WindowsSystem::GetMemoryLoad() {
+DWORD NativeSystem::GetMemoryLoad() {
     static std::atomic<std::uint64_t> answer{~std::uint64_t{0}}; // tick and load
     const std::uint64_t tick = GetTickCount();
     const std::uint64_t known = answer.load(std::memory_order_relaxed);
@@ -69,7 +81,7 @@ DWORD WindowsSystem::GetMemoryLoad() {
     return load;
 }
 
-std::string WindowsSystem::GetEnvironment(const char* name) {
+std::string NativeSystem::GetEnvironment(const char* name) {
     const std::wstring wide = windows::Widen(name);
     std::wstring value;
     for (DWORD size = 256;;) {
@@ -82,9 +94,9 @@ std::string WindowsSystem::GetEnvironment(const char* name) {
     }
 }
 
-std::string WindowsSystem::GetModuleFileName() { return FileNameOfModule(nullptr); }
+std::string NativeSystem::GetModuleFileName() { return FileNameOfModule(nullptr); }
 
-std::string WindowsSystem::GetLibraryFileName() {
+std::string NativeSystem::GetLibraryFileName() {
     static const char here = 0; // part of this library, wherever that is
     HMODULE module = nullptr;
     ::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS |
@@ -93,10 +105,10 @@ std::string WindowsSystem::GetLibraryFileName() {
     return module ? FileNameOfModule(module) : std::string();
 }
 
-std::string WindowsSystem::GetErrorText(int error) { return std::strerror(error); }
+std::string NativeSystem::GetErrorText(int error) { return std::strerror(error); }
 
 /// GetVersionEx says what the program's manifest claims to know; this is the system's own.
-SystemVersion WindowsSystem::GetVersion() {
+SystemVersion NativeSystem::GetVersion() {
     using Function = LONG(WINAPI*)(OSVERSIONINFOW*);
     OSVERSIONINFOW info{};
     info.dwOSVersionInfoSize = sizeof info;

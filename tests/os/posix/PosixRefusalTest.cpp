@@ -1,6 +1,6 @@
 // The POSIX system where the kernel refuses: what is an error, and what is not.
+#include "src/os/NativeSystem.h"
 #include "src/os/Paths.h"
-#include "src/os/posix/PosixSystem.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/RefusedCall.h"
 #include "tests/support/TemporaryFolder.h"
@@ -33,7 +33,7 @@ protected:
     std::string Name(const char* name) const { return m_folder.File(name); }
 
     test::TemporaryFolder m_folder;
-    PosixSystem m_system;
+    NativeSystem m_system;
 };
 
 TEST_F(PosixRefusalTest, ByTheFileSystem) {
@@ -211,7 +211,7 @@ std::string Answer(const std::string& typed) {
                   if (typed.empty())
                       TypeWhenSignalled();
                   std::string answer;
-                  if (!PosixSystem().AskAtTerminal("Really? ", answer))
+                  if (!NativeSystem().AskAtTerminal("Really? ", answer))
                       answer = "none";
                   return ::write(ends[1], answer.data(), answer.size()) < 0 ? 1 : 0;
               }),
@@ -236,7 +236,7 @@ TEST(PosixTerminal, AnswersAreLines) {
     std::string answer;
     EXPECT_EQ(test::InChild([&] {
                   ::close(STDIN_FILENO);
-                  return PosixSystem().AskAtTerminal("Really? ", answer) ? 1 : 0;
+                  return NativeSystem().AskAtTerminal("Really? ", answer) ? 1 : 0;
               }),
               0);
 }

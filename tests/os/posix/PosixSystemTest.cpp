@@ -1,5 +1,5 @@
 // The POSIX system: what the layers above rely on.
-#include "src/os/posix/PosixSystem.h"
+#include "src/os/NativeSystem.h"
 #include "src/os/Paths.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestSystem.h"
@@ -36,7 +36,7 @@ protected:
         return handle;
     }
     TemporaryFolder m_folder;
-    PosixSystem m_system;
+    NativeSystem m_system;
 };
 
 TEST_F(PosixSystemTest, AProgramThatWasReplacedKeepsItsName) {
@@ -259,7 +259,7 @@ TEST(PosixPaths, PartsOfNames) {
 }
 
 TEST(PosixSystem, FontsThatAreThereAreTheirOwnMatch) {
-    PosixSystem system;
+    NativeSystem system;
     const std::string family = system.MatchFontFamily("CourierNew");
     if (family.empty())
         GTEST_SKIP() << "fontconfig, or every font, is missing here";

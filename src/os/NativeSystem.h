@@ -1,23 +1,12 @@
-// The System of Windows machines.
-//
-// Names are UTF-8 (see Widen for what is not). A handle is the system's own, opened so that others
-// may read, write, rename and remove the file. Permission bits are made up: 0666, or 0444 for a
-// file with the read-only attribute; a new file that is private has an access list with this user
-// alone. The numbers of owners are 0 for this user and 1 for everybody else.
-//
-// Removing and renaming open files works as FileSystem wants it where the file system has the
-// POSIX semantics of both (NTFS since Windows 10, version 1709). Elsewhere a removed file that is
-// open is first given another name, as is the file that a rename replaces; between these two steps
-// of such a rename neither has the name, and a process that is killed there, or before the call that
-// marks the old file for removal, leaves it as "<name>.~aside", or with numbers after that where such
-// a file is there already. What is left of a scratch file is swept.
+// The system of this platform. posix/ and windows/ define its functions, each for its own; what holds
+// for one of them alone is said in PosixSystem.cpp and WindowsSystem.cpp.
 #pragma once
 
 #include "src/os/System.h"
 
 namespace vnbytstr {
 
-class WindowsSystem final : public System {
+class NativeSystem final : public System {
 public:
     int OpenFile(const char* name, unsigned flags, FileHandle& handle) override;
     int CloseFile(FileHandle handle) override;
