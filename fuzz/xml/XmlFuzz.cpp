@@ -37,7 +37,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const ScopedCodePage page(fuzz::PageOf(*data));
     static CXercesWrapper xml;
     const CString text(reinterpret_cast<const char*>(data + 1), static_cast<int>(size - 1));
-    if (!xml.LoadXML(text)) {
+    const bool isLoaded = xml.LoadXML(text);
+    if (*data >= 0x80) { // what was loaded before leaves no trace
+        CXercesWrapper fresh;
+        CString one, two;
+        Require(fresh.LoadXML(text) == isLoaded && fresh.GetXML(one) == xml.GetXML(two));
+        Require(one == two);
+    }
+    if (!isLoaded) {
         XMLElement none;
         Require(!xml.GetRootElement(none));
         Require(xml.GetLastParseError().m_severity != SXMLParseError::kNone);

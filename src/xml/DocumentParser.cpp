@@ -45,6 +45,10 @@ DocumentParser::DocumentParser(MemoryManager* memory) : DOMLSParserImpl(nullptr,
     setParameter(XMLUni::fgDOMEntities, false);
 }
 
+bool DocumentParser::IsSetToVersion11() const {
+    return getScanner()->getXMLVersion() == XMLReader::XMLV1_1;
+}
+
 void DocumentParser::startDocument() {
     m_depth = m_declarations = m_attributeWork = 0;
     m_elements = m_defaults = 0;

@@ -57,6 +57,8 @@ public:
 
     /// Reports why the document is refused, and ends the parse.
     [[noreturn]] void Refuse(const XMLCh* reason);
+    /// Whether the last document with an XML declaration was one of XML 1.1.
+    bool IsSetToVersion11() const;
 
     void startDocument() override;
     void doctypeDecl(const xercesc::DTDElementDecl& root, const XMLCh* publicId,

@@ -216,8 +216,11 @@ bool CXercesWrapper::LoadXML(const CString& text) {
 /// Parses `source` into the open document.
 template <class Source>
 bool CXercesWrapper::Parse(Source& source) {
-    xercesc::DOMLSParser* const builder = GetDOMBuilder();
     Free();
+    // It would take the next document for one of XML 1.1, too, unless that says otherwise.
+    if (m_builder != nullptr && static_cast<DocumentParser*>(m_builder)->IsSetToVersion11())
+        DropBuilder();
+    xercesc::DOMLSParser* const builder = GetDOMBuilder();
     m_origin = kLoaded;
     m_lastError = {};
     if (builder == nullptr) {

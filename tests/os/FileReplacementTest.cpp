@@ -39,56 +39,6 @@ TEST_F(FileReplacementTest, WhatIsNoPlainFileIsWrittenToDirectly) {
     EXPECT_EQ(target.Open(nullptr), EINVAL);
 }
 
-/// What a folder, a file system or a device refuses is done without, or in another way.
-TEST_F(FileReplacementTest, RefusalsThatAreNotTheEnd) {
-    const auto putWith = [&](const std::string& name, test::Call call, unsigned at, int error) {
-        m_system.Inject(test::Fault{.call = call, .at = at, .error = error});
-        const int result = Put(name, "new");
-        EXPECT_EQ(m_system.Hits(), 1u);
-        m_system.Inject(std::nullopt);
-        EXPECT_EQ(LeftOvers(), 0u);
-        return result;
-    };
-    // No new file beside the old one, of the new content or of the old.
-    for (const int error : {EACCES, EPERM, EROFS, ENAMETOOLONG}) {
-        Write("a", "old");
-        std::filesystem::remove(Name("b"));
-        std::filesystem::create_hard_link(Name("a"), Name("b"));
-        for (const unsigned at : {1u, 3u}) {
-            EXPECT_EQ(putWith(Name("a"), test::Call::Open, at, error), 0) << error << at;
-            EXPECT_EQ(Read("b"), "new");
-        }
-        EXPECT_EQ(putWith(Name("none"), test::Call::Open, 1, error),
-                  error == ENAMETOOLONG ? 0 : error);
-        std::filesystem::remove(Name("none"));
-    }
-    EXPECT_EQ(putWith(Name("a"), test::Call::Open, 1, EMFILE), EMFILE);
-    EXPECT_EQ(putWith(Name("a"), test::Call::Open, 3, EMFILE), EMFILE);
-    for (const int error : {EPERM, ENOTSUP, ENOSYS, EINVAL})
-        EXPECT_EQ(putWith(Name("moded"), test::Call::Release, 1, error), 0) << error;
-    for (const int error : {ENOLCK, EOPNOTSUPP, ENOSYS, EINVAL, EBADF})
-        EXPECT_EQ(putWith(Name("locked"), test::Call::Lock, 1, error), 0) << error;
-    const std::string null = m_folder.Device(NullDevice());
-    for (const int error : {EINVAL, EROFS, ENOTSUP})
-        EXPECT_EQ(putWith(null, test::Call::Sync, 1, error), 0) << error;
-    // A file that goes, or that cannot be looked at, while its replacement begins.
-    Write("moving", "old");
-    EXPECT_EQ(putWith(Name("moving"), test::Call::Status, 2, EIO), EIO);
-    m_system.Before(test::Call::Status, 2, [&] { std::filesystem::remove(Name("moving")); });
-    EXPECT_EQ(Put(Name("moving"), "new"), ENOENT);
-    // A scratch file that a sweep took at once: the next name is free.
-    m_system.Before(test::Call::Lock, 1, [&] {
-        for (const auto& entry : std::filesystem::directory_iterator(m_folder.File("at")))
-            if (UseOfScratchName(entry.path().filename().string()))
-                std::filesystem::remove(entry);
-    });
-    EXPECT_EQ(Put(Name("moving"), "new"), 0);
-    EXPECT_EQ(Read("moving"), "new");
-    for (const auto& [name, error] :
-         {std::pair{"none/", EISDIR}, {"none/.", ENOENT}, {"none/..", ENOENT}})
-        EXPECT_EQ(Put(Name(name), "x"), error) << name;
-}
-
 TEST_F(FileReplacementTest, AdoptedFilesAreMovedOrComeBackAsTheyWere) {
     Write("target", "old");
     const std::string swap = m_folder.File("tmp/~dat-1-1.tmp");

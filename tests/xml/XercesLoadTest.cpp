@@ -96,6 +96,20 @@ TEST_F(XercesLoadTest, TheTextsEncodingIsWhatItSays) {
     EXPECT_TRUE(Load(std::string("<a/>\0<b>", 8))); // up to the NUL
 }
 
+/// In XML 1.1 other control characters are refused, and more characters are ends of lines.
+TEST_F(XercesLoadTest, AfterADocumentOfXml11TheNextIsOneOf10) {
+    const ScopedCodePage page(65001);
+    const std::string text = "<a b=\"\xC2\x84\">x\xC2\x85y\xE2\x80\xA8z</a>";
+    for (const char* before : {"<a/>", "<?xml version='1.1'?><a/>", "<?xml version='1.1'?><a>"}) {
+        CString written;
+        Load(before);
+        EXPECT_FALSE(Load("<a>&#1;</a>")) << before;
+        Load(before);
+        EXPECT_TRUE(Load(text) && m_xml.GetXML(written)) << before;
+        EXPECT_EQ(std::string(written), text) << before;
+    }
+}
+
 TEST_F(XercesLoadTest, BytesOfNoEncodingAreRefused) {
     const std::pair<UINT, const char*> broken[] = {{65001, "<a>\xE9t\xE9</a>"},
                                                    {65001, "<?xml version='1.0'?><a b='\xFF'/>"},
