@@ -74,9 +74,9 @@ TEST(ScratchFile, NamesTellTheUse) {
     EXPECT_EQ(UseOfScratchName("~dat-17-3.tmp"), ScratchUse::Swap);
     for (const ScratchUse use : {ScratchUse::Swap, ScratchUse::New, ScratchUse::Old})
         EXPECT_EQ(UseOfScratchName(ScratchName(use, 4000000000, 0)), use);
-    for (const char* other :
-         {"~dat-17-3.lob", "~dat-17.tmp", "~dat-a-3.tmp", "~dat--3.tmp", "~tmp-17-3.tmp",
-          "~dat-17-3.tmp~", "~dat-99999999999-1.tmp", "dat-17-3.tmp", "~new-1-1.tmp", ""})
+    for (const char* other : {"~dat-17-3.lob", "~dat-17.tmp", "~dat-a-3.tmp", "~dat--3.tmp",
+                              "~tmp-17-3.tmp", "~dat-17-3.tmp~", "~dat-99999999999-1.tmp",
+                              "~dat-1-x.tmp", "dat-17-3.tmp", "~new-1-1.tmp", ""})
         EXPECT_FALSE(UseOfScratchName(other)) << other;
 }
 
@@ -120,6 +120,7 @@ TEST_F(FileReplacementTest, TheSweepGoesByTheLockAlone) {
     FileHandle handle;
     ASSERT_EQ(OpenScratch(used.c_str(), handle), 0);
     Write(left, "left");
+    m_folder.Write("victim", "");
     const bool hasLinks = m_folder.Link("../victim", "at/.~new-9-9.tmp");
     std::filesystem::create_directory(Name(".~new-9-8.tmp"));
     SweepLeftovers(m_folder.File("at"));

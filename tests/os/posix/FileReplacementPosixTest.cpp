@@ -108,8 +108,14 @@ TEST_F(FileReplacementPosixTest, RefusalsThatAreNotTheEnd) {
     }
     EXPECT_EQ(putWith(Name("a"), test::Call::Open, 1, EMFILE), EMFILE);
     EXPECT_EQ(putWith(Name("a"), test::Call::Open, 3, EMFILE), EMFILE);
-    for (const int error : {EPERM, ENOTSUP, ENOSYS, EINVAL})
+    for (const int error : {EPERM, ENOTSUP, ENOSYS, EINVAL}) {
         EXPECT_EQ(putWith(Name("moded"), test::Call::Release, 1, error), 0) << error;
+        std::filesystem::remove(Name("moded"));
+    }
+    // Neither beside it nor in the temporary folder.
+    m_system.Inject(test::Fault{.call = test::Call::Open, .fromThenOn = true, .error = EROFS});
+    EXPECT_EQ(Put(Name("a"), "none"), EROFS);
+    m_system.Inject(std::nullopt);
     for (const int error : {ENOLCK, EOPNOTSUPP, ENOSYS, EINVAL, EBADF})
         EXPECT_EQ(putWith(Name("locked"), test::Call::Lock, 1, error), 0) << error;
     const std::string null = m_folder.Device("/dev/null");
@@ -117,7 +123,8 @@ TEST_F(FileReplacementPosixTest, RefusalsThatAreNotTheEnd) {
         EXPECT_EQ(putWith(null, test::Call::Sync, 1, error), 0) << error;
     // A file that goes, or that cannot be looked at, while its replacement begins.
     Write("moving", "old");
-    EXPECT_EQ(putWith(Name("moving"), test::Call::Status, 2, EIO), EIO);
+    for (const unsigned at : {1u, 2u})
+        EXPECT_EQ(putWith(Name("moving"), test::Call::Status, at, EIO), EIO);
     m_system.Before(test::Call::Status, 2, [&] { std::filesystem::remove(Name("moving")); });
     EXPECT_EQ(Put(Name("moving"), "new"), ENOENT);
     // A scratch file that a sweep took at once: the next name is free.
@@ -323,6 +330,15 @@ TEST_F(FileReplacementPosixTest, NamesMayLeadToOtherFilesMeanwhile) {
         EXPECT_EQ(OpenScratch(name.c_str(), handle), EEXIST);
         EXPECT_EQ(std::filesystem::exists(name), isTaken);
     }
+    // Moved away, with a link to it in its place.
+    m_system.Before(test::Call::Lock, 1, [&] {
+        std::filesystem::rename(name, Name("moved"));
+        std::filesystem::create_symlink("moved", name);
+    });
+    std::filesystem::remove(name);
+    EXPECT_EQ(OpenScratch(name.c_str(), handle), EEXIST);
+    std::filesystem::remove(name);
+    Write("s", "fresh");
     EXPECT_EQ(OpenScratch(name.c_str(), handle), EEXIST); // nobody's
     EXPECT_EQ(Read("s"), "fresh");
     std::filesystem::remove(name);

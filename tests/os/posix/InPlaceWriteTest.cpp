@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
+#include <tuple>
 #include <vector>
 
 namespace vnbytstr {
@@ -144,22 +145,28 @@ TEST_F(InPlaceWriteTest, ASweepThatFailsLosesNothing) {
     EXPECT_GT(tried, 20u);
 }
 
-/// A position that is not the one asked for is an error, not other bytes.
-TEST_F(InPlaceWriteTest, AMisplacedSeekChangesNothing) {
+/// A position that is not the one asked for is an error, not other bytes; nor does it go round for
+/// ever where nothing is read or taken.
+TEST_F(InPlaceWriteTest, MisplacedSeeksAndTransfersOfNothingChangeNothing) {
+    using test::Call;
+    using Kind = test::Fault::Kind;
     const std::string old(100000, 'o');
-    for (unsigned at = 1;; ++at) {
-        Write("a", old);
-        std::filesystem::remove(Name("b"));
-        ASSERT_EQ(::link(Name("a").c_str(), Name("b").c_str()), 0);
-        m_system.Inject(
-            test::Fault{.call = test::Call::Seek, .at = at, .kind = test::Fault::Kind::Misplace});
-        const int error = Put(Name("a"), "new");
-        const bool hit = m_system.Hits() > 0;
-        m_system.Inject(std::nullopt);
-        EXPECT_EQ(error, hit ? EIO : 0);
-        EXPECT_TRUE(Read("b") == (hit ? old : "new")) << at;
-        if (!hit)
-            break;
+    for (const auto& [call, kind, expected, first] :
+         {std::tuple{Call::Seek, Kind::Misplace, EIO, 1u},
+          {Call::Read, Kind::Nothing, EIO, 1u},
+          {Call::Write, Kind::Nothing, ENOSPC, 2u}}) { // after the test's own write
+        bool hit = true;
+        for (unsigned at = first; hit; ++at) {
+            Write("a", old);
+            std::filesystem::remove(Name("b"));
+            ASSERT_EQ(::link(Name("a").c_str(), Name("b").c_str()), 0);
+            m_system.Inject(test::Fault{.call = call, .at = at, .kind = kind});
+            const int error = Put(Name("a"), "new");
+            hit = m_system.Hits() > 0;
+            m_system.Inject(std::nullopt);
+            EXPECT_EQ(error, hit ? expected : 0) << CallName(call) << at;
+            EXPECT_TRUE(Read("b") == (hit ? old : "new")) << CallName(call) << at;
+        }
     }
 }
 

@@ -40,7 +40,8 @@ TEST(MemoryLoad, FindsTheGroupsOfAProcess) {
         ControlGroupFoldersOf("5:cpu,cpuacct:/x\n4:memory:/docker/1\n0::/\n");
     EXPECT_FALSE(one.isVersion2);
     EXPECT_EQ(one.folders.front(), "/sys/fs/cgroup/memory/docker/1");
-    EXPECT_EQ(ControlGroupFoldersOf("rubbish").folders, std::vector<std::string>{"/sys/fs/cgroup"});
+    for (const char* other : {"rubbish", "0:cpu:/x\n"})
+        EXPECT_EQ(ControlGroupFoldersOf(other).folders, std::vector<std::string>{"/sys/fs/cgroup"});
 }
 
 /// The fuller one of the machine and of all groups counts, from files as they are now.

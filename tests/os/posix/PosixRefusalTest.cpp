@@ -128,6 +128,8 @@ TEST_F(PosixRefusalTest, HandlesThatAreClosed) {
     EXPECT_EQ(m_system.ReleaseScratch(handle), EBADF);
     EXPECT_EQ(m_system.LockFile(handle, true, false), EBADF);
     EXPECT_EQ(m_system.GetLockHolder(handle), "");
+    FileHandle none = kNoFile;
+    EXPECT_EQ(m_system.OpenOwnStream("/proc/self/status", none), ENOENT);
 }
 
 /// A process that has all the files open that it may: no function falls over.
@@ -174,10 +176,11 @@ TEST_F(PosixRefusalTest, NoCurrentFolder) {
 TEST_F(PosixRefusalTest, NoEnvironment) {
     EXPECT_EQ(test::InChild([&] {
                   ::clearenv();
-                  return m_system.GetTextLocale() == "C" && SettingsFolder().empty() &&
-                                 m_system.GetTemporaryFolder() == "/var/tmp/"
-                             ? 0
-                             : 1;
+                  const bool hasDefaults = m_system.GetTextLocale() == "C" &&
+                                           SettingsFolder().empty() &&
+                                           m_system.GetTemporaryFolder() == "/var/tmp/";
+                  ::setenv("TMPDIR", "/other", 1);
+                  return hasDefaults && m_system.GetTemporaryFolder() == "/other/" ? 0 : 1;
               }),
               0);
 }

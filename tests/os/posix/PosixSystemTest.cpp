@@ -116,8 +116,9 @@ TEST_F(PosixSystemTest, LinksAreFollowedAsFarAsTheKernelDoes) {
          {std::string("/"), std::string("//"), std::string("/.."), std::string("."),
           std::string(".."), std::string("/bin/sh"), std::string("/proc/self/exe"),
           m_folder.File("./x/../x/fd//up/40"), m_folder.File("absolute"),
-          m_folder.File("absolute/up/x/fd/./up"), m_folder.File("dangling"),
-          m_folder.File("dangling/x"), m_folder.File("x/none"), m_folder.File("x/none/..")}) {
+          m_folder.File("absolute/up/x/fd/./up"), m_folder.File("x/fd/up"),
+          m_folder.File("dangling"), m_folder.File("dangling/x"), m_folder.File("x/none"),
+          m_folder.File("x/none/..")}) {
         const std::unique_ptr<char, decltype(&std::free)> expected(
             ::realpath(name.c_str(), nullptr), &std::free);
         const int error = expected ? 0 : errno;
@@ -225,6 +226,8 @@ TEST_F(PosixSystemTest, RenamesWithAndWithoutReplacing) {
     EXPECT_EQ(m_system.MakeFolder(m_folder.File("x/y").c_str()), 0);
     EXPECT_EQ(m_system.MakeFolder(m_folder.File("a/y").c_str()), ENOTDIR);
     EXPECT_EQ(m_system.MakeFolder(m_folder.File("a").c_str()), EEXIST);
+    m_folder.Link("none", "dangling");
+    EXPECT_EQ(m_system.MakeFolder(m_folder.File("dangling").c_str()), EEXIST);
     EXPECT_EQ(m_system.RenameFile(m_folder.File("b").c_str(), a.c_str(), true), ENOENT);
 }
 

@@ -116,7 +116,8 @@ TEST_F(StartProgramTest, SaysWhyItCannot) {
     EXPECT_EQ(Start(folder.File("locked")), kShellAccessDenied);
     EXPECT_EQ(Start("/bin/true", std::string(1 << 20, 'x').c_str()), kShellNoMemory);
     EXPECT_EQ(Start(folder.Path()), kShellNoAssociation);
-    for (const char* noAddress : {"://h", "a b://h", "a:/h"})
+    for (const char* noAddress :
+         {"://h", "a b://h", "a:/h", "a,b://h", "a:b://h", "a[b://h", "a~b://h"})
         EXPECT_EQ(Start(noAddress), kShellFileNotFound) << noAddress;
     EXPECT_EQ(Start(""), kShellFileNotFound);
     EXPECT_EQ(console.ShellExecute(nullptr, nullptr, nullptr, nullptr, 0), kShellFileNotFound);
