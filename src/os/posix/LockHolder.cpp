@@ -35,7 +35,10 @@ std::string NativeSystem::GetLockHolder(FileHandle handle) {
     std::string name;
     std::ifstream command("/proc/" + process + "/comm");
     std::getline(command, name);
-    return "process " + process + (name.empty() ? "" : " (" + name + ")");
+    std::string holder = "process " + process;
+    if (!name.empty())
+        holder += " (" + name + ")";
+    return holder;
 }
 
 } // namespace vnbytstr

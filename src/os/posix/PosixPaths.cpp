@@ -10,7 +10,7 @@ std::string FolderOf(std::string_view name) {
     const std::size_t slash = name.rfind('/');
     if (slash == std::string_view::npos)
         return ".";
-    return slash == 0 ? "/" : std::string(name.substr(0, slash));
+    return std::string(name.substr(0, slash > 0 ? slash : 1));
 }
 
 std::string_view FolderPrefixOf(std::string_view name) noexcept {

@@ -190,8 +190,12 @@ int StartProgram(const char* verb, const char* file, const char* parameters, con
     std::vector<std::string> arguments = SplitParameters(parameters != nullptr ? parameters : "");
     arguments.insert(arguments.begin(), name);
     const bool isBare = name.find('/') == std::string::npos;
-    const std::string found = isBare ? FindInPath(name) : IsExecutable(name) ? name : "";
-    if (!found.empty() && found.substr(found.rfind('/') + 1) == kOpener)
+    std::string found = name;
+    if (isBare)
+        found = FindInPath(name);
+    else if (!IsExecutable(name))
+        found.clear();
+    if (found.ends_with(std::string("/") + kOpener))
         std::transform(arguments.begin() + 1, arguments.end(), arguments.begin() + 1,
                        DesktopArgument);
     if (!found.empty())

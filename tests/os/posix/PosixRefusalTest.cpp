@@ -151,9 +151,11 @@ TEST_F(PosixRefusalTest, NoMoreOpenFiles) {
     EXPECT_EQ(m_system.SyncFolder(m_folder.Path().c_str()), EMFILE);
     EXPECT_EQ(m_system.ListFolder(m_folder.Path().c_str(), names), EMFILE);
     EXPECT_EQ(m_system.GetNewFileMode(), 0644u);
+#ifndef __SANITIZE_ADDRESS__ // its companion checks the type of a stream by a pipe of its own
     EXPECT_EQ(m_system.GetLockHolder(file), "");
     EXPECT_EQ(m_system.GetLibraryFileName(), "");
     EXPECT_EQ(m_system.GetMemoryLoad(), 0u);
+#endif
     EXPECT_EQ(m_system.GetFileStatus(Name("file").c_str(), status), 0);
     ::setrlimit(RLIMIT_NOFILE, &before);
     m_system.CloseFile(file);

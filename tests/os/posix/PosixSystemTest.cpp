@@ -1,4 +1,6 @@
 // The POSIX system: what the layers above rely on.
+#include "src/os/CpuKernel.h"
+#include "src/os/MemoryRegion.h"
 #include "src/os/NativeSystem.h"
 #include "src/os/Paths.h"
 #include "tests/support/TemporaryFolder.h"
@@ -55,6 +57,23 @@ TEST_F(PosixSystemTest, AProgramThatWasReplacedKeepsItsName) {
                                 "' --gtest_filter=*AProgramThatWasReplaced* >/dev/null";
     EXPECT_EQ(std::system(command.c_str()), 0);
     EXPECT_EQ(m_folder.Names(), std::vector<std::string>{"program (deleted)"});
+}
+
+/// Read once, before anything is computed: so by a process of its own.
+TEST_F(PosixSystemTest, TheEnvironmentChoosesTheKernel) {
+    if (const char* const expected = std::getenv("VNBYTSTR_TEST_KERNEL")) {
+        EXPECT_STREQ(KernelName(ActiveKernel()), expected);
+        return;
+    }
+    const auto check = [&](const std::string& wanted, Kernel expected) {
+        const std::string command =
+            "VNBYTSTR_KERNEL=" + wanted + " VNBYTSTR_TEST_KERNEL=" + KernelName(expected) + " '" +
+            m_system.GetModuleFileName() + "' --gtest_filter=*TheEnvironmentChooses* >/dev/null";
+        EXPECT_EQ(std::system(command.c_str()), 0) << wanted;
+    };
+    for (const Kernel kernel : AvailableKernels())
+        check(KernelName(kernel), kernel);
+    check("none", AvailableKernels().back());
 }
 
 TEST_F(PosixSystemTest, MovesInFilesWithAndWithoutTheKernelsPosition) {
@@ -239,6 +258,7 @@ TEST_F(PosixSystemTest, KnowsTheProcess) {
     const DWORD tick = m_system.GetTickCount();
     EXPECT_LT(m_system.GetTickCount() - tick, 60000u);
     EXPECT_LE(m_system.GetMemoryLoad(), 100u);
+    EXPECT_EQ(AllocateRegion(std::size_t{1} << 62), nullptr); // more than it may have
 }
 
 TEST(PosixPaths, PartsOfNames) {
