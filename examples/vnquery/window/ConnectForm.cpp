@@ -54,6 +54,13 @@ std::optional<Connection> OpenSavedConnection(QWidget* parent, const std::string
     return saved->connection;
 }
 
+QString AskForDatabase(QWidget* parent, const QString& from) {
+    const QString filter = Label(IDS_VQ_DATABASE_FILES) +
+                           QStringLiteral(" (*.sqlite *.sqlite3 *.db *.db3);;") +
+                           Label(IDS_VQ_ALL_FILES) + QStringLiteral(" (*)");
+    return QFileDialog::getOpenFileName(parent, {}, from, filter);
+}
+
 ConnectForm::ConnectForm(QWidget* parent) : QDialog(parent) {
     setWindowTitle(PlainLabel(IDS_VQ_D_TITLE));
     AddHelp(this, 1);
@@ -111,10 +118,7 @@ void ConnectForm::Build() {
     m_form->addRow(Label(IDS_VQ_P_KIND), m_kind);
     m_file = new QLineEdit;
     button(row(IDS_VQ_X_FILE, m_file), IDS_VQ_BROWSE, [this] {
-        const QString filter = Label(IDS_VQ_DATABASE_FILES) +
-                               QStringLiteral(" (*.sqlite *.sqlite3 *.db *.db3);;") +
-                               Label(IDS_VQ_ALL_FILES) + QStringLiteral(" (*)");
-        const QString file = QFileDialog::getOpenFileName(this, {}, m_file->text(), filter);
+        const QString file = AskForDatabase(this, m_file->text());
         if (!file.isEmpty())
             m_file->setText(file);
     });

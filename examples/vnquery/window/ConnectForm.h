@@ -20,6 +20,9 @@ namespace vnquery {
 /// else what the user is asked for. Nothing when there is none, or the user cancelled.
 std::optional<Connection> OpenSavedConnection(QWidget* parent, const std::string& name);
 
+/// The SQLite file that the user chooses, beginning in the folder of `from`; "" when cancelled.
+QString AskForDatabase(QWidget* parent, const QString& from = {});
+
 /// An SQLite file, a server by an ODBC driver, an ODBC data source, or a connection string; saves
 /// and removes connections, and tries them out. A password is never shown: one in a connection
 /// string moves to its own field.

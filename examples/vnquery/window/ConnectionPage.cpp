@@ -16,7 +16,6 @@
 #include <QMessageBox>
 #include <QVBoxLayout>
 
-#include <cstdio>
 #include <thread>
 
 namespace vnquery {
@@ -196,7 +195,7 @@ void ConnectionPage::Launch(const std::shared_ptr<Session>& session) {
     m_shape.reset();
     m_hasShape = false;
     m_isStopping = false;
-    m_started = std::chrono::steady_clock::now();
+    m_started.start();
     m_result->SetFilling(true);
     m_timer.start(kInterval);
     Tell(IDS_VQ_W_STARTING, {});
@@ -234,13 +233,11 @@ void ConnectionPage::Follow() {
         return;
     }
     if (!m_isStopping) {
-        const double seconds =
-            std::chrono::duration<double>(std::chrono::steady_clock::now() - m_started).count();
-        char text[32];
-        std::snprintf(text, sizeof text, "%.1f", seconds);
+        const double seconds = static_cast<double>(m_started.elapsed()) / 1000;
         Tell(IDS_VQ_N_RUNNING,
              {GroupDigits(m_hasShape ? m_result->GetDocument().GetShownRows() : 0),
-              FormatSize(m_run->GetProgress().GetBytes()), text});
+              FormatSize(m_run->GetProgress().GetBytes()),
+              QString::number(seconds, 'f', 1).toStdString()});
     }
     Q_EMIT Changed();
 }
@@ -252,10 +249,9 @@ void ConnectionPage::Finish() {
     const std::size_t rows = m_hasShape ? m_result->GetDocument().GetShownRows() : 0;
     if (m_hasShape)
         m_result->EndRows();
-    const double time =
-        std::chrono::duration<double>(std::chrono::steady_clock::now() - m_started).count();
-    char seconds[32];
-    std::snprintf(seconds, sizeof seconds, "%.2f", time);
+    const qint64 time = m_started.elapsed();
+    const std::string seconds =
+        QString::number(static_cast<double>(time) / 1000, 'f', 2).toStdString();
     const CString fetched = std::to_string(rows).c_str();
     GetGlobals().SetGlobalVarValue(CGlobalVars::TLXAO_NUM_FETCHED, &fetched);
     if (m_cellBefore)
@@ -266,8 +262,8 @@ void ConnectionPage::Finish() {
     HistoryEntry entry;
     entry.sql = run->GetSql();
     entry.connection = m_connection.GetDisplayName();
-    entry.when = QDateTime::currentSecsSinceEpoch() - static_cast<std::int64_t>(time);
-    entry.milliseconds = static_cast<std::int64_t>(time * 1000);
+    entry.when = QDateTime::currentSecsSinceEpoch() - time / 1000;
+    entry.milliseconds = time;
     if (m_hasShape)
         entry.rows = static_cast<std::int64_t>(rows);
     const bool isUndone = LookForUndone();

@@ -6,13 +6,13 @@
 #include "vnquery/sources/Session.h"
 #include "vnquery/window/SqlEditor.h"
 
+#include <QElapsedTimer>
 #include <QLabel>
 #include <QPushButton>
 #include <QSplitter>
 #include <QTimer>
 #include <QWidget>
 
-#include <chrono>
 #include <deque>
 #include <memory>
 
@@ -106,7 +106,7 @@ private:
     std::optional<SqlPiece> m_running;
     Parameters m_parameters; ///< of m_running
     std::unique_ptr<QueryRun> m_run;
-    std::chrono::steady_clock::time_point m_started;
+    QElapsedTimer m_started;
     bool m_isStopping = false;
     std::optional<ResultShape> m_shape; ///< of the run, not shown yet
     bool m_hasDefined = false;          ///< what the tree does not show yet

@@ -27,7 +27,6 @@
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QDockWidget>
-#include <QFileDialog>
 #include <QLabel>
 #include <QMenuBar>
 #include <QMessageBox>
@@ -330,10 +329,7 @@ void MainWindow::PageChanged() {
 }
 
 void MainWindow::Open() {
-    const QString filter = Label(IDS_VQ_DATABASE_FILES) + " (*.sqlite *.sqlite3 *.db *.db3);;" +
-                           Label(IDS_VQ_ALL_FILES) + " (*)";
-    const QString file = QFileDialog::getOpenFileName(this, {}, {}, filter);
-    if (!file.isEmpty())
+    if (const QString file = AskForDatabase(this); !file.isEmpty())
         OpenConnection({file.toStdString(), ""});
 }
 

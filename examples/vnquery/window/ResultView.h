@@ -143,7 +143,7 @@ private:
     bool RequireTable();
     bool RefuseEdit(ReadOnlyReason reason);
     void SetCell(CellPlace place, NewValue&& value);
-    void LoadFile(CellPlace place, const std::string& file);
+    void LoadFile(CellPlace place, const std::string& name);
     void RowsChanged(std::optional<std::size_t> shownRow);
     void CellsChanged();
     void FollowSort();

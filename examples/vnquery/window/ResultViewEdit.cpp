@@ -1,14 +1,11 @@
 // How the result view changes cells and rows, and writes them to the database.
 #include "vnquery/window/ResultView.h"
 
-#include "vnquery/files/ValueLoader.h"
-#include "vnquery/files/ValueSaver.h"
 #include "vnquery/result/CellEdit.h"
-#include "vnquery/result/PictureKind.h"
 #include "vnquery/window/Label.h"
 #include "vnquery/window/RunTask.h"
+#include "vnquery/window/ValueFiles.h"
 
-#include <QFileDialog>
 #include <QMessageBox>
 
 #include <set>
@@ -181,13 +178,12 @@ void ResultView::SetDefault() {
         SetCell(place, {true, Value()});
 }
 
-void ResultView::LoadFile(CellPlace place, const std::string& file) {
+/// Of that name; "": one that the user chooses.
+void ResultView::LoadFile(CellPlace place, const std::string& name) {
     NewValue value;
-    const std::string& column = m_document.GetHeading(place.second);
-    const ColumnKind kind = m_document.GetKind(place.second);
-    if (!RunTask(this, IDS_VQ_T_LOADING, [&](Progress& progress) {
-            value.value = LoadValue(file, kind, column, progress);
-        }))
+    const std::string file = LoadValueFrom(this, m_document.GetKind(place.second),
+                                           m_document.GetHeading(place.second), value.value, name);
+    if (file.empty())
         return;
     SetCell(place, std::move(value));
     Q_EMIT StatusChanged(Label(IDS_VQ_W_LOADED, {file}));
@@ -201,11 +197,8 @@ void ResultView::LoadDropped(const std::string& file) {
 
 void ResultView::LoadCell() {
     CellPlace place;
-    if (!RequireEditable(place))
-        return;
-    const QString file = QFileDialog::getOpenFileName(this);
-    if (!file.isEmpty())
-        LoadFile(place, file.toStdString());
+    if (RequireEditable(place))
+        LoadFile(place, {});
 }
 
 void ResultView::SaveCell() {
@@ -217,15 +210,9 @@ void ResultView::SaveCell() {
         Tell(Label(IDS_VQ_E_NULL_VALUE));
         return;
     }
-    const bool isText = value.GetType() != Value::Type::Binary;
-    const QString name =
-        QString::fromStdString(m_document.GetHeading(place.second) +
-                               (isText ? ".txt" : PictureExtension(RecognisePicture(value))));
-    const std::string file = QFileDialog::getSaveFileName(this, {}, name).toStdString();
     const std::string cell = CellName(place.first, place.second);
-    if (!file.empty() && RunTask(this, IDS_VQ_T_SAVING, [&](Progress& progress) {
-            SaveValueBytes(value, cell, file, progress);
-        }))
+    const std::string file = SaveValueTo(this, value, m_document.GetHeading(place.second), cell);
+    if (!file.empty())
         Q_EMIT StatusChanged(Label(IDS_VQ_W_SAVED, {cell, file}));
 }
 

@@ -10,11 +10,13 @@ class QWidget;
 
 namespace vnquery {
 
-/// Reads a file as a value of that column. False when the user cancelled, or after a failure, which
-/// was shown; the same with the next.
-bool LoadValueFrom(QWidget* parent, ColumnKind kind, const std::string& column, Value& value);
+/// Reads a file, one that the user chooses unless its name is given, as a value of that column.
+/// Returns its name; "" when the user cancelled, or after a failure, which was shown; the same with
+/// the next.
+std::string LoadValueFrom(QWidget* parent, ColumnKind kind, const std::string& column, Value& value,
+                          std::string file = {});
 /// Writes a value byte by byte. `cell` is its place, for messages.
-bool SaveValueTo(QWidget* parent, const Value& value, const std::string& column,
-                 const std::string& cell);
+std::string SaveValueTo(QWidget* parent, const Value& value, const std::string& column,
+                        const std::string& cell);
 
 } // namespace vnquery

@@ -382,7 +382,7 @@ void ValuePane::Set(const NewValue& value) {
 
 void ValuePane::Load() {
     NewValue value;
-    if (LoadValueFrom(this, m_shown.kind, m_shown.what, value.value))
+    if (!LoadValueFrom(this, m_shown.kind, m_shown.what, value.value).empty())
         Set(value);
 }
 

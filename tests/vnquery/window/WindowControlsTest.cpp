@@ -17,6 +17,7 @@
 #include <QClipboard>
 #include <QContextMenuEvent>
 #include <QDialog>
+#include <QFileDialog>
 #include <QHelpEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -168,6 +169,17 @@ TEST_F(WindowControls, StatementsChangeTheDatabaseWithCommitOnly) {
     m_answers.m_answers = {QMessageBox::No};
     EXPECT_TRUE(Window().close());
     EXPECT_EQ(Ask("select count(*) from note"), "2");
+}
+
+TEST_F(WindowControls, AFileIsNamedAfterItsColumn) {
+    OpenNotes();
+    RunText("select t as \"a/b\", t as 'c' from note");
+    WithDialog([&] { View().SaveCell(); },
+               [](QDialog& dialog) {
+                   const auto files = qobject_cast<QFileDialog*>(&dialog)->selectedFiles();
+                   EXPECT_TRUE(files.value(0).endsWith("/a_b.txt"));
+                   dialog.reject();
+               });
 }
 
 class RolledBack : public WindowControls {
