@@ -70,6 +70,10 @@ inline constexpr DWORD kScratchMark = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYS
 
 inline HANDLE HandleOf(FileHandle handle) noexcept { return reinterpret_cast<HANDLE>(handle); }
 
+/// After the system has not found `name`: whether to look again, since somebody may be replacing that
+/// file in two steps (see WindowsRenaming.cpp). `looks` is 0 at first. Waits up to some 20 ticks.
+bool MayComeBack(const wchar_t* name, unsigned& looks) noexcept;
+
 /// Opens what has that name for its status, without following a link with `isLinkItself`. Folders
 /// too.
 HANDLE OpenForStatus(const wchar_t* name, DWORD access, bool isLinkItself) noexcept;

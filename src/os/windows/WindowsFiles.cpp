@@ -84,8 +84,12 @@ int NativeSystem::OpenFile(const char* name, unsigned flags, FileHandle& handle)
     SECURITY_ATTRIBUTES security{sizeof security, nullptr, (flags & kOpenInherit) != 0};
     if (flags & (kOpenScratch | kOpenPrivate))
         security.lpSecurityDescriptor = windows::PrivateAccess(false);
-    const HANDLE file = ::CreateFileW(wide.Get(), AccessOf(flags), kShareAll, &security,
-                                      DispositionOf(flags), AttributesOf(flags), nullptr);
+    HANDLE file = INVALID_HANDLE_VALUE;
+    unsigned looks = 0;
+    do
+        file = ::CreateFileW(wide.Get(), AccessOf(flags), kShareAll, &security,
+                             DispositionOf(flags), AttributesOf(flags), nullptr);
+    while (file == INVALID_HANDLE_VALUE && windows::MayComeBack(wide.Get(), looks));
     if (file == INVALID_HANDLE_VALUE)
         return OpenFailure(wide.Get(), flags);
     // Cutting it may need room on the disk, and one that was made now would be left behind.

@@ -15,7 +15,12 @@ using windows::WideName;
 HANDLE windows::OpenForStatus(const wchar_t* name, DWORD access, bool isLinkItself) noexcept {
     const DWORD flags = FILE_FLAG_BACKUP_SEMANTICS |
                         (isLinkItself ? static_cast<DWORD>(FILE_FLAG_OPEN_REPARSE_POINT) : 0u);
-    return ::CreateFileW(name, access, kShareAll, nullptr, OPEN_EXISTING, flags, nullptr);
+    HANDLE file = INVALID_HANDLE_VALUE;
+    unsigned looks = 0;
+    do
+        file = ::CreateFileW(name, access, kShareAll, nullptr, OPEN_EXISTING, flags, nullptr);
+    while (file == INVALID_HANDLE_VALUE && MayComeBack(name, looks));
+    return file;
 }
 
 bool windows::IsLink(HANDLE file) noexcept {

@@ -72,10 +72,12 @@ DWORD Rename(HANDLE file, const wchar_t* to, FILE_INFO_BY_HANDLE_CLASS call, DWO
                : ::GetLastError();
 }
 
+constexpr wchar_t kAside[] = L".~aside";
+
 /// Another name in the same folder, which nobody has, for a file that is to go.
 std::wstring NameAside(const wchar_t* name) {
     static std::atomic<unsigned> counter{0};
-    return std::wstring(name) + L".~aside-" + std::to_wstring(::GetCurrentProcessId()) + L"-" +
+    return std::wstring(name) + kAside + L"-" + std::to_wstring(::GetCurrentProcessId()) + L"-" +
            std::to_wstring(counter.fetch_add(1));
 }
 
@@ -121,7 +123,7 @@ std::wstring NameInBetween(const std::wstring& to) {
     if (const auto use = UseOfScratchName(windows::Narrow(to.substr(folder))))
         return to.substr(0, folder) +
                windows::Widen(ScratchName(*use, ::GetCurrentProcessId(), counter.fetch_add(1)));
-    return to + L".~aside";
+    return to + kAside;
 }
 
 /// Replaces a file that is open.
@@ -155,6 +157,21 @@ int ReplaceInTwoSteps(HANDLE file, const wchar_t* to) {
 }
 
 } // namespace
+
+bool windows::MayComeBack(const wchar_t* name, unsigned& looks) noexcept try {
+    constexpr unsigned kMaxLooks = 20;
+    if (::GetLastError() != ERROR_FILE_NOT_FOUND || looks == kMaxLooks)
+        return false;
+    const bool isBetween =
+        ::GetFileAttributesW((name + std::wstring(kAside)).c_str()) != INVALID_FILE_ATTRIBUTES;
+    looks = isBetween ? looks + 1 : kMaxLooks; // once more: it may have come back just now
+    if (isBetween)
+        ::Sleep(1);
+    return true;
+} catch (const std::bad_alloc&) {
+    ::SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return false;
+}
 
 int NativeSystem::RemoveFile(const char* name) {
     const WideName wide(name);

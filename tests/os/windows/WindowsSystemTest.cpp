@@ -14,7 +14,9 @@
 
 #include <shellapi.h>
 
+#include <atomic>
 #include <cerrno>
+#include <thread>
 
 namespace vnbytstr::test {
 namespace {
@@ -132,6 +134,31 @@ TEST_F(WindowsSystemTest, OpenFilesAreRemovedAndReplaced) {
         EXPECT_EQ(m_system.CloseFile(each), 0);
     m_open.clear();
     EXPECT_THAT(m_folder.Names(), testing::ElementsAre("a"));
+}
+
+TEST_F(WindowsSystemTest, AFileThatIsBeingReplacedIsNotMissing) {
+    Make(Name("a"), "held");
+    std::atomic<bool> isDone{false};
+    std::thread writer([&] {
+        for (int i = 0; i < 100; ++i) {
+            m_folder.Write("b", "new");
+            EXPECT_EQ(m_system.RenameFile(Name("b").c_str(), Name("a").c_str(), true), 0);
+        }
+        isDone = true;
+    });
+    unsigned found = 0, missing = 0;
+    for (; !isDone; ++found) {
+        FileStatus status;
+        FileHandle handle = kNoFile;
+        missing += m_system.GetFileStatus(Name("a").c_str(), status) != 0;
+        if (m_system.OpenFile(Name("a").c_str(), kOpenRead, handle) != 0)
+            ++missing;
+        else
+            m_system.CloseFile(handle);
+    }
+    writer.join();
+    EXPECT_EQ(missing, 0u);
+    EXPECT_GT(found, 0u);
 }
 
 TEST_F(WindowsSystemTest, WhatAnotherProgramHoldsStaysAsItIs) {

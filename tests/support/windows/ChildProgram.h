@@ -3,11 +3,13 @@
 #pragma once
 
 #include "src/os/System.h"
+#include "tests/support/windows/Substitute.h"
 #include "vnbytstr/framework/Types.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <iostream>
 #include <string>
 #include <thread>
 
@@ -22,9 +24,18 @@ public:
                            "\" --gtest_brief=1 --gtest_filter=" + test;
         STARTUPINFOA startup{};
         startup.cb = sizeof startup;
-        EXPECT_TRUE(::CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr,
-                                     nullptr, &startup, &m_process))
-            << ::GetLastError() << " " << line;
+        const auto start = [&] {
+            return ::CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr,
+                                    nullptr, &startup, &m_process);
+        };
+        BOOL isStarted = start();
+        // Seen once, of the first child that a program started.
+        for (int i = 0; !isStarted && IsSubstitute() && i < 3; ++i) {
+            std::cerr << "The child was not started, error " << ::GetLastError() << ": again\n";
+            std::this_thread::sleep_for(std::chrono::seconds(1));
+            isStarted = start();
+        }
+        EXPECT_TRUE(isStarted) << ::GetLastError() << " " << line;
         ::SetEnvironmentVariableA(kVariable, nullptr);
     }
     ~ChildProgram() {
