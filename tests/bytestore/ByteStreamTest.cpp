@@ -162,6 +162,54 @@ TEST_F(ByteStreamTest, WritableBufferGrowsWithinItsCapacity) {
     EXPECT_TRUE(stream.IsAllInBuffer());
     EXPECT_EQ(large[0x4FFFF], 9);
     EXPECT_EQ(CauseOf([&] { stream.SetByte(0x50000, 1); }), 3);
+    stream.Empty(1);
+    EXPECT_TRUE(stream.IsEmpty() && stream.IsAllInBuffer());
+    stream = CByteStream("0102"); // fits: into the buffer
+    EXPECT_EQ(large[1], 2);
+    CByteStream lent, stored;
+    lent.SetReadOnlyBuffer(buffer.data(), 16);
+    stream = std::move(lent);
+    EXPECT_EQ(CauseOf([&] { stream.ConcatByte(1); }), 3);
+    EXPECT_EQ(stream.GetByte(15), 15);
+    stored.SetByte(0x50001, 3);
+    stream.SetWritableBuffer(large.data(), 2, 0x50000);
+    stream = std::move(stored);
+    EXPECT_EQ(stream.GetByte(0x50001), 3);
+    EXPECT_EQ(large[1], 2);
+}
+
+TEST_F(ByteStreamTest, ReleasedPagesComeBack) {
+    CByteStream stream("010203");
+    stream.ReleasePages();
+    stream.SetByte(0x50000, 9);
+    stream.ReleasePages();
+    EXPECT_EQ(stream.GetStore()->GetResidentPageCount(), 0u);
+    EXPECT_TRUE(stream.Left(3) == "010203");
+    EXPECT_EQ(stream.GetByte(0x50000), 9);
+}
+
+/// Only the beginning of a long pattern is held in memory; here it is found without the rest.
+TEST_F(ByteStreamTest, EndOfAStoreThatBeginsAPattern) {
+    const Bytes bytes = Pattern(0x60000);
+    CByteStream pattern(bytes.data(), 0x60000);
+    CByteStore store;
+    store.SetByte(0x60000 - 1, 0);
+    store.CopyFrom(0x20000, pattern, 0, 0x40000);
+    EXPECT_EQ(store.Find(pattern, 0), 0xFFFFFFFFu);
+    store.CopyFrom(store.GetLength(), pattern, 0x40000, 0x20000);
+    EXPECT_EQ(store.Find(pattern, 0), 0x20000u);
+}
+
+/// The store behind a stream is not the caller's, but nothing is lost when it is given its stream.
+TEST_F(ByteStreamTest, StoreThatTakesFromItsOwnStream) {
+    CByteStream stream("010203");
+    stream.SetByte(0x50000, 9);
+    auto& store = const_cast<CByteStore&>(*stream.GetStore());
+    store = stream;
+    EXPECT_TRUE(store == stream);
+    store.CopyFrom(1, stream, 0, 3);
+    EXPECT_TRUE(stream.Left(4) == "01010203");
+    EXPECT_EQ(stream.GetByte(0x50000), 9);
 }
 
 TEST_F(ByteStreamTest, BuffersThatAreNull) {
@@ -175,7 +223,9 @@ TEST_F(ByteStreamTest, BuffersThatAreNull) {
     stream.SetInternalBuffer();
     stream.SetInternalBuffer();
     EXPECT_EQ(stream.GetConcatBuffer(0), nullptr);
+    CByteStore none;
     stream.CopyFrom(0, CByteStream(), 0, 0);
+    stream.CopyFrom(0, none, 0, 0);
     EXPECT_TRUE(stream.IsEmpty());
 }
 

@@ -162,8 +162,11 @@ TEST_F(OutputStreamWriterTest, ReportsWhatTheTargetDoesNotHold) {
                           EXPECT_EQ(writer.GetReport().ullFirstUntranslatable, 4u);
                           EXPECT_EQ(writer.GetReport().ullMalformed, 1u);
                           EXPECT_EQ(writer.GetReport().ullFirstMalformed, 13u);
+                          writer.Write("\xFF");
+                          EXPECT_EQ(writer.GetReport().ullMalformed, 2u);
+                          EXPECT_EQ(writer.GetReport().ullFirstMalformed, 13u);
                       }),
-              "abcd\x1A\x1A\x1A\x1A");
+              "abcd\x1A\x1A\x1A\x1A\x1A");
 }
 
 TEST_F(OutputStreamWriterTest, TextsWithLengthMayContainNul) {

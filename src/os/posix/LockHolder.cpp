@@ -16,8 +16,8 @@ std::string FindHolder(const FileIdentity& identity) {
     for (std::string line; std::getline(lines, line);) {
         std::istringstream words(line);
         std::string number, kind, mode, access, process, place;
-        if (words >> number >> kind >> mode >> access >> process >> place && kind == "FLOCK" &&
-            place.ends_with(file))
+        words >> number >> kind >> mode >> access >> process >> place;
+        if (kind == "FLOCK" && place.ends_with(file))
             return process;
     }
     return {};

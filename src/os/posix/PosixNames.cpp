@@ -52,7 +52,11 @@ int NativeSystem::RenameFile(const char* from, const char* to, bool replace) {
     // A file system without that flag: a second name cannot replace anything either.
     if (::link(from, to) != 0)
         return errno;
-    return ::unlink(from) != 0 ? errno : 0;
+    if (::unlink(from) == 0)
+        return 0;
+    const int error = errno;
+    ::unlink(to);
+    return error;
 }
 
 // --- following links -----------------------------------------------------------------------------

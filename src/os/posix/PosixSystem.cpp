@@ -10,14 +10,15 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
-#include <charconv>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <new>
+#include <sstream>
 
 namespace vnbytstr {
 
@@ -102,16 +103,11 @@ std::string NativeSystem::GetLibraryFileName() {
     const auto address = reinterpret_cast<std::uintptr_t>(&here);
     std::ifstream maps("/proc/self/maps");
     for (std::string line; std::getline(maps, line);) {
-        std::uintptr_t begin = 0;
-        std::uintptr_t end = 0;
-        const char* const text = line.data();
-        const auto first = std::from_chars(text, text + line.size(), begin, 16);
-        if (first.ec != std::errc() || *first.ptr != '-')
-            continue;
-        std::from_chars(first.ptr + 1, text + line.size(), end, 16);
-        const std::size_t name = line.find('/');
-        if (begin <= address && address < end && name != std::string::npos)
-            return WithoutDeletedMark(line.substr(name));
+        std::uintptr_t begin = 0, end = 0;
+        char dash = 0;
+        std::istringstream(line) >> std::hex >> begin >> dash >> end;
+        if (begin <= address && address < end)
+            return WithoutDeletedMark(line.substr(std::min(line.find('/'), line.size())));
     }
     return {};
 }

@@ -145,6 +145,29 @@ TEST_F(InPlaceWriteTest, ASweepThatFailsLosesNothing) {
     EXPECT_GT(tried, 20u);
 }
 
+/// Where the file is gone its old content is nobody's; where it may not be opened it may be needed.
+TEST_F(InPlaceWriteTest, TheFileOfACopyIsGoneOrClosed) {
+    const std::string before(100000, 'o'), fresh(150000, 'n');
+    for (const bool isGone : {true, false}) {
+        unsigned at = 0;
+        do {
+            SweepLeftovers(m_folder.File("at"));
+            ASSERT_EQ(Kill(before, fresh, ++at), test::Fault::kKilled);
+        } while (Read("two") == before);
+        if (isGone)
+            std::filesystem::remove(Name("two"));
+        else
+            m_system.Inject(test::Fault{.call = test::Call::Open, .at = 2, .error = EACCES});
+        SweepLeftovers(m_folder.File("at"));
+        EXPECT_EQ(m_system.Hits(), isGone ? 0u : 1u);
+        m_system.Inject(std::nullopt);
+        EXPECT_EQ(LeftOvers(), isGone ? 0u : 1u);
+    }
+    SweepLeftovers(m_folder.File("at"));
+    EXPECT_EQ(Read("two"), before);
+    EXPECT_EQ(LeftOvers(), 0u);
+}
+
 /// A position that is not the one asked for is an error, not other bytes; nor does it go round for
 /// ever where nothing is read or taken.
 TEST_F(InPlaceWriteTest, MisplacedSeeksAndTransfersOfNothingChangeNothing) {

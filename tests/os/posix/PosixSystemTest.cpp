@@ -211,6 +211,9 @@ TEST_F(PosixSystemTest, ScratchFilesBelongToTheProcessAndAreLocked) {
         m_system.CloseFile(each);
     }
     const FileHandle unlocked = Open(name, kOpenRead);
+    struct flock ofAnotherKind {};
+    ofAnotherKind.l_type = F_RDLCK;
+    EXPECT_EQ(::fcntl(static_cast<int>(unlocked), F_SETLK, &ofAnotherKind), 0);
     EXPECT_EQ(m_system.GetLockHolder(unlocked), "");
     m_system.CloseFile(unlocked);
 }
