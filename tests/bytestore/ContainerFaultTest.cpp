@@ -137,9 +137,9 @@ TEST_F(ContainerFaultTest, PageLimitBoundsWhatIsInMemory) {
     const Bytes bytes = Pattern(40 * kPage + 9);
     CByteStore store, other;
     AppendPages(store, bytes);
-    for (const BYTE change : {0x5A, 0}) { // each second page: the last to leave wait to be written
+    for (const int change : {0x5A, 0}) { // each second page: the last to leave wait to be written
         for (DWORD i = 0; i < bytes.size(); i += 2 * kPage)
-            store.SetByte(i, bytes[i] ^ change);
+            store.SetByte(i, static_cast<BYTE>(bytes[i] ^ change));
     }
     store.SetPageLimit(20);
     EXPECT_EQ(Content(store), bytes);
