@@ -27,20 +27,14 @@ DWORD PageAllowance::GetResidentPageCount() const {
 
 /// Of pages used at the same time, one of the segment that has the most leaves.
 void PageAllowance::GiveUpOldest() {
-    Segment* from = nullptr;
-    DWORD oldest = 0;
-    for (Segment* segment : m_segments) {
-        if (segment->GetResidentPageCount() == 0)
-            continue;
-        const DWORD use = segment->OldestUse();
-        if (!from || use < oldest ||
-            (use == oldest && segment->GetResidentPageCount() > from->GetResidentPageCount())) {
-            from = segment;
-            oldest = use;
-        }
-    }
-    assert(from); // there are more pages than none
-    from->GiveUpPage();
+    const auto leavesBefore = [](const Segment* a, const Segment* b) {
+        const DWORD aPages = a->GetResidentPageCount(), bPages = b->GetResidentPageCount();
+        if (aPages == 0 || bPages == 0)
+            return aPages > bPages;
+        const DWORD aUse = a->OldestUse(), bUse = b->OldestUse();
+        return aUse != bUse ? aUse < bUse : aPages > bPages;
+    };
+    (*std::min_element(m_segments.begin(), m_segments.end(), leavesBefore))->GiveUpPage();
 }
 
 bool PageAllowance::GiveUpClean() noexcept {
