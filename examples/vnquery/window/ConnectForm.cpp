@@ -112,9 +112,9 @@ void ConnectForm::Build() {
     button(saved, IDS_VQ_P_SAVE_AS, [this] { Save(); });
     button(saved, IDS_VQ_G_DELETE, [this] { Remove(); });
     m_kind = new QComboBox;
-    for (const UINT kind :
+    for (const int kind :
          {IDS_VQ_P_K_FILE, IDS_VQ_P_K_SERVER, IDS_VQ_P_K_SOURCE, IDS_VQ_P_K_STRING})
-        m_kind->addItem(Label(kind));
+        m_kind->addItem(Label(static_cast<UINT>(kind)));
     m_form->addRow(Label(IDS_VQ_P_KIND), m_kind);
     m_file = new QLineEdit;
     button(row(IDS_VQ_X_FILE, m_file), IDS_VQ_BROWSE, [this] {

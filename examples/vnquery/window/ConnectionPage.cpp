@@ -284,7 +284,8 @@ void ConnectionPage::Finish() {
         break;
     default:
         if (const auto changed = run->GetChangedRows())
-            Tell(IDS_VQ_N_CHANGED_ROWS, {GroupDigits(*changed), seconds});
+            Tell(IDS_VQ_N_CHANGED_ROWS,
+                 {GroupDigits(static_cast<std::uint64_t>(*changed)), seconds});
         else if (rows == 0)
             Tell(IDS_VQ_W_NONE, {seconds});
         else if (rows == 1)

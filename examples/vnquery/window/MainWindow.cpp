@@ -302,7 +302,7 @@ void MainWindow::AddPage(const Connection& connection, SqlServer server, const s
             page->ReadAgain();
     });
     connect(&page->GetResult(), &ResultView::ValueWanted, this, &MainWindow::ShowValue);
-    for (const std::size_t menu : {2, 3}) // of a cell, and of copying
+    for (const auto menu : {2U, 3U}) // of a cell, and of copying
         for (QAction* action : m_menus[menu]->actions())
             page->GetResult().addAction(action);
     for (QAction* action : m_actions)
