@@ -65,14 +65,11 @@ int CListBoxEx::SendJoined(UINT message, int row, LPCTSTR first, std::va_list re
         return LB_ERR;
     // Moved out of the buffer: the list's owner may add more rows when it is notified of this one.
     std::string text = std::exchange(rowBuffer, {});
+    const std::string_view separator = ViewOf(m_strSeparator);
     text.assign(first != nullptr ? first : "");
     for (int column = 1; column < m_nColumns; ++column) {
-        const char* value = va_arg(rest, const char*);
-        if (m_strSeparator.GetLength() == 1)
-            text += m_strSeparator[0];
-        else
-            text.append(ViewOf(m_strSeparator));
-        if (value != nullptr)
+        text.append(separator);
+        if (const char* const value = va_arg(rest, const char*); value != nullptr)
             text.append(value);
     }
     // A row at the end moves no per-row data, so WindowProc is skipped, which matters with a

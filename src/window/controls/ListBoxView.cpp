@@ -98,15 +98,18 @@ ListBoxControl::Bars ListBoxControl::NeededBars() const {
         return m_window.WantsScrollBar(SB_VERT) && height > 0 &&
                m_rows.TopOf(m_rows.Count()) > height;
     };
+    // A bar's thickness is asked of the style, which takes longer than adding a row.
+    const auto less = [&] { return area.height() - GetSystemMetrics(SM_CYHSCROLL); };
     Bars needed;
-    const bool hasHorizontal = always && m_window.WantsScrollBar(SB_HORZ);
-    const int less = area.height() - GetSystemMetrics(SM_CYHSCROLL);
-    needed.vertical = isVerticalNeeded(hasHorizontal ? less : area.height());
+    const bool mayBeHorizontal = m_window.WantsScrollBar(SB_HORZ);
+    needed.vertical = isVerticalNeeded(always && mayBeHorizontal ? less() : area.height());
+    if (!mayBeHorizontal || m_extent <= 0)
+        return needed;
     const bool hasVertical = needed.vertical || (always && m_window.WantsScrollBar(SB_VERT));
     const int width = area.width() - (hasVertical ? GetSystemMetrics(SM_CXVSCROLL) : 0);
-    needed.horizontal = m_window.WantsScrollBar(SB_HORZ) && width > 0 && m_extent > width;
+    needed.horizontal = width > 0 && m_extent > width;
     if (needed.horizontal && !needed.vertical)
-        needed.vertical = isVerticalNeeded(less);
+        needed.vertical = isVerticalNeeded(less());
     return needed;
 }
 
