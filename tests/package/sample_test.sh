@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # sample_test.sh SAMPLE BUILD_FOLDER CMAKE CXX: installs the library, copies the sample program out of
-# the tree, builds it against the installed package alone, and runs it in two languages.
+# the tree, builds it against the installed package alone, and runs it in two languages. Precompiled headers
+# halve the time; the build within the tree, which has none, finds a missing #include.
 set -euo pipefail
 sample=$1 build=$2 cmake=$3 cxx=$4
 work=$build/tests/package/sample # always the same, for a compiler cache
@@ -14,7 +15,8 @@ fail() { echo "FAILED: $1" >&2; exit 1; }
 rm -r "$work"/prefix/bin "$work"/prefix/lib*/vnquery # the sample that is built within the tree
 cp -r "$sample" "$work/vnquery"
 "$cmake" -S "$work/vnquery" -B "$work/build" -DCMAKE_PREFIX_PATH="$work/prefix" \
-    -DCMAKE_CXX_COMPILER="$cxx" -DCMAKE_CXX_FLAGS=-O0 >/dev/null
+    -DCMAKE_CXX_COMPILER="$cxx" -DCMAKE_CXX_FLAGS=-O0 -DVNBYTSTR_PCH=ON \
+    -DCMAKE_PROJECT_TOP_LEVEL_INCLUDES="$(realpath "$(dirname "$0")/../../cmake/PrecompiledHeaders.cmake")" >/dev/null
 "$cmake" --build "$work/build" -j 2 >"$work/log" 2>&1 || { tail -n 30 "$work/log" >&2; fail "the build"; }
 
 expect() { # PROGRAM LOCALE TEXT
