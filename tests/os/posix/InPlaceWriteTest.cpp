@@ -47,15 +47,18 @@ TEST_F(InPlaceWriteTest, WhatAKilledProcessWasWritingOverComesBack) {
          {"color = green\nsize = 12\nok\n"},
          4}};
     for (const auto& [before, fresh, others, moments] : cases) {
+        unsigned first = 1; // before it the other ways find nothing new: the file is as it was
         for (std::size_t way = 0; way < others.size() + 2; ++way) {
             unsigned met = 0;
-            for (unsigned at = 1;; ++at) {
+            for (unsigned at = first;; ++at) {
                 SCOPED_TRACE(testing::Message() << "way " << way << " at " << at);
                 if (Kill(before, fresh, at) == 0)
                     break;
                 std::string found = Read("two");
                 met += before.size() < 100 ? LeftOvers() == 2 : found != before && found != fresh;
-                if (way == 1) {
+                if (way == 0 && found == before && LeftOvers() < 2) {
+                    first = at;
+                } else if (way == 1) {
                     Write("copy", found);
                     std::filesystem::rename(Name("copy"), Name("two"));
                 } else if (way > 1) {

@@ -9,16 +9,16 @@
 namespace vnquery::test {
 namespace {
 
-constexpr int kRows = 200'000;
-constexpr int kLongEvery = 50'000; ///< rows from one with a long text to the next
+constexpr int kRows = 70'000;
+constexpr int kLongEvery = 20'000; ///< rows from one with a long text to the next
 
 /// What a database has to be told to give the rows.
 constexpr char kSqlite[] =
-    "with recursive n(i) as (select 1 union all select i + 1 from n where i < 200000)"
+    "with recursive n(i) as (select 1 union all select i + 1 from n where i < 70000)"
     "select i, i * 1000000007 - 500000000000000 as big, i + 0.5 as real,"
     " printf('%.2f', i / 4.0) as dec,"
     " case when i % 7 = 0 then null when i % 5 = 0 then ''"
-    " when i % 50000 = 1 then replace(hex(zeroblob(20000)), '00', '\xC3\xA4<b>' || char(13, 10))"
+    " when i % 20000 = 1 then replace(hex(zeroblob(20000)), '00', '\xC3\xA4<b>' || char(13, 10))"
     " else 'Gr\xC3\xBC\xC3\x9F\x65 ' || i || char(10) || 'a<b & \"c\"' || char(9, 92) || 'end' "
     "end as text,"
     " case when i % 3 = 0 then null else cast('b' || i as blob) end as bytes from n";
@@ -26,11 +26,11 @@ constexpr char kPostgres[] =
     "select i, i::bigint * 1000000007 - 500000000000000 as big,"
     " (i + 0.5)::double precision as real, (i / 4.0)::numeric(12, 2) as dec,"
     " case when i % 7 = 0 then null when i % 5 = 0 then ''"
-    " when i % 50000 = 1 then repeat('\xC3\xA4<b>' || chr(13) || chr(10), 20000)"
+    " when i % 20000 = 1 then repeat('\xC3\xA4<b>' || chr(13) || chr(10), 20000)"
     " else 'Gr\xC3\xBC\xC3\x9F\x65 ' || i || chr(10) || 'a<b & \"c\"' || chr(9) || chr(92) || 'end'"
     " end as text,"
     " case when i % 3 = 0 then null else convert_to('b' || i, 'UTF8') end as bytes"
-    " from generate_series(1, 200000) i";
+    " from generate_series(1, 70000) i";
 
 struct Row {
     std::string numbers[4];
