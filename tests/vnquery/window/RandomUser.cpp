@@ -111,7 +111,7 @@ private:
         else if (modal)
             UseDialog(*modal);
         else if (m_isEnding && m_depth == 1)
-            QApplication::quit();
+            QApplication::exit(); // quit() asks about changes, and every question is closed
         else if (!m_isEnding)
             UseWindow();
         --m_depth;
